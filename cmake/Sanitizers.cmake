@@ -1,0 +1,5 @@
+# GALLERY_SANITIZE instruments everything alike: a sanitized library needs a sanitized host.
+if(GALLERY_SANITIZE)
+  add_compile_options("-fsanitize=${GALLERY_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options("-fsanitize=${GALLERY_SANITIZE}")
+endif()

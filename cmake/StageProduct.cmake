@@ -1,0 +1,31 @@
+# The product root: build/<preset>/OvirastreamX.app runs where it stands and wherever it is copied, because
+# targets are built straight into it and libraries find each other by a run path relative to themselves.
+set(PRODUCT_ROOT "${CMAKE_BINARY_DIR}/OvirastreamX.app")
+set(PRODUCT_HOST_DIR "${PRODUCT_ROOT}/Contents/MacOS")
+set(PRODUCT_PLUGIN_DIR "${PRODUCT_ROOT}/Contents/Frameworks/plugins/Gallery")
+set(PRODUCT_DEPENDENCIES_DIR "${PRODUCT_ROOT}/Contents/Frameworks/dependencies")
+set(PRODUCT_DATA_DIR "${PRODUCT_ROOT}/Contents/Resources/data")
+
+# stage_target(<target> <folder> [<run path>]): the target is built into <folder> of the product root.
+function(stage_target target folder)
+  set_target_properties(${target} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "${folder}"
+    LIBRARY_OUTPUT_DIRECTORY "${folder}"
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "${ARGN}")
+endfunction()
+
+# stage_data(<target>): <target> copies the product's data files into the root.
+function(stage_data target)
+  file(GLOB_RECURSE data_files CONFIGURE_DEPENDS RELATIVE "${CMAKE_SOURCE_DIR}/data" "${CMAKE_SOURCE_DIR}/data/*")
+  set(staged)
+  foreach(name IN LISTS data_files)
+    add_custom_command(
+      OUTPUT "${PRODUCT_DATA_DIR}/${name}"
+      COMMAND "${CMAKE_COMMAND}" -E copy "${CMAKE_SOURCE_DIR}/data/${name}" "${PRODUCT_DATA_DIR}/${name}"
+      DEPENDS "${CMAKE_SOURCE_DIR}/data/${name}"
+      COMMENT "Staging ${name}")
+    list(APPEND staged "${PRODUCT_DATA_DIR}/${name}")
+  endforeach()
+  add_custom_target(${target} ALL DEPENDS ${staged})
+endfunction()

@@ -1,0 +1,25 @@
+// The one road from JSON text to a document. RapidJSON is safe on hostile text only within limits that are
+// checked here first: nesting, and the digits of an exponent.
+#pragma once
+
+#include <string_view>
+
+#include "common/Json.h"
+
+namespace KXP {
+
+// Deeper values overflow the stack of whatever walks the document later.
+constexpr int kMaxJsonDepth = 512;
+// The parser keeps an exponent in an int.
+constexpr int kMaxExponentDigits = 9;
+
+// Parses UTF-8 text, comments allowed, strings checked for their encoding. On failure the result tells the
+// error and its byte offset, and `document` is not to be used. Text that breaks a limit gives
+// kParseErrorTermination. A zero byte ends the text as RapidJSON has it.
+rapidjson::ParseResult ParseJSON(std::string_view text, Document& document);
+
+// The limits alone, for callers that drive RapidJSON themselves. Scans outside strings and comments; text
+// that is no JSON at all passes and is left to the parser.
+rapidjson::ParseResult CheckJsonLimits(std::string_view text);
+
+}  // namespace KXP
