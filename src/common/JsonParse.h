@@ -12,6 +12,8 @@ namespace KXP {
 constexpr int kMaxJsonDepth = 512;
 // The parser keeps an exponent in an int.
 constexpr int kMaxExponentDigits = 9;
+// A larger file is none of the product's own; reading it would only cost the client its memory.
+constexpr size_t kMaxJsonFileBytes = size_t{1} << 30;
 
 // Parses UTF-8 text, comments allowed, strings checked for their encoding. On failure the result tells the
 // error and its byte offset, and `document` is not to be used. Text that breaks a limit gives

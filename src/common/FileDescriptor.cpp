@@ -1,0 +1,87 @@
+#include "common/FileDescriptor.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace KXP {
+namespace {
+
+FileDescriptor OpenRegular(const std::string& path, int flags, mode_t mode) {
+    FileDescriptor file(open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, mode));
+    if (!file.IsOpen()) return file;
+    struct stat status {};
+    if (fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
+    file.Close();
+    errno = EINVAL;
+    return file;
+}
+
+}  // namespace
+
+bool FileDescriptor::Close() {
+    if (fd_ < 0) return true;
+    // Not retried: after EINTR the descriptor is gone and its number may be another thread's.
+    return close(std::exchange(fd_, -1)) == 0 || errno == EINTR;
+}
+
+FileDescriptor OpenForRead(const std::string& path) {
+    return OpenRegular(path, O_RDONLY, 0);
+}
+
+FileDescriptor OpenForWrite(const std::string& path, unsigned mode) {
+    return OpenRegular(path, O_RDWR | O_CREAT, static_cast<mode_t>(mode));
+}
+
+long ReadSome(const FileDescriptor& file, char* buffer, size_t size) {
+    for (;;) {
+        const ssize_t got = read(file.get(), buffer, size);
+        if (got >= 0 || errno != EINTR) return got;
+    }
+}
+
+bool WriteFully(const FileDescriptor& file, const char* bytes, size_t size) {
+    while (size > 0) {
+        const ssize_t put = write(file.get(), bytes, size);
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        bytes += put;
+        size -= static_cast<size_t>(put);
+    }
+    return true;
+}
+
+bool WriteFullyAt(const FileDescriptor& file, const char* bytes, size_t size, size_t offset) {
+    while (size > 0) {
+        const ssize_t put = pwrite(file.get(), bytes, size, static_cast<off_t>(offset));
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        bytes += put;
+        offset += static_cast<size_t>(put);
+        size -= static_cast<size_t>(put);
+    }
+    return true;
+}
+
+bool ReadWhole(const FileDescriptor& file, size_t limit, std::string& bytes) {
+    struct stat status {};
+    if (fstat(file.get(), &status) != 0) return false;
+    if (static_cast<size_t>(status.st_size) > limit) {
+        errno = EFBIG;
+        return false;
+    }
+    bytes.resize(static_cast<size_t>(status.st_size));
+    size_t filled = 0;
+    while (filled < bytes.size()) {
+        const long got = ReadSome(file, &bytes[filled], bytes.size() - filled);
+        if (got < 0) return false;
+        if (got == 0) break;
+        filled += static_cast<size_t>(got);
+    }
+    bytes.resize(filled);
+    return true;
+}
+
+}  // namespace KXP

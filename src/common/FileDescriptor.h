@@ -1,0 +1,51 @@
+// An owned POSIX file descriptor, and whole reads and writes through it. The folders that the product reads
+// are open to everybody, so opening never blocks on a pipe and never yields a folder or a device.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <utility>
+
+namespace KXP {
+
+class FileDescriptor {
+  public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int fd) : fd_(fd) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(fd_, other.fd_);
+        return *this;
+    }
+    ~FileDescriptor() { Close(); }
+
+    bool IsOpen() const { return fd_ >= 0; }
+    int get() const { return fd_; }
+
+    // False when a write that was put off has failed.
+    bool Close();
+
+  private:
+    int fd_ = -1;
+};
+
+// Opens a regular file, following a symbolic link. Anything else gives a closed descriptor with errno set.
+FileDescriptor OpenForRead(const std::string& path);
+
+// The same for reading and writing, creating the file with `mode` less the umask; an old file keeps its
+// bytes.
+FileDescriptor OpenForWrite(const std::string& path, unsigned mode);
+
+// The next bytes at the descriptor's position: their number, 0 at the end, -1 with errno set.
+long ReadSome(const FileDescriptor& file, char* buffer, size_t size);
+
+// Writes all bytes at the descriptor's position, or from `offset` in the second form. False with errno set,
+// with an unknown part written.
+bool WriteFully(const FileDescriptor& file, const char* bytes, size_t size);
+bool WriteFullyAt(const FileDescriptor& file, const char* bytes, size_t size, size_t offset);
+
+// Reads from the start, as much as the file holds when it is asked for its size. False with errno set when a
+// read fails or the file is larger than `limit` (EFBIG).
+bool ReadWhole(const FileDescriptor& file, size_t limit, std::string& bytes);
+
+}  // namespace KXP

@@ -1,0 +1,134 @@
+#include "common/FileUtil.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "CobalixUtil.h"
+#include "common/DirUtil.h"
+#include "common/FileDescriptor.h"
+#include "common/RetVal.h"
+
+namespace KXP {
+namespace {
+
+constexpr size_t kCopyBlock = 1024;
+constexpr mode_t kNewFileMode = 0644;
+constexpr mode_t kNormalMode = 0776;
+
+int Failed(const char* text) {
+    KXP_LOG(LogFailure, "%s", text);
+    return Code::kFailure;
+}
+
+void LogMoveFailed(const std::string& source, const std::string& destination) {
+    KXP_LOG(LogFailure, "Error 0x%08u moving file %s to %s", static_cast<unsigned>(errno), source.c_str(),
+            destination.c_str());
+}
+
+bool CopyBytes(const FileDescriptor& source, const FileDescriptor& destination) {
+    char block[kCopyBlock];
+    long got = 0;
+    while ((got = ReadSome(source, block, sizeof block)) > 0) {
+        if (!WriteFully(destination, block, static_cast<size_t>(got))) return false;
+    }
+    return got == 0;
+}
+
+// A volume may refuse an owner or modes altogether, which leaves the copy as good as it can be there. Bits
+// that lend the owner's rights go only with that owner.
+void CopyOwnerAndMode(const struct stat& from, const FileDescriptor& to) {
+    const bool sameOwner = fchown(to.get(), from.st_uid, from.st_gid) == 0;
+    const mode_t mode = from.st_mode & static_cast<mode_t>(sameOwner ? 07777 : 0777);
+    if (fchmod(to.get(), mode) != 0) KXP_LOG(LogDetail, "FileCopy could not copy the mode: %d", errno);
+}
+
+}  // namespace
+
+bool FileExists(const std::string& path) {
+    return access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
+}
+
+int FileCopy(const std::string& source, const std::string& destination) {
+    const FileDescriptor from = OpenForRead(source);
+    if (!from.IsOpen()) return Failed("FileCopy open source failed");
+    FileDescriptor to = OpenForWrite(destination, kNewFileMode);
+    if (!to.IsOpen()) return Failed("FileCopy open destination failed");
+    if (!CopyBytes(from, to)) return Failed("FileCopy failed to copy the content");
+    struct stat status {};
+    if (fstat(from.get(), &status) != 0) return Failed("FileCopy fopen source failed");
+    CopyOwnerAndMode(status, to);
+    return to.Close() ? Code::kOk : Failed("FileCopy failed to copy the content");
+}
+
+int FileMove(const std::string& source, const std::string& destination) {
+    if (std::rename(source.c_str(), destination.c_str()) == 0) return Code::kOk;
+    LogMoveFailed(source, destination);
+    return Code::kFailure;
+}
+
+int FileMigrate(const std::string& legacyFile, const std::string& newFile) {
+    if (legacyFile == newFile) {
+        KXP_LOG(LogMilestone,
+                "Both legacyFile and newFile are the same, skipping migration, legacy: %s, new: %s",
+                legacyFile.c_str(), newFile.c_str());
+        return Code::kNothingDone;
+    }
+    if (!FileExists(legacyFile)) return Code::kOk;
+    KXP_LOG(LogMilestone, "Attempting to migrate %s to %s", legacyFile.c_str(), newFile.c_str());
+    if (FileExists(newFile)) {
+        KXP_LOG(LogFailure,
+                "Both legacy and current files exist. Attempting to delete legacy and continuing");
+        FileDelete(legacyFile, true);
+        return Code::kNothingDone;
+    }
+    if (std::rename(legacyFile.c_str(), newFile.c_str()) == 0) {
+        KXP_LOG(LogMilestone, "Migration successful");
+        return Code::kOk;
+    }
+    LogMoveFailed(legacyFile, newFile);
+    KXP_LOG(LogFailure, "Failed to move legacy file to new location. Continuing without old data");
+    // Given up on purpose: a file that cannot be moved would be tried again, and fail, on every start.
+    FileDelete(legacyFile, true);
+    return Code::kFailure;
+}
+
+int FileDelete(const std::string& path, bool) {
+    FileAttrNormal(path);
+    if (std::remove(path.c_str()) == 0) return Code::kOk;
+    KXP_LOG(LogFailure, "Failed to delete file %s: 0x%08x", path.c_str(), static_cast<unsigned>(errno));
+    return Code::kFailure;
+}
+
+int FileAttrNormal(const std::string& path) {
+    // Best effort; where it matters, the call that follows reports. Fails on a symbolic link, as it should.
+    (void)fchmodat(AT_FDCWD, path.c_str(), kNormalMode, AT_SYMLINK_NOFOLLOW);
+    return Code::kOk;
+}
+
+int FileTime(const std::string& path, int64_t& seconds) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return Code::kNotFound;
+    seconds = status.st_mtime;
+    return Code::kOk;
+}
+
+int FileSizeKB(const std::string& path, int& size) {
+    size = 0;
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return Code::kNotFound;
+    // A sparse file can claim more than an int of kilobytes.
+    size = static_cast<int>(std::min<int64_t>((static_cast<int64_t>(status.st_size) + 999) / 1000, INT_MAX));
+    return Code::kOk;
+}
+
+int FileUnlockedCheckAndWait(const std::string&, unsigned int) {
+    return Code::kOk;
+}
+
+}  // namespace KXP

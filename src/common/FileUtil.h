@@ -1,0 +1,42 @@
+// Single files: tests, copy, move, migrate, delete, dates and sizes. Results named "code" are those of
+// RetVal.h: 0 success, 1 nothing done, negative failure. Nothing here holds state.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace KXP {
+
+// Something is at the path and it cannot be opened as a folder. A folder that may not be read thus counts as
+// a file; callers only ask about what they may read.
+bool FileExists(const std::string& path);
+
+// Copies bytes, owner and mode; gives a code. Not truncating: a longer old destination keeps its tail. Only
+// regular files are copied, and links are followed. The destination is partly written after a failure.
+int FileCopy(const std::string& source, const std::string& destination);
+
+// Renames; gives a code. Never copies, so it fails between volumes.
+int FileMove(const std::string& source, const std::string& destination);
+
+// Moves a file from its legacy place to its new one; made to be called on every start. Gives 1 when there is
+// nothing to move or the new file is there already, which wins, and 0x80004005 when the move failed. The
+// legacy file is given up in either of the last two cases.
+int FileMigrate(const std::string& legacyFile, const std::string& newFile);
+
+// Removes a file, a symbolic link (never what it leads to) or an empty folder; gives a code. `force` is for
+// platforms where a write-protected file needs it.
+int FileDelete(const std::string& path, bool force);
+
+// Makes the file readable and writable, except through a symbolic link. Always 0.
+int FileAttrNormal(const std::string& path);
+
+// Modification time in seconds since 1970; 0x80070002 when there is no such file.
+int FileTime(const std::string& path, int64_t& seconds);
+
+// Size in units of 1000 bytes, rounded up; 0 and 0x80070002 when there is no such file.
+int FileSizeKB(const std::string& path, int& size);
+
+// Files are not locked by readers on this platform: always 0, at once.
+int FileUnlockedCheckAndWait(const std::string& path, unsigned int milliseconds);
+
+}  // namespace KXP

@@ -1,0 +1,48 @@
+// The machine and the user's language, the environment, and the few calls that differ between systems.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/RetVal.h"
+
+namespace KXP {
+
+// Thrown by value where there is nothing to say beyond the code.
+enum class Error : int32_t {
+    OutOfMemory = Code::kOutOfMemory,
+    Unexpected = Code::kUnexpected,
+};
+
+// The system's version, for example "12"; empty when it is not told.
+std::string GetOsVersion();
+
+// The user's language in the form "en-US".
+std::string GetOsLocale();
+
+// Fills `language` from GetOsLocale; always 0.
+int GetUserLanguage(std::string& language);
+
+// Not provided: always 0x80004005, and `locale` stays as it is.
+int GetLocale(std::string& locale);
+
+// No value when the variable is unset. Setting no value unsets; a failure is thrown as an Error. The
+// environment is the whole client's: set it before other threads run.
+std::optional<std::string> GetEnv(const std::string& name);
+void SetEnv(const std::string& name, const std::optional<std::string>& value);
+
+namespace Platform {
+
+// Gives the file disk space for `size` bytes and at least that length; what it holds stays, and zero bytes
+// follow it. False with errno set when there is no room; the length may then have grown.
+bool ReserveFileSpace(int fd, int64_t size);
+
+// The names in a folder that can be reached (a dangling link cannot), without "." and "..", in the folder's
+// own order; folders and links to folders when `folders`, everything else when not. Empty when the folder
+// cannot be read.
+std::vector<std::string> ListFolder(const std::string& folder, bool folders);
+
+}  // namespace Platform
+}  // namespace KXP

@@ -1,0 +1,66 @@
+#include <cerrno>
+
+#include <fcntl.h>
+
+#include "common/FileDescriptor.h"
+#include "common/System.h"
+#include "common/TextUtil.h"
+
+namespace KXP {
+namespace {
+
+constexpr size_t kMaxOsReleaseBytes = 1 << 20;
+
+// A value of os-release without the quotes that a shell would take off,
+// https://www.freedesktop.org/software/systemd/man/os-release.html
+std::string Unquoted(const std::string& value) {
+    const bool quoted =
+        value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front();
+    return quoted ? value.substr(1, value.size() - 2) : value;
+}
+
+}  // namespace
+
+std::string GetOsVersion() {
+    const std::string key = "VERSION_ID=";
+    for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
+        std::string text;
+        const FileDescriptor file = OpenForRead(path);
+        if (!file.IsOpen() || !ReadWhole(file, kMaxOsReleaseBytes, text)) continue;
+        for (const std::string& line : SplitString(text, '\n')) {
+            if (line.compare(0, key.size(), key) == 0) return Unquoted(line.substr(key.size()));
+        }
+        return "";
+    }
+    return "";
+}
+
+std::string GetOsLocale() {
+    std::string locale;
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        locale = GetEnv(name).value_or("");
+        if (!locale.empty()) break;
+    }
+    // The form is language_TERRITORY.codeset@modifier.
+    locale = locale.substr(0, locale.find_first_of(".@"));
+    if (locale.empty() || locale == "C" || locale == "POSIX") return "en-US";
+    for (char& c : locale) {
+        if (c == '_') c = '-';
+    }
+    return locale;
+}
+
+namespace Platform {
+
+bool ReserveFileSpace(int fd, int64_t size) {
+    if (size == 0) return true;
+    int error = 0;
+    do {
+        error = posix_fallocate(fd, 0, size);
+    } while (error == EINTR);
+    errno = error;
+    return error == 0;
+}
+
+}  // namespace Platform
+}  // namespace KXP
