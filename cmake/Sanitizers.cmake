@@ -3,3 +3,7 @@ if(GALLERY_SANITIZE)
   add_compile_options("-fsanitize=${GALLERY_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options("-fsanitize=${GALLERY_SANITIZE}")
 endif()
+# libFuzzer steers by the branches of everything that it links.
+if(GALLERY_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
