@@ -53,7 +53,6 @@ std::string GetOsLocale() {
 namespace Platform {
 
 bool ReserveFileSpace(int fd, int64_t size) {
-    if (size == 0) return true;
     int error = 0;
     do {
         error = posix_fallocate(fd, 0, size);
