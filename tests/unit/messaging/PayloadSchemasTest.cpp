@@ -159,13 +159,13 @@ TEST_F(PayloadSchemasTest, LogsNamesAndNoValues) {
 
 TEST_F(PayloadSchemasTest, PointersAreUriFragments) {
     const Document api = Parsed(R"({"definitions":{"M":{"parameters":{"properties":
-        {"a b/c~é\"":{"items":{"type":"null"}}}}}}})");
+        {"a b/c~é\"\u0000":{"items":{"type":"null"}}}}}}})");
     PayloadSchemas schemas(api);
     EXPECT_EQ(
-        "Schema 'parameters' validation error. Problem found at key #/a%20b~1c~0%C3%A9%22/0. Schema "
+        "Schema 'parameters' validation error. Problem found at key #/a%20b~1c~0%C3%A9%22%00/0. Schema "
         "violated: "
-        "#/properties/a%20b~1c~0%C3%A9%22/items. Violation: type",
-        schemas.Validate("M", Parsed(R"({"a b/c~é\"":[1]})"), "parameters").text);
+        "#/properties/a%20b~1c~0%C3%A9%22%00/items. Violation: type",
+        schemas.Validate("M", Parsed(R"({"a b/c~é\"\u0000":[1]})"), "parameters").text);
 }
 
 TEST_F(PayloadSchemasTest, AcceptsWhatIsNotListed) {
