@@ -155,8 +155,12 @@ std::string jsonGetType<std::string>(const Value& value) {
     return {value.GetString(), value.GetStringLength()};
 }
 
+const char* JsonTypeName(const Value& value) {
+    return kTypeNames[value.GetType()];
+}
+
 std::string jsonUnexpectedType(const Value& member, std::string_view key) {
-    return "Found key '" + std::string(key) + "', with unexpected type: " + kTypeNames[member.GetType()];
+    return "Found key '" + std::string(key) + "', with unexpected type: " + JsonTypeName(member);
 }
 
 const Value& JSONGetArray(const Value& value, std::string_view key) {

@@ -100,6 +100,7 @@ std::string TimeNow() {
     return text;
 }
 
+KXP_PRINTF_FORMAT(1, 0)
 std::string FormatText(const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);

@@ -1,0 +1,132 @@
+// Writes the seed corpus of every fuzz target: MakeSeeds <folder> fills <folder>/<target>/.
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "tests/support/CaptureBytes.h"
+
+namespace {
+
+using captures::Block;
+using samples::Mp4Box;
+using samples::U16;
+using samples::U32;
+using samples::U64;
+
+constexpr std::string_view kInner =
+    R"({"DRSAppName":"App","DRSProfileName":"Profile","ShortName":"app","MediaType":"Video","CmsId":-7,)"
+    R"("EventTimeStamp":"2020-01-02T03:04:05Z","Name":"n","HighlightName":"hn","Id":"i","HighlightId":"hi",)"
+    R"("GroupId":"g","HighlightGroupId":"hg","Tags":1,"HighlightTags":2,"Significance":3,)"
+    R"("HighlightSignificance":4294967295})";
+
+// One target's folder; seeds are numbered in the order they are written.
+class Corpus {
+  public:
+    Corpus(const std::filesystem::path& root, const char* target) : folder_(root / target) {
+        std::filesystem::create_directories(folder_);
+    }
+
+    void Add(std::string_view bytes) {
+        std::ofstream file(folder_ / ("seed" + std::to_string(++count_)), std::ios::binary);
+        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        if (!file.flush()) throw std::runtime_error("cannot write " + folder_.string());
+    }
+
+  private:
+    std::filesystem::path folder_;
+    int count_ = 0;
+};
+
+void MakePng(Corpus corpus) {
+    using captures::Png;
+    using captures::PngText;
+    const std::string block = Block("Ovirastream SHARE", kInner);
+    corpus.Add(Png(PngText("Source", "ZORVEX")));
+    corpus.Add(Png(PngText("Software", "Ovirastream SHARE 1.0") + PngText("DRSName", "Name") +
+                   PngText("DRSProfileName", "Profile") + PngText("Description", block)));
+    corpus.Add(Png(captures::PngXmp(captures::Xmp("Ovirastream SDK", block))));
+    corpus.Add(Png(samples::PngChunk("tEXt", "DRSName") + samples::PngChunk("iTXt", "XML:com.adobe.xmp")));
+    corpus.Add(
+        Png(samples::PngChunk("eXIf", std::string(4097, 'x')) + PngText("Software", "Ovirastream LUMIS")));
+}
+
+void MakeJpeg(Corpus corpus) {
+    using captures::FrameHeader;
+    using captures::Jpeg;
+    using captures::ValuesAt;
+    corpus.Add(captures::OwnJpeg(1080, 1920));
+    corpus.Add(captures::OwnJpeg(8192, 8193));
+    corpus.Add(Jpeg({{0x0110, 6, ValuesAt(4)},
+                     {0x0131, 18, ValuesAt(4) + 6},
+                     {0x000B, 4, ValuesAt(4) + 24},
+                     {0xC6F6, 600, 0xFFFFFFFF}},
+                    std::string("Lumis\0Ovirastream SHARE\0Name360Stereo", 37), "\xFF\xFF\xDB" + U16(2)));
+}
+
+void MakeMp4(Corpus corpus) {
+    const std::string block = Block("Ovirastream SDK", kInner);
+    corpus.Add(captures::FileType() + captures::Movie(block) + Mp4Box("mdat", "frames"));
+    corpus.Add(captures::FileType() + U32(1) + "mdat" + U64(24) + "8 bytes." +
+               captures::Movie(Block("Ovirastream SHARE", "{}")));
+    corpus.Add(Mp4Box("moov", Mp4Box("moov", Mp4Box("udta", Mp4Box("tagc", "{\"Source\":1}")))));
+    corpus.Add(U32(1) + "free" + U64(UINT64_MAX));
+    corpus.Add(U32(7) + "free");
+    corpus.Add(U32(0) + "mdat");
+}
+
+void MakeXmp(Corpus corpus) {
+    corpus.Add(captures::Xmp("Ovirastream SDK", "&lt;a&gt; &amp;&apos;&quot;&#xA;&unknown;&am"));
+    corpus.Add("<x:xmpmeta>   </x:xmpmeta>");
+    corpus.Add("<p:a <x:xmpmeta b=\"c\"><</x:xmpmeta ><a></b></a>");
+}
+
+void MakeMetadataBlock(Corpus corpus) {
+    corpus.Add(Block("Ovirastream SDK", kInner));
+    corpus.Add(Block("Ovirastream SHARE", R"({"CmsId":"text","Tags":-1,"Name":{"HighlightName":[]}})"));
+    corpus.Add(captures::Base64(kInner));
+    corpus.Add("{\"B64\":\"e30\"}");
+}
+
+void MakeEnvelope(Corpus corpus) {
+    corpus.Add(
+        R"({"system":"CobalixNative","module":"Gallery","method":"ZvQuery","uniqueid":"1","type":3072})");
+    corpus.Add(R"({"system":"Page","module":"Page","method":"M","uniqueid":"2","reference_uniqueid":"1",)"
+               R"("source_system":"CobalixNative","source_module":"Gallery","payload":{"_return_code":0,)"
+               R"("_return_status":"Success","_return_internal":0}})");
+    corpus.Add(R"({"method":"Saved","uniqueid":"3","reference_uniqueid":"Saved","type":3073,"payload":{}})");
+    corpus.Add(R"({"system":"","module":1,"method":null,"uniqueid":"4","payload":[]})");
+}
+
+void MakeJsonFile(Corpus corpus) {
+    corpus.Add(
+        "// settings\n{\"a\": [1, -2.5e3, true, null], /* more */ \"b\": {\"c\": "
+        "\"\\u00e9\\ud83d\\ude00\"}}\n");
+    corpus.Add("\xEF\xBB\xBF{\"a\":\"\xC3\xA9\"}");
+    corpus.Add(std::string("\xFF\xFE{\0\"\0a\0\"\0:\0001\0}\0", 16));
+    corpus.Add(std::string("\xFE\xFF\0{\0\"\0a\0\"\0:\0001\0}", 16));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: MakeSeeds <folder>\n");
+        return 2;
+    }
+    try {
+        const std::filesystem::path root = argv[1];
+        MakePng({root, "png"});
+        MakeJpeg({root, "jpeg"});
+        MakeMp4({root, "mp4"});
+        MakeXmp({root, "xmp"});
+        MakeMetadataBlock({root, "metadatablock"});
+        MakeEnvelope({root, "envelope"});
+        MakeJsonFile({root, "jsonfile"});
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,56 @@
+// A position in a byte source, with a window of bytes around it so that walking costs few reads.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "plugin-modules/Gallery/src/media/ByteSource.h"
+#include "plugin-modules/Gallery/src/media/ByteView.h"
+
+namespace media {
+
+// Starts at position 0. The source must outlive it. About 16 KiB, meant to be a local variable.
+class ByteCursor {
+  public:
+    // The most that one Take gives.
+    static constexpr size_t kMaxTake = 4096;
+
+    explicit ByteCursor(ByteSource& source) : source_(source) {}
+    ByteCursor(const ByteCursor&) = delete;
+    ByteCursor& operator=(const ByteCursor&) = delete;
+
+    // The next `count` bytes, at most kMaxTake; fewer only at the end of the source. The position moves
+    // behind them. The view is valid until the next Take.
+    ByteView Take(size_t count) {
+        const uint64_t offset = position_ - windowStart_;
+        if (position_ < windowStart_ || offset >= windowSize_ || count > windowSize_ - offset)
+            return TakeBehindWindow(count);
+        position_ += count;
+        return ByteView({window_ + offset, count});
+    }
+
+    // Moves forward, to wherever that leads: a position behind the end is no fault, it only gives no bytes.
+    void Skip(uint64_t count) { position_ += std::min(count, UINT64_MAX - position_); }
+
+    void Rewind() { position_ = 0; }
+
+    // Whether a Take has come short. Stays so, whatever is skipped afterwards.
+    bool CameShort() const { return cameShort_; }
+
+  private:
+    // Most captures tell all within the first page, and what lies elsewhere is worth a larger read.
+    static constexpr size_t kFirstWindow = 4096;
+    static constexpr size_t kNextWindow = 16384;
+
+    ByteView TakeBehindWindow(size_t count);
+
+    ByteSource& source_;
+    uint64_t position_ = 0;
+    uint64_t windowStart_ = 0;
+    size_t windowSize_ = 0;
+    size_t nextWindow_ = kFirstWindow;
+    bool cameShort_ = false;
+    char window_[kNextWindow];
+};
+
+}  // namespace media

@@ -1,0 +1,158 @@
+#include "plugin-modules/Gallery/src/media/JpegWalk.h"
+
+namespace media {
+namespace {
+
+constexpr size_t kBlockSize = 512;
+constexpr size_t kLastScanned = 496;  // a tag with its count and offset fits from here
+constexpr uint64_t kMaxPixels = 0x4000000;
+
+// The subtypes that a tool writes as plain text somewhere in the block. In the order of testing.
+constexpr std::string_view kSubTypes[] = {"SuperResolution", "360Mono", "Stereo", "360Stereo"};
+
+// One entry of a TIFF directory. Only big-endian data is looked for: the tools write no other.
+struct Entry {
+    uint16_t tag;
+    uint32_t count;
+    uint64_t value;  // its place in the block, which may lie behind the end
+};
+
+class TagScan {
+  public:
+    TagScan(ByteView block, SniffResult& result) : block_(block), result_(result) {}
+
+    // Whether a tag names one of our makers.
+    bool Run(size_t first) {
+        for (size_t at = first; at <= kLastScanned; ++at) {
+            if (tiffBase_ != 0) {
+                TestTag({block_.U16(at), block_.U32(at + 4), uint64_t{tiffBase_} + block_.U32(at + 8)});
+            } else {
+                if (!block_.HasAt(at, "MM")) continue;
+                tiffBase_ = at;
+            }
+            if (!subTypeSeen_) TestSubType(at);
+            if (subTypeSeen_ && softwareSeen_ && Matched()) break;
+        }
+        return Matched();
+    }
+
+  private:
+    bool Matched() const { return makeMatch_ || modelMatch_ || softwareMatch_; }
+
+    void TestTag(const Entry& entry) {
+        switch (entry.tag) {
+            case 0x010F:
+                makeSeen_ = true;
+                if (entry.count == 9) makeMatch_ = block_.HasAt(entry.value, "ZvCamera");
+                if (entry.count == 7) makeMatch_ = block_.HasAt(entry.value, "ZORVEX");
+                break;
+            case 0x0110:
+                if (makeSeen_) break;  // a maker, once told, outranks the model
+                if (entry.count == 6) modelMatch_ = block_.HasAt(entry.value, "Lumis");
+                if (entry.count == 9) modelMatch_ = block_.HasAt(entry.value, "ZvCamera");
+                break;
+            case 0x0131:
+                if (!softwareSeen_) TestSoftware(entry);
+                break;
+            case 0x000B:
+                TakeName(entry, drsNameSeen_, result_.drsName, "CheckIfZv: DRSName is way too big!");
+                break;
+            case 0xC6F6:
+                TakeName(entry, drsProfileNameSeen_, result_.drsProfileName,
+                         "CheckIfZv: DRSProfileName is way too big!");
+                break;
+            default:
+                break;
+        }
+    }
+
+    // The whole value, unlike in a PNG: the count includes the ending NUL, so a version behind it differs.
+    void TestSoftware(const Entry& entry) {
+        softwareSeen_ = true;
+        for (const Tag& tag : g_zvSourceTags) {
+            if (entry.count != tag.key.size() + 1 || !block_.HasAt(entry.value, tag.key)) continue;
+            result_.fileSource = tag.value;
+            softwareMatch_ = true;
+        }
+    }
+
+    void TakeName(const Entry& entry, bool& seen, std::string& name, const char* tooBig) {
+        if (seen) return;
+        seen = true;
+        if (entry.count > kBlockSize)
+            result_.findings.push_back(tooBig);
+        else
+            name = block_.Sub(entry.value, entry.count).text();
+    }
+
+    void TestSubType(size_t at) {
+        for (const std::string_view subType : kSubTypes) {
+            if (!block_.HasAt(at, subType)) continue;
+            result_.fileSubType = subType;
+            subTypeSeen_ = true;
+            return;
+        }
+    }
+
+    const ByteView block_;
+    SniffResult& result_;
+    size_t tiffBase_ = 0;
+    bool makeSeen_ = false;
+    bool makeMatch_ = false;
+    bool modelMatch_ = false;
+    bool softwareSeen_ = false;
+    bool softwareMatch_ = false;
+    bool drsNameSeen_ = false;
+    bool drsProfileNameSeen_ = false;
+    bool subTypeSeen_ = false;
+};
+
+// The byte of the next marker, or 0xD9 (end of image) where the chain is broken: by the end of the file or by
+// a byte that belongs to no marker.
+uint8_t NextMarker(ByteCursor& cursor) {
+    constexpr uint8_t kNone = 0xD9;
+    ByteView byte = cursor.Take(1);
+    if (!byte.StartsWith("\xFF")) return kNone;
+    while (byte.StartsWith("\xFF"))
+        byte = cursor.Take(1);
+    return byte.size() == 0 ? kNone : static_cast<uint8_t>(byte.text()[0]);
+}
+
+bool IsStartOfFrame(uint8_t marker) {
+    // C4, C8 and CC lie in the range but define tables or are reserved.
+    return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+}
+
+// Precision and length, height, width, and the count of components, which must be there too.
+bool FrameIsValid(ByteCursor& cursor) {
+    const ByteView frame = cursor.Take(8);
+    return frame.size() == 8 && uint64_t{frame.U16(3)} * frame.U16(5) <= kMaxPixels;
+}
+
+}  // namespace
+
+int32_t WalkJpeg(ByteCursor& cursor, SniffResult& result) {
+    const ByteView block = cursor.Take(kBlockSize);
+    if (block.size() < kBlockSize || !block.StartsWith("\xFF\xD8\xFF\xE0")) return kInspected;
+    const uint16_t length = block.U16(4);
+    if (!TagScan(block, result).Run(size_t{length} + 4)) return kInspected;
+
+    result.isOwn = true;
+    cursor.Rewind();
+    if (!JpegSizeIsValid(cursor)) result.fileSubType = "SuperResolution_Oversized";
+    return kInspected;
+}
+
+bool JpegSizeIsValid(ByteCursor& cursor) {
+    if (!cursor.Take(2).StartsWith("\xFF\xD8")) return false;
+    for (;;) {
+        const uint8_t marker = NextMarker(cursor);
+        if (IsStartOfFrame(marker)) return FrameIsValid(cursor);
+        if (marker == 0xD9 || marker == 0xDA) return false;
+        const ByteView length = cursor.Take(2);
+        if (length.U16(0) < 2) return false;
+        cursor.Skip(length.U16(0) - 2u);
+    }
+}
+
+}  // namespace media

@@ -1,0 +1,94 @@
+#include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+
+#include "CobalixUtil.h"
+#include "common/RetVal.h"
+#include "plugin-modules/Gallery/src/media/JpegWalk.h"
+#include "plugin-modules/Gallery/src/media/Mp4Walk.h"
+#include "plugin-modules/Gallery/src/media/PngWalk.h"
+
+namespace media {
+namespace {
+
+struct Format {
+    std::string_view extension;  // lower case
+    const char* fileType;
+    const char* fileSubType;
+    int32_t (*walk)(ByteCursor&, SniffResult&);
+};
+
+// What is not here, ".exr" included, is never own by its bytes.
+constexpr Format kFormats[] = {
+    {".png", "image", "Unknown", WalkPng},
+    {".jps", "image", "Stereo", WalkJpeg},
+    {".jpg", "image", "Unknown", WalkJpeg},
+    {".mp4", "video", "Unknown", WalkMp4},
+};
+
+// ASCII only: the answer must not depend on the locale.
+char ToLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+const Format* FindFormat(std::string_view path) {
+    const size_t dot = path.rfind('.');
+    if (dot == std::string_view::npos) return nullptr;
+    const std::string_view extension = path.substr(dot);
+    for (const Format& format : kFormats)
+        if (std::equal(extension.begin(), extension.end(), format.extension.begin(), format.extension.end(),
+                       [](char c, char lower) { return ToLower(c) == lower; }))
+            return &format;
+    return nullptr;
+}
+
+const char* FileName(const std::string& path) {
+    return path.c_str() + path.rfind('/') + 1;  // npos + 1 is 0
+}
+
+void Reset(SniffResult& result) {
+    result.isOwn = false;
+    result.fileType = "other";
+    result.fileSubType = "Unknown";
+    result.fileSource = "Undefined";
+    result.drsName.clear();
+    result.drsProfileName.clear();
+    result.shortName.clear();
+    result.cmsId = 0;
+    result.findings.clear();
+}
+
+}  // namespace
+
+int32_t SniffFile(const std::string& path, SniffResult& result) {
+    Reset(result);
+    const Format* format = FindFormat(path);
+    if (!format) return kInspected;
+    result.fileType = format->fileType;
+    result.fileSubType = format->fileSubType;
+
+    KXP::ifstream file;
+    if (!file.open(path)) {
+        KXP_LOG(KXP::LogFailure, "Failed to open %s", FileName(path));
+        return KXP::Code::kFailure;
+    }
+    FileSource source(file);
+    ByteCursor cursor(source);
+    const int32_t code = format->walk(cursor, result);
+    for (const char* finding : result.findings)
+        KXP_LOG(KXP::LogFailure, "%s", finding);
+    return code;
+}
+
+int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {
+    isValid = false;
+    KXP::ifstream file;
+    if (!file.open(path)) {
+        KXP_LOG(KXP::LogFailure, "Could not open %s", FileName(path));
+        return KXP::Code::kInvalidHandle;
+    }
+    FileSource source(file);
+    ByteCursor cursor(source);
+    isValid = JpegSizeIsValid(cursor);
+    return kInspected;
+}
+
+}  // namespace media

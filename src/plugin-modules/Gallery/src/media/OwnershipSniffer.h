@@ -1,0 +1,23 @@
+// The single test of ownership: whether a file was made by the capture tools of this product family, and what
+// kind it is. The extension only selects the walk; exact byte patterns inside the file decide.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "plugin-modules/Gallery/src/media/SniffResult.h"
+
+namespace media {
+
+// Inspects one file. First resets the own flag, type, subtype, source, the three names and the CMS id of
+// `result`; highlight fields and the time stamp keep what they held unless the file tells them. Returns 1,
+// own or not, or a negative code: 0x80004005 when the file cannot be opened (a pipe, device or folder counts
+// as such and never blocks) or read on, 0x8007000D for a malformed MP4. Fields set before a failure stay.
+// Writes log lines for failures. Any thread; reads a few pages whatever the file's size.
+int32_t SniffFile(const std::string& path, SniffResult& result);
+
+// Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
+// opened; `isValid` is then false.
+int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
+
+}  // namespace media

@@ -1,0 +1,42 @@
+// What the inspection of a media file finds out, and the tags by which captures are known.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "libraries/share-common/MetadataBlock.h"
+
+namespace media {
+
+// Names that come from PNG text or JPEG tags are the file's bytes as they stand: they need not be valid UTF-8
+// and may hold zero bytes. Whoever puts them into JSON has to make them fit.
+struct SniffResult : MetadataFields {
+    bool isOwn = false;
+    std::string fileType;               // "image", "video" or "other"
+    std::string fileSource;             // "OVS_Share", "OVS_SDK", "OVS_Lumis" or "Undefined"
+    std::vector<const char*> findings;  // static texts, log lines about bad content
+};
+
+// The ordinary result of a walk, whether the file is own or not.
+constexpr int32_t kInspected = 1;
+
+struct Tag {
+    std::string_view key;
+    std::string_view value;
+};
+
+// The software name that a capture tool writes, and the source it stands for. In order of the keys.
+inline constexpr Tag g_zvSourceTags[] = {
+    {"Ovirastream LUMIS", "OVS_Lumis"},
+    {"Ovirastream SDK", "OVS_SDK"},
+    {"Ovirastream SHARE", "OVS_Share"},
+};
+
+// The "Source" member of the block in an MP4, and the subtype it stands for.
+inline constexpr Tag g_mp4EncodingTags[] = {
+    {"Ovirastream SDK", "Highlight"},
+    {"Ovirastream SHARE", "Normal"},
+};
+
+}  // namespace media
