@@ -42,7 +42,7 @@ bool ToUtf8(std::string_view text, std::string& utf8) {
     return true;
 }
 
-bool ParseAnyEncoding(const std::string& text, Document& document) {
+bool ParseAnyEncoding(std::string_view text, Document& document) {
     if (IsUtf8(text)) return !ParseJSON(text, document).IsError();
     std::string utf8;
     return ToUtf8(text, utf8) && !ParseJSON(utf8, document).IsError();
@@ -97,8 +97,8 @@ RetVal JSONFile::ReadAndParseJSON(Document& document) const {
         KXP_LOG(LogMilestone, "Config file %s not found!!", GetFileNameFromPath(path_).c_str());
         return {Code::kNotFound, "Config file not found", 0};
     }
-    std::string text;
-    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text, document)) {
+    FileBytes text;
+    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text.view(), document)) {
         KXP_LOG(LogFailure, "Error parsing JSON document %s", path_.c_str());
         return {Code::kJsonField, "Error parsing JSON document", 0};
     }
