@@ -102,15 +102,15 @@ struct PayloadSchemas::Compiled {
     SchemaDocument schema;
 };
 
-PayloadSchemas::PayloadSchemas(const Document& api)
-    : definitions_(JSONGetObjectOrEmpty(api, "definitions")) {}
+PayloadSchemas::PayloadSchemas(const Document& api) : api_(api) {}
 
 PayloadSchemas::~PayloadSchemas() = default;
 
 RetVal PayloadSchemas::Validate(const std::string& method, const Value& payload, const char* kind) {
     try {
-        const Value& schema = JSONGetObjectOrEmpty(JSONGetObjectOrEmpty(definitions_, method), kind);
-        if (!schema.ObjectEmpty()) Check(Find(schema).schema, payload, kind);
+        const Value& definitions = JSONGetObjectOrEmpty(api_, "definitions");
+        const Value& schema = JSONGetObjectOrEmpty(JSONGetObjectOrEmpty(definitions, method), kind);
+        if (!schema.ObjectEmpty()) Check(Find(schema, definitions).schema, payload, kind);
         return {};
     } catch (const std::exception& error) {
         RetVal failure = ExceptionToRetVal();
@@ -122,13 +122,13 @@ RetVal PayloadSchemas::Validate(const std::string& method, const Value& payload,
 
 // Compiles with the mutex free, because that may log. Threads that come to a schema together each compile it,
 // and one of the results is kept.
-const PayloadSchemas::Compiled& PayloadSchemas::Find(const Value& schema) {
+const PayloadSchemas::Compiled& PayloadSchemas::Find(const Value& schema, const Value& definitions) {
     {
         MutexLock lock(mutex_);
         const auto found = compiled_.find(&schema);
         if (found != compiled_.end()) return *found->second;
     }
-    auto fresh = std::make_unique<const Compiled>(SchemaWithDefinitions(schema, definitions_));
+    auto fresh = std::make_unique<const Compiled>(SchemaWithDefinitions(schema, definitions));
     MutexLock lock(mutex_);
     return *compiled_.try_emplace(&schema, std::move(fresh)).first->second;
 }

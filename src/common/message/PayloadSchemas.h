@@ -16,7 +16,8 @@ namespace KXP {
 //
 // A schema is compiled at its first use and kept, over the definitions that it reaches and no others: the
 // whole catalogue would cost each message more than everything else that is done for it. Any thread may call,
-// and checks run side by side. The API schema is only read; it must outlive this object and stay unchanged.
+// and checks run side by side. The API schema is only read; it must outlive this object and stay unchanged
+// from the first check on.
 class PayloadSchemas {
   public:
     explicit PayloadSchemas(const Document& api);
@@ -33,9 +34,9 @@ class PayloadSchemas {
   private:
     struct Compiled;
 
-    const Compiled& Find(const Value& schema) EXCLUDES(mutex_);
+    const Compiled& Find(const Value& schema, const Value& definitions) EXCLUDES(mutex_);
 
-    const Value& definitions_;
+    const Document& api_;
 
     Mutex mutex_;
     // Under the address of the schema in the API document, so that no method name from outside can make it
