@@ -1,0 +1,88 @@
+// Captures for the benchmarks to read, in a temporary folder.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "tests/support/CaptureBytes.h"
+
+namespace benchmarks {
+
+namespace fs = std::filesystem;
+
+enum Kind : int { kPng, kJpg, kJps, kMp4Front, kMp4Behind, kExr, kOther, kKinds };
+
+inline constexpr const char* kExtensions[kKinds] = {".png", ".jpg", ".jps", ".mp4", ".mp4", ".exr", ".txt"};
+inline constexpr const char* kLabels[kKinds] = {
+    "png", "jpg", "jps", "mp4, moov in front", "mp4, moov behind", "exr", "other"};
+// The size of a small capture, so that the whole is never read by accident.
+inline constexpr size_t kBulk = 64 * 1024;
+
+inline std::string CaptureOf(Kind kind) {
+    const std::string block =
+        captures::Block("Ovirastream SDK", R"({"DRSAppName":"An application","DRSProfileName":"A profile",)"
+                                           R"("ShortName":"app","CmsId":100021711,"HighlightName":"Victory",)"
+                                           R"("HighlightId":"victory","HighlightGroupId":"group",)"
+                                           R"("HighlightTags":1,"HighlightSignificance":2})");
+    const std::string bulk(kBulk, '\x55');
+    const std::string media = samples::Mp4Box("mdat", bulk);
+    switch (kind) {
+        case kPng:
+            return captures::Png(captures::PngText("Software", "Ovirastream SHARE 1.0") +
+                                 captures::PngText("DRSName", "An application") +
+                                 captures::PngText("Description", block)) +
+                   bulk;
+        case kJpg:
+        case kJps:
+            return captures::OwnJpeg(1080, 1920) + bulk;
+        case kMp4Front:
+            return captures::FileType() + captures::Movie(block) + media;
+        case kMp4Behind:
+            return captures::FileType() + media + captures::Movie(block);
+        default:
+            return bulk;
+    }
+}
+
+// A temporary folder with `count` files of the kinds in turn, from `first` on.
+class Folder {
+  public:
+    Folder(int first, int step, int count) {
+        std::string name = (fs::temp_directory_path() / "gallery-benchmark-XXXXXX").string();
+        if (!mkdtemp(name.data())) throw std::runtime_error("no temporary folder");
+        path_ = name;
+        for (int i = 0; i < count; ++i) {
+            const Kind kind = static_cast<Kind>((first + i * step) % kKinds);
+            files_.push_back((path_ / ("capture " + std::to_string(i) + kExtensions[kind])).string());
+            std::ofstream(files_.back(), std::ios::binary) << CaptureOf(kind);
+        }
+    }
+    ~Folder() { fs::remove_all(path_); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::string path() const { return path_.string(); }
+    const std::vector<std::string>& files() const { return files_; }
+
+  private:
+    fs::path path_;
+    std::vector<std::string> files_;
+};
+
+// What no inspection of a file can save.
+inline void OpenReadClose(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    char start[512];
+    benchmark::DoNotOptimize(read(descriptor, start, sizeof(start)));
+    close(descriptor);
+}
+
+}  // namespace benchmarks
