@@ -70,6 +70,8 @@ class Worker {
 };
 
 struct Fake {
+    Fake(ZvCefPluginCallback toCall, void* itsContext) : callback(toCall), context(itsContext) {}
+
     ZvCefPluginCallback callback;
     void* context;
     std::map<std::string, std::vector<std::string>> subscribers;
@@ -138,10 +140,16 @@ void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& res
 
 void Notify(const KXP::Value& payload) {
     const std::string method = payload["method"].GetString();
-    for (const std::string& id : fake->subscribers[method])
-        Tell(ZvCefPluginJsonMessage, R"({"system":"Host","module":"gallery-host","method":")" + method +
-                                         R"(","uniqueid":"n","reference_uniqueid":")" + id +
-                                         R"(","type":3073,"payload":{"n":1}})");
+    for (const std::string& id : fake->subscribers[method]) {
+        KXP::Document notification;
+        KXP::ParseJSON(
+            R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,"payload":{"n":1}})",
+            notification);
+        KXP::Allocator& allocator = notification.GetAllocator();
+        notification.AddMember("method", KXP::Value(method, allocator), allocator);
+        notification.AddMember("reference_uniqueid", KXP::Value(id, allocator), allocator);
+        Tell(ZvCefPluginJsonMessage, ToText(notification));
+    }
 }
 
 void Handle(const std::string& text) {
@@ -168,7 +176,7 @@ void Handle(const std::string& text) {
 }
 
 int Initialize(ZvCefPluginCallback callback, const char* config, void* context) {
-    fake.reset(new Fake{callback, context, {}, {}});
+    fake = std::make_unique<Fake>(callback, context);
     if (std::string(config) != "{}") return 0;
     return Command("init", "_CmdInit_");
 }

@@ -70,19 +70,22 @@ TEST(Serve, ALineTooLongIsPassedOver) {
 }
 
 TEST(Serve, NotificationsReachEverySubscriberOnce) {
-    const std::string notify = R"({"method":"Notify","payload":{"method":"MontageNotification"}})";
+    const std::string notify =
+        R"({"method":"Notify","uniqueid":"ask","payload":{"method":"MontageNotification"}})";
     const auto subscribe = [](const std::string& id) {
         return R"({"method":"MontageNotification","type":3073,"source_system":"Page","uniqueid":")" + id +
                "\"}\n";
     };
-    const Ended ended =
-        RunHost({"serve"}, notify + "\n" + subscribe("first") + subscribe("second") + notify + "\n");
-    EXPECT_EQ(ended.status, 0) << ended.err;
-    EXPECT_EQ(Count(ended.out, "\"n\":1"), 3u) << ended.out;
-    EXPECT_EQ(Count(ended.out, "\"reference_uniqueid\":\"MontageNotification\""), 1u);
-    EXPECT_EQ(Count(ended.out, "\"reference_uniqueid\":\"first\""), 1u);
-    EXPECT_EQ(Count(ended.out, "\"reference_uniqueid\":\"second\""), 1u);
-    EXPECT_EQ(Count(ended.out, "\"system\":\"Page\""), 2u);
+    ChildProcess child(WithFake({"serve"}), {});
+    child.Write(notify + "\n");
+    ASSERT_TRUE(child.ReadOutUntil("\"reference_uniqueid\":\"ask\""));
+    child.Write(subscribe("first") + subscribe("second") + notify + "\n");
+    EXPECT_EQ(child.Wait(), 0) << child.err;
+    EXPECT_EQ(Count(child.out, "\"n\":1"), 3u) << child.out;
+    EXPECT_EQ(Count(child.out, "\"reference_uniqueid\":\"MontageNotification\""), 1u);
+    EXPECT_EQ(Count(child.out, "\"reference_uniqueid\":\"first\""), 1u);
+    EXPECT_EQ(Count(child.out, "\"reference_uniqueid\":\"second\""), 1u);
+    EXPECT_EQ(Count(child.out, "\"system\":\"Page\""), 2u);
 }
 
 TEST(Serve, TheEndOfInputWaitsForAnswersButNotForEver) {

@@ -56,7 +56,7 @@ TemporaryHome::~TemporaryHome() {
 }
 
 std::string TemporaryHome::FillGallery() const {
-    const std::string gallery = path_ + "/Videos/ZORVEX/Ovirastream";
+    std::string gallery = path_ + "/Videos/ZORVEX/Ovirastream";
     try {
         fs::create_directories(gallery);
         samples::WriteSampleGallery(gallery);
@@ -70,7 +70,7 @@ std::string TemporaryHome::FillGallery() const {
 void RunDemo(Session& session, Output& output, const std::string& gallery) {
     for (const std::string& folder : ListOne(session, output, "Gallery", gallery)) {
         output.Write("\n");
-        ListOne(session, output, folder, gallery + "/" + folder);
+        ListOne(session, output, folder, fs::path(gallery) / folder);
     }
 }
 
