@@ -4,7 +4,7 @@ add_library(gallery_warnings INTERFACE)
 target_compile_options(gallery_warnings INTERFACE
   -Wall -Wextra -Werror
   -Wshadow -Wnon-virtual-dtor -Wcast-align -Wformat=2
-  "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
+  "-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=")
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   target_compile_options(gallery_warnings INTERFACE -Wthread-safety)
 endif()

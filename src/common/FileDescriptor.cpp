@@ -65,22 +65,23 @@ bool WriteFullyAt(const FileDescriptor& file, const char* bytes, size_t size, si
     return true;
 }
 
-bool ReadWhole(const FileDescriptor& file, size_t limit, std::string& bytes) {
+bool ReadWhole(const FileDescriptor& file, size_t limit, FileBytes& content) {
     struct stat status {};
     if (fstat(file.get(), &status) != 0) return false;
-    if (static_cast<size_t>(status.st_size) > limit) {
+    const auto size = static_cast<size_t>(status.st_size);
+    if (size > limit) {
         errno = EFBIG;
         return false;
     }
-    bytes.resize(static_cast<size_t>(status.st_size));
-    size_t filled = 0;
-    while (filled < bytes.size()) {
-        const long got = ReadSome(file, &bytes[filled], bytes.size() - filled);
+    // Left unset, unlike make_unique's: clearing a large buffer costs as much as reading into it.
+    content.bytes.reset(new char[size]);
+    content.size = 0;
+    while (content.size < size) {
+        const long got = ReadSome(file, &content.bytes[content.size], size - content.size);
         if (got < 0) return false;
         if (got == 0) break;
-        filled += static_cast<size_t>(got);
+        content.size += static_cast<size_t>(got);
     }
-    bytes.resize(filled);
     return true;
 }
 

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace KXP {
@@ -44,8 +46,16 @@ long ReadSome(const FileDescriptor& file, char* buffer, size_t size);
 bool WriteFully(const FileDescriptor& file, const char* bytes, size_t size);
 bool WriteFullyAt(const FileDescriptor& file, const char* bytes, size_t size, size_t offset);
 
+// The bytes of a file in memory.
+struct FileBytes {
+    std::unique_ptr<char[]> bytes;
+    size_t size = 0;
+
+    std::string_view view() const { return {bytes.get(), size}; }
+};
+
 // Reads from the start, as much as the file holds when it is asked for its size. False with errno set when a
 // read fails or the file is larger than `limit` (EFBIG).
-bool ReadWhole(const FileDescriptor& file, size_t limit, std::string& bytes);
+bool ReadWhole(const FileDescriptor& file, size_t limit, FileBytes& content);
 
 }  // namespace KXP

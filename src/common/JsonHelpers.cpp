@@ -38,10 +38,10 @@ const Value& ObjectMember(const Value& value, std::string_view key, bool require
 bool ReadJSON(const std::string& path, Document& document) {
     const FileDescriptor file = OpenForRead(path);
     if (!file.IsOpen()) return false;
-    std::string text;
+    FileBytes text;
     // No JSON begins with the first byte of a UTF-8 mark, which ParseJSON would skip.
-    const bool parsed = ReadWhole(file, kMaxJsonFileBytes, text) &&
-                        (text.empty() || text.front() != '\xEF') && !ParseJSON(text, document).IsError();
+    const bool parsed = ReadWhole(file, kMaxJsonFileBytes, text) && text.view().substr(0, 1) != "\xEF" &&
+                        !ParseJSON(text.view(), document).IsError();
     if (!parsed) {
         KXP_LOG(LogFailure, "Error parsing JSON document %s", path.c_str());
         return false;
@@ -155,8 +155,12 @@ std::string jsonGetType<std::string>(const Value& value) {
     return {value.GetString(), value.GetStringLength()};
 }
 
+const char* JsonTypeName(const Value& value) {
+    return kTypeNames[value.GetType()];
+}
+
 std::string jsonUnexpectedType(const Value& member, std::string_view key) {
-    return "Found key '" + std::string(key) + "', with unexpected type: " + kTypeNames[member.GetType()];
+    return "Found key '" + std::string(key) + "', with unexpected type: " + JsonTypeName(member);
 }
 
 const Value& JSONGetArray(const Value& value, std::string_view key) {

@@ -75,6 +75,9 @@ const char* jsonGetType<const char*>(const Value& value);
 template <>
 std::string jsonGetType<std::string>(const Value& value);
 
+// The word for a value's type in complaints: "Null", "Bool", "Object", "Array", "String" or "Number".
+const char* JsonTypeName(const Value& value);
+
 // "Found key 'key', with unexpected type: Number"
 std::string jsonUnexpectedType(const Value& member, std::string_view key);
 

@@ -1,5 +1,5 @@
 // The one road from JSON text to a document. RapidJSON is safe on hostile text only within limits that are
-// checked here first: nesting, and the digits of an exponent.
+// kept here: nesting, and the digits of an exponent.
 #pragma once
 
 #include <string_view>
@@ -15,13 +15,9 @@ constexpr int kMaxExponentDigits = 9;
 // A larger file is none of the product's own; reading it would only cost the client its memory.
 constexpr size_t kMaxJsonFileBytes = size_t{1} << 30;
 
-// Parses UTF-8 text, comments allowed, strings checked for their encoding. On failure the result tells the
-// error and its byte offset, and `document` is not to be used. Text that breaks a limit gives
-// kParseErrorTermination. A zero byte ends the text as RapidJSON has it.
+// Parses UTF-8 text, with or without its byte-order mark, comments allowed, strings checked for their
+// encoding. On failure the result tells the error and its byte offset, and `document` is not to be used. Text
+// that breaks a limit gives kParseErrorTermination. A zero byte ends the text as RapidJSON has it.
 rapidjson::ParseResult ParseJSON(std::string_view text, Document& document);
-
-// The limits alone, for callers that drive RapidJSON themselves. Scans outside strings and comments; text
-// that is no JSON at all passes and is left to the parser.
-rapidjson::ParseResult CheckJsonLimits(std::string_view text);
 
 }  // namespace KXP

@@ -35,8 +35,9 @@ void SetEnv(const std::string& name, const std::optional<std::string>& value);
 
 namespace Platform {
 
-// Gives the file disk space for `size` bytes and at least that length; what it holds stays, and zero bytes
-// follow it. False with errno set when there is no room; the length may then have grown.
+// Gives the file disk space for `size` bytes, which are at least one, and at least that length; what it holds
+// stays, and zero bytes follow it. False with errno set when there is no room; the length may then have
+// grown.
 bool ReserveFileSpace(int fd, int64_t size);
 
 // The names in a folder that can be reached (a dangling link cannot), without "." and "..", in the folder's

@@ -66,9 +66,10 @@ constexpr uint32_t ValuesAt(uint32_t entries) {
     return 8 + 2 + 12 * entries + 4;
 }
 
+// Three components: the length field of a grey picture reads as a tag to those who scan for tags.
 inline std::string FrameHeader(uint16_t height, uint16_t width) {
-    return "\xFF\xC0" + samples::U16(11) + "\x08" + samples::U16(height) + samples::U16(width) +
-           std::string("\x01\x01\x11\0", 4);
+    return "\xFF\xC0" + samples::U16(17) + "\x08" + samples::U16(height) + samples::U16(width) +
+           std::string("\3\1\x22\0\2\x11\0\3\x11\0", 10);
 }
 
 // APP0, the Exif segment with its directory and values, the bytes `tail`, and zeros up to 600 bytes.

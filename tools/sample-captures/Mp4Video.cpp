@@ -61,8 +61,10 @@ std::string SampleDescription(const Mp4Options& options) {
 // The last frame takes what the even share leaves over.
 std::string FrameTimes(const Mp4Options& options) {
     const uint32_t share = options.duration / options.frames;
-    const uint32_t last = options.duration - share * (options.frames - 1);
-    return Mp4Box("stts", Full(0, 0) + U32(2) + U32(options.frames - 1) + U32(share) + U32(1) + U32(last));
+    const uint32_t others = options.frames - 1;
+    const std::string last = U32(1) + U32(options.duration - share * others);
+    if (others == 0) return Mp4Box("stts", Full(0, 0) + U32(1) + last);
+    return Mp4Box("stts", Full(0, 0) + U32(2) + U32(others) + U32(share) + last);
 }
 
 std::string FrameSizes(const std::vector<std::string>& frames) {

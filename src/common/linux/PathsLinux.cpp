@@ -83,11 +83,11 @@ std::string HomeFolder() {
 std::string MoviesFolder() {
     const std::string home = HomeFolder();
     std::string movies = home + "/Videos";
-    std::string text;
+    FileBytes text;
     const FileDescriptor file = OpenForRead(LibraryFolder() + "/user-dirs.dirs");
     if (!file.IsOpen() || !ReadWhole(file, kMaxUserDirsBytes, text)) return movies;
     // The last line wins, as in a shell.
-    for (const std::string& line : SplitString(text, '\n')) {
+    for (const std::string& line : SplitString(std::string(text.view()), '\n')) {
         const std::string folder = VideosFolderOfLine(line, home);
         if (!folder.empty()) movies = folder;
     }

@@ -24,10 +24,10 @@ std::string Unquoted(const std::string& value) {
 std::string GetOsVersion() {
     const std::string key = "VERSION_ID=";
     for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
-        std::string text;
+        FileBytes text;
         const FileDescriptor file = OpenForRead(path);
         if (!file.IsOpen() || !ReadWhole(file, kMaxOsReleaseBytes, text)) continue;
-        for (const std::string& line : SplitString(text, '\n')) {
+        for (const std::string& line : SplitString(std::string(text.view()), '\n')) {
             if (line.compare(0, key.size(), key) == 0) return Unquoted(line.substr(key.size()));
         }
         return "";
@@ -53,7 +53,6 @@ std::string GetOsLocale() {
 namespace Platform {
 
 bool ReserveFileSpace(int fd, int64_t size) {
-    if (size == 0) return true;
     int error = 0;
     do {
         error = posix_fallocate(fd, 0, size);

@@ -29,7 +29,10 @@ int LevelInForce() {
     return level;
 }
 
-thread_local std::string threadName;
+// Plain bytes: an object with a destructor would keep the library mapped for as long as the container's own
+// thread lives. Longer names are cut; they may come from a message.
+constexpr size_t kMaxThreadName = 96;
+thread_local char threadName[kMaxThreadName] = "";
 // How deep this thread is inside the callback: a callback that replaces itself must not wait for itself.
 thread_local int callsOnThisThread = 0;
 
@@ -145,8 +148,8 @@ void LogMessage(LogLevel level, const char* file, int line, const char* format, 
 }
 
 void LogNameThread(const char* prefix, const char* suffix) {
-    threadName = prefix ? prefix : "";
-    if (suffix) threadName += std::string(" ") + suffix;
+    std::snprintf(threadName, sizeof threadName, "%s%s%s", prefix ? prefix : "", suffix ? " " : "",
+                  suffix ? suffix : "");
 }
 
 }  // namespace KXP

@@ -12,7 +12,6 @@ constexpr std::string_view kSubTypes[] = {"SuperResolution", "360Mono", "Stereo"
 
 // One entry of a TIFF directory. Only big-endian data is looked for: the tools write no other.
 struct Entry {
-    uint16_t tag;
     uint32_t count;
     uint64_t value;  // its place in the block, which may lie behind the end
 };
@@ -25,7 +24,7 @@ class TagScan {
     bool Run(size_t first) {
         for (size_t at = first; at <= kLastScanned; ++at) {
             if (tiffBase_ != 0) {
-                TestTag({block_.U16(at), block_.U32(at + 4), uint64_t{tiffBase_} + block_.U32(at + 8)});
+                TestTag(at);
             } else {
                 if (!block_.HasAt(at, "MM")) continue;
                 tiffBase_ = at;
@@ -39,31 +38,42 @@ class TagScan {
   private:
     bool Matched() const { return makeMatch_ || modelMatch_ || softwareMatch_; }
 
-    void TestTag(const Entry& entry) {
-        switch (entry.tag) {
+    Entry EntryAt(size_t at) const { return {block_.U32(at + 4), uint64_t{tiffBase_} + block_.U32(at + 8)}; }
+
+    void TestTag(size_t at) {
+        switch (block_.U16(at)) {
             case 0x010F:
-                makeSeen_ = true;
-                if (entry.count == 9) makeMatch_ = block_.HasAt(entry.value, "ZvCamera");
-                if (entry.count == 7) makeMatch_ = block_.HasAt(entry.value, "ZORVEX");
+                TestMake(EntryAt(at));
                 break;
             case 0x0110:
-                if (makeSeen_) break;  // a maker, once told, outranks the model
-                if (entry.count == 6) modelMatch_ = block_.HasAt(entry.value, "Lumis");
-                if (entry.count == 9) modelMatch_ = block_.HasAt(entry.value, "ZvCamera");
+                // A maker, once told, outranks the model.
+                if (!makeSeen_) TestModel(EntryAt(at));
                 break;
             case 0x0131:
-                if (!softwareSeen_) TestSoftware(entry);
+                if (!softwareSeen_) TestSoftware(EntryAt(at));
                 break;
             case 0x000B:
-                TakeName(entry, drsNameSeen_, result_.drsName, "CheckIfZv: DRSName is way too big!");
+                TakeName(EntryAt(at), drsNameSeen_, result_.drsName, "CheckIfZv: DRSName is way too big!");
                 break;
             case 0xC6F6:
-                TakeName(entry, drsProfileNameSeen_, result_.drsProfileName,
+                TakeName(EntryAt(at), drsProfileNameSeen_, result_.drsProfileName,
                          "CheckIfZv: DRSProfileName is way too big!");
                 break;
             default:
                 break;
         }
+    }
+
+    // A count that fits no name leaves the verdict; one that does overwrites it.
+    void TestMake(const Entry& entry) {
+        makeSeen_ = true;
+        if (entry.count == 9) makeMatch_ = block_.HasAt(entry.value, "ZvCamera");
+        if (entry.count == 7) makeMatch_ = block_.HasAt(entry.value, "ZORVEX");
+    }
+
+    void TestModel(const Entry& entry) {
+        if (entry.count == 6) modelMatch_ = block_.HasAt(entry.value, "Lumis");
+        if (entry.count == 9) modelMatch_ = block_.HasAt(entry.value, "ZvCamera");
     }
 
     // The whole value, unlike in a PNG: the count includes the ending NUL, so a version behind it differs.
@@ -86,6 +96,9 @@ class TagScan {
     }
 
     void TestSubType(size_t at) {
+        // Nearly every position is settled by its first byte, and there are hundreds of them.
+        const char first = block_.text()[at];
+        if (first != 'S' && first != '3') return;
         for (const std::string_view subType : kSubTypes) {
             if (!block_.HasAt(at, subType)) continue;
             result_.fileSubType = subType;

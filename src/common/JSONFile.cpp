@@ -1,0 +1,131 @@
+#include "common/JSONFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "CobalixUtil.h"
+#include "common/DirUtil.h"
+#include "common/FileDescriptor.h"
+#include "common/FileUtil.h"
+#include "common/JsonParse.h"
+#include "common/System.h"
+
+namespace KXP {
+namespace {
+
+constexpr unsigned kNewFileMode = 0666;  // less the umask, as the C library's fopen has it
+
+// Whether the text is UTF-8 by the rules that AutoUTFInputStream goes by: a byte-order mark, or else the
+// pattern of zero bytes among the first four, of which a JSON text of other encodings has some.
+bool IsUtf8(std::string_view text) {
+    if (text.size() < 4) return true;
+    const std::string_view start = text.substr(0, 2);
+    if (start == "\xFF\xFE" || start == "\xFE\xFF") return false;
+    return std::find(text.begin(), text.begin() + 4, '\0') == text.begin() + 4;
+}
+
+// The text in UTF-8; false when it is malformed. At least four bytes, which telling the encoding takes.
+bool ToUtf8(std::string_view text, std::string& utf8) {
+    rapidjson::MemoryStream bytes(text.data(), text.size());
+    rapidjson::AutoUTFInputStream<unsigned, rapidjson::MemoryStream> in(bytes);
+    rapidjson::StringBuffer out;
+    while (in.Peek() != 0) {
+        if (!rapidjson::Transcoder<rapidjson::AutoUTF<unsigned>, rapidjson::UTF8<>>::Transcode(in, out))
+            return false;
+    }
+    utf8.assign(out.GetString(), out.GetSize());
+    return true;
+}
+
+bool ParseAnyEncoding(std::string_view text, Document& document) {
+    if (IsUtf8(text)) return !ParseJSON(text, document).IsError();
+    std::string utf8;
+    return ToUtf8(text, utf8) && !ParseJSON(utf8, document).IsError();
+}
+
+// Puts `text` where the old text was. Whoever comes upon the file half-way finds either of them: behind the
+// old text zero bytes, which end a text for our readers, and behind the new one white space.
+bool OverwriteInPlace(const FileDescriptor& file, std::string text) {
+    struct stat status {};
+    if (fstat(file.get(), &status) != 0) return false;
+    const size_t oldSize = static_cast<size_t>(status.st_size);
+    const size_t newSize = text.size();
+    // A file too large to be read as JSON holds no old text to save.
+    if (oldSize > newSize && oldSize <= kMaxJsonFileBytes) text.resize(oldSize, ' ');
+    if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(text.size()))) {
+        const int error = errno;
+        (void)ftruncate(file.get(), status.st_size);
+        errno = error;
+        return false;
+    }
+    return WriteFullyAt(file, text.data(), text.size(), 0) &&
+           ftruncate(file.get(), static_cast<off_t>(newSize)) == 0;
+}
+
+}  // namespace
+
+JSONFile::JSONFile(std::vector<std::string> parts, const std::string& extraFolder, const std::string& name) {
+    if (!extraFolder.empty()) parts.push_back(extraFolder);
+    directory_ = CreateDirectoryPath(parts);
+    path_ = directory_ + "/" + name;
+}
+
+void JSONFile::Init(const std::string& path) {
+    directory_ = GetDirName(path);
+    path_ = path;
+}
+
+RetVal JSONFile::OpenFile(FILE*& file, bool read) const {
+    const char* mode = read ? "rb" : "wb";
+    file = std::fopen(path_.c_str(), mode);
+    return file ? RetVal{} : OpenFailed(mode);
+}
+
+RetVal JSONFile::OpenFailed(const char* mode) const {
+    KXP_LOG(LogMilestone, "Failed to open %s for %s err:%d", GetFileNameFromPath(path_).c_str(), mode, errno);
+    return {Code::kNotFound, "Failed to open file", 0};
+}
+
+RetVal JSONFile::ReadAndParseJSON(Document& document) const {
+    const FileDescriptor file = OpenForRead(path_);
+    if (!file.IsOpen()) {
+        KXP_LOG(LogMilestone, "Config file %s not found!!", GetFileNameFromPath(path_).c_str());
+        return {Code::kNotFound, "Config file not found", 0};
+    }
+    FileBytes text;
+    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text.view(), document)) {
+        KXP_LOG(LogFailure, "Error parsing JSON document %s", path_.c_str());
+        return {Code::kJsonField, "Error parsing JSON document", 0};
+    }
+    if (!document.IsObject()) {
+        KXP_LOG(LogFailure, "Document at %s has no root object", path_.c_str());
+        return {Code::kInvalidData, "Document has no root object", 0};
+    }
+    return {};
+}
+
+RetVal JSONFile::WriteJSON(const Document& document) const {
+    rapidjson::StringBuffer buffer;
+    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+    writer.SetIndent('\t', 1);
+    document.Accept(writer);
+    FileDescriptor file = OpenForWrite(path_, kNewFileMode);
+    if (!file.IsOpen()) return OpenFailed("wb");
+    if (OverwriteInPlace(file, {buffer.GetString(), buffer.GetSize()}) && file.Close()) return {};
+    KXP_LOG(LogFailure, "Failed to write %s err:%d", path_.c_str(), errno);
+    return {Code::kFailure, "Failed to write file", 0};
+}
+
+RetVal JSONFile::RemoveFile() const {
+    RetVal result;
+    result.code = FileDelete(path_, true);
+    DirectoryRemove(directory_);
+    return result;
+}
+
+}  // namespace KXP

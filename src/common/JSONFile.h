@@ -1,0 +1,51 @@
+// One JSON file on disk: a settings file, a tracker, a set of definitions.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "common/Json.h"
+#include "common/RetVal.h"
+
+namespace KXP {
+
+// Holds no open file between calls and stays usable after any failure. Nothing is locked: the owner of each
+// file keeps two calls from running at once.
+class JSONFile {
+  public:
+    JSONFile() = default;
+    // The file `name` in the folder of `parts` and, unless empty, `extraFolder`. Makes the folder; throws
+    // Exception 0x80004005 when it cannot.
+    JSONFile(std::vector<std::string> parts, const std::string& extraFolder, const std::string& name);
+
+    // Names the file by its whole path and creates nothing.
+    void Init(const std::string& path);
+
+    const std::string& directory() const { return directory_; }
+    const std::string& path() const { return path_; }
+
+    // Opens for reading, or for writing, which empties the file. The caller closes. 0x80070002 when it fails.
+    RetVal OpenFile(FILE*& file, bool read) const;
+
+    // Reads UTF-8, UTF-16 or UTF-32 in either byte order, told by its mark or its zero bytes, with comments
+    // allowed and an object at the root. 0x80070002 when there is no such file, 0x8008F001 when the text is
+    // wrong, 0x8007000D when its root is no object; `document` is then not to be used.
+    RetVal ReadAndParseJSON(Document& document) const;
+
+    // Writes over the file in place, indented by tabs. A kill or a full disk leaves the old text or the new:
+    // space is reserved first, the text goes out in one write, and the file is never emptied on the way.
+    // 0x80070002 when the file cannot be opened, 0x80004005 when it cannot be written.
+    RetVal WriteJSON(const Document& document) const;
+
+    // Deletes the file, and its folder when that is then empty. The text is "Success" whatever the code.
+    RetVal RemoveFile() const;
+
+  private:
+    RetVal OpenFailed(const char* mode) const;
+
+    std::string directory_;
+    std::string path_;
+};
+
+}  // namespace KXP

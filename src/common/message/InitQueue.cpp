@@ -1,0 +1,94 @@
+#include "common/message/InitQueue.h"
+
+#include "common/Exception.h"
+
+namespace KXP {
+
+// Counts one forward, also past an exception: a count that stays up would let Stop wait for ever.
+class InitQueue::InFlight {
+  public:
+    explicit InFlight(InitQueue& queue) : queue_(queue) { Add(1); }
+    ~InFlight() { Add(-1); }
+    InFlight(const InFlight&) = delete;
+    InFlight& operator=(const InFlight&) = delete;
+
+  private:
+    void Add(int change) {
+        {
+            MutexLock lock(queue_.inFlightMutex_);
+            queue_.inFlightCount_ += change;
+        }
+        queue_.inFlightChanged_.NotifyAll();
+    }
+
+    InitQueue& queue_;
+};
+
+bool InitQueue::SendMsg(std::unique_ptr<JSONMessage> message) {
+    std::unique_ptr<InFlight> inFlight;
+    {
+        RecursiveMutexLock lock(queueMutex_);
+        if (readyToForward_) {
+            inFlight = std::make_unique<InFlight>(*this);
+        } else {
+            held_.push_front(std::move(message));
+        }
+    }
+    if (!inFlight) {
+        KXP_LOG(LogDetail, "Plugin is not yet ready to receive messages. Keeping message in queue");
+        return true;
+    }
+    return ForwardMsg(std::move(message));
+}
+
+std::unique_ptr<JSONMessage> InitQueue::TakeOldest() {
+    if (held_.empty()) return nullptr;
+    auto oldest = std::move(held_.back());
+    held_.pop_back();
+    return oldest;
+}
+
+void InitQueue::StartForwardingMessages() {
+    KXP_LOG(LogTrace, "Unblocking message queue");
+    {
+        const InFlight draining(*this);
+        for (;;) {
+            std::unique_ptr<JSONMessage> message;
+            {
+                // Messages that arrive while this drains are kept behind the others, so the gate opens only
+                // once none is left.
+                RecursiveMutexLock lock(queueMutex_);
+                message = TakeOldest();
+                readyToForward_ = !message;
+                if (readyToForward_) held_.shrink_to_fit();
+            }
+            if (!message) break;
+            KXP_LOG(LogDetail, "Forwarding queued message");
+            try {
+                ForwardMsg(std::move(message));
+            } catch (...) {
+                KXP_LOG(LogFailure, "Could not forward queued message: %s",
+                        ToStr(ExceptionToRetVal()).c_str());
+            }
+        }
+    }
+    KXP_LOG(LogTrace, "Plugin is ready to send or receive messages");
+}
+
+void InitQueue::StopForwardingMessages() {
+    KXP_LOG(LogTrace, "Blocking message queue");
+    {
+        RecursiveMutexLock lock(queueMutex_);
+        readyToForward_ = false;
+    }
+    // Waiting without the queue's mutex lets a forward in progress send again: that message is kept.
+    KXP_LOG(LogTrace, "Waiting for messages to finish processing");
+    {
+        MutexLock lock(inFlightMutex_);
+        while (inFlightCount_ > 0)
+            inFlightChanged_.Wait(inFlightMutex_);
+    }
+    KXP_LOG(LogTrace, "Plugin is no longer ready to send or receive messages");
+}
+
+}  // namespace KXP

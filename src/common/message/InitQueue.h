@@ -1,0 +1,36 @@
+// A gate in the chain: holds messages until the plug-in is ready for them, and again when it stops.
+#pragma once
+
+#include <deque>
+#include <memory>
+
+#include "common/message/MessageHandler.h"
+
+namespace KXP {
+
+class InitQueue : public MessageHandler<JSONMessage> {
+  public:
+    // Hands the message on, or keeps it. Any thread.
+    bool SendMsg(std::unique_ptr<JSONMessage> message) override EXCLUDES(queueMutex_, inFlightMutex_);
+
+    // Hands on what was kept, oldest first, and opens the gate behind it.
+    void StartForwardingMessages() EXCLUDES(queueMutex_, inFlightMutex_);
+
+    // Closes the gate and waits for forwards in progress. Not from inside a forward.
+    void StopForwardingMessages() EXCLUDES(queueMutex_, inFlightMutex_);
+
+  private:
+    class InFlight;
+
+    std::unique_ptr<JSONMessage> TakeOldest() REQUIRES(queueMutex_);
+
+    RecursiveMutex queueMutex_ ACQUIRED_BEFORE(inFlightMutex_);
+    bool readyToForward_ GUARDED_BY(queueMutex_) = false;
+    std::deque<std::unique_ptr<JSONMessage>> held_ GUARDED_BY(queueMutex_);  // newest in front
+
+    Mutex inFlightMutex_;
+    CondVar inFlightChanged_;
+    int inFlightCount_ GUARDED_BY(inFlightMutex_) = 0;
+};
+
+}  // namespace KXP

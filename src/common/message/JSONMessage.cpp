@@ -1,0 +1,122 @@
+#include "common/message/JSONMessage.h"
+
+#include "CobalixUtil.h"
+#include "common/Exception.h"
+#include "common/JsonHelpers.h"
+#include "common/JsonParse.h"
+#include "common/TextUtil.h"
+
+namespace KXP {
+namespace {
+
+void CheckRequiredString(const Value& object, const char* key) {
+    const auto member = object.FindMember(key);
+    if (member == object.MemberEnd())
+        throw JSONFieldError(std::string("Could not find required field ") + key);
+    const std::string required = std::string("Required string ") + key;
+    if (!member->value.IsString())
+        throw JSONFieldError(required + " unexpected type " + JsonTypeName(member->value));
+    if (member->value.GetStringLength() == 0) throw JSONFieldError(required + " is empty");
+}
+
+}  // namespace
+
+JSONMessage::JSONMessage(BusMessage first, BusMessage second)
+    : first_(std::move(first)), second_(std::move(second)) {
+    set_uniqueid(GenerateGUID().c_str());
+    set_type(kOrdinary);
+}
+
+JSONMessage::JSONMessage(const std::string& json, BusMessage first, BusMessage second)
+    : first_(std::move(first)), second_(std::move(second)) {
+    Parse(json, "Unable to parse JSON payload");
+}
+
+JSONMessage::JSONMessage(const char* system, const char* module, const char* method, const char* uniqueid,
+                         const char* payload, BusMessage first, BusMessage second)
+    : first_(std::move(first)), second_(std::move(second)) {
+    set_uniqueid(uniqueid);
+    set_type(kOrdinary);
+    set_target_system(system);
+    set_target_module(module);
+    set_method(method);
+    set_payload(payload ? payload : "{}");
+}
+
+void JSONMessage::Parse(std::string_view json, const char* parseError) {
+    if (ParseJSON(json, document_).IsError() || !document_.IsObject()) {
+        document_.SetObject();
+        throw JSONFieldError(parseError);
+    }
+    CheckEnvelope();
+}
+
+void JSONMessage::CheckEnvelope() {
+    if (!Has("payload")) Member("payload").SetObject();
+    if (!payload().IsObject()) throw JSONFieldError("Expected payload field to be an object");
+    for (const char* key : {"system", "module", "method", "uniqueid"})
+        CheckRequiredString(document_, key);
+}
+
+void JSONMessage::CopyFrom(const JSONMessage& other) {
+    document_.CopyFrom(other.document_, document_.GetAllocator());
+    first_ = other.first_;
+    second_ = other.second_;
+}
+
+bool JSONMessage::Serialize(rapidjson::StringBuffer& buffer) const {
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    if (document_.Accept(writer)) return true;
+    KXP_LOG(LogFailure, "Error encoding JSON string");
+    return false;
+}
+
+int JSONMessage::type() const {
+    return has_type() ? document_.FindMember("type")->value.GetInt() : 0;
+}
+
+bool JSONMessage::has_type() const {
+    const auto member = document_.FindMember("type");
+    return member != document_.MemberEnd() && member->value.IsInt();
+}
+
+const Value& JSONMessage::payload() const {
+    static const Value null;
+    const auto member = document_.FindMember("payload");
+    return member == document_.MemberEnd() ? null : member->value;
+}
+
+Value& JSONMessage::payload() {
+    const auto member = document_.FindMember("payload");
+    if (member != document_.MemberEnd()) return member->value;
+    return absent_.SetNull();
+}
+
+void JSONMessage::set_type(int type) {
+    Member("type").SetInt(type);
+}
+
+void JSONMessage::set_payload(const char* json) {
+    Document parsed(&document_.GetAllocator());
+    if (ParseJSON(json, parsed).IsError()) throw JSONFieldError("Unable to parse JSON payload");
+    if (!parsed.IsObject()) throw JSONFieldError("Expected payload field to be an object");
+    Member("payload") = static_cast<Value&>(parsed);
+}
+
+const char* JSONMessage::Text(const char* key) const {
+    const auto member = document_.FindMember(key);
+    return member != document_.MemberEnd() && member->value.IsString() ? member->value.GetString() : "";
+}
+
+Value& JSONMessage::Member(const char* key) {
+    const auto member = document_.FindMember(key);
+    if (member != document_.MemberEnd()) return member->value;
+    document_.AddMember(Value(key, allocator()), Value(), allocator());
+    return (document_.MemberEnd() - 1)->value;
+}
+
+void JSONMessage::SetText(const char* key, const char* text) {
+    Member(key).SetString(text, allocator());
+}
+
+}  // namespace KXP

@@ -1,0 +1,98 @@
+// The message that the chain carries. A message is owned by one unique_ptr at a time and moves along the
+// handler chain; it has no lock. Messages are made and inspected through the helpers of Message.h.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "common/Json.h"
+
+namespace MessageBusClient {
+class IBusMessage;
+}
+
+namespace KXP {
+
+// The envelope: one JSON object.
+//   system, module, method, uniqueid   strings, not empty
+//   payload                            object with parameters or results
+//   source_system, source_module       strings, optional
+//   reference_uniqueid                 the uniqueid of the request that this message answers, optional
+//   type                               kOrdinary or kPersistent, optional
+class JSONMessage {
+  public:
+    using BusMessage = std::shared_ptr<MessageBusClient::IBusMessage>;
+
+    static constexpr int kOrdinary = 3072;
+    static constexpr int kPersistent = 3073;
+
+    // A message with a new uniqueid, ordinary type and nothing else.
+    explicit JSONMessage(BusMessage first = nullptr, BusMessage second = nullptr);
+    // Parses an envelope and checks it; throws JSONFieldError.
+    JSONMessage(const std::string& json, BusMessage first, BusMessage second);
+    // An ordinary message; a null payload text stands for an empty object. Throws JSONFieldError when the
+    // payload is no JSON object.
+    JSONMessage(const char* system, const char* module, const char* method, const char* uniqueid,
+                const char* payload, BusMessage first, BusMessage second);
+    JSONMessage(const JSONMessage&) = delete;
+    JSONMessage& operator=(const JSONMessage&) = delete;
+
+    // Takes the text's fields in place of what the message holds; `parseError` is the text of the exception
+    // for a text that is no JSON object.
+    void Parse(std::string_view json, const char* parseError);
+    void CopyFrom(const JSONMessage& other);
+
+    // Compact text, without a terminating NUL. False, with a log line, when it cannot be encoded.
+    bool Serialize(rapidjson::StringBuffer& buffer) const;
+
+    // Texts of absent members, and of those that are no strings, are empty.
+    const char* target_system() const { return Text("system"); }
+    const char* target_module() const { return Text("module"); }
+    const char* method() const { return Text("method"); }
+    const char* uniqueid() const { return Text("uniqueid"); }
+    const char* source_system() const { return Text("source_system"); }
+    const char* source_module() const { return Text("source_module"); }
+    const char* reference_uniqueid() const { return Text("reference_uniqueid"); }
+    int type() const;
+
+    bool has_source_system() const { return Has("source_system"); }
+    bool has_source_module() const { return Has("source_module"); }
+    bool has_reference_uniqueid() const { return Has("reference_uniqueid"); }
+    bool has_type() const;  // there and an integer
+
+    // The payload, or a null value when there is none; that one is not to be written.
+    const Value& payload() const;
+    Value& payload();
+    // For building the payload.
+    Allocator& allocator() { return document_.GetAllocator(); }
+
+    void set_target_system(const char* text) { SetText("system", text); }
+    void set_target_module(const char* text) { SetText("module", text); }
+    void set_method(const char* text) { SetText("method", text); }
+    void set_uniqueid(const char* text) { SetText("uniqueid", text); }
+    void set_source_system(const char* text) { SetText("source_system", text); }
+    void set_source_module(const char* text) { SetText("source_module", text); }
+    void set_reference_uniqueid(const char* text) { SetText("reference_uniqueid", text); }
+    void set_type(int type);
+    // Parses the payload; throws JSONFieldError.
+    void set_payload(const char* json);
+
+    const Document& document() const { return document_; }
+    Document& document() { return document_; }
+
+  private:
+    const char* Text(const char* key) const;
+    bool Has(const char* key) const { return document_.HasMember(key); }
+    Value& Member(const char* key);
+    void SetText(const char* key, const char* text);
+    void CheckEnvelope();
+
+    Document document_{rapidjson::kObjectType};
+    Value absent_;  // what payload() gives without one; set anew by each use
+    // Kept for the bus that a message came from; nothing here looks at them.
+    BusMessage first_;
+    BusMessage second_;
+};
+
+}  // namespace KXP

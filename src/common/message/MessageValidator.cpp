@@ -1,0 +1,32 @@
+#include "common/message/MessageValidator.h"
+
+namespace KXP {
+
+bool MessageValidator::SendMsg(std::unique_ptr<JSONMessage> message) {
+    const RetVal value = Message::GetReturnValue(*message);
+    // A failure carries no result to check. A request that claims to be one slips through here as well, which
+    // is why handlers read their parameters with care.
+    if (value.Failed()) return ForwardMsg(std::move(message));
+    const std::string method = Message::Method(*message);
+    const JSONMessage& checked = *message;
+    if (Message::IsResponse(*message)) {
+        const RetVal verdict = validateJsonMessage(method, checked.payload(), "return");
+        Message::SetReturnValue(*message, verdict.Failed() ? verdict : value);
+    } else if (!Message::IsPersistent(*message)) {
+        const RetVal verdict = validateJsonMessage(method, checked.payload(), "parameters");
+        if (verdict.Failed()) return Refuse(*message, verdict);
+    }
+    return ForwardMsg(std::move(message));
+}
+
+bool MessageValidator::Refuse(const JSONMessage& request, const RetVal& failure) {
+    if (!response_handler()) {
+        KXP_LOG(LogFailure, "No response handler to send failed JSON validation to");
+        return false;
+    }
+    auto response = Message::CreateResponse(request);
+    Message::SetReturnValue(*response, failure);
+    return response_handler()->SendMsg(std::move(response));
+}
+
+}  // namespace KXP

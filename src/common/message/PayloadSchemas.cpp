@@ -1,0 +1,136 @@
+#include "common/message/PayloadSchemas.h"
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+
+#include "CobalixUtil.h"
+#include "common/Exception.h"
+#include "common/JsonHelpers.h"
+
+namespace KXP {
+namespace {
+
+using SchemaDocument = rapidjson::GenericSchemaDocument<Value, Allocator>;
+using Names = std::set<std::string_view>;
+
+constexpr std::string_view kReferencePrefix = "#/definitions/";
+
+std::string_view TextOf(const Value& text) {
+    return {text.GetString(), text.GetStringLength()};
+}
+
+// The definition that a member named "$ref" refers to; empty for every other member.
+std::string_view ReferredName(const Value::Member& member) {
+    if (TextOf(member.name) != "$ref" || !member.value.IsString()) return {};
+    const std::string_view reference = TextOf(member.value);
+    if (reference.substr(0, kReferencePrefix.size()) != kReferencePrefix) return {};
+    return reference.substr(kReferencePrefix.size());
+}
+
+// Adds the names of the definitions that `schema` refers to, and of those that they refer to in turn.
+void CollectReached(const Value& schema, const Value& definitions, Names& reached) {
+    if (schema.IsArray()) {
+        for (const Value& element : schema.GetArray())
+            CollectReached(element, definitions, reached);
+    }
+    if (!schema.IsObject()) return;
+    for (const Value::Member& member : schema.GetObject()) {
+        CollectReached(member.value, definitions, reached);
+        const std::string_view name = ReferredName(member);
+        if (!name.empty() && reached.insert(name).second)
+            CollectReached(JSONGetObjectOrEmpty(definitions, name), definitions, reached);
+    }
+}
+
+// `schema` with the definitions that it reaches beside its own members: failure texts tell places in the
+// schema, and these must read as they would with the whole catalogue in this place.
+Document SchemaWithDefinitions(const Value& schema, const Value& definitions) {
+    Names reached;
+    CollectReached(schema, definitions, reached);
+    Document document;
+    Allocator& allocator = document.GetAllocator();
+    document.CopyFrom(schema, allocator);
+    Value kept(rapidjson::kObjectType);
+    for (const Value::Member& member : definitions.GetObject()) {
+        if (reached.count(TextOf(member.name)) == 0) continue;
+        kept.AddMember(Value(member.name, allocator), Value(member.value, allocator), allocator);
+    }
+    document.AddMember("definitions", kept, allocator);
+    return document;
+}
+
+// RapidJSON converts every number that it compares with an enum to a 64-bit integer, which is undefined for
+// one that does not fit. Numbers beyond that range equal none of the schema's before and after they are
+// bounded.
+class PayloadValidator : public rapidjson::GenericSchemaValidator<SchemaDocument> {
+  public:
+    using GenericSchemaValidator::GenericSchemaValidator;
+
+    bool Double(double number) {
+        constexpr double kLeast = -0x1p63;
+        constexpr double kGreatest = 0x1.fffffffffffffp63;
+        return GenericSchemaValidator::Double(std::clamp(number, kLeast, kGreatest));
+    }
+};
+
+std::string UriFragment(const SchemaDocument::PointerType& pointer) {
+    rapidjson::StringBuffer text;
+    pointer.StringifyUriFragment(text);
+    return {text.GetString(), text.GetSize()};
+}
+
+void Check(const SchemaDocument& schema, const Value& payload, const char* kind) {
+    PayloadValidator validator(schema);
+    payload.Accept(validator);
+    if (validator.IsValid()) return;
+    const char* keyword = validator.GetInvalidSchemaKeyword();
+    throw JSONFieldError(std::string("Schema '") + kind + "' validation error. Problem found at key " +
+                         UriFragment(validator.GetInvalidDocumentPointer()) +
+                         ". Schema violated: " + UriFragment(validator.GetInvalidSchemaPointer()) +
+                         ". Violation: " + (keyword ? keyword : ""));
+}
+
+}  // namespace
+
+struct PayloadSchemas::Compiled {
+    explicit Compiled(const Document& source) : memory(kChunkBytes), schema(source, nullptr, &memory) {}
+
+    static constexpr size_t kChunkBytes = 4096;
+    // Before the schema, which lies in it: a schema that fails half made leaves nothing behind.
+    Allocator memory;
+    SchemaDocument schema;
+};
+
+PayloadSchemas::PayloadSchemas(const Document& api) : api_(api) {}
+
+PayloadSchemas::~PayloadSchemas() = default;
+
+RetVal PayloadSchemas::Validate(const std::string& method, const Value& payload, const char* kind) {
+    try {
+        const Value& definitions = JSONGetObjectOrEmpty(api_, "definitions");
+        const Value& schema = JSONGetObjectOrEmpty(JSONGetObjectOrEmpty(definitions, method), kind);
+        if (!schema.ObjectEmpty()) Check(Find(schema, definitions).schema, payload, kind);
+        return {};
+    } catch (const std::exception& error) {
+        RetVal failure = ExceptionToRetVal();
+        KXP_LOG(LogFailure, "Could not parse JSON message for method %s: %s, Returned fields: %s",
+                method.c_str(), error.what(), WriteJSONToKeys(payload).c_str());
+        return failure;
+    }
+}
+
+// Compiles with the mutex free, because that may log. Threads that come to a schema together each compile it,
+// and one of the results is kept.
+const PayloadSchemas::Compiled& PayloadSchemas::Find(const Value& schema, const Value& definitions) {
+    {
+        MutexLock lock(mutex_);
+        const auto found = compiled_.find(&schema);
+        if (found != compiled_.end()) return *found->second;
+    }
+    auto fresh = std::make_unique<const Compiled>(SchemaWithDefinitions(schema, definitions));
+    MutexLock lock(mutex_);
+    return *compiled_.try_emplace(&schema, std::move(fresh)).first->second;
+}
+
+}  // namespace KXP

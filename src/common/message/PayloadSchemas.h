@@ -1,0 +1,47 @@
+// The check of message payloads against the API schema: what a request may carry, and what a response may.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "common/Json.h"
+#include "common/Mutex.h"
+#include "common/RetVal.h"
+
+namespace KXP {
+
+// Reads one API schema: an object whose `definitions` hold under each method's name the JSON schemas of its
+// payloads, and beside them the types that these share, reached by "$ref": "#/definitions/NAME" alone.
+//
+// A schema is compiled at its first use and kept, over the definitions that it reaches and no others: the
+// whole catalogue would cost each message more than everything else that is done for it. Any thread may call,
+// and checks run side by side. The API schema is only read; it must outlive this object and stay unchanged
+// from the first check on.
+class PayloadSchemas {
+  public:
+    explicit PayloadSchemas(const Document& api);
+    ~PayloadSchemas();
+    PayloadSchemas(const PayloadSchemas&) = delete;
+    PayloadSchemas& operator=(const PayloadSchemas&) = delete;
+
+    // `kind` is "parameters" for a request or "return" for a response. A method or kind that the API does not
+    // list accepts every payload. A wrong payload gives code 0x8008F001 and a text that tells the place in
+    // the payload, the place in the schema and the violated keyword; it is logged with the names, not the
+    // values, of the payload's members. A schema that does not compile gives its failure in the same way.
+    RetVal Validate(const std::string& method, const Value& payload, const char* kind);
+
+  private:
+    struct Compiled;
+
+    const Compiled& Find(const Value& schema, const Value& definitions) EXCLUDES(mutex_);
+
+    const Document& api_;
+
+    Mutex mutex_;
+    // Under the address of the schema in the API document, so that no method name from outside can make it
+    // grow. What is in it stays until the end.
+    std::unordered_map<const Value*, std::unique_ptr<const Compiled>> compiled_ GUARDED_BY(mutex_);
+};
+
+}  // namespace KXP

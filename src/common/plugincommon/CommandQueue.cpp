@@ -1,0 +1,66 @@
+#include "CobalixUtil.h"
+#include "common/Exception.h"
+#include "common/plugincommon/PluginModuleBase.h"
+
+namespace KXP {
+
+PluginModuleBase::CommandQueue::CommandQueue(PluginModuleBase& module, TaskQueue& taskQueue,
+                                             std::string systemName, std::string moduleName)
+    : module_(module),
+      taskQueue_(taskQueue),
+      systemName_(std::move(systemName)),
+      moduleName_(std::move(moduleName)) {}
+
+int PluginModuleBase::CommandQueue::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
+                                               std::unique_ptr<JSONMessage> initMessage,
+                                               IMessageHandler<GenericMessage>* genericHandler) {
+    taskQueue_.Start();
+    taskQueue_.EnqueueCommand(
+        [this, jsonHandler, genericHandler, initMessage = std::move(initMessage)]() mutable {
+            auto response = Message::CreateResponse(*initMessage);
+            Run(std::move(response),
+                [&] { return module_.Initialize(jsonHandler, std::move(initMessage), genericHandler); });
+        });
+    return Accepted;
+}
+
+int PluginModuleBase::CommandQueue::Start(std::shared_ptr<JSONMessage> message) {
+    return Enqueue(std::move(message), &IContainerConnector::Start);
+}
+
+int PluginModuleBase::CommandQueue::Stop(std::shared_ptr<JSONMessage> message) {
+    return Enqueue(std::move(message), &IContainerConnector::Stop);
+}
+
+int PluginModuleBase::CommandQueue::Pause(std::shared_ptr<JSONMessage> message) {
+    return Enqueue(std::move(message), &IContainerConnector::Pause);
+}
+
+int PluginModuleBase::CommandQueue::Resume(std::shared_ptr<JSONMessage> message) {
+    return Enqueue(std::move(message), &IContainerConnector::Resume);
+}
+
+int PluginModuleBase::CommandQueue::Enqueue(std::shared_ptr<JSONMessage> message, Command command) {
+    taskQueue_.EnqueueCommand([this, message = std::move(message), command] {
+        Run(Message::CreateResponse(*message), [&] { return (module_.*command)(message); });
+    });
+    return Accepted;
+}
+
+void PluginModuleBase::CommandQueue::Run(std::unique_ptr<JSONMessage> response,
+                                         const std::function<int()>& command) {
+    int result = Failed;
+    try {
+        result = command();
+    } catch (...) {
+        KXP_LOG(LogFailure, "Command %s failed: %s", response->method(), ToStr(ExceptionToRetVal()).c_str());
+    }
+    NotifyContainer(result == Succeeded ? CommandSucceeded : CommandFailed, std::move(response));
+}
+
+int PluginModuleBase::CommandQueue::Uninitialize(std::shared_ptr<JSONMessage> message) {
+    taskQueue_.StopAndJoin();
+    return module_.Uninitialize(std::move(message));
+}
+
+}  // namespace KXP

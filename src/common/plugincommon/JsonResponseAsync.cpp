@@ -1,0 +1,69 @@
+#include "common/plugincommon/JsonResponseAsync.h"
+
+#include "CobalixUtil.h"
+#include "common/Exception.h"
+
+namespace KXP {
+namespace {
+
+RetVal LogCaught(const char* operation) {
+    RetVal value = ExceptionToRetVal();
+    KXP_LOG(LogFailure, "Caught exception while calling %s: %s", operation, ToStr(value).c_str());
+    return value;
+}
+
+const Value& PayloadOf(const JSONMessage& message) {
+    return message.payload();
+}
+
+}  // namespace
+
+JsonResponseAsyncBase::JsonResponseAsyncBase(PluginModuleBase& module, std::unique_ptr<JSONMessage> request)
+    : ITask(request->uniqueid()),
+      module_(module),
+      request_(std::move(request)),
+      response_(Message::CreateResponse(*request_)) {}
+
+TaskStatus JsonResponseAsyncBase::ExecuteTask(TaskQueue&) {
+    try {
+        result_ = ExecuteAsync(PayloadOf(*request_));
+    } catch (...) {
+        result_ = LogCaught("ExecuteAsync");
+    }
+    return result_.code == Code::kPending ? TaskStatusPending : TaskStatusDone;
+}
+
+void JsonResponseAsyncBase::FinishTask() {
+    module_.task_queue().AssertOnWorker();
+    // A task that said Pending is finished by now; that code is never sent.
+    if (result_.code == Code::kPending) result_ = {};
+    if (!result_.Failed()) {
+        try {
+            FinishAsync(response_->payload(), response_->allocator());
+        } catch (...) {
+            result_ = LogCaught("FinishAsync");
+        }
+    }
+    if (result_.Failed()) module_.ReportError(result_, request_->method());
+    sendResponse(std::move(response_), result_);
+}
+
+void JsonResponseAsyncBase::sendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value) {
+    if (!module_.SendResponse(std::move(response), value))
+        KXP_LOG(LogFailure, "Unable to send JSON response");
+}
+
+JSONAsyncNotificationBase::JSONAsyncNotificationBase(PluginModuleBase& module,
+                                                     std::unique_ptr<JSONMessage> message)
+    : ITask(message->uniqueid()), module_(module), message_(std::move(message)) {}
+
+TaskStatus JSONAsyncNotificationBase::ExecuteTask(TaskQueue&) {
+    try {
+        ExecuteAsync(PayloadOf(*message_));
+    } catch (...) {
+        static_cast<void>(LogCaught("ExecuteAsync"));
+    }
+    return TaskStatusDone;
+}
+
+}  // namespace KXP

@@ -1,0 +1,185 @@
+#include "common/plugincommon/PluginModuleBase.h"
+
+#include <chrono>
+#include <stdexcept>
+#include <vector>
+
+#include "CobalixUtil.h"
+#include "common/Config.h"
+#include "common/Exception.h"
+#include "common/JsonParse.h"
+
+namespace KXP {
+namespace {
+
+using WallTime = std::chrono::system_clock::time_point;
+
+double MillisecondsSince(WallTime start) {
+    const auto passed = std::chrono::system_clock::now() - start;
+    const auto us = std::chrono::duration_cast<std::chrono::microseconds>(passed).count();
+    return static_cast<double>(us) / 1000000 * 1000;
+}
+
+// Each node's request side is the next node, and its response side the one before.
+template <typename T>
+void Link(const std::vector<IMessageHandler<T>*>& nodes) {
+    for (size_t i = 1; i < nodes.size(); ++i) {
+        nodes[i - 1]->SetRequestHandler(nodes[i]);
+        nodes[i]->SetResponseHandler(nodes[i - 1]);
+    }
+}
+
+int Result(bool succeeded) {
+    return succeeded ? IContainerConnector::Succeeded : IContainerConnector::Failed;
+}
+
+}  // namespace
+
+PluginModuleBase::PluginModuleBase(std::string systemName, std::string moduleName,
+                                   std::string_view apiSchemaText)
+    : systemName_(std::move(systemName)),
+      moduleName_(std::move(moduleName)),
+      apiSchemaText_(apiSchemaText),
+      taskQueue_(moduleName_),
+      commandQueue_(std::make_unique<CommandQueue>(*this, taskQueue_, systemName_, moduleName_)) {}
+
+PluginModuleBase::~PluginModuleBase() = default;
+
+IContainerConnector* PluginModuleBase::HandOver(std::shared_ptr<PluginModuleBase> module) {
+    CommandQueue* const instance = module->commandQueue_.get();
+    module->taskQueue_.SetOwner(module);
+    instance->owned_ = std::move(module);
+    return instance;
+}
+
+void PluginModuleBase::TakeBack(IContainerConnector* instance) {
+    if (!instance) return;
+    const std::shared_ptr<PluginModuleBase> released =
+        std::move(static_cast<CommandQueue*>(instance)->owned_);
+}
+
+int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
+                                 std::unique_ptr<JSONMessage> initMessage,
+                                 IMessageHandler<GenericMessage>* genericHandler) {
+    taskQueue_.AssertOnWorker();
+    const JSONMessage& message = *initMessage;
+    configuration_.CopyFrom(message.payload(), configuration_.GetAllocator());
+    jsonHandler_ = jsonHandler;
+    if (!jsonHandler_) {
+        KXP_LOG(LogFailure, "%s requires a JSON communication channel", moduleName_.c_str());
+        return Failed;
+    }
+    try {
+        BuildChain(genericHandler);
+        if (!ReadConfiguration()) return Failed;
+    } catch (...) {
+        // A product without its files, say: the configuration cannot even be looked for.
+        KXP_LOG(LogFailure, "Error initializing plugin: %s", ToStr(ExceptionToRetVal()).c_str());
+        return Failed;
+    }
+    return RunInitializeHook();
+}
+
+void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandler) {
+    inboundQueue_ = std::make_shared<InitQueue>();
+    outboundQueue_ = std::make_shared<InitQueue>();
+    requestCallbacks_ = std::make_shared<RequestCallbackManager<JSONMessage>>(taskQueue_, QueueResponses);
+    persistentResponses_ =
+        std::make_shared<PersistentResponseHandler<JSONMessage>>(taskQueue_, QueueRequests);
+    validator_ = std::make_shared<MessageValidator>(apiSchema_);
+    responder_ = std::make_shared<MessageResponder<JSONMessage>>(systemName_, moduleName_);
+
+    // The module and the container end both lists; on the container the inbound list sets the request side.
+    IMessageHandler<JSONMessage>* const module = static_cast<MessageSink<JSONMessage>*>(this);
+    Link<JSONMessage>({module, requestCallbacks_.get(), outboundQueue_.get(), jsonHandler_});
+    Link<JSONMessage>({jsonHandler_, persistentResponses_.get(), validator_.get(), inboundQueue_.get(),
+                       responder_.get(), module});
+    if (!genericHandler) return;
+    genericCallbacks_ = std::make_shared<RequestCallbackManager<GenericMessage>>(taskQueue_, QueueResponses);
+    IMessageHandler<GenericMessage>* const genericModule = static_cast<MessageSink<GenericMessage>*>(this);
+    Link<GenericMessage>({genericModule, genericCallbacks_.get(), genericHandler});
+}
+
+bool PluginModuleBase::ReadConfiguration() {
+    if (Config::Instance().ReadConfigs().Failed()) {
+        KXP_LOG(LogFailure, "Could not read config for %s", moduleName_.c_str());
+        return false;
+    }
+    const rapidjson::ParseResult parsed = ParseJSON(apiSchemaText_, apiSchema_);
+    if (!parsed.IsError()) return true;
+    KXP_LOG(LogFailure, "Could not parse API schema: %s (%u)", rapidjson::GetParseError_En(parsed.Code()),
+            static_cast<unsigned>(parsed.Offset()));
+    return false;
+}
+
+int PluginModuleBase::RunInitializeHook() {
+    KXP_LOG(LogMilestone, "Starting plugin Init for %s", moduleName_.c_str());
+    const WallTime start = std::chrono::system_clock::now();
+    try {
+        if (!Initialize()) throw std::runtime_error("Initialize() failed");
+        KXP_LOG(LogMilestone, "Successfully initialized %s, took %.2fms", moduleName_.c_str(),
+                MillisecondsSince(start));
+        return Succeeded;
+    } catch (const std::exception& error) {
+        KXP_LOG(LogFailure, "Error initializing plugin: %s, took %.2fms", error.what(),
+                MillisecondsSince(start));
+    } catch (...) {
+        KXP_LOG(LogFailure, "Unknown exception occurred during plugin initialization");
+    }
+    return Failed;
+}
+
+int PluginModuleBase::Start(std::shared_ptr<JSONMessage>) {
+    taskQueue_.AssertOnWorker();
+    if (!outboundQueue_) return Failed;
+    // The module can send while it starts; requests reach it only behind that.
+    outboundQueue_->StartForwardingMessages();
+    const bool succeeded = Start();
+    inboundQueue_->StartForwardingMessages();
+    return Result(succeeded);
+}
+
+int PluginModuleBase::Stop(std::shared_ptr<JSONMessage>) {
+    taskQueue_.AssertOnWorker();
+    if (inboundQueue_) inboundQueue_->StopForwardingMessages();
+    const bool succeeded = Stop();
+    if (outboundQueue_) outboundQueue_->StopForwardingMessages();
+    return Result(succeeded);
+}
+
+int PluginModuleBase::Pause(std::shared_ptr<JSONMessage>) {
+    return Result(Pause());
+}
+
+int PluginModuleBase::Resume(std::shared_ptr<JSONMessage>) {
+    return Result(Resume());
+}
+
+int PluginModuleBase::Uninitialize(std::shared_ptr<JSONMessage>) {
+    KXP_LOG(LogMilestone, "Starting plugin Uninit for %s", moduleName_.c_str());
+    const WallTime start = std::chrono::system_clock::now();
+    Uninitialize();
+    KXP_LOG(LogMilestone, "Uninitialized plugin for %s, took %.2fms", moduleName_.c_str(),
+            MillisecondsSince(start));
+    return Succeeded;
+}
+
+void PluginModuleBase::ReportError(const RetVal& value, const std::string& method) {
+    KXP_LOG(LogFailure, "Skipping telemetry report of error %s from method %s", ToStr(value).c_str(),
+            method.c_str());
+}
+
+bool PluginModuleBase::SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value) {
+    return responder_ && responder_->SendResponse(std::move(response), value);
+}
+
+void PluginModuleBase::RegisterNotificationSyncFn(const std::string& system, const std::string& module,
+                                                  const std::string& method, NotificationListener listener) {
+    notificationListeners_[system + "." + module + "." + method] = std::move(listener);
+    auto subscription = Message::CreateRequest(system.c_str(), module.c_str(), method.c_str(),
+                                               systemName_.c_str(), moduleName_.c_str(), nullptr);
+    subscription->set_type(JSONMessage::kPersistent);
+    requestCallbacks_->SendRequest(std::move(subscription), nullptr, 0);
+}
+
+}  // namespace KXP

@@ -1,0 +1,191 @@
+// The base of a plug-in module. It owns the task queue and the handler chain, holds the tables from method
+// name to handler, and dispatches every message on the queue's worker. A concrete module supplies the hooks
+// and registers its endpoints from them.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "common/message/InitQueue.h"
+#include "common/message/MessageValidator.h"
+#include "common/message/PersistentResponseHandler.h"
+#include "common/message/RequestCallbackManager.h"
+#include "common/plugincommon/IContainerConnector.h"
+#include "common/plugincommon/task/TaskQueue.h"
+
+namespace KXP {
+
+class PluginModuleBase : public IContainerConnector,
+                         public MessageSink<JSONMessage>,
+                         public MessageSink<GenericMessage> {
+  public:
+    using RequestHandler = std::function<RetVal(std::unique_ptr<JSONMessage>, Value&, Allocator&)>;
+    using NotificationListener = std::function<void(std::unique_ptr<JSONMessage>)>;
+
+    class CommandQueue;
+
+    // `apiSchemaText` is the catalogue that messages are checked against; it outlives the module.
+    PluginModuleBase(std::string systemName, std::string moduleName, std::string_view apiSchemaText);
+    ~PluginModuleBase() override;
+
+    // Gives `module` to its own command queue, which is what a container holds, and to the threads of its
+    // tasks.
+    static IContainerConnector* HandOver(std::shared_ptr<PluginModuleBase> module);
+    // Lets go of the module behind `instance`: it ends now, or with the last thread that still uses it. Does
+    // nothing for null.
+    static void TakeBack(IContainerConnector* instance);
+
+    int Initialize(IMessageHandler<JSONMessage>* jsonHandler, std::unique_ptr<JSONMessage> initMessage,
+                   IMessageHandler<GenericMessage>* genericHandler) override;
+    int Start(std::shared_ptr<JSONMessage> message) override;
+    int Stop(std::shared_ptr<JSONMessage> message) override;
+    int Pause(std::shared_ptr<JSONMessage> message) override;
+    int Resume(std::shared_ptr<JSONMessage> message) override;
+    int Uninitialize(std::shared_ptr<JSONMessage> message) override;
+    std::string GetSystemName() const override { return systemName_; }
+    std::string GetModuleName() const override { return moduleName_; }
+
+    // Told of every failed request, once.
+    virtual void ReportError(const RetVal& value, const std::string& method);
+
+    // The module's hooks; one that is not overridden succeeds. An exception counts as false.
+    virtual bool Initialize() { return true; }
+    virtual bool Start() { return true; }
+    virtual bool Stop() { return true; }
+    virtual bool Pause() { return true; }
+    virtual bool Resume() { return true; }
+    virtual void Uninitialize() {}
+
+    bool HandleMsg(std::unique_ptr<JSONMessage> message) override;
+    bool HandleMsg(std::unique_ptr<GenericMessage> message) override;
+
+    // Sends an answer or a notification as this module, from any thread.
+    bool SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value);
+
+    // Runs an asynchronous task now.
+    void RunTask(ITask* task) { taskQueue_.ExecuteTask(task, taskQueue_.Now()); }
+
+    TaskQueue& task_queue() { return taskQueue_; }
+
+  protected:
+    // The payload of the container's init message.
+    const Value& configuration() const { return configuration_; }
+    // A module that is not started refuses every message; all are from the beginning.
+    void set_started(bool started) { started_ = started; }
+
+    // Registration is for the Initialize and Start hooks; the tables are read without a lock afterwards.
+    // A synchronous method writes its results into the value it is given.
+    template <typename T, typename Base>
+    void RegisterSyncMethod(const std::string& name, T* object,
+                            RetVal (Base::*method)(std::unique_ptr<JSONMessage>, Value&, Allocator&)) {
+        apiHandlers_[name] = [object, method](std::unique_ptr<JSONMessage> message, Value& result,
+                                              Allocator& allocator) {
+            return (object->*method)(std::move(message), result, allocator);
+        };
+    }
+
+    // `factory(module, message)` makes the task that answers.
+    template <typename Factory>
+    void RegisterAsyncTask(const std::string& name, Factory factory) {
+        apiHandlers_[name] = [this, factory](std::unique_ptr<JSONMessage> message, Value&, Allocator&) {
+            RunTask(factory(*this, std::move(message)));
+            return RetVal::Pending();
+        };
+    }
+
+    // Listens to the notification `method` of another module; this subscribes to it as well.
+    void RegisterNotificationSyncFn(const std::string& system, const std::string& module,
+                                    const std::string& method, NotificationListener listener);
+
+    template <typename T, typename Base>
+    void RegisterNotificationSyncMethod(const std::string& system, const std::string& module,
+                                        const std::string& method, T* object,
+                                        void (Base::*member)(std::unique_ptr<JSONMessage>)) {
+        RegisterNotificationSyncFn(system, module, method,
+                                   [object, member](std::unique_ptr<JSONMessage> message) {
+                                       (object->*member)(std::move(message));
+                                   });
+    }
+
+    template <typename Factory>
+    void RegisterNotificationAsyncTask(const std::string& system, const std::string& module,
+                                       const std::string& method, Factory factory) {
+        RegisterNotificationSyncFn(system, module, method,
+                                   [this, factory](std::unique_ptr<JSONMessage> message) {
+                                       RunTask(factory(*this, std::move(message)));
+                                   });
+    }
+
+  private:
+    void BuildChain(IMessageHandler<GenericMessage>* genericHandler);
+    bool ReadConfiguration();
+    int RunInitializeHook();
+    bool HandleResponse(const std::string& method, std::unique_ptr<JSONMessage> message);
+    bool AnswerUnknown(const std::string& method, std::unique_ptr<JSONMessage> response);
+    static RetVal CallHandler(const RequestHandler& handler, std::unique_ptr<JSONMessage> message,
+                              JSONMessage& response);
+
+    const std::string systemName_;
+    const std::string moduleName_;
+    const std::string_view apiSchemaText_;
+    bool started_ = true;
+
+    // Filled by Initialize and the hooks on the worker, read there afterwards.
+    Document apiSchema_;
+    Document configuration_;
+    std::unordered_map<std::string, RequestHandler> apiHandlers_;
+    std::unordered_map<std::string, NotificationListener> notificationListeners_;
+    IMessageHandler<JSONMessage>* jsonHandler_ = nullptr;
+
+    // The chain; made by Initialize. The validator reads the schema above.
+    std::shared_ptr<InitQueue> inboundQueue_;
+    std::shared_ptr<InitQueue> outboundQueue_;
+    std::shared_ptr<RequestCallbackManager<JSONMessage>> requestCallbacks_;
+    std::shared_ptr<RequestCallbackManager<GenericMessage>> genericCallbacks_;
+    std::shared_ptr<PersistentResponseHandler<JSONMessage>> persistentResponses_;
+    std::shared_ptr<MessageValidator> validator_;
+    std::shared_ptr<MessageResponder<JSONMessage>> responder_;
+
+    // Behind the chain, so that the worker ends before what its entries use.
+    TaskQueue taskQueue_;
+    std::unique_ptr<CommandQueue> commandQueue_;
+};
+
+// What the container holds in place of a module: it moves each command of the life cycle onto the module's
+// worker, and tells the container how the command ended.
+class PluginModuleBase::CommandQueue : public IContainerConnector {
+  public:
+    CommandQueue(PluginModuleBase& module, TaskQueue& taskQueue, std::string systemName,
+                 std::string moduleName);
+
+    // All but Uninitialize return Accepted at once.
+    int Initialize(IMessageHandler<JSONMessage>* jsonHandler, std::unique_ptr<JSONMessage> initMessage,
+                   IMessageHandler<GenericMessage>* genericHandler) override;
+    int Start(std::shared_ptr<JSONMessage> message) override;
+    int Stop(std::shared_ptr<JSONMessage> message) override;
+    int Pause(std::shared_ptr<JSONMessage> message) override;
+    int Resume(std::shared_ptr<JSONMessage> message) override;
+    // On the caller's thread: ends the worker, then the module, which it finds quiet.
+    int Uninitialize(std::shared_ptr<JSONMessage> message) override;
+    std::string GetSystemName() const override { return systemName_; }
+    std::string GetModuleName() const override { return moduleName_; }
+
+  private:
+    friend class PluginModuleBase;
+    using Command = int (IContainerConnector::*)(std::shared_ptr<JSONMessage>);
+
+    int Enqueue(std::shared_ptr<JSONMessage> message, Command command);
+    void Run(std::unique_ptr<JSONMessage> response, const std::function<int()>& command);
+
+    PluginModuleBase& module_;
+    TaskQueue& taskQueue_;
+    const std::string systemName_;
+    const std::string moduleName_;
+    std::shared_ptr<PluginModuleBase> owned_;
+};
+
+}  // namespace KXP

@@ -1,0 +1,50 @@
+// A queue of entries in the order of their due times. Any thread may call anything.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "common/plugincommon/task/Clock.h"
+
+namespace KXP {
+
+class TimedNotificationQueue {
+  public:
+    class Notification {
+      public:
+        virtual ~Notification() = default;
+        virtual void Execute() = 0;
+    };
+
+    explicit TimedNotificationQueue(Clock& clock) : clock_(clock) {}
+
+    // Entries of equal time have no order among themselves: callers that need one make their times differ.
+    void EnqueueNotification(TimePoint when, std::unique_ptr<Notification> notification) EXCLUDES(mutex_);
+
+    // Waits for the first entry to fall due and takes it. `timeoutMs` bounds only the wait for an entry to
+    // exist, 0 being no bound; an empty pointer tells that it ran out.
+    std::unique_ptr<Notification> WaitDequeueNotification(int timeoutMs) EXCLUDES(mutex_);
+
+    // Drops entries due later than `horizon` from now, and from now on those that are enqueued with such a
+    // time. A queue that is shutting down would otherwise wait for them.
+    void RefuseLaterThan(std::chrono::milliseconds horizon) EXCLUDES(mutex_);
+
+    void Clear() EXCLUDES(mutex_);
+
+  private:
+    struct Entry {
+        TimePoint when;
+        std::unique_ptr<Notification> notification;
+    };
+    // The top of the standard heap is its largest element; ours is the earliest.
+    static bool Later(const Entry& a, const Entry& b) { return b.when < a.when; }
+
+    Clock& clock_;
+    Mutex mutex_;
+    CondVar changed_;
+    std::vector<Entry> heap_ GUARDED_BY(mutex_);
+    std::optional<std::chrono::milliseconds> horizon_ GUARDED_BY(mutex_);
+};
+
+}  // namespace KXP

@@ -1,0 +1,62 @@
+#include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
+
+#include "CobalixUtil.h"
+#include "common/Exception.h"
+#include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
+#include "plugin-modules/Gallery/src/AsModule.h"
+#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
+
+namespace KXP {
+
+IContainerConnector* IContainerConnector::CreatePluginInstance() {
+    return PluginModuleBase::HandOver(std::make_shared<GalleryPlugin>());
+}
+
+void IContainerConnector::DestroyPluginInstance(IContainerConnector* instance) {
+    PluginModuleBase::TakeBack(instance);
+}
+
+}  // namespace KXP
+
+KXP::PluginModuleBase& AsModule(GalleryPlugin& plugin) {
+    return plugin;
+}
+
+std::shared_ptr<ZvGalleryAPI> GalleryAPIOf(KXP::PluginModuleBase& module) {
+    return static_cast<GalleryPlugin&>(module).api();
+}
+
+GalleryPlugin::GalleryPlugin() : PluginModuleBase("CobalixNative", "Gallery", ApiCatalogueText()) {}
+
+GalleryPlugin::~GalleryPlugin() = default;
+
+bool GalleryPlugin::Initialize() {
+    KXP_LOG(KXP::LogMilestone, "Initialized %s", "Gallery");
+    try {
+        api_ = std::make_shared<ZvGalleryAPI>(*this);
+    } catch (...) {
+        KXP_LOG(KXP::LogFailure, "Exception during GalleryAPI construction, API is not valid: %s",
+                KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
+        return false;
+    }
+    RegisterEndpoints();
+    return true;
+}
+
+bool GalleryPlugin::Start() {
+    return api_ != nullptr;
+}
+
+bool GalleryPlugin::Stop() {
+    KXP::CloudSyncAbort();
+    return true;
+}
+
+void GalleryPlugin::Uninitialize() {
+    api_.reset();
+}
+
+void GalleryPlugin::ReportError(const KXP::RetVal& value, const std::string& message) {
+    const std::string text = "Text: " + value.text + " Message: " + message;
+    KXP_LOG(KXP::LogFailure, "Gallery API failed %s with %s", text.c_str(), KXP::ToStr(value).c_str());
+}

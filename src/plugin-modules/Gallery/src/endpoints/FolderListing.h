@@ -1,0 +1,55 @@
+// What one folder holds, as the pages browse it: files with what they are, newest first, and folders. Reads
+// the disk alone, and knows no request and no tracker.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <tuple>
+
+#include "common/Json.h"
+
+// Which folders a listing leaves out.
+enum class ExcludeDirs { None = 0, Hidden = 1, Empty = 2, HiddenAndEmpty = 3, HiddenOrEmpty = 4 };
+
+// The words of a request for them.
+extern const std::map<std::string, ExcludeDirs> kExcludeDirsWords;
+
+class FolderListing {
+  public:
+    // File time in seconds since 1970, name, type, subtype, source, and the path of a thumbnail or nothing.
+    using FileItemData = std::tuple<int64_t, std::string, std::string, std::string, std::string, std::string>;
+
+    // By bytes, a shorter name before a longer one that begins with it.
+    struct DirectoryCompare {
+        bool operator()(const std::string& a, const std::string& b) const;
+    };
+
+    struct Options {
+        std::string directory;  // ends in "/"
+        bool onlyOwn = false;   // leave out files that are not the product's
+        ExcludeDirs exclude = ExcludeDirs::None;
+        bool showExr = false;
+    };
+
+    explicit FolderListing(Options options) : options_(std::move(options)) {}
+
+    // Adds the content of the folder. What cannot be opened, told or named in UTF-8 is logged and left out; a
+    // folder that cannot be opened is empty.
+    void Read();
+
+    void InsertIntoSet(const FileItemData& item) { files_.insert(item); }
+    void InsertDirectory(const std::string& name) { directories_.insert(name); }
+
+    // Writes the members "files" and "directories" of a response.
+    void Write(KXP::Value& response, KXP::Allocator& allocator) const;
+
+  private:
+    void AddDirectory(const std::string& name);
+    void InspectFile(const std::string& name);
+
+    const Options options_;
+    std::set<FileItemData> files_;  // oldest first
+    std::set<std::string, DirectoryCompare> directories_;
+};

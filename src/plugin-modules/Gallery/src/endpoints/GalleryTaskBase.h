@@ -1,0 +1,27 @@
+// What every asynchronous request of the gallery shares: the way to the API object.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "common/Exception.h"
+#include "common/plugincommon/JsonResponseAsync.h"
+#include "plugin-modules/Gallery/src/AsModule.h"
+#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
+
+template <typename T>
+class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
+  public:
+    // Throws KXP::Exception when the plug-in has no API object.
+    GalleryTaskBase(KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request)
+        : KXP::JsonResponseAsync<T>(module, std::move(request)), api_(GalleryAPIOf(module)) {
+        if (!api_) throw KXP::Exception(KXP::Code::kNoInterface, "Gallery API object not valid", 0);
+    }
+
+  protected:
+    // Lives at least as long as the task, also when the plug-in is gone before it.
+    ZvGalleryAPI& api() { return *api_; }
+
+  private:
+    const std::shared_ptr<ZvGalleryAPI> api_;
+};

@@ -1,0 +1,36 @@
+#include "plugin-modules/Gallery/src/endpoints/GetFolderListing.h"
+
+#include "common/Exception.h"
+#include "common/JsonHelpers.h"
+
+namespace {
+
+FolderListing::Options ReadOptions(const KXP::Value& params) {
+    FolderListing::Options options;
+    options.directory = KXP::jsonGetValue<std::string>(params, "directory");
+    if (options.directory.empty() || options.directory.back() != '/') options.directory += '/';
+    options.onlyOwn = KXP::jsonGetValueOrDefault<bool>(params, "shouldGetOnlyZv", false);
+    options.exclude =
+        KXP::jsonGetEnumOrDefault(params, "excludeDirectoryType", kExcludeDirsWords, ExcludeDirs::None);
+    options.showExr = KXP::jsonGetValueOrDefault<bool>(params, "shouldShowEXR", false);
+    return options;
+}
+
+}  // namespace
+
+KXP::RetVal GetFolderListing::ExecuteAsync(const KXP::Value& params) {
+    try {
+        FolderListing::Options options = ReadOptions(params);
+        // A listing of the product's own files alone comes from the tracker.
+        if (options.onlyOwn) return {KXP::Code::kFailure, "No tracker", 0};
+        listing_.emplace(std::move(options));
+        listing_->Read();
+        return {};
+    } catch (const std::exception& error) {
+        return {KXP::Code::kInvalidArgument, KXP::ExceptionText(error), 0};
+    }
+}
+
+void GetFolderListing::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
+    listing_->Write(response, allocator);
+}

@@ -1,0 +1,18 @@
+// The request with which the pages browse a folder.
+#pragma once
+
+#include <optional>
+
+#include "plugin-modules/Gallery/src/endpoints/FolderListing.h"
+#include "plugin-modules/Gallery/src/endpoints/GalleryTaskBase.h"
+
+class GetFolderListing : public GalleryTaskBase<GetFolderListing> {
+  public:
+    using GalleryTaskBase::GalleryTaskBase;
+
+    KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
+    void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
+
+  private:
+    std::optional<FolderListing> listing_;
+};

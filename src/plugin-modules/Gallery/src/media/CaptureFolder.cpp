@@ -1,0 +1,41 @@
+#include "plugin-modules/Gallery/src/media/CaptureFolder.h"
+
+#include "CobalixUtil.h"
+#include "common/FileUtil.h"
+#include "common/FolderReader.h"
+#include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+
+namespace media {
+namespace {
+
+bool CountsAsOwn(const std::string& path) {
+    SniffResult result;
+    if (SniffFile(path, result) >= 0) return result.isOwn;
+    KXP_LOG(KXP::LogFailure, "Failure reading file type, considering directory not empty");
+    return true;
+}
+
+}  // namespace
+
+bool IsDirectoryEmpty(const std::string& path, bool onlyOwn) {
+    KXP::FolderReader folder(path);
+    while (folder.Next()) {
+        if (folder.Name()[0] == '.' || folder.Kind() == KXP::EntryKind::Folder) continue;
+        if (!onlyOwn || CountsAsOwn(path + "/" + folder.Name())) return false;
+    }
+    return true;
+}
+
+bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& extension,
+                                   std::string& thumbnail) {
+    const char* ending = nullptr;
+    if (extension == ".exr") ending = ".png";
+    if (extension == ".jpg") ending = ".jpg";
+    if (!ending) return false;
+    std::string candidate = path.substr(0, path.rfind('.')) + " Thumbnail" + ending;
+    if (!KXP::FileExists(candidate)) return false;
+    thumbnail = std::move(candidate);
+    return true;
+}
+
+}  // namespace media

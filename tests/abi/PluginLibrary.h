@@ -1,0 +1,51 @@
+// The plug-in as a container has it: loaded from a product root, driven through its record of entry calls.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include <dlfcn.h>
+
+#include "core/container/cef/ZvCefPlugin.h"
+#include "tests/support/FakeContainer.h"
+
+class PluginLibrary {
+  public:
+    explicit PluginLibrary(const std::string& productRoot) {
+        const std::string path = productRoot + "/Contents/Frameworks/plugins/Gallery/libGallery.so";
+        handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!handle_) throw std::runtime_error(dlerror());
+        const auto getInfo = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(handle_, "ZvCefPluginGetInfo"));
+        if (!getInfo) throw std::runtime_error(dlerror());
+        info_ = getInfo();
+    }
+    ~PluginLibrary() { dlclose(handle_); }
+    PluginLibrary(const PluginLibrary&) = delete;
+    PluginLibrary& operator=(const PluginLibrary&) = delete;
+
+    ZvCefPluginInfo& operator*() const { return *info_; }
+    ZvCefPluginInfo* operator->() const { return info_; }
+
+    // Brings the plug-in up to where it answers; false when it does not get there.
+    bool Up(FakeContainer& container) const {
+        return info_->Initialize(&FakeContainer::Callback, "{}", &container) == 2 &&
+               container.WaitFor(1, "_CmdInit_").notification == 1 && info_->Start() == 2 &&
+               container.WaitFor(1, "_CmdStart_").notification == 1;
+    }
+
+    bool Down(FakeContainer& container) const {
+        return info_->Stop() == 2 && container.WaitFor(1, "_CmdStop_").notification == 1 &&
+               info_->Uninitialize() == 1;
+    }
+
+    // The answer to one request, as JSON.
+    std::string Ask(FakeContainer& container, const std::string& method, const std::string& uniqueid,
+                    const std::string& payload) const {
+        info_->OnJsonMessage(Envelope(method, uniqueid, payload).c_str());
+        return container.WaitFor(3, "\"reference_uniqueid\":\"" + uniqueid + "\"").text;
+    }
+
+  private:
+    void* handle_ = nullptr;
+    ZvCefPluginInfo* info_ = nullptr;
+};

@@ -1,0 +1,179 @@
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include "common/JSONFile.h"
+#include "common/JsonHelpers.h"
+#include "common/JsonParse.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TempFolder.h"
+
+namespace KXP {
+namespace {
+
+std::string InEncoding(const std::string& ascii, int width, bool bigEndian, bool mark) {
+    std::u32string characters = mark ? U"\uFEFF" : U"";
+    characters.append(ascii.begin(), ascii.end());
+    std::string bytes;
+    for (const char32_t c : characters) {
+        for (int i = 0; i < width; ++i)
+            bytes += static_cast<char>(c >> (8 * (bigEndian ? width - 1 - i : i)));
+    }
+    return bytes;
+}
+
+class JSONFileTest : public testing::Test {
+  protected:
+    JSONFileTest() { file_.Init(folder_ / "f.json"); }
+
+    RetVal Read(const std::string& bytes, Document& json) {
+        folder_.Write("f.json", bytes);
+        return file_.ReadAndParseJSON(json);
+    }
+
+    RetVal Write(const std::string& text) {
+        Document json;
+        EXPECT_FALSE(ParseJSON(text, json).IsError());
+        return file_.WriteJSON(json);
+    }
+
+    TempFolder folder_;
+    LogCapture log_;
+    JSONFile file_;
+};
+
+TEST_F(JSONFileTest, ReadsEveryEncodingWithAndWithoutMark) {
+    for (const bool mark : {true, false}) {
+        for (const bool bigEndian : {true, false}) {
+            for (const int width : {2, 4}) {
+                Document json;
+                const RetVal result = Read(InEncoding("{\"a\": 5} // note", width, bigEndian, mark), json);
+                ASSERT_EQ(result.code, 0) << mark << bigEndian << width;
+                EXPECT_EQ(jsonGetValue<int>(json, "a"), 5);
+            }
+        }
+    }
+    Document json;
+    ASSERT_EQ(Read("\xEF\xBB\xBF/* note */{\"a\": 6}", json).code, 0);
+    EXPECT_EQ(jsonGetValue<int>(json, "a"), 6);
+    ASSERT_EQ(Read(std::string("\xFF\xFE{\0\"\0a\0\"\0:\0\"\0\x3D\xD8\x00\xDE\"\0}\0", 22), json).code, 0);
+    EXPECT_EQ(jsonGetValue<std::string>(json, "a"), "\U0001F600");
+}
+
+TEST_F(JSONFileTest, ShortOddAndMalformedFilesAreErrors) {
+    const std::string whole = InEncoding("{\"a\": 5}", 2, false, true);
+    std::vector<std::string> texts = {"{}{}",
+                                      "{",
+                                      "[",
+                                      std::string("{\0", 2),
+                                      std::string("\0\0\0\0", 4),
+                                      std::string("\xFF\xFE\0\0\0\0\x11\0", 8),
+                                      std::string("\xFF\xFE\x00\xD8}\0", 6),
+                                      std::string(100000, '[')};
+    for (size_t length = 0; length < whole.size() - 2; ++length)
+        texts.push_back(whole.substr(0, length));
+    for (const std::string& text : texts) {
+        Document json;
+        log_.Clear();
+        const RetVal result = Read(text, json);
+        EXPECT_EQ(static_cast<uint32_t>(result.code), 0x8008F001u) << testing::PrintToString(text);
+        EXPECT_EQ(result.text, "Error parsing JSON document");
+        EXPECT_TRUE(log_.HasLine(1, "Error parsing JSON document " + file_.path()));
+    }
+}
+
+TEST_F(JSONFileTest, RootMustBeAnObjectAndTheFileThere) {
+    Document json;
+    RetVal result = Read("[1]", json);
+    EXPECT_EQ(static_cast<uint32_t>(result.code), 0x8007000Du);
+    EXPECT_EQ(result.text, "Document has no root object");
+    EXPECT_TRUE(log_.HasLine(1, "Document at " + file_.path() + " has no root object"));
+
+    ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+    for (const char* name : {"absent.json", ".", "pipe"}) {
+        file_.Init(folder_ / name);
+        result = file_.ReadAndParseJSON(json);
+        EXPECT_EQ(static_cast<uint32_t>(result.code), 0x80070002u) << name;
+        EXPECT_EQ(result.text, "Config file not found");
+        EXPECT_TRUE(log_.HasLine(2, std::string("Config file ") + name + " not found!!"));
+    }
+}
+
+TEST_F(JSONFileTest, WritesTabsOverLongerAndShorterText) {
+    ASSERT_EQ(Write(R"({"a":[1,"two"],"b":{"c":null,"long":"text"}})").code, 0);
+    EXPECT_EQ(folder_.Read("f.json"),
+              "{\n\t\"a\": [\n\t\t1,\n\t\t\"two\"\n\t],\n\t\"b\": {\n\t\t\"c\": null,\n\t\t\"long\": "
+              "\"text\"\n\t}\n}");
+    ASSERT_EQ(Write("{\"a\":1}").code, 0);
+    EXPECT_EQ(folder_.Read("f.json"), "{\n\t\"a\": 1\n}");
+    ASSERT_EQ(Write(R"({"a":1,"b":2})").code, 0);
+    EXPECT_EQ(folder_.Read("f.json"), "{\n\t\"a\": 1,\n\t\"b\": 2\n}");
+}
+
+TEST_F(JSONFileTest, OldTextSurvivesAFullDisk) {
+    ASSERT_EQ(Write("{\"old\":1}").code, 0);
+    const std::string old = folder_.Read("f.json");
+    Document large;
+    large.SetObject();
+    large.AddMember("text", Value(std::string(1 << 20, 'x'), large.GetAllocator()), large.GetAllocator());
+
+    // The limit on file sizes stands in for a disk that has no more room.
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit tight = {1 << 16, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const RetVal result = file_.WriteJSON(large);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_EQ(static_cast<uint32_t>(result.code), 0x80004005u);
+    EXPECT_EQ(log_.Count("][1]["), 1);
+    EXPECT_EQ(folder_.Read("f.json"), old);
+}
+
+TEST_F(JSONFileTest, AKilledWriteLeavesATextThatReads) {
+    // What a stop between two steps leaves behind: zero bytes after the old text, white space after the new.
+    Document json;
+    EXPECT_EQ(Read("{\"a\":1}" + std::string(100, '\0'), json).code, 0);
+    EXPECT_EQ(Read("{}" + std::string(100, '\0'), json).code, 0);
+    EXPECT_EQ(Read("{\"a\":1}" + std::string(100, ' '), json).code, 0);
+}
+
+TEST_F(JSONFileTest, WhatCannotBeOpenedIsToldAndNotWaitedFor) {
+    ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+    for (const char* name : {"pipe", ".", "no/such.json"}) {
+        file_.Init(folder_ / name);
+        const RetVal result = Write("{}");
+        EXPECT_EQ(static_cast<uint32_t>(result.code), 0x80070002u) << name;
+        EXPECT_EQ(result.text, "Failed to open file");
+    }
+    EXPECT_TRUE(log_.Has("][2]["));
+    EXPECT_TRUE(log_.HasLine(2, "Failed to open such.json for wb err:2"));
+    FILE* handle = nullptr;
+    EXPECT_EQ(static_cast<uint32_t>(file_.OpenFile(handle, true).code), 0x80070002u);
+    EXPECT_TRUE(log_.HasLine(2, "Failed to open such.json for rb err:2"));
+}
+
+TEST_F(JSONFileTest, ConstructorMakesTheFolderAndRemoveFileTakesItAway) {
+    JSONFile file({folder_.path(), "a"}, "b", "c.json");
+    EXPECT_EQ(file.path(), folder_ / "a/b/c.json");
+    EXPECT_TRUE(folder_.Has("a/b"));
+    folder_.Write("a/b/c.json", "{}");
+    folder_.Write("a/b/other", "");
+    EXPECT_EQ(file.RemoveFile().code, 0);
+    EXPECT_FALSE(folder_.Has("a/b/c.json"));
+    EXPECT_TRUE(folder_.Has("a/b/other"));
+    const RetVal again = file.RemoveFile();
+    EXPECT_EQ(static_cast<uint32_t>(again.code), 0x80004005u);
+    EXPECT_EQ(again.text, "Success");
+    folder_.Write("a/b/c.json", "{}");
+    std::filesystem::remove(folder_ / "a/b/other");
+    EXPECT_EQ(file.RemoveFile().code, 0);
+    EXPECT_FALSE(folder_.Has("a/b"));
+}
+
+}  // namespace
+}  // namespace KXP

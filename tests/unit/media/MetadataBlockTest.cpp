@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include "libraries/share-common/MetadataBlock.h"
+#include "tests/support/CaptureBytes.h"
+
+namespace {
+
+MetadataFields Read(const std::string& text) {
+    MetadataFields fields;
+    fields.fileSubType = "Normal";
+    fields.highlightName = "before";
+    fields.highlightTags = 77;
+    ReadMetadataBlock(text, fields);
+    return fields;
+}
+
+MetadataFields ReadInner(const std::string& inner) {
+    return Read(captures::Block("any", inner));
+}
+
+TEST(MetadataBlock, ReadsEveryMember) {
+    const MetadataFields fields = ReadInner(
+        R"({"DRSAppName":"App","DRSProfileName":"Profile","ProfileName":"unread","ShortName":"app",)"
+        R"("MediaType":"Video","CmsId":-9223372036854775808,"EventTimeStamp":"then","HighlightName":"n",)"
+        R"("HighlightId":"i","HighlightGroupId":"g","HighlightTags":4294967295,"HighlightSignificance":3})");
+    EXPECT_EQ(fields.drsName, "App");
+    EXPECT_EQ(fields.drsProfileName, "Profile");
+    EXPECT_EQ(fields.shortName, "app");
+    EXPECT_EQ(fields.fileSubType, "Video");
+    EXPECT_EQ(fields.cmsId, INT64_MIN);
+    EXPECT_EQ(fields.eventTimeStamp, "then");
+    EXPECT_EQ(fields.highlightName, "n");
+    EXPECT_EQ(fields.highlightDefinitionId, "i");
+    EXPECT_EQ(fields.highlightGroupId, "g");
+    EXPECT_EQ(fields.highlightTags, 4294967295u);
+    EXPECT_EQ(fields.highlightSignificance, 3u);
+}
+
+TEST(MetadataBlock, LongNamesWinOverShortOnesInAnyOrder) {
+    const MetadataFields both =
+        ReadInner(R"({"HighlightName":"ln","Name":"sn","HighlightId":"li","Id":"si","HighlightGroupId":"lg",)"
+                  R"("GroupId":"sg","HighlightTags":1,"Tags":2,"HighlightSignificance":3,"Significance":4})");
+    EXPECT_EQ(both.highlightName + both.highlightDefinitionId + both.highlightGroupId, "lnlilg");
+    EXPECT_EQ(both.highlightTags, 1u);
+    EXPECT_EQ(both.highlightSignificance, 3u);
+
+    const MetadataFields shorts =
+        ReadInner(R"({"Name":"sn","HighlightName":5,"Id":"si","GroupId":"sg","Tags":2,"Significance":4})");
+    EXPECT_EQ(shorts.highlightName + shorts.highlightDefinitionId + shorts.highlightGroupId, "snsisg");
+    EXPECT_EQ(shorts.highlightTags, 2u);
+    EXPECT_EQ(shorts.highlightSignificance, 4u);
+}
+
+TEST(MetadataBlock, PassesOverMembersOfAnotherType) {
+    const MetadataFields fields = ReadInner(
+        R"({"CmsId":9223372036854775808,"HighlightTags":-1,"Tags":1.5,"HighlightName":null,"ProfileName":"p",)"
+        R"("MediaType":["Video"],"DRSAppName":{},"ShortName":"kept"})");
+    EXPECT_EQ(fields.cmsId, 0);
+    EXPECT_EQ(fields.highlightTags, 77u);
+    EXPECT_EQ(fields.highlightName, "before");
+    EXPECT_EQ(fields.fileSubType, "Normal");
+    EXPECT_EQ(fields.drsName + fields.drsProfileName, "");
+    EXPECT_EQ(fields.shortName, "kept");
+}
+
+TEST(MetadataBlock, MediaTypeReplacesTheSubtypeUnlessItSaysNothing) {
+    EXPECT_EQ(ReadInner(R"({"MediaType":"Screenshot"})").fileSubType, "Normal");
+    EXPECT_EQ(ReadInner(R"({"MediaType":""})").fileSubType, "Normal");
+    EXPECT_EQ(ReadInner(R"({"MediaType":"screenshot"})").fileSubType, "screenshot");
+}
+
+TEST(MetadataBlock, Base64SkipsForeignCharactersAndNeedsNoPadding) {
+    // {"Name":"a"}, {"Name":"ab"} and {"Name":"abc"}: all three lengths of the last group.
+    EXPECT_EQ(Read(R"({"B64":"eyJOYW1lIjoiYSJ9"})").highlightName, "a");
+    EXPECT_EQ(Read(R"({"B64":"eyJOYW1lIjoiYWIifQ"})").highlightName, "ab");
+    EXPECT_EQ(Read(R"({"B64":"eyJOYW1lIjoiYWJjIn0"})").highlightName, "abc");
+    EXPECT_EQ(Read(R"({"B64":"ey\nJO YW{1l}~\u00e9Ijoi-_YWIifQ=="})").highlightName, "ab");
+}
+
+TEST(MetadataBlock, BadBlocksChangeNothing) {
+    const std::string good = R"({"Name":"after","MediaType":"Video","Tags":1})";
+    const std::string deep =
+        "{\"Name\":\"after\",\"x\":" + std::string(100000, '[') + std::string(100000, ']') + "}";
+    for (const std::string& text :
+         {std::string(), std::string("{"), std::string("[]"), std::string("{}"), std::string(R"({"B64":1})"),
+          std::string(R"({"B64":""})"), std::string(R"({"B64":"!!!"})"),
+          "{\"b64\":\"" + captures::Base64(good) + "\"}", captures::Block("s", good.substr(1)),
+          captures::Block("s", "[" + good + "]"), captures::Block("s", "{\"Name\":\"\xFF\"}"),
+          captures::Block("s", deep), deep}) {
+        const MetadataFields fields = Read(text);
+        EXPECT_EQ(fields.highlightName, "before") << text.substr(0, 80);
+        EXPECT_EQ(fields.fileSubType, "Normal");
+        EXPECT_EQ(fields.highlightTags, 77u);
+    }
+}
+
+}  // namespace
