@@ -1,0 +1,175 @@
+#include "tests/host/ChildProcess.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kPatienceMs = 60000;
+
+struct Pipe {
+    int read = -1;
+    int write = -1;
+};
+
+Pipe MakePipe() {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
+    return {ends[0], ends[1]};
+}
+
+// The master end reads what the terminal is given.
+Pipe MakeTerminal() {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) throw std::runtime_error("terminal");
+    return {master, open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::vector<std::string> Environment(const std::vector<std::string>& ours) {
+    std::vector<std::string> all = ours;
+    for (char** entry = environ; *entry; ++entry) {
+        const std::string text = *entry;
+        bool replaced = text.rfind("NO_COLOR=", 0) == 0;
+        for (const std::string& own : ours)
+            replaced = replaced || text.rfind(own.substr(0, own.find('=') + 1), 0) == 0;
+        if (!replaced) all.push_back(text);
+    }
+    return all;
+}
+
+void Close(int& fd) {
+    if (fd >= 0) close(fd);
+    fd = -1;
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Options& options) {
+    signal(SIGPIPE, SIG_IGN);
+    Pipe in = MakePipe();
+    Pipe output = options.terminal ? MakeTerminal() : MakePipe();
+    Pipe error = MakePipe();
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, in.read, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output.write, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, error.write, STDERR_FILENO);
+    // What this process ignores would be ignored by the child.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t defaults;
+    sigemptyset(&defaults);
+    for (const int number : {SIGPIPE, SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&defaults, number);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+
+    std::vector<std::string> words = {GALLERY_HOST};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> environment = Environment(options.environment);
+    const int result = posix_spawn(&pid_, GALLERY_HOST, &actions, &attributes, Pointers(words).data(),
+                                   Pointers(environment).data());
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    Close(in.read);
+    Close(output.write);
+    Close(error.write);
+    in_ = in.write;
+    out_ = output.read;
+    err_ = error.read;
+    if (result != 0) throw std::runtime_error("cannot start gallery-host");
+}
+
+ChildProcess::~ChildProcess() {
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+    Close(in_);
+    Close(out_);
+    Close(err_);
+}
+
+void ChildProcess::Write(const std::string& text) {
+    for (size_t at = 0; at < text.size();) {
+        const ssize_t written = write(in_, text.data() + at, text.size() - at);
+        if (written < 0) throw std::runtime_error("the child reads no more");
+        at += static_cast<size_t>(written);
+    }
+}
+
+void ChildProcess::CloseInput() {
+    Close(in_);
+}
+
+void ChildProcess::CloseOutput() {
+    Close(out_);
+}
+
+void ChildProcess::Signal(int number) {
+    kill(pid_, number);
+}
+
+bool ChildProcess::ReadOutUntil(const std::string& text) {
+    return ReadUntil(out, text);
+}
+
+bool ChildProcess::ReadErrUntil(const std::string& text) {
+    return ReadUntil(err, text);
+}
+
+int ChildProcess::Wait() {
+    CloseInput();
+    while (ReadOnce()) {
+    }
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+bool ChildProcess::ReadUntil(const std::string& stream, const std::string& text) {
+    while (stream.find(text) == std::string::npos)
+        if (!ReadOnce()) return false;
+    return true;
+}
+
+bool ChildProcess::ReadOnce() {
+    // poll passes over the descriptors that are closed.
+    pollfd fds[] = {{out_, POLLIN, 0}, {err_, POLLIN, 0}};
+    if (out_ < 0 && err_ < 0) return false;
+    if (poll(fds, 2, kPatienceMs) <= 0) {
+        ADD_FAILURE() << "gallery-host says nothing; so far: " << out << err;
+        kill(pid_, SIGKILL);
+        return false;
+    }
+    const auto take = [](const pollfd& from, int& fd, std::string& into) {
+        char bytes[65536];
+        if (from.revents == 0) return;
+        const ssize_t got = read(fd, bytes, sizeof bytes);
+        if (got > 0)
+            into.append(bytes, static_cast<size_t>(got));
+        else
+            Close(fd);
+    };
+    take(fds[0], out_, out);
+    take(fds[1], err_, err);
+    return true;
+}

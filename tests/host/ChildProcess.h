@@ -1,0 +1,42 @@
+// gallery-host as a child process with pipes on its three streams. Every wait has a bound and fails the test.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+class ChildProcess {
+  public:
+    struct Options {
+        std::vector<std::string> environment;  // "NAME=value", over this process's own
+        bool terminal = false;                 // standard output is a terminal
+    };
+
+    ChildProcess(const std::vector<std::string>& arguments, const Options& options);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    void Write(const std::string& text);
+    void CloseInput();
+    void CloseOutput();
+    void Signal(int signal);
+    // Read until the stream has shown `text`; false at its end.
+    bool ReadOutUntil(const std::string& text);
+    bool ReadErrUntil(const std::string& text);
+    // Closes the input, reads to the end and gives the exit status, or the negative number of a signal.
+    int Wait();
+
+    std::string out;  // what was read so far
+    std::string err;
+
+  private:
+    bool ReadUntil(const std::string& stream, const std::string& text);
+    bool ReadOnce();
+
+    pid_t pid_ = -1;
+    int in_ = -1;
+    int out_ = -1;
+    int err_ = -1;
+};

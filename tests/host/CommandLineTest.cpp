@@ -1,0 +1,152 @@
+// What a user sees of gallery-host: the verbs, their messages and their exit statuses.
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "common/JsonParse.h"
+#include "tests/host/HostRun.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+TEST(CommandLine, UsageErrorsAreTwo) {
+    for (const auto& arguments :
+         std::vector<std::vector<std::string>>{{},
+                                               {"frobnicate"},
+                                               {"call"},
+                                               {"list"},
+                                               {"-d", "nonsense", "serve"},
+                                               {"--timeout", "0", "serve"},
+                                               {"--timeout", "soon", "serve"},
+                                               {"list", ".", "--exclude", "some"},
+                                               {"call", "Echo", "{\"a\":"},
+                                               {"call", "Echo", "[1]"},
+                                               {"call", "Echo", "@/nowhere/payload.json"},
+                                               {"call", "Echo", "@/"}}) {
+        const Ended ended = RunHost(arguments);
+        EXPECT_EQ(ended.status, 2) << testing::PrintToString(arguments) << ended.err;
+        EXPECT_EQ(ended.out, "");
+        EXPECT_NE(ended.err, "");
+    }
+    EXPECT_TRUE(Contains(RunHost({"call", "Echo", "{\"a\":"}).err, "PAYLOAD is not JSON at byte 5"));
+    EXPECT_TRUE(Contains(RunHost({"call", "Echo", "@/nowhere/p"}).err, "/nowhere/p: No such file"));
+}
+
+TEST(CommandLine, HelpVersionAndModesNeedNoPlugin) {
+    const Ended help = RunHost({"--help"}, {}, "old");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(Contains(help.out, "gallery-host call GetSettings"));
+    EXPECT_TRUE(Contains(RunHost({"--version"}, {}, "old").out, "gallery-host 1."));
+    const Ended modes = RunHost({"-d", "list"}, {}, "old");
+    EXPECT_EQ(modes.status, 0);
+    EXPECT_TRUE(Contains(modes.out, "keep-temp"));
+}
+
+TEST(CommandLine, CallPrintsThePayload) {
+    const Ended plain = RunHost({"call", "Echo", R"({"a":1})"});
+    EXPECT_EQ(plain.status, 0) << plain.err;
+    EXPECT_EQ(plain.out, "{\n  \"a\": 1,\n  \"_return_code\": 0,\n  \"_return_status\": \"Success\"\n}\n");
+    EXPECT_EQ(plain.err, "");
+    const Ended raw = RunHost({"call", "--raw", "Echo", "-"}, "{\"b\":\"\u202e\"}\n");
+    EXPECT_EQ(raw.status, 0);
+    EXPECT_TRUE(Contains(raw.out, R"("payload":{"b":"\u202e",)")) << raw.out;
+    EXPECT_EQ(raw.out.find('\n'), raw.out.size() - 1);
+    const TempFolder folder;
+    const std::string file = folder.Write("p.json", R"({"c":[]})");
+    EXPECT_TRUE(Contains(RunHost({"call", "Echo", "@" + file}).out, "\"c\": []"));
+}
+
+TEST(CommandLine, AFailedRequestIsOne) {
+    const Ended ended = RunHost({"call", "Fail"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.err, "gallery-host: 0x80070057: Bad \\x1b[31margument\n");
+    EXPECT_TRUE(Contains(ended.out, "-2147024809"));
+    const Ended odd = RunHost({"call", "ThrowOdd"});
+    EXPECT_EQ(odd.status, 1);
+    EXPECT_TRUE(Contains(odd.err, "an exception of an unknown type")) << odd.err;
+}
+
+TEST(CommandLine, LogLinesAreShownOnRequestAndTamed) {
+    EXPECT_EQ(RunHost({"call", "Log"}).err, "");
+    const std::string shown = RunHost({"call", "Log", "-v"}).err;
+    EXPECT_TRUE(Contains(shown, "a line with \\x1b[31mcolour\n")) << shown;
+    const std::string traced = RunHost({"-d", "trace", "call", "Echo", R"({"q":1})"}).err;
+    EXPECT_TRUE(Contains(traced, "-> {\"method\":\"Echo\"")) << traced;
+    EXPECT_TRUE(Contains(traced, "<- {\"system\":\"Host\"")) << traced;
+}
+
+TEST(CommandLine, ListsAFolder) {
+    const TempFolder folder;
+    folder.MakeFolder("Some Game");
+    folder.Write("bad\x1b]0;name\x07.mp4", "x");
+    const Ended plain = RunHost({"list", folder.path()});
+    EXPECT_EQ(plain.status, 0) << plain.err;
+    EXPECT_EQ(plain.out,
+              "NAME                    KIND    DETAILS         SOURCE\n"
+              "Some Game/              folder\n"
+              "bad\\x1b]0;name\\x07.mp4  video   instant replay  Share\n");
+    EXPECT_EQ(plain.err, "gallery-host: 1 folder, 1 file\n");
+    const Ended json =
+        RunHost({"list", folder.path() + "/.", "--json", "--only-own", "--exclude", "empty", "--exr"});
+    EXPECT_EQ(json.status, 0);
+    KXP::Document listing;
+    ASSERT_FALSE(KXP::ParseJSON(json.out, listing).IsError()) << json.out;
+    const KXP::Value& asked = listing["asked"];
+    EXPECT_EQ(asked["directory"].GetString(), folder.path() + "/");
+    EXPECT_TRUE(asked["shouldGetOnlyZv"].GetBool());
+    EXPECT_STREQ(asked["excludeDirectoryType"].GetString(), "empty");
+    EXPECT_TRUE(asked["shouldShowEXR"].GetBool());
+}
+
+TEST(CommandLine, ListRefusesWhatIsNoFolder) {
+    const Ended missing = RunHost({"list", "/nowhere/at all"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "gallery-host: /nowhere/at all: No such file or directory\n");
+    EXPECT_TRUE(Contains(RunHost({"list", GALLERY_HOST}).err, "not a folder"));
+}
+
+TEST(CommandLine, ColoursOnATerminalUnlessTheUserObjects) {
+    const TempFolder folder;
+    folder.Write("a.mp4", "x");
+    for (const bool objects : {false, true}) {
+        ChildProcess child(WithFake({"list", folder.path()}),
+                           {{"TERM=xterm", objects ? "NO_COLOR=1" : "NO_COLOR="}, true});
+        EXPECT_EQ(child.Wait(), 0) << child.err;
+        EXPECT_TRUE(Contains(child.out, "a.mp4"));
+        EXPECT_EQ(Contains(child.out, "\x1b["), !objects);
+    }
+}
+
+TEST(CommandLine, AReaderThatLeavesIsNoError) {
+    ChildProcess child(WithFake({"call", "Big"}), {});
+    child.CloseOutput();
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_EQ(child.err, "");
+}
+
+TEST(CommandLine, DemoCleansUpAfterItself) {
+    const TempFolder temporary;
+    const std::string where = "TMPDIR=" + temporary.path();
+    {
+        ChildProcess child(WithFake({"demo"}), {{where}, false});
+        EXPECT_EQ(child.Wait(), 0) << child.err;
+        EXPECT_TRUE(Contains(child.out, "Drachenk\u00fcste/")) << child.out;
+        EXPECT_TRUE(Contains(child.out, "Klippe.png"));
+    }
+    {
+        ChildProcess child(WithFake({"demo"}), {{where, "FAKE_PLUGIN=start-fails"}, false});
+        EXPECT_EQ(child.Wait(), 3) << child.err;
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
+    ChildProcess child(WithFake({"demo", "--keep"}), {{where}, false});
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_TRUE(Contains(child.err, "kept the temporary home " + temporary.path()));
+    EXPECT_FALSE(std::filesystem::is_empty(temporary.path()));
+}
+
+}  // namespace

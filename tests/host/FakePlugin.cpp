@@ -1,0 +1,225 @@
+// A plug-in for the tests of gallery-host. Its requests are named for what they do; FAKE_PLUGIN, a list of
+// words, chooses how its life cycle goes wrong.
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <unistd.h>
+
+#include "common/JsonParse.h"
+#include "common/Mutex.h"
+#include "core/container/cef/ZvCefPlugin.h"
+
+namespace {
+
+bool Behaves(const std::string& word) {
+    const char* words = std::getenv("FAKE_PLUGIN");
+    return words && (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
+}
+
+std::string ToText(const KXP::Value& value) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    value.Accept(writer);
+    return buffer.GetString();
+}
+
+// Runs what is posted in order on a thread of its own, as the real plug-in does.
+class Worker {
+  public:
+    Worker() : thread_([this] { Run(); }) {}
+    ~Worker() {
+        Post(nullptr);
+        thread_.join();
+    }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    void Post(std::function<void()> task) {
+        KXP::MutexLock lock(mutex_);
+        tasks_.push_back(std::move(task));
+        changed_.NotifyAll();
+    }
+
+  private:
+    void Run() {
+        for (;;) {
+            std::function<void()> task;
+            {
+                KXP::MutexLock lock(mutex_);
+                while (tasks_.empty())
+                    changed_.Wait(mutex_);
+                task = std::move(tasks_.front());
+                tasks_.erase(tasks_.begin());
+            }
+            if (!task) return;
+            task();
+        }
+    }
+
+    KXP::Mutex mutex_;
+    KXP::CondVar changed_;
+    std::vector<std::function<void()>> tasks_ GUARDED_BY(mutex_);
+    std::thread thread_;
+};
+
+struct Fake {
+    Fake(ZvCefPluginCallback toCall, void* itsContext) : callback(toCall), context(itsContext) {}
+
+    ZvCefPluginCallback callback;
+    void* context;
+    std::map<std::string, std::vector<std::string>> subscribers;
+    Worker worker;  // last: its tasks use the rest
+};
+std::unique_ptr<Fake> fake;
+
+void Tell(ZvCefPluginNotification_t notification, const std::string& text) {
+    fake->callback(notification, text.c_str(), fake->context);
+}
+
+int Command(const std::string& name, const char* method) {
+    Tell(ZvCefPluginLog, "fake: " + name);
+    if (Behaves(name + "-refuses")) return 0;
+    if (Behaves(name + "-throws")) throw std::runtime_error(name + " threw");
+    if (Behaves(name + "-done")) return 1;
+    if (Behaves(name + "-never")) return 2;
+    if (Behaves(name + "-fails"))
+        fake->worker.Post([method] {
+            Tell(ZvCefPluginCommandFailed, std::string(R"({"method":")") + method +
+                                               R"(","payload":{"_return_code":-2147467259,)"
+                                               R"("_return_status":"it is broken"}})");
+        });
+    else
+        fake->worker.Post([method] { Tell(ZvCefPluginCommandSucceeded, method); });
+    return 2;
+}
+
+KXP::Value ListFolder(const KXP::Value& payload, KXP::Allocator& allocator) {
+    KXP::Value files(rapidjson::kArrayType);
+    KXP::Value directories(rapidjson::kArrayType);
+    for (const auto& entry : std::filesystem::directory_iterator(payload["directory"].GetString())) {
+        KXP::Value name(entry.path().filename().string(), allocator);
+        if (entry.is_directory()) {
+            directories.PushBack(name, allocator);
+            continue;
+        }
+        KXP::Value file(rapidjson::kObjectType);
+        file.AddMember("name", name, allocator);
+        file.AddMember("type", "video", allocator);
+        file.AddMember("subtype", "InstantReplay", allocator);
+        file.AddMember("source", "OVS_Share", allocator);
+        files.PushBack(file, allocator);
+    }
+    KXP::Value listing(rapidjson::kObjectType);
+    listing.AddMember("files", files, allocator);
+    listing.AddMember("directories", directories, allocator);
+    listing.AddMember("asked", KXP::Value(payload, allocator), allocator);
+    return listing;
+}
+
+void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& response, int code,
+            const char* status) {
+    KXP::Allocator& allocator = response.GetAllocator();
+    response.AddMember("system", KXP::Value(request["source_system"], allocator), allocator);
+    response.AddMember("module", KXP::Value(request["source_module"], allocator), allocator);
+    response.AddMember("method", KXP::Value(request["method"], allocator), allocator);
+    response.AddMember("uniqueid", "an-answer", allocator);
+    response.AddMember("reference_uniqueid", KXP::Value(request["uniqueid"], allocator), allocator);
+    response.AddMember("type", 3072, allocator);
+    payload.AddMember("_return_code", code, allocator);
+    payload.AddMember("_return_status", rapidjson::StringRef(status), allocator);
+    response.AddMember("payload", payload, allocator);
+    Tell(ZvCefPluginJsonMessage, ToText(response));
+}
+
+void Notify(const KXP::Value& payload) {
+    const std::string method = payload["method"].GetString();
+    for (const std::string& id : fake->subscribers[method]) {
+        KXP::Document notification;
+        KXP::ParseJSON(
+            R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,"payload":{"n":1}})",
+            notification);
+        KXP::Allocator& allocator = notification.GetAllocator();
+        notification.AddMember("method", KXP::Value(method, allocator), allocator);
+        notification.AddMember("reference_uniqueid", KXP::Value(id, allocator), allocator);
+        Tell(ZvCefPluginJsonMessage, ToText(notification));
+    }
+}
+
+void Handle(const std::string& text) {
+    KXP::Document request;
+    KXP::ParseJSON(text, request);
+    const std::string method = request["method"].GetString();
+    if (request["type"].GetInt() == 3073) {
+        fake->subscribers[method].push_back(request["uniqueid"].GetString());
+        return;
+    }
+    if (method == "Never") return;
+    KXP::Document response(rapidjson::kObjectType);
+    KXP::Allocator& allocator = response.GetAllocator();
+    KXP::Value payload(request["payload"], allocator);
+    if (method == "Notify") Notify(payload);
+    if (method == "Log") Tell(ZvCefPluginLog, "a line with \x1b[31mcolour");
+    if (method == "Big")
+        payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);
+    if (method == "GetFolderListing") payload = ListFolder(request["payload"], allocator);
+    if (method == "Fail")
+        Answer(request, std::move(payload), response, -2147024809, "Bad \x1b[31margument");
+    else
+        Answer(request, std::move(payload), response, 0, "Success");
+}
+
+int Initialize(ZvCefPluginCallback callback, const char* config, void* context) {
+    fake = std::make_unique<Fake>(callback, context);
+    if (std::string(config) != "{}") return 0;
+    return Command("init", "_CmdInit_");
+}
+
+int Start() {
+    return Command("start", "_CmdStart_");
+}
+
+int Stop() {
+    return Command("stop", "_CmdStop_");
+}
+
+int Nothing() {
+    return 0;
+}
+
+int Uninitialize() {
+    Tell(ZvCefPluginLog, "fake: uninit");
+    fake.reset();
+    return 1;
+}
+
+int OnJsonMessage(const char* json) {
+    KXP::Document request;
+    KXP::ParseJSON(json, request);
+    if (!request["method"].IsString()) throw std::runtime_error("Required string method unexpected type");
+    const std::string method = request["method"].GetString();
+    if (method == "ThrowOdd") throw 42;
+    if (method == "Hang") {
+        Tell(ZvCefPluginLog, "fake: hanging");
+        for (;;)
+            pause();
+    }
+    fake->worker.Post([text = std::string(json)] { Handle(text); });
+    return 0;
+}
+
+ZvCefPluginInfo info = {1,       "Fake",  "Fake.Module", Initialize,   Start,
+                        Nothing, Nothing, Stop,          Uninitialize, OnJsonMessage};
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) ZvCefPluginInfo* ZvCefPluginGetInfo() {
+    info.version = Behaves("old") ? 0 : 1;
+    return &info;
+}

@@ -1,0 +1,135 @@
+// How gallery-host starts and stops the plug-in, and what it does when that goes wrong or takes too long.
+#include <csignal>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/host/HostRun.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// The entry calls that the fake plug-in has logged.
+std::string Calls(const std::string& err) {
+    std::string calls;
+    for (size_t at = 0; (at = err.find("fake: ", at)) != std::string::npos;) {
+        const size_t end = err.find('\n', at);
+        calls += err.substr(at + 6, end - at - 6) + " ";
+        at = end;
+    }
+    return calls;
+}
+
+TEST(Lifecycle, RunsInOrder) {
+    for (const char* behaviour : {"", "init-done start-done stop-done"}) {
+        const Ended ended = RunHost({"-v", "call", "Echo"}, {}, behaviour);
+        EXPECT_EQ(ended.status, 0) << ended.err;
+        EXPECT_EQ(Calls(ended.err), "init start stop uninit ");
+    }
+}
+
+struct Bad {
+    const char* behaviour;
+    const char* message;
+    const char* calls;
+};
+
+TEST(Lifecycle, APluginThatDoesNotStartIsThree) {
+    for (const Bad& bad :
+         {Bad{"old", "not of interface version 1", ""},
+          Bad{"init-fails", "could not be initialized: 0x80004005: it is broken", "init uninit "},
+          Bad{"init-refuses", "could not be initialized", "init uninit "},
+          Bad{"init-throws", "could not be initialized: init threw", "init uninit "},
+          Bad{"start-fails", "could not be started: 0x80004005: it is broken", "init start stop uninit "},
+          Bad{"start-refuses", "could not be started", "init start stop uninit "},
+          Bad{"start-throws", "could not be started: start threw", "init start stop uninit "}}) {
+        const Ended ended = RunHost({"-v", "call", "Echo"}, {}, bad.behaviour);
+        EXPECT_EQ(ended.status, 3) << bad.behaviour;
+        EXPECT_EQ(ended.out, "");
+        EXPECT_TRUE(Contains(ended.err, bad.message)) << ended.err;
+        EXPECT_EQ(Calls(ended.err), bad.calls);
+    }
+}
+
+TEST(Lifecycle, AnythingElseThanAPluginIsThree) {
+    for (const std::string& path : {std::string("/nowhere/libGallery.so"), std::string(GALLERY_HOST)}) {
+        ChildProcess child({"call", "Echo", "--plugin", path}, {});
+        EXPECT_EQ(child.Wait(), 3);
+        EXPECT_TRUE(Contains(child.err, "cannot load the plug-in " + path)) << child.err;
+    }
+    ChildProcess library({"call", "Echo", "--plugin", "/lib/x86_64-linux-gnu/libc.so.6"}, {});
+    EXPECT_EQ(library.Wait(), 3);
+}
+
+TEST(Lifecycle, NothingIsWaitedForWithoutEnd) {
+    const Ended answer = RunHost({"-v", "--timeout", "0.2", "call", "Never"});
+    EXPECT_EQ(answer.status, 4);
+    EXPECT_TRUE(Contains(answer.err, "no answer to Never within 0.2 s")) << answer.err;
+    EXPECT_EQ(Calls(answer.err), "init start stop uninit ");
+    const Ended hang = RunHost({"--timeout", "0.2", "call", "Hang"});
+    EXPECT_EQ(hang.status, 4) << hang.err;
+    const Ended start = RunHost({"--timeout", "0.2", "call", "Echo"}, {}, "start-never");
+    EXPECT_EQ(start.status, 3) << start.err;
+    const Ended stop = RunHost({"--timeout", "0.5", "call", "Echo"}, {}, "stop-never");
+    EXPECT_EQ(stop.status, 4);
+    EXPECT_TRUE(Contains(stop.out, "Success"));
+    EXPECT_TRUE(Contains(stop.err, "Stop of the plug-in did not come to an end within 0.5 s")) << stop.err;
+    const Ended badStop = RunHost({"-v", "call", "Echo"}, {}, "stop-fails");
+    EXPECT_EQ(badStop.status, 1);
+    EXPECT_EQ(Calls(badStop.err), "init start stop uninit ");
+}
+
+TEST(Lifecycle, AnInterruptStopsInOrder) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ChildProcess child(WithFake({"-v", "-d", "trace", "call", "Never"}), {});
+        ASSERT_TRUE(child.ReadErrUntil("-> {\"method\":\"Never\""));
+        child.Signal(signal);
+        EXPECT_EQ(child.Wait(), 130);
+        EXPECT_EQ(Calls(child.err), "init start stop uninit ");
+    }
+}
+
+TEST(Lifecycle, TheSecondInterruptLeavesAtOnce) {
+    ChildProcess child(WithFake({"-v", "call", "Hang"}), {});
+    ASSERT_TRUE(child.ReadErrUntil("fake: hanging"));
+    child.Signal(SIGINT);
+    ASSERT_TRUE(child.ReadErrUntil("interrupted"));
+    child.Signal(SIGINT);
+    EXPECT_EQ(child.Wait(), 130);
+    EXPECT_EQ(Calls(child.err), "init start hanging ");
+}
+
+TEST(Lifecycle, AnInterruptDuringTheStopLetsItEnd) {
+    ChildProcess child(WithFake({"-v", "--timeout", "0.5", "call", "Echo"}),
+                       {{"FAKE_PLUGIN=stop-never"}, false});
+    ASSERT_TRUE(child.ReadErrUntil("fake: stop"));
+    child.Signal(SIGINT);
+    EXPECT_EQ(child.Wait(), 4);
+    EXPECT_TRUE(Contains(child.err, "did not come to an end")) << child.err;
+}
+
+TEST(Lifecycle, AnInterruptedDemoLeavesNothingBehind) {
+    const TempFolder temporary;
+    ChildProcess child(WithFake({"-v", "demo"}),
+                       {{"TMPDIR=" + temporary.path(), "FAKE_PLUGIN=start-never"}, false});
+    ASSERT_TRUE(child.ReadErrUntil("fake: start"));
+    child.Signal(SIGINT);
+    ASSERT_TRUE(child.ReadErrUntil("interrupted"));
+    child.Signal(SIGINT);
+    EXPECT_EQ(child.Wait(), 130);
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
+}
+
+TEST(Lifecycle, ServingCanBeInterrupted) {
+    ChildProcess serving(WithFake({"serve"}), {});
+    ASSERT_TRUE(serving.ReadErrUntil("fake: start"));
+    serving.Signal(SIGTERM);
+    EXPECT_EQ(serving.Wait(), 130);
+}
+
+}  // namespace

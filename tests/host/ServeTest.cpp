@@ -1,0 +1,108 @@
+// gallery-host serve: lines in, lines out.
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/host/HostRun.h"
+
+namespace {
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+size_t Count(const std::string& text, const std::string& part) {
+    size_t count = 0;
+    for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size())
+        ++count;
+    return count;
+}
+
+TEST(Serve, CompletesAndAnswersLines) {
+    const Ended ended = RunHost({"serve"},
+                                "{\"method\":\"Echo\",\"payload\":{\"a\":1},\"uniqueid\":\"one\"}\r\n\n"
+                                "{\"system\":\"S\",\"module\":\"M\",\"method\":\"Echo\",\"uniqueid\":\"two\","
+                                "\"source_system\":\"Me\",\"source_module\":\"here\",\"payload\":{}}");
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    EXPECT_EQ(Count(ended.out, "\n"), 2u) << ended.out;
+    EXPECT_TRUE(Contains(ended.out, "\"reference_uniqueid\":\"one\""));
+    EXPECT_TRUE(Contains(ended.out, "\"system\":\"Me\",\"module\":\"here\"")) << ended.out;
+    EXPECT_TRUE(Contains(ended.err, "fake: start")) << "serve shows log lines";
+}
+
+TEST(Serve, AnswersComeWhileInputStaysOpen) {
+    ChildProcess child(WithFake({"serve"}), {});
+    child.Write("{\"method\":\"Ec");
+    ASSERT_TRUE(child.ReadErrUntil("fake: start"));
+    child.Write("ho\",\"uniqueid\":\"split\"}\n{\"method\":\"Echo\",\"unique");
+    ASSERT_TRUE(child.ReadOutUntil("\"reference_uniqueid\":\"split\""));
+    child.Write("id\":\"next\"}\n");
+    ASSERT_TRUE(child.ReadOutUntil("\"reference_uniqueid\":\"next\""));
+    EXPECT_EQ(child.Wait(), 0);
+}
+
+TEST(Serve, BadLinesAreReportedAndServingGoesOn) {
+    const Ended ended =
+        RunHost({"serve"},
+                "nonsense\n[1]\n{\"method\":5,\"uniqueid\":\"mine\"}\n"
+                "{\"method\":\"ThrowOdd\",\"uniqueid\":\"odd\"}\n\"\xff\"\n" +
+                    std::string(600, '[') + "\n{\"method\":\"Echo\",\"uniqueid\":\"good\"}\n");
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    EXPECT_EQ(Count(ended.out, "{\"error\":"), 6u) << ended.out;
+    EXPECT_EQ(Count(ended.err, "gallery-host: line "), 6u);
+    EXPECT_TRUE(Contains(ended.out, "{\"error\":{\"line\":2,\"text\":\"not a JSON object\"}}\n"));
+    EXPECT_TRUE(Contains(ended.out,
+                         "{\"error\":{\"line\":3,\"text\":\"Required string method unexpected type\"},"
+                         "\"reference_uniqueid\":\"mine\"}\n"));
+    EXPECT_TRUE(Contains(ended.out, "an exception of an unknown type\"},\"reference_uniqueid\":\"odd\"}"));
+    EXPECT_TRUE(Contains(ended.out, "\"reference_uniqueid\":\"good\""));
+}
+
+TEST(Serve, ALineTooLongIsPassedOver) {
+    ChildProcess child(WithFake({"serve"}), {});
+    const std::string chunk(1 << 20, 'x');
+    for (int i = 0; i < 65; ++i)
+        child.Write(chunk);
+    child.Write("\n{\"method\":\"Echo\",\"uniqueid\":\"after\"}\n");
+    EXPECT_TRUE(child.ReadOutUntil("\"reference_uniqueid\":\"after\""));
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_TRUE(Contains(child.out, "{\"error\":{\"line\":1,\"text\":\"longer than 67108864 bytes\"}}\n"));
+}
+
+TEST(Serve, NotificationsReachEverySubscriberOnce) {
+    const std::string notify =
+        R"({"method":"Notify","uniqueid":"ask","payload":{"method":"MontageNotification"}})";
+    const auto subscribe = [](const std::string& id) {
+        return R"({"method":"MontageNotification","type":3073,"source_system":"Page","uniqueid":")" + id +
+               "\"}\n";
+    };
+    ChildProcess child(WithFake({"serve"}), {});
+    child.Write(notify + "\n");
+    ASSERT_TRUE(child.ReadOutUntil("\"reference_uniqueid\":\"ask\""));
+    child.Write(subscribe("first") + subscribe("second") + notify + "\n");
+    EXPECT_EQ(child.Wait(), 0) << child.err;
+    EXPECT_EQ(Count(child.out, "\"n\":1"), 3u) << child.out;
+    EXPECT_EQ(Count(child.out, "\"reference_uniqueid\":\"MontageNotification\""), 1u);
+    EXPECT_EQ(Count(child.out, "\"reference_uniqueid\":\"first\""), 1u);
+    EXPECT_EQ(Count(child.out, "\"reference_uniqueid\":\"second\""), 1u);
+    EXPECT_EQ(Count(child.out, "\"system\":\"Page\""), 2u);
+}
+
+TEST(Serve, TheEndOfInputWaitsForAnswersButNotForEver) {
+    const Ended ended = RunHost({"serve", "--timeout", "0.3"},
+                                "{\"method\":\"Never\"}\n{\"method\":\"Echo\",\"uniqueid\":\"one\"}\n");
+    EXPECT_EQ(ended.status, 4);
+    EXPECT_TRUE(Contains(ended.out, "\"reference_uniqueid\":\"one\""));
+    EXPECT_TRUE(Contains(ended.err, "no answer to 1 request(s) within 0.3 s")) << ended.err;
+    EXPECT_TRUE(Contains(ended.err, "fake: uninit"));
+}
+
+TEST(Serve, EndsQuietlyWhenNobodyReads) {
+    ChildProcess child(WithFake({"serve"}), {});
+    child.CloseOutput();
+    child.Write("{\"method\":\"Never\"}\n{\"method\":\"Echo\"}\n{\"method\":\"Echo\"}\n");
+    EXPECT_TRUE(child.ReadErrUntil("fake: uninit"));
+    EXPECT_EQ(child.Wait(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,77 @@
+#include "gallery-host/Demo.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
+
+#include "gallery-host/Envelope.h"
+#include "gallery-host/ListTable.h"
+#include "gallery-host/Printable.h"
+#include "gallery-host/Verbs.h"
+#include "sample-captures/SampleGallery.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Prints one folder and gives the names of the folders in it.
+std::vector<std::string> ListOne(Session& session, Output& output, const std::string& title,
+                                 const std::string& directory) {
+    ListOptions options;
+    options.directory = directory;
+    options.exr = true;
+    const KXP::Document answer = AskListing(session, options);
+    const KXP::Value& listing = Payload(answer);
+    output.Write(Printable(title) + ": " + ListSummary(listing) + "\n" + ListTable(listing, WantsColour()));
+    return FolderNames(listing);
+}
+
+}  // namespace
+
+TemporaryHome::TemporaryHome(bool keep) : keep_(keep) {
+    std::error_code error;
+    path_ = (fs::temp_directory_path(error) / "gallery-demo-XXXXXX").string();
+    if (error || !mkdtemp(path_.data()))
+        throw Failure(kExitFailed, "cannot make a temporary folder: " + std::string(std::strerror(errno)));
+    // An older setting of the user must not lead out of the new home.
+    setenv("HOME", path_.c_str(), 1);
+    setenv("XDG_DATA_HOME", (path_ + "/.local/share").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (path_ + "/.config").c_str(), 1);
+    setenv("XDG_CACHE_HOME", (path_ + "/.cache").c_str(), 1);
+}
+
+TemporaryHome::~TemporaryHome() {
+    if (keep_) {
+        Say("kept the temporary home " + path_);
+        return;
+    }
+    std::error_code error;
+    fs::remove_all(path_, error);
+    if (error) Say("cannot remove the temporary home " + path_ + ": " + error.message());
+}
+
+std::string TemporaryHome::FillGallery() const {
+    std::string gallery = path_ + "/Videos/ZORVEX/Ovirastream";
+    try {
+        fs::create_directories(gallery);
+        samples::WriteSampleGallery(gallery);
+    } catch (const std::runtime_error& error) {
+        throw Failure(kExitFailed, std::string("cannot write the samples: ") + error.what());
+    }
+    Say("made a gallery of samples in " + gallery);
+    return gallery;
+}
+
+void RunDemo(Session& session, Output& output, const std::string& gallery) {
+    for (const std::string& folder : ListOne(session, output, "Gallery", gallery)) {
+        output.Write("\n");
+        ListOne(session, output, folder, fs::path(gallery) / folder);
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,143 @@
+#include "gallery-host/Serve.h"
+
+#include <unistd.h>
+
+#include "gallery-host/Envelope.h"
+#include "gallery-host/Input.h"
+
+namespace host {
+namespace {
+
+void SetText(KXP::Document& envelope, const char* key, const std::string& text) {
+    KXP::Allocator& allocator = envelope.GetAllocator();
+    envelope.RemoveMember(key);
+    envelope.AddMember(rapidjson::StringRef(key), KXP::Value(text, allocator), allocator);
+}
+
+}  // namespace
+
+Server::Server(Session& session, Output& output)
+    : session_(session),
+      output_(output),
+      lines_(kMaxInputBytes, [this](const LineSplitter::Line& line) { OnLine(line); }) {}
+
+void Server::Run() {
+    session_.Listen([this](KXP::Document& message) { OnMessage(message); });
+    const std::shared_ptr<void> unlisten(nullptr, [this](void*) { session_.Listen(nullptr); });
+    Subscribe();
+    ReadLines();
+    AwaitAnswers();
+}
+
+void Server::Subscribe() {
+    for (const std::string& method : NotificationMethods()) {
+        const KXP::Document request = MakeRequest(method, KXP::Value(rapidjson::kObjectType), kPersistent);
+        subscriptions_[method] = Text(request, "uniqueid");
+        const std::optional<std::string> refusal = session_.Send(request);
+        if (refusal) Say("the plug-in refused the subscription to " + method + ": " + *refusal);
+    }
+}
+
+void Server::ReadLines() {
+    std::string bytes;
+    while (open_) {
+        if (session_.Pump(Deadline::max(), STDIN_FILENO) != PluginLoader::Wake::kDescriptor) continue;
+        if (!ReadSome(bytes)) {
+            lines_.Finish();
+            return;
+        }
+        lines_.Feed(bytes);
+    }
+}
+
+void Server::AwaitAnswers() {
+    const Deadline deadline = std::chrono::steady_clock::now() + session_.options().timeout;
+    while (open_ && !outstanding_.empty())
+        if (session_.Pump(deadline) == PluginLoader::Wake::kDeadline)
+            throw Failure(kExitNoAnswer, "no answer to " + std::to_string(outstanding_.size()) +
+                                             " request(s) within " + Seconds(session_.options().timeout));
+}
+
+void Server::OnLine(const LineSplitter::Line& line) {
+    if (!open_) return;
+    if (line.tooLong) {
+        Refuse(line.number, "longer than " + std::to_string(kMaxInputBytes) + " bytes", {});
+        return;
+    }
+    if (line.text.find_first_not_of(" \t\r") == std::string::npos) return;
+    KXP::Document envelope;
+    std::string error;
+    if (!ParseObject(line.text, envelope, error)) {
+        Refuse(line.number, error, {});
+        return;
+    }
+    Complete(envelope);
+    if (!TakeSubscription(envelope)) Forward(envelope, line.number);
+}
+
+void Server::Forward(KXP::Document& envelope, size_t lineNumber) {
+    const std::string id = Text(envelope, "uniqueid");
+    const bool answered = !IsResponse(envelope) && !IsPersistent(envelope);
+    // The answer may come before Send is back.
+    if (answered) outstanding_.insert(id);
+    const std::optional<std::string> refusal = session_.Send(envelope);
+    if (!refusal) return;
+    const auto entry = outstanding_.find(id);
+    if (answered && entry != outstanding_.end()) outstanding_.erase(entry);
+    Refuse(lineNumber, *refusal, id);
+}
+
+bool Server::TakeSubscription(const KXP::Document& envelope) {
+    const std::string method = Text(envelope, "method");
+    const std::string id = Text(envelope, "uniqueid");
+    if (!IsPersistent(envelope) || IsResponse(envelope) || id.empty() || subscriptions_.count(method) == 0)
+        return false;
+    subscribers_[method].push_back({Text(envelope, "source_system"), Text(envelope, "source_module"), id});
+    return true;
+}
+
+void Server::Refuse(size_t lineNumber, const std::string& text, const std::string& id) {
+    Say("line " + std::to_string(lineNumber) + ": " + text);
+    KXP::Document line(rapidjson::kObjectType);
+    KXP::Allocator& allocator = line.GetAllocator();
+    KXP::Value error(rapidjson::kObjectType);
+    error.AddMember("line", static_cast<uint64_t>(lineNumber), allocator);
+    error.AddMember("text", KXP::Value(text, allocator), allocator);
+    line.AddMember("error", error, allocator);
+    if (!id.empty()) SetText(line, "reference_uniqueid", id);
+    Write(line);
+}
+
+void Server::OnMessage(KXP::Document& message) {
+    const std::string reference = Text(message, "reference_uniqueid");
+    if (IsPersistent(message) && IsResponse(message)) {
+        const auto ours = subscriptions_.find(Text(message, "method"));
+        if (ours != subscriptions_.end() && ours->second == reference) {
+            FanOut(message);
+            return;
+        }
+    } else if (const auto entry = outstanding_.find(reference); entry != outstanding_.end()) {
+        outstanding_.erase(entry);
+    }
+    Write(message);
+}
+
+void Server::FanOut(KXP::Document& notification) {
+    const std::string method = Text(notification, "method");
+    const std::vector<Subscriber>& subscribers = subscribers_[method];
+    for (const Subscriber& subscriber : subscribers) {
+        if (!subscriber.system.empty()) SetText(notification, "system", subscriber.system);
+        if (!subscriber.module.empty()) SetText(notification, "module", subscriber.module);
+        SetText(notification, "reference_uniqueid", subscriber.id);
+        Write(notification);
+    }
+    if (!subscribers.empty()) return;
+    SetText(notification, "reference_uniqueid", method);
+    Write(notification);
+}
+
+void Server::Write(const KXP::Value& line) {
+    open_ = output_.Write(ToText(line) + "\n");
+}
+
+}  // namespace host

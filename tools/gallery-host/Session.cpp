@@ -1,0 +1,70 @@
+#include "gallery-host/Session.h"
+
+#include <memory>
+#include <utility>
+
+#include "gallery-host/DebugModes.h"
+#include "gallery-host/Envelope.h"
+#include "gallery-host/Output.h"
+
+namespace host {
+
+Session::Session(SessionOptions options, Interrupt& interrupt)
+    : options_(std::move(options)),
+      loader_(interrupt, options_.timeout, [this](const Event& event) { OnEvent(event); }) {}
+
+void Session::Start() {
+    loader_.Load(options_.plugin);
+    loader_.Start();
+}
+
+KXP::Document Session::Ask(const std::string& method, const KXP::Value& payload) {
+    const KXP::Document request = MakeRequest(method, payload);
+    const std::string id = Text(request, "uniqueid");
+    std::optional<KXP::Document> answer;
+    // The listener uses what stands here, and messages still come after a failure.
+    const std::shared_ptr<void> unlisten(nullptr, [this](void*) { Listen(nullptr); });
+    Listen([&answer, &id](KXP::Document& message) {
+        if (!IsPersistent(message) && Text(message, "reference_uniqueid") == id) answer = std::move(message);
+    });
+    const Deadline deadline = std::chrono::steady_clock::now() + options_.timeout;
+    const std::optional<std::string> refusal = Send(request);
+    if (refusal) throw Failure(kExitFailed, "the plug-in refused the request: " + *refusal);
+    while (!answer)
+        if (Pump(deadline) == PluginLoader::Wake::kDeadline)
+            throw Failure(kExitNoAnswer, "no answer to " + method + " within " + Seconds(options_.timeout));
+    return std::move(*answer);
+}
+
+std::optional<std::string> Session::Send(const KXP::Document& envelope) {
+    const std::string text = ToText(envelope);
+    if (options_.trace) TraceOut(text);
+    return loader_.Send(text);
+}
+
+void Session::OnEvent(const Event& event) {
+    switch (event.code) {
+        case ZvCefPluginJsonMessage:
+            OnMessage(event);
+            break;
+        case ZvCefPluginLog:
+            if (options_.showLog) SayRaw(event.text);
+            break;
+        default:
+            if (options_.trace) TraceIn(event);
+            break;
+    }
+}
+
+void Session::OnMessage(const Event& event) {
+    if (options_.trace) TraceIn(event);
+    KXP::Document message;
+    std::string error;
+    if (!ParseObject(event.text, message, error)) {
+        Say("the plug-in sent a message that is " + error);
+        return;
+    }
+    if (listener_) listener_(message);
+}
+
+}  // namespace host

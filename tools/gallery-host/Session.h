@@ -1,0 +1,54 @@
+// A conversation with the plug-in: messages out, answers and notifications in.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "common/Json.h"
+#include "gallery-host/PluginLoader.h"
+
+namespace host {
+
+struct SessionOptions {
+    std::string plugin;  // path of the library
+    std::chrono::milliseconds timeout{30000};
+    bool showLog = false;  // the plug-in's log lines on standard error
+    bool trace = false;    // every envelope on standard error, with time and thread
+};
+
+// For one thread. Every call may throw Failure, see PluginLoader.
+class Session {
+  public:
+    using MessageListener = std::function<void(KXP::Document&)>;
+
+    Session(SessionOptions options, Interrupt& interrupt);
+
+    void Start();
+    ExitStatus Stop() { return loader_.Stop(); }
+    bool abandoned() const { return loader_.abandoned(); }
+    const SessionOptions& options() const { return options_; }
+
+    // Sends a request and waits for its answer, a response of whatever result. Throws Failure(kExitNoAnswer)
+    // when it does not come in time, and Failure(kExitFailed) when the plug-in refuses the envelope.
+    KXP::Document Ask(const std::string& method, const KXP::Value& payload);
+
+    // For callers that do their own matching. Send gives the plug-in's words when it refuses the envelope;
+    // the listener gets every message from then on, during calls of this class.
+    std::optional<std::string> Send(const KXP::Document& envelope);
+    void Listen(MessageListener listener) { listener_ = std::move(listener); }
+    PluginLoader::Wake Pump(Deadline deadline, int descriptor = -1) {
+        return loader_.Pump(deadline, descriptor);
+    }
+
+  private:
+    void OnEvent(const Event& event);
+    void OnMessage(const Event& event);
+
+    const SessionOptions options_;
+    MessageListener listener_;
+    PluginLoader loader_;
+};
+
+}  // namespace host

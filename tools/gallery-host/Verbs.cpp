@@ -1,0 +1,86 @@
+#include "gallery-host/Verbs.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "gallery-host/Envelope.h"
+#include "gallery-host/Input.h"
+#include "gallery-host/ListTable.h"
+#include "gallery-host/Printable.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+void ThrowIfFailed(const KXP::Document& answer) {
+    if (ResultCode(answer) < 0) throw Failure(kExitFailed, ResultText(answer));
+}
+
+}  // namespace
+
+KXP::Document ReadPayload(const std::string& text, Interrupt& interrupt) {
+    std::string name = "PAYLOAD";
+    std::string json = text;
+    if (text == "-") {
+        name = "standard input";
+        json = ReadStandardInput(interrupt);
+    } else if (!text.empty() && text[0] == '@') {
+        name = text.substr(1);
+        json = ReadFile(name);
+    } else if (text.empty()) {
+        json = "{}";
+    }
+    KXP::Document payload;
+    std::string error;
+    if (!ParseObject(json, payload, error)) throw Failure(kExitUsage, name + " is " + error);
+    return payload;
+}
+
+std::string FolderPath(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::exists(status))
+        throw Failure(kExitFailed, path + ": " + (error ? error.message() : "No such file or directory"));
+    if (!fs::is_directory(status)) throw Failure(kExitFailed, path + ": not a folder");
+    if (!IsUtf8(path))
+        throw Failure(kExitFailed, path + ": not a name in UTF-8, which messages are written in");
+    // Symbolic links stay as the user wrote them: the gallery may be known by that path. Only ".." cannot be
+    // taken out of a path without following them.
+    const fs::path absolute = fs::absolute(path);
+    for (const fs::path& part : absolute)
+        if (part == "..") return fs::canonical(absolute).string();
+    return absolute.lexically_normal().string();
+}
+
+void RunCall(Session& session, Output& output, const CallOptions& options) {
+    const KXP::Document answer = session.Ask(options.method, options.payload);
+    const std::string json = options.raw ? ToText(answer) : ToPrettyText(Payload(answer));
+    output.Write(PrintableJson(json) + "\n");
+    ThrowIfFailed(answer);
+}
+
+KXP::Document AskListing(Session& session, const ListOptions& options) {
+    KXP::Document request(rapidjson::kObjectType);
+    KXP::Allocator& allocator = request.GetAllocator();
+    request.AddMember("directory", KXP::Value(options.directory, allocator), allocator);
+    request.AddMember("shouldGetOnlyZv", options.onlyOwn, allocator);
+    request.AddMember("excludeDirectoryType", KXP::Value(options.exclude, allocator), allocator);
+    request.AddMember("shouldShowEXR", options.exr, allocator);
+    KXP::Document answer = session.Ask("GetFolderListing", request);
+    ThrowIfFailed(answer);
+    return answer;
+}
+
+void RunList(Session& session, Output& output, const ListOptions& options) {
+    const KXP::Document answer = AskListing(session, options);
+    const KXP::Value& listing = Payload(answer);
+    if (options.json) {
+        output.Write(PrintableJson(ToPrettyText(listing)) + "\n");
+    } else {
+        output.Write(ListTable(listing, WantsColour()));
+        Say(ListSummary(listing));
+    }
+}
+
+}  // namespace host

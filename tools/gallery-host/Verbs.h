@@ -1,0 +1,39 @@
+// The verbs that ask one thing: call and list.
+#pragma once
+
+#include <string>
+
+#include "common/Json.h"
+#include "gallery-host/Output.h"
+#include "gallery-host/Session.h"
+
+namespace host {
+
+struct CallOptions {
+    std::string method;
+    KXP::Document payload;
+    bool raw = false;
+};
+
+struct ListOptions {
+    std::string directory;  // absolute
+    bool onlyOwn = false;
+    std::string exclude = "none";
+    bool exr = false;
+    bool json = false;
+};
+
+// The payload that the words of the command line stand for: JSON text, "-" for standard input, "@file" for a
+// file, and an empty object when `text` is empty. Throws Failure(kExitUsage).
+KXP::Document ReadPayload(const std::string& text, Interrupt& interrupt);
+
+// The absolute path of a folder that exists. Throws Failure(kExitFailed).
+std::string FolderPath(const std::string& path);
+
+// These throw Failure(kExitFailed) with the code and text of a result below zero.
+void RunCall(Session& session, Output& output, const CallOptions& options);
+void RunList(Session& session, Output& output, const ListOptions& options);
+// The response to the request that list makes.
+KXP::Document AskListing(Session& session, const ListOptions& options);
+
+}  // namespace host

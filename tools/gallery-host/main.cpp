@@ -1,0 +1,216 @@
+// The command line of gallery-host.
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "gallery-host/DebugModes.h"
+#include "gallery-host/Demo.h"
+#include "gallery-host/Failure.h"
+#include "gallery-host/Interrupt.h"
+#include "gallery-host/Output.h"
+#include "gallery-host/Serve.h"
+#include "gallery-host/Session.h"
+#include "gallery-host/Verbs.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kFooter = R"(Examples:
+  gallery-host list ~/Videos
+  gallery-host list --json --only-own "$HOME/Videos/ZORVEX/Ovirastream/Some Game"
+  gallery-host call GetSettings
+  gallery-host call GetAppStats '{"appName":"Some Game"}'
+  echo '{"method":"EnumerateDrives"}' | gallery-host serve
+  gallery-host demo
+
+Data goes to standard output, everything else to standard error. Exit status: 0 success, 1 the request failed,
+2 usage, 3 the plug-in could not be loaded or started, 4 no answer in time, 130 interrupted. An interrupt stops
+the plug-in in order; a second one leaves at once.
+)";
+
+constexpr const char* kServeHelp =
+    "Talk JSON lines. Each line of standard input is an envelope, or just {\"method\":...,\"payload\":...}; "
+    "the rest is filled in. Each response and notification is a line of standard output, each log line a "
+    "line "
+    "of standard error. A line that is refused is answered by {\"error\":{\"line\":N,\"text\":...},"
+    "\"reference_uniqueid\":...}. The end of standard input ends it, once all answers are there.";
+
+struct Arguments {
+    SessionOptions session;
+    double timeout = 30;
+    std::vector<std::string> debug;
+    CallOptions call;
+    std::string payload;
+    ListOptions list;
+    bool keep = false;
+};
+
+std::string DefaultPlugin() {
+    std::error_code error;
+    const fs::path executable = fs::read_symlink("/proc/self/exe", error);
+    return (executable.parent_path().parent_path() / "Frameworks/plugins/Gallery/libGallery.so").string();
+}
+
+void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
+    app.set_version_flag("--version", "gallery-host " GALLERY_VERSION);
+    app.add_option("--plugin", arguments.session.plugin,
+                   "the plug-in's library; by default the one that came with this program")
+        ->type_name("PATH");
+    app.add_option("--timeout", arguments.timeout, "how long to wait for the plug-in")
+        ->type_name("SECONDS")
+        ->capture_default_str()
+        ->check(CLI::Range(0.001, 86400.0));
+    app.add_flag("-v,--verbose", arguments.session.showLog, "show the plug-in's log lines");
+    app.add_option("-d", arguments.debug, "debugging mode; \"-d list\" names them")
+        ->type_name("MODE")
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember(DebugModeNames()));
+}
+
+void AddVerbs(CLI::App& app, Arguments& arguments) {
+    CLI::App* call = app.add_subcommand("call", "Make one request and print the payload of its response.");
+    call->add_option("METHOD", arguments.call.method, "for example GetSettings")->required();
+    call->add_option("PAYLOAD", arguments.payload,
+                     "a JSON object; \"-\" reads it from standard input, \"@file\" from a file");
+    call->add_flag("--raw", arguments.call.raw, "print the whole response on one line");
+
+    CLI::App* list = app.add_subcommand("list", "List a folder: folders first, then files, newest first.");
+    list->add_option("DIR", arguments.list.directory, "the folder")->required();
+    list->add_flag("--json", arguments.list.json, "print the response's payload, for programs");
+    list->add_flag("--only-own", arguments.list.onlyOwn,
+                   "only the product's own captures, as the gallery has them on record");
+    list->add_option("--exclude", arguments.list.exclude, "folders to leave out")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"none", "hidden", "empty", "hiddenOrEmpty", "hiddenAndEmpty"}));
+    list->add_flag("--exr", arguments.list.exr, "list EXR files that have a thumbnail, too");
+
+    app.add_subcommand("serve", kServeHelp);
+
+    CLI::App* demo = app.add_subcommand(
+        "demo", "Make a small gallery in a temporary home and list it. The home is removed at the end.");
+    demo->add_flag("--keep", arguments.keep, "keep the temporary home and say where it is");
+}
+
+// Closed standard streams would give their numbers to descriptors that are opened later.
+void OpenStandardStreams() {
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+        if (fcntl(fd, F_GETFD) < 0) [[maybe_unused]]
+            const int opened = open("/dev/null", O_RDONLY);
+}
+
+ExitStatus Guarded(const std::function<void()>& job) {
+    try {
+        job();
+        return kExitSuccess;
+    } catch (const Failure& failure) {
+        Say(failure.what());
+        return failure.status();
+    } catch (const std::exception& error) {
+        Say(error.what());
+        return kExitFailed;
+    }
+}
+
+// Starts the plug-in, does the job and stops the plug-in, whatever came of the job. Sets `abandoned` when the
+// plug-in's threads still run.
+ExitStatus WithPlugin(const SessionOptions& options, Interrupt& interrupt, bool& abandoned,
+                      const std::function<void(Session&)>& job) {
+    auto session = std::make_unique<Session>(options, interrupt);
+    const ExitStatus status = Guarded([&] {
+        session->Start();
+        job(*session);
+    });
+    const ExitStatus stopped = session->Stop();
+    abandoned = session->abandoned();
+    // Its threads still use it, until the process is gone.
+    if (abandoned) static_cast<void>(session.release());
+    return status != kExitSuccess ? status : stopped;
+}
+
+ExitStatus RunVerb(const CLI::App& app, Arguments& arguments, Interrupt& interrupt, bool& abandoned) {
+    Output output(interrupt);
+    const auto run = [&](const std::function<void(Session&)>& job) {
+        return WithPlugin(arguments.session, interrupt, abandoned, job);
+    };
+    if (app.got_subcommand("call")) {
+        arguments.call.payload = ReadPayload(arguments.payload, interrupt);
+        return run([&](Session& session) { RunCall(session, output, arguments.call); });
+    }
+    if (app.got_subcommand("list")) {
+        arguments.list.directory = FolderPath(arguments.list.directory);
+        return run([&](Session& session) { RunList(session, output, arguments.list); });
+    }
+    if (app.got_subcommand("serve")) {
+        arguments.session.showLog = true;
+        return run([&](Session& session) { Server(session, output).Run(); });
+    }
+    const TemporaryHome home(arguments.keep);
+    const std::string gallery = home.FillGallery();
+    return run([&](Session& session) { RunDemo(session, output, gallery); });
+}
+
+// The exit status; does not come back when the plug-in had to be abandoned.
+int Run(const CLI::App& app, Arguments& arguments) {
+    const DebugModes modes = ReadDebugModes(arguments.debug);
+    arguments.session.trace = modes.trace;
+    arguments.keep = arguments.keep || modes.keepTemp;
+    arguments.session.timeout = std::chrono::milliseconds(std::llround(arguments.timeout * 1000));
+    if (arguments.session.plugin.empty()) arguments.session.plugin = DefaultPlugin();
+    // A name without a slash would be looked for among the system's libraries.
+    arguments.session.plugin = fs::absolute(arguments.session.plugin).string();
+
+    ExitStatus status = kExitSuccess;
+    bool abandoned = false;
+    const ExitStatus failed = Guarded([&] {
+        Interrupt interrupt;
+        status = RunVerb(app, arguments, interrupt, abandoned);
+    });
+    if (failed != kExitSuccess) status = failed;
+    if (abandoned) std::_Exit(status);
+    return status;
+}
+
+int Main(int argc, char** argv) {
+    OpenStandardStreams();
+    Arguments arguments;
+    CLI::App app("Drives the gallery plug-in from a terminal or a program.", "gallery-host");
+    app.footer(kFooter);
+    app.fallthrough();
+    app.require_subcommand(0, 1);
+    AddGlobalOptions(app, arguments);
+    AddVerbs(app, arguments);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kExitSuccess : kExitUsage;
+    }
+    for (const std::string& mode : arguments.debug)
+        if (mode == "list") {
+            std::fputs(DebugModeHelp().c_str(), stdout);
+            return kExitSuccess;
+        }
+    if (app.get_subcommands().empty()) {
+        std::fputs(app.help().c_str(), stderr);
+        return kExitUsage;
+    }
+    return Run(app, arguments);
+}
+
+}  // namespace
+}  // namespace host
+
+int main(int argc, char** argv) {
+    return host::Main(argc, argv);
+}
