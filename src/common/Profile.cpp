@@ -44,7 +44,7 @@ std::string LoadedName() {
 std::string FindProductRoot() {
     std::vector<std::string> tried;
     for (const char* up : {"/../../../..", "/../../.."}) {
-        const std::string root = GetLibraryPath() + up;
+        std::string root = GetLibraryPath() + up;
         tried.push_back(root + kConfigsFolder + kProductConfig);
         if (FileExists(tried.back())) return root;
     }

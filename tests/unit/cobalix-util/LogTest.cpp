@@ -81,6 +81,7 @@ TEST(Log, NoCallbackRunsOnceItIsReplaced) {
     Counter rest;
     LogInit(LocalApp, Count, &rest);
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&] {
             while (!stop)

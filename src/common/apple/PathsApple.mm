@@ -1,0 +1,54 @@
+#include <climits>
+#include <cstdlib>
+#include <stdexcept>
+
+#import <Foundation/Foundation.h>
+#include <mach-o/dyld.h>
+
+#include "common/Profile.h"
+
+namespace KXP {
+namespace {
+
+constexpr uint32_t kExePathSize = 1024;
+
+std::string UserFolder(NSSearchPathDirectory directory) {
+    @autoreleasepool {
+        NSString* folder = NSSearchPathForDirectoriesInDomains(directory, NSUserDomainMask, YES).firstObject;
+        return folder ? folder.UTF8String : "";
+    }
+}
+
+}  // namespace
+
+std::string GetExePath() {
+    char path[kExePathSize];
+    uint32_t size = sizeof path;
+    if (_NSGetExecutablePath(path, &size) != 0)
+        throw std::runtime_error("KXP::GetExeName _NSGetExecutablePath failed");
+    char resolved[PATH_MAX];
+    return realpath(path, resolved) ? resolved : path;
+}
+
+namespace Platform {
+
+std::string AppSupportFolder() {
+    return UserFolder(NSApplicationSupportDirectory);
+}
+
+std::string HomeFolder() {
+    @autoreleasepool {
+        return NSHomeDirectory().UTF8String;
+    }
+}
+
+std::string MoviesFolder() {
+    return UserFolder(NSMoviesDirectory);
+}
+
+std::string LibraryFolder() {
+    return UserFolder(NSLibraryDirectory);
+}
+
+}  // namespace Platform
+}  // namespace KXP

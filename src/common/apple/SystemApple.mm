@@ -1,0 +1,50 @@
+#include <cerrno>
+
+#import <Foundation/Foundation.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "common/System.h"
+
+namespace KXP {
+namespace {
+
+std::string TextOf(NSString* text) {
+    return text ? text.UTF8String : "";
+}
+
+}  // namespace
+
+std::string GetOsVersion() {
+    @autoreleasepool {
+        NSURL* file = [NSURL fileURLWithPath:@"/System/Library/CoreServices/SystemVersion.plist"];
+        NSDictionary* properties = [NSDictionary dictionaryWithContentsOfURL:file error:nil];
+        return TextOf(properties[@"ProductVersion"]);
+    }
+}
+
+std::string GetOsLocale() {
+    @autoreleasepool {
+        NSString* preferred = NSLocale.preferredLanguages.firstObject;
+        return TextOf(preferred ? preferred : NSLocale.currentLocale.localeIdentifier);
+    }
+}
+
+namespace Platform {
+
+bool ReserveFileSpace(int fd, int64_t size) {
+    struct stat status {};
+    if (fstat(fd, &status) != 0) return false;
+    if (size <= status.st_size) return true;
+    fstore_t store{};
+    store.fst_flags = F_ALLOCATEALL;
+    store.fst_posmode = F_PEOFPOSMODE;
+    store.fst_length = size - status.st_size;
+    // A volume that cannot reserve says so, and is written without.
+    if (fcntl(fd, F_PREALLOCATE, &store) != 0 && errno != ENOTSUP) return false;
+    return ftruncate(fd, size) == 0;
+}
+
+}  // namespace Platform
+}  // namespace KXP
