@@ -24,7 +24,7 @@ constexpr const char* kLabels[kKinds] = {"png", "jpg",  "jps", "mp4, moov in fro
 constexpr int kFolderFiles = 10000;
 
 // The size of a small capture, so that the whole is never read by accident.
-constexpr size_t kBulk = 64 * 1024;
+constexpr size_t kBulk = 65536;
 
 std::string CaptureOf(Kind kind) {
     const std::string block =
@@ -32,7 +32,7 @@ std::string CaptureOf(Kind kind) {
                                            R"("ShortName":"app","CmsId":100021711,"HighlightName":"Victory",)"
                                            R"("HighlightId":"victory","HighlightGroupId":"group",)"
                                            R"("HighlightTags":1,"HighlightSignificance":2})");
-    const std::string bulk(kBulk, '\x55');
+    std::string bulk(kBulk, '\x55');
     const std::string media = samples::Mp4Box("mdat", bulk);
     switch (kind) {
         case kPng:
@@ -100,7 +100,7 @@ void SniffFile(benchmark::State& state) {
     const Folder folder(kind, 0, 1);
     const std::string& path = folder.files().front();
     if (SniffOne(path) != (kind < kExr)) state.SkipWithError("not judged as made");
-    for (auto _ : state)
+    while (state.KeepRunning())
         SniffOne(path);
     state.SetLabel(kLabels[kind]);
 }
@@ -108,14 +108,14 @@ BENCHMARK(SniffFile)->DenseRange(0, kKinds - 1);
 
 void FloorOfFile(benchmark::State& state) {
     const Folder folder(kPng, 0, 1);
-    for (auto _ : state)
+    while (state.KeepRunning())
         OpenReadClose(folder.files().front());
 }
 BENCHMARK(FloorOfFile);
 
 void FloorOfFolder(benchmark::State& state) {
     const std::vector<std::string>& files = MixedFolder().files();
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (const std::string& path : files)
             OpenReadClose(path);
     state.SetItemsProcessed(state.iterations() * kFolderFiles);
@@ -124,7 +124,7 @@ BENCHMARK(FloorOfFolder)->Unit(benchmark::kMillisecond);
 
 void SniffFolder(benchmark::State& state) {
     const std::vector<std::string>& files = MixedFolder().files();
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (const std::string& path : files)
             SniffOne(path);
     state.SetItemsProcessed(state.iterations() * kFolderFiles);
