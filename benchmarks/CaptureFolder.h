@@ -24,7 +24,7 @@ inline constexpr const char* kExtensions[kKinds] = {".png", ".jpg", ".jps", ".mp
 inline constexpr const char* kLabels[kKinds] = {
     "png", "jpg", "jps", "mp4, moov in front", "mp4, moov behind", "exr", "other"};
 // The size of a small capture, so that the whole is never read by accident.
-inline constexpr size_t kBulk = 64 * 1024;
+inline constexpr size_t kBulk = 65536;
 
 inline std::string CaptureOf(Kind kind) {
     const std::string block =
@@ -32,7 +32,7 @@ inline std::string CaptureOf(Kind kind) {
                                            R"("ShortName":"app","CmsId":100021711,"HighlightName":"Victory",)"
                                            R"("HighlightId":"victory","HighlightGroupId":"group",)"
                                            R"("HighlightTags":1,"HighlightSignificance":2})");
-    const std::string bulk(kBulk, '\x55');
+    std::string bulk(kBulk, '\x55');
     const std::string media = samples::Mp4Box("mdat", bulk);
     switch (kind) {
         case kPng:

@@ -18,7 +18,7 @@ using namespace benchmarks;
 
 void Listing(benchmark::State& state) {
     const Folder folder(0, 1, static_cast<int>(state.range(0)));
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         FolderListing listing({folder.path() + "/"});
         listing.Read();
         KXP::Document response(rapidjson::kObjectType);
@@ -34,7 +34,7 @@ BENCHMARK(Listing)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecon
 
 void FloorOfListing(benchmark::State& state) {
     const Folder folder(0, 1, static_cast<int>(state.range(0)));
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         std::vector<std::pair<int64_t, std::string>> files;
         DIR* entries = opendir(folder.path().c_str());
         while (const dirent* entry = readdir(entries)) {

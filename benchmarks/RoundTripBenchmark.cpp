@@ -107,7 +107,7 @@ size_t ResidentKb() {
 void RoundTrip(benchmark::State& state, const std::string& request) {
     Container container;
     std::vector<double> times;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const auto start = std::chrono::steady_clock::now();
         container.Ask(request);
         times.push_back(
@@ -122,7 +122,7 @@ BENCHMARK_CAPTURE(RoundTrip, WithATaskOfItsOwn, kTask)->Iterations(20000)->UseRe
 
 // Resident memory behind 20,000 requests against that behind the first 2,000 of them.
 void MemoryOfRequests(benchmark::State& state) {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         Container container;
         const auto askMany = [&](int count) {
             for (int i = 0; i < count; ++i)

@@ -28,7 +28,7 @@ void SniffFile(benchmark::State& state) {
     const Folder folder(kind, 0, 1);
     const std::string& path = folder.files().front();
     if (SniffOne(path) != (kind < kExr)) state.SkipWithError("not judged as made");
-    for (auto _ : state)
+    while (state.KeepRunning())
         SniffOne(path);
     state.SetLabel(kLabels[kind]);
 }
@@ -36,14 +36,14 @@ BENCHMARK(SniffFile)->DenseRange(0, kKinds - 1);
 
 void FloorOfFile(benchmark::State& state) {
     const Folder folder(kPng, 0, 1);
-    for (auto _ : state)
+    while (state.KeepRunning())
         OpenReadClose(folder.files().front());
 }
 BENCHMARK(FloorOfFile);
 
 void FloorOfFolder(benchmark::State& state) {
     const std::vector<std::string>& files = MixedFolder().files();
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (const std::string& path : files)
             OpenReadClose(path);
     state.SetItemsProcessed(state.iterations() * kFolderFiles);
@@ -52,7 +52,7 @@ BENCHMARK(FloorOfFolder)->Unit(benchmark::kMillisecond);
 
 void SniffFolder(benchmark::State& state) {
     const std::vector<std::string>& files = MixedFolder().files();
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (const std::string& path : files)
             SniffOne(path);
     state.SetItemsProcessed(state.iterations() * kFolderFiles);

@@ -10,7 +10,6 @@ using captures::ExifEntry;
 using captures::FrameHeader;
 using captures::ValuesAt;
 using samples::U16;
-using samples::U32;
 
 const std::string kFrame = FrameHeader(1080, 1920);
 
