@@ -73,7 +73,7 @@ TEST_F(ListingTest, TellsCapturesOfEveryKind) {
               "Desktop 2026-03-14 18.00.png|")
         << "newest first";
     EXPECT_EQ(top.files.at("Desktop 2026-03-14 18.00.png"), "image Normal OVS_Share");
-    EXPECT_EQ(top.files.at("LUMIS studio portrait.png"), "image Unknown Undefined");
+    EXPECT_EQ(top.files.at("LUMIS studio portrait.png"), "image Normal_Lumis Undefined");
     EXPECT_EQ(top.files.at("Desktop 2026-03-14 18.02.mp4"), "video Normal OVS_Share");
     EXPECT_EQ(top.files.at("Cat on the keyboard.png"), "image Unknown Undefined");
     EXPECT_EQ(top.files.at("Notes.txt"), "other Unknown Undefined");

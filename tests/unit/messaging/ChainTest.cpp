@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "common/Exception.h"
+#include "common/JsonParse.h"
 #include "common/message/InitQueue.h"
 #include "common/message/MessageValidator.h"
 #include "common/message/PersistentResponseHandler.h"
@@ -193,10 +194,11 @@ TEST(PersistentResponses, EverySubscriberGetsItsOwnCopy) {
 class ValidatorTest : public testing::Test {
   protected:
     ValidatorTest() {
-        api_.Parse(R"({"definitions":{"Do":{
+        KXP::ParseJSON(R"({"definitions":{"Do":{
             "parameters":{"required":["a"],"properties":{"a":{"$ref":"#/definitions/Small"}}},
             "return":{"required":["b"]}},
-            "Small":{"type":"integer","maximum":5}}})");
+            "Small":{"type":"integer","maximum":5}}})",
+                       api_);
         validator_.SetRequestHandler(&module_);
         validator_.SetResponseHandler(&container_);
     }

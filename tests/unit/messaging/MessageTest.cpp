@@ -4,6 +4,7 @@
 
 #include "common/Exception.h"
 #include "common/JsonHelpers.h"
+#include "common/JsonParse.h"
 #include "common/message/Message.h"
 
 using KXP::JSONMessage;
@@ -82,7 +83,7 @@ TEST(Message, AResponseGoesBackWhereTheRequestCameFrom) {
     const auto response = Message::CreateResponse(*request);
     Message::SetReturnValue(*response, {static_cast<int32_t>(0x80070057), "bad", 7});
     KXP::Document document;
-    ASSERT_FALSE(document.Parse(Text(*response).c_str()).HasParseError());
+    ASSERT_FALSE(KXP::ParseJSON(Text(*response), document).IsError());
     EXPECT_STREQ(document["system"].GetString(), "from");
     EXPECT_STREQ(document["module"].GetString(), "page");
     EXPECT_STREQ(document["source_system"].GetString(), "sys");

@@ -38,8 +38,8 @@ bool IsThumbnail(const std::string& name, const std::string& extension) {
            name.size() - mark == std::strlen(kThumbnailMark) + kFourCharacterEnding;
 }
 
-// The pages know these words only, while a file may have any in it: one such file must not make the whole
-// answer break their schema.
+// The pages' schema limits the subtype to these words, while a file may have any engraved in it: one such
+// file must not make the whole answer break the schema.
 const std::string& SubtypeForPages(const std::string& subtype) {
     static const std::set<std::string> known = {"Highlight",
                                                 "AnimatedGif",
@@ -56,7 +56,10 @@ const std::string& SubtypeForPages(const std::string& subtype) {
                                                 "Manual",
                                                 "Unknown"};
     static const std::string unknown = "Unknown";
-    return known.count(subtype) ? subtype : unknown;
+    static const std::string lumis = "Normal_Lumis";
+    if (known.count(subtype)) return subtype;
+    // Where the picture comes from is the source's matter; as a kind it is a LUMIS picture like the others.
+    return subtype == "StandAlone_Lumis" ? lumis : unknown;
 }
 
 KXP::Value Text(const std::string& text, KXP::Allocator& allocator) {
