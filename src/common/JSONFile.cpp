@@ -20,6 +20,9 @@ namespace {
 
 constexpr unsigned kNewFileMode = 0666;  // less the umask, as the C library's fopen has it
 
+// One write after the other may have been stopped; far more texts than that are none of ours.
+constexpr int kMaxTextsTried = 16;
+
 // Whether the text is UTF-8 by the rules that AutoUTFInputStream goes by: a byte-order mark, or else the
 // pattern of zero bytes among the first four, of which a JSON text of other encodings has some.
 bool IsUtf8(std::string_view text) {
@@ -42,28 +45,48 @@ bool ToUtf8(std::string_view text, std::string& utf8) {
     return true;
 }
 
+// Parses the last complete text of the file. There is more than one, with zero bytes between them, when a
+// write was stopped half-way.
+bool ParseLastText(std::string_view text, Document& document) {
+    for (int i = 0; i < kMaxTextsTried; ++i) {
+        const size_t end = text.find_last_not_of('\0');
+        text = text.substr(0, end + 1);
+        const size_t start = text.rfind('\0') + 1;
+        if (!ParseJSON(text.substr(start), document).IsError()) return true;
+        if (start == 0) return false;
+        text = text.substr(0, start);
+    }
+    return false;
+}
+
 bool ParseAnyEncoding(std::string_view text, Document& document) {
-    if (IsUtf8(text)) return !ParseJSON(text, document).IsError();
+    if (IsUtf8(text)) return ParseLastText(text, document);
     std::string utf8;
     return ToUtf8(text, utf8) && !ParseJSON(utf8, document).IsError();
 }
 
-// Puts `text` where the old text was. Whoever comes upon the file half-way finds either of them: behind the
-// old text zero bytes, which end a text for our readers, and behind the new one white space.
+// Puts `text` where the old text was. One large write may be cut by a kill, so the text is first written
+// whole behind the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is complete.
 bool OverwriteInPlace(const FileDescriptor& file, std::string text) {
     struct stat status {};
     if (fstat(file.get(), &status) != 0) return false;
-    const size_t oldSize = static_cast<size_t>(status.st_size);
-    const size_t newSize = text.size();
     // A file too large to be read as JSON holds no old text to save.
-    if (oldSize > newSize && oldSize <= kMaxJsonFileBytes) text.resize(oldSize, ' ');
-    if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(text.size()))) {
+    if (static_cast<size_t>(status.st_size) > kMaxJsonFileBytes) {
+        if (ftruncate(file.get(), 0) != 0) return false;
+        status.st_size = 0;
+    }
+    const size_t newSize = text.size();
+    const size_t place = std::max(newSize, static_cast<size_t>(status.st_size));
+    const size_t second = place + 1;
+    if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + newSize)) ||
+        !WriteFullyAt(file, text.data(), newSize, second)) {
         const int error = errno;
         (void)ftruncate(file.get(), status.st_size);
         errno = error;
         return false;
     }
-    return WriteFullyAt(file, text.data(), text.size(), 0) &&
+    text.resize(place, ' ');
+    return WriteFullyAt(file, text.data(), place, 0) &&
            ftruncate(file.get(), static_cast<off_t>(newSize)) == 0;
 }
 

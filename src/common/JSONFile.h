@@ -33,8 +33,9 @@ class JSONFile {
     // wrong, 0x8007000D when its root is no object; `document` is then not to be used.
     RetVal ReadAndParseJSON(Document& document) const;
 
-    // Writes over the file in place, indented by tabs. A kill or a full disk leaves the old text or the new:
-    // space is reserved first, the text goes out in one write, and the file is never emptied on the way.
+    // Writes over the file in place, indented by tabs. A kill or a full disk leaves the old text or the new
+    // to ReadAndParseJSON: space is reserved first, and a second copy stands behind the place of the text
+    // while that is written over.
     // 0x80070002 when the file cannot be opened, 0x80004005 when it cannot be written.
     RetVal WriteJSON(const Document& document) const;
 

@@ -1,5 +1,4 @@
-// The user's folders by the XDG Base Directory rules, https://specifications.freedesktop.org/basedir-spec,
-// and by the xdg-user-dirs tool's file.
+// The user's folders by freedesktop.org's base directory rules and by the file of its xdg-user-dirs tool.
 #include <array>
 #include <climits>
 #include <stdexcept>

@@ -134,12 +134,26 @@ TEST_F(JSONFileTest, OldTextSurvivesAFullDisk) {
     EXPECT_EQ(folder_.Read("f.json"), old);
 }
 
-TEST_F(JSONFileTest, AKilledWriteLeavesATextThatReads) {
-    // What a stop between two steps leaves behind: zero bytes after the old text, white space after the new.
-    Document json;
-    EXPECT_EQ(Read("{\"a\":1}" + std::string(100, '\0'), json).code, 0);
-    EXPECT_EQ(Read("{}" + std::string(100, '\0'), json).code, 0);
-    EXPECT_EQ(Read("{\"a\":1}" + std::string(100, ' '), json).code, 0);
+TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
+    const std::string zeros(100, '\0');
+    const std::string oldText = "{\"a\":\"old\"}";
+    const std::string newText = "{\"a\":\"new\"}";
+    const auto valueIn = [&](const std::string& bytes) {
+        Document json;
+        return Read(bytes, json).Failed() ? "unreadable" : jsonGetValue<std::string>(json, "a");
+    };
+    EXPECT_EQ(valueIn(oldText + zeros), "old");
+    for (size_t written = 1; written < newText.size(); ++written)
+        EXPECT_EQ(valueIn(oldText + zeros + newText.substr(0, written) + zeros), "old") << written;
+    for (size_t written = 0; written < newText.size(); ++written) {
+        const std::string place = newText.substr(0, written) + oldText.substr(written);
+        EXPECT_EQ(valueIn(place + '\0' + newText), "new") << written;
+        // And stopped again while the next text was written behind these.
+        EXPECT_EQ(valueIn(place + '\0' + newText + '\0' + "{\"a\":\"ne"), "new") << written;
+    }
+    EXPECT_EQ(valueIn(newText + "   " + '\0' + newText), "new");
+    ASSERT_EQ(Write(newText).code, 0);
+    EXPECT_EQ(folder_.Read("f.json"), "{\n\t\"a\": \"new\"\n}");
 }
 
 TEST_F(JSONFileTest, WhatCannotBeOpenedIsToldAndNotWaitedFor) {
