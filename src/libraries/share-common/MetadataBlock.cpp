@@ -24,47 +24,65 @@ std::string_view TextOf(const KXP::Value& value) {
     return {value.GetString(), value.GetStringLength()};
 }
 
-void Take(const KXP::Value& object, const char* name, std::string& field) {
-    const auto member = object.FindMember(name);
-    if (member != object.MemberEnd() && member->value.IsString()) field = TextOf(member->value);
+void Take(const KXP::Value& value, std::string& field) {
+    if (value.IsString()) field = TextOf(value);
 }
 
-void Take(const KXP::Value& object, const char* name, int64_t& field) {
-    const auto member = object.FindMember(name);
-    if (member != object.MemberEnd() && member->value.IsInt64()) field = member->value.GetInt64();
+void Take(const KXP::Value& value, int64_t& field) {
+    if (value.IsInt64()) field = value.GetInt64();
 }
 
-void Take(const KXP::Value& object, const char* name, uint32_t& field) {
-    const auto member = object.FindMember(name);
-    if (member != object.MemberEnd() && member->value.IsUint()) field = member->value.GetUint();
+void Take(const KXP::Value& value, uint32_t& field) {
+    if (value.IsUint()) field = value.GetUint();
 }
 
-void TakeSubType(const KXP::Value& object, std::string& subType) {
+void TakeSubType(const KXP::Value& value, std::string& subType) {
     std::string mediaType;
-    Take(object, "MediaType", mediaType);
+    Take(value, mediaType);
     // A screenshot says nothing new: what the walk found in the file's own structure is more exact.
     if (!mediaType.empty() && mediaType != "Screenshot") subType = std::move(mediaType);
 }
 
-// "ProfileName" is not read: writers mirror it into "DRSProfileName" when there is no other.
+struct Member {
+    std::string_view name;
+    void (*take)(const KXP::Value&, MetadataFields&);
+};
+
+template <auto field>
+void TakeInto(const KXP::Value& value, MetadataFields& fields) {
+    Take(value, fields.*field);
+}
+
+// In the order of taking. Older writers use the short names; where both are present the long one, taken last,
+// wins. "ProfileName" is not read: writers mirror it into "DRSProfileName" when there is no other.
+constexpr Member kMembers[] = {
+    {"DRSAppName", TakeInto<&MetadataFields::drsName>},
+    {"DRSProfileName", TakeInto<&MetadataFields::drsProfileName>},
+    {"ShortName", TakeInto<&MetadataFields::shortName>},
+    {"MediaType",
+     [](const KXP::Value& value, MetadataFields& fields) { TakeSubType(value, fields.fileSubType); }},
+    {"CmsId", TakeInto<&MetadataFields::cmsId>},
+    {"Name", TakeInto<&MetadataFields::highlightName>},
+    {"HighlightName", TakeInto<&MetadataFields::highlightName>},
+    {"Id", TakeInto<&MetadataFields::highlightDefinitionId>},
+    {"HighlightId", TakeInto<&MetadataFields::highlightDefinitionId>},
+    {"GroupId", TakeInto<&MetadataFields::highlightGroupId>},
+    {"HighlightGroupId", TakeInto<&MetadataFields::highlightGroupId>},
+    {"EventTimeStamp", TakeInto<&MetadataFields::eventTimeStamp>},
+    {"Tags", TakeInto<&MetadataFields::highlightTags>},
+    {"HighlightTags", TakeInto<&MetadataFields::highlightTags>},
+    {"Significance", TakeInto<&MetadataFields::highlightSignificance>},
+    {"HighlightSignificance", TakeInto<&MetadataFields::highlightSignificance>},
+};
+
 void TakeMembers(const KXP::Value& inner, MetadataFields& fields) {
-    Take(inner, "DRSAppName", fields.drsName);
-    Take(inner, "DRSProfileName", fields.drsProfileName);
-    Take(inner, "ShortName", fields.shortName);
-    TakeSubType(inner, fields.fileSubType);
-    Take(inner, "CmsId", fields.cmsId);
-    // Older writers use the short names; where both are present the long one, taken last, wins.
-    Take(inner, "Name", fields.highlightName);
-    Take(inner, "HighlightName", fields.highlightName);
-    Take(inner, "Id", fields.highlightDefinitionId);
-    Take(inner, "HighlightId", fields.highlightDefinitionId);
-    Take(inner, "GroupId", fields.highlightGroupId);
-    Take(inner, "HighlightGroupId", fields.highlightGroupId);
-    Take(inner, "EventTimeStamp", fields.eventTimeStamp);
-    Take(inner, "Tags", fields.highlightTags);
-    Take(inner, "HighlightTags", fields.highlightTags);
-    Take(inner, "Significance", fields.highlightSignificance);
-    Take(inner, "HighlightSignificance", fields.highlightSignificance);
+    for (const Member& member : kMembers) {
+        for (auto at = inner.MemberBegin(); at != inner.MemberEnd(); ++at) {
+            if (TextOf(at->name) != member.name) continue;
+            member.take(at->value, fields);
+            break;
+        }
+    }
 }
 
 }  // namespace

@@ -1,10 +1,8 @@
 // Where the walks get their bytes from: a file, or memory.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "common/InputFileStream.h"

@@ -1,6 +1,6 @@
 #include "plugin-modules/Gallery/src/media/Mp4Walk.h"
 
-#include <cstring>
+#include <algorithm>
 #include <optional>
 
 #include "common/RetVal.h"
@@ -89,8 +89,8 @@ int32_t WalkMp4(ByteCursor& cursor, SniffResult& result) {
         userDataEntered = userDataEntered || isUserData;
         if (isTags)
             if (const Ending ending = ReadTags(cursor, payload, result)) return *ending;
-        // From behind what was read of the tags, so that this overshoots them: files were always judged by
-        // what the overshoot meets, and a file that is own must stay own.
+        // From behind what was read of the tags, so that this oversteps as many bytes. It has always done so,
+        // and a box found in them now would change what files in the field are taken for.
         cursor.Skip(payload);
         if (cursor.CameShort()) return KXP::Code::kInvalidData;
     }

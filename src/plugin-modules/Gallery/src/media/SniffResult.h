@@ -1,6 +1,7 @@
 // What the inspection of a media file finds out, and the tags by which captures are known.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>

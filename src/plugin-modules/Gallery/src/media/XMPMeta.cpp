@@ -1,9 +1,15 @@
 #include "plugin-modules/Gallery/src/media/XMPMeta.h"
 
+#include <algorithm>
 #include <new>
+
+#include "plugin-modules/Gallery/src/media/ByteView.h"
 
 namespace media {
 namespace {
+
+constexpr std::string_view kBlanks = " \n";
+constexpr size_t kNone = std::string_view::npos;
 
 struct Entity {
     std::string_view text;
@@ -13,71 +19,43 @@ struct Entity {
 constexpr Entity kEntities[] = {{"&apos;", '\''}, {"&amp;", '&'},  {"&gt;", '>'},
                                 {"&lt;", '<'},    {"&quot;", '"'}, {"&#xA;", '\n'}};
 
-bool IsBlank(char c) {
-    return c == ' ' || c == '\n';
+const Entity* FindEntity(ByteView text) {
+    for (const Entity& entity : kEntities)
+        if (text.StartsWith(entity.text)) return &entity;
+    return nullptr;
 }
 
-enum class Seek { kOpenBracket, kOpenTag, kTagEnd, kContent, kCloseBracket, kSlash, kCloseTag, kCloseEnd };
+// The "<" of the closing tag at or behind `from`. One that is not ended by a ">" is none.
+size_t FindClosingTag(std::string_view range, std::string_view name, size_t from) {
+    const ByteView view(range);
+    size_t at = range.find('<', from);
+    while (at != kNone) {
+        const bool closes = view.HasAt(at + 1, "/");
+        if (closes && view.HasAt(at + 2, name))
+            return range.find('>', at + 2 + name.size()) == kNone ? kNone : at;
+        // What was looked at is used up: a "<" right behind a "<" opens nothing.
+        at = range.find('<', at + (closes ? 3 : 2));
+    }
+    return kNone;
+}
 
 }  // namespace
 
-bool XMPMeta::HasAt(size_t at, std::string_view text) const {
-    return std::string_view(text_ + at, end_ - at).substr(0, text.size()) == text;
-}
-
 int XMPMeta::Descend(const char* tag) {
     const std::string_view name(tag);
-    Seek state = Seek::kOpenBracket;
-    size_t contentStart = start_;
-    size_t closing = 0;
-    for (size_t at = start_; at < end_;) {
-        const char c = text_[at];
-        size_t step = 1;
-        switch (state) {
-            case Seek::kOpenBracket:
-                if (c == '<') state = Seek::kOpenTag;
-                break;
-            case Seek::kOpenTag:
-                // Tested at every position: a prefix or an attribute may stand before the name.
-                if (HasAt(at, name)) {
-                    state = Seek::kTagEnd;
-                    step = name.size();
-                }
-                break;
-            case Seek::kTagEnd:
-                if (c == '>' || c == ' ') state = Seek::kContent;
-                if (c == '>') step = 0;
-                break;
-            case Seek::kContent:
-                if (c != '>') break;
-                while (at + step < end_ && IsBlank(text_[at + step]))
-                    ++step;
-                contentStart = at + step;
-                state = Seek::kCloseBracket;
-                break;
-            case Seek::kCloseBracket:
-                if (c != '<') break;
-                closing = at;
-                state = Seek::kSlash;
-                break;
-            case Seek::kSlash:
-                state = c == '/' ? Seek::kCloseTag : Seek::kCloseBracket;
-                break;
-            case Seek::kCloseTag:
-                state = HasAt(at, name) ? Seek::kCloseEnd : Seek::kCloseBracket;
-                if (state == Seek::kCloseEnd) step = name.size();
-                break;
-            case Seek::kCloseEnd:
-                if (c != '>') break;
-                while (closing > contentStart && IsBlank(text_[closing - 1]))
-                    --closing;
-                start_ = contentStart;
-                end_ = closing;
-                return 0;
-        }
-        at += step;
-    }
-    start_ = contentStart;
+    const std::string_view range(text_, end_);
+    size_t at = range.find('<', start_);
+    // Anywhere behind the bracket: a prefix may stand before the name.
+    if (at != kNone) at = range.find(name, at + 1);
+    if (at != kNone) at = range.find('>', at + name.size());
+    if (at == kNone) return 0;
+    start_ = std::min(range.find_first_not_of(kBlanks, at + 1), end_);
+
+    size_t end = FindClosingTag(range, name, start_);
+    if (end == kNone) return 0;
+    while (end > start_ && kBlanks.find(text_[end - 1]) != kNone)
+        --end;
+    end_ = end;
     return 0;
 }
 
@@ -88,12 +66,11 @@ int XMPMeta::GetCurrentString(std::string& out) const {
     } catch (const std::bad_alloc&) {
         return 1;
     }
-    for (size_t at = start_; at < end_;) {
-        const Entity* found = nullptr;
-        for (const Entity& entity : kEntities)
-            if (text_[at] == '&' && HasAt(at, entity.text)) found = &entity;
-        out += found ? found->character : text_[at];
-        at += found ? found->text.size() : 1;
+    const ByteView range({text_ + start_, end_ - start_});
+    for (size_t at = 0; at < range.size();) {
+        const Entity* entity = FindEntity(range.Sub(at));
+        out += entity ? entity->character : range.text()[at];
+        at += entity ? entity->text.size() : 1;
     }
     return 0;
 }

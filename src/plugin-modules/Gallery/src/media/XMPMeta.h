@@ -27,8 +27,6 @@ class XMPMeta {
     }
 
   private:
-    bool HasAt(size_t at, std::string_view text) const;
-
     const char* text_;
     size_t size_;
     size_t start_ = 0;
