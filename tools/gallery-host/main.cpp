@@ -112,8 +112,7 @@ void AddVerbs(CLI::App& app, Arguments& arguments) {
 // Closed standard streams would give their numbers to descriptors that are opened later.
 void OpenStandardStreams() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
-        if (fcntl(fd, F_GETFD) < 0) [[maybe_unused]]
-            const int opened = open("/dev/null", O_RDONLY);
+        if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) std::_Exit(kExitFailed);
 }
 
 ExitStatus Guarded(const std::function<void()>& job) {
