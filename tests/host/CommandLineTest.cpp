@@ -19,6 +19,7 @@ TEST(CommandLine, UsageErrorsAreTwo) {
          std::vector<std::vector<std::string>>{{},
                                                {"frobnicate"},
                                                {"call"},
+                                               {"call", ""},
                                                {"list"},
                                                {"-d", "nonsense", "serve"},
                                                {"--timeout", "0", "serve"},

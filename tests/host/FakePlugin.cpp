@@ -202,7 +202,8 @@ int Uninitialize() {
 int OnJsonMessage(const char* json) {
     KXP::Document request;
     KXP::ParseJSON(json, request);
-    if (!request["method"].IsString()) throw std::runtime_error("Required string method unexpected type");
+    if (!request.HasMember("method") || !request["method"].IsString())
+        throw std::runtime_error("Required string method unexpected type");
     const std::string method = request["method"].GetString();
     if (method == "ThrowOdd") throw 42;
     if (method == "Hang") {

@@ -67,18 +67,18 @@ TEST(Lifecycle, AnythingElseThanAPluginIsThree) {
 }
 
 TEST(Lifecycle, NothingIsWaitedForWithoutEnd) {
-    const Ended answer = RunHost({"-v", "--timeout", "0.2", "call", "Never"});
+    const Ended answer = RunHost({"-v", "--timeout", "1", "call", "Never"});
     EXPECT_EQ(answer.status, 4);
-    EXPECT_TRUE(Contains(answer.err, "no answer to Never within 0.2 s")) << answer.err;
+    EXPECT_TRUE(Contains(answer.err, "no answer to Never within 1 s")) << answer.err;
     EXPECT_EQ(Calls(answer.err), "init start stop uninit ");
-    const Ended hang = RunHost({"--timeout", "0.2", "call", "Hang"});
+    const Ended hang = RunHost({"--timeout", "1", "call", "Hang"});
     EXPECT_EQ(hang.status, 4) << hang.err;
-    const Ended start = RunHost({"--timeout", "0.2", "call", "Echo"}, {}, "start-never");
+    const Ended start = RunHost({"--timeout", "1", "call", "Echo"}, {}, "start-never");
     EXPECT_EQ(start.status, 3) << start.err;
-    const Ended stop = RunHost({"--timeout", "0.5", "call", "Echo"}, {}, "stop-never");
+    const Ended stop = RunHost({"--timeout", "1", "call", "Echo"}, {}, "stop-never");
     EXPECT_EQ(stop.status, 4);
     EXPECT_TRUE(Contains(stop.out, "Success"));
-    EXPECT_TRUE(Contains(stop.err, "Stop of the plug-in did not come to an end within 0.5 s")) << stop.err;
+    EXPECT_TRUE(Contains(stop.err, "Stop of the plug-in did not come to an end within 1 s")) << stop.err;
     const Ended badStop = RunHost({"-v", "call", "Echo"}, {}, "stop-fails");
     EXPECT_EQ(badStop.status, 1);
     EXPECT_EQ(Calls(badStop.err), "init start stop uninit ");
@@ -105,7 +105,7 @@ TEST(Lifecycle, TheSecondInterruptLeavesAtOnce) {
 }
 
 TEST(Lifecycle, AnInterruptDuringTheStopLetsItEnd) {
-    ChildProcess child(WithFake({"-v", "--timeout", "0.5", "call", "Echo"}),
+    ChildProcess child(WithFake({"-v", "--timeout", "1", "call", "Echo"}),
                        {{"FAKE_PLUGIN=stop-never"}, false});
     ASSERT_TRUE(child.ReadErrUntil("fake: stop"));
     child.Signal(SIGINT);

@@ -42,7 +42,7 @@ constexpr Word kDetails[] = {
     {"Montage", "montage"},
     {"InstantReplay", "instant replay"},
     {"Manual", "manual recording"},
-    {"Unknown", "unknown"},
+    {"Unknown", "-"},
 };
 
 constexpr Word kSources[] = {

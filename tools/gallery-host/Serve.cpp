@@ -1,5 +1,7 @@
 #include "gallery-host/Serve.h"
 
+#include <memory>
+
 #include <unistd.h>
 
 #include "gallery-host/Envelope.h"
@@ -71,20 +73,22 @@ void Server::OnLine(const LineSplitter::Line& line) {
         Refuse(line.number, error, {});
         return;
     }
+    const std::string ownId = Text(envelope, "uniqueid");
     Complete(envelope);
-    if (!TakeSubscription(envelope)) Forward(envelope, line.number);
+    if (TakeSubscription(envelope)) return;
+    const std::optional<std::string> refusal = Forward(envelope);
+    if (refusal) Refuse(line.number, *refusal, ownId);
 }
 
-void Server::Forward(KXP::Document& envelope, size_t lineNumber) {
-    const std::string id = Text(envelope, "uniqueid");
-    const bool answered = !IsResponse(envelope) && !IsPersistent(envelope);
+std::optional<std::string> Server::Forward(const KXP::Document& envelope) {
+    if (IsResponse(envelope) || IsPersistent(envelope)) return session_.Send(envelope);
     // The answer may come before Send is back.
-    if (answered) outstanding_.insert(id);
-    const std::optional<std::string> refusal = session_.Send(envelope);
-    if (!refusal) return;
+    const std::string id = Text(envelope, "uniqueid");
+    outstanding_.insert(id);
+    std::optional<std::string> refusal = session_.Send(envelope);
     const auto entry = outstanding_.find(id);
-    if (answered && entry != outstanding_.end()) outstanding_.erase(entry);
-    Refuse(lineNumber, *refusal, id);
+    if (refusal && entry != outstanding_.end()) outstanding_.erase(entry);
+    return refusal;
 }
 
 bool Server::TakeSubscription(const KXP::Document& envelope) {

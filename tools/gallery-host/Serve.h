@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -39,7 +40,8 @@ class Server {
     void ReadLines();
     void AwaitAnswers();
     void OnLine(const LineSplitter::Line& line);
-    void Forward(KXP::Document& envelope, size_t lineNumber);
+    // The plug-in's words when it refuses the envelope.
+    std::optional<std::string> Forward(const KXP::Document& envelope);
     bool TakeSubscription(const KXP::Document& envelope);
     void Refuse(size_t lineNumber, const std::string& text, const std::string& id);
     void OnMessage(KXP::Document& message);

@@ -40,12 +40,15 @@ Data goes to standard output, everything else to standard error. Exit status: 0 
 the plug-in in order; a second one leaves at once.
 )";
 
-constexpr const char* kServeHelp =
-    "Talk JSON lines. Each line of standard input is an envelope, or just {\"method\":...,\"payload\":...}; "
-    "the rest is filled in. Each response and notification is a line of standard output, each log line a "
-    "line "
-    "of standard error. A line that is refused is answered by {\"error\":{\"line\":N,\"text\":...},"
-    "\"reference_uniqueid\":...}. The end of standard input ends it, once all answers are there.";
+constexpr const char* kServeFooter =
+    R"(Each line of standard input is an envelope, or as much of one as there is to tell:
+  {"method":"GetFolderListing","payload":{"directory":"/home/me/Videos"}}
+Each message of the plug-in, response or notification, is a line of standard output. A line that is refused gives
+  {"error":{"line":3,"text":"what is wrong"},"reference_uniqueid":"the line's own, if it had one"}
+The plug-in's log goes to standard error. Notifications come without asking; an envelope of type 3073 with a
+notification's name as its method gets them under its own uniqueid. The end of standard input ends it, once all
+answers are there.
+)";
 
 struct Arguments {
     SessionOptions session;
@@ -81,7 +84,9 @@ void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
 
 void AddVerbs(CLI::App& app, Arguments& arguments) {
     CLI::App* call = app.add_subcommand("call", "Make one request and print the payload of its response.");
-    call->add_option("METHOD", arguments.call.method, "for example GetSettings")->required();
+    call->add_option("METHOD", arguments.call.method, "for example GetSettings")
+        ->required()
+        ->check([](const std::string& method) { return method.empty() ? "it is empty" : ""; });
     call->add_option("PAYLOAD", arguments.payload,
                      "a JSON object; \"-\" reads it from standard input, \"@file\" from a file");
     call->add_flag("--raw", arguments.call.raw, "print the whole response on one line");
@@ -96,7 +101,8 @@ void AddVerbs(CLI::App& app, Arguments& arguments) {
         ->check(CLI::IsMember({"none", "hidden", "empty", "hiddenOrEmpty", "hiddenAndEmpty"}));
     list->add_flag("--exr", arguments.list.exr, "list EXR files that have a thumbnail, too");
 
-    app.add_subcommand("serve", kServeHelp);
+    app.add_subcommand("serve", "Talk JSON lines on standard input and output, for programs.")
+        ->footer(kServeFooter);
 
     CLI::App* demo = app.add_subcommand(
         "demo", "Make a small gallery in a temporary home and list it. The home is removed at the end.");
@@ -106,8 +112,7 @@ void AddVerbs(CLI::App& app, Arguments& arguments) {
 // Closed standard streams would give their numbers to descriptors that are opened later.
 void OpenStandardStreams() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
-        if (fcntl(fd, F_GETFD) < 0) [[maybe_unused]]
-            const int opened = open("/dev/null", O_RDONLY);
+        if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) std::_Exit(kExitFailed);
 }
 
 ExitStatus Guarded(const std::function<void()>& job) {
@@ -161,8 +166,7 @@ ExitStatus RunVerb(const CLI::App& app, Arguments& arguments, Interrupt& interru
     return run([&](Session& session) { RunDemo(session, output, gallery); });
 }
 
-// The exit status; does not come back when the plug-in had to be abandoned.
-int Run(const CLI::App& app, Arguments& arguments) {
+void FillIn(Arguments& arguments) {
     const DebugModes modes = ReadDebugModes(arguments.debug);
     arguments.session.trace = modes.trace;
     arguments.keep = arguments.keep || modes.keepTemp;
@@ -170,10 +174,14 @@ int Run(const CLI::App& app, Arguments& arguments) {
     if (arguments.session.plugin.empty()) arguments.session.plugin = DefaultPlugin();
     // A name without a slash would be looked for among the system's libraries.
     arguments.session.plugin = fs::absolute(arguments.session.plugin).string();
+}
 
+// The exit status; does not come back when the plug-in had to be abandoned.
+int Run(const CLI::App& app, Arguments& arguments) {
     ExitStatus status = kExitSuccess;
     bool abandoned = false;
     const ExitStatus failed = Guarded([&] {
+        FillIn(arguments);
         Interrupt interrupt;
         status = RunVerb(app, arguments, interrupt, abandoned);
     });
