@@ -90,10 +90,11 @@ class DepthLimiter {
     int depth_ = 0;
 };
 
-template <unsigned flags, typename Stream>
-rapidjson::ParseResult ParseInto(Stream stream, Document& document) {
+template <unsigned flags>
+rapidjson::ParseResult ParseInto(std::string_view text, Document& document) {
     rapidjson::ParseResult result;
     const auto generate = [&](Document& target) {
+        JsonTextStream stream(text);
         DepthLimiter limiter(target);
         rapidjson::Reader reader;
         result = reader.Parse<flags | rapidjson::kParseCommentsFlag>(stream, limiter);
@@ -183,30 +184,18 @@ rapidjson::ParseResult CheckExponents(std::string_view text) {
     return {};
 }
 
-rapidjson::ParseResult CheckLimits(std::string_view text) {
-    return MayHoldLongExponent(text) ? CheckExponents(text) : rapidjson::ParseResult();
-}
-
 }  // namespace
 
 rapidjson::ParseResult ParseJSON(std::string_view text, Document& document) {
     if (text.substr(0, kUtf8Mark.size()) == kUtf8Mark) text.remove_prefix(kUtf8Mark.size());
-    const rapidjson::ParseResult limits = CheckLimits(text);
-    if (limits.IsError()) return limits;
+    if (MayHoldLongExponent(text)) {
+        const rapidjson::ParseResult exponents = CheckExponents(text);
+        if (exponents.IsError()) return exponents;
+    }
     // Text that is UTF-8 as a whole need not be checked string by string, which is slow. Other text may still
     // be right where it counts, as in a comment of another encoding.
-    if (IsValidUtf8(text)) return ParseInto<rapidjson::kParseNoFlags>(JsonTextStream(text), document);
-    return ParseInto<rapidjson::kParseValidateEncodingFlag>(JsonTextStream(text), document);
-}
-
-rapidjson::ParseResult ParseJSONInsitu(char* text, size_t size, Document& document) {
-    using rapidjson::kParseInsituFlag;
-    const std::string_view view(text, size);
-    const rapidjson::ParseResult limits = CheckLimits(view);
-    if (limits.IsError()) return limits;
-    rapidjson::InsituStringStream stream(text);
-    if (IsValidUtf8(view)) return ParseInto<kParseInsituFlag>(stream, document);
-    return ParseInto<kParseInsituFlag | rapidjson::kParseValidateEncodingFlag>(stream, document);
+    if (IsValidUtf8(text)) return ParseInto<rapidjson::kParseNoFlags>(text, document);
+    return ParseInto<rapidjson::kParseValidateEncodingFlag>(text, document);
 }
 
 }  // namespace KXP

@@ -20,9 +20,4 @@ constexpr size_t kMaxJsonFileBytes = size_t{1} << 30;
 // that breaks a limit gives kParseErrorTermination. A zero byte ends the text as RapidJSON has it.
 rapidjson::ParseResult ParseJSON(std::string_view text, Document& document);
 
-// The same in place, which is faster for small texts: strings of the document lie in `text`, which must outlive
-// it. Behind its `size` bytes there are kInsituPadding more to read, the first of them zero.
-rapidjson::ParseResult ParseJSONInsitu(char* text, size_t size, Document& document);
-constexpr size_t kInsituPadding = 16;
-
 }  // namespace KXP

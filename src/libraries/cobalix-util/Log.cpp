@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
+#include <new>
 
 #include "CobalixUtil.h"
 
@@ -83,9 +84,11 @@ class Sink {
     void* context_ = nullptr;
 };
 
-// Never destroyed: threads that outlive the library's static objects may still log.
+// Never destroyed, because threads that outlive the library's static objects may still log; and in no memory
+// of its own, which would be lost when the library is unloaded.
 Sink& TheSink() {
-    static Sink& sink = *new Sink;
+    alignas(Sink) static unsigned char place[sizeof(Sink)];
+    static Sink& sink = *new (place) Sink;
     return sink;
 }
 

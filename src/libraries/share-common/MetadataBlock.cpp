@@ -5,6 +5,7 @@
 #include <b64/decode.h>
 
 #include "CobalixUtil.h"
+#include "common/JsonParse.h"
 #include "common/StackDocument.h"
 
 namespace {
@@ -89,7 +90,7 @@ void TakeMembers(const KXP::Value& inner, MetadataFields& fields) {
 
 void ReadMetadataBlock(std::string_view text, MetadataFields& fields) {
     KXP::StackDocument outer;
-    if (outer.Parse(text).IsError()) return;
+    if (KXP::ParseJSON(text, *outer).IsError()) return;
     ReadMetadataBlock(*outer, fields);
 }
 
@@ -99,7 +100,7 @@ void ReadMetadataBlock(const KXP::Value& outer, MetadataFields& fields) {
     if (code == outer.MemberEnd() || !code->value.IsString()) return;
 
     KXP::StackDocument inner;
-    if (inner.Parse(DecodeBase64(TextOf(code->value))).IsError() || !(*inner).IsObject()) return;
+    if (KXP::ParseJSON(DecodeBase64(TextOf(code->value)), *inner).IsError() || !(*inner).IsObject()) return;
     TakeMembers(*inner, fields);
     KXP_LOG(KXP::LogTrace, "CheckIfZv: cmsId:%ld name:%s id:%s groupId:%s tags:0x%08x significance:0x%08x",
             static_cast<long>(fields.cmsId), fields.highlightName.c_str(),

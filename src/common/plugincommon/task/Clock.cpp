@@ -14,7 +14,7 @@ class SteadyClock : public Clock {
 }  // namespace
 
 Clock& Clock::Steady() {
-    static SteadyClock& clock = *new SteadyClock;
+    static SteadyClock clock;
     return clock;
 }
 

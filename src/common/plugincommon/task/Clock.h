@@ -16,7 +16,7 @@ class Clock {
     // Waits on `condition` until it is notified or `when` has come; may return early.
     virtual void WaitUntil(CondVar& condition, Mutex& mutex, TimePoint when) REQUIRES(mutex) = 0;
 
-    // The process's steady clock; lives for ever.
+    // The steady clock of the process.
     static Clock& Steady();
 };
 

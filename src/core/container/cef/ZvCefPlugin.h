@@ -36,7 +36,7 @@ struct ZvCefPluginInfo {
     int (*OnJsonMessage)(const char* json);
 };
 
-static_assert(sizeof(ZvCefPluginInfo) == 10 * 8, "ten slots of 64 bits");
+static_assert(sizeof(ZvCefPluginInfo) == 80, "ten slots of 64 bits");
 static_assert(offsetof(ZvCefPluginInfo, pluginName) == 8, "slot 1");
 static_assert(offsetof(ZvCefPluginInfo, moduleList) == 16, "slot 2");
 static_assert(offsetof(ZvCefPluginInfo, Initialize) == 24, "slot 3");

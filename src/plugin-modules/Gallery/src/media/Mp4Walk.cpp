@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "common/JsonParse.h"
 #include "common/RetVal.h"
 #include "common/StackDocument.h"
 
@@ -51,7 +52,7 @@ const Tag* FindEncodingTag(std::string_view source) {
 
 void TakeBlock(std::string_view text, SniffResult& result) {
     KXP::StackDocument block;
-    if (block.Parse(text).IsError() || !(*block).IsObject()) return;
+    if (KXP::ParseJSON(text, *block).IsError() || !(*block).IsObject()) return;
     const auto source = (*block).FindMember("Source");
     if (source == (*block).MemberEnd() || !source->value.IsString()) return;
     const Tag* tag = FindEncodingTag({source->value.GetString(), source->value.GetStringLength()});
