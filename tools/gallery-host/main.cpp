@@ -29,10 +29,9 @@ namespace fs = std::filesystem;
 
 constexpr const char* kFooter = R"(Examples:
   gallery-host list ~/Videos
-  gallery-host list --json --only-own "$HOME/Videos/ZORVEX/Ovirastream/Some Game"
-  gallery-host call GetSettings
-  gallery-host call GetAppStats '{"appName":"Some Game"}'
-  echo '{"method":"EnumerateDrives"}' | gallery-host serve
+  gallery-host list --json --exr "$HOME/Videos/ZORVEX/Ovirastream/Some Game"
+  gallery-host call GetFolderListing '{"directory":"/home/me/Videos","excludeDirectoryType":"empty"}'
+  echo '{"method":"GetFolderListing","payload":{"directory":"/home/me/Videos"}}' | gallery-host serve
   gallery-host demo
 
 Data goes to standard output, everything else to standard error. Exit status: 0 success, 1 the request failed,
