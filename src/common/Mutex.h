@@ -19,30 +19,16 @@ class CAPABILITY("mutex") Mutex {
     std::mutex mutex_;
 };
 
-// For code that may come back to itself on the same thread; everything else uses Mutex.
-class CAPABILITY("mutex") RecursiveMutex {
+class SCOPED_CAPABILITY MutexLock {
   public:
-    void Lock() ACQUIRE() { mutex_.lock(); }
-    void Unlock() RELEASE() { mutex_.unlock(); }
+    explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : mutex_(mutex) { mutex_.Lock(); }
+    ~MutexLock() RELEASE() { mutex_.Unlock(); }
+    MutexLock(const MutexLock&) = delete;
+    MutexLock& operator=(const MutexLock&) = delete;
 
   private:
-    std::recursive_mutex mutex_;
+    Mutex& mutex_;
 };
-
-template <typename M>
-class SCOPED_CAPABILITY BasicMutexLock {
-  public:
-    explicit BasicMutexLock(M& mutex) ACQUIRE(mutex) : mutex_(mutex) { mutex_.Lock(); }
-    ~BasicMutexLock() RELEASE() { mutex_.Unlock(); }
-    BasicMutexLock(const BasicMutexLock&) = delete;
-    BasicMutexLock& operator=(const BasicMutexLock&) = delete;
-
-  private:
-    M& mutex_;
-};
-
-using MutexLock = BasicMutexLock<Mutex>;
-using RecursiveMutexLock = BasicMutexLock<RecursiveMutex>;
 
 // Waits may end early; callers test their condition in a loop.
 class CondVar {

@@ -7,6 +7,7 @@ namespace KXP {
 
 std::string ToStr(const RetVal& value) {
     std::ostringstream out;
+    out.imbue(std::locale::classic());  // the host's own may group digits
     // The stream stays hexadecimal behind the code, so the detail number is hexadecimal as well; log readers
     // have come to rely on it.
     out << "0x" << std::hex << std::setw(8) << std::setfill('0') << static_cast<uint32_t>(value.code) << "["
@@ -32,8 +33,7 @@ const char* CodeText(int32_t code) {
             return "KXP: Unspecified failure";
         case Code::kUnexpected:
             return "KXP: Unexpected failure or exception";
-        // These two texts stand the other way round in systems that share the numbers. Ours are as callers
-        // know them.
+        // Callers give kNotFound for what is missing, and yet this text: clients have come to know the pair.
         case Code::kNotFound:
             return "KXP: General access denied error";
         case Code::kFileNotFound:

@@ -4,10 +4,16 @@
 
 #include <string>
 
+#include "common/TextUtil.h"
+#include "common/message/JSONMessage.h"
+
 namespace KXP {
 
 class GenericMessage {
   public:
+    // A message with a new uniqueid, ordinary type and nothing else.
+    GenericMessage() : uniqueid_(GenerateGUID()) {}
+
     const char* target_system() const { return target_system_.c_str(); }
     const char* target_module() const { return target_module_.c_str(); }
     const char* method() const { return method_.c_str(); }
@@ -45,8 +51,8 @@ class GenericMessage {
     std::string source_system_;
     std::string source_module_;
     std::string reference_uniqueid_;
-    int type_ = 0;
-    bool has_type_ = false;
+    int type_ = JSONMessage::kOrdinary;
+    bool has_type_ = true;
 };
 
 }  // namespace KXP

@@ -1,5 +1,7 @@
 #include "common/message/InitQueue.h"
 
+#include <optional>
+
 #include "common/Exception.h"
 
 namespace KXP {
@@ -25,11 +27,11 @@ class InitQueue::InFlight {
 };
 
 bool InitQueue::SendMsg(std::unique_ptr<JSONMessage> message) {
-    std::unique_ptr<InFlight> inFlight;
+    std::optional<InFlight> inFlight;
     {
-        RecursiveMutexLock lock(queueMutex_);
+        MutexLock lock(queueMutex_);
         if (readyToForward_) {
-            inFlight = std::make_unique<InFlight>(*this);
+            inFlight.emplace(*this);
         } else {
             held_.push_front(std::move(message));
         }
@@ -57,7 +59,7 @@ void InitQueue::StartForwardingMessages() {
             {
                 // Messages that arrive while this drains are kept behind the others, so the gate opens only
                 // once none is left.
-                RecursiveMutexLock lock(queueMutex_);
+                MutexLock lock(queueMutex_);
                 message = TakeOldest();
                 readyToForward_ = !message;
                 if (readyToForward_) held_.shrink_to_fit();
@@ -78,7 +80,7 @@ void InitQueue::StartForwardingMessages() {
 void InitQueue::StopForwardingMessages() {
     KXP_LOG(LogTrace, "Blocking message queue");
     {
-        RecursiveMutexLock lock(queueMutex_);
+        MutexLock lock(queueMutex_);
         readyToForward_ = false;
     }
     // Waiting without the queue's mutex lets a forward in progress send again: that message is kept.

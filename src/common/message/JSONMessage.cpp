@@ -1,5 +1,7 @@
 #include "common/message/JSONMessage.h"
 
+#include <utility>
+
 #include "CobalixUtil.h"
 #include "common/Exception.h"
 #include "common/JsonHelpers.h"

@@ -27,8 +27,12 @@ class JSONMessage {
     static constexpr int kOrdinary = 3072;
     static constexpr int kPersistent = 3073;
 
+    // Takes every field from elsewhere.
+    struct Empty {};
+
     // A message with a new uniqueid, ordinary type and nothing else.
     explicit JSONMessage(BusMessage first = nullptr, BusMessage second = nullptr);
+    explicit JSONMessage(Empty) {}
     // Parses an envelope and checks it; throws JSONFieldError.
     JSONMessage(const std::string& json, BusMessage first, BusMessage second);
     // An ordinary message; a null payload text stands for an empty object. Throws JSONFieldError when the

@@ -25,7 +25,7 @@ const rapidjson::Pointer& InternalPointer() {
 
 template <>
 std::unique_ptr<JSONMessage> CreateMessage<JSONMessage>(const char* json) {
-    auto message = std::make_unique<JSONMessage>();
+    auto message = std::make_unique<JSONMessage>(JSONMessage::Empty{});
     message->Parse(json ? json : "", "Unable to parse JSON envelope");
     return message;
 }
@@ -47,7 +47,7 @@ std::unique_ptr<GenericMessage> CreateMessage<GenericMessage>(const char* json) 
 }
 
 std::unique_ptr<JSONMessage> CreateCopy(const JSONMessage& message) {
-    auto copy = std::make_unique<JSONMessage>();
+    auto copy = std::make_unique<JSONMessage>(JSONMessage::Empty{});
     copy->CopyFrom(message);
     return copy;
 }

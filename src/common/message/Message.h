@@ -6,7 +6,6 @@
 #include <string>
 
 #include "common/RetVal.h"
-#include "common/TextUtil.h"
 #include "common/message/GenericMessage.h"
 #include "common/message/JSONMessage.h"
 
@@ -30,8 +29,6 @@ template <typename T = JSONMessage>
 std::unique_ptr<T> CreateRequest(const char* system, const char* module, const char* method,
                                  const char* sourceSystem, const char* sourceModule, const char* payload) {
     auto message = std::make_unique<T>();
-    message->set_uniqueid(GenerateGUID().c_str());
-    message->set_type(JSONMessage::kOrdinary);
     message->set_target_system(system);
     message->set_target_module(module);
     message->set_method(method);
@@ -56,7 +53,6 @@ template <typename T = JSONMessage>
 std::unique_ptr<T> CreateNotification(const char* method, const char* sourceSystem,
                                       const char* sourceModule) {
     auto message = std::make_unique<T>();
-    message->set_uniqueid(GenerateGUID().c_str());
     message->set_method(method);
     message->set_payload("{}");
     message->set_reference_uniqueid(method);

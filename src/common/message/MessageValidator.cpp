@@ -1,5 +1,7 @@
 #include "common/message/MessageValidator.h"
 
+#include <utility>
+
 namespace KXP {
 
 bool MessageValidator::SendMsg(std::unique_ptr<JSONMessage> message) {
@@ -8,12 +10,12 @@ bool MessageValidator::SendMsg(std::unique_ptr<JSONMessage> message) {
     // is why handlers read their parameters with care.
     if (value.Failed()) return ForwardMsg(std::move(message));
     const std::string method = Message::Method(*message);
-    const JSONMessage& checked = *message;
+    const Value& payload = std::as_const(*message).payload();
     if (Message::IsResponse(*message)) {
-        const RetVal verdict = validateJsonMessage(method, checked.payload(), "return");
+        const RetVal verdict = validateJsonMessage(method, payload, "return");
         Message::SetReturnValue(*message, verdict.Failed() ? verdict : value);
     } else if (!Message::IsPersistent(*message)) {
-        const RetVal verdict = validateJsonMessage(method, checked.payload(), "parameters");
+        const RetVal verdict = validateJsonMessage(method, payload, "parameters");
         if (verdict.Failed()) return Refuse(*message, verdict);
     }
     return ForwardMsg(std::move(message));

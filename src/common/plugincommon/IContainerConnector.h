@@ -24,8 +24,8 @@ class IContainerConnector {
 
     virtual ~IContainerConnector() = default;
 
-    // Accepted commands tell their end through the container callback. The handlers outlive the plug-in; the
-    // generic one may be null.
+    // Accepted commands tell their end through the container callback. The handlers live until Uninitialize
+    // is back; the generic one may be null.
     virtual int Initialize(IMessageHandler<JSONMessage>* jsonHandler,
                            std::unique_ptr<JSONMessage> initMessage,
                            IMessageHandler<GenericMessage>* genericHandler) = 0;

@@ -1,5 +1,7 @@
 #include "common/plugincommon/JsonResponseAsync.h"
 
+#include <utility>
+
 #include "CobalixUtil.h"
 #include "common/Exception.h"
 
@@ -12,10 +14,6 @@ RetVal LogCaught(const char* operation) {
     return value;
 }
 
-const Value& PayloadOf(const JSONMessage& message) {
-    return message.payload();
-}
-
 }  // namespace
 
 JsonResponseAsyncBase::JsonResponseAsyncBase(PluginModuleBase& module, std::unique_ptr<JSONMessage> request)
@@ -26,7 +24,7 @@ JsonResponseAsyncBase::JsonResponseAsyncBase(PluginModuleBase& module, std::uniq
 
 TaskStatus JsonResponseAsyncBase::ExecuteTask(TaskQueue&) {
     try {
-        result_ = ExecuteAsync(PayloadOf(*request_));
+        result_ = ExecuteAsync(std::as_const(*request_).payload());
     } catch (...) {
         result_ = LogCaught("ExecuteAsync");
     }
@@ -59,7 +57,7 @@ JSONAsyncNotificationBase::JSONAsyncNotificationBase(PluginModuleBase& module,
 
 TaskStatus JSONAsyncNotificationBase::ExecuteTask(TaskQueue&) {
     try {
-        ExecuteAsync(PayloadOf(*message_));
+        ExecuteAsync(std::as_const(*message_).payload());
     } catch (...) {
         static_cast<void>(LogCaught("ExecuteAsync"));
     }

@@ -1,7 +1,9 @@
 #include "common/plugincommon/PluginModuleBase.h"
 
+#include <atomic>
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "CobalixUtil.h"
@@ -62,22 +64,24 @@ int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
                                  std::unique_ptr<JSONMessage> initMessage,
                                  IMessageHandler<GenericMessage>* genericHandler) {
     taskQueue_.AssertOnWorker();
-    const JSONMessage& message = *initMessage;
-    configuration_.CopyFrom(message.payload(), configuration_.GetAllocator());
+    configuration_.CopyFrom(std::as_const(*initMessage).payload(), configuration_.GetAllocator());
     jsonHandler_ = jsonHandler;
     if (!jsonHandler_) {
         KXP_LOG(LogFailure, "%s requires a JSON communication channel", moduleName_.c_str());
         return Failed;
     }
+    const WallTime start = std::chrono::system_clock::now();
     try {
         BuildChain(genericHandler);
-        if (!ReadConfiguration()) return Failed;
+        return Result(ReadConfiguration() && RunInitializeHook());
+    } catch (const std::exception& error) {
+        // Also when the product's files cannot even be looked for.
+        KXP_LOG(LogFailure, "Error initializing plugin: %s, took %.2fms", error.what(),
+                MillisecondsSince(start));
     } catch (...) {
-        // A product without its files, say: the configuration cannot even be looked for.
-        KXP_LOG(LogFailure, "Error initializing plugin: %s", ToStr(ExceptionToRetVal()).c_str());
-        return Failed;
+        KXP_LOG(LogFailure, "Unknown exception occurred during plugin initialization");
     }
-    return RunInitializeHook();
+    return Failed;
 }
 
 void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandler) {
@@ -101,10 +105,13 @@ void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandle
 }
 
 bool PluginModuleBase::ReadConfiguration() {
-    if (Config::Instance().ReadConfigs().Failed()) {
+    // Once for the process: another instance of the module finds what the first has read.
+    static std::atomic<bool> configsRead{false};
+    if (!configsRead && Config::Instance().ReadConfigs().Failed()) {
         KXP_LOG(LogFailure, "Could not read config for %s", moduleName_.c_str());
         return false;
     }
+    configsRead = true;
     const rapidjson::ParseResult parsed = ParseJSON(apiSchemaText_, apiSchema_);
     if (!parsed.IsError()) return true;
     KXP_LOG(LogFailure, "Could not parse API schema: %s (%u)", rapidjson::GetParseError_En(parsed.Code()),
@@ -112,21 +119,23 @@ bool PluginModuleBase::ReadConfiguration() {
     return false;
 }
 
-int PluginModuleBase::RunInitializeHook() {
+bool PluginModuleBase::RunInitializeHook() {
     KXP_LOG(LogMilestone, "Starting plugin Init for %s", moduleName_.c_str());
     const WallTime start = std::chrono::system_clock::now();
+    if (!Initialize()) throw std::runtime_error("Initialize() failed");
+    KXP_LOG(LogMilestone, "Successfully initialized %s, took %.2fms", moduleName_.c_str(),
+            MillisecondsSince(start));
+    return true;
+}
+
+bool PluginModuleBase::RunHook(const char* name, bool (PluginModuleBase::*hook)()) {
     try {
-        if (!Initialize()) throw std::runtime_error("Initialize() failed");
-        KXP_LOG(LogMilestone, "Successfully initialized %s, took %.2fms", moduleName_.c_str(),
-                MillisecondsSince(start));
-        return Succeeded;
-    } catch (const std::exception& error) {
-        KXP_LOG(LogFailure, "Error initializing plugin: %s, took %.2fms", error.what(),
-                MillisecondsSince(start));
+        return (this->*hook)();
     } catch (...) {
-        KXP_LOG(LogFailure, "Unknown exception occurred during plugin initialization");
+        KXP_LOG(LogFailure, "%s of %s failed: %s", name, moduleName_.c_str(),
+                ToStr(ExceptionToRetVal()).c_str());
+        return false;
     }
-    return Failed;
 }
 
 int PluginModuleBase::Start(std::shared_ptr<JSONMessage>) {
@@ -134,7 +143,7 @@ int PluginModuleBase::Start(std::shared_ptr<JSONMessage>) {
     if (!outboundQueue_) return Failed;
     // The module can send while it starts; requests reach it only behind that.
     outboundQueue_->StartForwardingMessages();
-    const bool succeeded = Start();
+    const bool succeeded = RunHook("Start", &PluginModuleBase::Start);
     inboundQueue_->StartForwardingMessages();
     return Result(succeeded);
 }
@@ -142,26 +151,41 @@ int PluginModuleBase::Start(std::shared_ptr<JSONMessage>) {
 int PluginModuleBase::Stop(std::shared_ptr<JSONMessage>) {
     taskQueue_.AssertOnWorker();
     if (inboundQueue_) inboundQueue_->StopForwardingMessages();
-    const bool succeeded = Stop();
+    const bool succeeded = RunHook("Stop", &PluginModuleBase::Stop);
     if (outboundQueue_) outboundQueue_->StopForwardingMessages();
     return Result(succeeded);
 }
 
 int PluginModuleBase::Pause(std::shared_ptr<JSONMessage>) {
-    return Result(Pause());
+    return Result(RunHook("Pause", &PluginModuleBase::Pause));
 }
 
 int PluginModuleBase::Resume(std::shared_ptr<JSONMessage>) {
-    return Result(Resume());
+    return Result(RunHook("Resume", &PluginModuleBase::Resume));
 }
 
 int PluginModuleBase::Uninitialize(std::shared_ptr<JSONMessage>) {
     KXP_LOG(LogMilestone, "Starting plugin Uninit for %s", moduleName_.c_str());
     const WallTime start = std::chrono::system_clock::now();
-    Uninitialize();
+    try {
+        Uninitialize();
+    } catch (...) {
+        KXP_LOG(LogFailure, "Uninitialize of %s failed: %s", moduleName_.c_str(),
+                ToStr(ExceptionToRetVal()).c_str());
+    }
+    LeaveContainer();
     KXP_LOG(LogMilestone, "Uninitialized plugin for %s, took %.2fms", moduleName_.c_str(),
             MillisecondsSince(start));
     return Succeeded;
+}
+
+void PluginModuleBase::LeaveContainer() {
+    if (!inboundQueue_) return;
+    // The container's handler goes after this, while an abandoned task may still hold the module and send.
+    inboundQueue_->StopForwardingMessages();
+    outboundQueue_->StopForwardingMessages();
+    persistentResponses_->SetResponseHandler(nullptr);
+    outboundQueue_->SetRequestHandler(nullptr);
 }
 
 void PluginModuleBase::ReportError(const RetVal& value, const std::string& method) {

@@ -123,7 +123,9 @@ class PluginModuleBase : public IContainerConnector,
   private:
     void BuildChain(IMessageHandler<GenericMessage>* genericHandler);
     bool ReadConfiguration();
-    int RunInitializeHook();
+    bool RunInitializeHook();
+    bool RunHook(const char* name, bool (PluginModuleBase::*hook)());
+    void LeaveContainer();
     bool HandleResponse(const std::string& method, std::unique_ptr<JSONMessage> message);
     bool AnswerUnknown(const std::string& method, std::unique_ptr<JSONMessage> response);
     static RetVal CallHandler(const RequestHandler& handler, std::unique_ptr<JSONMessage> message,

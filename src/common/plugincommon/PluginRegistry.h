@@ -22,6 +22,10 @@ class PluginRegistry {
     // IContainerConnector::CreatePluginInstance, and the map stays empty.
     static void RegisterModule(ModuleFactory factory, const char* name);
 
+    // What a library of several modules fills its map with; this one carries one.
+    static void RegisterPluginModule() {}
+    static void RegisterAllModules() {}
+
     const ModuleMap& GetModuleMap() const { return modules_; }
     // The names as the container shows them.
     std::string GetModuleList() const;

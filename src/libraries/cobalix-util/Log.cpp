@@ -138,12 +138,13 @@ void LogMessage(LogLevel level, const char* file, int line, const char* format, 
     va_list arguments;
     va_start(arguments, format);
     try {
-        std::string text = FormatText(format, arguments);
-        // One line stays one line, whatever a hostile file name holds.
+        std::string text = "[" + TimeNow() + "][" + std::to_string(level) + "][" + threadName + "] " + file +
+                           ":" + std::to_string(line) + " " + FormatText(format, arguments);
+        // One line stays one line, and a terminal a terminal, whatever a file or a request is named.
         std::replace_if(
-            text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
-        TheSink().Send("[" + TimeNow() + "][" + std::to_string(level) + "][" + threadName + "] " + file +
-                       ":" + std::to_string(line) + " " + text);
+            text.begin(), text.end(), [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7F; },
+            ' ');
+        TheSink().Send(text);
     } catch (const std::exception&) {
         std::fputs("log line lost for want of memory\n", stderr);
     }

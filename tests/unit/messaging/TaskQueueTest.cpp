@@ -135,10 +135,10 @@ TEST(TaskQueue, TwoTasksOfOneNameEachFinishOnce) {
         EXPECT_TRUE(go.WaitFor(1));
         return KXP::TaskStatusDone;
     };
-    auto* second = new TestTask("same");
-    second->finished = &secondFinished;
     queue.ExecuteTask(first, queue.Now());
     ASSERT_TRUE(running.WaitFor(1));
+    auto* second = new TestTask("same");
+    second->finished = &secondFinished;
     queue.ExecuteTask(second, queue.Now());
     ASSERT_TRUE(secondFinished.WaitFor(1));
     EXPECT_EQ(firstFinished.Get(), 0);
@@ -199,6 +199,40 @@ TEST(TaskQueue, ATaskWithoutAThreadFailsAndFinishes) {
     queue.RequestStop();
     EXPECT_TRUE(queue.Step());
     EXPECT_FALSE(queue.Step()) << "nothing is pending";
+}
+
+TEST(TaskQueue, ThreadsThatRunOutFailHeldTasksOneByOne) {
+    // The first threads are had, then none any more, with a long queue behind them.
+    struct FewThreads : TaskQueue {
+        using TaskQueue::TaskQueue;
+        std::thread StartThread(std::function<void()> body) override {
+            if (++started > kMaxAsyncThreads)
+                throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+            return TaskQueue::StartThread(std::move(body));
+        }
+        size_t started = 0;
+    };
+    constexpr int kTasks = 40000;
+    LogCapture log;
+    FewThreads queue("test");
+    Counter finished;
+    Counter go;
+    for (int i = 0; i < kTasks; ++i) {
+        auto* task = new TestTask("task");
+        task->finished = &finished;
+        task->execute = [&] {
+            EXPECT_TRUE(go.WaitFor(1));
+            return KXP::TaskStatusDone;
+        };
+        queue.ExecuteTask(task, queue.Now());
+    }
+    queue.Start();
+    Counter settled;
+    queue.EnqueueNotification(queue.Now(), [&] { settled.Add(); });
+    ASSERT_TRUE(settled.WaitFor(1));
+    go.Add();
+    EXPECT_TRUE(finished.WaitFor(kTasks));
+    queue.StopAndJoin();
 }
 
 TEST(TaskQueue, AnAbandonedTaskKeepsItsOwnerAndIsNotHeard) {

@@ -1,8 +1,8 @@
 #include "common/plugincommon/task/TaskQueue.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
-#include <system_error>
 #include <vector>
 
 #include "CobalixUtil.h"
@@ -33,6 +33,8 @@ TaskQueue::~TaskQueue() {
 }
 
 bool TaskQueue::Start() {
+    stopRequested_ = false;
+    queue_->RefuseNothing();
     thread_ = std::thread([this] { WorkerThread(); });
     return true;
 }
@@ -104,8 +106,13 @@ void TaskQueue::Stop() {
     stopRequested_ = true;
     // An entry due in ten minutes, say the time limit of a request, must not keep the application waiting.
     queue_->RefuseLaterThan(std::chrono::milliseconds(kStallTimeoutMs));
-    for (const auto& [key, task] : pendingTasks_)
-        task->CancelTask();
+    for (const auto& [key, task] : pendingTasks_) {
+        try {
+            task->CancelTask();
+        } catch (...) {
+            LogEscaped();
+        }
+    }
 }
 
 void TaskQueue::ExecuteAsync(std::function<TaskStatus()> fn, const TimePoint& when, const std::string& name) {
@@ -127,14 +134,14 @@ void TaskQueue::ExecuteTask(ITask* task, const TimePoint& when) {
 }
 
 void TaskQueue::FinishAsync(const std::string& name) {
-    EnqueueNotification(kTaskTime, [this, name] { FinishLatest(name); });
+    EnqueueNotification(kTaskTime, [this, name] { FinishNamed(name); });
 }
 
 void TaskQueue::FinishAsync(const ITask& task) {
     EnqueueNotification(kTaskTime, [this, task = &task, name = task.identifier()] {
         for (const auto& [key, pending] : pendingTasks_) {
             if (pending.get() != task) continue;
-            Finish(RunKey(key));
+            FinishPending(RunKey(key));
             return;
         }
         KXP_LOG(LogFailure, "Could not find async task [%s]", name.c_str());
@@ -181,19 +188,21 @@ void TaskQueue::StartAsync(const RunKey& key, AsyncFunction fn) {
     try {
         thread = StartThread(std::move(body));
         ++runningThreads_;
-    } catch (const std::system_error& error) {
+    } catch (const std::exception& error) {
         KXP_LOG(LogFailure, "No thread for async task %s: %s", key.first.c_str(), error.what());
         const auto task = pendingTasks_.find(key);
         if (task != pendingTasks_.end()) task->second->FailTask(ExceptionToRetVal());
-        Finish(key);
+        Retire(key);
     }
 }
 
 void TaskQueue::StartHeld() {
-    if (held_.empty() || runningThreads_ >= kMaxAsyncThreads) return;
-    auto [key, fn] = std::move(held_.front());
-    held_.pop_front();
-    StartAsync(key, std::move(fn));
+    // A start that fails leaves its place to the next, hence a loop.
+    while (!held_.empty() && runningThreads_ < kMaxAsyncThreads) {
+        auto [key, fn] = std::move(held_.front());
+        held_.pop_front();
+        StartAsync(key, std::move(fn));
+    }
 }
 
 void TaskQueue::JoinThread(std::thread& thread) {
@@ -209,31 +218,49 @@ void TaskQueue::Release(const RunKey& key) {
     StartHeld();
 }
 
-void TaskQueue::FinishLatest(const std::string& name) {
-    auto after = pendingFutures_.upper_bound({name, std::numeric_limits<uint64_t>::max()});
-    if (after == pendingFutures_.begin() || std::prev(after)->first.first != name) {
+void TaskQueue::FinishNamed(const std::string& name) {
+    const auto first = pendingFutures_.lower_bound({name, 0});
+    const auto end = pendingFutures_.upper_bound({name, std::numeric_limits<uint64_t>::max()});
+    if (first == end) {
         KXP_LOG(LogFailure, "Could not find async task [%s]", name.c_str());
         return;
     }
-    Finish(RunKey(std::prev(after)->first));
+    // A run without a thread has said Pending and waits for just this.
+    const auto waiting = std::find_if(first, end, [](const auto& run) { return !run.second.joinable(); });
+    FinishPending(RunKey(waiting != end ? waiting->first : std::prev(end)->first));
+}
+
+void TaskQueue::FinishPending(const RunKey& key) {
+    // The call may come from inside the function that is yet to say Pending.
+    const auto future = pendingFutures_.find(key);
+    if (future != pendingFutures_.end()) JoinThread(future->second);
+    Finish(key);
 }
 
 void TaskQueue::Finish(const RunKey& key) {
     KXP_LOG(LogTrace, "Finish async task %s", key.first.c_str());
-    const auto future = pendingFutures_.find(key);
-    if (future == pendingFutures_.end()) {
+    if (pendingFutures_.count(key) == 0) {
         KXP_LOG(LogFailure, "Could not find async task [%s]", key.first.c_str());
         return;
     }
+    Retire(key);
+    StartHeld();
+}
+
+void TaskQueue::Retire(const RunKey& key) {
     const auto task = pendingTasks_.find(key);
     if (task != pendingTasks_.end()) {
-        task->second->FinishTask();
+        try {
+            task->second->FinishTask();
+        } catch (...) {
+            LogEscaped();
+        }
         pendingTasks_.erase(task);
     }
     // Its thread has ended or is just ending.
+    const auto future = pendingFutures_.find(key);
     JoinThread(future->second);
     pendingFutures_.erase(future);
-    StartHeld();
 }
 
 void TaskQueue::Abandon() {

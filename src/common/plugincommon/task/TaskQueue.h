@@ -30,7 +30,7 @@ class TaskQueue {
     TaskQueue(const TaskQueue&) = delete;
     TaskQueue& operator=(const TaskQueue&) = delete;
 
-    // Makes the worker. Starting twice is a program error.
+    // Makes the worker. Starting over a running one is a program error.
     bool Start();
 
     // Lets the worker end once nothing is pending, or after a second of silence, and joins it. Functions that
@@ -64,8 +64,8 @@ class TaskQueue {
     // Takes ownership of the task and runs it under its identifier. Throws KXP::Exception for a null task.
     void ExecuteTask(ITask* task, const TimePoint& when);
 
-    // Ends a function or task that said TaskStatusPending. With several under one name the latest is meant;
-    // the second form tells them apart.
+    // Ends a function or task that has said TaskStatusPending, or is about to. With several under one name
+    // the first that has said it is meant, else the latest; the second form tells them apart.
     void FinishAsync(const std::string& name);
     void FinishAsync(const ITask& task);
 
@@ -73,7 +73,7 @@ class TaskQueue {
     // threads holds it. Set before Start.
     void SetOwner(std::weak_ptr<void> owner) { owner_ = std::move(owner); }
 
-    // Opens what only the worker may run: elsewhere it logs, and ends a debug build.
+    // Called first in code that only the worker may run: elsewhere it logs, and ends a debug build.
     void AssertOnWorker() const;
 
     // The body of the worker's loop, for tests that drive a queue without a thread: runs the next entry.
@@ -115,7 +115,9 @@ class TaskQueue {
     void StartAsync(const RunKey& key, AsyncFunction fn);
     void StartHeld();
     void Finish(const RunKey& key);
-    void FinishLatest(const std::string& name);
+    void FinishPending(const RunKey& key);
+    void FinishNamed(const std::string& name);
+    void Retire(const RunKey& key);
     void Release(const RunKey& key);
     void JoinThread(std::thread& thread);
     void Abandon();

@@ -18,8 +18,11 @@ std::unique_ptr<TimedNotificationQueue::Notification> TimedNotificationQueue::Wa
     int timeoutMs) {
     MutexLock lock(mutex_);
     const TimePoint deadline = clock_.Now() + std::chrono::milliseconds(timeoutMs);
-    while (heap_.empty()) {
-        if (timeoutMs <= 0) {
+    // The top is read anew on each wake: an earlier entry may have arrived, or all may be gone.
+    while (heap_.empty() || clock_.Now() < heap_.front().when) {
+        if (!heap_.empty()) {
+            clock_.WaitUntil(changed_, mutex_, TimePoint(heap_.front().when));
+        } else if (timeoutMs <= 0) {
             changed_.Wait(mutex_);
         } else if (clock_.Now() < deadline) {
             clock_.WaitUntil(changed_, mutex_, deadline);
@@ -27,9 +30,6 @@ std::unique_ptr<TimedNotificationQueue::Notification> TimedNotificationQueue::Wa
             return nullptr;
         }
     }
-    // The top is read anew on each wake: an earlier entry may have arrived.
-    while (clock_.Now() < heap_.front().when)
-        clock_.WaitUntil(changed_, mutex_, TimePoint(heap_.front().when));
     std::pop_heap(heap_.begin(), heap_.end(), Later);
     std::unique_ptr<Notification> due = std::move(heap_.back().notification);
     heap_.pop_back();
@@ -46,6 +46,11 @@ void TimedNotificationQueue::RefuseLaterThan(std::chrono::milliseconds horizon) 
     std::move(tooLate, heap_.end(), std::back_inserter(dropped));
     heap_.erase(tooLate, heap_.end());
     std::make_heap(heap_.begin(), heap_.end(), Later);
+}
+
+void TimedNotificationQueue::RefuseNothing() {
+    MutexLock lock(mutex_);
+    horizon_.reset();
 }
 
 void TimedNotificationQueue::Clear() {

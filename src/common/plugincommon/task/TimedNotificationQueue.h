@@ -29,6 +29,8 @@ class TimedNotificationQueue {
     // Drops entries due later than `horizon` from now, and from now on those that are enqueued with such a
     // time. A queue that is shutting down would otherwise wait for them.
     void RefuseLaterThan(std::chrono::milliseconds horizon) EXCLUDES(mutex_);
+    // Takes entries of every time again.
+    void RefuseNothing() EXCLUDES(mutex_);
 
     void Clear() EXCLUDES(mutex_);
 
