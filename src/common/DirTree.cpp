@@ -67,6 +67,11 @@ void CopyFileOver(const fs::path& from, const fs::path& to) {
         KXP_LOG(LogFailure, "Passing over [%s], which is no file", from.c_str());
         return;
     }
+    const fs::file_type target = fs::status(to, error).type();
+    if (target != fs::file_not_found && target != fs::regular_file) {
+        KXP_LOG(LogFailure, "Passing over [%s], which stands where no file can be written", to.c_str());
+        return;
+    }
     // Overwriting truncates first, so a file must not be copied onto itself by way of a link.
     if (fs::equivalent(from, to, error)) return;
     fs::copy_file(from, to, fs::copy_option::overwrite_if_exists);
@@ -95,7 +100,7 @@ bool DirectoryCopy(const std::string& source, const std::string& destination, in
         KXP_LOG(LogFailure, "Source directory [%s] does not exist or is not a directory.", source.c_str());
         return false;
     }
-    if (IsInside(destination, source)) {
+    if (count == 0 && IsInside(destination, source)) {
         KXP_LOG(LogFailure, "Dest directory [%s] lies inside the source", destination.c_str());
         return false;
     }

@@ -56,7 +56,7 @@ bool DirectoryWritable(const std::string& path) {
 bool IsDirectory(const dirent* entry) {
     if (entry->d_type == DT_DIR) return true;
     if (entry->d_type != DT_UNKNOWN && entry->d_type != DT_LNK) return false;
-    // The bare name keeps links in a listed folder from counting as folders, and walks from following them.
+    // Looked up in the current folder, which may know another entry of this name; walks do not ask this.
     struct stat status {};
     if (stat(entry->d_name, &status) != 0) {
         KXP_LOG(LogMilestone, "KXP::IsDirectory stat failed for %s with errno %d", entry->d_name, errno);

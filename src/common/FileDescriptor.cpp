@@ -9,11 +9,20 @@
 namespace KXP {
 namespace {
 
-FileDescriptor OpenRegular(const std::string& path, int flags, mode_t mode) {
-    FileDescriptor file(open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, mode));
+FileDescriptor OpenRegular(const std::string& path, int flags, mode_t mode, uint64_t* size) {
+    // The system would take the text before a zero byte, which is another file.
+    if (path.find('\0') != std::string::npos) {
+        errno = EINVAL;
+        return {};
+    }
+    // Without O_NONBLOCK the opening of a pipe waits for its other end.
+    FileDescriptor file(open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC | O_NOCTTY, mode));
     if (!file.IsOpen()) return file;
     struct stat status {};
-    if (fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
+    if (fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) {
+        if (size) *size = static_cast<uint64_t>(status.st_size);
+        return file;
+    }
     file.Close();
     errno = EINVAL;
     return file;
@@ -27,12 +36,12 @@ bool FileDescriptor::Close() {
     return close(std::exchange(fd_, -1)) == 0 || errno == EINTR;
 }
 
-FileDescriptor OpenForRead(const std::string& path) {
-    return OpenRegular(path, O_RDONLY, 0);
+FileDescriptor OpenForRead(const std::string& path, uint64_t* size) {
+    return OpenRegular(path, O_RDONLY, 0, size);
 }
 
 FileDescriptor OpenForWrite(const std::string& path, unsigned mode) {
-    return OpenRegular(path, O_RDWR | O_CREAT, static_cast<mode_t>(mode));
+    return OpenRegular(path, O_WRONLY | O_CREAT, static_cast<mode_t>(mode), nullptr);
 }
 
 long ReadSome(const FileDescriptor& file, char* buffer, size_t size) {
@@ -42,15 +51,16 @@ long ReadSome(const FileDescriptor& file, char* buffer, size_t size) {
     }
 }
 
-bool WriteFully(const FileDescriptor& file, const char* bytes, size_t size) {
-    while (size > 0) {
-        const ssize_t put = write(file.get(), bytes, size);
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return false;
-        bytes += put;
-        size -= static_cast<size_t>(put);
+size_t ReadAt(const FileDescriptor& file, uint64_t position, char* buffer, size_t size) {
+    size_t done = 0;
+    while (done < size) {
+        const ssize_t got =
+            pread(file.get(), buffer + done, size - done, static_cast<off_t>(position + done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        done += static_cast<size_t>(got);
     }
-    return true;
+    return done;
 }
 
 bool WriteFullyAt(const FileDescriptor& file, const char* bytes, size_t size, size_t offset) {

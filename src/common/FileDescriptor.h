@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -23,6 +24,8 @@ class FileDescriptor {
 
     bool IsOpen() const { return fd_ >= 0; }
     int get() const { return fd_; }
+    // Leaves the descriptor to the caller.
+    int Release() { return std::exchange(fd_, -1); }
 
     // False when a write that was put off has failed.
     bool Close();
@@ -32,18 +35,19 @@ class FileDescriptor {
 };
 
 // Opens a regular file, following a symbolic link. Anything else gives a closed descriptor with errno set.
-FileDescriptor OpenForRead(const std::string& path);
+// Fills `size` with the file's own.
+FileDescriptor OpenForRead(const std::string& path, uint64_t* size = nullptr);
 
-// The same for reading and writing, creating the file with `mode` less the umask; an old file keeps its
-// bytes.
+// The same for writing, creating the file with `mode` less the umask; an old file keeps its bytes.
 FileDescriptor OpenForWrite(const std::string& path, unsigned mode);
 
 // The next bytes at the descriptor's position: their number, 0 at the end, -1 with errno set.
 long ReadSome(const FileDescriptor& file, char* buffer, size_t size);
 
-// Writes all bytes at the descriptor's position, or from `offset` in the second form. False with errno set,
-// with an unknown part written.
-bool WriteFully(const FileDescriptor& file, const char* bytes, size_t size);
+// Fills `buffer` with bytes from `position` on; fewer come only at the end of the file or where a read fails.
+size_t ReadAt(const FileDescriptor& file, uint64_t position, char* buffer, size_t size);
+
+// Writes all bytes from `offset` on. False with errno set, with an unknown part written.
 bool WriteFullyAt(const FileDescriptor& file, const char* bytes, size_t size, size_t offset);
 
 // The bytes of a file in memory.

@@ -33,9 +33,11 @@ void LogMoveFailed(const std::string& source, const std::string& destination) {
 
 bool CopyBytes(const FileDescriptor& source, const FileDescriptor& destination) {
     char block[kCopyBlock];
+    size_t offset = 0;
     long got = 0;
     while ((got = ReadSome(source, block, sizeof block)) > 0) {
-        if (!WriteFully(destination, block, static_cast<size_t>(got))) return false;
+        if (!WriteFullyAt(destination, block, static_cast<size_t>(got), offset)) return false;
+        offset += static_cast<size_t>(got);
     }
     return got == 0;
 }

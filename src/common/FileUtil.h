@@ -11,8 +11,9 @@ namespace KXP {
 // a file; callers only ask about what they may read.
 bool FileExists(const std::string& path);
 
-// Copies bytes, owner and mode; gives a code. Not truncating: a longer old destination keeps its tail. Only
-// regular files are copied, and links are followed. The destination is partly written after a failure.
+// Copies bytes, and owner and mode as far as the volume takes them; gives a code. Not truncating: a longer
+// old destination keeps its tail. Only regular files are copied, and links are followed. The destination is
+// partly written after a failure.
 int FileCopy(const std::string& source, const std::string& destination);
 
 // Renames; gives a code. Never copies, so it fails between volumes.

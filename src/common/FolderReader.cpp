@@ -1,18 +1,30 @@
 #include "common/FolderReader.h"
 
-#include <cstring>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "CobalixUtil.h"
+#include "common/TextUtil.h"
+
 namespace KXP {
 
+FolderReader::FolderReader(const std::string& path)
+    // The system would take the text before a zero byte, which is another folder.
+    : path_(path), folder_(path.find('\0') == std::string::npos ? opendir(path.c_str()) : nullptr) {}
+
 bool FolderReader::Next() {
-    if (!folder_) return false;
-    do {
-        entry_ = readdir(folder_.get());
-    } while (entry_ && (std::strcmp(entry_->d_name, ".") == 0 || std::strcmp(entry_->d_name, "..") == 0));
-    return entry_ != nullptr;
+    while (folder_ && (entry_ = readdir(folder_.get())) != nullptr) {
+        const std::string_view name = entry_->d_name;
+        if (name == "." || name == "..") continue;
+        if (IsValidUtf8(name)) return true;
+        ++illegible_;
+    }
+    if (illegible_ > 0)
+        KXP_LOG(LogFailure, "Passed over %d names in %s that are not UTF-8", illegible_, path_.c_str());
+    illegible_ = 0;
+    return false;
 }
 
 EntryKind FolderReader::Kind() const {

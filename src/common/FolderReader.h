@@ -1,5 +1,6 @@
 // One pass over the entries of a folder, in its own order, without a list of them in memory. Links count as
-// what they lead to; nothing is opened, so that no pipe or device can block.
+// what they lead to; nothing is opened, so that no pipe or device can block. Names that are not UTF-8 are
+// passed over, which is logged once at the end.
 #pragma once
 
 #include <memory>
@@ -17,15 +18,13 @@ enum class EntryKind {
 
 class FolderReader {
   public:
-    explicit FolderReader(const std::string& path) : folder_(opendir(path.c_str())) {}
-
-    // False when the folder could not be opened; it then has no entries.
-    bool IsOpen() const { return folder_ != nullptr; }
+    // A folder that cannot be opened has no entries.
+    explicit FolderReader(const std::string& path);
 
     // Steps to the next entry, past "." and "..". False at the end.
     bool Next();
 
-    // The entry stepped to. Its name is bytes: it need not be UTF-8.
+    // The entry stepped to.
     const char* Name() const { return entry_->d_name; }
     EntryKind Kind() const;
 
@@ -34,8 +33,10 @@ class FolderReader {
         void operator()(DIR* folder) const { closedir(folder); }
     };
 
+    const std::string path_;
     std::unique_ptr<DIR, Close> folder_;
     const dirent* entry_ = nullptr;
+    int illegible_ = 0;
 };
 
 }  // namespace KXP

@@ -1,31 +1,36 @@
-// Read access to a regular file, for code that inspects files it knows nothing of: opening never blocks and
-// never touches a pipe, device or folder, and a read costs one system call.
+// Read access to a regular file, for code that inspects files it knows nothing of: opening never blocks,
+// pipes, devices and folders are never read, and a read costs one system call.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
+#include "common/FileDescriptor.h"
+
 namespace KXP {
 
-// Owns one descriptor. Not for sharing between threads.
+// Not for sharing between threads.
 class ifstream {
   public:
-    ifstream() = default;
-    ~ifstream();
-    ifstream(const ifstream&) = delete;
-    ifstream& operator=(const ifstream&) = delete;
-
     // False, with nothing held, when the path cannot be opened or is no regular file; symbolic links are
-    // followed. Call it once.
-    bool open(const std::string& path);
+    // followed.
+    bool open(const std::string& path) {
+        file_ = OpenForRead(path, &size_);
+        return file_.IsOpen();
+    }
 
     // Fills `out` with up to `count` bytes from `position` on. Fewer come only at the end of the file, which
     // is where it was at the opening, or where the device fails.
-    size_t read_at(uint64_t position, char* out, size_t count);
+    size_t read_at(uint64_t position, char* out, size_t count) {
+        if (position >= size_) return 0;
+        // Cut at the known size: the call that would only find the end of the file is saved.
+        return ReadAt(file_, position, out, static_cast<size_t>(std::min<uint64_t>(count, size_ - position)));
+    }
 
   private:
-    int descriptor_ = -1;
+    FileDescriptor file_;
     uint64_t size_ = 0;
 };
 

@@ -52,8 +52,10 @@ bool ParseLastText(std::string_view text, Document& document) {
         const size_t end = text.find_last_not_of('\0');
         text = text.substr(0, end + 1);
         const size_t start = text.rfind('\0') + 1;
-        if (!ParseJSON(text.substr(start), document).IsError()) return true;
-        if (start == 0) return false;
+        const bool parsed = !ParseJSON(text.substr(start), document).IsError();
+        if (start == 0) return parsed;
+        // What a write leaves is an object; anything else behind a zero byte belongs to nobody.
+        if (parsed && document.IsObject()) return true;
         text = text.substr(0, start);
     }
     return false;
@@ -105,8 +107,12 @@ void JSONFile::Init(const std::string& path) {
 
 RetVal JSONFile::OpenFile(FILE*& file, bool read) const {
     const char* mode = read ? "rb" : "wb";
-    file = std::fopen(path_.c_str(), mode);
-    return file ? RetVal{} : OpenFailed(mode);
+    FileDescriptor opened = read ? OpenForRead(path_) : OpenForWrite(path_, kNewFileMode);
+    if (!opened.IsOpen() || (!read && ftruncate(opened.get(), 0) != 0)) return OpenFailed(mode);
+    file = fdopen(opened.get(), mode);
+    if (!file) return OpenFailed(mode);
+    opened.Release();
+    return {};
 }
 
 RetVal JSONFile::OpenFailed(const char* mode) const {

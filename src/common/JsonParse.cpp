@@ -53,10 +53,11 @@ namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
-// Hands the parser's events to a document and stops the parser before it nests too deep.
-class DepthLimiter {
+// Hands the parser's events to a document, and stops the parser before it nests too deep and at text that is
+// not UTF-8.
+class EventLimiter {
   public:
-    explicit DepthLimiter(Document& document) : document_(document) {}
+    explicit EventLimiter(Document& document) : document_(document) {}
 
     bool Null() { return document_.Null(); }
     bool Bool(bool b) { return document_.Bool(b); }
@@ -69,17 +70,24 @@ class DepthLimiter {
         return document_.RawNumber(text, size, copy);
     }
     bool String(const char* text, rapidjson::SizeType size, bool copy) {
-        return document_.String(text, size, copy);
+        return IsText(text, size) && document_.String(text, size, copy);
     }
     bool Key(const char* text, rapidjson::SizeType size, bool copy) {
-        return document_.Key(text, size, copy);
+        return IsText(text, size) && document_.Key(text, size, copy);
     }
     bool StartObject() { return Enter() && document_.StartObject(); }
     bool EndObject(rapidjson::SizeType members) { return Leave() && document_.EndObject(members); }
     bool StartArray() { return Enter() && document_.StartArray(); }
     bool EndArray(rapidjson::SizeType elements) { return Leave() && document_.EndArray(elements); }
 
+    bool metBadText() const { return badText_; }
+
   private:
+    // Of what has been unescaped: a lone surrogate is let through by the parser.
+    bool IsText(const char* text, size_t size) {
+        badText_ = !IsValidUtf8({text, size});
+        return !badText_;
+    }
     bool Enter() { return ++depth_ <= kMaxJsonDepth; }
     bool Leave() {
         --depth_;
@@ -88,16 +96,17 @@ class DepthLimiter {
 
     Document& document_;
     int depth_ = 0;
+    bool badText_ = false;
 };
 
-template <unsigned flags>
 rapidjson::ParseResult ParseInto(std::string_view text, Document& document) {
     rapidjson::ParseResult result;
     const auto generate = [&](Document& target) {
         JsonTextStream stream(text);
-        DepthLimiter limiter(target);
+        EventLimiter limiter(target);
         rapidjson::Reader reader;
-        result = reader.Parse<flags | rapidjson::kParseCommentsFlag>(stream, limiter);
+        result = reader.Parse<rapidjson::kParseCommentsFlag>(stream, limiter);
+        if (limiter.metBadText()) result.Set(rapidjson::kParseErrorStringInvalidEncoding, result.Offset());
         return !result.IsError();
     };
     document.Populate(generate);
@@ -192,10 +201,7 @@ rapidjson::ParseResult ParseJSON(std::string_view text, Document& document) {
         const rapidjson::ParseResult exponents = CheckExponents(text);
         if (exponents.IsError()) return exponents;
     }
-    // Text that is UTF-8 as a whole need not be checked string by string, which is slow. Other text may still
-    // be right where it counts, as in a comment of another encoding.
-    if (IsValidUtf8(text)) return ParseInto<rapidjson::kParseNoFlags>(text, document);
-    return ParseInto<rapidjson::kParseValidateEncodingFlag>(text, document);
+    return ParseInto(text, document);
 }
 
 }  // namespace KXP

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <filesystem>
 #include <regex>
 
 #include <sys/stat.h>
@@ -91,15 +90,16 @@ int FileDate(const std::string& path, std::string& date) {
 }
 
 int MilisecsFromFileCreation(const std::string& path, uint64_t& milliseconds) {
-    std::error_code error;
-    const auto modified = std::filesystem::last_write_time(path, error);
-    if (error) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
         KXP_LOG(LogFailure, "File not Found");
         return Code::kNotFound;
     }
-    const auto age = std::filesystem::file_time_type::clock::now() - modified;
-    milliseconds = static_cast<uint64_t>(
-        std::max<int64_t>(0, std::chrono::duration_cast<std::chrono::milliseconds>(age).count()));
+    // In double, because a file system may give any 64-bit number of seconds.
+    const double modified = static_cast<double>(status.st_mtim.tv_sec) * 1000 +
+                            static_cast<double>(status.st_mtim.tv_nsec / 1000000);
+    const double age = std::max(0.0, static_cast<double>(GetSystemTimeMs()) - modified);
+    milliseconds = static_cast<uint64_t>(std::min(age, 9e18));
     return Code::kOk;
 }
 

@@ -41,7 +41,7 @@ TEST(CommandLine, UsageErrorsAreTwo) {
 TEST(CommandLine, HelpVersionAndModesNeedNoPlugin) {
     const Ended help = RunHost({"--help"}, {}, "old");
     EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(Contains(help.out, "gallery-host call GetSettings"));
+    EXPECT_TRUE(Contains(help.out, "gallery-host call GetFolderListing"));
     EXPECT_TRUE(Contains(RunHost({"--version"}, {}, "old").out, "gallery-host 1."));
     const Ended modes = RunHost({"-d", "list"}, {}, "old");
     EXPECT_EQ(modes.status, 0);

@@ -16,10 +16,16 @@ namespace {
 
 constexpr size_t kMaxUserDirsBytes = 1 << 20;
 
+std::string WithoutEndingSlash(std::string folder) {
+    while (folder.size() > 1 && folder.back() == '/')
+        folder.pop_back();
+    return folder;
+}
+
 // By the base directory rules a relative path counts as unset.
 std::string FolderFromEnvironment(const char* name, const std::string& fallback) {
     const std::string folder = GetEnv(name).value_or("");
-    return folder.empty() || folder.front() != '/' ? fallback : folder;
+    return folder.empty() || folder.front() != '/' ? fallback : WithoutEndingSlash(folder);
 }
 
 std::string HomeOfPasswordEntry() {
@@ -52,9 +58,7 @@ std::string VideosFolderOfLine(const std::string& line, const std::string& home)
         folder += line[at];
     }
     if (at >= line.size()) return "";
-    while (folder.size() > 1 && folder.back() == '/')
-        folder.pop_back();
-    return folder;
+    return WithoutEndingSlash(folder);
 }
 
 }  // namespace
@@ -76,7 +80,7 @@ std::string AppSupportFolder() {
 
 std::string HomeFolder() {
     const std::string home = GetEnv("HOME").value_or("");
-    return home.empty() ? HomeOfPasswordEntry() : home;
+    return WithoutEndingSlash(home.empty() ? HomeOfPasswordEntry() : home);
 }
 
 std::string MoviesFolder() {

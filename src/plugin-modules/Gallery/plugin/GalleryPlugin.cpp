@@ -3,7 +3,7 @@
 #include "CobalixUtil.h"
 #include "common/Exception.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
-#include "plugin-modules/Gallery/src/AsModule.h"
+#include "plugin-modules/Gallery/src/GalleryAPIOf.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 namespace KXP {
@@ -17,10 +17,6 @@ void IContainerConnector::DestroyPluginInstance(IContainerConnector* instance) {
 }
 
 }  // namespace KXP
-
-KXP::PluginModuleBase& AsModule(GalleryPlugin& plugin) {
-    return plugin;
-}
 
 std::shared_ptr<ZvGalleryAPI> GalleryAPIOf(KXP::PluginModuleBase& module) {
     return static_cast<GalleryPlugin&>(module).api();

@@ -74,20 +74,13 @@ bool FolderListing::DirectoryCompare::operator()(const std::string& a, const std
 
 void FolderListing::Read() {
     KXP::FolderReader folder(options_.directory);
-    int illegible = 0;
     while (folder.Next()) {
-        const std::string name = folder.Name();
-        if (!KXP::IsValidUtf8(name)) {
-            ++illegible;
-        } else if (folder.Kind() == KXP::EntryKind::Folder) {
-            AddDirectory(name);
+        if (folder.Kind() == KXP::EntryKind::Folder) {
+            AddDirectory(folder.Name());
         } else {
-            InspectFile(name);
+            InspectFile(folder.Name());
         }
     }
-    if (illegible > 0)
-        KXP_LOG(LogFailure, "Passed over %d names in %s that are not UTF-8", illegible,
-                options_.directory.c_str());
 }
 
 void FolderListing::AddDirectory(const std::string& name) try {

@@ -6,7 +6,7 @@
 
 #include "common/Exception.h"
 #include "common/plugincommon/JsonResponseAsync.h"
-#include "plugin-modules/Gallery/src/AsModule.h"
+#include "plugin-modules/Gallery/src/GalleryAPIOf.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 template <typename T>

@@ -24,11 +24,15 @@ KXP::RetVal GetFolderListing::ExecuteAsync(const KXP::Value& params) {
         // A listing of the product's own files alone comes from the tracker.
         if (options.onlyOwn) return {KXP::Code::kFailure, "No tracker", 0};
         listing_.emplace(std::move(options));
-        listing_->Read();
-        return {};
+        return GetNonZvFolders();
     } catch (const std::exception& error) {
         return {KXP::Code::kInvalidArgument, KXP::ExceptionText(error), 0};
     }
+}
+
+KXP::RetVal GetFolderListing::GetNonZvFolders() {
+    listing_->Read();
+    return {};
 }
 
 void GetFolderListing::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {

@@ -14,5 +14,8 @@ class GetFolderListing : public GalleryTaskBase<GetFolderListing> {
     void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
 
   private:
+    // The folder as it is on disk.
+    KXP::RetVal GetNonZvFolders();
+
     std::optional<FolderListing> listing_;
 };

@@ -1,6 +1,7 @@
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 #include "CobalixUtil.h"
+#include "common/DirUtil.h"
 #include "common/RetVal.h"
 #include "plugin-modules/Gallery/src/media/JpegWalk.h"
 #include "plugin-modules/Gallery/src/media/Mp4Walk.h"
@@ -40,10 +41,6 @@ const Format* FindFormat(std::string_view path) {
     return nullptr;
 }
 
-const char* FileName(const std::string& path) {
-    return path.c_str() + path.rfind('/') + 1;  // npos + 1 is 0
-}
-
 void Reset(SniffResult& result) {
     result.isOwn = false;
     result.fileType = "other";
@@ -67,7 +64,7 @@ int32_t SniffFile(const std::string& path, SniffResult& result) {
 
     KXP::ifstream file;
     if (!file.open(path)) {
-        KXP_LOG(KXP::LogFailure, "Failed to open %s", FileName(path));
+        KXP_LOG(KXP::LogFailure, "Failed to open %s", KXP::GetFileNameFromPath(path).c_str());
         return KXP::Code::kFailure;
     }
     FileSource source(file);
@@ -82,7 +79,7 @@ int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {
     isValid = false;
     KXP::ifstream file;
     if (!file.open(path)) {
-        KXP_LOG(KXP::LogFailure, "Could not open %s", FileName(path));
+        KXP_LOG(KXP::LogFailure, "Could not open %s", KXP::GetFileNameFromPath(path).c_str());
         return KXP::Code::kInvalidHandle;
     }
     FileSource source(file);

@@ -13,7 +13,8 @@ namespace media {
 // `result`; highlight fields and the time stamp keep what they held unless the file tells them. Returns 1,
 // own or not, or a negative code: 0x80004005 when the file cannot be opened (a pipe, device or folder counts
 // as such and never blocks) or read on, 0x8007000D for a malformed MP4. Fields set before a failure stay.
-// Writes log lines for failures. Any thread; reads a few pages whatever the file's size.
+// Writes log lines for failures. Any thread. Reads a page or two of an ordinary capture, whatever its size; a
+// file made of nothing but markers or boxes is read along their chain.
 int32_t SniffFile(const std::string& path, SniffResult& result);
 
 // Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
