@@ -23,27 +23,23 @@ TEST(Log, LineForm) {
         LogNameThread("GALLERY", nullptr);
         LogMessage(LogFailure, "f", 1, "x");
     }).join();
-    LogMessage(LogDetail, "f", 1, "y");
     const std::vector<std::string> lines = log.Lines();
-    ASSERT_EQ(lines.size(), 3u);
-    EXPECT_TRUE(
-        std::regex_match(lines[0], std::regex("\\[\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z\\]"
-                                              "\\[2\\]\\[GALLERY TASK\\] src/File\\.cpp:12 text 5")))
-        << lines[0];
+    ASSERT_EQ(lines.size(), 2u);
+    const std::regex form(
+        "\\[\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z\\]"
+        "\\[2\\]\\[GALLERY TASK\\] src/File\\.cpp:12 text 5");
+    EXPECT_TRUE(std::regex_match(lines[0], form)) << lines[0];
     EXPECT_NE(lines[1].find("][1][GALLERY] f:1 x"), std::string::npos) << lines[1];
-    EXPECT_NE(lines[2].find("][3][] f:1 y"), std::string::npos) << lines[2];
 }
 
 TEST(Log, OneLineStaysOneLineAtAnyLength) {
     LogCapture log;
-    const std::string name = "a\nb\rc";
-    const std::string longText(100000, 'x');
-    KXP_LOG(LogFailure, "%s", name.c_str());
+    KXP_LOG(LogFailure, "%s", "a\nb\rc");
     EXPECT_TRUE(log.HasLine(1, "a b c"));
-    for (const size_t length : {size_t{510}, size_t{511}, size_t{512}, size_t{513}, longText.size()}) {
-        log.Clear();
-        KXP_LOG(LogFailure, "%s", longText.substr(0, length).c_str());
-        EXPECT_TRUE(log.HasLine(1, longText.substr(0, length))) << length;
+    for (const size_t length : {511, 512, 513, 100000}) {
+        const std::string text(length, 'x');
+        KXP_LOG(LogFailure, "%s", text.c_str());
+        EXPECT_TRUE(log.HasLine(1, text)) << length;
     }
 }
 
@@ -59,48 +55,44 @@ TEST(LogDeathTest, LevelsAboveTheOneInForceAreDropped) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto leaves = testing::ExitedWithCode(0);
     EXPECT_EXIT(WriteEachLevelAndLeave(nullptr), leaves, "level1\n.*level2\n.*level3\n$");
-    EXPECT_EXIT(WriteEachLevelAndLeave("4"), leaves, "level1\n.*level2\n.*level3\n.*level4\n$");
     EXPECT_EXIT(WriteEachLevelAndLeave("1"), leaves, "^[^\n]*level1\n$");
     EXPECT_EXIT(WriteEachLevelAndLeave("loud"), leaves, "level3\n$");
 }
 
-struct Counter {
+struct Calls {
     std::atomic<bool> closed{false};
-    std::atomic<int> calls{0};
+    std::atomic<int> count{0};
     std::atomic<int> late{0};
 };
 
-void Count(const char*, void* context) {
-    auto* counter = static_cast<Counter*>(context);
-    ++counter->calls;
-    if (counter->closed) ++counter->late;
+void CountCall(const char*, void* context) {
+    auto* calls = static_cast<Calls*>(context);
+    ++calls->count;
+    if (calls->closed) ++calls->late;
 }
 
 TEST(Log, NoCallbackRunsOnceItIsReplaced) {
     std::atomic<bool> stop{false};
-    Counter rest;
-    LogInit(LocalApp, Count, &rest);
-    std::vector<std::thread> threads;
-    threads.reserve(3);
-    for (int i = 0; i < 3; ++i) {
-        threads.emplace_back([&] {
-            while (!stop)
-                KXP_LOG(LogFailure, "line");
-        });
-    }
+    const auto write = [&stop] {
+        while (!stop)
+            KXP_LOG(LogFailure, "line");
+    };
+    Calls rest;
+    LogInit(LocalApp, CountCall, &rest);
+    std::thread one(write), two(write);
     int late = 0;
     for (int round = 0; round < 300; ++round) {
-        auto counter = std::make_unique<Counter>();
-        LogInit(LocalApp, Count, counter.get());
-        while (counter->calls == 0)
+        auto calls = std::make_unique<Calls>();
+        LogInit(LocalApp, CountCall, calls.get());
+        while (calls->count == 0)
             std::this_thread::yield();
-        LogInit(LocalApp, Count, &rest);
-        counter->closed = true;
-        late += counter->late;  // and whoever came later would write to freed memory
+        LogInit(LocalApp, CountCall, &rest);
+        calls->closed = true;
+        late += calls->late;  // and whoever came later would write to freed memory
     }
     stop = true;
-    for (std::thread& thread : threads)
-        thread.join();
+    one.join();
+    two.join();
     LogInit(LocalApp, nullptr, nullptr);
     EXPECT_EQ(late, 0);
 }
