@@ -115,10 +115,6 @@ void ChildProcess::Write(const std::string& text) {
     }
 }
 
-void ChildProcess::CloseInput() {
-    Close(in_);
-}
-
 void ChildProcess::CloseOutput() {
     Close(out_);
 }
@@ -136,7 +132,7 @@ bool ChildProcess::ReadErrUntil(const std::string& text) {
 }
 
 int ChildProcess::Wait() {
-    CloseInput();
+    Close(in_);
     while (ReadOnce()) {
     }
     int status = 0;
