@@ -137,7 +137,6 @@ const PayloadCase kPayloads[] = {
     {"GetFolderListing", "parameters", R"({"directory":"/a","aFieldOfALaterClient":[{}]})", nullptr},
     {"GetFolderListing", "parameters", R"({"directory":"/a","excludeDirectoryType":"all"})", "enum"},
     {"GetFolderListing", "return", R"({"files":[{"subtype":"Exr"},{"subtype":"Screenshot"}]})", "enum"},
-    {"GetFolderCRC", "parameters", R"({"directory":""})", "minLength"},
     {"GetThumbnail", "parameters", R"({"file":"/a","width":0,"height":1})", "minimum"},
     {"GetMontageCloudConfig", "return", R"({})", nullptr},
     {"OpenHighlightsGroupSummary", "parameters", R"({"app":{},"groupsInfo":[{"groupId":"a"}]})", "required"},
@@ -148,9 +147,6 @@ const PayloadCase kPayloads[] = {
      R"({"inputs":[{"details":{"path":"a","duration":1,"transition":{"speed":1}},"inputFileType":"video"}],
          "recipe":"r","output":"o","storyboard":{"brandZV":{"brandType":"brandSliderInOnly"}}})",
      nullptr},
-    {"CreateMontageFromRecipe", "parameters",
-     R"({"inputs":[{"details":{"path":"a"},"inputFileType":"video"}],"recipe":"r","output":"o"})",
-     "required"},
     {"GalleryNotifications", "return", R"({"ugcDeleted":{"ugc":{"fileSource":"Elsewhere"}}})", "enum"},
     {"CancelMontage", "parameters", R"({"anything":1})", nullptr},
 };

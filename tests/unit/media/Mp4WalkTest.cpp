@@ -96,7 +96,6 @@ TEST(Mp4Walk, TagsAtTheEndOfTheFile) {
 
 TEST(Mp4Walk, ReadsNoMoreThan4096BytesOfTags) {
     const auto padded = [](size_t size) { return kShare + std::string(size - kShare.size(), ' '); };
-    EXPECT_TRUE(Walk(Movie(padded(4096))).isOwn);
     EXPECT_TRUE(Walk(Movie(padded(5000))).isOwn) << "blanks are cut, not the text";
     std::string text = padded(5000);
     std::rotate(text.begin() + 1, text.begin() + static_cast<long>(kShare.size()), text.end());
