@@ -10,14 +10,15 @@
 namespace {
 
 TEST(CommandLine, UsageErrorsAreTwo) {
-    for (const auto& arguments : std::vector<std::vector<std::string>>{{},
-                                                                       {"frobnicate"},
-                                                                       {"call", ""},
-                                                                       {"-d", "nonsense", "serve"},
-                                                                       {"--timeout", "0", "serve"},
-                                                                       {"list", ".", "--exclude", "some"},
-                                                                       {"call", "Echo", "[1]"},
-                                                                       {"call", "Echo", "@/"}}) {
+    const std::vector<std::vector<std::string>> wrong = {{},
+                                                         {"frobnicate"},
+                                                         {"call", ""},
+                                                         {"-d", "nonsense", "serve"},
+                                                         {"--timeout", "0", "serve"},
+                                                         {"list", ".", "--exclude", "some"},
+                                                         {"call", "Echo", "[1]"},
+                                                         {"call", "Echo", "@/"}};
+    for (const auto& arguments : wrong) {
         const Ended ended = RunHost(arguments);
         EXPECT_EQ(ended.status, 2) << testing::PrintToString(arguments) << ended.err;
         EXPECT_EQ(ended.out, "");
