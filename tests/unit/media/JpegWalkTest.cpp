@@ -89,16 +89,15 @@ TEST(JpegWalk, OnlyTheFirstBlockOfAJfifFileWithBigEndianDataCounts) {
     EXPECT_TRUE(Walk(own).isOwn);
     EXPECT_FALSE(Walk(own.substr(0, 511)).isOwn);
     EXPECT_FALSE(Walk("").isOwn);
-    std::string other = own;
-    other[3] = '\xE1';
-    EXPECT_FALSE(Walk(other).isOwn);
-    std::string little = own;
-    little.replace(captures::kTiffBase, 2, "II");
-    EXPECT_FALSE(Walk(little).isOwn);
-    for (const uint16_t length : {uint16_t{27}, uint16_t{492}, uint16_t{493}, uint16_t{0xFFFF}}) {
-        std::string moved = own;
-        moved.replace(4, 2, U16(length));
-        EXPECT_FALSE(Walk(moved).isOwn) << length;
+    struct Patch {
+        size_t at;
+        std::string bytes;
+    };
+    for (const Patch& patch : {Patch{3, "\xE1"}, Patch{captures::kTiffBase, "II"}, Patch{4, U16(27)},
+                               Patch{4, U16(492)}, Patch{4, U16(493)}, Patch{4, U16(0xFFFF)}}) {
+        std::string patched = own;
+        patched.replace(patch.at, patch.bytes.size(), patch.bytes);
+        EXPECT_FALSE(Walk(patched).isOwn) << testing::PrintToString(patch.bytes);
     }
 }
 

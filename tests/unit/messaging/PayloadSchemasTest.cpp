@@ -120,14 +120,14 @@ std::vector<Document> SpoiltPayloads(const Value& sample) {
 
 TEST_F(PayloadSchemasTest, LogsNamesAndNoValues) {
     PayloadSchemas schemas(catalogue_);
-    const Document payload = Parsed(R"({"directory":5,"secret":{"token":"abc"},"list":[{"x":1}]})");
+    const Document payload = Parsed(R"({"directory":5,"secret":{"token":"abc"},"list":[{"x":1}],"e":{}})");
     const RetVal result = schemas.Validate("GetFolderCRC", payload, "parameters");
     EXPECT_EQ(static_cast<int32_t>(0x8008F001), result.code);
     EXPECT_TRUE(log_.HasLine(
         1,
         "Could not parse JSON message for method GetFolderCRC: 0x8008f001[0]: Schema 'parameters' validation "
         "error. Problem found at key #/directory. Schema violated: #/properties/directory. Violation: type, "
-        "Returned fields: {directory,secret{token},list}"));
+        "Returned fields: {directory,secret{token},list,e{}}"));
 }
 
 TEST_F(PayloadSchemasTest, PointersAreUriFragments) {
