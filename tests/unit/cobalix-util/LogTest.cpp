@@ -1,6 +1,5 @@
 #include <atomic>
 #include <cstdlib>
-#include <memory>
 #include <regex>
 #include <stdexcept>
 #include <string>
@@ -59,42 +58,32 @@ TEST(LogDeathTest, LevelsAboveTheOneInForceAreDropped) {
     EXPECT_EXIT(WriteEachLevelAndLeave("loud"), leaves, "level3\n$");
 }
 
-struct Calls {
-    std::atomic<bool> closed{false};
-    std::atomic<int> count{0};
-    std::atomic<int> late{0};
+struct Stay {
+    std::atomic<bool> entered{false};
+    std::atomic<bool> replacing{false};
+    std::atomic<bool> left{false};
 };
 
-void CountCall(const char*, void* context) {
-    auto* calls = static_cast<Calls*>(context);
-    ++calls->count;
-    if (calls->closed) ++calls->late;
+void StayAWhile(const char*, void* context) {
+    auto* stay = static_cast<Stay*>(context);
+    stay->entered = true;
+    while (!stay->replacing)
+        std::this_thread::yield();
+    for (int i = 0; i < 10000; ++i)
+        std::this_thread::yield();
+    stay->left = true;
 }
 
 TEST(Log, NoCallbackRunsOnceItIsReplaced) {
-    std::atomic<bool> stop{false};
-    const auto write = [&stop] {
-        while (!stop)
-            KXP_LOG(LogFailure, "line");
-    };
-    Calls rest;
-    LogInit(LocalApp, CountCall, &rest);
-    std::thread one(write), two(write);
-    int late = 0;
-    for (int round = 0; round < 300; ++round) {
-        auto calls = std::make_unique<Calls>();
-        LogInit(LocalApp, CountCall, calls.get());
-        while (calls->count == 0)
-            std::this_thread::yield();
-        LogInit(LocalApp, CountCall, &rest);
-        calls->closed = true;
-        late += calls->late;  // and whoever came later would write to freed memory
-    }
-    stop = true;
-    one.join();
-    two.join();
+    Stay stay;
+    LogInit(LocalApp, StayAWhile, &stay);
+    std::thread writer([] { KXP_LOG(LogFailure, "line"); });
+    while (!stay.entered)
+        std::this_thread::yield();
+    stay.replacing = true;
     LogInit(LocalApp, nullptr, nullptr);
-    EXPECT_EQ(late, 0);
+    EXPECT_TRUE(stay.left);
+    writer.join();
 }
 
 void LogAgain(const char* line, void* context) {
