@@ -114,13 +114,15 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
         Document json;
         return Read(bytes, json).Failed() ? "unreadable" : jsonGetValue<std::string>(json, "a");
     };
+    const auto reserved = [&](const std::string& copy) { return oldText + zeros + copy + zeros; };
+    const auto copied = [&](const std::string& place) { return place + '\0' + newText; };
     for (size_t written = 1; written < newText.size(); ++written)
-        EXPECT_EQ(valueIn(oldText + zeros + newText.substr(0, written) + zeros), "old") << written;
+        EXPECT_EQ(valueIn(reserved(newText.substr(0, written))), "old") << written;
     for (size_t written = 0; written < newText.size(); ++written) {
         const std::string place = newText.substr(0, written) + oldText.substr(written);
-        EXPECT_EQ(valueIn(place + '\0' + newText), "new") << written;
+        EXPECT_EQ(valueIn(copied(place)), "new") << written;
         // And stopped again while the next text was written behind these.
-        EXPECT_EQ(valueIn(place + '\0' + newText + '\0' + "{\"a\":\"ne"), "new") << written;
+        EXPECT_EQ(valueIn(copied(place).append("\0{\"a\":\"ne", 9)), "new") << written;
     }
 }
 

@@ -127,9 +127,13 @@ TEST(JpegSize, FollowsTheMarkersToTheFrame) {
 
 TEST(JpegSize, AnythingElseIsNotValid) {
     const std::string start = "\xFF\xD8";
-    for (const std::string& bad : {kFrame, start + "x" + kFrame, start + "\xFF\xE1" + U16(3) + "xx" + kFrame,
-                                   start + "\xFF\xE1" + U16(1) + kFrame, start + "\xFF\xD9" + kFrame,
-                                   start + "\xFF\xDA" + U16(2) + kFrame})
+    const std::vector<std::string> wrong = {kFrame,
+                                            start + "x" + kFrame,
+                                            start + "\xFF\xE1" + U16(3) + "xx" + kFrame,
+                                            start + "\xFF\xE1" + U16(1) + kFrame,
+                                            start + "\xFF\xD9" + kFrame,
+                                            start + "\xFF\xDA" + U16(2) + kFrame};
+    for (const std::string& bad : wrong)
         EXPECT_FALSE(SizeIsValid(bad)) << testing::PrintToString(bad);
     for (size_t size = 0; size < kFrame.size() - 3; ++size)
         EXPECT_EQ(SizeIsValid(start + kFrame.substr(0, size)), size >= 10) << size;

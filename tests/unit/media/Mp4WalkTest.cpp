@@ -7,7 +7,6 @@
 namespace {
 
 using captures::Block;
-using captures::FileType;
 using captures::Movie;
 using samples::Mp4Box;
 using samples::U32;
