@@ -42,18 +42,6 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-std::vector<std::string> Environment(const std::vector<std::string>& ours) {
-    std::vector<std::string> all = ours;
-    for (char** entry = environ; *entry; ++entry) {
-        const std::string text = *entry;
-        bool replaced = text.rfind("NO_COLOR=", 0) == 0;
-        for (const std::string& own : ours)
-            replaced = replaced || text.rfind(own.substr(0, own.find('=') + 1), 0) == 0;
-        if (!replaced) all.push_back(text);
-    }
-    return all;
-}
-
 void Close(int& fd) {
     if (fd >= 0) close(fd);
     fd = -1;
@@ -71,22 +59,13 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
     posix_spawn_file_actions_adddup2(&actions, in.read, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output.write, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, error.write, STDERR_FILENO);
-    // What this process ignores would be ignored by the child.
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    for (const int number : {SIGPIPE, SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&defaults, number);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
 
-    std::vector<std::string> words = {GALLERY_HOST};
+    // What this process ignores, SIGPIPE above all, would be ignored by the child.
+    std::vector<std::string> words = {"env", "--default-signal", "-u", "NO_COLOR"};
+    words.insert(words.end(), options.environment.begin(), options.environment.end());
+    words.emplace_back(GALLERY_HOST);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> environment = Environment(options.environment);
-    const int result = posix_spawn(&pid_, GALLERY_HOST, &actions, &attributes, Pointers(words).data(),
-                                   Pointers(environment).data());
-    posix_spawnattr_destroy(&attributes);
+    const int result = posix_spawnp(&pid_, "env", &actions, nullptr, Pointers(words).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     Close(in.read);
     Close(output.write);
@@ -115,10 +94,6 @@ void ChildProcess::Write(const std::string& text) {
     }
 }
 
-void ChildProcess::CloseInput() {
-    Close(in_);
-}
-
 void ChildProcess::CloseOutput() {
     Close(out_);
 }
@@ -136,7 +111,7 @@ bool ChildProcess::ReadErrUntil(const std::string& text) {
 }
 
 int ChildProcess::Wait() {
-    CloseInput();
+    Close(in_);
     while (ReadOnce()) {
     }
     int status = 0;

@@ -19,7 +19,6 @@ class ChildProcess {
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     void Write(const std::string& text);
-    void CloseInput();
     void CloseOutput();
     void Signal(int signal);
     // Read until the stream has shown `text`; false at its end.

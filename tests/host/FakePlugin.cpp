@@ -2,18 +2,17 @@
 // words, chooses how its life cycle goes wrong.
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include <boost/asio/post.hpp>
+#include <boost/asio/thread_pool.hpp>
 #include <unistd.h>
 
 #include "common/JsonParse.h"
-#include "common/Mutex.h"
 #include "core/container/cef/ZvCefPlugin.h"
 
 namespace {
@@ -30,52 +29,13 @@ std::string ToText(const KXP::Value& value) {
     return buffer.GetString();
 }
 
-// Runs what is posted in order on a thread of its own, as the real plug-in does.
-class Worker {
-  public:
-    Worker() : thread_([this] { Run(); }) {}
-    ~Worker() {
-        Post(nullptr);
-        thread_.join();
-    }
-    Worker(const Worker&) = delete;
-    Worker& operator=(const Worker&) = delete;
-
-    void Post(std::function<void()> task) {
-        KXP::MutexLock lock(mutex_);
-        tasks_.push_back(std::move(task));
-        changed_.NotifyAll();
-    }
-
-  private:
-    void Run() {
-        for (;;) {
-            std::function<void()> task;
-            {
-                KXP::MutexLock lock(mutex_);
-                while (tasks_.empty())
-                    changed_.Wait(mutex_);
-                task = std::move(tasks_.front());
-                tasks_.erase(tasks_.begin());
-            }
-            if (!task) return;
-            task();
-        }
-    }
-
-    KXP::Mutex mutex_;
-    KXP::CondVar changed_;
-    std::vector<std::function<void()>> tasks_ GUARDED_BY(mutex_);
-    std::thread thread_;
-};
-
 struct Fake {
     Fake(ZvCefPluginCallback toCall, void* itsContext) : callback(toCall), context(itsContext) {}
 
     ZvCefPluginCallback callback;
     void* context;
     std::map<std::string, std::vector<std::string>> subscribers;
-    Worker worker;  // last: its tasks use the rest
+    boost::asio::thread_pool worker{1};  // last: its tasks use the rest
 };
 std::unique_ptr<Fake> fake;
 
@@ -89,14 +49,12 @@ int Command(const std::string& name, const char* method) {
     if (Behaves(name + "-throws")) throw std::runtime_error(name + " threw");
     if (Behaves(name + "-done")) return 1;
     if (Behaves(name + "-never")) return 2;
-    if (Behaves(name + "-fails"))
-        fake->worker.Post([method] {
-            Tell(ZvCefPluginCommandFailed, std::string(R"({"method":")") + method +
-                                               R"(","payload":{"_return_code":-2147467259,)"
-                                               R"("_return_status":"it is broken"}})");
-        });
-    else
-        fake->worker.Post([method] { Tell(ZvCefPluginCommandSucceeded, method); });
+    boost::asio::post(fake->worker, [method, fails = Behaves(name + "-fails")] {
+        const std::string failure = std::string(R"({"method":")") + method +
+                                    R"(","payload":{"_return_code":-2147467259,)"
+                                    R"("_return_status":"it is broken"}})";
+        Tell(fails ? ZvCefPluginCommandFailed : ZvCefPluginCommandSucceeded, fails ? failure : method);
+    });
     return 2;
 }
 
@@ -109,11 +67,9 @@ KXP::Value ListFolder(const KXP::Value& payload, KXP::Allocator& allocator) {
             directories.PushBack(name, allocator);
             continue;
         }
-        KXP::Value file(rapidjson::kObjectType);
+        KXP::Document file(&allocator);
+        KXP::ParseJSON(R"({"type":"video","subtype":"InstantReplay","source":"OVS_Share"})", file);
         file.AddMember("name", name, allocator);
-        file.AddMember("type", "video", allocator);
-        file.AddMember("subtype", "InstantReplay", allocator);
-        file.AddMember("source", "OVS_Share", allocator);
         files.PushBack(file, allocator);
     }
     KXP::Value listing(rapidjson::kObjectType);
@@ -129,7 +85,6 @@ void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& res
     response.AddMember("system", KXP::Value(request["source_system"], allocator), allocator);
     response.AddMember("module", KXP::Value(request["source_module"], allocator), allocator);
     response.AddMember("method", KXP::Value(request["method"], allocator), allocator);
-    response.AddMember("uniqueid", "an-answer", allocator);
     response.AddMember("reference_uniqueid", KXP::Value(request["uniqueid"], allocator), allocator);
     response.AddMember("type", 3072, allocator);
     payload.AddMember("_return_code", code, allocator);
@@ -195,6 +150,7 @@ int Nothing() {
 
 int Uninitialize() {
     Tell(ZvCefPluginLog, "fake: uninit");
+    fake->worker.join();
     fake.reset();
     return 1;
 }
@@ -206,12 +162,9 @@ int OnJsonMessage(const char* json) {
         throw std::runtime_error("Required string method unexpected type");
     const std::string method = request["method"].GetString();
     if (method == "ThrowOdd") throw 42;
-    if (method == "Hang") {
-        Tell(ZvCefPluginLog, "fake: hanging");
-        for (;;)
-            pause();
-    }
-    fake->worker.Post([text = std::string(json)] { Handle(text); });
+    while (method == "Hang")
+        pause();
+    boost::asio::post(fake->worker, [text = std::string(json)] { Handle(text); });
     return 0;
 }
 

@@ -17,6 +17,10 @@ inline std::vector<std::string> WithFake(std::vector<std::string> arguments) {
     return arguments;
 }
 
+inline bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 // `behaviour` is for the fake plug-in.
 inline Ended RunHost(const std::vector<std::string>& arguments, const std::string& input = {},
                      const std::string& behaviour = {}) {

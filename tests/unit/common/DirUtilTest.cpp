@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include "common/DirUtil.h"
-#include "common/Exception.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
+#include "tests/unit/common/Thrown.h"
 
 namespace KXP {
 namespace {
@@ -20,26 +20,17 @@ Names Sorted(Names names) {
     return names;
 }
 
-mode_t ModeOf(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(lstat(path.c_str(), &status), 0);
-    return status.st_mode & 07777;
+unsigned ModeOf(const std::string& path) {
+    return static_cast<unsigned>(fs::symlink_status(path).permissions());
 }
 
 TEST(DirUtil, PartsOfPaths) {
     EXPECT_TRUE(PathIsAbsolute("relative/path"));
-    EXPECT_FALSE(PathIsAbsolute(""));
-    EXPECT_EQ(GetDirName("name"), "name");
     EXPECT_EQ(GetDirName("/a/b\\c"), "/a/b");
-    EXPECT_EQ(GetBaseName("/a/b\\c.d"), "c.d");
     EXPECT_EQ(GetBaseName("/a/"), "");
-    EXPECT_EQ(GetBaseNameNoExt("a.b.c"), "a.b");
     EXPECT_EQ(GetBaseNameNoExt("/x.y/a"), "a");
     EXPECT_EQ(GetFileNameFromPath("/a/b\\c"), "b\\c");
     EXPECT_EQ(GetFileNameFromPath("a\\b"), "b");
-    EXPECT_EQ(GetFileNameFromPath(std::wstring(L"x/\u00e9")), L"\u00e9");
-    EXPECT_EQ(FileJoin({"a", "b"}, "c"), "a/b/c");
-    EXPECT_EQ(FileJoin({"a", "b"}, ""), "a/b");
     EXPECT_EQ(FileJoin({}, "c"), "");
 }
 
@@ -50,21 +41,14 @@ class DirUtilTest : public testing::Test {
 };
 
 TEST_F(DirUtilTest, CreateDirectoryPathMakesPrivateFolders) {
-    EXPECT_EQ(CreateDirectoryPath({}), "");
     const std::string made = CreateDirectoryPath({folder_.path() + "//a/", "b/c", "d"});
     EXPECT_EQ(made, folder_ / "a/b/c/d");
-    EXPECT_TRUE(DirectoryExists(made));
     EXPECT_EQ(ModeOf(folder_ / "a"), 0700u);
-    EXPECT_EQ(CreateDirectoryPath({made}), made);
-    folder_.Write("file", "");
-    try {
-        CreateDirectoryPath({folder_ / "file", "below"});
-        FAIL() << "made a folder below a file";
-    } catch (const Exception& error) {
-        EXPECT_EQ(static_cast<uint32_t>(error.code()), 0x80004005u);
-        EXPECT_EQ(error.message(), "ERROR: Unable to create folder");
-        EXPECT_EQ(error.internal(), ENOTDIR);
-    }
+    const std::string file = folder_.Write("file", "");
+    EXPECT_EQ(Thrown([&] {
+                  CreateDirectoryPath({file, "below"});
+              }),
+              "0x80004005[14]: ERROR: Unable to create folder");
 }
 
 TEST_F(DirUtilTest, SamePathByRealPath) {
@@ -75,23 +59,18 @@ TEST_F(DirUtilTest, SamePathByRealPath) {
 }
 
 TEST_F(DirUtilTest, ListingsTakeHostileFolders) {
-    folder_.Write("clip.mp4", "");
-    folder_.Write("CLIP.MP4", "");
-    folder_.Write(".mp4", "");
-    folder_.Write("b\xFF.mp4", "");
+    for (const char* name : {"clip.mp4", "CLIP.MP4", ".mp4", "b\xFF.mp4"})
+        folder_.Write(name, "");
     folder_.MakeFolder("sub.mp4");
     ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
     fs::create_symlink("clip.mp4", folder_ / "toFile.mp4");
     fs::create_symlink("sub.mp4", folder_ / "toFolder");
     fs::create_symlink("nowhere", folder_ / "dangling.mp4");
-    fs::create_symlink("loop.mp4", folder_ / "loop.mp4");
     EXPECT_EQ(Sorted(EnumFiles(folder_.path())),
               (Names{".mp4", "CLIP.MP4", "clip.mp4", "pipe", "toFile.mp4"}));
     EXPECT_EQ(log_.Lines().size(), 1u);
     EXPECT_EQ(Sorted(EnumFilesWithExtension(folder_.path(), "mp4")), (Names{"clip.mp4", "toFile.mp4"}));
-    EXPECT_EQ(EnumFilesWithExtension(folder_.path(), "MP4"), Names{"CLIP.MP4"});
     EXPECT_EQ(Sorted(EnumDirectories(folder_.path())), (Names{"sub.mp4", "toFolder"}));
-    EXPECT_TRUE(GetFilesInDir(folder_ / "absent").empty());
     EXPECT_TRUE(GetDirsInDir(folder_ / "pipe").empty());
 }
 
@@ -110,21 +89,18 @@ TEST_F(DirUtilTest, IsDirectoryLooksLinksUpInTheCurrentFolder) {
 }
 
 TEST_F(DirUtilTest, CopyTakes501EntriesAlongAPath) {
-    for (int i = 0; i < 501; ++i)
-        folder_.Write("src/" + std::to_string(i), "x");
-    EXPECT_TRUE(DirectoryCopy(folder_ / "src", folder_ / "all", 0));
-    EXPECT_EQ(GetFilesInDir(folder_ / "all").size(), 501u);
-    folder_.Write("src/one-more", "x");
-    EXPECT_FALSE(DirectoryCopy(folder_ / "src", folder_ / "part", 0));
-    EXPECT_EQ(GetFilesInDir(folder_ / "part").size(), 501u);
-    EXPECT_TRUE(log_.HasLine(1, "Too many files to handle [502]"));
     // Two folders of 260 are not too many: what one of them counts is forgotten above it.
     for (int i = 0; i < 520; ++i)
         folder_.Write("tree/" + std::to_string(i / 260) + "/" + std::to_string(i), "x");
     EXPECT_TRUE(DirectoryCopy(folder_ / "tree", folder_ / "tree2", 0));
-    EXPECT_FALSE(DirectoryCopy(folder_ / "src/1", folder_ / "out", 0));
-    EXPECT_TRUE(log_.HasLine(
-        1, "Source directory [" + (folder_ / "src/1") + "] does not exist or is not a directory."));
+    for (int i = 260; i < 501; ++i)
+        folder_.Write("tree/0/" + std::to_string(i), "x");
+    EXPECT_TRUE(DirectoryCopy(folder_ / "tree/0", folder_ / "all", 0));
+    EXPECT_EQ(GetFilesInDir(folder_ / "all").size(), 501u);
+    folder_.Write("tree/0/one-more", "x");
+    EXPECT_FALSE(DirectoryCopy(folder_ / "tree/0", folder_ / "part", 0));
+    EXPECT_EQ(GetFilesInDir(folder_ / "part").size(), 501u);
+    EXPECT_TRUE(log_.HasLine(1, "Too many files to handle [502]"));
 }
 
 TEST_F(DirUtilTest, CopyNeverFollowsLinksToFoldersNorCopiesItself) {
@@ -135,14 +111,12 @@ TEST_F(DirUtilTest, CopyNeverFollowsLinksToFoldersNorCopiesItself) {
     fs::create_symlink("nowhere", folder_ / "src/dangling");
     ASSERT_EQ(mkfifo((folder_ / "src/pipe").c_str(), 0600), 0);
     EXPECT_TRUE(DirectoryCopy(folder_ / "src", folder_ / "dst", 0));
-    EXPECT_TRUE(log_.HasLine(2, "Dest directory [" + (folder_ / "dst") + "] already exists"));
     EXPECT_EQ(folder_.Read("dst/file"), "new");
     EXPECT_EQ(folder_.Read("dst/toFile"), "new");
     EXPECT_EQ(GetFilesInDir(folder_ / "dst").size(), 2u);
     EXPECT_FALSE(DirectoryCopy(folder_ / "src", folder_ / "src", 0));
     EXPECT_FALSE(DirectoryCopy(folder_ / "src", folder_ / "src/inside/deep", 0));
-    fs::create_hard_link(folder_ / "src/file", folder_ / "twin");
-    fs::create_directory(folder_ / "dst2");
+    folder_.MakeFolder("dst2");
     fs::create_symlink("../src/file", folder_ / "dst2/file");
     EXPECT_TRUE(DirectoryCopy(folder_ / "src", folder_ / "dst2", 0));
     EXPECT_EQ(folder_.Read("src/file"), "new");
@@ -161,7 +135,6 @@ TEST_F(DirUtilTest, DeletingATreeLeavesWhatLinksLeadTo) {
     DirectoryDeleteRecursive(folder_ / "tree");
     EXPECT_FALSE(folder_.Has("tree"));
     EXPECT_EQ(ModeOf(kept), 0400u);
-    EXPECT_ANY_THROW(DirectoryDeleteRecursive(folder_ / "tree"));
 }
 
 TEST_F(DirUtilTest, MakeDirectoryWritableChangesEntriesOnly) {
@@ -172,19 +145,15 @@ TEST_F(DirUtilTest, MakeDirectoryWritableChangesEntriesOnly) {
         ASSERT_EQ(chmod(path.c_str(), 0500), 0);
     MakeDirectoryWritable(folder_ / "tree");
     EXPECT_EQ(ModeOf(file), 0700u);
-    EXPECT_EQ(ModeOf(folder_ / "tree/sub"), 0700u);
     EXPECT_EQ(ModeOf(folder_ / "tree"), 0500u);
     EXPECT_EQ(ModeOf(outside), 0500u);
-    EXPECT_ANY_THROW(MakeDirectoryWritable(folder_ / "absent"));
     ASSERT_EQ(chmod((folder_ / "tree").c_str(), 0700), 0);
 }
 
 TEST_F(DirUtilTest, FindFileInDirs) {
     folder_.MakeFolder("two/sub");
-    folder_.MakeFolder("three/sub");
-    const Names folders = {folder_ / "one", folder_ / "two", folder_ / "three"};
+    const Names folders = {folder_ / "one", folder_ / "two"};
     EXPECT_EQ(FindFileInDirs(folders, "sub"), folder_ / "two/sub");
-    EXPECT_EQ(FindFileInDirs(folders, folder_ / "three"), folder_ / "three");
     EXPECT_EQ(FindFileInDirs(folders, "/no/such"), "");
     EXPECT_TRUE(log_.HasLine(1, "Trying to find absolute path /no/such but it does not exist"));
     EXPECT_EQ(FindFileInDirs(folders, "none"), "");

