@@ -18,9 +18,10 @@ using namespace benchmarks;
 
 void Listing(benchmark::State& state) {
     const Folder folder(0, 1, static_cast<int>(state.range(0)));
+    const std::atomic<bool> goOn{false};
     while (state.KeepRunning()) {
         FolderListing listing({folder.path() + "/"});
-        listing.Read();
+        listing.Read(goOn);
         KXP::Document response(rapidjson::kObjectType);
         listing.Write(response, response.GetAllocator());
         rapidjson::StringBuffer text;

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -36,8 +35,8 @@ std::vector<std::string> ListOne(Session& session, Output& output, const std::st
 TemporaryHome::TemporaryHome(bool keep) : keep_(keep) {
     std::error_code error;
     path_ = (fs::temp_directory_path(error) / "gallery-demo-XXXXXX").string();
-    if (error || !mkdtemp(path_.data()))
-        throw Failure(kExitFailed, "cannot make a temporary folder: " + std::string(std::strerror(errno)));
+    if (!error && !mkdtemp(path_.data())) error.assign(errno, std::generic_category());
+    if (error) throw Failure(kExitFailed, "cannot make a temporary folder: " + error.message());
     // An older setting of the user must not lead out of the new home.
     setenv("HOME", path_.c_str(), 1);
     setenv("XDG_DATA_HOME", (path_ + "/.local/share").c_str(), 1);

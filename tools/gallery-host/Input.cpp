@@ -2,8 +2,9 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
+#include <memory>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -19,41 +20,36 @@ void CheckLength(size_t bytes, const std::string& name) {
 
 }  // namespace
 
-bool ReadSome(std::string& bytes) {
+bool ReadSome(int descriptor, const std::string& name, std::string& bytes) {
     bytes.resize(size_t{64} << 10);
-    const ssize_t got = read(STDIN_FILENO, bytes.data(), bytes.size());
+    const ssize_t got = read(descriptor, bytes.data(), bytes.size());
     const int error = errno;
     bytes.resize(got > 0 ? static_cast<size_t>(got) : 0);
     if (got < 0 && error != EINTR && error != EAGAIN)
-        throw Failure(kExitFailed, std::string("cannot read standard input: ") + std::strerror(error));
+        throw Failure(kExitUsage, "cannot read " + name + ": " + std::strerror(error));
     return got != 0;
 }
 
-std::string ReadStandardInput(Interrupt& interrupt) {
+std::string ReadAll(int descriptor, const std::string& name, Interrupt& interrupt) {
     std::string all;
     std::string some;
     for (;;) {
-        pollfd fds[] = {{interrupt.fd(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
+        pollfd fds[] = {{interrupt.fd(), POLLIN, 0}, {descriptor, POLLIN, 0}};
         const int ready = poll(fds, 2, -1);
         if (interrupt.Take()) throw Failure(kExitInterrupted, "interrupted");
         if (ready <= 0) continue;
-        if (!ReadSome(some)) return all;
+        if (!ReadSome(descriptor, name, some)) return all;
         all += some;
-        CheckLength(all.size(), "standard input");
+        CheckLength(all.size(), name);
     }
 }
 
-std::string ReadFile(const std::string& path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    std::string all;
-    std::string some(size_t{64} << 10, '\0');
-    while (file && (file.read(some.data(), static_cast<std::streamsize>(some.size())), file.gcount() > 0)) {
-        all.append(some, 0, static_cast<size_t>(file.gcount()));
-        CheckLength(all.size(), path);
-    }
-    if (!file.eof()) throw Failure(kExitUsage, "cannot read " + path + ": " + std::strerror(errno));
-    return all;
+std::string ReadFile(const std::string& path, Interrupt& interrupt) {
+    // Opening a pipe would wait for its writer where no interrupt is heard; reading waits where one is.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0) throw Failure(kExitUsage, "cannot read " + path + ": " + std::strerror(errno));
+    const std::shared_ptr<void> closer(nullptr, [descriptor](void*) { close(descriptor); });
+    return ReadAll(descriptor, path, interrupt);
 }
 
 }  // namespace host

@@ -10,13 +10,15 @@ namespace host {
 // What one line, one payload or one file may hold.
 constexpr size_t kMaxInputBytes = size_t{64} << 20;
 
-// Reads what is there of standard input, some at most, into `bytes`. False at its end. Throws Failure.
-bool ReadSome(std::string& bytes);
+// Reads what is there, some at most, into `bytes`. False at the end. Throws Failure; `name` is for its text.
+bool ReadSome(int descriptor, const std::string& name, std::string& bytes);
 
-// All of standard input. Throws Failure when it cannot be read or is too long, and when interrupted.
-std::string ReadStandardInput(Interrupt& interrupt);
+// All there is, waiting for it. Throws Failure when it cannot be read or is too long, and when interrupted.
+std::string ReadAll(int descriptor, const std::string& name, Interrupt& interrupt);
 
-// A whole file. Throws Failure(kExitUsage) when it cannot be read or is too long.
-std::string ReadFile(const std::string& path);
+// A whole file, or what comes through a pipe. Throws Failure as above, and when it cannot be opened.
+std::string ReadFile(const std::string& path, Interrupt& interrupt);
+
+constexpr const char* kStandardInput = "standard input";
 
 }  // namespace host

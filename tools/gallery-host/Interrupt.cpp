@@ -45,11 +45,11 @@ Interrupt::~Interrupt() {
 
 bool Interrupt::Take() {
     char bytes[64];
-    bool came = false;
-    while (read(pipe_[0], bytes, sizeof bytes) > 0)
-        came = true;
-    if (came) ++taken_;
-    return came;
+    const int before = taken_;
+    ssize_t got = 0;
+    while ((got = read(pipe_[0], bytes, sizeof bytes)) > 0)
+        taken_ += static_cast<int>(got);
+    return taken_ > before;
 }
 
 void Interrupt::Handle(int signal, void (*handler)(int)) {

@@ -22,7 +22,7 @@ class Interrupt {
     int fd() const { return pipe_[0]; }
     // True when a signal came since the last call.
     bool Take();
-    // How often Take was true: more than once means that the user has lost patience.
+    // How many signals were taken: more than one means that the user has lost patience.
     int taken() const { return taken_; }
 
   private:

@@ -76,11 +76,19 @@ void PluginLoader::Start() {
     auto failed = RunCommand(
         "_CmdInit_", [this] { return plugin_->Initialize(OnNotification, "{}", &events_); },
         "Initialize of the plug-in", kExitNoPlugin);
-    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be initialized: " + *failed);
+    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be initialized: " + Reason(*failed));
     stage_ = Stage::kStarted;
     failed = RunCommand(
         "_CmdStart_", [this] { return plugin_->Start(); }, "Start of the plug-in", kExitNoPlugin);
-    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be started: " + *failed);
+    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be started: " + Reason(*failed));
+}
+
+std::string PluginLoader::Reason(const std::string& failure) const {
+    // The response of a failed command tells nothing; the log does, behind its place in the code.
+    const size_t place = lastFault_.find("] ", lastFault_.find("][1]["));
+    if (place == std::string::npos) return failure;
+    const size_t text = lastFault_.find(' ', place + 2);
+    return text == std::string::npos ? failure : lastFault_.substr(text + 1);
 }
 
 std::optional<std::string> PluginLoader::Send(const std::string& json) {
@@ -94,15 +102,20 @@ PluginLoader::Wake PluginLoader::Pump(Deadline deadline, int descriptor) {
     const int ready = poll(fds, 3, MillisecondsUntil(deadline));
     if (ready < 0 && errno != EINTR)
         throw Failure(kExitFailed, std::string("cannot wait: ") + std::strerror(errno));
-    if (interrupt_.Take()) {
-        // The first one is what a stop in order is for; it may come during the stop as well.
-        if (!stopping_ || interrupt_.taken() > 1) throw Failure(kExitInterrupted, "interrupted");
-        stopStatus_ = kExitInterrupted;
-    }
-    while (const std::optional<Event> event = events_.Take())
+    HeedInterrupt();
+    while (const std::optional<Event> event = events_.Take()) {
         Dispatch(*event);
+        HeedInterrupt();  // there may be many events, and large ones
+    }
     if (ready > 0 && fds[2].revents) return Wake::kDescriptor;
     return std::chrono::steady_clock::now() >= deadline ? Wake::kDeadline : Wake::kEvents;
+}
+
+void PluginLoader::HeedInterrupt() {
+    if (!interrupt_.Take()) return;
+    // The first one is what a stop in order is for; it may come during the stop as well.
+    if (!stopping_ || interrupt_.taken() > 1) throw Failure(kExitInterrupted, "interrupted");
+    stopStatus_ = kExitInterrupted;
 }
 
 ExitStatus PluginLoader::Stop() {
@@ -185,6 +198,7 @@ void PluginLoader::Dispatch(const Event& event) {
         running_.clear();
         commandFailure_ = FailureText(event.text);
     } else {
+        if (event.code == ZvCefPluginLog && event.text.find("][1][") != std::string::npos) lastFault_ = event.text;
         listener_(event);
     }
 }

@@ -60,6 +60,8 @@ class PluginLoader {
     std::optional<std::string> RunCommand(const std::string& method, std::function<int()> call,
                                           const std::string& name, ExitStatus late);
     void StopInOrder();
+    void HeedInterrupt();
+    std::string Reason(const std::string& failure) const;
     void Await(const std::function<bool()>& done, const std::string& what, ExitStatus late);
     void Dispatch(const Event& event);
 
@@ -74,6 +76,7 @@ class PluginLoader {
     Returned returned_;
     std::string running_;  // the method of the lifecycle command that has not ended
     std::optional<std::string> commandFailure_;
+    std::string lastFault_;  // the newest log line that tells of a failure
     bool stopping_ = false;
     ExitStatus stopStatus_ = kExitSuccess;
     bool abandoned_ = false;

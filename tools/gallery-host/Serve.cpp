@@ -44,7 +44,7 @@ void Server::ReadLines() {
     std::string bytes;
     while (open_) {
         if (session_.Pump(Deadline::max(), STDIN_FILENO) != PluginLoader::Wake::kDescriptor) continue;
-        if (!ReadSome(bytes)) {
+        if (!ReadSome(STDIN_FILENO, kStandardInput, bytes)) {
             lines_.Finish();
             return;
         }
@@ -81,7 +81,10 @@ void Server::OnLine(const LineSplitter::Line& line) {
 }
 
 std::optional<std::string> Server::Forward(const KXP::Document& envelope) {
-    if (IsResponse(envelope) || IsPersistent(envelope)) return session_.Send(envelope);
+    // The bus announces its members with these two; nobody answers.
+    const std::string method = Text(envelope, "method");
+    if (IsResponse(envelope) || IsPersistent(envelope) || method == "JOIN" || method == "LEAVE")
+        return session_.Send(envelope);
     // The answer may come before Send is back.
     const std::string id = Text(envelope, "uniqueid");
     outstanding_.insert(id);

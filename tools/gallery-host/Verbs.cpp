@@ -1,7 +1,10 @@
 #include "gallery-host/Verbs.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
+
+#include <unistd.h>
 
 #include "gallery-host/Envelope.h"
 #include "gallery-host/Input.h"
@@ -23,11 +26,11 @@ KXP::Document ReadPayload(const std::string& text, Interrupt& interrupt) {
     std::string name = "PAYLOAD";
     std::string json = text;
     if (text == "-") {
-        name = "standard input";
-        json = ReadStandardInput(interrupt);
+        name = kStandardInput;
+        json = ReadAll(STDIN_FILENO, name, interrupt);
     } else if (!text.empty() && text[0] == '@') {
         name = text.substr(1);
-        json = ReadFile(name);
+        json = ReadFile(name, interrupt);
     } else if (text.empty()) {
         json = "{}";
     }
@@ -45,6 +48,8 @@ std::string FolderPath(const std::string& path) {
     if (!fs::is_directory(status)) throw Failure(kExitFailed, path + ": not a folder");
     if (!IsUtf8(path))
         throw Failure(kExitFailed, path + ": not a name in UTF-8, which messages are written in");
+    if (access(path.c_str(), R_OK | X_OK) != 0)
+        throw Failure(kExitFailed, path + ": " + std::error_code(errno, std::generic_category()).message());
     // Symbolic links stay as the user wrote them: the gallery may be known by that path. Only ".." cannot be
     // taken out of a path without following them.
     const fs::path absolute = fs::absolute(path);

@@ -1,5 +1,6 @@
 #include "common/message/JSONMessage.h"
 
+#include <cstring>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -19,6 +20,9 @@ void CheckRequiredString(const Value& object, const char* key) {
     if (!member->value.IsString())
         throw JSONFieldError(required + " unexpected type " + JsonTypeName(member->value));
     if (member->value.GetStringLength() == 0) throw JSONFieldError(required + " is empty");
+    // Everybody reads these as C strings, which would see another text.
+    if (std::strlen(member->value.GetString()) != member->value.GetStringLength())
+        throw JSONFieldError(required + " holds a zero character");
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ TEST(FolderListing, OfOwnFilesLeavesOutTheOthersAndTheirFolders) {
     options.directory = folder / "gallery/";
     options.onlyOwn = true;
     FolderListing listing(options);
-    listing.Read();
+    listing.Read(false);
     KXP::Document response(rapidjson::kObjectType);
     listing.Write(response, response.GetAllocator());
     EXPECT_EQ(response["files"].Size(), 3u);

@@ -106,12 +106,15 @@ void TaskQueue::Stop() {
     stopRequested_ = true;
     // An entry due in ten minutes, say the time limit of a request, must not keep the application waiting.
     queue_->RefuseLaterThan(std::chrono::milliseconds(kStallTimeoutMs));
-    for (const auto& [key, task] : pendingTasks_) {
-        try {
-            task->CancelTask();
-        } catch (...) {
-            LogEscaped();
-        }
+    for (const auto& [key, task] : pendingTasks_)
+        Cancel(*task);
+}
+
+void TaskQueue::Cancel(ITask& task) {
+    try {
+        task.CancelTask();
+    } catch (...) {
+        LogEscaped();
     }
 }
 
@@ -128,6 +131,7 @@ void TaskQueue::ExecuteTask(ITask* task, const TimePoint& when) {
     const RunKey key{task->identifier(), ++lastRun_};
     EnqueueNotification(kTaskTime, [this, key, shared = std::move(shared), when] {
         pendingTasks_[key] = shared;
+        if (stopRequested_) Cancel(*shared);
         EnqueueAsync(
             key, [this, shared] { return shared->ExecuteTask(*this); }, when);
     });

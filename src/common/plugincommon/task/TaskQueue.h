@@ -109,6 +109,7 @@ class TaskQueue {
     TimePoint NextCommandTime();
     void WorkerThread();
     void Stop();
+    static void Cancel(ITask& task);
     void Join();
     void EnqueueAsync(RunKey key, AsyncFunction fn, TimePoint when);
     void StartOrHold(const RunKey& key, AsyncFunction fn);

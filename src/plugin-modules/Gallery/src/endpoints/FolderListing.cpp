@@ -72,9 +72,9 @@ bool FolderListing::DirectoryCompare::operator()(const std::string& a, const std
     return a < b;
 }
 
-void FolderListing::Read() {
+void FolderListing::Read(const std::atomic<bool>& cancelled) {
     KXP::FolderReader folder(options_.directory);
-    while (folder.Next()) {
+    while (!cancelled && folder.Next()) {
         if (folder.Kind() == KXP::EntryKind::Folder) {
             AddDirectory(folder.Name());
         } else {

@@ -2,6 +2,7 @@
 // the disk alone, and knows no request and no tracker.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -36,9 +37,9 @@ class FolderListing {
 
     explicit FolderListing(Options options) : options_(std::move(options)) {}
 
-    // Adds the content of the folder. What cannot be opened, told or named in UTF-8 is logged and left out; a
+    // Adds the content of the folder, until `cancelled` is set. What cannot be opened, told or named in UTF-8 is logged and left out; a
     // folder that cannot be opened is empty.
-    void Read();
+    void Read(const std::atomic<bool>& cancelled);
 
     void InsertIntoSet(const FileItemData& item) { files_.insert(item); }
     void InsertDirectory(const std::string& name) { directories_.insert(name); }

@@ -31,7 +31,8 @@ KXP::RetVal GetFolderListing::ExecuteAsync(const KXP::Value& params) {
 }
 
 KXP::RetVal GetFolderListing::GetNonZvFolders() {
-    listing_->Read();
+    listing_->Read(cancelled_);
+    if (cancelled_) return {KXP::Code::kAborted, "The listing was cancelled", 0};
     return {};
 }
 

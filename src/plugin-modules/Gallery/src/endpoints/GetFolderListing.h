@@ -1,6 +1,7 @@
 // The request with which the pages browse a folder.
 #pragma once
 
+#include <atomic>
 #include <optional>
 
 #include "plugin-modules/Gallery/src/endpoints/FolderListing.h"
@@ -12,10 +13,12 @@ class GetFolderListing : public GalleryTaskBase<GetFolderListing> {
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
     void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
+    void CancelTask() override { cancelled_ = true; }
 
   private:
     // The folder as it is on disk.
     KXP::RetVal GetNonZvFolders();
 
+    std::atomic<bool> cancelled_{false};
     std::optional<FolderListing> listing_;
 };
