@@ -24,8 +24,8 @@ void Listing(benchmark::State& state) {
         listing.Read(goOn);
         KXP::Document response(rapidjson::kObjectType);
         listing.Write(response, response.GetAllocator());
-        rapidjson::StringBuffer text;
-        rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+        KXP::JsonBuffer text;
+        KXP::JsonWriter writer(text);
         response.Accept(writer);
         benchmark::DoNotOptimize(text.GetString());
     }

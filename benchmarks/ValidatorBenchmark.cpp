@@ -80,8 +80,9 @@ void CompiledWhole(benchmark::State& state, Message (*make)()) {
     source.CopyFrom(api["definitions"][message.method][message.kind], source.GetAllocator());
     source.AddMember("definitions", api["definitions"], source.GetAllocator());
     for ([[maybe_unused]] auto _ : state) {
-        const rapidjson::SchemaDocument schema(source);
-        rapidjson::SchemaValidator validator(schema);
+        const rapidjson::GenericSchemaDocument<KXP::Value, KXP::Allocator> schema(source);
+        rapidjson::GenericSchemaValidator<rapidjson::GenericSchemaDocument<KXP::Value, KXP::Allocator>>
+            validator(schema);
         if (!message.payload.Accept(validator)) state.SkipWithError("payload refused");
     }
 }

@@ -15,7 +15,7 @@ namespace {
 class Writer : public KXP::MessageSink<KXP::JSONMessage> {
   public:
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message) override {
-        rapidjson::StringBuffer buffer;
+        KXP::JsonBuffer buffer;
         return message->Serialize(buffer);
     }
 };

@@ -36,7 +36,7 @@ bool IsUtf8(std::string_view text) {
 bool ToUtf8(std::string_view text, std::string& utf8) {
     rapidjson::MemoryStream bytes(text.data(), text.size());
     rapidjson::AutoUTFInputStream<unsigned, rapidjson::MemoryStream> in(bytes);
-    rapidjson::StringBuffer out;
+    JsonBuffer out;
     while (in.Peek() != 0) {
         if (!rapidjson::Transcoder<rapidjson::AutoUTF<unsigned>, rapidjson::UTF8<>>::Transcode(in, out))
             return false;
@@ -139,8 +139,8 @@ RetVal JSONFile::ReadAndParseJSON(Document& document) const {
 }
 
 RetVal JSONFile::WriteJSON(const Document& document) const {
-    rapidjson::StringBuffer buffer;
-    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+    JsonBuffer buffer;
+    PrettyJsonWriter writer(buffer);
     writer.SetIndent('\t', 1);
     document.Accept(writer);
     FileDescriptor file = OpenForWrite(path_, kNewFileMode);

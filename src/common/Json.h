@@ -1,6 +1,9 @@
 // The only place that includes RapidJSON, so that every unit compiles it with the same settings.
 #pragma once
 
+#include <cstdlib>
+#include <new>
+
 namespace KXP {
 // Logs the broken expectation and throws KXP::Exception(Code::kUnexpected): the library lives inside
 // somebody's client, where neither an abort nor a confused type may happen, in any build.
@@ -25,8 +28,32 @@ namespace KXP {
 
 namespace KXP {
 
-using Value = rapidjson::Value;
-using Document = rapidjson::Document;
-using Allocator = rapidjson::Document::AllocatorType;
+// RapidJSON writes to whatever its allocator gives, null included; this one throws std::bad_alloc instead.
+class ThrowingAllocator {
+  public:
+    static const bool kNeedFree = true;
+    void* Malloc(size_t size) { return size == 0 ? nullptr : Checked(std::malloc(size)); }
+    void* Realloc(void* block, size_t, size_t size) {
+        if (size != 0) return Checked(std::realloc(block, size));
+        std::free(block);
+        return nullptr;
+    }
+    static void Free(void* block) { std::free(block); }
+
+  private:
+    static void* Checked(void* block) {
+        if (!block) throw std::bad_alloc();
+        return block;
+    }
+};
+
+using Utf8 = rapidjson::UTF8<>;
+using Allocator = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
+using Value = rapidjson::GenericValue<Utf8, Allocator>;
+using Document = rapidjson::GenericDocument<Utf8, Allocator, ThrowingAllocator>;
+using JsonPointer = rapidjson::GenericPointer<Value, ThrowingAllocator>;
+using JsonBuffer = rapidjson::GenericStringBuffer<Utf8, ThrowingAllocator>;
+using JsonWriter = rapidjson::Writer<JsonBuffer, Utf8, Utf8, ThrowingAllocator>;
+using PrettyJsonWriter = rapidjson::PrettyWriter<JsonBuffer, Utf8, Utf8, ThrowingAllocator>;
 
 }  // namespace KXP

@@ -54,8 +54,8 @@ bool ReadJSON(const std::string& path, Document& document) {
 }
 
 std::string WriteJSONToString(const Value& value) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    JsonBuffer buffer;
+    JsonWriter writer(buffer);
     value.Accept(writer);
     return buffer.GetString();
 }

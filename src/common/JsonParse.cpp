@@ -104,7 +104,7 @@ rapidjson::ParseResult ParseInto(std::string_view text, Document& document) {
     const auto generate = [&](Document& target) {
         JsonTextStream stream(text);
         EventLimiter limiter(target);
-        rapidjson::Reader reader;
+        rapidjson::GenericReader<Utf8, Utf8, ThrowingAllocator> reader;
         result = reader.Parse<rapidjson::kParseCommentsFlag>(stream, limiter);
         if (limiter.metBadText()) result.Set(rapidjson::kParseErrorStringInvalidEncoding, result.Offset());
         return !result.IsError();

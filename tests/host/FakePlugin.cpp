@@ -23,8 +23,8 @@ bool Behaves(const std::string& word) {
 }
 
 std::string ToText(const KXP::Value& value) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    KXP::JsonBuffer buffer;
+    KXP::JsonWriter writer(buffer);
     value.Accept(writer);
     return buffer.GetString();
 }

@@ -115,15 +115,15 @@ std::string ResultText(const KXP::Document& envelope) {
 }
 
 std::string ToText(const KXP::Value& value) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    KXP::JsonBuffer buffer;
+    KXP::JsonWriter writer(buffer);
     value.Accept(writer);
     return {buffer.GetString(), buffer.GetSize()};
 }
 
 std::string ToPrettyText(const KXP::Value& value) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+    KXP::JsonBuffer buffer;
+    KXP::PrettyJsonWriter writer(buffer);
     writer.SetIndent(' ', 2);
     value.Accept(writer);
     return {buffer.GetString(), buffer.GetSize()};

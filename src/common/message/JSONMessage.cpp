@@ -70,8 +70,8 @@ void JSONMessage::CopyFrom(const JSONMessage& other) {
     second_ = other.second_;
 }
 
-bool JSONMessage::Serialize(rapidjson::StringBuffer& buffer) const {
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+bool JSONMessage::Serialize(JsonBuffer& buffer) const {
+    JsonWriter writer(buffer);
     if (document_.Accept(writer)) return true;
     KXP_LOG(LogFailure, "Error encoding JSON string");
     return false;

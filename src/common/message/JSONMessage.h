@@ -48,7 +48,7 @@ class JSONMessage {
     void CopyFrom(const JSONMessage& other);
 
     // Compact text, without a terminating NUL. False, with a log line, when it cannot be encoded.
-    bool Serialize(rapidjson::StringBuffer& buffer) const;
+    bool Serialize(JsonBuffer& buffer) const;
 
     // Texts of absent members, and of those that are no strings, are empty.
     const char* target_system() const { return Text("system"); }

@@ -6,18 +6,18 @@
 namespace KXP::Message {
 namespace {
 
-const rapidjson::Pointer& CodePointer() {
-    static const rapidjson::Pointer pointer("/payload/_return_code");
+const JsonPointer& CodePointer() {
+    static const JsonPointer pointer("/payload/_return_code");
     return pointer;
 }
 
-const rapidjson::Pointer& StatusPointer() {
-    static const rapidjson::Pointer pointer("/payload/_return_status");
+const JsonPointer& StatusPointer() {
+    static const JsonPointer pointer("/payload/_return_status");
     return pointer;
 }
 
-const rapidjson::Pointer& InternalPointer() {
-    static const rapidjson::Pointer pointer("/payload/_return_internal");
+const JsonPointer& InternalPointer() {
+    static const JsonPointer pointer("/payload/_return_internal");
     return pointer;
 }
 

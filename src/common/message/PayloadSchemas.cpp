@@ -63,19 +63,22 @@ Document SchemaWithDefinitions(const Value& schema, const Value& definitions) {
 // RapidJSON converts every number that it compares with an enum to a 64-bit integer, which is undefined for
 // one that does not fit. Numbers beyond that range equal none of the schema's before and after they are
 // bounded.
-class PayloadValidator : public rapidjson::GenericSchemaValidator<SchemaDocument> {
+using BaseValidator =
+    rapidjson::GenericSchemaValidator<SchemaDocument, rapidjson::BaseReaderHandler<Utf8>, ThrowingAllocator>;
+
+class PayloadValidator : public BaseValidator {
   public:
-    using GenericSchemaValidator::GenericSchemaValidator;
+    using BaseValidator::BaseValidator;
 
     bool Double(double number) {
         constexpr double kLeast = -0x1p63;
         constexpr double kGreatest = 0x1.fffffffffffffp63;
-        return GenericSchemaValidator::Double(std::clamp(number, kLeast, kGreatest));
+        return BaseValidator::Double(std::clamp(number, kLeast, kGreatest));
     }
 };
 
 std::string UriFragment(const SchemaDocument::PointerType& pointer) {
-    rapidjson::StringBuffer text;
+    JsonBuffer text;
     pointer.StringifyUriFragment(text);
     return {text.GetString(), text.GetSize()};
 }

@@ -43,7 +43,13 @@ void JsonResponseAsyncBase::FinishTask() {
         }
     }
     if (result_.Failed()) module_.ReportError(result_, request_->method());
-    sendResponse(std::move(response_), result_);
+    try {
+        sendResponse(std::move(response_), result_);
+    } catch (...) {
+        // Too large to be written, most likely. Without a body the request is answered all the same.
+        result_ = LogCaught("sendResponse");
+        sendResponse(Message::CreateResponse(*request_), result_);
+    }
 }
 
 void JsonResponseAsyncBase::sendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value) {

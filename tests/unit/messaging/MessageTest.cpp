@@ -25,7 +25,7 @@ std::string Refusal(const char* json) {
 }
 
 std::string Text(const JSONMessage& message) {
-    rapidjson::StringBuffer buffer;
+    KXP::JsonBuffer buffer;
     EXPECT_TRUE(message.Serialize(buffer));
     return buffer.GetString();
 }

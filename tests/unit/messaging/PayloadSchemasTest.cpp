@@ -41,14 +41,15 @@ class WholeSchema {
     WholeSchema(const Value& schema, const Value& definitions) {
         source_.CopyFrom(schema, source_.GetAllocator());
         source_.AddMember("definitions", Value(definitions, source_.GetAllocator()), source_.GetAllocator());
-        compiled_ = std::make_unique<rapidjson::SchemaDocument>(source_);
+        compiled_ = std::make_unique<rapidjson::GenericSchemaDocument<KXP::Value, KXP::Allocator>>(source_);
     }
 
     std::string FailureText(const Value& payload, const char* kind) const {
-        rapidjson::SchemaValidator validator(*compiled_);
+        rapidjson::GenericSchemaValidator<rapidjson::GenericSchemaDocument<KXP::Value, KXP::Allocator>>
+            validator(*compiled_);
         if (payload.Accept(validator)) return "Success";
-        rapidjson::StringBuffer place;
-        rapidjson::StringBuffer violated;
+        KXP::JsonBuffer place;
+        KXP::JsonBuffer violated;
         validator.GetInvalidDocumentPointer().StringifyUriFragment(place);
         validator.GetInvalidSchemaPointer().StringifyUriFragment(violated);
         return std::string("Schema '") + kind + "' validation error. Problem found at key " +
@@ -58,7 +59,7 @@ class WholeSchema {
 
   private:
     Document source_;
-    std::unique_ptr<rapidjson::SchemaDocument> compiled_;
+    std::unique_ptr<rapidjson::GenericSchemaDocument<KXP::Value, KXP::Allocator>> compiled_;
 };
 
 // A payload that has every field that the schema names, and passes but for fields that it does not declare.
@@ -85,8 +86,7 @@ Value Sample(const Value& schema, const Value& definitions, Allocator& allocator
     return object;
 }
 
-void CollectPlaces(const Value& value, const rapidjson::Pointer& place,
-                   std::vector<rapidjson::Pointer>& all) {
+void CollectPlaces(const Value& value, const KXP::JsonPointer& place, std::vector<KXP::JsonPointer>& all) {
     all.push_back(place);
     if (value.IsObject()) {
         for (const auto& [name, member] : value.GetObject())
@@ -101,11 +101,11 @@ void CollectPlaces(const Value& value, const rapidjson::Pointer& place,
 std::vector<Document> SpoiltPayloads(const Value& sample) {
     static const Document spoils = Parsed(R"([null,true,-1,0,0.75,18446744073709551615,"","é",
                                              [],[3],{},{"unknown":1},{"settings":[{}]}])");
-    std::vector<rapidjson::Pointer> places;
-    CollectPlaces(sample, rapidjson::Pointer(), places);
+    std::vector<KXP::JsonPointer> places;
+    CollectPlaces(sample, KXP::JsonPointer(), places);
     std::vector<Document> payloads(1);
     payloads[0].CopyFrom(sample, payloads[0].GetAllocator());
-    for (const rapidjson::Pointer& place : places) {
+    for (const KXP::JsonPointer& place : places) {
         for (const Value& spoil : spoils.GetArray()) {
             Document& payload = payloads.emplace_back();
             payload.CopyFrom(sample, payload.GetAllocator());

@@ -13,7 +13,7 @@ bool CefJsonReceiver::HandleMsg(std::unique_ptr<KXP::JSONMessage> message) {
         KXP_LOG(KXP::LogFailure, "Got NULL message");
         return false;
     }
-    rapidjson::StringBuffer buffer(nullptr, kUsualMessageBytes);
+    KXP::JsonBuffer buffer(nullptr, kUsualMessageBytes);
     if (!message->Serialize(buffer)) {
         KXP_LOG(KXP::LogFailure, "Could not serialize outgoing JSON message");
         return false;

@@ -48,7 +48,7 @@ void NotifyContainer(const ContainerCallback& callback, IContainerConnector::Not
         callback.Call(ZvCefPluginCommandSucceeded, message.method());
         return;
     }
-    rapidjson::StringBuffer buffer;
+    KXP::JsonBuffer buffer;
     message.Serialize(buffer);
     callback.Call(ContainerNotification(type), buffer.GetString());
 }

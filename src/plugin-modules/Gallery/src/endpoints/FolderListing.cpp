@@ -1,6 +1,7 @@
 #include "plugin-modules/Gallery/src/endpoints/FolderListing.h"
 
 #include <cstring>
+#include <new>
 
 #include "CobalixUtil.h"
 #include "common/Exception.h"
@@ -89,6 +90,8 @@ void FolderListing::AddDirectory(const std::string& name) try {
                            options_.exclude != ExcludeDirs::HiddenOrEmpty && !options_.onlyOwn;
     if (keepEmpty || !media::IsDirectoryEmpty(options_.directory + name, options_.onlyOwn))
         InsertDirectory(name);
+} catch (const std::bad_alloc&) {
+    throw;  // no matter of this folder: the next would fail as well
 } catch (const std::exception& error) {
     KXP_LOG(LogFailure, "Error inserting directory: %s", KXP::ExceptionText(error).c_str());
 }
@@ -125,6 +128,8 @@ void FolderListing::InspectFile(const std::string& name) try {
         return;
     }
     InsertIntoSet({time, name, found.fileType, found.fileSubType, found.fileSource, thumbnail});
+} catch (const std::bad_alloc&) {
+    throw;
 } catch (const std::exception& error) {
     KXP_LOG(LogFailure, "Error inspecting/inserting file: %s", KXP::ExceptionText(error).c_str());
 }
