@@ -160,7 +160,7 @@ std::string Utf16LEToUtf8(std::u16string_view text) {
 
 bool IsValidUtf8(std::string_view text) {
     while (!text.empty()) {
-        // Most text is ASCII, and some of it is megabytes of JSON.
+        // Most text is ASCII, and some of it is megabytes of JSON or a name in each of a thousand records.
         uint64_t eight = 0;
         if (text.size() >= sizeof eight) {
             std::memcpy(&eight, text.data(), sizeof eight);
@@ -168,6 +168,10 @@ bool IsValidUtf8(std::string_view text) {
                 text.remove_prefix(sizeof eight);
                 continue;
             }
+        }
+        if (static_cast<unsigned char>(text.front()) < 0x80) {
+            text.remove_prefix(1);
+            continue;
         }
         if (!TakeUtf8(text)) return false;
     }
