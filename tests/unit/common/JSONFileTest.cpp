@@ -45,19 +45,20 @@ TEST_F(JSONFileTest, ReadsEveryEncodingWithAndWithoutMark) {
 }
 
 TEST_F(JSONFileTest, ShortOddAndMalformedFilesAreErrors) {
+    Document json;
+    EXPECT_EQ(Read(std::string("{\"a\":1}\0\"x\"", 11), json).code, 0);
+    EXPECT_EQ(jsonGetValue<int>(json, "a"), 1) << "a zero byte ends the text";
     const std::string whole("\xFF\xFE{\0\"\0a\0\"\0:\0005\0}\0", 16);
     std::vector<std::string> texts = {"{}{}", std::string(4, '\0'), std::string("\xFF\xFE\0\0\0\0\x11\0", 8),
                                       std::string("\xFF\xFE\x00\xD8}\0", 6)};
     for (size_t length = 0; length < whole.size() - 2; ++length)
         texts.push_back(whole.substr(0, length));
     for (const std::string& text : texts) {
-        Document json;
         log_.Clear();
         EXPECT_EQ(ToStr(Read(text, json)), "0x8008f001[0]: Error parsing JSON document")
             << testing::PrintToString(text);
         EXPECT_TRUE(log_.HasLine(1, "Error parsing JSON document " + file_.path()));
     }
-    Document json;
     EXPECT_EQ(ToStr(Read("[1]", json)), "0x8007000d[0]: Document has no root object");
     EXPECT_TRUE(log_.HasLine(1, "Document at " + file_.path() + " has no root object"));
 }
@@ -124,20 +125,6 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
         // And stopped again while the next text was written behind these.
         EXPECT_EQ(valueIn(copied(place).append("\0{\"a\":\"ne", 9)), "new") << written;
     }
-}
-
-TEST_F(JSONFileTest, RemovesAnEmptyFolderWithTheFile) {
-    JSONFile file({folder_.path(), "a"}, "b", "c.json");
-    EXPECT_EQ(file.path(), folder_ / "a/b/c.json");
-    const std::string other = folder_.Write("a/b/other", "");
-    folder_.Write("a/b/c.json", "{}");
-    EXPECT_EQ(file.RemoveFile().code, 0);
-    EXPECT_FALSE(folder_.Has("a/b/c.json"));
-    EXPECT_TRUE(folder_.Has("a/b/other"));
-    EXPECT_EQ(ToStr(file.RemoveFile()), "0x80004005[0]: Success");
-    std::filesystem::rename(other, file.path());
-    EXPECT_EQ(file.RemoveFile().code, 0);
-    EXPECT_FALSE(folder_.Has("a/b"));
 }
 
 }  // namespace

@@ -54,6 +54,8 @@ TEST(JsonParse, ExponentsInStringsAndCommentsAreText) {
 }
 
 TEST(JsonParse, EncodingIsCheckedInStringsOnly) {
+    for (const char* text : {"[\"\\uDC00\"]", "{\"\\uDC00\":1}", "[\"\\uD800x\"]"})
+        EXPECT_NE(Parse(text), rapidjson::kParseErrorNone) << text;
     EXPECT_EQ(Parse("[\"gr\xFC\xDF\"]"), rapidjson::kParseErrorStringInvalidEncoding);
     EXPECT_EQ(Parse("[1 /* gr\xFC\xDF */]"), rapidjson::kParseErrorNone);
     EXPECT_EQ(Parse("\xEF\xBB\xBF[1]"), rapidjson::kParseErrorNone);

@@ -1,16 +1,10 @@
-#include <regex>
 #include <stdexcept>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include "common/System.h"
 #include "common/TextUtil.h"
 #include "common/TimeUtil.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/ScopedEnv.h"
-#include "tests/support/TempFolder.h"
 #include "tests/unit/common/Thrown.h"
 
 namespace KXP {
@@ -47,18 +41,6 @@ TEST(TextUtil, ConversionIsStrict) {
     EXPECT_THROW(Utf16LEToUtf8(std::u16string(1, u'\xDC00')), std::range_error);
 }
 
-TEST(TextUtil, GuidsAreUpperCaseAndDiffer) {
-    const std::string guid = GenerateGUID();
-    const std::regex form("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
-    EXPECT_TRUE(std::regex_match(guid, form)) << guid;
-    EXPECT_NE(guid, GenerateGUID());
-}
-
-TEST(TimeUtil, Iso8601) {
-    EXPECT_EQ(GetISO8601TimeFromMs(1615125909042), "2021-03-07T14:05:09.042Z");
-    EXPECT_FALSE(GetISO8601TimeFromMs(UINT64_MAX).empty());
-}
-
 TEST(TimeUtil, DurationsCountWholeMillisecondsBehindTheDot) {
     LogCapture log;
     EXPECT_EQ(HHMMSSTimeTo100ns("1:02:03.4"), 37230040000);
@@ -67,34 +49,6 @@ TEST(TimeUtil, DurationsCountWholeMillisecondsBehindTheDot) {
         EXPECT_EQ(HHMMSSTimeTo100ns(bad), 0) << bad;
     EXPECT_TRUE(log.HasLine(1, "HHMMSSTimeTo100ns : Malformed ts string `01:02:03`"));
     EXPECT_EQ(HHMMSSTimeTo100ns(nullptr), 0);
-}
-
-TEST(TimeUtil, DatesOfFiles) {
-    const TempFolder folder;
-    const std::string path = folder.Write("a", "");
-    timespec times[] = {{0, 0}, {1615125909, 500000000}};
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    std::string date;
-    EXPECT_EQ(FileDate(path, date), 0);
-    EXPECT_EQ(date, "2021-03-07T14:05:09Z");
-    EXPECT_EQ(static_cast<uint32_t>(FileDate(folder / "absent", date)), 0x80070002u);
-    uint64_t age = 1;
-    times[1].tv_sec = GetSystemTimeMs() / 1000 + 100000;
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    EXPECT_EQ(MilisecsFromFileCreation(path, age), 0);
-    EXPECT_EQ(age, 0u) << "from the future";
-}
-
-TEST(System, LocaleFromTheEnvironment) {
-    const ScopedEnv all("LC_ALL", ""), messages("LC_MESSAGES", ""), lang("LANG", "de_DE.UTF-8");
-    EXPECT_EQ(GetOsLocale(), "de-DE");
-    const ScopedEnv modifier("LC_ALL", "sr_RS@latin");
-    EXPECT_EQ(GetOsLocale(), "sr-RS");
-    const ScopedEnv c("LC_ALL", "C.UTF-8");
-    std::string language;
-    EXPECT_EQ(GetUserLanguage(language), 0);
-    EXPECT_EQ(language, "en-US");
-    EXPECT_EQ(static_cast<uint32_t>(GetLocale(language)), 0x80004005u);
 }
 
 }  // namespace
