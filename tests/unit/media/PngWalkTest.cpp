@@ -54,12 +54,6 @@ TEST(PngWalk, SoftwareByPrefixAndTheFirstSourceOfThirteenBytesTellTheKind) {
     }
 }
 
-TEST(PngWalk, NamesAreTheBytesBehindTheKeyword) {
-    EXPECT_EQ(Walk(PngText("DRSName", "N\xFF\xFE")).drsName, "N\xFF\xFE");
-    // The value begins behind the end of the chunk.
-    EXPECT_EQ(Walk(PngText("DRSName", "N") + PngChunk("tEXt", "DRSName")).drsName, "");
-}
-
 TEST(PngWalk, ShortTextChunksAreHarmless) {
     for (const char* data : {"", "Source", "Softwar", "Software", "Description", "Description{"})
         ExpectKind(Walk(PngChunk("tEXt", data) + PngChunk("iTXt", data)), false, "Unknown", "Undefined");
@@ -88,11 +82,10 @@ TEST(PngWalk, XmpHeaderMayEndAnywhere) {
 
 TEST(PngWalk, LooksAtSevenChunksBeforeThePixels) {
     const std::string own = PngText("Software", "Ovirastream SDK");
-    std::string fillers;
-    for (int i = 0; i < 5; ++i)
-        fillers += PngChunk("gAMA", "1234");
-    EXPECT_TRUE(Walk(fillers + own).isOwn);
-    EXPECT_FALSE(Walk(fillers + PngChunk("gAMA", "1234") + own).isOwn);
+    const std::string filler = PngChunk("gAMA", "1234");
+    const std::string five = filler + filler + filler + filler + filler;
+    EXPECT_TRUE(Walk(five + own).isOwn);
+    EXPECT_FALSE(Walk(five + filler + own).isOwn);
     EXPECT_FALSE(Walk(PngChunk("IDAT", "") + own).isOwn);
 }
 
