@@ -59,7 +59,6 @@ TEST_F(DirUtilTest, ListingsTakeHostileFolders) {
     EXPECT_EQ(log_.Lines().size(), 1u);
     EXPECT_EQ(Sorted(EnumFilesWithExtension(folder_.path(), "mp4")), (Names{"clip.mp4", "toFile.mp4"}));
     EXPECT_EQ(Sorted(EnumDirectories(folder_.path())), (Names{"sub.mp4", "toFolder"}));
-    EXPECT_TRUE(GetDirsInDir(folder_ / "pipe").empty());
 }
 
 TEST_F(DirUtilTest, IsDirectoryLooksLinksUpInTheCurrentFolder) {
@@ -98,7 +97,7 @@ TEST_F(DirUtilTest, CopyNeverFollowsLinksToFoldersNorCopiesItself) {
     EXPECT_TRUE(DirectoryCopy(folder_ / "src", folder_ / "dst", 0));
     EXPECT_EQ(Sorted(GetFilesInDir(folder_ / "dst")), (Names{"file", "toFile"}));
     EXPECT_EQ(folder_.Read("dst/toFile"), "new");
-    EXPECT_EQ(folder_.Read("src/file"), "new") << "not opened for writing through the link";
+    EXPECT_EQ(folder_.Read("src/file"), "new") << "a copy onto itself would empty it";
     EXPECT_FALSE(DirectoryCopy(folder_ / "src", folder_ / "src", 0));
     EXPECT_FALSE(DirectoryCopy(folder_ / "src", folder_ / "src/inside/deep", 0));
 }
@@ -116,19 +115,6 @@ TEST_F(DirUtilTest, DeletingATreeLeavesWhatLinksLeadTo) {
     DirectoryDeleteRecursive(folder_ / "tree");
     EXPECT_FALSE(folder_.Has("tree"));
     EXPECT_EQ(ModeOf(kept), 0500u);
-}
-
-TEST_F(DirUtilTest, MakeDirectoryWritableChangesEntriesOnly) {
-    const std::string file = folder_.Write("tree/sub/file", "x");
-    const std::string outside = folder_.Write("outside", "x");
-    fs::create_symlink(outside, folder_ / "tree/link");
-    for (const std::string& path : {file, folder_ / "tree/sub", outside, folder_ / "tree"})
-        ASSERT_EQ(chmod(path.c_str(), 0500), 0);
-    MakeDirectoryWritable(folder_ / "tree");
-    EXPECT_EQ(ModeOf(file), 0700u);
-    EXPECT_EQ(ModeOf(folder_ / "tree"), 0500u);
-    EXPECT_EQ(ModeOf(outside), 0500u);
-    ASSERT_EQ(chmod((folder_ / "tree").c_str(), 0700), 0);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "common/JsonHelpers.h"
 #include "common/JsonParse.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/TempFolder.h"
 #include "tests/unit/common/Thrown.h"
 
 namespace KXP {
@@ -46,23 +45,6 @@ TEST(JsonHelpers, MissingMembersAndNoObjectAreLogged) {
     EXPECT_TRUE(log.HasLine(1, "Invalid object passed to JSONGetValueOrDefault. Desired key=key"));
     EXPECT_TRUE(JSONGetArrayOrEmpty(Parsed(R"({"a":1})"), "a").IsArray());
     EXPECT_EQ(log.Count("Found object with key a, with unexpected type 6"), 1);
-}
-
-TEST(JsonHelpers, KeysAreComparedByLengthAndTheFirstWins) {
-    const Document json = Parsed(R"({"a\u0000b":1,"a":2,"a":3})");
-    EXPECT_EQ(jsonGetValue<int>(json, "a"), 2);
-    EXPECT_EQ(jsonGetValue<int>(json, std::string_view("a\0b", 3)), 1);
-}
-
-TEST(JsonHelpers, ReadJsonRefusesWhatIsNoObject) {
-    const TempFolder folder;
-    LogCapture log;
-    Document json;
-    EXPECT_FALSE(ReadJSON(folder / "absent.json", json));
-    EXPECT_TRUE(log.Lines().empty());
-    for (const char* text : {"[1]", "\xEF\xBB\xBF{}", "", "{}{}", "{\"a\":\"\xC3\"}"})
-        EXPECT_FALSE(ReadJSON(folder.Write("bad.json", text), json)) << text;
-    EXPECT_EQ(log.Count("bad.json"), 5);
 }
 
 }  // namespace

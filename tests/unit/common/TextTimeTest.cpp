@@ -20,15 +20,6 @@ TEST(TextUtil, SplittingAtACharacterHasNoLastEmptyPiece) {
     EXPECT_EQ(Thrown([] { SplitString("a", ""); }), "0x80070057[0]: Empty delimeter string");
 }
 
-TEST(TextUtil, ConvertsEveryLengthOfSequence) {
-    const std::string utf8 = std::string("a\0\u00e9\u20ac\U0001F600\U0010FFFF", 15);
-    const std::wstring wide = Utf8ToWide(utf8);
-    EXPECT_EQ(wide, std::wstring(L"a\0\u00e9\u20ac\U0001F600\U0010FFFF", 6));
-    EXPECT_EQ(WideToUtf8(wide), utf8);
-    EXPECT_EQ(Utf8ToUtf16LE(utf8), std::u16string(u"a\0\u00e9\u20ac\U0001F600\U0010FFFF", 8));
-    EXPECT_EQ(Utf16LEToUtf8(Utf8ToUtf16LE(utf8)), utf8);
-}
-
 TEST(TextUtil, ConversionIsStrict) {
     for (const char* bad : {"\x80", "\xC0\x80", "\xC3", "\xE2\x82", "\xE0\x80\x80", "\xED\xA0\x80",
                             "\xF0\x80\x80\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "12345678\xFF"}) {

@@ -28,17 +28,14 @@ void ExpectKind(const WalkOutcome& outcome, bool isOwn, const char* subType, con
     EXPECT_EQ(outcome.fileSource, source);
 }
 
-struct KindCase {
-    std::string chunks;
-    bool isOwn;
-    const char* subType;
-    const char* source;
-};
-
 TEST(PngWalk, SoftwareByPrefixAndTheFirstSourceOfThirteenBytesTellTheKind) {
     const std::string sdk = PngText("Software", "Ovirastream SDK");
     const std::string maker = PngText("Source", "ZORVEX");
-    const KindCase cases[] = {
+    struct {
+        std::string chunks;
+        bool isOwn;
+        const char *subType, *source;
+    } const cases[] = {
         {PngText("Software", "Ovirastream SHARE 3.2"), true, "Normal", "OVS_Share"},
         {PngText("Software", "Ovirastream SHAR"), false, "Unknown", "Undefined"},
         {PngText("Software", "ovirastream SDK"), false, "Unknown", "Undefined"},
@@ -48,7 +45,7 @@ TEST(PngWalk, SoftwareByPrefixAndTheFirstSourceOfThirteenBytesTellTheKind) {
         {PngText("Source", "OTHERS") + sdk, true, "Highlight", "OVS_SDK"},
         {sdk + maker, true, "Highlight", "OVS_SDK"},
     };
-    for (const KindCase& row : cases) {
+    for (const auto& row : cases) {
         SCOPED_TRACE(&row - cases);
         ExpectKind(Walk(row.chunks), row.isOwn, row.subType, row.source);
     }
