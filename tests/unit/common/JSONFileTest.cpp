@@ -33,9 +33,9 @@ class JSONFileTest : public testing::Test {
     JSONFile file_;
 };
 
-TEST_F(JSONFileTest, ReadsEveryEncodingWithAndWithoutMark) {
+TEST_F(JSONFileTest, ReadsEveryEncodingUpToAZeroByte) {
     for (const std::string& text :
-         {std::string("\xEF\xBB\xBF/* note */{\"a\":5}"),
+         {std::string("\xEF\xBB\xBF/* note */{\"a\":5}"), std::string("{\"a\":5}\0\"x\"", 11),
           std::string("\xFF\xFE{\0\"\0a\0\"\0:\0005\0}\0", 16), std::string("\0{\0\"\0a\0\"\0:\0005\0}", 14),
           std::string("\0\0\0{\0\0\0\"\0\0\0a\0\0\0\"\0\0\0:\0\0\0005\0\0\0}", 28)}) {
         Document json;
@@ -45,21 +45,17 @@ TEST_F(JSONFileTest, ReadsEveryEncodingWithAndWithoutMark) {
 }
 
 TEST_F(JSONFileTest, ShortOddAndMalformedFilesAreErrors) {
+    Document json;
     const std::string whole("\xFF\xFE{\0\"\0a\0\"\0:\0005\0}\0", 16);
     std::vector<std::string> texts = {"{}{}", std::string(4, '\0'), std::string("\xFF\xFE\0\0\0\0\x11\0", 8),
                                       std::string("\xFF\xFE\x00\xD8}\0", 6)};
     for (size_t length = 0; length < whole.size() - 2; ++length)
         texts.push_back(whole.substr(0, length));
     for (const std::string& text : texts) {
-        Document json;
-        log_.Clear();
         EXPECT_EQ(ToStr(Read(text, json)), "0x8008f001[0]: Error parsing JSON document")
             << testing::PrintToString(text);
-        EXPECT_TRUE(log_.HasLine(1, "Error parsing JSON document " + file_.path()));
     }
-    Document json;
     EXPECT_EQ(ToStr(Read("[1]", json)), "0x8007000d[0]: Document has no root object");
-    EXPECT_TRUE(log_.HasLine(1, "Document at " + file_.path() + " has no root object"));
 }
 
 TEST_F(JSONFileTest, WhatIsNoFileIsToldAndNotWaitedFor) {
@@ -70,17 +66,15 @@ TEST_F(JSONFileTest, WhatIsNoFileIsToldAndNotWaitedFor) {
         EXPECT_EQ(ToStr(file_.ReadAndParseJSON(json)), "0x80070002[0]: Config file not found") << name;
         EXPECT_EQ(ToStr(Write("{}")), "0x80070002[0]: Failed to open file") << name;
     }
-    EXPECT_TRUE(log_.HasLine(2, "Config file such.json not found!!"));
-    EXPECT_TRUE(log_.HasLine(2, "Failed to open such.json for wb err:2"));
 }
 
 TEST_F(JSONFileTest, WritesTabsOverLongerAndShorterText) {
     ASSERT_EQ(Write(R"({"a":[1,"two"],"b":{"c":null}})").code, 0);
     EXPECT_EQ(folder_.Read("f.json"),
               "{\n\t\"a\": [\n\t\t1,\n\t\t\"two\"\n\t],\n\t\"b\": {\n\t\t\"c\": null\n\t}\n}");
-    for (const char* value : {"1", "12"}) {
-        ASSERT_EQ(Write(std::string("{\"a\":") + value + "}").code, 0);
-        EXPECT_EQ(folder_.Read("f.json"), std::string("{\n\t\"a\": ") + value + "\n}");
+    for (const std::string value : {"1", "12"}) {
+        ASSERT_EQ(Write("{\"a\":" + value + "}").code, 0);
+        EXPECT_EQ(folder_.Read("f.json"), "{\n\t\"a\": " + value + "\n}");
     }
 }
 
@@ -124,20 +118,6 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
         // And stopped again while the next text was written behind these.
         EXPECT_EQ(valueIn(copied(place).append("\0{\"a\":\"ne", 9)), "new") << written;
     }
-}
-
-TEST_F(JSONFileTest, RemovesAnEmptyFolderWithTheFile) {
-    JSONFile file({folder_.path(), "a"}, "b", "c.json");
-    EXPECT_EQ(file.path(), folder_ / "a/b/c.json");
-    const std::string other = folder_.Write("a/b/other", "");
-    folder_.Write("a/b/c.json", "{}");
-    EXPECT_EQ(file.RemoveFile().code, 0);
-    EXPECT_FALSE(folder_.Has("a/b/c.json"));
-    EXPECT_TRUE(folder_.Has("a/b/other"));
-    EXPECT_EQ(ToStr(file.RemoveFile()), "0x80004005[0]: Success");
-    std::filesystem::rename(other, file.path());
-    EXPECT_EQ(file.RemoveFile().code, 0);
-    EXPECT_FALSE(folder_.Has("a/b"));
 }
 
 }  // namespace

@@ -58,7 +58,6 @@ TEST_F(ProductRootTest, OrThree) {
     WriteConfig("{}");
     Load("Contents/MacOS/plugins/Gallery.so");
     EXPECT_EQ(Ask("product root"), root_ / "Contents/MacOS/plugins/../../..");
-    EXPECT_EQ(Ask("plug-in root"), root_ / "Contents/MacOS/plugins/../../../..");
 }
 
 TEST_F(ProductRootTest, AFolderIsNoConfigAndAFailedSearchIsTriedAgain) {

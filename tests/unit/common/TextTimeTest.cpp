@@ -1,16 +1,10 @@
-#include <regex>
 #include <stdexcept>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include "common/System.h"
 #include "common/TextUtil.h"
 #include "common/TimeUtil.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/ScopedEnv.h"
-#include "tests/support/TempFolder.h"
 #include "tests/unit/common/Thrown.h"
 
 namespace KXP {
@@ -26,15 +20,6 @@ TEST(TextUtil, SplittingAtACharacterHasNoLastEmptyPiece) {
     EXPECT_EQ(Thrown([] { SplitString("a", ""); }), "0x80070057[0]: Empty delimeter string");
 }
 
-TEST(TextUtil, ConvertsEveryLengthOfSequence) {
-    const std::string utf8 = std::string("a\0\u00e9\u20ac\U0001F600\U0010FFFF", 15);
-    const std::wstring wide = Utf8ToWide(utf8);
-    EXPECT_EQ(wide, std::wstring(L"a\0\u00e9\u20ac\U0001F600\U0010FFFF", 6));
-    EXPECT_EQ(WideToUtf8(wide), utf8);
-    EXPECT_EQ(Utf8ToUtf16LE(utf8), std::u16string(u"a\0\u00e9\u20ac\U0001F600\U0010FFFF", 8));
-    EXPECT_EQ(Utf16LEToUtf8(Utf8ToUtf16LE(utf8)), utf8);
-}
-
 TEST(TextUtil, ConversionIsStrict) {
     for (const char* bad : {"\x80", "\xC0\x80", "\xC3", "\xE2\x82", "\xE0\x80\x80", "\xED\xA0\x80",
                             "\xF0\x80\x80\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "12345678\xFF"}) {
@@ -47,18 +32,6 @@ TEST(TextUtil, ConversionIsStrict) {
     EXPECT_THROW(Utf16LEToUtf8(std::u16string(1, u'\xDC00')), std::range_error);
 }
 
-TEST(TextUtil, GuidsAreUpperCaseAndDiffer) {
-    const std::string guid = GenerateGUID();
-    const std::regex form("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
-    EXPECT_TRUE(std::regex_match(guid, form)) << guid;
-    EXPECT_NE(guid, GenerateGUID());
-}
-
-TEST(TimeUtil, Iso8601) {
-    EXPECT_EQ(GetISO8601TimeFromMs(1615125909042), "2021-03-07T14:05:09.042Z");
-    EXPECT_FALSE(GetISO8601TimeFromMs(UINT64_MAX).empty());
-}
-
 TEST(TimeUtil, DurationsCountWholeMillisecondsBehindTheDot) {
     LogCapture log;
     EXPECT_EQ(HHMMSSTimeTo100ns("1:02:03.4"), 37230040000);
@@ -67,34 +40,6 @@ TEST(TimeUtil, DurationsCountWholeMillisecondsBehindTheDot) {
         EXPECT_EQ(HHMMSSTimeTo100ns(bad), 0) << bad;
     EXPECT_TRUE(log.HasLine(1, "HHMMSSTimeTo100ns : Malformed ts string `01:02:03`"));
     EXPECT_EQ(HHMMSSTimeTo100ns(nullptr), 0);
-}
-
-TEST(TimeUtil, DatesOfFiles) {
-    const TempFolder folder;
-    const std::string path = folder.Write("a", "");
-    timespec times[] = {{0, 0}, {1615125909, 500000000}};
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    std::string date;
-    EXPECT_EQ(FileDate(path, date), 0);
-    EXPECT_EQ(date, "2021-03-07T14:05:09Z");
-    EXPECT_EQ(static_cast<uint32_t>(FileDate(folder / "absent", date)), 0x80070002u);
-    uint64_t age = 1;
-    times[1].tv_sec = GetSystemTimeMs() / 1000 + 100000;
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    EXPECT_EQ(MilisecsFromFileCreation(path, age), 0);
-    EXPECT_EQ(age, 0u) << "from the future";
-}
-
-TEST(System, LocaleFromTheEnvironment) {
-    const ScopedEnv all("LC_ALL", ""), messages("LC_MESSAGES", ""), lang("LANG", "de_DE.UTF-8");
-    EXPECT_EQ(GetOsLocale(), "de-DE");
-    const ScopedEnv modifier("LC_ALL", "sr_RS@latin");
-    EXPECT_EQ(GetOsLocale(), "sr-RS");
-    const ScopedEnv c("LC_ALL", "C.UTF-8");
-    std::string language;
-    EXPECT_EQ(GetUserLanguage(language), 0);
-    EXPECT_EQ(language, "en-US");
-    EXPECT_EQ(static_cast<uint32_t>(GetLocale(language)), 0x80004005u);
 }
 
 }  // namespace

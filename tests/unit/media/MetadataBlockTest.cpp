@@ -18,51 +18,25 @@ MetadataFields ReadInner(const std::string& inner) {
     return Read(captures::Block("any", inner));
 }
 
-TEST(MetadataBlock, ReadsEveryMember) {
-    const MetadataFields fields = ReadInner(
-        R"({"DRSAppName":"App","DRSProfileName":"Profile","ShortName":"app",)"
-        R"("MediaType":"Video","CmsId":-9223372036854775808,"EventTimeStamp":"then","HighlightName":"n",)"
-        R"("HighlightId":"i","HighlightGroupId":"g","HighlightTags":4294967295,"HighlightSignificance":3})");
-    EXPECT_EQ(fields.drsName, "App");
-    EXPECT_EQ(fields.drsProfileName, "Profile");
-    EXPECT_EQ(fields.shortName, "app");
-    EXPECT_EQ(fields.fileSubType, "Video");
-    EXPECT_EQ(fields.cmsId, INT64_MIN);
-    EXPECT_EQ(fields.eventTimeStamp, "then");
-    EXPECT_EQ(fields.highlightName, "n");
-    EXPECT_EQ(fields.highlightDefinitionId, "i");
-    EXPECT_EQ(fields.highlightGroupId, "g");
-    EXPECT_EQ(fields.highlightTags, 4294967295u);
-    EXPECT_EQ(fields.highlightSignificance, 3u);
-}
-
 TEST(MetadataBlock, LongNamesWinOverShortOnesInAnyOrder) {
-    const MetadataFields both = ReadInner(
-        R"({"HighlightName":"ln","Name":"sn","Id":"si","HighlightId":"li","HighlightTags":1,"Tags":2})");
-    EXPECT_EQ(both.highlightName + both.highlightDefinitionId, "lnli");
-    EXPECT_EQ(both.highlightTags, 1u);
-    const MetadataFields shorts =
-        ReadInner(R"({"Name":"sn","HighlightName":5,"Id":"si","GroupId":"sg","Tags":2,"Significance":4})");
-    EXPECT_EQ(shorts.highlightName + shorts.highlightDefinitionId + shorts.highlightGroupId, "snsisg");
-    EXPECT_EQ(shorts.highlightTags, 2u);
-    EXPECT_EQ(shorts.highlightSignificance, 4u);
+    const MetadataFields fields =
+        ReadInner(R"({"HighlightName":"ln","Name":"sn","Id":"si","HighlightId":"li","GroupId":"sg",)"
+                  R"("HighlightGroupId":5,"HighlightTags":4294967295,"Tags":2,"MediaType":"Screenshot"})");
+    EXPECT_EQ(fields.highlightName, "ln");
+    EXPECT_EQ(fields.highlightDefinitionId, "li");
+    EXPECT_EQ(fields.highlightGroupId, "sg") << "the long name is of another type";
+    EXPECT_EQ(fields.highlightTags, 4294967295u);
+    EXPECT_EQ(fields.fileSubType, "Normal") << "a screenshot says nothing of its subtype";
 }
 
 TEST(MetadataBlock, PassesOverMembersOfAnotherType) {
-    const MetadataFields fields = ReadInner(
-        R"({"CmsId":9223372036854775808,"HighlightTags":-1,"Tags":1.5,"HighlightName":null,"ProfileName":"p",)"
-        R"("MediaType":["Video"],"DRSAppName":{},"ShortName":"kept"})");
+    const MetadataFields fields =
+        ReadInner(R"({"CmsId":9223372036854775808,"HighlightTags":-1,"Tags":1.5,"HighlightName":null,)"
+                  R"("MediaType":["Video"],"DRSAppName":{},"ShortName":"kept"})");
     EXPECT_EQ(fields.cmsId, 0);
     EXPECT_EQ(fields.highlightTags, 77u);
-    EXPECT_EQ(fields.highlightName, "before");
-    EXPECT_EQ(fields.fileSubType, "Normal");
-    EXPECT_EQ(fields.drsName + fields.drsProfileName, "");
+    EXPECT_EQ(fields.highlightName + fields.fileSubType + fields.drsName, "beforeNormal");
     EXPECT_EQ(fields.shortName, "kept");
-}
-
-TEST(MetadataBlock, MediaTypeReplacesTheSubtypeUnlessItSaysNothing) {
-    EXPECT_EQ(ReadInner(R"({"MediaType":"Screenshot"})").fileSubType, "Normal");
-    EXPECT_EQ(ReadInner(R"({"MediaType":"screenshot"})").fileSubType, "screenshot");
 }
 
 TEST(MetadataBlock, Base64SkipsForeignCharactersAndNeedsNoPadding) {

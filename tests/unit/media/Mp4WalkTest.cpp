@@ -26,13 +26,6 @@ void ExpectEnd(const WalkOutcome& outcome, uint32_t code, const char* finding) {
     }
 }
 
-TEST(Mp4Walk, TheBlocksWordComesAfterTheTags) {
-    const WalkOutcome outcome = Walk(Movie(Block("Ovirastream SDK", R"({"MediaType":"Video"})")));
-    EXPECT_TRUE(outcome.isOwn);
-    EXPECT_EQ(outcome.fileSource, "OVS_SDK");
-    EXPECT_EQ(outcome.fileSubType, "Video");
-}
-
 TEST(Mp4Walk, OtherBlocksAreNotOwnAndTheWalkGoesOn) {
     const std::string other = Block("Ovirastream LUMIS", R"({"DRSAppName":"A"})");
     for (const std::string& text :

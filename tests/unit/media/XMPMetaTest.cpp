@@ -32,16 +32,6 @@ TEST(XMPMeta, DescendsToTheTrimmedContent) {
     EXPECT_EQ(Content("<r><a>in</a></r>", {"r", "missing", "a"}), "in");
 }
 
-TEST(XMPMeta, RewindsToTheWholeText) {
-    media::XMPMeta xmp("<a>1</a><b>2</b>");
-    xmp.Descend("a");
-    xmp.Rewind();
-    xmp.Descend("b");
-    std::string out;
-    EXPECT_EQ(xmp.GetCurrentString(out), 0);
-    EXPECT_EQ(out, "2");
-}
-
 TEST(XMPMeta, DecodesItsEntitiesOnly) {
     EXPECT_EQ(Content("<a>&lt;&gt;&amp;&apos;&quot;&#xA;</a>"), "<>&'\"\n");
     EXPECT_EQ(Content("<a>&amp;lt;</a>"), "&lt;") << "decoded once";
