@@ -96,8 +96,8 @@ int MilisecsFromFileCreation(const std::string& path, uint64_t& milliseconds) {
         return Code::kNotFound;
     }
     // In double, because a file system may give any 64-bit number of seconds.
-    const double modified = static_cast<double>(status.st_mtim.tv_sec) * 1000 +
-                            static_cast<double>(status.st_mtim.tv_nsec / 1000000);
+    const double modified =
+        static_cast<double>(status.st_mtim.tv_sec) * 1e3 + static_cast<double>(status.st_mtim.tv_nsec) / 1e6;
     const double age = std::max(0.0, static_cast<double>(GetSystemTimeMs()) - modified);
     milliseconds = static_cast<uint64_t>(std::min(age, 9e18));
     return Code::kOk;

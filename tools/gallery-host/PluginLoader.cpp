@@ -198,7 +198,8 @@ void PluginLoader::Dispatch(const Event& event) {
         running_.clear();
         commandFailure_ = FailureText(event.text);
     } else {
-        if (event.code == ZvCefPluginLog && event.text.find("][1][") != std::string::npos) lastFault_ = event.text;
+        if (event.code == ZvCefPluginLog && event.text.find("][1][") != std::string::npos)
+            lastFault_ = event.text;
         listener_(event);
     }
 }

@@ -77,7 +77,8 @@ void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
             // Not by a range of the library, which takes what is no number for one in it.
             double seconds = 0;
             const bool number = CLI::detail::lexical_cast(text, seconds);
-            return number && seconds >= 0.001 && seconds <= 86400 ? "" : "not between 0.001 and 86400: " + text;
+            return number && seconds >= 0.001 && seconds <= 86400 ? ""
+                                                                  : "not between 0.001 and 86400: " + text;
         });
     app.add_flag("-v,--verbose", arguments.session.showLog, "show the plug-in's log lines");
     app.add_option("-d", arguments.debug, "debugging mode; \"-d list\" names them")

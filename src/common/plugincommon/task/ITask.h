@@ -23,8 +23,8 @@ class ITask {
     virtual TaskStatus ExecuteTask(TaskQueue& queue) = 0;
     // The end of the work, on the queue's worker, after which the task is destroyed.
     virtual void FinishTask() = 0;
-    // Asks the work to end soon, because the queue stops. Called on the worker, before ExecuteTask or while it is
-    // running.
+    // Asks the work to end soon, because the queue stops. Called on the worker, before ExecuteTask or while
+    // it is running.
     virtual void CancelTask() {}
     // Called on the worker instead of ExecuteTask when no thread could be had; FinishTask follows.
     virtual void FailTask(const RetVal& reason) = 0;

@@ -37,8 +37,8 @@ class FolderListing {
 
     explicit FolderListing(Options options) : options_(std::move(options)) {}
 
-    // Adds the content of the folder, until `cancelled` is set. What cannot be opened, told or named in UTF-8 is logged and left out; a
-    // folder that cannot be opened is empty.
+    // Adds the content of the folder, until `cancelled` is set. What cannot be opened, told or named in UTF-8
+    // is logged and left out; a folder that cannot be opened is empty.
     void Read(const std::atomic<bool>& cancelled);
 
     void InsertIntoSet(const FileItemData& item) { files_.insert(item); }
