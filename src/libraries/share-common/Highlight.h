@@ -1,0 +1,90 @@
+// A capture that a game announces before its file exists, and the application that it comes from.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "common/Json.h"
+
+enum class HighlightType { Video = 1, Screenshot = 2 };
+
+// The words for it in messages.
+extern const std::map<std::string, HighlightType> kHighlightTypeJsonStrs;
+
+// A word that is not known gives Video, and false.
+bool HighlightStringToEnum(const std::string& word, HighlightType& type);
+// False, and `word` as it was, for a value that is none of the enumeration.
+bool HighlightEnumToString(HighlightType type, std::string& word);
+
+// What is known of the application; messages carry the three names alone.
+struct SDKAppInfo {
+    int processId = 0;
+    std::string profileName;
+    std::string name;
+    std::string appShortName;
+    std::string executable;
+    uint64_t cmsId = 0;
+    int version = 0;
+};
+
+class Highlight {
+  public:
+    int GetId() const { return id_; }
+    void SetId(int id) { id_ = id; }
+    const std::string& GetGroupId() const { return groupId_; }
+    void SetGroupId(const std::string& groupId) { groupId_ = groupId; }
+    const std::string& GetHighlightDefinitionId() const { return definitionId_; }
+    void SetHighlightDefinitionId(const std::string& definitionId) { definitionId_ = definitionId; }
+    const std::string& GetHighlightName() const { return name_; }
+    void SetHighlightName(const std::string& name) { name_ = name; }
+    HighlightType GetType() const { return type_; }
+    void SetType(HighlightType type) { type_ = type; }
+    // Empty for a value that is none of the enumeration.
+    std::string GetTypeAsString() const;
+    int GetSignificance() const { return significance_; }
+    void SetSignificance(int significance) { significance_ = significance; }
+    const std::string& GetTimeStamp() const { return timeStamp_; }
+    void SetTimeStamp(const std::string& timeStamp) { timeStamp_ = timeStamp; }
+    const std::string& GetPath() const { return path_; }
+    void SetPath(const std::string& path) { path_ = path; }
+    int GetTags() const { return tags_; }
+    void SetTags(int tags) { tags_ = tags; }
+    const SDKAppInfo& GetSDKAppInfo() const { return app_; }
+    void SetSDKAppInfo(const SDKAppInfo& app) { app_ = app; }
+    const std::string& GetMessageBusRefid() const { return messageBusRefid_; }
+    // Keeps the reference with one NUL at its end, which keys of maps by it carry too.
+    void SetMessageBusRefid(const std::string& reference);
+    int GetVideoLength() const { return videoLength_; }  // seconds
+    void SetVideoLength(int seconds) { videoLength_ = seconds; }
+    int GetStartDelta() const { return startDelta_; }  // milliseconds
+    void SetStartDelta(int milliseconds) { startDelta_ = milliseconds; }
+    int GetEndDelta() const { return endDelta_; }  // milliseconds
+    void SetEndDelta(int milliseconds) { endDelta_ = milliseconds; }
+
+    bool MediaFileExists() const;
+
+    // `out` becomes an object with every member, whatever is in it.
+    static void CreateHighlightJSONValue(const Highlight& highlight, KXP::Value& out,
+                                         KXP::Allocator& allocator);
+    static void CreateAppJSONValue(const SDKAppInfo& app, KXP::Value& out, KXP::Allocator& allocator);
+    // Members that are missing or of another type give 0 or the empty text.
+    static void ParseHighlightJSON(Highlight& highlight, const KXP::Value& value);
+    static void ParseAppJSON(SDKAppInfo& app, const KXP::Value& value);
+
+  private:
+    int id_ = 0;
+    std::string groupId_;
+    std::string definitionId_;
+    std::string name_;
+    HighlightType type_ = HighlightType::Video;
+    int significance_ = 0;
+    std::string timeStamp_;
+    std::string path_;
+    int tags_ = 0;
+    SDKAppInfo app_;
+    std::string messageBusRefid_;
+    int videoLength_ = 0;
+    int startDelta_ = 0;
+    int endDelta_ = 0;
+};

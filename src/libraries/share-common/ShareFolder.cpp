@@ -1,0 +1,7 @@
+#include "libraries/share-common/ShareFolder.h"
+
+#include "common/Profile.h"
+
+std::vector<std::string> GetShareFolderPath() {
+    return {KXP::GetProductDataDirectory(KXP::ProfileProduct), "Share"};
+}
