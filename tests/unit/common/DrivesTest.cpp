@@ -99,6 +99,7 @@ TEST_F(DrivesTest, FindsTheDisksBehindVolumes) {
     Disk("8:16", usb + "/host6/block/sdb");
     Partition("8:17", usb + "/host6/block/sdb/sdb1");
     Disk("8:32", usb + "/host7/block/sdc", "1");
+    Partition("8:33", usb + "/host7/block/sdc/sdc1");
     Disk("8:48", "pci0000:00/0000:00:1a.0/fw0/block/sdd");
     Bus("pci0000:00/0000:00:1a.0/fw0", "firewire");
     Disk("8:64", "platform/host9/block/sde");
@@ -130,7 +131,7 @@ TEST_F(DrivesTest, FindsTheDisksBehindVolumes) {
         const char* word;
     } rows[] = {
         {"8:2", "/dev/sda2", "fixed"},         {"8:1", "/dev/sda1", "reserved"},
-        {"8:17", "/dev/sdb1", "external"},     {"8:32", "/dev/sdc", "removable"},
+        {"8:17", "/dev/sdb1", "external"},     {"8:33", "/dev/sdc1", "removable"},
         {"8:48", "/dev/sdd", "external"},      {"8:64", "/dev/sde", "external"},
         {"179:0", "/dev/mmcblk0", "fixed"},    {"179:8", "/dev/mmcblk1", "external"},
         {"259:0", "/dev/nvme0n1", "external"}, {"253:0", "/dev/mapper/a", "fixed"},
