@@ -126,7 +126,7 @@ void AddVerbs(CLI::App& app, Arguments& arguments) {
     watch->add_flag("--json", arguments.watch.json, "print names and payloads, for programs");
     watch->add_option("--count", arguments.watch.count, "end after so many notifications")
         ->type_name("N")
-        ->check(CLI::PositiveNumber.description(""));
+        ->check(CLI::Range(1, 1000000000).description(""));
     watch->footer(kWatchFooter);
 
     CLI::App* demo = app.add_subcommand(
