@@ -16,6 +16,7 @@ TEST(CommandLine, UsageErrorsAreTwo) {
                                                          {"-d", "nonsense", "serve"},
                                                          {"--timeout", "0", "serve"},
                                                          {"list", ".", "--exclude", "some"},
+                                                         {"watch", "--count", "0"},
                                                          {"call", "Echo", "[1]"},
                                                          {"call", "Echo", "@/"}};
     for (const auto& arguments : wrong) {

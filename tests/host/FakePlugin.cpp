@@ -93,13 +93,12 @@ void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& res
     Tell(ZvCefPluginJsonMessage, ToText(response));
 }
 
-void Notify(const KXP::Value& payload) {
-    const std::string method = payload["method"].GetString();
+void Notify(const std::string& method) {
     for (const std::string& id : fake->subscribers[method]) {
         KXP::Document notification;
-        KXP::ParseJSON(
-            R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,"payload":{"n":1}})",
-            notification);
+        KXP::ParseJSON(R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,)"
+                       R"("payload":{"n":1,"path":"/g\u001b[2J"}})",
+                       notification);
         KXP::Allocator& allocator = notification.GetAllocator();
         notification.AddMember("method", KXP::Value(method, allocator), allocator);
         notification.AddMember("reference_uniqueid", KXP::Value(id, allocator), allocator);
@@ -112,14 +111,15 @@ void Handle(const std::string& text) {
     KXP::ParseJSON(text, request);
     const std::string method = request["method"].GetString();
     if (request["type"].GetInt() == 3073) {
-        fake->subscribers[method].push_back(request["uniqueid"].GetString());
+        fake->subscribers[method].emplace_back(request["uniqueid"].GetString());
+        if (Behaves("notifies")) Notify(method);
         return;
     }
     if (method == "Never") return;
     KXP::Document response(rapidjson::kObjectType);
     KXP::Allocator& allocator = response.GetAllocator();
     KXP::Value payload(request["payload"], allocator);
-    if (method == "Notify") Notify(payload);
+    if (method == "Notify") Notify(payload["method"].GetString());
     if (method == "Log") Tell(ZvCefPluginLog, "a line with \x1b[31mcolour");
     if (method == "Big")
         payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);

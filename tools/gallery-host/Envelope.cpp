@@ -14,12 +14,6 @@ void AddIfMissing(KXP::Document& envelope, const char* key, const std::string& t
     envelope.AddMember(rapidjson::StringRef(key), KXP::Value(text, allocator), allocator);
 }
 
-const KXP::Value* Find(const KXP::Value& object, const char* key) {
-    if (!object.IsObject()) return nullptr;
-    const auto member = object.FindMember(key);
-    return member == object.MemberEnd() ? nullptr : &member->value;
-}
-
 }  // namespace
 
 const std::vector<std::string>& NotificationMethods() {
@@ -80,6 +74,12 @@ KXP::Document MakeRequest(const std::string& method, const KXP::Value& payload, 
     return envelope;
 }
 
+const KXP::Value* Find(const KXP::Value& object, const char* key) {
+    if (!object.IsObject()) return nullptr;
+    const auto member = object.FindMember(key);
+    return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
 std::string Text(const KXP::Value& object, const char* key) {
     const KXP::Value* value = Find(object, key);
     return value && value->IsString() ? std::string(value->GetString(), value->GetStringLength()) : "";
@@ -92,6 +92,10 @@ bool IsResponse(const KXP::Document& envelope) {
 bool IsPersistent(const KXP::Document& envelope) {
     const KXP::Value* type = Find(envelope, "type");
     return type && type->IsInt() && type->GetInt() == kPersistent;
+}
+
+bool IsNotification(const KXP::Document& envelope) {
+    return IsPersistent(envelope) && IsResponse(envelope);
 }
 
 const KXP::Value& Payload(const KXP::Document& envelope) {

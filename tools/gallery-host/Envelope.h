@@ -35,11 +35,15 @@ void Complete(KXP::Document& envelope);
 // A complete envelope around a payload.
 KXP::Document MakeRequest(const std::string& method, const KXP::Value& payload, int type = kOrdinary);
 
+// The member, or null; null also in what is no object.
+const KXP::Value* Find(const KXP::Value& object, const char* key);
 // A member that is a string, else an empty text.
 std::string Text(const KXP::Value& object, const char* key);
 // "reference_uniqueid" is a text that is not empty.
 bool IsResponse(const KXP::Document& envelope);
 bool IsPersistent(const KXP::Document& envelope);
+// Both of these: what the plug-in sends to subscribers. A subscription of its own is no response.
+bool IsNotification(const KXP::Document& envelope);
 // The payload, or an empty object.
 const KXP::Value& Payload(const KXP::Document& envelope);
 

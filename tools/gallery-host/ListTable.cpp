@@ -6,6 +6,7 @@
 
 #include "gallery-host/Envelope.h"
 #include "gallery-host/Printable.h"
+#include "gallery-host/Words.h"
 
 namespace host {
 namespace {
@@ -20,47 +21,6 @@ struct Row {
     const char* nameColour;
 };
 
-struct Word {
-    const char* value;
-    const char* human;
-};
-
-constexpr Word kKinds[] = {{"video", "video"}, {"image", "image"}, {"other", "other file"}};
-
-constexpr Word kDetails[] = {
-    {"Screenshot", "screenshot"},
-    {"Highlight", "highlight"},
-    {"AnimatedGif", "animated GIF"},
-    {"Normal", "normal"},
-    {"Normal_Lumis", "LUMIS picture"},
-    {"SuperResolution", "super resolution"},
-    {"SuperResolution_Oversized", "super resolution, too large to show"},
-    {"360Mono", "360\u00b0"},
-    {"360Stereo", "360\u00b0, stereo"},
-    {"Stereo", "stereo"},
-    {"Exr", "raw light (EXR)"},
-    {"Montage", "montage"},
-    {"InstantReplay", "instant replay"},
-    {"Manual", "manual recording"},
-    {"Unknown", "-"},
-};
-
-constexpr Word kSources[] = {
-    {"OVS_Share", "Share"},
-    {"OVS_Lumis", "LUMIS"},
-    {"OVS_SDK", "highlights SDK"},
-    {"StandAlone_Lumis", "LUMIS (stand-alone)"},
-    {"Undefined", "-"},
-};
-
-// A word that is not known is shown as it came.
-template <size_t N>
-std::string Human(const Word (&words)[N], const std::string& value) {
-    for (const Word& word : words)
-        if (value == word.value) return word.human;
-    return Printable(value);
-}
-
 KXP::Value::ConstArray Elements(const KXP::Value& payload, const char* key) {
     static const KXP::Value empty(rapidjson::kArrayType);
     if (!payload.IsObject()) return empty.GetArray();
@@ -74,8 +34,8 @@ std::vector<Row> MakeRows(const KXP::Value& payload) {
     for (const std::string& name : FolderNames(payload))
         rows.push_back({{Printable(name) + "/", "folder", "", ""}, kFolderColour});
     for (const KXP::Value& file : Elements(payload, "files"))
-        rows.push_back({{Printable(Text(file, "name")), Human(kKinds, Text(file, "type")),
-                         Human(kDetails, Text(file, "subtype")), Human(kSources, Text(file, "source"))},
+        rows.push_back({{Printable(Text(file, "name")), HumanKind(Text(file, "type")),
+                         HumanDetail(Text(file, "subtype")), HumanSource(Text(file, "source"))},
                         ""});
     return rows;
 }
@@ -94,10 +54,6 @@ std::string Line(const Row& row, const std::array<size_t, kColumns>& widths, boo
         gap += widths[column] - DisplayWidth(cell) + 2;
     }
     return line + "\n";
-}
-
-std::string Count(size_t count, const std::string& noun) {
-    return (count ? std::to_string(count) : "no") + " " + noun + (count == 1 ? "" : "s");
 }
 
 }  // namespace
@@ -124,8 +80,8 @@ std::vector<std::string> FolderNames(const KXP::Value& payload) {
 }
 
 std::string ListSummary(const KXP::Value& payload) {
-    return Count(Elements(payload, "directories").Size(), "folder") + ", " +
-           Count(Elements(payload, "files").Size(), "file");
+    return Counted(Elements(payload, "directories").Size(), "folder") + ", " +
+           Counted(Elements(payload, "files").Size(), "file");
 }
 
 }  // namespace host

@@ -24,20 +24,11 @@ Server::Server(Session& session, Output& output)
       lines_(kMaxInputBytes, [this](const LineSplitter::Line& line) { OnLine(line); }) {}
 
 void Server::Run() {
-    session_.Listen([this](KXP::Document& message) { OnMessage(message); });
+    session_.Listen([this](KXP::Document& message, auto) { OnMessage(message); });
     const std::shared_ptr<void> unlisten(nullptr, [this](void*) { session_.Listen(nullptr); });
-    Subscribe();
+    subscriptions_.Make(session_);
     ReadLines();
     AwaitAnswers();
-}
-
-void Server::Subscribe() {
-    for (const std::string& method : NotificationMethods()) {
-        const KXP::Document request = MakeRequest(method, KXP::Value(rapidjson::kObjectType), kPersistent);
-        subscriptions_[method] = Text(request, "uniqueid");
-        const std::optional<std::string> refusal = session_.Send(request);
-        if (refusal) Say("the plug-in refused the subscription to " + method + ": " + *refusal);
-    }
 }
 
 void Server::ReadLines() {
@@ -97,7 +88,7 @@ std::optional<std::string> Server::Forward(const KXP::Document& envelope) {
 bool Server::TakeSubscription(const KXP::Document& envelope) {
     const std::string method = Text(envelope, "method");
     const std::string id = Text(envelope, "uniqueid");
-    if (!IsPersistent(envelope) || IsResponse(envelope) || id.empty() || subscriptions_.count(method) == 0)
+    if (!IsPersistent(envelope) || IsResponse(envelope) || id.empty() || !subscriptions_.Has(method))
         return false;
     subscribers_[method].push_back({Text(envelope, "source_system"), Text(envelope, "source_module"), id});
     return true;
@@ -116,16 +107,12 @@ void Server::Refuse(size_t lineNumber, const std::string& text, const std::strin
 }
 
 void Server::OnMessage(KXP::Document& message) {
-    const std::string reference = Text(message, "reference_uniqueid");
-    if (IsPersistent(message) && IsResponse(message)) {
-        const auto ours = subscriptions_.find(Text(message, "method"));
-        if (ours != subscriptions_.end() && ours->second == reference) {
-            FanOut(message);
-            return;
-        }
-    } else if (const auto entry = outstanding_.find(reference); entry != outstanding_.end()) {
-        outstanding_.erase(entry);
+    if (subscriptions_.Match(message)) {
+        FanOut(message);
+        return;
     }
+    const auto entry = outstanding_.find(Text(message, "reference_uniqueid"));
+    if (entry != outstanding_.end() && !IsNotification(message)) outstanding_.erase(entry);
     Write(message);
 }
 

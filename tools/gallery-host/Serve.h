@@ -10,6 +10,7 @@
 #include "gallery-host/LineSplitter.h"
 #include "gallery-host/Output.h"
 #include "gallery-host/Session.h"
+#include "gallery-host/Subscriptions.h"
 
 namespace host {
 
@@ -18,9 +19,8 @@ namespace host {
 //   {"error":{"line":3,"text":"..."},"reference_uniqueid":"the line's own, if it had one"}
 // and serving goes on.
 //
-// The plug-in keeps subscriptions for ever, so it gets one for each notification, made here. A notification
-// goes out once for each sender's subscription, under that one's identifier, or once under its method's name
-// when nobody subscribed.
+// The plug-in gets one subscription for each notification, made here. A notification goes out once for each
+// sender's subscription, under that one's identifier, or once under its method's name when nobody subscribed.
 class Server {
   public:
     Server(Session& session, Output& output);
@@ -36,7 +36,6 @@ class Server {
         std::string id;
     };
 
-    void Subscribe();
     void ReadLines();
     void AwaitAnswers();
     void OnLine(const LineSplitter::Line& line);
@@ -53,7 +52,7 @@ class Server {
     LineSplitter lines_;
     bool open_ = true;  // somebody reads the output
     std::multiset<std::string> outstanding_;
-    std::map<std::string, std::string> subscriptions_;  // our identifier by method
+    Subscriptions subscriptions_;
     std::map<std::string, std::vector<Subscriber>> subscribers_;
 };
 

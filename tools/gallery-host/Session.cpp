@@ -24,7 +24,7 @@ KXP::Document Session::Ask(const std::string& method, const KXP::Value& payload)
     std::optional<KXP::Document> answer;
     // The listener uses what stands here, and messages still come after a failure.
     const std::shared_ptr<void> unlisten(nullptr, [this](void*) { Listen(nullptr); });
-    Listen([&answer, &id](KXP::Document& message) {
+    Listen([&answer, &id](KXP::Document& message, auto) {
         if (!IsPersistent(message) && Text(message, "reference_uniqueid") == id) answer = std::move(message);
     });
     const Deadline deadline = std::chrono::steady_clock::now() + options_.timeout;
@@ -64,7 +64,7 @@ void Session::OnMessage(const Event& event) {
         Say("the plug-in sent a message that is " + error);
         return;
     }
-    if (listener_) listener_(message);
+    if (listener_) listener_(message, event.when);
 }
 
 }  // namespace host

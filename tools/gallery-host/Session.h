@@ -21,7 +21,9 @@ struct SessionOptions {
 // For one thread. Every call may throw Failure, see PluginLoader.
 class Session {
   public:
-    using MessageListener = std::function<void(KXP::Document&)>;
+    // `when` is the time at which the plug-in sent the message.
+    using MessageListener =
+        std::function<void(KXP::Document& message, std::chrono::system_clock::time_point when)>;
 
     Session(SessionOptions options, Interrupt& interrupt);
 

@@ -21,6 +21,7 @@
 #include "gallery-host/Serve.h"
 #include "gallery-host/Session.h"
 #include "gallery-host/Verbs.h"
+#include "gallery-host/Watch.h"
 
 namespace host {
 namespace {
@@ -32,11 +33,13 @@ constexpr const char* kFooter = R"(Examples:
   gallery-host list --json --exr "$HOME/Videos/ZORVEX/Ovirastream/Some Game"
   gallery-host call GetFolderListing '{"directory":"/home/me/Videos","excludeDirectoryType":"empty"}'
   echo '{"method":"GetFolderListing","payload":{"directory":"/home/me/Videos"}}' | gallery-host serve
+  gallery-host watch
+  gallery-host watch --json --count 1
   gallery-host demo
 
 Data goes to standard output, everything else to standard error. Exit status: 0 success, 1 the request failed,
 2 usage, 3 the plug-in could not be loaded or started, 4 no answer in time, 130 interrupted. An interrupt stops
-the plug-in in order; a second one leaves at once.
+the plug-in in order, and is the ordinary end of watch, which then gives 0; a second one leaves at once.
 )";
 
 constexpr const char* kServeFooter =
@@ -49,6 +52,15 @@ notification's name as its method gets them under its own uniqueid. The end of s
 answers are there.
 )";
 
+constexpr const char* kWatchFooter =
+    R"(A line is the time, what happened, and what it happened to:
+  12:03:07  saved      Rustwind Rally/Photo finish.png  image, highlight, 2.4 MB
+  12:03:07  usage      1.2 GB of 512 GB (cap 50 %, on)
+A notification of another form is shown as its name and its payload. With --json each line is
+  {"notification":"GalleryNotifications","payload":{"galleryIsFull":true}}
+Ctrl-C ends it with exit status 0; with --count, 130 tells that there were fewer than that.
+)";
+
 struct Arguments {
     SessionOptions session;
     double timeout = 30;
@@ -56,6 +68,7 @@ struct Arguments {
     CallOptions call;
     std::string payload;
     ListOptions list;
+    WatchOptions watch;
     bool keep = false;
 };
 
@@ -108,6 +121,13 @@ void AddVerbs(CLI::App& app, Arguments& arguments) {
 
     app.add_subcommand("serve", "Talk JSON lines on standard input and output, for programs.")
         ->footer(kServeFooter);
+
+    CLI::App* watch = app.add_subcommand("watch", "Print the gallery's notifications as they come.");
+    watch->add_flag("--json", arguments.watch.json, "print names and payloads, for programs");
+    watch->add_option("--count", arguments.watch.count, "end after so many notifications")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1000000000).description(""));
+    watch->footer(kWatchFooter);
 
     CLI::App* demo = app.add_subcommand(
         "demo", "Make a small gallery in a temporary home and list it. The home is removed at the end.");
@@ -166,6 +186,8 @@ ExitStatus RunVerb(const CLI::App& app, Arguments& arguments, Interrupt& interru
         arguments.session.showLog = true;
         return run([&](Session& session) { Server(session, output).Run(); });
     }
+    if (app.got_subcommand("watch"))
+        return run([&](Session& session) { RunWatch(session, output, arguments.watch); });
     const TemporaryHome home(arguments.keep);
     const std::string gallery = home.FillGallery();
     return run([&](Session& session) { RunDemo(session, output, gallery); });

@@ -1,0 +1,80 @@
+#include "gallery-host/Words.h"
+
+#include <cstdio>
+
+#include "gallery-host/Printable.h"
+
+namespace host {
+namespace {
+
+struct Word {
+    const char* value;
+    const char* human;
+};
+
+constexpr Word kKinds[] = {{"video", "video"}, {"image", "image"}, {"other", "other file"}};
+
+constexpr Word kDetails[] = {
+    {"Screenshot", "screenshot"},
+    {"Highlight", "highlight"},
+    {"AnimatedGif", "animated GIF"},
+    {"Normal", "normal"},
+    {"Normal_Lumis", "LUMIS picture"},
+    {"SuperResolution", "super resolution"},
+    {"SuperResolution_Oversized", "super resolution, too large to show"},
+    {"360Mono", "360\u00b0"},
+    {"360Stereo", "360\u00b0, stereo"},
+    {"Stereo", "stereo"},
+    {"Exr", "raw light (EXR)"},
+    {"Montage", "montage"},
+    {"InstantReplay", "instant replay"},
+    {"Manual", "manual recording"},
+    {"Unknown", "-"},
+};
+
+constexpr Word kSources[] = {
+    {"OVS_Share", "Share"},
+    {"OVS_Lumis", "LUMIS"},
+    {"OVS_SDK", "highlights SDK"},
+    {"StandAlone_Lumis", "LUMIS (stand-alone)"},
+    {"Undefined", "-"},
+};
+
+template <size_t N>
+std::string Human(const Word (&words)[N], const std::string& value) {
+    for (const Word& word : words)
+        if (value == word.value) return word.human;
+    return Printable(value);
+}
+
+}  // namespace
+
+std::string HumanKind(const std::string& type) {
+    return Human(kKinds, type);
+}
+
+std::string HumanDetail(const std::string& subtype) {
+    return Human(kDetails, subtype);
+}
+
+std::string HumanSource(const std::string& source) {
+    return Human(kSources, source);
+}
+
+std::string Counted(size_t count, const std::string& noun) {
+    return (count ? std::to_string(count) : "no") + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string HumanSize(double kilobytes) {
+    constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB"};
+    size_t unit = 0;
+    // From here on it would round to 1000.
+    for (; kilobytes >= 999.5 && unit < 3; ++unit)
+        kilobytes /= 1000;
+    char text[40];
+    std::snprintf(text, sizeof text, unit == 0 || kilobytes >= 99.95 ? "%.0f %s" : "%.1f %s", kilobytes,
+                  kUnits[unit]);
+    return text;
+}
+
+}  // namespace host
