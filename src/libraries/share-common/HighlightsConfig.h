@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 
+#include "common/HeldLog.h"
 #include "common/JSONFile.h"
 #include "common/Mutex.h"
 #include "common/RetVal.h"
@@ -44,8 +45,8 @@ struct HighlightUserConfigData {
 // Guards all reading and writing of every such file.
 extern KXP::Mutex g_configFileMutex;
 
-// Any thread may call any function, on one object or on several for the same application. No log line is sent
-// with the lock held.
+// Any thread may call any function, on one object or on several for the same application. Log lines are sent
+// after the unlock, so a log callback may call in again.
 class HighlightsConfig {
   public:
     // Makes the application's folder, also for one that is only read; throws KXP::Exception 0x80004005 when
@@ -58,7 +59,7 @@ class HighlightsConfig {
     // The application's side: `config` takes over the user's choices for the definitions that it keeps.
     KXP::RetVal WriteConfig(HighlightConfigData& config) const EXCLUDES(g_configFileMutex);
 
-    // Fails with the codes of KXP::JSONFile; `config` is then as it was.
+    // The codes of KXP::JSONFile, or 0x80004005; `config` is as it was after a failure.
     KXP::RetVal ReadUserConfig(HighlightUserConfigData& config, const std::string& locale) const
         EXCLUDES(g_configFileMutex);
     // The user's side: takes the flag of each entry whose definition is known. 0x80004005 while the
@@ -78,5 +79,9 @@ class HighlightsConfig {
                                                  const std::string& locale, const std::string& defaultLocale);
 
   private:
+    KXP::RetVal readConfig(HighlightConfigData& config, KXP::HeldLog& log) const REQUIRES(g_configFileMutex);
+    KXP::RetVal writeConfig(const HighlightConfigData& config, KXP::HeldLog& log) const
+        REQUIRES(g_configFileMutex);
+
     KXP::JSONFile file_;
 };
