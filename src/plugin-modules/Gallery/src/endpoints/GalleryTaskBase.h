@@ -1,6 +1,8 @@
-// What every asynchronous request of the gallery shares: the way to the API object.
+// What every asynchronous request of the gallery shares: the way to the API object, and what becomes of
+// exceptions.
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -19,6 +21,16 @@ class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
     }
 
   protected:
+    // The answer of `body`, a whole ExecuteAsync; the text of what it throws becomes that of a failure.
+    template <typename Body>
+    static KXP::RetVal Guarded(const Body& body) {
+        try {
+            return body();
+        } catch (const std::exception& error) {
+            return {KXP::Code::kInvalidArgument, KXP::ExceptionText(error), 0};
+        }
+    }
+
     // Lives at least as long as the task, also when the plug-in is gone before it.
     ZvGalleryAPI& api() { return *api_; }
 

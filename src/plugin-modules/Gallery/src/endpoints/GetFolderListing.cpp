@@ -1,6 +1,5 @@
 #include "plugin-modules/Gallery/src/endpoints/GetFolderListing.h"
 
-#include "common/Exception.h"
 #include "common/JsonHelpers.h"
 
 namespace {
@@ -19,15 +18,13 @@ FolderListing::Options ReadOptions(const KXP::Value& params) {
 }  // namespace
 
 KXP::RetVal GetFolderListing::ExecuteAsync(const KXP::Value& params) {
-    try {
+    return Guarded([&]() -> KXP::RetVal {
         FolderListing::Options options = ReadOptions(params);
         // A listing of the product's own files alone comes from the tracker.
         if (options.onlyOwn) return {KXP::Code::kFailure, "No tracker", 0};
         listing_.emplace(std::move(options));
         return GetNonZvFolders();
-    } catch (const std::exception& error) {
-        return {KXP::Code::kInvalidArgument, KXP::ExceptionText(error), 0};
-    }
+    });
 }
 
 KXP::RetVal GetFolderListing::GetNonZvFolders() {

@@ -1,0 +1,214 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+#include <sys/sysmacros.h>
+
+#include "common/Drives.h"
+#include "common/linux/LinuxMounts.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/ScopedEnv.h"
+#include "tests/support/TempFolder.h"
+
+namespace KXP {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A sysfs as the kernel lays it out, with the devices that a test plugs in.
+class DrivesTest : public testing::Test {
+  protected:
+    // A block device in a folder below devices/.
+    void Device(const std::string& number, const std::string& folder) {
+        const std::string whole = "sys/devices/" + folder;
+        files_.Write(whole + "/dev", number + "\n");
+        Link("sys/dev/block/" + number, whole);
+        Link("sys/class/block/" + fs::path(folder).filename().string(), whole);
+    }
+    void Disk(const std::string& number, const std::string& folder, const char* removable = "0") {
+        Device(number, folder);
+        Attribute(folder + "/removable", removable);
+    }
+    void Partition(const std::string& number, const std::string& folder) {
+        Device(number, folder);
+        Attribute(folder + "/partition", "1");
+    }
+    void Attribute(const std::string& file, const std::string& value) {
+        files_.Write("sys/devices/" + file, value + "\n");
+    }
+    void Bus(const std::string& folder, const std::string& bus) {
+        files_.MakeFolder("sys/bus/" + bus);
+        Link("sys/devices/" + folder + "/subsystem", "sys/bus/" + bus);
+    }
+    void Slave(const std::string& folder, const std::string& of) {
+        Link("sys/devices/" + folder + "/slaves/" + fs::path(of).filename().string(), "sys/devices/" + of);
+    }
+    void Link(const std::string& link, const std::string& to) {
+        fs::create_directories(fs::path(files_ / link).parent_path());
+        fs::create_symlink(files_ / to, files_ / link);
+    }
+
+    std::map<std::string, std::string> Drives(const std::string& table) {
+        const BlockDisks disks(files_ / "sys", [this](dev_t device, const char* name) {
+            return properties_[std::to_string(minor(device)) + name];
+        });
+        std::vector<Mount> mounts;
+        EXPECT_TRUE(ListMounts(files_.Write("mountinfo", table), disks, mounts));
+        std::map<std::string, std::string> drives;
+        AddDrives(mounts, drives);
+        return drives;
+    }
+
+    const TempFolder files_;
+    const LogCapture log_;
+    std::map<std::string, std::string> properties_;
+};
+
+TEST(DriveWord, FollowsTheOrderOfTheRules) {
+    const struct {
+        bool readOnly, hidden, localFlag, local, removable;
+        int place;  // 1 internal, 0 external, -1 unknown
+        const char* word;
+    } rows[] = {
+        {true, false, false, false, true, 1, "reserved"},  {false, true, true, true, true, 1, "reserved"},
+        {false, false, false, true, true, 1, "network"},   {false, false, true, false, true, 1, "network"},
+        {false, false, true, true, true, -1, "removable"}, {false, false, true, true, false, 1, "fixed"},
+        {false, false, true, true, false, 0, "external"},  {false, false, true, true, false, -1, "reserved"},
+    };
+    for (const auto& row : rows) {
+        const LogCapture log;
+        const auto place = [&](bool& internal) {
+            internal = row.place == 1;
+            return row.place < 0 ? static_cast<int32_t>(0x80004005) : 0;
+        };
+        const Mount mount{"",   "", 0, row.readOnly, row.hidden, row.localFlag, row.local, row.removable,
+                          place};
+        EXPECT_STREQ(DriveWord(mount), row.word) << &row - rows;
+        EXPECT_EQ(log.HasLine(1, "Unable to determine location, skipping"), &row == std::end(rows) - 1);
+    }
+}
+
+TEST_F(DrivesTest, FindsTheDisksBehindVolumes) {
+    const std::string pci = "pci0000:00/0000:00:17.0";
+    Bus(pci, "pci");
+    Attribute(pci + "/removable", "fixed");
+    Disk("8:0", pci + "/ata1/block/sda");
+    Partition("8:1", pci + "/ata1/block/sda/sda1");
+    Partition("8:2", pci + "/ata1/block/sda/sda2");
+    const std::string usb = "pci0000:00/0000:00:14.0/usb1/1-1";
+    Bus(usb, "usb");
+    Disk("8:16", usb + "/host6/block/sdb");
+    Partition("8:17", usb + "/host6/block/sdb/sdb1");
+    Disk("8:32", usb + "/host7/block/sdc", "1");
+    Partition("8:33", usb + "/host7/block/sdc/sdc1");
+    Disk("8:48", "pci0000:00/0000:00:1a.0/fw0/block/sdd");
+    Bus("pci0000:00/0000:00:1a.0/fw0", "firewire");
+    Disk("8:64", "platform/host9/block/sde");
+    properties_["64ID_BUS"] = "usb";
+    for (const auto& [number, name, type] :
+         {std::tuple("179:0", "mmc0:0001", "MMC"), std::tuple("179:8", "mmc1:aaaa", "SD")}) {
+        const std::string card = std::string("platform/sdhci/") + name;
+        Bus(card, "mmc");
+        Attribute(card + "/type", type);
+        Disk(number, card + "/block/" + (number[4] == '0' ? "mmcblk0" : "mmcblk1"));
+    }
+    const std::string tunnel = "pci0000:00/0000:00:07.0/0000:04:00.0";
+    Bus(tunnel, "pci");
+    Attribute(tunnel + "/removable", "removable");
+    Disk("259:0", tunnel + "/nvme/nvme0/nvme0n1");
+    // Encryption over a volume group over a partition inside and another outside.
+    for (const char* name : {"0", "1", "2"})
+        Disk(std::string("253:") + name, std::string("virtual/block/dm-") + name);
+    Slave("virtual/block/dm-0", pci + "/ata1/block/sda/sda2");
+    Slave("virtual/block/dm-1", "virtual/block/dm-0");
+    Slave("virtual/block/dm-1", usb + "/host6/block/sdb/sdb1");
+    Slave("virtual/block/dm-2", usb + "/host7/block/sdc");
+    Slave("virtual/block/dm-2", "virtual/block/dm-2");
+    properties_["1UDISKS_IGNORE"] = "1";
+
+    const struct {
+        const char* device;
+        const char* source;
+        const char* word;
+    } rows[] = {
+        {"8:2", "/dev/sda2", "fixed"},         {"8:1", "/dev/sda1", "reserved"},
+        {"8:17", "/dev/sdb1", "external"},     {"8:33", "/dev/sdc1", "removable"},
+        {"8:48", "/dev/sdd", "external"},      {"8:64", "/dev/sde", "external"},
+        {"179:0", "/dev/mmcblk0", "fixed"},    {"179:8", "/dev/mmcblk1", "external"},
+        {"259:0", "/dev/nvme0n1", "external"}, {"253:0", "/dev/mapper/a", "fixed"},
+        {"0:40", "/dev/dm-1", "reserved"},     {"253:2", "/dev/mapper/c", "removable"},
+        {"0:41", "/dev/sda2", "fixed"},        {"0:42", "/dev/nowhere", "reserved"},
+        {"0:43", "pool/data", "reserved"},     {"8:99", "/dev/sda2", "reserved"},
+        {"0:44", "/dev/../tmp", "reserved"},
+    };
+    std::string table;
+    for (const auto& row : rows)
+        table += "30 1 " + std::string(row.device) + " / /m/" + std::to_string(&row - rows) + " rw - btrfs " +
+                 row.source + " rw\n";
+    const auto drives = Drives(table);
+    for (const auto& row : rows)
+        EXPECT_EQ(drives.at("/m/" + std::to_string(&row - rows)), row.word) << row.source;
+    properties_.clear();
+    EXPECT_EQ(Drives("30 1 0:40 / /m rw - btrfs /dev/dm-1 rw\n").at("/m"), "external") << "one disk is";
+}
+
+TEST_F(DrivesTest, ReadsTheTableOfMounts) {
+    Disk("8:0", "block/sda");
+    const ScopedEnv options("LIBMOUNT_UTAB",
+                            files_.Write("utab", "SRC=/dev/sda TARGET=/secret ROOT=/ OPTS=x-gvfs-hide\n"));
+    const auto drives = Drives(
+        "20 1 8:0 / / rw,relatime shared:1 - ext4 /dev/sda rw\n"
+        "21 20 8:0 / / ro - ext4 /dev/sda rw\n"
+        "22 20 8:0 / /my\\040disk\\134 rw - ext4 /dev/sda rw\n"
+        "23 20 8:0 / /sealed rw - ext4 /dev/sda ro\n"
+        "24 20 8:0 / /bad\xFF rw - ext4 /dev/sda rw\n"
+        "25 20 0:30 / /nas rw - nfs4 server:/export rw\n"
+        "26 20 0:31 / /tmp rw - tmpfs tmpfs rw\n"
+        "27 20 0:32 / /auto rw - autofs systemd-1 rw\n"
+        "28 20 0:33 / /home rw - autofs systemd-1 rw\n"
+        "29 28 8:0 / /home rw - ext4 /dev/sda rw\n"
+        "this is no line\n"
+        "31 20 8:0 / /secret rw - ext4 /dev/sda rw\n");
+    const std::map<std::string, std::string> expected = {
+        {"/", "fixed"},       {"/my disk\\", "fixed"}, {"/sealed", "reserved"}, {"/nas", "network"},
+        {"/tmp", "reserved"}, {"/auto", "reserved"},   {"/home", "fixed"},      {"/secret", "reserved"}};
+    EXPECT_EQ(drives, expected);
+    EXPECT_TRUE(log_.HasLine(1, "Passed over 1 mount points that are not UTF-8"));
+    std::vector<Mount> mounts;
+    EXPECT_FALSE(ListMounts(files_ / "missing", BlockDisks("/nowhere", &UdevProperty), mounts));
+}
+
+TEST_F(DrivesTest, TellsOfThisMachine) {
+    std::map<std::string, std::string> drives = {{"old", ""}};
+    EXPECT_EQ(EnumDrives(drives), 0);
+    EXPECT_EQ(drives.count("old"), 0u);
+    ASSERT_EQ(drives.count("/"), 1u);
+    EXPECT_EQ(drives.at("/proc"), "reserved");
+    EXPECT_TRUE(IsVolumeLocal("/proc/self"));
+    EXPECT_FALSE(IsVolumeLocal(files_ / "missing"));
+    EXPECT_FALSE(IsVolumeRemovable("/proc"));
+    bool internal = false;
+    EXPECT_EQ(InternalDiskForPath("/proc", internal), static_cast<int32_t>(0x80004005));
+    if (drives.at("/") == "fixed") {
+        EXPECT_EQ(InternalDiskForPath("/", internal), 0);
+        EXPECT_TRUE(internal);
+    }
+}
+
+TEST_F(DrivesTest, SpaceIsInWholeDecimalMegabytes) {
+    EXPECT_EQ(WholeMegabytes(999999, 1), 0u);
+    EXPECT_EQ(WholeMegabytes(4882813, 4096), 20000u);
+    EXPECT_EQ(WholeMegabytes(uint64_t{4294967295} * 1000, 1000), UINT32_MAX);
+    EXPECT_EQ(WholeMegabytes(uint64_t{4294967296} * 1000, 1000), UINT32_MAX);
+    EXPECT_EQ(WholeMegabytes(UINT64_MAX, 4096), UINT32_MAX);
+    uint32_t freeMB = 1;
+    uint32_t totalMB = 1;
+    EXPECT_FALSE(GetDriveSpace(files_ / "missing", freeMB, totalMB));
+    EXPECT_EQ(freeMB, 0u);
+    EXPECT_EQ(totalMB, 0x7FFFFFFFu);
+    EXPECT_TRUE(GetDriveSpace(files_.path(), freeMB, totalMB));
+    EXPECT_LE(freeMB, totalMB);
+    EXPECT_NE(totalMB, 0x7FFFFFFFu);
+}
+
+}  // namespace
+}  // namespace KXP
