@@ -108,6 +108,26 @@ void MakeJsonFile(Corpus corpus) {
     corpus.Add(std::string("\xFE\xFF\0{\0\"\0a\0\"\0:\0001\0}", 16));
 }
 
+void MakeHighlights(Corpus corpus) {
+    const std::string root = R"("defaultLocale":"en-US","drsName":"a","profileName":"b","shortName":"c"})";
+    corpus.Add(R"({"highlights":{"kill":{"significance":1,"highlightTags":-1,"userInterest":true,)"
+               R"("userEnabled":false,"name":{"en-US":"Kill","EN-us":"K","pt":""}}},)" +
+               root);
+    corpus.Add(
+        R"({"highlights":{"":{"significance":4294967295,"highlightTags":1,"userInterest":0,"name":{}},)"
+        R"("n":{"name":{"en":1}},"x":[]},)" +
+        root);
+    corpus.Add(R"({"highlights":[],)" + root);
+}
+
+void MakeSettings(Corpus corpus) {
+    corpus.Add(R"({"settings":{"capEnabled":true,"capSizePercent":50,"currentDirectoryV2":"/g",)"
+               R"("tempDirectory":"/t","trackerUpdateState":"CancelUpdate"}})");
+    corpus.Add(R"({"settings":{"currentDirectory":"g\u0000","capSizePercent":-5,"trackerUpdateState":"x"}})");
+    corpus.Add(R"({"settings":{"currentDirectory":1,"capSizePercent":4294967295,"capEnabled":"on"}})");
+    corpus.Add(R"({"settings":{}})");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -124,6 +144,8 @@ int main(int argc, char** argv) {
         MakeMetadataBlock({root, "metadatablock"});
         MakeEnvelope({root, "envelope"});
         MakeJsonFile({root, "jsonfile"});
+        MakeHighlights({root, "highlights"});
+        MakeSettings({root, "settings"});
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -9,9 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "CobalixUtil.h"
 #include "common/DirUtil.h"
 #include "common/FileDescriptor.h"
+#include "common/HeldLog.h"
 #include "common/RetVal.h"
 
 namespace KXP {
@@ -100,10 +100,17 @@ int FileMigrate(const std::string& legacyFile, const std::string& newFile) {
     return Code::kFailure;
 }
 
-int FileDelete(const std::string& path, bool) {
+int FileDelete(const std::string& path, bool force) {
+    HeldLog log;
+    return FileDelete(path, force, log);
+}
+
+int FileDelete(const std::string& path, bool, HeldLog& log) {
     FileAttrNormal(path);
     if (std::remove(path.c_str()) == 0) return Code::kOk;
-    KXP_LOG(LogFailure, "Failed to delete file %s: 0x%08x", path.c_str(), static_cast<unsigned>(errno));
+    char error[16];
+    std::snprintf(error, sizeof error, "0x%08x", static_cast<unsigned>(errno));
+    log.Add(LogFailure, "Failed to delete file " + path + ": " + error);
     return Code::kFailure;
 }
 

@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "CobalixUtil.h"
 #include "common/DirUtil.h"
 #include "common/FileDescriptor.h"
 #include "common/FileUtil.h"
@@ -106,53 +105,72 @@ void JSONFile::Init(const std::string& path) {
 }
 
 RetVal JSONFile::OpenFile(FILE*& file, bool read) const {
+    HeldLog log;
     const char* mode = read ? "rb" : "wb";
     FileDescriptor opened = read ? OpenForRead(path_) : OpenForWrite(path_, kNewFileMode);
-    if (!opened.IsOpen() || (!read && ftruncate(opened.get(), 0) != 0)) return OpenFailed(mode);
+    if (!opened.IsOpen() || (!read && ftruncate(opened.get(), 0) != 0)) return OpenFailed(mode, log);
     file = fdopen(opened.get(), mode);
-    if (!file) return OpenFailed(mode);
+    if (!file) return OpenFailed(mode, log);
     opened.Release();
     return {};
 }
 
-RetVal JSONFile::OpenFailed(const char* mode) const {
-    KXP_LOG(LogMilestone, "Failed to open %s for %s err:%d", GetFileNameFromPath(path_).c_str(), mode, errno);
+RetVal JSONFile::OpenFailed(const char* mode, HeldLog& log) const {
+    const int error = errno;
+    log.Add(LogMilestone, "Failed to open " + GetFileNameFromPath(path_) + " for " + mode +
+                              " err:" + std::to_string(error));
     return {Code::kNotFound, "Failed to open file", 0};
 }
 
 RetVal JSONFile::ReadAndParseJSON(Document& document) const {
+    HeldLog log;
+    return ReadAndParseJSON(document, log);
+}
+
+RetVal JSONFile::ReadAndParseJSON(Document& document, HeldLog& log) const {
     const FileDescriptor file = OpenForRead(path_);
     if (!file.IsOpen()) {
-        KXP_LOG(LogMilestone, "Config file %s not found!!", GetFileNameFromPath(path_).c_str());
+        log.Add(LogMilestone, "Config file " + GetFileNameFromPath(path_) + " not found!!");
         return {Code::kNotFound, "Config file not found", 0};
     }
     FileBytes text;
     if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text.view(), document)) {
-        KXP_LOG(LogFailure, "Error parsing JSON document %s", path_.c_str());
+        log.Add(LogFailure, "Error parsing JSON document " + path_);
         return {Code::kJsonField, "Error parsing JSON document", 0};
     }
     if (!document.IsObject()) {
-        KXP_LOG(LogFailure, "Document at %s has no root object", path_.c_str());
+        log.Add(LogFailure, "Document at " + path_ + " has no root object");
         return {Code::kInvalidData, "Document has no root object", 0};
     }
     return {};
 }
 
 RetVal JSONFile::WriteJSON(const Document& document) const {
+    HeldLog log;
+    return WriteJSON(document, log);
+}
+
+RetVal JSONFile::WriteJSON(const Document& document, HeldLog& log) const {
     JsonBuffer buffer;
     PrettyJsonWriter writer(buffer);
     writer.SetIndent('\t', 1);
     document.Accept(writer);
     FileDescriptor file = OpenForWrite(path_, kNewFileMode);
-    if (!file.IsOpen()) return OpenFailed("wb");
+    if (!file.IsOpen()) return OpenFailed("wb", log);
     if (OverwriteInPlace(file, {buffer.GetString(), buffer.GetSize()}) && file.Close()) return {};
-    KXP_LOG(LogFailure, "Failed to write %s err:%d", path_.c_str(), errno);
+    const int error = errno;
+    log.Add(LogFailure, "Failed to write " + path_ + " err:" + std::to_string(error));
     return {Code::kFailure, "Failed to write file", 0};
 }
 
 RetVal JSONFile::RemoveFile() const {
+    HeldLog log;
+    return RemoveFile(log);
+}
+
+RetVal JSONFile::RemoveFile(HeldLog& log) const {
     RetVal result;
-    result.code = FileDelete(path_, true);
+    result.code = FileDelete(path_, true, log);
     DirectoryRemove(directory_);
     return result;
 }

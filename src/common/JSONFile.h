@@ -5,13 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "common/HeldLog.h"
 #include "common/Json.h"
 #include "common/RetVal.h"
 
 namespace KXP {
 
 // Holds no open file between calls and stays usable after any failure. Nothing is locked: the owner of each
-// file keeps two calls from running at once.
+// file keeps two calls from running at once. An owner that holds a lock for this hands in a HeldLog, which
+// then gets the lines instead of the log.
 class JSONFile {
   public:
     JSONFile() = default;
@@ -32,18 +34,21 @@ class JSONFile {
     // allowed and an object at the root. 0x80070002 when there is no such file, 0x8008F001 when the text is
     // wrong, 0x8007000D when its root is no object; `document` is then not to be used.
     RetVal ReadAndParseJSON(Document& document) const;
+    RetVal ReadAndParseJSON(Document& document, HeldLog& log) const;
 
     // Writes over the file in place, indented by tabs. A kill or a full disk leaves the old text or the new
     // to ReadAndParseJSON: space is reserved first, and a second copy stands behind the place of the text
     // while that is written over.
     // 0x80070002 when the file cannot be opened, 0x80004005 when it cannot be written.
     RetVal WriteJSON(const Document& document) const;
+    RetVal WriteJSON(const Document& document, HeldLog& log) const;
 
     // Deletes the file, and its folder when that is then empty. The text is "Success" whatever the code.
     RetVal RemoveFile() const;
+    RetVal RemoveFile(HeldLog& log) const;
 
   private:
-    RetVal OpenFailed(const char* mode) const;
+    RetVal OpenFailed(const char* mode, HeldLog& log) const;
 
     std::string directory_;
     std::string path_;

@@ -4,36 +4,23 @@
 
 #include <atomic>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "common/JSONFile.h"
 #include "common/Mutex.h"
+#include "plugin-modules/Gallery/src/settings/SettingsJson.h"
 
-// How an update of the tracker stands. In the file InProgress is the mark of a rebuild that did not end.
-enum TrackerUpdateState : int {
-    TrackerUpdateNotActive = 0,
-    TrackerUpdateInProgress = 1,
-    TrackerUpdateComplete = 2,
-    CancelUpdateComplete = 3,
-    CancelUpdate = 4,
-};
-
-// The names that files and messages know the states by.
-extern const std::map<std::string, TrackerUpdateState> kTrackerUpdateStateStrs;
-// Empty for a value that is none of the enumeration.
-std::string TrackerUpdateStateName(TrackerUpdateState state);
-
-// Any thread may call any function. Nothing but the file functions and UpdateTrackerSettings writes to disk.
-// Sizes are decimal megabytes.
+// Any thread may call any function. Nothing but the constructor, WriteSettings and UpdateTrackerSettings
+// writes the file. Sizes are decimal megabytes.
 class Settings : public KXP::JSONFile {
   public:
     // Reads the file, or takes the defaults, and writes it in the layout of today. Throws KXP::Exception when
     // neither the share folder nor a needed default folder can be made.
     Settings();
 
-    // False when the file cannot be used; members read before that may have changed.
+    // False, with the members as they were, when the file cannot be used. Throws KXP::Exception, as
+    // SetDefaults does, when a default folder is needed and cannot be made.
     bool ReadSettings() EXCLUDES(fileMutex_);
     void SetDefaults() EXCLUDES(fileMutex_);
     // Always true; a failure is in the log.
@@ -54,10 +41,11 @@ class Settings : public KXP::JSONFile {
     // The same, made when it is not there. Throws KXP::Exception when it cannot be made, as when its drive is
     // unplugged.
     std::string GetGalleryPath() const EXCLUDES(pathMutex_);
-    // Makes the folder and measures its volume. False, with the path as it was, when that cannot be done.
+    // Makes the folder and measures its volume. False, with the path as it was, when that cannot be done or
+    // the path is not absolute; GetTotalDiskSpaceMB may then be GetDriveSpace's failure value.
     bool SetUserGalleryPath(const std::string& path) EXCLUDES(pathMutex_);
     std::string GetTempFolder() const EXCLUDES(pathMutex_);
-    // False for a folder that is not there.
+    // False for a path that is not absolute or leads to no folder.
     bool SetTempFolder(const std::string& path) EXCLUDES(pathMutex_);
 
     TrackerUpdateState GetTrackerUpdateState() const { return trackerUpdateState_; }
@@ -70,6 +58,10 @@ class Settings : public KXP::JSONFile {
     static std::string GetDefaultTempFolder();
 
   private:
+    bool ReadFile(KXP::Document& document) EXCLUDES(fileMutex_);
+    void Store(const StoredSettings& stored, uint32_t totalDiskSpaceMB) EXCLUDES(fileMutex_, pathMutex_);
+    StoredSettings Stored() const EXCLUDES(pathMutex_);
+
     std::atomic<uint32_t> maxSizePercent_{0};
     std::atomic<uint32_t> totalDiskSpaceMB_{0};
     std::atomic<uint32_t> currentSizeMB_{0};

@@ -1,0 +1,198 @@
+#include "plugin-modules/Gallery/src/settings/Settings.h"
+
+#include <cstdio>
+
+#include "common/DirUtil.h"
+#include "common/Drives.h"
+#include "common/Exception.h"
+#include "common/Profile.h"
+#include "libraries/share-common/ShareFolder.h"
+#include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
+
+namespace {
+
+using KXP::HeldLog;
+using KXP::LogFailure;
+using KXP::LogMilestone;
+using KXP::MutexLock;
+
+// What the file functions of the system take for one place wherever the process runs. The tests of a folder
+// would find a relative path in the current folder and CreateDirectoryPath makes it under the root, and all
+// of them take a path up to its first zero byte.
+bool IsWholePath(const std::string& path) {
+    return !path.empty() && path.front() == '/' && path.find('\0') == std::string::npos;
+}
+
+bool IsFolder(const std::string& path) {
+    return IsWholePath(path) && KXP::DirectoryExists(path);
+}
+
+// The folder that a path of the old layout stands for, which need not be there.
+std::string GalleryOfOldLayout(const std::string& path) {
+    const bool oldDefault = path == KXP::GetSpecialDirectory(KXP::SD_MOVIES);
+    if (!oldDefault && IsWholePath(path)) return path;
+    return KXP::CreateDirectoryPath(Settings::GetDefaultGalleryFolder());
+}
+
+// A gallery on a drive that is unplugged gives the default one.
+std::string GalleryThatExists(const std::string& path) {
+    return IsFolder(path) ? path : KXP::CreateDirectoryPath(Settings::GetDefaultGalleryFolder());
+}
+
+uint32_t VolumeSizeMB(const std::string& path) {
+    uint32_t freeMB = 0;
+    uint32_t totalMB = 0;
+    KXP::GetDriveSpace(path, freeMB, totalMB);
+    return totalMB;
+}
+
+std::string LogText(const char* function, const StoredSettings& settings, uint32_t totalDiskSpaceMB) {
+    char text[256];
+    std::snprintf(
+        text, sizeof text, "%senabled(%s), capacityPercent(%d), totalDiskSpaceMB(%d), trackerUpdateState(%s)",
+        function, settings.capEnabled ? "true" : "false", static_cast<int>(settings.maxSizePercent),
+        static_cast<int>(totalDiskSpaceMB), TrackerUpdateStateName(settings.trackerUpdateState).c_str());
+    return text;
+}
+
+}  // namespace
+
+Settings::Settings() : JSONFile(GetShareFolderPath(), "", kSettingsFileName) {
+    if (!ReadSettings()) {
+        KXP_LOG(LogFailure, "Failed to read settings file, using defaults");
+        SetDefaults();
+    }
+    // In every case, so that the file has the layout of today from the first start on.
+    WriteSettings();
+}
+
+bool Settings::ReadSettings() {
+    KXP::Document document;
+    if (!ReadFile(document)) return false;
+    StoredSettings stored;
+    stored.userGalleryPath = GetDefaultGalleryFolderPath();
+    bool oldLayout = false;
+    if (!ReadStoredSettings(document, stored, oldLayout)) {
+        KXP_LOG(LogFailure, "Settings file invalid");
+        return false;
+    }
+    stored.userGalleryPath =
+        oldLayout ? GalleryOfOldLayout(stored.userGalleryPath) : GalleryThatExists(stored.userGalleryPath);
+    if (!IsFolder(stored.tempFolder)) stored.tempFolder = GetDefaultTempFolder();
+    const uint32_t totalDiskSpaceMB = VolumeSizeMB(stored.userGalleryPath);
+    Store(stored, totalDiskSpaceMB);
+    KXP_LOG(LogMilestone, "%s", LogText("Settings::ReadSettings:: ", stored, totalDiskSpaceMB).c_str());
+    return true;
+}
+
+bool Settings::ReadFile(KXP::Document& document) {
+    HeldLog log;
+    MutexLock lock(fileMutex_);
+    const KXP::RetVal read = ReadAndParseJSON(document, log);
+    if (!read.Failed()) return true;
+    log.Add(LogFailure, read.code == KXP::Code::kNotFound ? "Settings file not found"
+                                                          : "Failure opening existing settings file");
+    return false;
+}
+
+void Settings::SetDefaults() {
+    StoredSettings defaults;
+    defaults.userGalleryPath = GetDefaultGalleryFolderPath();
+    if (!KXP::DirectoryExists(defaults.userGalleryPath)) KXP::CreateDirectoryPath(GetDefaultGalleryFolder());
+    defaults.tempFolder = GetDefaultTempFolder();
+    Store(defaults, VolumeSizeMB(defaults.userGalleryPath));
+    currentSizeMB_ = 0;
+}
+
+bool Settings::WriteSettings() {
+    HeldLog log;
+    MutexLock lock(fileMutex_);
+    const StoredSettings stored = Stored();
+    log.Add(LogMilestone, LogText("Settings::WriteSettings::", stored, totalDiskSpaceMB_));
+    KXP::Document document;
+    WriteStoredSettings(stored, document);
+    // The caller goes on with what is in memory; a file that cannot be written is in the log.
+    (void)WriteJSON(document, log);
+    return true;
+}
+
+void Settings::Store(const StoredSettings& stored, uint32_t totalDiskSpaceMB) {
+    MutexLock fileLock(fileMutex_);  // no write of one half
+    capEnabled_ = stored.capEnabled;
+    maxSizePercent_ = stored.maxSizePercent;
+    trackerUpdateState_ = stored.trackerUpdateState;
+    totalDiskSpaceMB_ = totalDiskSpaceMB;
+    MutexLock pathLock(pathMutex_);
+    userGalleryPath_ = stored.userGalleryPath;
+    tempFolder_ = stored.tempFolder;
+}
+
+StoredSettings Settings::Stored() const {
+    MutexLock lock(pathMutex_);
+    return {capEnabled_, maxSizePercent_, userGalleryPath_, tempFolder_, trackerUpdateState_};
+}
+
+std::string Settings::GetUserGalleryPath() const {
+    MutexLock lock(pathMutex_);
+    return userGalleryPath_;
+}
+
+std::string Settings::GetGalleryPath() const {
+    return KXP::CreateDirectoryPath({GetUserGalleryPath()});
+}
+
+bool Settings::SetUserGalleryPath(const std::string& path) {
+    if (!IsFolder(path)) {
+        KXP_LOG(LogFailure, "Gallery directory does not exist, create one");
+        try {
+            if (IsWholePath(path)) KXP::CreateDirectoryPath({path});
+        } catch (const KXP::Exception& error) {
+            // The measurement tells the caller.
+            KXP_LOG(LogFailure, "%s", error.what());
+        }
+    }
+    uint32_t freeMB = 0;
+    uint32_t totalMB = 0;
+    // The empty path has no volume, and its failure value.
+    const bool measured = KXP::GetDriveSpace(IsWholePath(path) ? path : "", freeMB, totalMB);
+    totalDiskSpaceMB_ = totalMB;
+    if (!measured) {
+        KXP_LOG(LogFailure, "Failed to get drive space to adjust cap");
+        return false;
+    }
+    MutexLock lock(pathMutex_);
+    userGalleryPath_ = path;
+    return true;
+}
+
+std::string Settings::GetTempFolder() const {
+    MutexLock lock(pathMutex_);
+    return tempFolder_;
+}
+
+bool Settings::SetTempFolder(const std::string& path) {
+    if (!IsFolder(path)) {
+        KXP_LOG(LogFailure, "Can not set temp directory to non-existant path");
+        return false;
+    }
+    MutexLock lock(pathMutex_);
+    tempFolder_ = path;
+    return true;
+}
+
+bool Settings::UpdateTrackerSettings(TrackerUpdateState state) {
+    SetTrackerUpdateState(state);
+    return WriteSettings();
+}
+
+std::string Settings::GetDefaultGalleryFolderPath() {
+    return KXP::FileJoin(GetDefaultGalleryFolder(), "");
+}
+
+std::vector<std::string> Settings::GetDefaultGalleryFolder() {
+    return {KXP::GetSpecialDirectory(KXP::SD_MOVIES), kVendorGalleryFolder, kDefaultGalleryFolder};
+}
+
+std::string Settings::GetDefaultTempFolder() {
+    return KXP::GetSpecialDirectory(KXP::SD_TEMP);
+}
