@@ -5,6 +5,10 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "sample-captures/ExrImage.h"
+#include "sample-captures/JpegImage.h"
+#include "sample-captures/Mp4Video.h"
+#include "sample-captures/PngImage.h"
 #include "tests/support/CaptureBytes.h"
 
 namespace {
@@ -76,6 +80,35 @@ void MakeMp4(Corpus corpus) {
     corpus.Add(U32(0) + "mdat");
 }
 
+void MakeMp4Header(Corpus corpus) {
+    samples::Mp4Options options;
+    options.width = options.height = 16;
+    options.frames = 1;
+    const samples::Gradient colours{{1, 2, 3}, {4, 5, 6}};
+    corpus.Add(samples::Mp4Video(options, colours));
+    options.moovBehind = true;
+    corpus.Add(samples::Mp4Video(options, colours));
+    corpus.Add(U32(1) + "mdat" + U64(24) + "8 bytes." +
+               Mp4Box("moov", Mp4Box("mvhd", "\1" + std::string(111, '\2')) +
+                                  Mp4Box("trak", Mp4Box("tkhd", std::string(96, '\1')))));
+    corpus.Add(U32(1) + "moov" + U32(16) + "mvhd" + std::string(200, '\0'));
+}
+
+void MakeImageSize(Corpus corpus) {
+    const samples::Gradient colours{{1, 2, 3}, {4, 5, 6}};
+    corpus.Add(samples::PngImage(16, 9, colours));
+    corpus.Add(samples::JpegImage(16, 9, colours));
+    corpus.Add(samples::ExrImage(4, 3, colours));
+    corpus.Add(std::string("GIF89a\x10\0\x09\0\0\0\0", 13));
+    corpus.Add("BM" + std::string(12, '\0') +
+               std::string("\x28\0\0\0\x10\0\0\0\xF7\xFF\xFF\xFF\1\0\x18\0", 16));
+    corpus.Add("BM" + std::string(12, '\0') + std::string("\x0C\0\0\0\x10\0\x09\0\1\0\x18\0", 12));
+    const std::string webP("RIFF\x20\0\0\0WEBP", 12);
+    corpus.Add(webP + std::string("VP8X\x0A\0\0\0\0\0\0\0\x0F\0\0\x08\0\0", 18));
+    corpus.Add(webP + std::string("VP8 \x0A\0\0\0\0\0\0\x9D\1\x2A\x10\0\x09\0", 18));
+    corpus.Add(webP + std::string("VP8L\x05\0\0\0\x2F\x0F\0\2\0", 13));
+}
+
 void MakeXmp(Corpus corpus) {
     corpus.Add(captures::Xmp("Ovirastream SDK", "&lt;a&gt; &amp;&apos;&quot;&#xA;&unknown;&am"));
     corpus.Add("<x:xmpmeta>   </x:xmpmeta>");
@@ -140,6 +173,8 @@ int main(int argc, char** argv) {
         MakePng({root, "png"});
         MakeJpeg({root, "jpeg"});
         MakeMp4({root, "mp4"});
+        MakeMp4Header({root, "mp4header"});
+        MakeImageSize({root, "imagesize"});
         MakeXmp({root, "xmp"});
         MakeMetadataBlock({root, "metadatablock"});
         MakeEnvelope({root, "envelope"});

@@ -1,6 +1,7 @@
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
+#include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn) {
@@ -28,4 +29,22 @@ int32_t ZvGalleryAPI::CheckIfJPGFileSizeIsValid(const std::string& path, bool& i
 
 bool ZvGalleryAPI::IsDirectoryEmpty(const std::string& path, bool onlyOwn) {
     return media::IsDirectoryEmpty(path, onlyOwn);
+}
+
+int32_t ZvGalleryAPI::FindMP4HeaderInfo(const std::string& path, double& duration, std::string& audioType,
+                                        bool wantSize, unsigned int& width, unsigned int& height) {
+    return media::FindMP4HeaderInfo(path, duration, audioType, wantSize, width, height);
+}
+
+int32_t ZvGalleryAPI::FindMP4DurationTypeInfo(const std::string& path, double& duration,
+                                              std::string& audioType) {
+    unsigned int width = 0;
+    unsigned int height = 0;
+    return FindMP4HeaderInfo(path, duration, audioType, false, width, height);
+}
+
+int32_t ZvGalleryAPI::FindMP4SizeInfo(const std::string& path, unsigned int& width, unsigned int& height) {
+    double duration = 0;
+    std::string audioType;
+    return FindMP4HeaderInfo(path, duration, audioType, true, width, height);
 }

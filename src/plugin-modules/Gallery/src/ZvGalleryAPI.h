@@ -23,6 +23,12 @@ class ZvGalleryAPI {
     // Whether a JPEG is small enough to be shown whole. Gives 1, or 0x80070006 when it cannot be opened.
     static int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
     static bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
+    // A video's duration in seconds, audio layout and picture size, as media::FindMP4HeaderInfo tells them:
+    // the size with `wantSize`, the two others without.
+    static int32_t FindMP4HeaderInfo(const std::string& path, double& duration, std::string& audioType,
+                                     bool wantSize, unsigned int& width, unsigned int& height);
+    static int32_t FindMP4DurationTypeInfo(const std::string& path, double& duration, std::string& audioType);
+    static int32_t FindMP4SizeInfo(const std::string& path, unsigned int& width, unsigned int& height);
 
   private:
     GalleryPlugin& plugin_;

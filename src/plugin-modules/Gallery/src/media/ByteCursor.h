@@ -34,6 +34,9 @@ class ByteCursor {
 
     void Rewind() { position_ = 0; }
 
+    // Moves to any place. A step to what the window still holds costs no read.
+    void MoveTo(uint64_t position) { position_ = position; }
+
     // Whether a Take has come short. Stays so, whatever is skipped afterwards.
     bool CameShort() const { return cameShort_; }
 

@@ -137,9 +137,10 @@ bool IsStartOfFrame(uint8_t marker) {
 }
 
 // Precision and length, height, width, and the count of components, which must be there too.
-bool FrameIsValid(ByteCursor& cursor) {
+std::optional<JpegFrame> ReadFrame(ByteCursor& cursor) {
     const ByteView frame = cursor.Take(8);
-    return frame.size() == 8 && uint64_t{frame.U16(3)} * frame.U16(5) <= kMaxPixels;
+    if (frame.size() < 8) return {};
+    return JpegFrame{frame.U16(5), frame.U16(3)};
 }
 
 }  // namespace
@@ -156,16 +157,21 @@ int32_t WalkJpeg(ByteCursor& cursor, SniffResult& result) {
     return kInspected;
 }
 
-bool JpegSizeIsValid(ByteCursor& cursor) {
-    if (!cursor.Take(2).StartsWith("\xFF\xD8")) return false;
+std::optional<JpegFrame> FindJpegFrame(ByteCursor& cursor) {
+    if (!cursor.Take(2).StartsWith("\xFF\xD8")) return {};
     for (;;) {
         const uint8_t marker = NextMarker(cursor);
-        if (IsStartOfFrame(marker)) return FrameIsValid(cursor);
-        if (marker == 0xD9 || marker == 0xDA) return false;
+        if (IsStartOfFrame(marker)) return ReadFrame(cursor);
+        if (marker == 0xD9 || marker == 0xDA) return {};
         const ByteView length = cursor.Take(2);
-        if (length.U16(0) < 2) return false;
+        if (length.U16(0) < 2) return {};
         cursor.Skip(length.U16(0) - 2u);
     }
+}
+
+bool JpegSizeIsValid(ByteCursor& cursor) {
+    const std::optional<JpegFrame> frame = FindJpegFrame(cursor);
+    return frame && uint64_t{frame->width} * frame->height <= kMaxPixels;
 }
 
 }  // namespace media

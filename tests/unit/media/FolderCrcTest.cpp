@@ -1,0 +1,146 @@
+#include <filesystem>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "plugin-modules/Gallery/src/media/FolderCrc.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct TreeData {
+    bool walked = false;
+    std::vector<unsigned char> times, dirs, lastFile;
+
+    std::string Dirs() const { return {dirs.begin(), dirs.end()}; }
+    std::string LastFile() const { return {lastFile.begin(), lastFile.end()}; }
+};
+
+TreeData Walk(const std::string& path, const std::string& galleryPath = "") {
+    TreeData data;
+    data.walked = media::GetTreeData(path, galleryPath, data.times, data.dirs, data.lastFile);
+    return data;
+}
+
+constexpr unsigned int kUnchanged = 0xFFFFFFFF;
+
+unsigned int Sum(const std::string& path, const std::string& galleryPath = "") {
+    unsigned int crc = kUnchanged;
+    const KXP::RetVal result = media::CalculateFolderCRC(path, galleryPath, crc);
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.text, "Success");
+    return crc;
+}
+
+void SetTime(const std::string& path, time_t seconds) {
+    const timespec times[2] = {{seconds, 0}, {seconds, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+}  // namespace
+
+TEST(FolderCrc, IsTheUsualCrc) {
+    EXPECT_EQ(media::StringCRC("123456789"), 0xCBF43926u);
+    EXPECT_EQ(media::StringCRC(""), 0u);
+    EXPECT_EQ(media::StringCRC("\xFF\xFF\xFF\xFF"), 0xFFFFFFFFu);
+    EXPECT_EQ(media::CreateCRCTable()[1], 0x77073096u);
+}
+
+TEST(FolderCrc, HoldsTimesFolderNamesAndOneFile) {
+    const TempFolder folder;
+    folder.Write("gallery/a", "");
+    folder.Write("gallery/sub/x\xFF", "");
+    folder.Write("gallery/.hidden/y", "");
+    const std::string gallery = folder / "gallery";
+    SetTime(gallery, -2);
+    const TreeData data = Walk(gallery);
+    EXPECT_TRUE(data.walked);
+    EXPECT_EQ(data.Dirs(), gallery + "sub");
+    EXPECT_EQ(data.LastFile(), gallery + "/sub/x\xFF");
+    // Its own, five in it (with "." and "..") and three in the folder below.
+    ASSERT_EQ(data.times.size(), 9u * 8);
+    EXPECT_EQ(data.times[0], 0xFE);
+    EXPECT_EQ(data.times[7], 0xFF);
+    const TreeData asRoot = Walk(gallery, gallery);
+    EXPECT_EQ(asRoot.times, std::vector<unsigned char>(data.times.begin() + 8, data.times.end()));
+    EXPECT_EQ(Walk(gallery + "/sub").times.size(), 4u * 8);
+}
+
+TEST(FolderCrc, WalksTheFolderFoundLastFirst) {
+    const TempFolder folder;
+    for (const char* name : {"a/1/file", "b/2/file", "c/3/file"})
+        folder.Write(name, "");
+    std::string names = folder.path();
+    std::string below;
+    for (const auto& entry : fs::directory_iterator(folder.path())) {
+        names += entry.path().filename();
+        below.insert(0, fs::directory_iterator(entry.path())->path().filename());
+    }
+    const TreeData data = Walk(folder.path());
+    EXPECT_EQ(data.Dirs(), names + below);
+    EXPECT_EQ(fs::path(data.LastFile()).parent_path().filename(), below.substr(2)) << "walked last";
+}
+
+TEST(FolderCrc, LinksToFoldersCountAsFiles) {
+    const TempFolder folder;
+    folder.Write("aim/deep/file", "");
+    const std::string gallery = folder.MakeFolder("gallery");
+    fs::create_directory_symlink(gallery, gallery + "/loop");
+    EXPECT_EQ(Walk(gallery).Dirs(), gallery);
+    EXPECT_EQ(Walk(gallery).LastFile(), gallery + "/loop");
+    fs::remove(gallery + "/loop");
+    fs::create_directory_symlink(folder / "aim", gallery + "/aim");
+    const unsigned int before = Sum(gallery);
+    SetTime(folder / "aim", 1000);
+    EXPECT_NE(Sum(gallery), before) << "the time is that of what the link leads to";
+    EXPECT_EQ(Walk(gallery + "/aim").Dirs(), gallery + "/aimdeep") << "the root may be a link";
+}
+
+TEST(FolderCrc, AddsTheFourSums) {
+    const LogCapture log;
+    const TempFolder folder;
+    const std::string file = folder.Write("sub/file", "content");
+    const TreeData data = Walk(folder.path());
+    const unsigned int crc = Sum(folder.path());
+    EXPECT_EQ(crc, media::CRC(data.times.begin(), data.times.end()) + media::StringCRC(data.Dirs()) +
+                       media::StringCRC(data.LastFile()) + media::StringCRC(folder.path()));
+    EXPECT_TRUE(
+        log.Has("Files: 7 Dir size: " + std::to_string(data.dirs.size()) + " CRC: " + std::to_string(crc)));
+    EXPECT_EQ(Sum(folder / ""), crc);
+    EXPECT_NE(Sum(folder.path(), folder.path()), crc);
+    const auto time = fs::last_write_time(file);
+    folder.Write("sub/file", "other");
+    fs::last_write_time(file, time);
+    EXPECT_EQ(Sum(folder.path()), crc);
+    SetTime(file, 1000);
+    EXPECT_NE(Sum(folder.path()), crc);
+    EXPECT_NE(Sum(folder.MakeFolder("empty")), kUnchanged);
+}
+
+TEST(FolderCrc, AFailedWalkKeepsTheValueAndNamesTheEntryOnce) {
+    const TempFolder folder;
+    const std::string file = folder.Write("file", "");
+    fs::create_symlink("nowhere", folder.MakeFolder("gallery") + "/lost");
+    struct {
+        std::string path, line, named;
+    } const cases[] = {
+        {folder / "gallery", "KXP::FileTime error -2147024894", folder / "gallery/lost"},
+        {folder / "missing", "GetTreeData: invalid file handle", folder / "missing"},
+        {file, "GetTreeData: invalid file handle", file},
+        {folder.path() + std::string("\0x", 2), "GetTreeData: invalid file handle", folder.path()},
+        {"", "GetTreeData: invalid file handle", "The folder"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.path);
+        const LogCapture log;
+        EXPECT_EQ(Sum(row.path), kUnchanged);
+        EXPECT_TRUE(log.HasLine(2, row.line));
+        EXPECT_TRUE(log.HasLine(2, "GetTreeData had an error, returning CRC:-1"));
+        EXPECT_EQ(log.Count("][1]["), 1);
+        EXPECT_EQ(log.Count(row.named), 1);
+    }
+}
