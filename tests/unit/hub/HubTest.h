@@ -59,7 +59,7 @@ class HubTest : public testing::Test {
 
     // A folder of the gallery that cannot be made any more, as on a drive that was unplugged.
     std::string UnplugTheGallery() {
-        const std::string gallery = home_ / "drive/gallery";
+        std::string gallery = home_ / "drive/gallery";
         EXPECT_TRUE(settings().SetUserGalleryPath(gallery));
         std::filesystem::remove_all(home_ / "drive");
         home_.folder().Write("drive", "no folder");
