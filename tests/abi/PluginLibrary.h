@@ -1,4 +1,5 @@
-// The plug-in as a container has it: loaded from a product root, driven through its record of entry calls.
+// The plug-in as a container has it: loaded from a product root, driven through its record of entry calls,
+// with a home of its own.
 #pragma once
 
 #include <stdexcept>
@@ -8,6 +9,7 @@
 
 #include "core/container/cef/ZvCefPlugin.h"
 #include "tests/support/FakeContainer.h"
+#include "tests/support/TemporaryHome.h"
 
 class PluginLibrary {
   public:
@@ -45,7 +47,10 @@ class PluginLibrary {
         return container.WaitFor(3, "\"reference_uniqueid\":\"" + uniqueid + "\"").text;
     }
 
+    const TemporaryHome& home() const { return home_; }
+
   private:
+    const TemporaryHome home_;  // there before the library is loaded, and until it is gone
     void* handle_ = nullptr;
     ZvCefPluginInfo* info_ = nullptr;
 };

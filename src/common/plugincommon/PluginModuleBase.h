@@ -64,7 +64,7 @@ class PluginModuleBase : public IContainerConnector,
     bool HandleMsg(std::unique_ptr<GenericMessage> message) override;
 
     // Sends an answer or a notification as this module, from any thread.
-    bool SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value);
+    virtual bool SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value);
 
     // Runs an asynchronous task now.
     void RunTask(ITask* task) { taskQueue_.ExecuteTask(task, taskQueue_.Now()); }

@@ -29,7 +29,7 @@ GalleryPlugin::~GalleryPlugin() = default;
 bool GalleryPlugin::Initialize() {
     KXP_LOG(KXP::LogMilestone, "Initialized %s", "Gallery");
     try {
-        api_ = std::make_shared<ZvGalleryAPI>(*this);
+        api_ = std::make_shared<ZvGalleryAPI>(*this, task_queue());
     } catch (...) {
         KXP_LOG(KXP::LogFailure, "Exception during GalleryAPI construction, API is not valid: %s",
                 KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
@@ -45,6 +45,7 @@ bool GalleryPlugin::Start() {
 
 bool GalleryPlugin::Stop() {
     KXP::CloudSyncAbort();
+    if (api_) api_->Cleanup();
     return true;
 }
 

@@ -4,6 +4,15 @@
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
+ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
+    : plugin_(plugin), queue_(queue) {}
+
+std::string ZvGalleryAPI::GetGalleryPath() {
+    std::string path = settings_.GetGalleryPath();
+    if (path.empty() || path.back() != '/') path += '/';
+    return path;
+}
+
 int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn) {
     media::SniffResult result;
     const int32_t code = media::SniffFile(path, result);

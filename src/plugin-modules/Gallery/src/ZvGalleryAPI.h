@@ -1,22 +1,76 @@
-// The hub of the module: what the endpoints call. The heavy work lies in units of their own; this class binds
-// them to the running plug-in. The functions that inspect files touch no state and may run on any thread.
+// The hub of the module: what the endpoints call and what the tracker reports to, and the one place that
+// turns events into notifications for the pages. The heavy work lies in units of their own; this class binds
+// them to the running plug-in.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 
-class GalleryPlugin;
+#include "common/plugincommon/PluginModuleBase.h"
+#include "plugin-modules/Gallery/src/notifications/PendingNotifications.h"
+#include "plugin-modules/Gallery/src/settings/Settings.h"
+#include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 
-class ZvGalleryAPI {
+// The endpoints are the worker's. Everything else may be called from any thread, with no lock held that the
+// container's callback may need: notifications and log lines end there. GetHighlightInfo alone does neither.
+class ZvGalleryAPI : public ITrackerHost {
   public:
-    explicit ZvGalleryAPI(GalleryPlugin& plugin) : plugin_(plugin) {}
+    // Makes the gallery's folders and files where they are missing; throws KXP::Exception when they cannot be
+    // made. Both arguments outlive this object; `queue` is the module's.
+    ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue);
     ZvGalleryAPI(const ZvGalleryAPI&) = delete;
     ZvGalleryAPI& operator=(const ZvGalleryAPI&) = delete;
 
-    GalleryPlugin& Plugin() { return plugin_; }
+    // Ends what goes on by itself; requests are answered as before. Worker.
+    void Cleanup() { cleanedUp_ = true; }
+    bool cleaned_up() const { return cleanedUp_; }
 
-    // Whether the file is the product's own, by its bytes, and what it is. Gives 1, or a negative code when
-    // that could not be told; the strings are then left as they were.
+    KXP::PluginModuleBase& Plugin() { return plugin_; }
+    Settings* GetGallerySettings() override { return &settings_; }
+    std::string GetGalleryPath() override;
+    PendingNotifications& pending_notifications() { return pendingNotifications_; }
+
+    // Messages to the hub itself: true for "UpdateMontageProgress", which goes on to the pages as a
+    // notification. Throws JSONFieldError when its progress is missing.
+    bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message);
+
+    // Captures.
+    void NotifyUGCAdded(TrackedUGC ugc) override;
+    bool GetHighlightInfo(const std::string& path, Highlight& highlight) override;
+
+    // Notifications.
+    void NotifyGalleryUpdated();
+    void NotifyGalleryCapStateChange();
+    void NotifyGalleryPathChange(const std::string& path);
+    void NotifyGalleryTempFolderChange(const std::string& path);
+    void NotifyCaptureSaved(const TrackedUGC& ugc, bool unannounced);
+    // Puts the highlight's name in the user's language into `ugc` first.
+    void NotifyHighlightSaved(TrackedUGC& ugc, bool unannounced);
+    void NotifyHighlightCaptureFailed(int errorCode);
+    void NotifyUGCDeleted(const TrackedUGC& ugc) override;
+    void NotifyTrackerUpdate(TrackerUpdateState state) override;
+    void NotifyHighlightCanceled(const Highlight& highlight) override;
+    void NotifyDiskSpaceCondition(bool low) override;
+    void NotifyGalleryIsFull(bool full) override;
+    // Logs and drops what cannot be sent.
+    void SendNotification(std::unique_ptr<KXP::JSONMessage> message);
+
+    // Settings and capacity.
+    KXP::RetVal GetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                            KXP::Allocator& allocator);
+    KXP::RetVal SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                            KXP::Allocator& allocator);
+    KXP::RetVal CheckDiskSpace(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                               KXP::Allocator& allocator);
+    bool CheckLowDiskSpace() override;
+    void UpdateGalleryUsage(unsigned usageMB) override;
+
+    // What files are, by their bytes; these touch no state.
+
+    // Whether the file is the product's own, and what it is. Gives 1, or a negative code when that could not
+    // be told; the strings are then left as they were.
     static int32_t CheckIfZv(const std::string& path, bool& isOwn);
     static int32_t CheckIfZv(const std::string& path, bool& isOwn, std::string& type, std::string& subtype,
                              std::string& source);
@@ -31,5 +85,33 @@ class ZvGalleryAPI {
     static int32_t FindMP4SizeInfo(const std::string& path, unsigned int& width, unsigned int& height);
 
   private:
-    GalleryPlugin& plugin_;
+    struct SettingsProgress;
+
+    // Sends the notification `name` with the payload that `write(payload, allocator, arguments...)` makes.
+    template <typename Write, typename... Arguments>
+    void Notify(const char* name, Write write, const Arguments&... arguments);
+
+    // Replaces the highlight's name by that of its definition in the user's language, where both are known.
+    // `caller` is for the log.
+    static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller);
+
+    // What the captures take now.
+    unsigned CountUsageMB();
+
+    KXP::RetVal ApplySettings(const KXP::Value& wanted);
+    KXP::RetVal ApplyGalleryPath(const std::string& path, SettingsProgress& progress);
+    KXP::RetVal ChangeGalleryPath(const std::string& path, SettingsProgress& progress);
+    KXP::RetVal ApplyTempFolder(const std::string& path, SettingsProgress& progress);
+    void ApplyCapacity(const KXP::Value& capacity, SettingsProgress& progress);
+    void ApplyCapEnabled(const KXP::Value& capacity, SettingsProgress& progress);
+    bool ApplyCapPercent(const KXP::Value& capacity, SettingsProgress& progress);
+    KXP::RetVal SaveSettings(const SettingsProgress& progress);
+
+    KXP::PluginModuleBase& plugin_;
+    KXP::TaskQueue& queue_;
+
+    // In the order in which they depend on each other; each has its own synchronisation.
+    PendingNotifications pendingNotifications_;
+    Settings settings_;
+    std::atomic<bool> cleanedUp_{false};
 };

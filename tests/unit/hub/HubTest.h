@@ -1,0 +1,73 @@
+// The hub with a module that keeps what is sent instead of sending it.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "common/JsonHelpers.h"
+#include "common/JsonParse.h"
+#include "common/message/PayloadSchemas.h"
+#include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
+#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TemporaryHome.h"
+
+// Its queue has no worker, so that the test may call what is the worker's.
+class RecordingModule : public KXP::PluginModuleBase {
+  public:
+    RecordingModule() : PluginModuleBase("CobalixNative", "Gallery", "{}") {
+        EXPECT_FALSE(KXP::ParseJSON(ApiCatalogueText(), catalogue_).IsError());
+    }
+
+    bool SendResponse(std::unique_ptr<KXP::JSONMessage> message, const KXP::RetVal& value) override {
+        EXPECT_FALSE(value.Failed());
+        EXPECT_TRUE(KXP::Message::IsPersistent(*message) && KXP::Message::IsResponse(*message));
+        const KXP::Value& payload = std::as_const(*message).payload();
+        EXPECT_EQ(schemas_.Validate(message->method(), payload, "return").text, "Success");
+        sent.push_back(message->method() + (" " + KXP::WriteJSONToString(payload)));
+        return accepts;
+    }
+
+    // What was sent since the last call, "Name payload|Name payload|".
+    std::string TakeSent() {
+        std::string text;
+        for (const std::string& one : std::exchange(sent, {}))
+            text += one + "|";
+        return text;
+    }
+
+    std::vector<std::string> sent;
+    bool accepts = true;
+
+  private:
+    KXP::Document catalogue_;
+    KXP::PayloadSchemas schemas_{catalogue_};
+};
+
+class HubTest : public testing::Test {
+  protected:
+    HubTest() {
+        settings().SetTotalDiskSpaceMB(1000);
+        settings().SetCurrentSizeMB(7);
+    }
+
+    Settings& settings() { return *hub_.GetGallerySettings(); }
+    std::string SettingsFile() { return settings().path(); }
+
+    // A folder of the gallery that cannot be made any more, as on a drive that was unplugged.
+    std::string UnplugTheGallery() {
+        std::string gallery = home_ / "drive/gallery";
+        EXPECT_TRUE(settings().SetUserGalleryPath(gallery));
+        std::filesystem::remove_all(home_ / "drive");
+        home_.folder().Write("drive", "no folder");
+        return gallery;
+    }
+
+    const LogCapture log_;
+    const TemporaryHome home_;
+    RecordingModule module_;
+    ZvGalleryAPI hub_{module_, module_.task_queue()};
+};

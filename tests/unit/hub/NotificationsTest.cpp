@@ -1,0 +1,178 @@
+#include <functional>
+
+#include "libraries/share-common/HighlightsConfig.h"
+#include "tests/unit/hub/HubTest.h"
+
+namespace {
+
+TrackedUGC HighlightAt(const std::string& path) {
+    TrackedUGC ugc;
+    ugc.path = path;
+    ugc.fileType = "video";
+    ugc.fileSubType = "Highlight";
+    ugc.fileSource = "OVS_SDK";
+    ugc.audioType = "Single";
+    ugc.shortName = "racer";
+    ugc.highlightDefinitionId = "win";
+    ugc.highlightName = "as it was";
+    return ugc;
+}
+
+std::string Json(const TrackedUGC& ugc) {
+    KXP::Document value;
+    TrackedUGC::CreateUGCJSONValue(ugc, value, value.GetAllocator());
+    return KXP::WriteJSONToString(value);
+}
+
+std::string Saved(const TrackedUGC& ugc, bool unannounced) {
+    return R"(GalleryNotifications {"captureSaved":{"ugc":)" + Json(ugc) +
+           ",\"unannounced\":" + (unannounced ? "true}}|" : "false}}|");
+}
+
+void DefineHighlight() {
+    HighlightConfigData config;
+    config.defaultLocale = "en-US";
+    config.drsName = config.profileName = config.shortName = "racer";
+    config.highlights["win"].id = "win";
+    config.highlights["win"].names = {{"en-us", "Victory"}, {"de", "Sieg"}};
+    EXPECT_FALSE(HighlightsConfig("racer").WriteConfig(config).Failed());
+}
+
+KXP::JSONMessage MessageOf(const char* method, const char* payload) {
+    return {"CobalixNative", "Gallery", method, "id", payload, nullptr, nullptr};
+}
+
+}  // namespace
+
+TEST_F(HubTest, EveryNotificationHasItsNameAndPayload) {
+    const TrackedUGC ugc = HighlightAt("/gallery/a.mp4");
+    Highlight highlight;
+    highlight.SetId(5);
+    KXP::Document highlightValue;
+    Highlight::CreateHighlightJSONValue(highlight, highlightValue, highlightValue.GetAllocator());
+    const std::string capacity =
+        R"({"capacity":{"enabled":false,"capacityPercent":100,"totalDiskSpaceMB":1000,"usageMB":)";
+    const std::string gallery = "GalleryNotifications ";
+    const std::vector<std::pair<std::function<void()>, std::string>> rows = {
+        {[&] { hub_.NotifyGalleryUpdated(); }, "GalleryUpdatedNotification " + capacity + "7}}"},
+        {[&] { hub_.UpdateGalleryUsage(8); }, "GalleryUpdatedNotification " + capacity + "8}}"},
+        {[&] { hub_.NotifyGalleryCapStateChange(); },
+         "GalleryCapStateChangeNotification " + capacity + "8}}"},
+        {[&] { hub_.NotifyGalleryPathChange("/g"); }, R"(PathChangeNotification {"path":"/g"})"},
+        {[&] { hub_.NotifyGalleryTempFolderChange("/t"); }, R"(TempFolderChangeNotification {"path":"/t"})"},
+        {[&] { hub_.NotifyHighlightCaptureFailed(-3); },
+         gallery + R"({"highlightCaptureFailed":{"errorCode":-3}})"},
+        {[&] { hub_.NotifyUGCDeleted(ugc); }, gallery + R"({"ugcDeleted":{"ugc":)" + Json(ugc) + "}}"},
+        {[&] { hub_.NotifyTrackerUpdate(TrackerUpdateInProgress); },
+         gallery + R"({"galleryPathUpdateStatus":{"status":"TrackerUpdateInProgress"}})"},
+        {[&] { hub_.NotifyHighlightCanceled(highlight); },
+         gallery + R"({"highlightCanceled":{"highlight":)" + KXP::WriteJSONToString(highlightValue) + "}}"},
+        {[&] { hub_.NotifyDiskSpaceCondition(true); },
+         gallery + R"({"checkDiskSpace":{"lowDiskSpace":true}})"},
+        {[&] { hub_.NotifyGalleryIsFull(false); }, gallery + R"({"galleryIsFull":false})"},
+    };
+    for (const auto& [notify, expected] : rows) {
+        notify();
+        EXPECT_EQ(module_.TakeSent(), expected + "|");
+    }
+    EXPECT_TRUE(log_.HasLine(2, "NotifyTrackerUpdate::TrackerUpdateInProgress"));
+
+    module_.accepts = false;
+    hub_.NotifyGalleryIsFull(true);
+    EXPECT_TRUE(log_.HasLine(1, "Unable to send JSON notification"));
+}
+
+TEST_F(HubTest, ACompleteUpdateTellsThePathFirstAlsoWithoutItsDrive) {
+    const std::string status =
+        R"(|GalleryNotifications {"galleryPathUpdateStatus":{"status":"TrackerUpdateComplete"}}|)";
+    hub_.NotifyTrackerUpdate(TrackerUpdateComplete);
+    EXPECT_EQ(module_.TakeSent(),
+              "PathChangeNotification {\"path\":\"" + (home_ / "Videos/ZORVEX/Ovirastream") + "\"}" + status);
+    const std::string gone = UnplugTheGallery();
+    hub_.NotifyTrackerUpdate(TrackerUpdateComplete);
+    EXPECT_EQ(module_.TakeSent(), "PathChangeNotification {\"path\":\"" + gone + "\"}" + status);
+}
+
+TEST_F(HubTest, AnAddedFileIsToldAsItsNotificationHasIt) {
+    TrackedUGC highlight = HighlightAt("/gallery/a.mp4");
+    TrackedUGC screenshot = highlight;
+    screenshot.fileSource = "OVS_Share";
+    hub_.NotifyUGCAdded(highlight);
+    EXPECT_EQ(module_.TakeSent(), Saved(highlight, true)) << "nothing waits: the file came by itself";
+
+    DefineHighlight();
+    const ScopedEnv german("LC_ALL", "de_DE.UTF-8");
+    PendingNotifications& pending = hub_.pending_notifications();
+    const auto message = MessageOf("CaptureSavedNotification", "{}");
+    pending.Put("/gallery/other.png", false, message);
+    hub_.NotifyUGCAdded(highlight);
+    EXPECT_EQ(module_.TakeSent(), "") << "another file is waited for";
+
+    for (const bool unannounced : {false, true}) {
+        pending.Put(highlight.path, unannounced, message);
+        hub_.NotifyUGCAdded(screenshot);
+        EXPECT_EQ(module_.TakeSent(), Saved(screenshot, false));
+        pending.Put(highlight.path, unannounced, message);
+        hub_.NotifyUGCAdded(highlight);
+        TrackedUGC named = highlight;
+        named.highlightName = "Sieg";
+        EXPECT_EQ(module_.TakeSent(), Saved(named, unannounced));
+        hub_.NotifyUGCAdded(highlight);
+        EXPECT_EQ(module_.TakeSent(), "") << "told once";
+    }
+}
+
+TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
+    const auto notify = [&](const char* shortName, const char* definition) {
+        TrackedUGC ugc = HighlightAt("/gallery/a.mp4");
+        ugc.shortName = shortName;
+        ugc.highlightDefinitionId = definition;
+        hub_.NotifyHighlightSaved(ugc, true);
+        EXPECT_EQ(ugc.highlightName, "as it was");
+        EXPECT_EQ(module_.TakeSent(), Saved(ugc, true));
+    };
+    DefineHighlight();
+    notify("racer", "no such");
+    EXPECT_TRUE(log_.HasLine(1, "NotifyHighlightSaved: Unknown highlight definition ID [no such], skip it"));
+    int told = 0;
+    for (const char* name : {"unknown", "", "..", "a/b"}) {
+        notify(name, "win");
+        EXPECT_EQ(log_.Count("NotifyHighlightSaved: Cannot get config data, skip"), ++told) << name;
+    }
+}
+
+TEST_F(HubTest, TakesTheProgressOfAMontageAndNothingElse) {
+    const auto handle = [&](const char* method, const char* payload) {
+        return hub_.HandleMsg(
+            std::make_unique<KXP::JSONMessage>("s", "m", method, "id", payload, nullptr, nullptr));
+    };
+    EXPECT_FALSE(handle("GetSettings", R"({"progress":1})"));
+    EXPECT_THROW(handle("UpdateMontageProgress", "{}"), KXP::JSONFieldError);
+    EXPECT_EQ(module_.TakeSent(), "");
+    EXPECT_TRUE(handle("UpdateMontageProgress", R"({"progress":0.5})"));
+    EXPECT_EQ(module_.TakeSent(), R"(MontageNotification {"progress":0.5}|)");
+}
+
+TEST(PendingNotifications, GiveEachFileOnceAndItsHighlightUntilThen) {
+    using Found = PendingNotifications::Found;
+    const LogCapture log;
+    PendingNotifications pending;
+    bool unannounced = false;
+    Highlight highlight;
+    EXPECT_EQ(pending.Take("a", unannounced), Found::NothingWaits);
+    EXPECT_FALSE(pending.GetHighlight("a", highlight));
+
+    pending.Put("a", false, MessageOf("CaptureSavedNotification", "{}"));
+    highlight.SetId(9);
+    EXPECT_TRUE(pending.GetHighlight("a", highlight));
+    EXPECT_EQ(highlight.GetId(), 0) << "told of none";
+    pending.Put("a", true, MessageOf("HighlightSavedNotification", R"({"highlight":{"id":4,"app":7}})"));
+    EXPECT_TRUE(pending.GetHighlight("a", highlight));
+    EXPECT_EQ(highlight.GetId(), 4);
+
+    EXPECT_EQ(pending.Take("b", unannounced), Found::OthersWait);
+    EXPECT_FALSE(unannounced);
+    EXPECT_EQ(pending.Take("a", unannounced), Found::ThisWaited);
+    EXPECT_TRUE(unannounced);
+    EXPECT_FALSE(pending.GetHighlight("a", highlight));
+}

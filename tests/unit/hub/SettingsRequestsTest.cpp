@@ -1,0 +1,128 @@
+#include "common/Drives.h"
+#include "tests/support/MessageRecorder.h"
+#include "tests/unit/hub/HubTest.h"
+
+namespace {
+
+constexpr const char* kSame = "No action taken as all provided values are the same as existing ones";
+
+class SettingsRequests : public HubTest {
+  protected:
+    using Endpoint = decltype(&ZvGalleryAPI::GetSettings);
+
+    std::string Ask(Endpoint endpoint, const std::string& payload = "{}") {
+        KXP::Document response(rapidjson::kObjectType);
+        result_ = (hub_.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
+        return KXP::WriteJSONToString(response);
+    }
+
+    // Asks for settings; gives the text of the answer.
+    std::string Set(const std::string& settings) {
+        Ask(&ZvGalleryAPI::SetSettings, "{\"settings\":" + settings + "}");
+        return result_.text;
+    }
+
+    std::string CapState(const char* enabled, const char* percent) {
+        return std::string(R"(GalleryCapStateChangeNotification {"capacity":{"enabled":)") + enabled +
+               ",\"capacityPercent\":" + percent + R"(,"totalDiskSpaceMB":1000,"usageMB":7}}|)";
+    }
+
+    KXP::RetVal result_;
+};
+
+}  // namespace
+
+TEST_F(SettingsRequests, TellTheSettings) {
+    settings().SetTrackerUpdateState(TrackerUpdateComplete);
+    const std::string gallery = home_ / "Videos/ZORVEX/Ovirastream";
+    EXPECT_EQ(hub_.GetGalleryPath(), gallery + "/");
+    EXPECT_EQ(Ask(&ZvGalleryAPI::GetSettings),
+              R"({"settings":{"path":")" + gallery + R"(","userGalleryPath":")" + gallery +
+                  R"(","tempFolderPath":")" + settings().GetTempFolder() +
+                  R"(","trackerStatus":"TrackerUpdateComplete","capacity":{"enabled":false,)"
+                  R"("capacityPercent":100,"usageMB":7,"totalDiskSpaceMB":1000}}})");
+    EXPECT_TRUE(log_.HasLine(
+        2, "GetSettings:: enabled(false), capacityPercent(100), usageMB(7), totalDiskSpaceMB(1000)"));
+
+    UnplugTheGallery();
+    EXPECT_EQ(Ask(&ZvGalleryAPI::GetSettings), "{}");
+    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
+    EXPECT_NE(result_.text, "Success");
+}
+
+TEST_F(SettingsRequests, ChangesAreToldOnceAndWritten) {
+    EXPECT_EQ(Set(R"({"capacity":{"enabled":true,"capacityPercent":50}})"), "Success");
+    EXPECT_EQ(module_.TakeSent(), CapState("true", "50"));
+    // Beside a path that stays, and a value that stays.
+    const std::string gallery = settings().GetUserGalleryPath();
+    EXPECT_EQ(
+        Set("{\"userGalleryPath\":\"" + gallery + R"(/","capacity":{"enabled":true,"capacityPercent":60}})"),
+        "Success");
+    EXPECT_EQ(module_.TakeSent(), CapState("true", "60"));
+    EXPECT_EQ(Set(R"({"capacity":{"enabled":false,"capacityPercent":60}})"), "Success");
+    EXPECT_EQ(module_.TakeSent(), CapState("false", "60"));
+    const std::string temp = home_.folder().MakeFolder("elsewhere");
+    EXPECT_EQ(Set("{\"tempFolderPath\":\"" + temp + "\"}"), "Success");
+    EXPECT_EQ(module_.TakeSent(), "TempFolderChangeNotification {\"path\":\"" + temp + "\"}|");
+
+    const Settings written;
+    EXPECT_EQ(written.GetMaxSizePercent(), 60u);
+    EXPECT_FALSE(written.GetCapEnabled());
+    EXPECT_EQ(written.GetTempFolder(), temp);
+
+    std::filesystem::remove(SettingsFile());
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + gallery + "\"}"), kSame);
+    EXPECT_EQ(Set("{\"tempFolderPath\":\"" + temp + "\"}"), kSame);
+    EXPECT_EQ(Set(R"({"capacity":{"enabled":false,"capacityPercent":60}})"), kSame);
+    EXPECT_EQ(result_.code, 0);
+    EXPECT_EQ(module_.TakeSent(), "");
+    EXPECT_FALSE(std::filesystem::exists(SettingsFile()));
+    for (const char* line :
+         {"Skipping path change as paths are the same", "Skipping temp path change as paths are the same",
+          "Skipping capacity state change as states are the same",
+          "Skipping capacity size change as values are the same", "Skipping capacity notification"})
+        EXPECT_TRUE(log_.HasLine(2, line)) << line;
+}
+
+TEST_F(SettingsRequests, WrongOnesAreRefusedWithAText) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"{}", "\"settings\" object not defined"},
+        {"7", "\"settings\" object not defined"},
+        {R"({"trackerStatus":"CancelUpdate"})", "No valid parameter data"},
+        {R"({"capacity":{},"userGalleryPath":""})", "No valid parameter data"},
+        {R"({"tempFolderPath":"/no/such/folder"})", "Invalid path defined"},
+        {R"({"capacity":{"enabled":1}})", "Found key 'enabled', with unexpected type: Number"},
+        {R"({"capacity":{"capacityPercent":4294967296}})",
+         "Found key 'capacityPercent', with unexpected type: Number"},
+    };
+    for (const auto& [settings, text] : rows) {
+        EXPECT_EQ(Set(settings), text);
+        EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057)) << text;
+    }
+    const std::string gallery = settings().GetUserGalleryPath();
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"),
+              "Changing the gallery folder needs the tracker");
+    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80004001));
+    EXPECT_EQ(settings().GetUserGalleryPath(), gallery);
+    EXPECT_EQ(module_.TakeSent(), "");
+
+    // What an early step accepts stays in force when a later one fails, and is not written.
+    const std::string temp = home_.folder().MakeFolder("elsewhere");
+    Set("{\"tempFolderPath\":\"" + temp + R"(","capacity":{"enabled":"yes"}})");
+    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
+    EXPECT_EQ(settings().GetTempFolder(), temp);
+    EXPECT_NE(Settings().GetTempFolder(), temp);
+}
+
+TEST_F(SettingsRequests, DiskSpaceIsNotLowWhereItCannotBeMeasured) {
+    uint32_t freeMB = 0;
+    uint32_t totalMB = 0;
+    ASSERT_TRUE(KXP::GetDriveSpace(home_.folder().path(), freeMB, totalMB));
+    const std::string answer = freeMB < 300 ? R"({"lowDiskSpace":true})" : R"({"lowDiskSpace":false})";
+    EXPECT_EQ(Ask(&ZvGalleryAPI::CheckDiskSpace), answer);
+    const std::string measured = "CheckLowDiskSpace systemTotalSpaceMB[" + std::to_string(totalMB) + "]";
+    EXPECT_TRUE(log_.Has(measured));
+    UnplugTheGallery();
+    EXPECT_EQ(Ask(&ZvGalleryAPI::CheckDiskSpace), answer);
+    EXPECT_TRUE(log_.HasLine(2, "galleryTotalSpaceMB[2147483647] galleryFreeSpaceMB = 0"));
+}
