@@ -161,6 +161,19 @@ void MakeSettings(Corpus corpus) {
     corpus.Add(R"({"settings":{}})");
 }
 
+void MakeTrackerFile(Corpus corpus) {
+    corpus.Add(
+        R"({"UGC":[{"id":1,"path":"/g/a/b.mp4","type":"video","subType":"Highlight","source":"OVS_SDK","sizeKB":9,)"
+        R"("date":"d","profileName":"a","drsName":"a","shortName":"s","cmsId":4294967297,"duration":"00:00:15",)"
+        R"("msDuration":15000,"audioType":"stereo","highlightDefinitionId":"i","highlightName":"n",)"
+        R"("highlightGroupId":"g","highlightTags":1,"highlightSignificance":2,"highlightEventTimeStamp":"t",)"
+        R"("meme":{"top":"x","bottom":"y"}}],"apps":[{"appName":"a","recents":[1],"groups":{"g":[1]}}],)"
+        R"("info":{"lastUGCIdUsed":1,"version":6,"folderCRC":4294967295}})");
+    corpus.Add(
+        R"({"UGC":[5,{"meme":[],"id":"1"}],"apps":[{"recents":[1]},{"appName":"\u0000","groups":[]}]})");
+    corpus.Add("\x80\xC3(\xED\xA0\x80");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -181,6 +194,7 @@ int main(int argc, char** argv) {
         MakeJsonFile({root, "jsonfile"});
         MakeHighlights({root, "highlights"});
         MakeSettings({root, "settings"});
+        MakeTrackerFile({root, "trackerfile"});
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -1,5 +1,6 @@
 #include "common/FileDescriptor.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -84,7 +85,7 @@ bool ReadWhole(const FileDescriptor& file, size_t limit, FileBytes& content) {
         return false;
     }
     // Left unset, unlike make_unique's: clearing a large buffer costs as much as reading into it.
-    content.bytes.reset(new char[size]);
+    content.bytes.reset(new char[size + FileBytes::kSlack]);
     content.size = 0;
     while (content.size < size) {
         const long got = ReadSome(file, &content.bytes[content.size], size - content.size);
@@ -92,6 +93,7 @@ bool ReadWhole(const FileDescriptor& file, size_t limit, FileBytes& content) {
         if (got == 0) break;
         content.size += static_cast<size_t>(got);
     }
+    std::fill_n(&content.bytes[content.size], FileBytes::kSlack, '\0');
     return true;
 }
 

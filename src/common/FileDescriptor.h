@@ -50,8 +50,10 @@ size_t ReadAt(const FileDescriptor& file, uint64_t position, char* buffer, size_
 // Writes all bytes from `offset` on. False with errno set, with an unknown part written.
 bool WriteFullyAt(const FileDescriptor& file, const char* bytes, size_t size, size_t offset);
 
-// The bytes of a file in memory.
+// The bytes of a file in memory, with kSlack zero bytes behind them.
 struct FileBytes {
+    static constexpr size_t kSlack = 16;
+
     std::unique_ptr<char[]> bytes;
     size_t size = 0;
 

@@ -44,14 +44,20 @@ bool ToUtf8(std::string_view text, std::string& utf8) {
     return true;
 }
 
+static_assert(FileBytes::kSlack >= kJsonTextSlack);
+
 // Parses the last complete text of the file. There is more than one, with zero bytes between them, when a
-// write was stopped half-way.
-bool ParseLastText(std::string_view text, Document& document) {
+// write was stopped half-way. Each try overwrites no text but its own.
+bool ParseLastText(FileBytes& file, Document& document) {
+    std::string_view text = file.view();
+    // Looked for from the front first, which is the faster way through a file that has none.
+    if (text.find('\0') == std::string_view::npos)
+        return !ParseJSONInPlace(file.bytes.get(), text.size(), document).IsError();
     for (int i = 0; i < kMaxTextsTried; ++i) {
         const size_t end = text.find_last_not_of('\0');
         text = text.substr(0, end + 1);
         const size_t start = text.rfind('\0') + 1;
-        const bool parsed = !ParseJSON(text.substr(start), document).IsError();
+        const bool parsed = !ParseJSONInPlace(&file.bytes[start], text.size() - start, document).IsError();
         if (start == 0) return parsed;
         // What a write leaves is an object; anything else behind a zero byte belongs to nobody.
         if (parsed && document.IsObject()) return true;
@@ -60,15 +66,26 @@ bool ParseLastText(std::string_view text, Document& document) {
     return false;
 }
 
-bool ParseAnyEncoding(std::string_view text, Document& document) {
-    if (IsUtf8(text)) return ParseLastText(text, document);
+bool ParseAnyEncoding(FileBytes& text, Document& document) {
+    if (IsUtf8(text.view())) return ParseLastText(text, document);
     std::string utf8;
-    return ToUtf8(text, utf8) && !ParseJSON(utf8, document).IsError();
+    return ToUtf8(text.view(), utf8) && !ParseJSON(utf8, document).IsError();
+}
+
+constexpr size_t kSpacesAtOnce = size_t{1} << 16;
+
+bool WriteSpaces(const FileDescriptor& file, size_t from, size_t to) {
+    const std::string spaces(std::min(to - from, kSpacesAtOnce), ' ');
+    for (size_t size = 0; from < to; from += size) {
+        size = std::min(spaces.size(), to - from);
+        if (!WriteFullyAt(file, spaces.data(), size, from)) return false;
+    }
+    return true;
 }
 
 // Puts `text` where the old text was. One large write may be cut by a kill, so the text is first written
 // whole behind the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is complete.
-bool OverwriteInPlace(const FileDescriptor& file, std::string text) {
+bool OverwriteInPlace(const FileDescriptor& file, std::string_view text) {
     struct stat status {};
     if (fstat(file.get(), &status) != 0) return false;
     // A file too large to be read as JSON holds no old text to save.
@@ -76,19 +93,17 @@ bool OverwriteInPlace(const FileDescriptor& file, std::string text) {
         if (ftruncate(file.get(), 0) != 0) return false;
         status.st_size = 0;
     }
-    const size_t newSize = text.size();
-    const size_t place = std::max(newSize, static_cast<size_t>(status.st_size));
+    const size_t place = std::max(text.size(), static_cast<size_t>(status.st_size));
     const size_t second = place + 1;
-    if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + newSize)) ||
-        !WriteFullyAt(file, text.data(), newSize, second)) {
+    if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + text.size())) ||
+        !WriteFullyAt(file, text.data(), text.size(), second)) {
         const int error = errno;
         (void)ftruncate(file.get(), status.st_size);
         errno = error;
         return false;
     }
-    text.resize(place, ' ');
-    return WriteFullyAt(file, text.data(), place, 0) &&
-           ftruncate(file.get(), static_cast<off_t>(newSize)) == 0;
+    return WriteFullyAt(file, text.data(), text.size(), 0) && WriteSpaces(file, text.size(), place) &&
+           ftruncate(file.get(), static_cast<off_t>(text.size())) == 0;
 }
 
 }  // namespace
@@ -134,7 +149,7 @@ RetVal JSONFile::ReadAndParseJSON(Document& document, HeldLog& log) const {
         return {Code::kNotFound, "Config file not found", 0};
     }
     FileBytes text;
-    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text.view(), document)) {
+    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text, document)) {
         log.Add(LogFailure, "Error parsing JSON document " + path_);
         return {Code::kJsonField, "Error parsing JSON document", 0};
     }
@@ -151,10 +166,14 @@ RetVal JSONFile::WriteJSON(const Document& document) const {
 }
 
 RetVal JSONFile::WriteJSON(const Document& document, HeldLog& log) const {
+    return WriteJSON([&](PrettyJsonWriter& writer) { document.Accept(writer); }, log);
+}
+
+RetVal JSONFile::WriteJSON(const std::function<void(PrettyJsonWriter&)>& write, HeldLog& log) const {
     JsonBuffer buffer;
     PrettyJsonWriter writer(buffer);
     writer.SetIndent('\t', 1);
-    document.Accept(writer);
+    write(writer);
     FileDescriptor file = OpenForWrite(path_, kNewFileMode);
     if (!file.IsOpen()) return OpenFailed("wb", log);
     if (OverwriteInPlace(file, {buffer.GetString(), buffer.GetSize()}) && file.Close()) return {};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,8 @@ class JSONFile {
     // 0x80070002 when the file cannot be opened, 0x80004005 when it cannot be written.
     RetVal WriteJSON(const Document& document) const;
     RetVal WriteJSON(const Document& document, HeldLog& log) const;
+    // The same with what `write` tells the writer, for who has no document. Takes the memory of one text.
+    RetVal WriteJSON(const std::function<void(PrettyJsonWriter&)>& write, HeldLog& log) const;
 
     // Deletes the file, and its folder when that is then empty. The text is "Success" whatever the code.
     RetVal RemoveFile() const;

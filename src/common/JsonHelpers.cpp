@@ -41,7 +41,7 @@ bool ReadJSON(const std::string& path, Document& document) {
     FileBytes text;
     // No JSON begins with the first byte of a UTF-8 mark, which ParseJSON would skip.
     const bool parsed = ReadWhole(file, kMaxJsonFileBytes, text) && text.view().substr(0, 1) != "\xEF" &&
-                        !ParseJSON(text.view(), document).IsError();
+                        !ParseJSONInPlace(text.bytes.get(), text.size, document).IsError();
     if (!parsed) {
         KXP_LOG(LogFailure, "Error parsing JSON document %s", path.c_str());
         return false;

@@ -1,6 +1,8 @@
 #include "common/JsonParse.h"
 
+#include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include "CobalixUtil.h"
 #include "common/Exception.h"
@@ -8,30 +10,85 @@
 
 namespace KXP {
 
-// A byte stream that ends where the text ends. RapidJSON's own for text without a terminator is slower,
-// because the parser cannot keep it in registers.
+using Word = uint64_t;
+constexpr Word kEachByte = 0x0101010101010101;
+
+inline Word LoadWord(const char* bytes) {
+    Word word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+// Marks the zero bytes of a word by their high bits, and perhaps some bytes beside them.
+inline Word ZeroBytes(Word word) {
+    return (word - kEachByte) & ~word & (kEachByte * 0x80);
+}
+
+// Marks by its high bit the first byte of a little-endian word that is a quote, a backslash, a control
+// character or beyond ASCII, and perhaps some bytes behind it. 0 when there is none.
+inline Word SpecialBytes(Word word) {
+    const Word control = word - kEachByte * 0x20;
+    const Word quotes = ZeroBytes(word ^ (kEachByte * '"'));
+    const Word backslashes = ZeroBytes(word ^ (kEachByte * '\\'));
+    return (word | control | quotes | backslashes) & (kEachByte * 0x80);
+}
+
+inline bool IsBeyondAscii(char c) {
+    return static_cast<unsigned char>(c) >= 0x80;
+}
+
+// A text whose strings are unescaped where they stand. Unlike RapidJSON's own stream of this kind it passes
+// over plain characters by the word, for which there must be readable bytes behind the zero byte at its end.
 class JsonTextStream {
   public:
     using Ch = char;
 
-    explicit JsonTextStream(std::string_view text)
-        : at_(text.data()), end_(text.data() + text.size()), begin_(text.data()) {}
+    // `special` is set when a string holds what may not be valid UTF-8.
+    JsonTextStream(char* text, bool& special) : at_(text), begin_(text), special_(&special) {}
 
-    Ch Peek() const { return at_ == end_ ? '\0' : *at_; }
-    Ch Take() { return at_ == end_ ? '\0' : *at_++; }
+    Ch Peek() const { return *at_; }
+    Ch Take() { return *at_++; }
     size_t Tell() const { return static_cast<size_t>(at_ - begin_); }
 
-    // Of the stream concept, for parsing in place only.
-    Ch* PutBegin() { return nullptr; }
-    void Put(Ch) {}
+    Ch* PutBegin() { return to_ = at_; }
+    void Put(Ch c) {
+        if (IsBeyondAscii(c)) *special_ = true;
+        *to_++ = c;
+    }
+    size_t PutEnd(Ch* begin) const { return static_cast<size_t>(to_ - begin); }
     void Flush() {}
-    size_t PutEnd(Ch*) { return 0; }
+
+    // Moves at least one character of a string on, and all plain ones up to the first escape.
+    void Move() {
+        Put(Take());
+        if (to_ != at_) return;
+        Word special = 0;
+        while ((special = SpecialBytes(LoadWord(at_))) == 0)
+            at_ += sizeof(Word);
+        at_ += static_cast<size_t>(__builtin_ctzll(special)) / 8;
+        to_ = at_;
+    }
+    void SkipSpace() {
+        char* at = at_;
+        while (*at == ' ' || *at == '\n' || *at == '\r' || *at == '\t')
+            ++at;
+        at_ = at;
+    }
 
   private:
-    const char* at_;
-    const char* end_;
-    const char* begin_;
+    char* at_;
+    char* to_ = nullptr;
+    char* begin_;
+    bool* special_;
 };
+
+// Found by the reader in place of its own, which copies the stream to and fro.
+inline void SkipWhitespace(JsonTextStream& text) {
+    text.SkipSpace();
+}
+
+// Stands for UTF-8 where the reader is told its encodings.
+struct JsonTextUtf8 : rapidjson::UTF8<> {};
 
 }  // namespace KXP
 
@@ -39,6 +96,20 @@ namespace rapidjson {
 template <>
 struct StreamTraits<KXP::JsonTextStream> {
     enum { copyOptimization = 1 };
+};
+
+// Both streams are the same one. The reader names the others without using them when it parses in place.
+template <>
+struct Transcoder<KXP::JsonTextUtf8, KXP::JsonTextUtf8> {
+    template <typename In, typename Out>
+    static bool Transcode(In& text, Out&) {
+        text.Move();
+        return true;
+    }
+    template <typename In, typename Out>
+    static bool Validate(In& text, Out& out) {
+        return Transcode(text, out);
+    }
 };
 }  // namespace rapidjson
 
@@ -57,7 +128,7 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 // not UTF-8.
 class EventLimiter {
   public:
-    explicit EventLimiter(Document& document) : document_(document) {}
+    EventLimiter(Document& document, bool& special) : document_(document), special_(special) {}
 
     bool Null() { return document_.Null(); }
     bool Bool(bool b) { return document_.Bool(b); }
@@ -69,11 +140,13 @@ class EventLimiter {
     bool RawNumber(const char* text, rapidjson::SizeType size, bool copy) {
         return document_.RawNumber(text, size, copy);
     }
-    bool String(const char* text, rapidjson::SizeType size, bool copy) {
-        return IsText(text, size) && document_.String(text, size, copy);
+    // The document gets copies: a value that points into the text would do so also when it is copied into a
+    // document that lives longer.
+    bool String(const char* text, rapidjson::SizeType size, bool) {
+        return IsText(text, size) && document_.String(text, size, true);
     }
-    bool Key(const char* text, rapidjson::SizeType size, bool copy) {
-        return IsText(text, size) && document_.Key(text, size, copy);
+    bool Key(const char* text, rapidjson::SizeType size, bool) {
+        return IsText(text, size) && document_.Key(text, size, true);
     }
     bool StartObject() { return Enter() && document_.StartObject(); }
     bool EndObject(rapidjson::SizeType members) { return Leave() && document_.EndObject(members); }
@@ -83,8 +156,9 @@ class EventLimiter {
     bool metBadText() const { return badText_; }
 
   private:
-    // Of what has been unescaped: a lone surrogate is let through by the parser.
     bool IsText(const char* text, size_t size) {
+        if (!special_) return true;
+        special_ = false;
         badText_ = !IsValidUtf8({text, size});
         return !badText_;
     }
@@ -95,17 +169,19 @@ class EventLimiter {
     }
 
     Document& document_;
+    bool& special_;  // the string at hand needs a look
     int depth_ = 0;
     bool badText_ = false;
 };
 
-rapidjson::ParseResult ParseInto(std::string_view text, Document& document) {
+rapidjson::ParseResult ParseInto(char* text, Document& document) {
     rapidjson::ParseResult result;
     const auto generate = [&](Document& target) {
-        JsonTextStream stream(text);
-        EventLimiter limiter(target);
-        rapidjson::GenericReader<Utf8, Utf8, ThrowingAllocator> reader;
-        result = reader.Parse<rapidjson::kParseCommentsFlag>(stream, limiter);
+        bool special = false;
+        JsonTextStream stream(text, special);
+        EventLimiter limiter(target, special);
+        rapidjson::GenericReader<JsonTextUtf8, JsonTextUtf8, ThrowingAllocator> reader;
+        result = reader.Parse<rapidjson::kParseCommentsFlag | rapidjson::kParseInsituFlag>(stream, limiter);
         if (limiter.metBadText()) result.Set(rapidjson::kParseErrorStringInvalidEncoding, result.Offset());
         return !result.IsError();
     };
@@ -130,22 +206,20 @@ bool IsLongExponent(std::string_view text, size_t at) {
     return at - first > static_cast<size_t>(kMaxExponentDigits);
 }
 
-using Word = uint64_t;
-constexpr Word kEachByte = 0x0101010101010101;
-
-Word LoadWord(const char* bytes) {
-    Word word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
+// Whether among the bytes behind the first there is an "e" with a digit, or what may pass for one, before it.
+// A loop without branches over a fixed number of bytes, which compilers turn into vector instructions.
+constexpr size_t kBlock = 64;
+bool BlockMayHoldExponent(const char* bytes) {
+    unsigned char found = 0;
+    for (size_t i = 0; i < kBlock; ++i) {
+        const bool number = (static_cast<unsigned char>(bytes[i] & 0xF0) == 0x30) | (bytes[i] == '.');
+        const bool letter = static_cast<unsigned char>(bytes[i + 1] | 0x20) == 'e';
+        found |= static_cast<unsigned char>(number & letter);
+    }
+    return found != 0;
 }
 
-// Marks the zero bytes of a word by their high bits, and perhaps some bytes beside them.
-Word ZeroBytes(Word word) {
-    return (word - kEachByte) & ~word & (kEachByte * 0x80);
-}
-
-// With no regard to what is a string. Eight bytes at a time, because this comes before every parse; only an
-// "e" behind a byte of the columns that hold the digits and the point is looked at closely.
+// With no regard to what is a string, because this comes before every parse.
 bool MayHoldLongExponent(std::string_view text) {
     const auto lookAt = [&](size_t from, size_t to) {
         for (size_t at = from; at < to; ++at) {
@@ -154,10 +228,8 @@ bool MayHoldLongExponent(std::string_view text) {
         return false;
     };
     size_t at = 1;
-    for (; at + sizeof(Word) <= text.size(); at += sizeof(Word)) {
-        const Word letters = ZeroBytes((LoadWord(&text[at]) | kEachByte * 0x20) ^ (kEachByte * 'e'));
-        const Word digits = ZeroBytes((LoadWord(&text[at - 1]) & (kEachByte * 0xE0)) ^ (kEachByte * 0x20));
-        if ((letters & digits) != 0 && lookAt(at, at + sizeof(Word))) return true;
+    for (; at + kBlock <= text.size(); at += kBlock) {
+        if (BlockMayHoldExponent(&text[at - 1]) && lookAt(at, at + kBlock)) return true;
     }
     return lookAt(at, text.size());
 }
@@ -195,13 +267,24 @@ rapidjson::ParseResult CheckExponents(std::string_view text) {
 
 }  // namespace
 
-rapidjson::ParseResult ParseJSON(std::string_view text, Document& document) {
-    if (text.substr(0, kUtf8Mark.size()) == kUtf8Mark) text.remove_prefix(kUtf8Mark.size());
-    if (MayHoldLongExponent(text)) {
-        const rapidjson::ParseResult exponents = CheckExponents(text);
+rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document) {
+    if (std::string_view(text, size).substr(0, kUtf8Mark.size()) == kUtf8Mark) {
+        text += kUtf8Mark.size();
+        size -= kUtf8Mark.size();
+    }
+    if (MayHoldLongExponent({text, size})) {
+        const rapidjson::ParseResult exponents = CheckExponents({text, size});
         if (exponents.IsError()) return exponents;
     }
     return ParseInto(text, document);
+}
+
+rapidjson::ParseResult ParseJSON(std::string_view text, Document& document) {
+    // Left unset, unlike make_unique's.
+    const std::unique_ptr<char[]> copy(new char[text.size() + kJsonTextSlack]);
+    std::copy(text.begin(), text.end(), copy.get());
+    std::fill_n(copy.get() + text.size(), kJsonTextSlack, '\0');
+    return ParseJSONInPlace(copy.get(), text.size(), document);
 }
 
 }  // namespace KXP

@@ -20,4 +20,10 @@ constexpr size_t kMaxJsonFileBytes = size_t{1} << 30;
 // that breaks a limit gives kParseErrorTermination. A zero byte ends the text as RapidJSON has it.
 rapidjson::ParseResult ParseJSON(std::string_view text, Document& document);
 
+// The same for a text that may be overwritten, without the copy that ParseJSON takes. A zero byte ends it at
+// `size` at the latest, and is the first of kJsonTextSlack readable bytes. `document` does not need the text
+// afterwards.
+constexpr size_t kJsonTextSlack = 16;
+rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document);
+
 }  // namespace KXP

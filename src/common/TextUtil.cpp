@@ -178,6 +178,21 @@ bool IsValidUtf8(std::string_view text) {
     return true;
 }
 
+std::string ToValidUtf8(std::string_view text) {
+    if (IsValidUtf8(text)) return std::string(text);
+    std::string valid;
+    while (!text.empty()) {
+        const std::string_view before = text;
+        if (TakeUtf8(text)) {
+            valid += before.substr(0, before.size() - text.size());
+        } else {
+            Append(valid, U'\uFFFD');
+            text.remove_prefix(1);
+        }
+    }
+    return valid;
+}
+
 std::string GenerateGUID() {
     uuid_t id;
     uuid_generate(id);

@@ -30,6 +30,9 @@ std::string Utf16LEToUtf8(std::u16string_view text);
 // Whether Utf8ToWide would take the text.
 bool IsValidUtf8(std::string_view text);
 
+// The text with U+FFFD in the place of each byte that is no part of a valid sequence.
+std::string ToValidUtf8(std::string_view text);
+
 // A new GUID: 36 characters, upper case.
 std::string GenerateGUID();
 

@@ -1,0 +1,46 @@
+// Bytes of a tracker's file, read into records and written; what was written reads and writes the same. The
+// bytes also stand as a caption, which a picture may bring along.
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "CobalixUtil.h"
+#include "common/JsonParse.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
+
+namespace {
+
+bool Read(std::string_view text, TrackerContent& content) {
+    KXP::Document document;
+    if (KXP::ParseJSON(text, document).IsError()) return false;
+    uint32_t usageKB = 0;
+    if (ParseUGCFromJSON(document, content.ugc, usageKB).Failed()) std::abort();
+    ParseTrackerInfoFromJSON(document, content.info);
+    return !ParseUGCGamesFromJSON(document, content.games).Failed();
+}
+
+std::string Written(const TrackerContent& content) {
+    KXP::JsonBuffer buffer;
+    KXP::PrettyJsonWriter writer(buffer);
+    WriteTrackerJSON(content, writer);
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static const bool quiet = [] {
+        KXP::LogInit(
+            KXP::LocalApp, [](const char*, void*) {}, nullptr);
+        return true;
+    }();
+    (void)quiet;
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    TrackerContent content;
+    Read(bytes, content);
+    content.ugc.emplace_back().topBarText = bytes;
+    const std::string text = Written(content);
+    TrackerContent again;
+    if (!Read(text, again) || Written(again) != text) std::abort();
+    return 0;
+}

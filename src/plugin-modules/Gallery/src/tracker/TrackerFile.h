@@ -1,0 +1,42 @@
+// What stands in the tracker's file: its reader and its writer, over data alone. docs/tracker-file.md tells
+// the format. No function keeps state or takes a lock. The readers log, so no mutex may be held that a log
+// line could come back to.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "common/Json.h"
+#include "common/RetVal.h"
+#include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+
+constexpr int32_t kTrackerVersion = 6;
+
+using TrackedUGCGames = std::map<std::string, TrackedUGCGame>;  // by the name of the profile
+
+struct TrackerInfo {
+    int32_t lastUGCIdUsed = 0;
+    int32_t version = 0;
+    uint32_t folderCRC = 0;
+};
+
+struct TrackerContent {
+    std::vector<TrackedUGC> ugc;
+    TrackedUGCGames games;
+    TrackerInfo info;
+};
+
+// Replaces `ugc` by the records of the file, none when there is no array of them, and adds their sizes to
+// `usageKB`, which stops at its largest value. Always succeeds.
+KXP::RetVal ParseUGCFromJSON(const KXP::Value& root, std::vector<TrackedUGC>& ugc, uint32_t& usageKB);
+
+// Replaces `games`. A game without a name is left out with a log line. 0x8007000D when `root` is no object.
+KXP::RetVal ParseUGCGamesFromJSON(const KXP::Value& root, TrackedUGCGames& games);
+
+// A number that is missing, or of another type, leaves its member as it was.
+void ParseTrackerInfoFromJSON(const KXP::Value& root, TrackerInfo& info);
+
+// Writes the whole file in valid UTF-8: bytes of a record that are none become U+FFFD.
+void WriteTrackerJSON(const TrackerContent& content, KXP::PrettyJsonWriter& writer);
