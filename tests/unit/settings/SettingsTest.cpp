@@ -5,8 +5,7 @@
 #include "common/Exception.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/ScopedEnv.h"
-#include "tests/support/TempFolder.h"
+#include "tests/support/TemporaryHome.h"
 
 namespace {
 
@@ -28,13 +27,11 @@ class SettingsTest : public testing::Test {
         return Text("false", "100", gallery_, temp_, "TrackerUpdateNotActive");
     }
 
-    TempFolder folder_;
-    ScopedEnv home_{"HOME", folder_.path()};
-    ScopedEnv data_{"XDG_DATA_HOME", folder_.path()};
-    ScopedEnv config_{"XDG_CONFIG_HOME", folder_ / "config"};
-    const std::string file_ = "ZORVEX/OvirastreamX/Share/GallerySettings.json";
+    const TemporaryHome home_;
+    const TempFolder& folder_ = home_.folder();
+    const std::string file_ = "data/ZORVEX/OvirastreamX/Share/GallerySettings.json";
     const std::string gallery_ = folder_ / "Videos/ZORVEX/Ovirastream";
-    const std::string temp_ = folder_ / "ZORVEX/OvirastreamX/temp";
+    const std::string temp_ = folder_ / "data/ZORVEX/OvirastreamX/temp";
     LogCapture log_;
 };
 
@@ -136,7 +133,7 @@ TEST_F(SettingsTest, SetsAGalleryThatCanBeMadeAndMeasured) {
     EXPECT_EQ(folder_.Read(file_), DefaultText());
     const std::string file = folder_.Write("file", "");
     for (const std::string& path :
-         {std::string(), std::string("."), made + std::string("\0x", 2), file + "/x"}) {
+         {std::string(), std::string("."), made + std::string("\0x", 2), file + "/x", file}) {
         log_.Clear();
         EXPECT_FALSE(settings.SetUserGalleryPath(path)) << path;
         EXPECT_TRUE(log_.HasLine(1, "Failed to get drive space to adjust cap"));

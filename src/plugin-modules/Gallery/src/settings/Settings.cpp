@@ -153,8 +153,8 @@ bool Settings::SetUserGalleryPath(const std::string& path) {
     }
     uint32_t freeMB = 0;
     uint32_t totalMB = 0;
-    // The empty path has no volume, and its failure value.
-    const bool measured = KXP::GetDriveSpace(IsWholePath(path) ? path : "", freeMB, totalMB);
+    // A file has a volume too, but no room for a gallery; the empty path has neither, and its failure value.
+    const bool measured = KXP::GetDriveSpace(IsFolder(path) ? path : "", freeMB, totalMB);
     totalDiskSpaceMB_ = totalMB;
     if (!measured) {
         KXP_LOG(LogFailure, "Failed to get drive space to adjust cap");

@@ -41,8 +41,8 @@ class Settings : public KXP::JSONFile {
     // The same, made when it is not there. Throws KXP::Exception when it cannot be made, as when its drive is
     // unplugged.
     std::string GetGalleryPath() const EXCLUDES(pathMutex_);
-    // Makes the folder and measures its volume. False, with the path as it was, when that cannot be done or
-    // the path is not absolute; GetTotalDiskSpaceMB may then be GetDriveSpace's failure value.
+    // Makes the folder and measures its volume. False, with the path as it was and GetTotalDiskSpaceMB at
+    // GetDriveSpace's failure value, when that cannot be done or the path is not absolute.
     bool SetUserGalleryPath(const std::string& path) EXCLUDES(pathMutex_);
     std::string GetTempFolder() const EXCLUDES(pathMutex_);
     // False for a path that is not absolute or leads to no folder.
