@@ -39,6 +39,8 @@ class RecordingModule : public KXP::PluginModuleBase {
         return text;
     }
 
+    const KXP::Document& catalogue() const { return catalogue_; }
+
     std::vector<std::string> sent;
     bool accepts = true;
 

@@ -1,6 +1,8 @@
+#include <array>
 #include <functional>
 
 #include "libraries/share-common/HighlightsConfig.h"
+#include "libraries/share-common/PageWords.h"
 #include "tests/unit/hub/HubTest.h"
 
 namespace {
@@ -80,6 +82,37 @@ TEST_F(HubTest, EveryNotificationHasItsNameAndPayload) {
     module_.accepts = false;
     hub_.NotifyGalleryIsFull(true);
     EXPECT_TRUE(log_.HasLine(1, "Unable to send JSON notification"));
+}
+
+// A file may have any words engraved in it; the module holds what is sent against the catalogue.
+TEST_F(HubTest, OddWordsOfAFileBecomeOnesThatPagesKnow) {
+    const std::array<const char*, 6> rows[] = {
+        // type, subtype and source, and what stands for them
+        {"screenshot", "StandAlone_Lumis", "StandAlone_Lumis", "image", "Normal_Lumis", "StandAlone_Lumis"},
+        {"", "", "", "other", "Unknown", "Undefined"},
+        {"film", "\xFF", "Elsewhere", "other", "Unknown", "Undefined"},
+    };
+    TrackedUGC ugc;
+    for (const auto& [type, subtype, source, shownType, shownSubtype, shownSource] : rows) {
+        ugc.fileType = type;
+        ugc.fileSubType = subtype;
+        ugc.fileSource = source;
+        hub_.NotifyUGCDeleted(ugc);
+        EXPECT_NE(
+            module_.TakeSent().find(std::string("\"fileType\":\"") + shownType + "\",\"fileSubType\":\"" +
+                                    shownSubtype + "\",\"fileSource\":\"" + shownSource + "\""),
+            std::string::npos)
+            << type;
+    }
+    const auto words = [&](const char* definition) {
+        return module_.catalogue()["definitions"][definition]["enum"].GetArray();
+    };
+    for (const KXP::Value& word : words("FileType"))
+        EXPECT_EQ(TypeForPages(word.GetString()), word.GetString());
+    for (const KXP::Value& word : words("SubType"))
+        EXPECT_EQ(SubtypeForPages(word.GetString()), word.GetString());
+    for (const KXP::Value& word : words("Source"))
+        EXPECT_EQ(SourceForPages(word.GetString()), word.GetString());
 }
 
 TEST_F(HubTest, ACompleteUpdateTellsThePathFirstAlsoWithoutItsDrive) {

@@ -2,7 +2,6 @@
 
 #include "common/JsonHelpers.h"
 #include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -15,8 +14,8 @@ std::string ApiText(const TrackedUGC& record) {
 TEST(TrackedUGC, AHighlightInFlightHasNoSizeAndNoDate) {
     Highlight highlight;
     highlight.SetId(7);
-    highlight.SetPath("/g/Game/h.mp4");
-    highlight.SetType(HighlightType::Video);
+    highlight.SetPath("/g/Game/h.png");
+    highlight.SetType(HighlightType::Screenshot);
     highlight.SetHighlightDefinitionId("def");
     highlight.SetGroupId("group");
     highlight.SetTags(1);
@@ -26,15 +25,16 @@ TEST(TrackedUGC, AHighlightInFlightHasNoSizeAndNoDate) {
     highlight.SetSDKAppInfo({1, "Game", "The Game", "game", "game.bin", 0x1234567890, 2});
     const TrackedUGC record(highlight);
     EXPECT_TRUE(TrackedUGC::IsAHighlight(record));
+    EXPECT_EQ(record.fileType, "screenshot");
     EXPECT_EQ(record.shortName, "game");
-    EXPECT_EQ(ApiText(record),
-              R"({"id":7,"path":"/g/Game/h.mp4","fileType":")" + highlight.GetTypeAsString() +
-                  R"(","fileSubType":"Highlight","fileSource":"OVS_SDK",)"
-                  R"("fileSizeKB":0,"date":"","DRSName":"The Game","DRSProfileName":"Game",)"
-                  R"("cmsId":78187493520,"duration":"","msDuration":0,"audioType":"",)"
-                  R"("highlightDefinitionId":"def","highlightName":"name","highlightGroupId":"group",)"
-                  R"("highlightTags":1,"highlightSignificance":2,"eventTimeStamp":"stamp",)"
-                  R"("memeInfo":{"topBarText":"","bottomBarText":""}})");
+    EXPECT_EQ(
+        ApiText(record),
+        R"({"id":7,"path":"/g/Game/h.png","fileType":"image","fileSubType":"Highlight","fileSource":"OVS_SDK",)"
+        R"("fileSizeKB":0,"date":"","DRSName":"The Game","DRSProfileName":"Game",)"
+        R"("cmsId":78187493520,"duration":"","msDuration":0,"audioType":"",)"
+        R"("highlightDefinitionId":"def","highlightName":"name","highlightGroupId":"group",)"
+        R"("highlightTags":1,"highlightSignificance":2,"eventTimeStamp":"stamp",)"
+        R"("memeInfo":{"topBarText":"","bottomBarText":""}})");
 }
 
 TEST(TrackedUGC, OnlyTheExactWordsMakeAHighlight) {
@@ -58,16 +58,6 @@ TEST(TrackedUGC, TheApiFormLeavesOutAScreenshotsSubtypeAndBytesThatAreNoText) {
                         "\xEF\xBF\xBD\xEF\xBF\xBD\""),
               std::string::npos)
         << text;
-}
-
-TEST(TrackedUGC, AFileThatIsGoneDoesNotExist) {
-    TempFolder folder;
-    folder.Write("a.png", "x");
-    TrackedUGC record;
-    record.path = folder / "a.png";
-    EXPECT_TRUE(record.MediaFileExists());
-    record.path = folder / "b.png";
-    EXPECT_FALSE(record.MediaFileExists());
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "common/FileUtil.h"
 #include "common/FolderReader.h"
 #include "common/TextUtil.h"
+#include "libraries/share-common/PageWords.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
@@ -39,32 +40,8 @@ bool IsThumbnail(const std::string& name, const std::string& extension) {
            name.size() - mark == std::strlen(kThumbnailMark) + kFourCharacterEnding;
 }
 
-// The pages' schema limits the subtype to these words, while a file may have any engraved in it: one such
-// file must not make the whole answer break the schema.
-const std::string& SubtypeForPages(const std::string& subtype) {
-    static const std::set<std::string> known = {"Highlight",
-                                                "AnimatedGif",
-                                                "Normal",
-                                                "SuperResolution",
-                                                "SuperResolution_Oversized",
-                                                "360Mono",
-                                                "Stereo",
-                                                "360Stereo",
-                                                "Exr",
-                                                "Normal_Lumis",
-                                                "Montage",
-                                                "InstantReplay",
-                                                "Manual",
-                                                "Unknown"};
-    static const std::string unknown = "Unknown";
-    static const std::string lumis = "Normal_Lumis";
-    if (known.count(subtype)) return subtype;
-    // Where the picture comes from is the source's matter; as a kind it is a LUMIS picture like the others.
-    return subtype == "StandAlone_Lumis" ? lumis : unknown;
-}
-
-KXP::Value Text(const std::string& text, KXP::Allocator& allocator) {
-    return KXP::Value(text.c_str(), static_cast<rapidjson::SizeType>(text.size()), allocator);
+KXP::Value Text(std::string_view text, KXP::Allocator& allocator) {
+    return KXP::Value(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
 }
 
 }  // namespace

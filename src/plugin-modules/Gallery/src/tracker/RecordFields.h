@@ -6,6 +6,7 @@
 #include <string_view>
 #include <variant>
 
+#include "libraries/share-common/PageWords.h"
 #include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
 
 struct RecordField;
@@ -28,12 +29,15 @@ enum RecordKind : unsigned {
     kNoScreenshot = 8,
 };
 
+using WordForPages = std::string_view(std::string_view word);
+
 struct RecordField {
     std::string_view key;
     std::variant<std::string TrackedUGC::*, int32_t TrackedUGC::*, uint32_t TrackedUGC::*,
                  uint64_t TrackedUGC::*, RecordFields>
         member;
     RecordKind writtenFor = kAnyRecord;
+    WordForPages* word = nullptr;  // what stands for the text in the form of the requests
 };
 
 inline const RecordField* RecordFields::end() const {
@@ -93,9 +97,9 @@ inline constexpr RecordField kApiCaptions[] = {
 inline constexpr RecordField kApi[] = {
     {"id", &R::id},
     {"path", &R::path},
-    {"fileType", &R::fileType},
-    {"fileSubType", &R::fileSubType, kNoScreenshot},
-    {"fileSource", &R::fileSource},
+    {"fileType", &R::fileType, kAnyRecord, TypeForPages},
+    {"fileSubType", &R::fileSubType, kNoScreenshot, SubtypeForPages},
+    {"fileSource", &R::fileSource, kAnyRecord, SourceForPages},
     {"fileSizeKB", &R::sizeKB},
     {"date", &R::date},
     {"DRSName", &R::drsName},

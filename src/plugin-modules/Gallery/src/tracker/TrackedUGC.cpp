@@ -12,9 +12,12 @@ using KXP::Value;
 struct ApiValue {
     const TrackedUGC& record;
     KXP::Allocator& allocator;
+    WordForPages* word = nullptr;
 
     Value operator()(std::string TrackedUGC::*text) const {
-        return Value(KXP::ToValidUtf8(record.*text), allocator);
+        if (!word) return Value(KXP::ToValidUtf8(record.*text), allocator);
+        const std::string_view known = word(record.*text);
+        return Value(known.data(), static_cast<rapidjson::SizeType>(known.size()), allocator);
     }
     template <typename T>
     Value operator()(T TrackedUGC::*number) const {
@@ -26,7 +29,7 @@ struct ApiValue {
         for (const RecordField& field : fields) {
             if ((field.writtenFor & kinds) == 0) continue;
             object.AddMember(Value(rapidjson::StringRef(field.key.data(), field.key.size())),
-                             std::visit(*this, field.member), allocator);
+                             std::visit(ApiValue{record, allocator, field.word}, field.member), allocator);
         }
         return object;
     }

@@ -16,8 +16,8 @@ struct TrackedUGC {
 
     bool MediaFileExists() const;
     static bool IsAHighlight(const TrackedUGC& ugc);
-    // The form of the requests: every member, but for the subtype of a screenshot. Bytes that are not UTF-8
-    // become U+FFFD.
+    // The form of the requests: every member, but for the subtype of a screenshot, in words that the pages
+    // know. Bytes that are not UTF-8 become U+FFFD.
     static void CreateUGCJSONValue(const TrackedUGC& ugc, KXP::Value& out, KXP::Allocator& allocator);
 
     int32_t id = 0;

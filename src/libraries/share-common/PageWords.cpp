@@ -1,0 +1,51 @@
+#include "libraries/share-common/PageWords.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr std::string_view kTypes[] = {"video", "image", "other"};
+
+constexpr std::string_view kSubtypes[] = {
+    "Highlight",
+    "AnimatedGif",
+    "Normal",
+    "SuperResolution",
+    "SuperResolution_Oversized",
+    "360Mono",
+    "Stereo",
+    "360Stereo",
+    "Exr",
+    "Normal_Lumis",
+    "Montage",
+    "InstantReplay",
+    "Manual",
+    "Unknown",
+};
+
+constexpr std::string_view kSources[] = {"OVS_Share", "OVS_Lumis", "OVS_SDK", "StandAlone_Lumis",
+                                         "Undefined"};
+
+template <size_t N>
+bool IsOneOf(const std::string_view (&words)[N], std::string_view word) {
+    return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
+}  // namespace
+
+std::string_view TypeForPages(std::string_view word) {
+    if (IsOneOf(kTypes, word)) return word;
+    // The type of a highlight that is still in flight is that of its announcement.
+    return word == "screenshot" ? "image" : "other";
+}
+
+std::string_view SubtypeForPages(std::string_view word) {
+    if (IsOneOf(kSubtypes, word)) return word;
+    // Where the picture comes from is the source's matter; as a kind it is a LUMIS picture like the others.
+    return word == "StandAlone_Lumis" ? "Normal_Lumis" : "Unknown";
+}
+
+std::string_view SourceForPages(std::string_view word) {
+    return IsOneOf(kSources, word) ? word : "Undefined";
+}

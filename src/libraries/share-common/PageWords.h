@@ -1,0 +1,10 @@
+// The words by which the pages know what a capture is. Their schema limits them, while a file may have any
+// words engraved in it: one such file must not make a whole answer break the schema.
+#pragma once
+
+#include <string_view>
+
+// Each gives a word of the schema, the same one for those that it knows. The results live as long as `word`.
+std::string_view TypeForPages(std::string_view word);
+std::string_view SubtypeForPages(std::string_view word);
+std::string_view SourceForPages(std::string_view word);
