@@ -57,7 +57,8 @@ class ZvGalleryAPI : public ITrackerHost {
     // Logs and drops what cannot be sent.
     void SendNotification(std::unique_ptr<KXP::JSONMessage> message);
 
-    // Settings and capacity.
+    // Settings and capacity. What these requests throw, such as JSONFieldError for a number beyond its type
+    // or Exception for a gallery whose drive is gone, becomes their answer where they are dispatched.
     KXP::RetVal GetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
                             KXP::Allocator& allocator);
     KXP::RetVal SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,

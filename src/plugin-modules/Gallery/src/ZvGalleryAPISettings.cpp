@@ -31,17 +31,6 @@ DriveSpace SpaceAt(const std::string& path) {
     return space;
 }
 
-// Runs one request; what it throws, such as a number beyond its type or a missing drive, is what the page is
-// told.
-template <typename Body>
-KXP::RetVal Guarded(const Body& body) {
-    try {
-        return body();
-    } catch (const std::exception& error) {
-        return {kInvalidArgument, KXP::ExceptionText(error), 0};
-    }
-}
-
 }  // namespace
 
 // What a request to change settings has come to so far.
@@ -54,39 +43,37 @@ struct ZvGalleryAPI::SettingsProgress {
 KXP::RetVal ZvGalleryAPI::GetSettings(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
                                       KXP::Allocator& allocator) {
     queue_.AssertOnWorker();
-    return Guarded([&]() -> KXP::RetVal {
-        const bool enabled = settings_.GetCapEnabled();
-        const unsigned percent = settings_.GetMaxSizePercent();
-        const unsigned usage = settings_.GetCurrentSizeMB();
-        const unsigned total = settings_.GetTotalDiskSpaceMB();
-        KXP_LOG(KXP::LogMilestone,
-                "GetSettings:: enabled(%s), capacityPercent(%d), usageMB(%d), totalDiskSpaceMB(%d)",
-                enabled ? "true" : "false", percent, usage, total);
-        const auto text = [&](const std::string& value) {
-            return KXP::Value(KXP::ToValidUtf8(value), allocator);
-        };
-        KXP::Value settings(rapidjson::kObjectType);
-        settings.AddMember("path", text(settings_.GetGalleryPath()), allocator);
-        settings.AddMember("userGalleryPath", text(settings_.GetUserGalleryPath()), allocator);
-        settings.AddMember("tempFolderPath", text(settings_.GetTempFolder()), allocator);
-        settings.AddMember("trackerStatus", text(TrackerUpdateStateName(settings_.GetTrackerUpdateState())),
-                           allocator);
-        KXP::Value capacity(rapidjson::kObjectType);
-        capacity.AddMember("enabled", enabled, allocator);
-        capacity.AddMember("capacityPercent", percent, allocator);
-        capacity.AddMember("usageMB", usage, allocator);
-        capacity.AddMember("totalDiskSpaceMB", total, allocator);
-        settings.AddMember("capacity", capacity, allocator);
-        response.AddMember("settings", settings, allocator);
-        return {};
-    });
+    const bool enabled = settings_.GetCapEnabled();
+    const unsigned percent = settings_.GetMaxSizePercent();
+    const unsigned usage = settings_.GetCurrentSizeMB();
+    const unsigned total = settings_.GetTotalDiskSpaceMB();
+    KXP_LOG(KXP::LogMilestone,
+            "GetSettings:: enabled(%s), capacityPercent(%d), usageMB(%d), totalDiskSpaceMB(%d)",
+            enabled ? "true" : "false", percent, usage, total);
+    const auto text = [&](const std::string& value) {
+        return KXP::Value(KXP::ToValidUtf8(value), allocator);
+    };
+    KXP::Value settings(rapidjson::kObjectType);
+    settings.AddMember("path", text(settings_.GetGalleryPath()), allocator);
+    settings.AddMember("userGalleryPath", text(settings_.GetUserGalleryPath()), allocator);
+    settings.AddMember("tempFolderPath", text(settings_.GetTempFolder()), allocator);
+    settings.AddMember("trackerStatus", text(TrackerUpdateStateName(settings_.GetTrackerUpdateState())),
+                       allocator);
+    KXP::Value capacity(rapidjson::kObjectType);
+    capacity.AddMember("enabled", enabled, allocator);
+    capacity.AddMember("capacityPercent", percent, allocator);
+    capacity.AddMember("usageMB", usage, allocator);
+    capacity.AddMember("totalDiskSpaceMB", total, allocator);
+    settings.AddMember("capacity", capacity, allocator);
+    response.AddMember("settings", settings, allocator);
+    return {};
 }
 
 KXP::RetVal ZvGalleryAPI::SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
                                       KXP::Allocator&) {
     queue_.AssertOnWorker();
     const KXP::Value& payload = std::as_const(*message).payload();
-    return Guarded([&] { return ApplySettings(KXP::JSONGetObjectOrEmpty(payload, "settings")); });
+    return ApplySettings(KXP::JSONGetObjectOrEmpty(payload, "settings"));
 }
 
 // In binding order: what one step has accepted stays in force when a later one fails.
@@ -183,10 +170,8 @@ KXP::RetVal ZvGalleryAPI::SaveSettings(const SettingsProgress& progress) {
 KXP::RetVal ZvGalleryAPI::CheckDiskSpace(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
                                          KXP::Allocator& allocator) {
     queue_.AssertOnWorker();
-    return Guarded([&]() -> KXP::RetVal {
-        response.AddMember("lowDiskSpace", CheckLowDiskSpace(), allocator);
-        return {};
-    });
+    response.AddMember("lowDiskSpace", CheckLowDiskSpace(), allocator);
+    return {};
 }
 
 bool ZvGalleryAPI::CheckLowDiskSpace() {
