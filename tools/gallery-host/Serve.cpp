@@ -1,7 +1,5 @@
 #include "gallery-host/Serve.h"
 
-#include <memory>
-
 #include <unistd.h>
 
 #include "gallery-host/Envelope.h"
@@ -24,8 +22,8 @@ Server::Server(Session& session, Output& output)
       lines_(kMaxInputBytes, [this](const LineSplitter::Line& line) { OnLine(line); }) {}
 
 void Server::Run() {
-    session_.Listen([this](KXP::Document& message, auto) { OnMessage(message); });
-    const std::shared_ptr<void> unlisten(nullptr, [this](void*) { session_.Listen(nullptr); });
+    const Session::Listening listening =
+        session_.Listen([this](KXP::Document& message, auto) { OnMessage(message); });
     subscriptions_.Make(session_);
     ReadLines();
     AwaitAnswers();

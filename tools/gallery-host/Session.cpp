@@ -1,6 +1,5 @@
 #include "gallery-host/Session.h"
 
-#include <memory>
 #include <utility>
 
 #include "gallery-host/DebugModes.h"
@@ -22,9 +21,7 @@ KXP::Document Session::Ask(const std::string& method, const KXP::Value& payload)
     const KXP::Document request = MakeRequest(method, payload);
     const std::string id = Text(request, "uniqueid");
     std::optional<KXP::Document> answer;
-    // The listener uses what stands here, and messages still come after a failure.
-    const std::shared_ptr<void> unlisten(nullptr, [this](void*) { Listen(nullptr); });
-    Listen([&answer, &id](KXP::Document& message, auto) {
+    const Listening listening = Listen([&answer, &id](KXP::Document& message, auto) {
         if (!IsPersistent(message) && Text(message, "reference_uniqueid") == id) answer = std::move(message);
     });
     const Deadline deadline = std::chrono::steady_clock::now() + options_.timeout;

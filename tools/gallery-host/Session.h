@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -37,9 +38,17 @@ class Session {
     KXP::Document Ask(const std::string& method, const KXP::Value& payload);
 
     // For callers that do their own matching. Send gives the plug-in's words when it refuses the envelope;
-    // the listener gets every message from then on, during calls of this class.
+    // the listener gets every message, during calls of this class, for as long as the result of Listen lives:
+    // messages still come after a failure, when what a listener uses may be gone.
     std::optional<std::string> Send(const KXP::Document& envelope);
-    void Listen(MessageListener listener) { listener_ = std::move(listener); }
+    struct Unlisten {
+        void operator()(Session* session) const { session->listener_ = nullptr; }
+    };
+    using Listening = std::unique_ptr<Session, Unlisten>;
+    [[nodiscard]] Listening Listen(MessageListener listener) {
+        listener_ = std::move(listener);
+        return Listening(this);
+    }
     PluginLoader::Wake Pump(Deadline deadline, int descriptor = -1) {
         return loader_.Pump(deadline, descriptor);
     }

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <ctime>
-#include <memory>
 #include <string>
 
 #include "gallery-host/Envelope.h"
@@ -43,8 +42,7 @@ std::string JsonLine(const KXP::Document& message) {
 void RunWatch(Session& session, Output& output, const WatchOptions& options) {
     bool done = false;
     uint64_t seen = 0;
-    const std::shared_ptr<void> unlisten(nullptr, [&session](void*) { session.Listen(nullptr); });
-    session.Listen([&](KXP::Document& message, Time when) {
+    const Session::Listening listening = session.Listen([&](KXP::Document& message, Time when) {
         if (done || !IsNotification(message)) return;
         const bool open = output.Write(options.json ? JsonLine(message) : TextLine(message, when));
         done = !open || ++seen == options.count;
