@@ -4,14 +4,11 @@
 #include "plugin-modules/Gallery/src/media/ImageSize.h"
 
 KXP::RetVal GetImageDimensions::ExecuteAsync(const KXP::Value& params) {
-    try {
+    return Guarded([&]() -> KXP::RetVal {
         const std::string file = KXP::jsonGetValue<std::string>(params, "file");
-        if (!media::GetImageFileDimensions(file, width_, height_))
-            return {KXP::Code::kInvalidArgument, "Error in opening or reading image file", 0};
-        return {};
-    } catch (const std::exception& error) {
-        return {KXP::Code::kInvalidArgument, KXP::ExceptionText(error), 0};
-    }
+        if (media::GetImageFileDimensions(file, width_, height_)) return {};
+        return {KXP::Code::kInvalidArgument, "Error in opening or reading image file", 0};
+    });
 }
 
 void GetImageDimensions::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
