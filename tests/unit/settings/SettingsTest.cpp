@@ -27,7 +27,7 @@ class SettingsTest : public testing::Test {
         return Text("false", "100", gallery_, temp_, "TrackerUpdateNotActive");
     }
 
-    const TemporaryHome home_;
+    TemporaryHome home_;
     const TempFolder& folder_ = home_.folder();
     const std::string file_ = "data/ZORVEX/OvirastreamX/Share/GallerySettings.json";
     const std::string gallery_ = folder_ / "Videos/ZORVEX/Ovirastream";

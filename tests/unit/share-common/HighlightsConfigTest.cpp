@@ -4,8 +4,7 @@
 
 #include "libraries/share-common/HighlightsConfig.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/ScopedEnv.h"
-#include "tests/support/TempFolder.h"
+#include "tests/support/TemporaryHome.h"
 
 namespace {
 
@@ -37,9 +36,9 @@ class HighlightsConfigTest : public testing::Test {
                R"(,"defaultLocale":"","drsName":"","profileName":"","shortName":""})";
     }
 
-    TempFolder folder_;
-    ScopedEnv data_{"XDG_DATA_HOME", folder_.path()};
-    const std::string file_ = "ZORVEX/OvirastreamX/Share/Highlights/game/config.json";
+    TemporaryHome home_;
+    const TempFolder& folder_ = home_.folder();
+    const std::string file_ = "data/ZORVEX/OvirastreamX/Share/Highlights/game/config.json";
     LogCapture log_;
     HighlightsConfig config_{"game"};
 };
@@ -111,7 +110,7 @@ TEST_F(HighlightsConfigTest, WithoutAFile) {
 }
 
 TEST_F(HighlightsConfigTest, NamesThatAreNoFolderNameTouchNothing) {
-    std::filesystem::remove_all(folder_ / "ZORVEX");
+    std::filesystem::remove_all(folder_ / "data/ZORVEX");
     for (const std::string& name :
          {std::string(), std::string("."), std::string(".."), std::string("../game"), std::string("a\\b"),
           std::string("a\0b", 3), std::string(256, 'a')}) {
@@ -120,7 +119,7 @@ TEST_F(HighlightsConfigTest, NamesThatAreNoFolderNameTouchNothing) {
         EXPECT_EQ(config.ReadConfig(data).code, kNotFound);
         EXPECT_EQ(config.WriteConfig(data).code, kFailure);
         EXPECT_EQ(config.DeleteConfig().code, kFailure);
-        EXPECT_FALSE(folder_.Has("ZORVEX"));
+        EXPECT_FALSE(folder_.Has("data/ZORVEX"));
     }
 }
 
