@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string>
 
-#include "CobalixUtil.h"
 #include "common/Exception.h"
 #include "common/JsonParse.h"
 #include "common/message/MessageValidator.h"
+#include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 
 namespace {
@@ -22,8 +22,7 @@ class Writer : public KXP::MessageSink<KXP::JSONMessage> {
 
 struct Chain {
     Chain() {
-        KXP::LogInit(
-            KXP::LocalApp, [](const char*, void*) {}, nullptr);
+        QuietLog();
         if (KXP::ParseJSON(ApiCatalogueText(), api).IsError()) __builtin_trap();
         validator.SetRequestHandler(&writer);
         validator.SetResponseHandler(&writer);

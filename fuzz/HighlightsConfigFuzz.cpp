@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "common/JsonParse.h"
+#include "fuzz/QuietLog.h"
 #include "libraries/share-common/HighlightsConfigJson.h"
 
 namespace {
@@ -27,12 +28,7 @@ bool Same(const HighlightConfigData& a, const HighlightConfigData& b) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool quiet = [] {
-        KXP::LogInit(
-            KXP::LocalApp, [](const char*, void*) {}, nullptr);
-        return true;
-    }();
-    (void)quiet;
+    QuietLog();
     KXP::Document document;
     if (KXP::ParseJSON({reinterpret_cast<const char*>(data), size}, document).IsError()) return 0;
     KXP::HeldLog log;

@@ -7,9 +7,9 @@
 
 #include <unistd.h>
 
-#include "CobalixUtil.h"
 #include "common/JSONFile.h"
 #include "common/JsonHelpers.h"
+#include "fuzz/QuietLog.h"
 
 namespace {
 
@@ -17,8 +17,7 @@ namespace {
 struct FuzzFile {
     FuzzFile() {
         path = (std::filesystem::temp_directory_path() / ("json-fuzz-" + std::to_string(getpid()))).string();
-        KXP::LogInit(
-            KXP::LocalApp, [](const char*, void*) {}, nullptr);
+        QuietLog();
     }
     ~FuzzFile() { std::filesystem::remove(path); }
     std::string path;

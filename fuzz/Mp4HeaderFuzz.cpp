@@ -1,13 +1,8 @@
-#include "CobalixUtil.h"
+#include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool quiet = [] {
-        KXP::LogInit(
-            KXP::LocalApp, [](const char*, void*) {}, nullptr);
-        return true;
-    }();
-    (void)quiet;
+    QuietLog();
     media::MemorySource source({reinterpret_cast<const char*>(data), size});
     media::Mp4HeaderInfo info;
     for (const bool wantSize : {false, true})

@@ -2,17 +2,12 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "CobalixUtil.h"
 #include "common/JsonParse.h"
+#include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/src/settings/SettingsJson.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool quiet = [] {
-        KXP::LogInit(
-            KXP::LocalApp, [](const char*, void*) {}, nullptr);
-        return true;
-    }();
-    (void)quiet;
+    QuietLog();
     KXP::Document document;
     if (KXP::ParseJSON({reinterpret_cast<const char*>(data), size}, document).IsError()) return 0;
     StoredSettings stored;

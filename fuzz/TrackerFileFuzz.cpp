@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "CobalixUtil.h"
 #include "common/JsonParse.h"
+#include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
 
 namespace {
@@ -29,12 +29,7 @@ std::string Written(const TrackerContent& content) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool quiet = [] {
-        KXP::LogInit(
-            KXP::LocalApp, [](const char*, void*) {}, nullptr);
-        return true;
-    }();
-    (void)quiet;
+    QuietLog();
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     TrackerContent content;
     Read(bytes, content);
