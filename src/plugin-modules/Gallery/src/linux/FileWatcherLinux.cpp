@@ -36,7 +36,8 @@ constexpr milliseconds kWithoutWake{20};
 // Tells the events of closed windows, in their order, a few at a time.
 class Dispatcher {
   public:
-    explicit Dispatcher(IFileWatcherCallback& callback) : callback_(callback) {}
+    Dispatcher(IFileWatcherCallback& callback, TreeFollower& follower)
+        : callback_(callback), follower_(follower) {}
 
     bool IsIdle() const { return events_.empty(); }
     void Begin(std::deque<WatchEvent> events) { events_ = std::move(events); }
@@ -47,6 +48,7 @@ class Dispatcher {
     void End();
 
     IFileWatcherCallback& callback_;
+    TreeFollower& follower_;
     std::deque<WatchEvent> events_;
     std::set<std::string> goneFolders_;  // untracked in this batch
     int index_ = 0;
@@ -59,6 +61,7 @@ void Dispatcher::Step(const std::atomic<bool>& stop) {
         events_.pop_front();
         if (IsToldByFolder(event)) continue;
         const WatchAction action = DispatchWatchEvent(index_++, ++id_, event, callback_);
+        follower_.NoteTold(event, action);
         if (action == WatchAction::Untrack && (event.flags & ItemIsDir) != 0) goneFolders_.insert(event.path);
     }
     if (events_.empty()) End();
@@ -120,7 +123,7 @@ FileWatcher::FileWatcher(const std::string& path, const WatcherOptions& options,
       window_(options.window),
       follower_(path, options, FileClockNs() + std::chrono::nanoseconds(options.startLimit).count(), window_,
                 stop_),
-      dispatcher_(*callback_),
+      dispatcher_(*callback_, follower_),
       thread_([this] { Run(); }) {
     KXP::MutexLock lock(mutex_);
     while (!ready_ && steady_clock::now() < startLimit_)

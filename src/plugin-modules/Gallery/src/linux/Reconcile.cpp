@@ -50,6 +50,13 @@ void KnownTree::Erase(const std::string& path) {
     if (folder != folders_.end()) folder->second.erase(path.substr(slash + 1));
 }
 
+void KnownTree::SetUnseen(const std::string& path, bool folder) {
+    const size_t slash = path.rfind('/');
+    Stamp unseen;
+    unseen.folder = folder;
+    folders_[path.substr(0, slash)].try_emplace(path.substr(slash + 1), unseen);
+}
+
 std::vector<WatchEvent> KnownTree::TakeBeneath(const std::string& folder, uint32_t flags) {
     std::vector<WatchEvent> events;
     const auto take = [&](const auto& entry) {

@@ -31,6 +31,8 @@ class KnownTree {
     // What is in no known folder is not kept: it is found when the folder is looked at.
     void Set(const std::string& path, const Stamp& stamp);
     void Erase(const std::string& path);
+    // Something is known to have been told there, but not what it was: it counts as changed.
+    void SetUnseen(const std::string& path, bool folder);
 
     // Forgets all that is beneath a folder and gives it as events.
     std::vector<WatchEvent> TakeBeneath(const std::string& folder, uint32_t flags);

@@ -84,6 +84,12 @@ void ReportLedger::Found(const std::string& path, const Difference& difference, 
     if (news) Tell(path, difference.flags);
 }
 
+void ReportLedger::NoteTold(const WatchEvent& event, WatchAction action) {
+    const bool went = (event.flags & (ItemRemoved | ItemRenamed)) != 0;
+    if (!went || action == WatchAction::Untrack || event.path == gallery_ || !IsInGallery(event.path)) return;
+    known_.SetUnseen(event.path, (event.flags & ItemIsDir) != 0);
+}
+
 // A time in the future, by another machine's clock, says nothing about the age.
 bool ReportLedger::IsYoung(const Item& item) const {
     const int64_t age = FileClockNs() - item.stamp.modifiedNs;

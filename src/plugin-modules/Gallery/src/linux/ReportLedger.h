@@ -44,6 +44,10 @@ class ReportLedger {
     };
     Folders Compare(const std::string& folder, const FolderSnapshot& disk, bool silent);
 
+    // What has become of an event. What went may have come back by then, and so is still on the other side's
+    // books: it must not be missed when it goes again.
+    void NoteTold(const WatchEvent& event, WatchAction action);
+
     // Looks again at files that may not have been complete, once that is due.
     TimePoint NextLook() const { return nextLook_; }
     void LookAgain(TimePoint now);

@@ -34,6 +34,9 @@ class TreeFollower {
     int Descriptor() { return tree_.inotify().Descriptor(); }
     void ReadEvents();
 
+    // What the listener was told of an event.
+    void NoteTold(const WatchEvent& event, WatchAction action) { ledger_.NoteTold(event, action); }
+
     // Does what is due, for some milliseconds at most where that can be helped.
     void Step();
     // When there is something to do; in the past when there is now.
