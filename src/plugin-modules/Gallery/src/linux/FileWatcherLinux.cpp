@@ -1,0 +1,204 @@
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <exception>
+#include <iterator>
+#include <set>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include "CobalixUtil.h"
+#include "common/FileDescriptor.h"
+#include "common/Mutex.h"
+#include "plugin-modules/Gallery/src/linux/TreeFollower.h"
+#include "plugin-modules/Gallery/src/tracker/EventWindow.h"
+#include "plugin-modules/Gallery/src/tracker/FileWatcher.h"
+#include "plugin-modules/Gallery/src/tracker/WatchDispatch.h"
+
+namespace watcher {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+// Between two looks at the kernel's queue.
+constexpr size_t kDispatchStep = 256;
+constexpr milliseconds kLongestWait{60000};
+// The longest wait where no descriptor was left to wake the thread with.
+constexpr milliseconds kWithoutWake{20};
+
+// Tells the events of closed windows, in their order, a few at a time.
+class Dispatcher {
+  public:
+    Dispatcher(IFileWatcherCallback& callback, TreeFollower& follower)
+        : callback_(callback), follower_(follower) {}
+
+    bool IsIdle() const { return events_.empty(); }
+    void Begin(std::deque<WatchEvent> events) { events_ = std::move(events); }
+    void Step(const std::atomic<bool>& stop);
+
+  private:
+    bool IsToldByFolder(const WatchEvent& event) const;
+    void End();
+
+    IFileWatcherCallback& callback_;
+    TreeFollower& follower_;
+    std::deque<WatchEvent> events_;
+    std::set<std::string> goneFolders_;  // untracked in this batch
+    int index_ = 0;
+    uint64_t id_ = 0;
+};
+
+void Dispatcher::Step(const std::atomic<bool>& stop) {
+    for (size_t left = kDispatchStep; left > 0 && !events_.empty() && !stop; --left) {
+        const WatchEvent event = std::move(events_.front());
+        events_.pop_front();
+        if (IsToldByFolder(event)) continue;
+        const WatchAction action = DispatchWatchEvent(index_++, ++id_, event, callback_);
+        follower_.NoteTold(event, action);
+        if (action == WatchAction::Untrack && (event.flags & ItemIsDir) != 0) goneFolders_.insert(event.path);
+    }
+    if (events_.empty()) End();
+}
+
+void Dispatcher::End() {
+    goneFolders_.clear();
+    index_ = 0;
+}
+
+// A folder is untracked with all that was in it, which need not be told again for each file.
+bool Dispatcher::IsToldByFolder(const WatchEvent& event) const {
+    if (goneFolders_.empty()) return false;
+    for (size_t slash = event.path.rfind('/'); slash != std::string::npos && slash > 0;
+         slash = event.path.rfind('/', slash - 1)) {
+        if (goneFolders_.count(event.path.substr(0, slash)) > 0) return !WatchedItemExists(event);
+    }
+    return false;
+}
+
+class FileWatcher : public IFileWatcher {
+  public:
+    FileWatcher(const std::string& path, const WatcherOptions& options,
+                std::unique_ptr<IFileWatcherCallback>&& callback);
+    ~FileWatcher() override;
+
+  private:
+    void Run();
+    void Turn();
+    void Wait(milliseconds time);
+    milliseconds TimeToWait() const;
+    void TellReady() EXCLUDES(mutex_);
+
+    const std::unique_ptr<IFileWatcherCallback> callback_;
+    const milliseconds recoverAfter_;
+    const TimePoint startLimit_;
+    const KXP::FileDescriptor wake_;
+    std::atomic<bool> stop_{false};
+
+    KXP::Mutex mutex_;
+    KXP::CondVar readyChanged_;
+    bool ready_ GUARDED_BY(mutex_) = false;
+
+    // Thread only.
+    EventWindow window_;
+    TreeFollower follower_;
+    Dispatcher dispatcher_;
+    bool learning_ = true;
+
+    std::thread thread_;  // last, for it uses all of the above
+};
+
+FileWatcher::FileWatcher(const std::string& path, const WatcherOptions& options,
+                         std::unique_ptr<IFileWatcherCallback>&& callback)
+    : callback_(std::move(callback)),
+      recoverAfter_(options.pollInterval),
+      startLimit_(steady_clock::now() + options.startLimit),
+      wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      window_(options.window),
+      follower_(path, options, FileClockNs() + std::chrono::nanoseconds(options.startLimit).count(), window_,
+                stop_),
+      dispatcher_(*callback_, follower_),
+      thread_([this] { Run(); }) {
+    KXP::MutexLock lock(mutex_);
+    while (!ready_ && steady_clock::now() < startLimit_)
+        readyChanged_.WaitUntil(mutex_, startLimit_);
+}
+
+FileWatcher::~FileWatcher() {
+    stop_ = true;
+    const uint64_t one = 1;
+    if (wake_.IsOpen() && write(wake_.get(), &one, sizeof one) < 0)
+        KXP_LOG(KXP::LogDetail, "File watcher was woken already");
+    thread_.join();
+}
+
+void FileWatcher::Run() {
+    KXP::LogNameThread("Gallery", "FILE");
+    bool started = false;
+    while (!stop_) {
+        try {
+            if (!std::exchange(started, true)) follower_.Start();
+            Turn();
+        } catch (const std::exception& error) {
+            KXP_LOG(KXP::LogFailure, "File watcher failed: %s", error.what());
+            follower_.DistrustEvents();
+            TellReady();
+            Wait(recoverAfter_);
+        }
+    }
+    TellReady();
+}
+
+// The kernel's queue is read in every turn, also while a window is open or being told: it holds only so much.
+void FileWatcher::Turn() {
+    follower_.ReadEvents();
+    follower_.Step();
+    if (learning_ && (follower_.HasLearntGallery() || steady_clock::now() >= startLimit_)) TellReady();
+    if (dispatcher_.IsIdle() && window_.IsDue(steady_clock::now())) dispatcher_.Begin(window_.Take());
+    dispatcher_.Step(stop_);
+    Wait(TimeToWait());
+}
+
+void FileWatcher::TellReady() {
+    learning_ = false;
+    KXP::MutexLock lock(mutex_);
+    ready_ = true;
+    readyChanged_.NotifyAll();
+}
+
+milliseconds FileWatcher::TimeToWait() const {
+    if (!dispatcher_.IsIdle()) return milliseconds(0);
+    const TimePoint now = steady_clock::now();
+    const TimePoint due = std::min(follower_.NextDue(), window_.Closes().value_or(TimePoint::max()));
+    if (due <= now || window_.IsDue(now)) return milliseconds(0);
+    return std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(due - now, kLongestWait));
+}
+
+// Ends early for events and for the destructor.
+void FileWatcher::Wait(milliseconds time) {
+    if (!wake_.IsOpen()) time = std::min(time, kWithoutWake);
+    pollfd sources[] = {{wake_.get(), POLLIN, 0}, {follower_.Descriptor(), POLLIN, 0}};
+    poll(sources, std::size(sources), static_cast<int>(time.count()));
+}
+
+}  // namespace
+}  // namespace watcher
+
+std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path, bool /*recursive*/,
+                                                std::unique_ptr<IFileWatcherCallback>&& callback,
+                                                const WatcherOptions& options) {
+    try {
+        return std::make_unique<watcher::FileWatcher>(path, options, std::move(callback));
+    } catch (const std::system_error& error) {
+        KXP_LOG(KXP::LogFailure, "No thread for the file watcher: %s", error.what());
+        return nullptr;
+    }
+}
+
+void StopAndJoinFileWatcher() {}

@@ -1,0 +1,27 @@
+// What lies beneath a folder, in a map that is ordered by path.
+#pragma once
+
+#include <string>
+#include <utility>
+
+namespace watcher {
+
+inline bool IsBeneath(const std::string& path, const std::string& folder) {
+    return path.size() > folder.size() && path[folder.size()] == '/' &&
+           path.compare(0, folder.size(), folder) == 0;
+}
+
+// The elements beneath `folder`, without the folder itself. '0' is the character behind '/'.
+template <typename Map>
+auto Beneath(Map& map, const std::string& folder) {
+    return std::make_pair(map.lower_bound(folder + '/'), map.lower_bound(folder + '0'));
+}
+
+template <typename Map>
+void EraseWithBeneath(Map& map, const std::string& folder) {
+    map.erase(folder);
+    const auto [first, last] = Beneath(map, folder);
+    map.erase(first, last);
+}
+
+}  // namespace watcher

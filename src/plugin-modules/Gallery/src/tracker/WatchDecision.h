@@ -1,0 +1,47 @@
+// What an event about a path means for the tracker, from its flags and from what is on disk. Pure, and the
+// same for every platform: each turns its own events into these flags.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace watcher {
+
+enum WatchFlag : uint32_t {
+    MustScanSubDirs = 0x1,
+    UserDropped = 0x2,
+    KernelDropped = 0x4,
+    EventIdsWrapped = 0x8,
+    HistoryDone = 0x10,
+    RootChanged = 0x20,
+    Mount = 0x40,
+    Unmount = 0x80,
+    ItemCreated = 0x100,
+    ItemRemoved = 0x200,
+    ItemInodeMetaMod = 0x400,
+    ItemRenamed = 0x800,
+    ItemModified = 0x1000,
+    ItemFinderInfoMod = 0x2000,
+    ItemChangeOwner = 0x4000,
+    ItemXattrMod = 0x8000,
+    ItemIsFile = 0x10000,
+    ItemIsDir = 0x20000,
+    ItemIsSymlink = 0x40000,
+    OwnEvent = 0x80000,
+};
+
+struct WatchEvent {
+    std::string path;
+    uint32_t flags = 0;  // of WatchFlag
+};
+
+enum class WatchAction { None, Track, Untrack };
+
+// Both ends of a rename carry ItemRenamed: `exists` tells the new one from the old. An item that came and
+// went also resolves by what is there now.
+WatchAction DecideWatchAction(uint32_t flags, bool exists);
+
+// "kFSEventStreamEventFlags:", and a blank and the name for each flag.
+std::string DescribeWatchFlags(uint32_t flags);
+
+}  // namespace watcher

@@ -1,0 +1,329 @@
+#include <algorithm>
+#include <condition_variable>
+#include <cstddef>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/inotify.h>
+
+#include "plugin-modules/Gallery/src/linux/Inotify.h"
+#include "plugin-modules/Gallery/src/tracker/FileWatcher.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+// What a listener knows of the files, and what it was told. Outlives the watchers that fill it.
+class Told {
+  public:
+    void Track(const std::string& path) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        released_.wait(lock, [&] { return !held_; });
+        calls_.push_back("+" + path);
+        if (!fs::is_directory(path)) files_.insert(path);
+        changed_.notify_all();
+    }
+    void Untrack(const std::string& path) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        calls_.push_back("-" + path);
+        files_.erase(path);
+        files_.erase(files_.lower_bound(path + "/"), files_.lower_bound(path + "0"));
+        changed_.notify_all();
+    }
+    void Hold(bool held) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        held_ = held;
+        released_.notify_all();
+    }
+
+    int Count(const std::string& call) const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return static_cast<int>(std::count(calls_.begin(), calls_.end(), call));
+    }
+    bool WaitForCall(const std::string& call) {
+        return Wait([&] { return std::count(calls_.begin(), calls_.end(), call) > 0; });
+    }
+    bool WaitForFiles(const std::set<std::string>& files) {
+        return Wait([&] { return files_ == files; });
+    }
+    std::vector<std::string> Calls() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return calls_;
+    }
+
+  private:
+    bool Wait(const std::function<bool()>& reached) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        return changed_.wait_for(lock, std::chrono::seconds(30), reached);
+    }
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_, released_;
+    bool held_ = false;
+    std::vector<std::string> calls_;
+    std::set<std::string> files_;
+};
+
+struct Callback : IFileWatcherCallback {
+    explicit Callback(Told& to) : told(to) {}
+    void Track(std::string path) override { told.Track(path); }
+    void Untrack(std::string path) override { told.Untrack(path); }
+    Told& told;
+};
+
+// The parameter: whether by looking at folders alone.
+class FileWatcherTest : public testing::TestWithParam<bool> {
+  protected:
+    FileWatcherTest() {
+        options_.gallery = folder_.MakeFolder("Videos/Gallery");
+        options_.window = options_.settle = options_.pollInterval = milliseconds(20);
+        options_.startLimit = std::chrono::seconds(30);
+        options_.polling = GetParam();
+    }
+
+    void Watch() {
+        watcher_ = CreateFileWatcher(folder_ / "Videos", true, std::make_unique<Callback>(told_), options_);
+    }
+    std::string At(const std::string& name) const { return folder_ / ("Videos/Gallery/" + name); }
+    std::string Write(const std::string& name, const std::string& bytes = "x") const {
+        return folder_.Write("Videos/Gallery/" + name, bytes);
+    }
+    // Returns when all that was done before has been told.
+    void Sync() {
+        const std::string name = "sync" + std::to_string(++syncs_);
+        EXPECT_TRUE(told_.WaitForCall("+" + Write(name)));
+        fs::remove(At(name));
+        EXPECT_TRUE(told_.WaitForCall("-" + At(name)));
+    }
+
+    TempFolder folder_;
+    LogCapture log_;
+    WatcherOptions options_;
+    Told told_;
+    std::unique_ptr<IFileWatcher> watcher_;
+    int syncs_ = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(By, FileWatcherTest, testing::Bool(),
+                         [](const auto& by) { return by.param ? "Polling" : "Events"; });
+
+class EventWatcherTest : public FileWatcherTest {};
+INSTANTIATE_TEST_SUITE_P(By, EventWatcherTest, testing::Values(false),
+                         [](const auto&) { return std::string("Events"); });
+
+TEST_P(FileWatcherTest, WhatIsThereIsKnown) {
+    const std::string old = Write("Game/old.png");
+    Watch();
+    fs::permissions(old, fs::perms::owner_read);
+    const std::string added = Write("Game/new.png");
+    EXPECT_TRUE(told_.WaitForCall("+" + added));
+    Sync();
+    EXPECT_EQ(told_.Count("+" + old) + told_.Count("-" + old), 0);
+    EXPECT_EQ(told_.Count("+" + added), 1);
+}
+
+TEST_P(EventWatcherTest, FileCountsOnceItIsClosed) {
+    fs::create_directory(At("Game"));
+    Watch();
+    std::ofstream file(At("Game/a.mp4"));
+    file << "half" << std::flush;
+    Sync();
+    EXPECT_EQ(told_.Count("+" + At("Game/a.mp4")), 0);
+    file.close();
+    EXPECT_TRUE(told_.WaitForCall("+" + At("Game/a.mp4")));
+    Write("Game/a.mp4", "again");
+    Sync();
+    EXPECT_EQ(told_.Count("+" + At("Game/a.mp4")), 2);
+}
+
+TEST_P(FileWatcherTest, RenamesHaveTwoSides) {
+    Write("Game/a.png");
+    Write("Other/b.png");
+    Watch();
+    fs::rename(At("Game/a.png"), At("Game/c.png"));
+    fs::rename(At("Other/b.png"), folder_ / "b.png");
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/c.png")}));
+    fs::rename(folder_ / "b.png", At("Game/b.png"));
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/b.png"), At("Game/c.png")}));
+    EXPECT_EQ(told_.Count("-" + At("Game/a.png")), 1);
+    EXPECT_TRUE(told_.WaitForCall("-" + At("Other/b.png")));
+}
+
+TEST_P(FileWatcherTest, FoldersMoveWithTheirContent) {
+    folder_.Write("outside/deep/a.png", "x");
+    Watch();
+    fs::rename(folder_ / "outside", At("In"));
+    EXPECT_TRUE(told_.WaitForFiles({At("In/deep/a.png")}));
+    EXPECT_EQ(told_.Count("+" + At("In")), 1);
+    fs::rename(At("In"), At("On"));
+    EXPECT_TRUE(told_.WaitForFiles({At("On/deep/a.png")}));
+    const std::string later = Write("On/deep/b.png");
+    EXPECT_TRUE(told_.WaitForFiles({At("On/deep/a.png"), later}));
+    fs::rename(At("On"), folder_ / "outside");
+    EXPECT_TRUE(told_.WaitForFiles({}));
+}
+
+TEST_P(FileWatcherTest, FolderReplacedWithinAWindow) {
+    Write("Game/a.png");
+    Watch();
+    Write("Game/b.png");
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/b.png")}));
+    fs::rename(At("Game"), folder_ / "away");
+    Write("Game/c.png");
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/c.png")}));
+}
+
+TEST_P(FileWatcherTest, NestedFoldersAndWhatIsWrittenAtOnce) {
+    Watch();
+    std::set<std::string> files;
+    for (int i = 0; i < 20; ++i)
+        files.insert(Write("a" + std::to_string(i) + "/b/c/d.png"));
+    EXPECT_TRUE(told_.WaitForFiles(files));
+    fs::remove_all(At("a0"));
+    files.erase(At("a0/b/c/d.png"));
+    EXPECT_TRUE(told_.WaitForFiles(files));
+    EXPECT_TRUE(told_.WaitForCall("-" + At("a0")));
+}
+
+TEST_P(FileWatcherTest, GalleryGoesAndComesBack) {
+    Watch();
+    const std::string file = Write("Game/a.png");
+    EXPECT_TRUE(told_.WaitForFiles({file}));
+    fs::rename(options_.gallery, folder_ / "Videos/Renamed");
+    EXPECT_TRUE(told_.WaitForCall("-" + options_.gallery));
+    fs::rename(folder_ / "Videos/Renamed", options_.gallery);
+    EXPECT_TRUE(told_.WaitForCall("+" + options_.gallery));
+    EXPECT_TRUE(told_.WaitForFiles({file}));
+    fs::remove_all(options_.gallery);
+    EXPECT_TRUE(told_.WaitForFiles({}));
+    Write("Other/b.png");
+    EXPECT_TRUE(told_.WaitForFiles({At("Other/b.png")}));
+    Sync();
+}
+
+TEST_P(FileWatcherTest, WatchedFolderGoesAndComesBack) {
+    Watch();
+    EXPECT_TRUE(told_.WaitForFiles({Write("Game/a.png")}));
+    fs::rename(folder_ / "Videos", folder_ / "Elsewhere");
+    EXPECT_TRUE(told_.WaitForFiles({}));
+    EXPECT_EQ(told_.Count("-" + folder_ / "Videos"), 1);
+    fs::remove(folder_ / "Elsewhere/Gallery/Game/a.png");
+    folder_.Write("Elsewhere/Gallery/Game/b.png", "x");
+    fs::rename(folder_ / "Elsewhere", folder_ / "Videos");
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/b.png")}));
+    EXPECT_EQ(told_.Count("+" + folder_ / "Videos"), 1);
+    Sync();
+}
+
+TEST_P(FileWatcherTest, LinksAndIllegibleNames) {
+    folder_.Write("target/a.png", "x");
+    fs::create_directory(At("Game"));
+    Watch();
+    fs::create_directory_symlink(folder_ / "target", At("Linked"));
+    fs::create_symlink(folder_ / "target/a.png", At("Game/soft.png"));
+    Write("Game/\xff.png");
+    Write("Game/\xfe.png");
+    fs::create_hard_link(folder_ / "target/a.png", At("Game/hard.png"));
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/hard.png")}));
+    folder_.Write("target/b.png", "x");
+    Sync();
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/hard.png")}));
+    EXPECT_EQ(log_.Count("not UTF-8"), 1);
+}
+
+TEST_P(EventWatcherTest, OutsideOfTheGalleryAsWell) {
+    folder_.MakeFolder("Videos/Other/deep");
+    Watch();
+    // The rest of the tree is watched after the gallery, so one file may come too early, but not all.
+    int i = 0;
+    do {
+        folder_.Write("Videos/Other/deep/" + std::to_string(++i), "x");
+        Sync();
+    } while (told_.Count("+" + folder_ / "Videos/Other/deep/" + std::to_string(i)) == 0 && i < 1000);
+    EXPECT_LT(i, 1000);
+}
+
+TEST_P(EventWatcherTest, NothingIsLostWithTheKernelsQueue) {
+    Write("Game/known.png");
+    const std::string gone = Write("Game/gone.png");
+    Watch();
+    told_.Hold(true);
+    EXPECT_TRUE(told_.Calls().empty());
+    Write("Game/holds.png");
+    // More than the queue of the kernel holds, with the thread held in the callback.
+    size_t queue = 0;
+    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> queue;
+    Write("Game/0");
+    while (log_.Count("Calling Track for " + At("Game/holds.png")) == 0)
+        std::this_thread::yield();
+    for (size_t i = 0; i <= queue / 2; ++i)
+        fs::rename(At("Game/" + std::to_string(i)), At("Game/" + std::to_string(i + 1)));
+    fs::remove(gone);
+    const std::string deep = Write("New/deep/a.png");
+    told_.Hold(false);
+    const std::string last = At("Game/" + std::to_string(queue / 2 + 1));
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/holds.png"), last, deep}));
+    Sync();
+    EXPECT_EQ(told_.Count("-" + gone), 1);
+    EXPECT_EQ(told_.Count("+" + At("Game/known.png")), 0);
+    EXPECT_EQ(log_.Count("File events were lost"), 1);
+}
+
+TEST_P(EventWatcherTest, WithoutEnoughWatchesTheRestIsLookedAt) {
+    Write("Game/deep/old.png");
+    Write("Other/old.png");
+    options_.maxWatches = 2;
+    Watch();
+    const std::string nested = Write("Game/deep/a.png");
+    const std::string other = Write("Other/b.png");
+    EXPECT_TRUE(told_.WaitForFiles({nested, other}));
+    fs::remove_all(At("Game"));
+    EXPECT_TRUE(told_.WaitForFiles({other}));
+    EXPECT_EQ(log_.Count("No more watches"), 1);
+}
+
+TEST_P(FileWatcherTest, EndsAtOnceWhileBusy) {
+    for (int i = 0; i < 300; ++i)
+        fs::create_directories(At("g" + std::to_string(i) + "/d"));
+    options_.startLimit = milliseconds(0);
+    options_.window = std::chrono::hours(1);
+    options_.settle = std::chrono::hours(1);
+    Watch();
+    Write("g0/a.png");
+    // Returns although the window stays open for an hour.
+    watcher_.reset();
+    const size_t calls = told_.Calls().size();
+    Write("g0/b.png");
+    EXPECT_EQ(told_.Calls().size(), calls);
+}
+
+TEST(KernelEvents, LengthsAreNotTrusted) {
+    const auto next = [](uint32_t length, watcher::KernelEvent& event) {
+        static char bytes[sizeof(inotify_event) + 16];
+        std::memset(bytes, 'n', sizeof bytes);
+        std::memcpy(bytes + offsetof(inotify_event, len), &length, sizeof length);
+        std::string_view rest(bytes, sizeof bytes);
+        return watcher::NextKernelEvent(rest, event) && rest.size() == 16 - length;
+    };
+    watcher::KernelEvent event;
+    EXPECT_TRUE(next(0, event));
+    EXPECT_TRUE(event.name.empty());
+    EXPECT_TRUE(next(16, event));
+    EXPECT_EQ(event.name, std::string(16, 'n'));
+    EXPECT_FALSE(next(17, event));
+    EXPECT_FALSE(next(UINT32_MAX, event));
+    std::string_view part("no head");
+    EXPECT_FALSE(watcher::NextKernelEvent(part, event));
+}
+
+}  // namespace
