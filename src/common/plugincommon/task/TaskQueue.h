@@ -48,7 +48,18 @@ class TaskQueue {
             when, std::make_unique<Notification<std::decay_t<F>>>(std::forward<F>(closure)));
     }
 
-    // The same for the commands of the life cycle: they run ahead of everything else, in their order.
+    // The same with a tag, by which NextDueIs tells entries of one kind.
+    template <typename F>
+    void EnqueueTagged(TimePoint when, const void* tag, F&& closure) {
+        queue_->EnqueueNotification(
+            when, std::make_unique<Notification<std::decay_t<F>>>(std::forward<F>(closure), tag));
+    }
+
+    // Whether the entry that would run next, right now, has this tag: work of one kind that comes in numbers
+    // can then share its cost.
+    bool NextDueIs(const void* tag) { return queue_->TagOfNextDue() == tag; }
+
+    // Enqueues a command of the life cycle: these run ahead of everything else, in their order.
     template <typename F>
     void EnqueueCommand(F&& closure) {
         EnqueueNotification(NextCommandTime(), std::forward<F>(closure));
@@ -92,7 +103,8 @@ class TaskQueue {
     template <typename F>
     class Notification : public TimedNotificationQueue::Notification {
       public:
-        explicit Notification(F closure) : closure_(std::move(closure)) {}
+        explicit Notification(F closure, const void* tag = nullptr)
+            : closure_(std::move(closure)), tag_(tag) {}
         void Execute() override {
             try {
                 closure_();
@@ -100,9 +112,11 @@ class TaskQueue {
                 LogEscaped();
             }
         }
+        const void* Tag() const override { return tag_; }
 
       private:
         F closure_;
+        const void* tag_;
     };
     static void LogEscaped();
 

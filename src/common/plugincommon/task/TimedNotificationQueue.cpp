@@ -36,6 +36,12 @@ std::unique_ptr<TimedNotificationQueue::Notification> TimedNotificationQueue::Wa
     return due;
 }
 
+const void* TimedNotificationQueue::TagOfNextDue() {
+    MutexLock lock(mutex_);
+    if (heap_.empty() || clock_.Now() < heap_.front().when) return nullptr;
+    return heap_.front().notification->Tag();
+}
+
 void TimedNotificationQueue::RefuseLaterThan(std::chrono::milliseconds horizon) {
     std::vector<Entry> dropped;  // destroyed behind the lock: an entry's end may enqueue
     MutexLock lock(mutex_);

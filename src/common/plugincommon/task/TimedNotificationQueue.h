@@ -15,6 +15,8 @@ class TimedNotificationQueue {
       public:
         virtual ~Notification() = default;
         virtual void Execute() = 0;
+        // What kind of work this is, to whoever enqueued it; null for most.
+        virtual const void* Tag() const { return nullptr; }
     };
 
     explicit TimedNotificationQueue(Clock& clock) : clock_(clock) {}
@@ -25,6 +27,9 @@ class TimedNotificationQueue {
     // Waits for the first entry to fall due and takes it. `timeoutMs` bounds only the wait for an entry to
     // exist, 0 being no bound; an empty pointer tells that it ran out.
     std::unique_ptr<Notification> WaitDequeueNotification(int timeoutMs) EXCLUDES(mutex_);
+
+    // The tag of the entry that would be taken now; null when none is due.
+    const void* TagOfNextDue() EXCLUDES(mutex_);
 
     // Drops entries due later than `horizon` from now, and from now on those that are enqueued with such a
     // time. A queue that is shutting down would otherwise wait for them.
