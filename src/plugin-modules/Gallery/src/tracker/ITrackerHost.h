@@ -14,7 +14,8 @@ class ITrackerHost {
     virtual ~ITrackerHost() = default;
 
     virtual Settings* GetGallerySettings() = 0;
-    // Ends in "/". Throws KXP::Exception when the folder is not there and cannot be made.
+    // The gallery of a tracker that is made now. Ends in "/". Throws KXP::Exception when the folder is not
+    // there and cannot be made.
     virtual std::string GetGalleryPath() = 0;
     // What a saved-notification told of the highlight at `path`; false when none waits for it. Takes the
     // notification mutex alone, so it may be called under the tracker's.

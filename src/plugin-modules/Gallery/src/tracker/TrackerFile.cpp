@@ -173,6 +173,34 @@ void WriteInfo(const TrackerInfo& info, PrettyJsonWriter& writer) {
     writer.EndObject();
 }
 
+const TrackedUGC& RecordOf(const TrackedUGC& record) {
+    return record;
+}
+const TrackedUGC& RecordOf(const std::shared_ptr<const TrackedUGC>& record) {
+    return *record;
+}
+
+template <typename Records>
+void WriteTracker(const Records& records, const TrackedUGCGames& games, const TrackerInfo& info,
+                  PrettyJsonWriter& writer) {
+    writer.StartObject();
+    writer.Key("UGC");
+    writer.StartArray();
+    for (const auto& entry : records) {
+        const TrackedUGC& record = RecordOf(entry);
+        WriteMember{record, KindsOf(record), writer}(kRecordFileFields);
+    }
+    writer.EndArray();
+    writer.Key("apps");
+    writer.StartArray();
+    for (const auto& [name, game] : games)
+        WriteGame(name, game, writer);
+    writer.EndArray();
+    writer.Key("info");
+    WriteInfo(info, writer);
+    writer.EndObject();
+}
+
 }  // namespace
 
 KXP::RetVal ParseUGCFromJSON(const Value& root, std::vector<TrackedUGC>& ugc, uint32_t& usageKB) {
@@ -222,18 +250,10 @@ void ParseTrackerInfoFromJSON(const Value& root, TrackerInfo& info) {
 }
 
 void WriteTrackerJSON(const TrackerContent& content, PrettyJsonWriter& writer) {
-    writer.StartObject();
-    writer.Key("UGC");
-    writer.StartArray();
-    for (const TrackedUGC& record : content.ugc)
-        WriteMember{record, KindsOf(record), writer}(kRecordFileFields);
-    writer.EndArray();
-    writer.Key("apps");
-    writer.StartArray();
-    for (const auto& [name, game] : content.games)
-        WriteGame(name, game, writer);
-    writer.EndArray();
-    writer.Key("info");
-    WriteInfo(content.info, writer);
-    writer.EndObject();
+    WriteTracker(content.ugc, content.games, content.info, writer);
+}
+
+void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
+                      const TrackerInfo& info, PrettyJsonWriter& writer) {
+    WriteTracker(ugc, games, info, writer);
 }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -40,3 +41,5 @@ void ParseTrackerInfoFromJSON(const KXP::Value& root, TrackerInfo& info);
 
 // Writes the whole file in valid UTF-8: bytes of a record that are none become U+FFFD.
 void WriteTrackerJSON(const TrackerContent& content, KXP::PrettyJsonWriter& writer);
+void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
+                      const TrackerInfo& info, KXP::PrettyJsonWriter& writer);

@@ -1,0 +1,102 @@
+#include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+#include "CobalixUtil.h"
+#include "common/FileUtil.h"
+#include "common/TimeUtil.h"
+#include "plugin-modules/Gallery/src/media/Mp4Header.h"
+#include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+
+namespace {
+
+using KXP::RetVal;
+namespace Code = KXP::Code;
+
+constexpr double kTooLong = 100.0 * 3600;  // seconds; the hours have two digits
+
+void TakeSniffed(media::SniffResult sniffed, TrackedUGC& record) {
+    record.fileType = std::move(sniffed.fileType);
+    record.fileSubType = std::move(sniffed.fileSubType);
+    record.fileSource = std::move(sniffed.fileSource);
+    record.drsName = std::move(sniffed.drsName);
+    record.profileName = std::move(sniffed.drsProfileName);
+    record.shortName = std::move(sniffed.shortName);
+    record.cmsId = static_cast<uint64_t>(sniffed.cmsId);
+    record.highlightName = std::move(sniffed.highlightName);
+    record.highlightDefinitionId = std::move(sniffed.highlightDefinitionId);
+    record.highlightGroupId = std::move(sniffed.highlightGroupId);
+    record.eventTimeStamp = std::move(sniffed.eventTimeStamp);
+    record.highlightTags = static_cast<int32_t>(sniffed.highlightTags);
+    record.highlightSignificance = static_cast<int32_t>(sniffed.highlightSignificance);
+}
+
+RetVal CheckOwner(const std::string& path, TrackedUGC& record) {
+    media::SniffResult sniffed;
+    const int32_t code = media::SniffFile(path, sniffed);
+    if (code < 0) {
+        KXP_LOG(KXP::LogFailure, "TrackFileTask::CheckIfZv failed result:%d", code);
+        return {Code::kFailure, "CheckIfZv failed", code};
+    }
+    if (!sniffed.isOwn) return {Code::kFailure, "Not a ZV File", 0};
+    TakeSniffed(std::move(sniffed), record);
+    return {};
+}
+
+RetVal MeasureFile(const std::string& path, TrackedUGC& record) {
+    int sizeKB = 0;
+    if (KXP::FileSizeKB(path, sizeKB) < 0) {
+        KXP_LOG(KXP::LogFailure, "TrackFileTask::FileSizeKB failed");
+        return {Code::kFailure, "FileSizeKB failed", 0};
+    }
+    record.sizeKB = static_cast<uint32_t>(sizeKB);
+    const int dated = KXP::FileDate(path, record.date);
+    if (dated < 0) {
+        KXP_LOG(KXP::LogFailure, "TrackFileTask::FileDate failed %d", dated);
+        return {dated, "FileDate failed", 0};
+    }
+    return {};
+}
+
+RetVal MeasureVideo(const std::string& path, TrackedUGC& record) {
+    double seconds = 0;
+    unsigned int width = 0;
+    unsigned int height = 0;
+    const int32_t code = media::FindMP4HeaderInfo(path, seconds, record.audioType, false, width, height);
+    if (code < 0) {
+        KXP_LOG(KXP::LogFailure, "TrackFileTask::FindMP4DurationTypeInfo failed result:%d", code);
+        return {code, "FindMP4DurationTypeInfo failed", 0};
+    }
+    if (FormatDuration(seconds, record.duration, record.msDuration)) return {};
+    const int whole = std::isfinite(seconds) ? static_cast<int>(std::min(seconds, kTooLong)) : -1;
+    KXP_LOG(KXP::LogFailure, "TrackFileTask::sprintf to create duration string failed:%d", whole);
+    return {Code::kFailure, "Failed to create duration string!", 0};
+}
+
+}  // namespace
+
+bool FormatDuration(double seconds, std::string& text, uint32_t& milliseconds) {
+    if (!(seconds >= 0 && seconds < kTooLong)) return false;
+    const auto whole = static_cast<unsigned>(seconds);
+    std::array<char, 16> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%02u:%02u:%02u", whole / 3600, whole / 60 % 60, whole % 60);
+    text = buffer.data();
+    milliseconds = static_cast<uint32_t>(seconds * 1000.0);
+    return true;
+}
+
+RetVal InspectCapture(const std::string& path, TrackedUGC& record) {
+    record.path = path;
+    const int unlocked = KXP::FileUnlockedCheckAndWait(path, 40);
+    if (unlocked < 0) {
+        KXP_LOG(KXP::LogFailure, "TrackFileTask::File lock check failed");
+        return {unlocked, "FileUnlockedCheckAndWait failed", 0};
+    }
+    if (RetVal owner = CheckOwner(path, record); owner.Failed()) return owner;
+    if (RetVal measured = MeasureFile(path, record); measured.Failed()) return measured;
+    return record.fileType == "video" ? MeasureVideo(path, record) : RetVal{};
+}

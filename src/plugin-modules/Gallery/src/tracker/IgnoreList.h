@@ -1,0 +1,31 @@
+// Paths whose events the tracker passes over, because the product itself is at work on them.
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common/Mutex.h"
+
+// Any thread. Its mutex is a leaf.
+class IgnoreList {
+  public:
+    void Add(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
+        KXP::MutexLock lock(mutex_);
+        paths_.insert(paths.begin(), paths.end());
+    }
+    // Once is enough, however often a path was added.
+    void Remove(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
+        KXP::MutexLock lock(mutex_);
+        for (const std::string& path : paths)
+            paths_.erase(path);
+    }
+    bool Has(const std::string& path) const EXCLUDES(mutex_) {
+        KXP::MutexLock lock(mutex_);
+        return paths_.count(path) > 0;
+    }
+
+  private:
+    mutable KXP::Mutex mutex_;
+    std::set<std::string> paths_ GUARDED_BY(mutex_);
+};

@@ -1,0 +1,19 @@
+// Parts of a capture's path. On this level "/" alone stands between them, whatever a file's name holds.
+#pragma once
+
+#include <string>
+
+inline std::string WithoutSlash(std::string path) {
+    if (!path.empty() && path.back() == '/') path.pop_back();
+    return path;
+}
+
+// The root's parent is the root.
+inline std::string ParentOf(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
+inline std::string NameOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}

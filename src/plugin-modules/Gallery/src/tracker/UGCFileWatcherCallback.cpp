@@ -1,0 +1,30 @@
+#include "plugin-modules/Gallery/src/tracker/UGCFileWatcherCallback.h"
+
+#include <utility>
+
+#include "common/DirUtil.h"
+#include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
+#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+
+UGCFileWatcherCallback::UGCFileWatcherCallback(UGCTracker* tracker, std::string ownFolder)
+    : tracker_(tracker), ownFolder_(std::move(ownFolder)) {}
+
+void UGCFileWatcherCallback::Track(std::string path) {
+    if (IsOwnFile(path)) return;
+    if (KXP::DirectoryExists(path)) {
+        tracker_->TrackFolder(path);
+    } else {
+        tracker_->TrackFile(path);
+    }
+}
+
+void UGCFileWatcherCallback::Untrack(std::string path) {
+    if (!IsOwnFile(path)) tracker_->UntrackFile(path);
+}
+
+bool UGCFileWatcherCallback::IsOwnFile(const std::string& path) const {
+    // A gallery may be anywhere, also beside the folder where the tracker writes with each capture. By name
+    // first: the comparison of folders asks the disk.
+    return IsShareFileName(NameOf(path)) && KXP::SamePath(ParentOf(path), ownFolder_);
+}

@@ -1,0 +1,167 @@
+// Highlights: in flight, tied to their files, and by group.
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "CobalixUtil.h"
+#include "common/DirUtil.h"
+#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+
+using KXP::RetVal;
+namespace Code = KXP::Code;
+
+namespace {
+
+// How long after its end a highlight may still come.
+constexpr std::chrono::milliseconds kHighlightGrace{60000};
+
+void KeepMatching(std::vector<TrackedUGC>& records, int32_t TrackedUGC::*bits, int mask) {
+    if (mask == 0) return;
+    records.erase(std::remove_if(records.begin(), records.end(),
+                                 [&](const TrackedUGC& record) { return (record.*bits & mask) == 0; }),
+                  records.end());
+}
+
+}  // namespace
+
+void UGCTracker::EnqueuePendingHighlight(Highlight& highlight) {
+    {
+        KXP::MutexLock lock(mutex_);
+        highlight.SetId(NextId());
+        pendingHighlights_.Enqueue(highlight);
+    }
+    const std::chrono::milliseconds end(std::max(highlight.GetEndDelta(), 0));
+    queue_.EnqueueNotification(queue_.Now() + end + kHighlightGrace, [this, copy = highlight] {
+        if (!pendingHighlights_.Dequeue(copy)) return;
+        KXP_LOG(KXP::LogFailure, "Timeout on HL capture, deleted HL in-flight");
+        outbox_.Put([this, copy] { host_.NotifyHighlightCanceled(copy); });
+        outbox_.Drain();
+    });
+}
+
+void UGCTracker::UpdateHighlightInfo(const Highlight& highlight) {
+    int32_t oldId = 0;
+    {
+        KXP::MutexLock lock(mutex_);
+        const RecordPtr found = records_.FindByPath(highlight.GetPath());
+        if (!found) return;
+        oldId = found->id;
+        TrackedUGC record = *found;
+        record.id = highlight.GetId();
+        record.shortName = highlight.GetSDKAppInfo().appShortName;
+        record.highlightDefinitionId = highlight.GetHighlightDefinitionId();
+        record.highlightName = highlight.GetHighlightName();
+        record.highlightGroupId = highlight.GetGroupId();
+        record.highlightTags = highlight.GetTags();
+        record.highlightSignificance = highlight.GetSignificance();
+        record.eventTimeStamp = highlight.GetTimeStamp();
+        records_.Replace(std::move(record));
+        pendingHighlights_.Dequeue(highlight);
+    }
+    KXP_LOG(KXP::LogFailure, "UpdateHighlightInfo %s %d HL id %d",
+            KXP::GetFileNameFromPath(highlight.GetPath()).c_str(), oldId, highlight.GetId());
+    // On the worker: the caller is the thread of the messages, and nobody waits for the file.
+    queue_.EnqueueNotification(queue_.Now(), [this] {
+        (void)WriteUGCToTracker(Sum::Keep, false);
+        outbox_.Drain();
+    });
+}
+
+void UGCTracker::GetPendingHighlights(std::vector<TrackedUGC>& out, const std::string& game,
+                                      const std::string& group) const {
+    pendingHighlights_.AppendTo(out, game, group);
+}
+
+RetVal UGCTracker::GetHighlights(std::vector<TrackedUGC>& out, const std::string& game,
+                                 const std::string& group) const {
+    if (!group.empty()) {
+        KXP::MutexLock lock(mutex_);
+        for (const RecordPtr& record : records_.OfGroup(game, group))
+            out.push_back(*record);
+    }
+    GetPendingHighlights(out, game, group);
+    if (!out.empty()) return {};
+    KXP_LOG(KXP::LogFailure, "GetHighlights: Could not find highlights in group");
+    return {Code::kNotFound, "Could not find highlights in group", 0};
+}
+
+RetVal UGCTracker::GetFilteredHighlights(std::vector<TrackedUGC>& out, const std::string& game,
+                                         const std::string& group, int tagMask, int significanceMask) const {
+    if (RetVal found = GetHighlights(out, game, group); found.Failed()) return found;
+    KeepMatching(out, &TrackedUGC::highlightTags, tagMask);
+    KeepMatching(out, &TrackedUGC::highlightSignificance, significanceMask);
+    return {};
+}
+
+RetVal UGCTracker::DeleteTrackedHighlights(const std::vector<TrackedUGC>& records) {
+    std::vector<TrackedUGC> doomed = records;
+    {
+        KXP::MutexLock lock(mutex_);
+        for (TrackedUGC& record : doomed) {
+            // The usage stays: the next rebuild counts afresh, and until then it errs on the safe side.
+            const RecordPtr taken = records_.Take(record.id, record.profileName, record.highlightGroupId);
+            if (!taken) continue;
+            record.path = taken->path;
+            TellRemoved(taken);
+        }
+    }
+    RemoveFromGroups(doomed);
+    for (const TrackedUGC& record : doomed) {
+        if (DeleteUGC(record).Failed()) KXP_LOG(KXP::LogFailure, "Failed to delete media file from disk");
+    }
+    RetVal written = WriteUGCToTracker(Sum::Keep, false);
+    outbox_.Drain();
+    return written;
+}
+
+void UGCTracker::RemoveFromGroups(const std::vector<TrackedUGC>& records) {
+    using Group = std::pair<std::string, std::string>;  // group and game
+    std::map<Group, std::set<int>> groups;
+    for (const TrackedUGC& record : records)
+        groups[{record.highlightGroupId, record.profileName}].insert(record.id);
+    for (const auto& [key, ids] : groups) {
+        const auto& [group, game] = key;
+        bool knowsGame = false;
+        bool knowsGroup = false;
+        {
+            KXP::MutexLock lock(mutex_);
+            const auto found = records_.games().find(game);
+            knowsGame = found != records_.games().end();
+            knowsGroup = knowsGame && found->second.groups.count(group) > 0;
+            if (knowsGroup) records_.RemoveFromGroup(game, group, ids);
+        }
+        if (!knowsGame)
+            KXP_LOG(KXP::LogFailure, "DeleteGroupHighlights: Could not find persisted game");
+        else if (!knowsGroup)
+            KXP_LOG(KXP::LogFailure, "GetGroupHighlights: Failed to find the group");
+    }
+}
+
+RetVal UGCTracker::DeleteTrackedHighlightGroup(const std::string& group, const std::string& game) {
+    bool knowsGame = false;
+    bool knowsGroup = false;
+    std::vector<TrackedUGC> records;
+    {
+        KXP::MutexLock lock(mutex_);
+        const auto found = records_.games().find(game);
+        knowsGame = found != records_.games().end();
+        knowsGroup = knowsGame && found->second.groups.count(group) > 0;
+        for (const RecordPtr& record : records_.OfGroup(game, group))
+            records.push_back(*record);
+    }
+    if (!knowsGame) {
+        KXP_LOG(KXP::LogFailure, "DeleteTrackedHighlightGroup: Could not find persisted game");
+        return {};
+    }
+    if (!knowsGroup) {
+        KXP_LOG(KXP::LogFailure, "DeleteTrackedHighlightGroup: Failed to find the group");
+        return {};
+    }
+    RetVal deleted = DeleteTrackedHighlights(records);
+    if (deleted.Failed())
+        KXP_LOG(KXP::LogFailure, "DeleteTrackedHighlightGroup: Failed to delete tracked highlights: 0x%08u",
+                static_cast<unsigned>(deleted.code));
+    return deleted;
+}

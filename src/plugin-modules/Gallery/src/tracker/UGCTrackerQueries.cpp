@@ -1,0 +1,133 @@
+// What can be asked of the record.
+#include <algorithm>
+
+#include "CobalixUtil.h"
+#include "common/DirUtil.h"
+#include "common/FileUtil.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
+#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+
+using KXP::RetVal;
+namespace Code = KXP::Code;
+
+namespace {
+
+void AppendCopies(const std::vector<RecordStore::RecordPtr>& records,
+                  std::vector<UGCTracker::TrackedUGC>& out) {
+    for (const RecordStore::RecordPtr& record : records)
+        out.push_back(*record);
+}
+
+}  // namespace
+
+bool UGCTracker::IsTrackedFile(const std::string& path) const {
+    KXP::MutexLock lock(mutex_);
+    return records_.FindByPath(path) != nullptr;
+}
+
+RetVal UGCTracker::GetUGCData(const std::string& path, TrackedUGC& out) const {
+    KXP::MutexLock lock(mutex_);
+    const RecordPtr record = records_.FindByPath(path);
+    if (!record) return {Code::kNotFound, "UGC not found", 0};
+    out = *record;
+    return {};
+}
+
+RetVal UGCTracker::GetTrackedGames(std::vector<std::string>& out) const {
+    KXP::MutexLock lock(mutex_);
+    for (const auto& [name, game] : records_.games())
+        out.push_back(name);
+    return {};
+}
+
+RetVal UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
+    const auto gone = std::stable_partition(
+        list.begin(), list.end(), [](const TrackedUGC& record) { return record.MediaFileExists(); });
+    std::vector<std::string> paths;
+    for (auto record = gone; record != list.end(); ++record)
+        paths.push_back(record->path);
+    list.erase(gone, list.end());
+    SanitizePaths(paths);
+    return {};
+}
+
+void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
+    if (gone.empty()) return;
+    if (Untrack(gone) < gone.size()) KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
+    (void)Flush();
+}
+
+RetVal UGCTracker::GetSanatizedGameUGC(const std::string& game, std::vector<TrackedUGC>& out) {
+    out.clear();
+    std::vector<RecordPtr> records;
+    {
+        KXP::MutexLock lock(mutex_);
+        records = records_.OfGame(game);
+    }
+    AppendCopies(records, out);
+    return out.empty() ? RetVal{} : SanitizeUGC(out);
+}
+
+RetVal UGCTracker::GetGameUGC(const std::string& game, std::vector<TrackedUGC>& out) {
+    if (RetVal found = GetSanatizedGameUGC(game, out); found.Failed()) return found;
+    GetPendingHighlights(out, game, "");
+    std::sort(out.begin(), out.end(), [](const TrackedUGC& a, const TrackedUGC& b) { return a.id > b.id; });
+    return {};
+}
+
+RetVal UGCTracker::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
+    out.clear();
+    size_t wanted = 0;
+    {
+        KXP::MutexLock lock(mutex_);
+        wanted = std::min<size_t>(count, records_.size());
+    }
+    if (wanted == 0) {
+        if (count > 0) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
+        return {};
+    }
+    // From the newest down until there are enough: what is gone further down is found when it is asked for.
+    std::vector<std::string> gone;
+    RecordStore::IdKey end = RecordStore::NewestEnd();
+    std::vector<RecordPtr> next;
+    do {
+        {
+            KXP::MutexLock lock(mutex_);
+            next = records_.Newest(wanted - out.size(), end);
+        }
+        for (const RecordPtr& record : next) {
+            if (record->MediaFileExists()) {
+                out.push_back(*record);
+            } else {
+                gone.push_back(record->path);
+            }
+        }
+    } while (!next.empty() && out.size() < wanted);
+    SanitizePaths(gone);
+    return {};
+}
+
+RetVal UGCTracker::GetAppStats(const std::string& game, unsigned& videos, unsigned& images) {
+    videos = 0;
+    images = 0;
+    std::vector<TrackedUGC> records;
+    if (RetVal found = GetSanatizedGameUGC(game, records); found.Failed()) return found;
+    for (const TrackedUGC& record : records) {
+        if (record.fileType == "video") ++videos;
+        if (record.fileType == "image") ++images;
+    }
+    return {};
+}
+
+RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
+    RetVal deleted;
+    deleted.code = KXP::FileDelete(record.path, false);
+    if (deleted.Failed()) deleted.text = "Failed to delete file";
+    KXP::DirectoryRemove(ParentOf(record.path));
+    return deleted;
+}
+
+unsigned UGCTracker::GetCurrentSizeMB() const {
+    KXP::MutexLock lock(mutex_);
+    return static_cast<unsigned>(records_.SumKB() >> 10);
+}
