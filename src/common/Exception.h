@@ -38,4 +38,15 @@ RetVal ExceptionToRetVal();
 // other.
 std::string ExceptionText(const std::exception& error);
 
+// Runs the whole of a request. What it throws, such as a number beyond its type or a drive that is gone,
+// becomes a failure with its text, 0x80070057.
+template <typename Body>
+RetVal RunRequest(const Body& body) {
+    try {
+        return body();
+    } catch (const std::exception& error) {
+        return {Code::kInvalidArgument, ExceptionText(error), 0};
+    }
+}
+
 }  // namespace KXP

@@ -1,7 +1,9 @@
 // The hub with a module that keeps what is sent instead of sending it.
 #pragma once
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -52,6 +54,10 @@ class RecordingModule : public KXP::PluginModuleBase {
 class HubTest : public testing::Test {
   protected:
     HubTest() {
+        // The tracker writes settings too, until it has looked at its empty gallery.
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!log_.Has("Tracker update done") && std::chrono::steady_clock::now() < limit)
+            std::this_thread::yield();
         settings().SetTotalDiskSpaceMB(1000);
         settings().SetCurrentSizeMB(7);
     }

@@ -59,7 +59,7 @@ TEST_F(HubTest, EveryNotificationHasItsNameAndPayload) {
         {[&] { hub_.NotifyGalleryUpdated(); }, "GalleryUpdatedNotification " + capacity + "7}}"},
         {[&] { hub_.UpdateGalleryUsage(8); }, "GalleryUpdatedNotification " + capacity + "8}}"},
         {[&] { hub_.NotifyGalleryCapStateChange(); },
-         "GalleryCapStateChangeNotification " + capacity + "8}}"},
+         "GalleryCapStateChangeNotification " + capacity + "0}}"},
         {[&] { hub_.NotifyGalleryPathChange("/g"); }, R"(PathChangeNotification {"path":"/g"})"},
         {[&] { hub_.NotifyGalleryTempFolderChange("/t"); }, R"(TempFolderChangeNotification {"path":"/t"})"},
         {[&] { hub_.NotifyHighlightCaptureFailed(-3); },
@@ -135,17 +135,21 @@ TEST_F(HubTest, AnAddedFileIsToldAsItsNotificationHasIt) {
 
     DefineHighlight();
     const ScopedEnv german("LC_ALL", "de_DE.UTF-8");
-    PendingNotifications& pending = hub_.pending_notifications();
-    const auto message = MessageOf("CaptureSavedNotification", "{}");
-    pending.Put("/gallery/other.png", false, message);
+    const auto announce = [&](const std::string& path, bool unannounced) {
+        const std::string payload = R"({"highlight":{"path":")" + path + R"("},"unannounced":)" +
+                                    (unannounced ? "true}" : "false}");
+        hub_.OnHighlightSaved(std::make_unique<KXP::JSONMessage>(
+            "s", "m", "HighlightSavedNotification", "id", payload.c_str(), nullptr, nullptr));
+    };
+    announce("/gallery/other.mp4", false);
     hub_.NotifyUGCAdded(highlight);
     EXPECT_EQ(module_.TakeSent(), "") << "another file is waited for";
 
     for (const bool unannounced : {false, true}) {
-        pending.Put(highlight.path, unannounced, message);
+        announce(highlight.path, unannounced);
         hub_.NotifyUGCAdded(screenshot);
         EXPECT_EQ(module_.TakeSent(), Saved(screenshot, false));
-        pending.Put(highlight.path, unannounced, message);
+        announce(highlight.path, unannounced);
         hub_.NotifyUGCAdded(highlight);
         TrackedUGC named = highlight;
         named.highlightName = "Sieg";

@@ -12,12 +12,7 @@ class SettingsRequests : public HubTest {
 
     std::string Ask(Endpoint endpoint, const std::string& payload = "{}") {
         KXP::Document response(rapidjson::kObjectType);
-        try {
-            result_ =
-                (hub_.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
-        } catch (...) {
-            result_ = KXP::ExceptionToRetVal();  // as where requests are dispatched
-        }
+        result_ = (hub_.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
         return KXP::WriteJSONToString(response);
     }
 
@@ -29,7 +24,7 @@ class SettingsRequests : public HubTest {
 
     std::string CapState(const char* enabled, const char* percent) {
         return std::string(R"(GalleryCapStateChangeNotification {"capacity":{"enabled":)") + enabled +
-               ",\"capacityPercent\":" + percent + R"(,"totalDiskSpaceMB":1000,"usageMB":7}}|)";
+               ",\"capacityPercent\":" + percent + R"(,"totalDiskSpaceMB":1000,"usageMB":0}}|)";
     }
 
     KXP::RetVal result_;
@@ -51,7 +46,36 @@ TEST_F(SettingsRequests, TellTheSettings) {
 
     UnplugTheGallery();
     EXPECT_EQ(Ask(&ZvGalleryAPI::GetSettings), "{}");
-    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80004005));
+    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
+    EXPECT_EQ(result_.text, "ERROR: Unable to create folder");
+}
+
+TEST_F(SettingsRequests, AnotherGalleryIsTakenAndGivenBack) {
+    const std::string old = settings().GetUserGalleryPath();
+    const auto first = hub_.GetUGCTracker();
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new/gallery") + "\"}"), "Success");
+    EXPECT_EQ(settings().GetUserGalleryPath(), home_ / "new/gallery");
+    const auto second = hub_.GetUGCTracker();
+    EXPECT_NE(second, first);
+    EXPECT_EQ(first->Flush().text, "No tracker") << "it writes no more";
+    Ask(&ZvGalleryAPI::CancelPathUpdate);
+    EXPECT_EQ(result_.text, "Success");
+    EXPECT_EQ(settings().GetUserGalleryPath(), old);
+    EXPECT_EQ(module_.sent.back(),
+              R"(GalleryNotifications {"galleryPathUpdateStatus":{"status":"CancelUpdateComplete"}})");
+    EXPECT_NE(hub_.GetUGCTracker(), nullptr);
+}
+
+TEST_F(SettingsRequests, NothingToGiveBackLeavesNoTrackerAndHarmsNobody) {
+    Ask(&ZvGalleryAPI::CancelPathUpdate);
+    EXPECT_EQ(result_.text, "Invalid path defined");
+    EXPECT_EQ(hub_.GetUGCTracker(), nullptr);
+    std::vector<TrackedUGC> list;
+    EXPECT_EQ(hub_.GetRecentUGC(3, list).text, "No tracker");
+    hub_.OnCaptureSaved(
+        PageRequest("CaptureSavedNotification", "id", R"({"captureMode":"x","path":"/g/a.png"})"));
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"), "Success");
+    EXPECT_NE(hub_.GetUGCTracker(), nullptr);
 }
 
 TEST_F(SettingsRequests, ChangesAreToldOnceAndWritten) {
@@ -95,19 +119,23 @@ TEST_F(SettingsRequests, WrongOnesAreRefusedWithAText) {
         {R"({"trackerStatus":"CancelUpdate"})", "No valid parameter data", 0x80070057},
         {R"({"capacity":{},"userGalleryPath":""})", "No valid parameter data", 0x80070057},
         {R"({"tempFolderPath":"/no/such/folder"})", "Invalid path defined", 0x80070057},
-        {R"({"capacity":{"enabled":1}})", "Found key 'enabled', with unexpected type: Number", 0x8008F001},
+        {R"({"capacity":{"enabled":1}})", "Found key 'enabled', with unexpected type: Number", 0x80070057},
         {R"({"capacity":{"capacityPercent":4294967296}})",
-         "Found key 'capacityPercent', with unexpected type: Number", 0x8008F001},
+         "Found key 'capacityPercent', with unexpected type: Number", 0x80070057},
     };
     for (const auto& [settings, text, code] : rows) {
         EXPECT_EQ(Set(settings), text);
         EXPECT_EQ(result_.code, static_cast<int32_t>(code)) << text;
     }
+    // A folder that cannot be made leaves the tracker where it was.
     const std::string gallery = settings().GetUserGalleryPath();
-    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"),
-              "Changing the gallery folder needs the tracker");
-    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80004001));
+    const auto tracker = hub_.GetUGCTracker();
+    home_.folder().Write("file", "");
+    for (const char* path : {"file/below", "file"})
+        EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / path) + "\"}"), "Invalid path defined") << path;
+    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
     EXPECT_EQ(settings().GetUserGalleryPath(), gallery);
+    EXPECT_EQ(hub_.GetUGCTracker(), tracker);
     EXPECT_EQ(module_.TakeSent(), "");
 
     // What an early step accepts stays in force when a later one fails, and is not written.

@@ -5,7 +5,33 @@
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
-    : plugin_(plugin), queue_(queue) {}
+    : plugin_(plugin), queue_(queue) {
+    // Behind all that it asks its host for.
+    InstallTracker(std::make_shared<UGCTracker>(this, false));
+}
+
+void ZvGalleryAPI::Cleanup() {
+    cleanedUp_ = true;
+    StopAndJoinFileWatcher();
+}
+
+std::shared_ptr<UGCTracker> ZvGalleryAPI::GetUGCTracker() const {
+    KXP::MutexLock lock(trackerMutex_);
+    return tracker_;
+}
+
+void ZvGalleryAPI::InstallTracker(std::shared_ptr<UGCTracker> tracker) {
+    {
+        KXP::MutexLock lock(trackerMutex_);
+        tracker_.swap(tracker);
+    }
+    // Now, and not with whoever still has it: two that write would spoil each other's file.
+    if (tracker) tracker->Stop();
+}
+
+void ZvGalleryAPI::ReInitializeTracker() {
+    InstallTracker(std::make_shared<UGCTracker>(this, false));
+}
 
 std::string ZvGalleryAPI::GetGalleryPath() {
     std::string path = settings_.GetGalleryPath();

@@ -7,11 +7,13 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "common/plugincommon/PluginModuleBase.h"
 #include "plugin-modules/Gallery/src/notifications/PendingNotifications.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
+#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 // The endpoints are the worker's. Everything else may be called from any thread, with no lock held that the
 // container's callback may need: notifications and log lines end there. GetHighlightInfo alone does neither.
@@ -24,19 +26,30 @@ class ZvGalleryAPI : public ITrackerHost {
     ZvGalleryAPI& operator=(const ZvGalleryAPI&) = delete;
 
     // Ends what goes on by itself; requests are answered as before. Worker.
-    void Cleanup() { cleanedUp_ = true; }
+    void Cleanup();
     bool cleaned_up() const { return cleanedUp_; }
 
     KXP::PluginModuleBase& Plugin() { return plugin_; }
     Settings* GetGallerySettings() override { return &settings_; }
     std::string GetGalleryPath() override;
-    PendingNotifications& pending_notifications() { return pendingNotifications_; }
+    // The tracker of now, or null between two galleries. It stays whole for who has it, also when another
+    // takes its place meanwhile.
+    std::shared_ptr<UGCTracker> GetUGCTracker() const EXCLUDES(trackerMutex_);
+    // Comes up anew over the same gallery.
+    void ReInitializeTracker() EXCLUDES(trackerMutex_);
 
     // Messages to the hub itself: true for "UpdateMontageProgress", which goes on to the pages as a
     // notification. Throws JSONFieldError when its progress is missing.
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message);
 
-    // Captures.
+    // Captures. The lists are those of the tracker with the highlights' names in the user's language;
+    // 0x80004005 without a tracker.
+    KXP::RetVal GetGameUGC(const std::string& game, std::vector<TrackedUGC>& out);
+    KXP::RetVal GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out);
+    // What the capture service and the camera tell. Worker.
+    void OnCaptureSaved(std::unique_ptr<KXP::JSONMessage> message);
+    void OnHighlightSaved(std::unique_ptr<KXP::JSONMessage> message);
+    void OnHighlightCaptureFailed(std::unique_ptr<KXP::JSONMessage> message);
     void NotifyUGCAdded(TrackedUGC ugc) override;
     bool GetHighlightInfo(const std::string& path, Highlight& highlight) override;
 
@@ -63,6 +76,8 @@ class ZvGalleryAPI : public ITrackerHost {
                             KXP::Allocator& allocator);
     KXP::RetVal SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
                             KXP::Allocator& allocator);
+    KXP::RetVal CancelPathUpdate(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                 KXP::Allocator& allocator);
     KXP::RetVal CheckDiskSpace(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
                                KXP::Allocator& allocator);
     bool CheckLowDiskSpace() override;
@@ -95,10 +110,18 @@ class ZvGalleryAPI : public ITrackerHost {
     // Replaces the highlight's name by that of its definition in the user's language, where both are known.
     // `caller` is for the log.
     static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller);
+    static void LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller);
 
-    // What the captures take now.
-    unsigned CountUsageMB();
+    // Tells of a capture that was on record when its notification came.
+    void TellSaved(UGCTracker& tracker, const std::string& path, bool onlyIfItWaits);
+    void TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced,
+                            bool onlyIfItWaits);
 
+    // Puts it in place of the old one, which is stopped.
+    void InstallTracker(std::shared_ptr<UGCTracker> tracker) EXCLUDES(trackerMutex_);
+    KXP::RetVal RestoreGalleryPath();
+
+    KXP::RetVal WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator);
     KXP::RetVal ApplySettings(const KXP::Value& wanted);
     KXP::RetVal ApplyGalleryPath(const std::string& path, SettingsProgress& progress);
     KXP::RetVal ChangeGalleryPath(const std::string& path, SettingsProgress& progress);
@@ -115,4 +138,8 @@ class ZvGalleryAPI : public ITrackerHost {
     PendingNotifications pendingNotifications_;
     Settings settings_;
     std::atomic<bool> cleanedUp_{false};
+    // In force before the last change; worker.
+    std::string oldGalleryPath_;
+    mutable KXP::Mutex trackerMutex_;
+    std::shared_ptr<UGCTracker> tracker_ GUARDED_BY(trackerMutex_);
 };

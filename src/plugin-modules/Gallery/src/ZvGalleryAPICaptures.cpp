@@ -1,6 +1,9 @@
 // How captures and what is known of them come together.
 
+#include <utility>
+
 #include "CobalixUtil.h"
+#include "common/JsonHelpers.h"
 #include "common/System.h"
 #include "libraries/share-common/HighlightsConfig.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
@@ -15,7 +18,117 @@ bool ReadHighlightsConfig(const std::string& application, HighlightConfigData& c
     }
 }
 
+const KXP::RetVal kNoTracker{KXP::Code::kFailure, "No tracker", 0};
+
 }  // namespace
+
+KXP::RetVal ZvGalleryAPI::GetGameUGC(const std::string& game, std::vector<TrackedUGC>& out) {
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (!tracker) return kNoTracker;
+    KXP::RetVal found = tracker->GetGameUGC(game, out);
+    LocalizeHighlightNames(out, "GetGameUGC");
+    return found;
+}
+
+KXP::RetVal ZvGalleryAPI::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (!tracker) return kNoTracker;
+    KXP::RetVal found = tracker->GetRecentUGC(count, out);
+    LocalizeHighlightNames(out, "GetRecentUGC");
+    return found;
+}
+
+void ZvGalleryAPI::OnCaptureSaved(std::unique_ptr<KXP::JSONMessage> message) {
+    std::string mode;
+    std::string path;
+    try {
+        const KXP::Value& payload = std::as_const(*message).payload();
+        mode = KXP::jsonGetValue<std::string>(payload, "captureMode");
+        path = KXP::jsonGetValue<std::string>(payload, "path");
+    } catch (const std::exception&) {
+        KXP_LOG(KXP::LogFailure, "OnCaptureSaved::Invalid parameters");
+        return;
+    }
+    if (mode.empty() || path.empty()) {
+        KXP_LOG(KXP::LogFailure, "OnCaptureSaved::empty path");
+        return;
+    }
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (!tracker) return;
+    const bool tracked = tracker->IsTrackedFile(path);
+    if (!tracked) {
+        pendingNotifications_.Put(path, false, *message);
+        tracker->TrackFile(path);
+    }
+    // The tracker may have come to know the file between the two.
+    if (tracked || tracker->IsTrackedFile(path)) TellSaved(*tracker, path, !tracked);
+}
+
+void ZvGalleryAPI::TellSaved(UGCTracker& tracker, const std::string& path, bool onlyIfItWaits) {
+    tracker.Tell([this, &tracker, path, onlyIfItWaits] {
+        bool unannounced = false;
+        const auto found = pendingNotifications_.Take(path, unannounced);
+        if (onlyIfItWaits && found != PendingNotifications::Found::ThisWaited) return;
+        TrackedUGC ugc;
+        if (!tracker.GetUGCData(path, ugc).Failed()) NotifyCaptureSaved(ugc, false);
+    });
+}
+
+void ZvGalleryAPI::OnHighlightSaved(std::unique_ptr<KXP::JSONMessage> message) {
+    const KXP::Value& payload = std::as_const(*message).payload();
+    const KXP::Value& told = KXP::JSONGetObjectOrEmpty(payload, "highlight");
+    if (told.ObjectEmpty()) {
+        KXP_LOG(KXP::LogFailure, "OnHighlightSaved::Invalid notification data");
+        return;
+    }
+    std::string path;
+    try {
+        path = KXP::jsonGetValue<std::string>(told, "path");
+    } catch (const std::exception&) {
+        KXP_LOG(KXP::LogFailure, "OnHighlightSaved::Invalid path");
+        return;
+    }
+    if (path.empty()) {
+        KXP_LOG(KXP::LogFailure, "OnHighlightSaved::empty path");
+        return;
+    }
+    Highlight highlight;
+    Highlight::ParseHighlightJSON(highlight, told);
+    const bool unannounced = KXP::jsonGetValueOrDefault<bool>(payload, "unannounced", false);
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (!tracker) return;
+    const bool tracked = tracker->IsTrackedFile(path);
+    if (!tracked) {
+        pendingNotifications_.Put(path, unannounced, *message);
+        tracker->TrackFile(path);
+    }
+    if (tracked || tracker->IsTrackedFile(path))
+        TellHighlightSaved(*tracker, highlight, unannounced, !tracked);
+}
+
+void ZvGalleryAPI::TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced,
+                                      bool onlyIfItWaits) {
+    tracker.UpdateHighlightInfo(highlight);
+    tracker.Tell([this, &tracker, path = highlight.GetPath(), unannounced, onlyIfItWaits] {
+        bool waiting = false;
+        const auto found = pendingNotifications_.Take(path, waiting);
+        if (onlyIfItWaits && found != PendingNotifications::Found::ThisWaited) return;
+        TrackedUGC ugc;
+        if (!tracker.GetUGCData(path, ugc).Failed()) NotifyHighlightSaved(ugc, unannounced);
+    });
+}
+
+void ZvGalleryAPI::OnHighlightCaptureFailed(std::unique_ptr<KXP::JSONMessage> message) {
+    const KXP::Value& payload = std::as_const(*message).payload();
+    const KXP::Value& told = KXP::JSONGetObjectOrEmpty(payload, "highlight");
+    KXP_LOG(KXP::LogMilestone, "OnHighlightCaptureFailed");
+    Highlight highlight;
+    Highlight::ParseHighlightJSON(highlight, told);
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (!tracker) return;
+    tracker->DequeuePendingHighlight(highlight);
+    NotifyHighlightCaptureFailed(KXP::jsonGetValue<int>(payload, "errorCode"));
+}
 
 void ZvGalleryAPI::NotifyUGCAdded(TrackedUGC ugc) {
     bool unannounced = true;
@@ -37,6 +150,11 @@ void ZvGalleryAPI::NotifyUGCAdded(TrackedUGC ugc) {
 
 bool ZvGalleryAPI::GetHighlightInfo(const std::string& path, Highlight& highlight) {
     return pendingNotifications_.GetHighlight(path, highlight);
+}
+
+void ZvGalleryAPI::LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller) {
+    for (TrackedUGC& ugc : list)
+        if (TrackedUGC::IsAHighlight(ugc)) LocalizeHighlightName(ugc, caller);
 }
 
 void ZvGalleryAPI::LocalizeHighlightName(TrackedUGC& ugc, const char* caller) {

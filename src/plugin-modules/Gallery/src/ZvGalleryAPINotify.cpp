@@ -42,9 +42,9 @@ void ZvGalleryAPI::NotifyGalleryUpdated() {
 }
 
 void ZvGalleryAPI::NotifyGalleryCapStateChange() {
-    Capacity capacity = CapacityOf(settings_);
-    capacity.usageMB = CountUsageMB();
-    Notify("GalleryCapStateChangeNotification", WriteCapacity, capacity);
+    if (const std::shared_ptr<UGCTracker> tracker = GetUGCTracker())
+        settings_.SetCurrentSizeMB(tracker->GetCurrentSizeMB());
+    Notify("GalleryCapStateChangeNotification", WriteCapacity, CapacityOf(settings_));
 }
 
 void ZvGalleryAPI::NotifyGalleryPathChange(const std::string& path) {

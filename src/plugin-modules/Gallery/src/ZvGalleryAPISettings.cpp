@@ -43,6 +43,10 @@ struct ZvGalleryAPI::SettingsProgress {
 KXP::RetVal ZvGalleryAPI::GetSettings(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
                                       KXP::Allocator& allocator) {
     queue_.AssertOnWorker();
+    return KXP::RunRequest([&] { return WriteSettingsAnswer(response, allocator); });
+}
+
+KXP::RetVal ZvGalleryAPI::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator) {
     const bool enabled = settings_.GetCapEnabled();
     const unsigned percent = settings_.GetMaxSizePercent();
     const unsigned usage = settings_.GetCurrentSizeMB();
@@ -73,7 +77,7 @@ KXP::RetVal ZvGalleryAPI::SetSettings(std::unique_ptr<KXP::JSONMessage> message,
                                       KXP::Allocator&) {
     queue_.AssertOnWorker();
     const KXP::Value& payload = std::as_const(*message).payload();
-    return ApplySettings(KXP::JSONGetObjectOrEmpty(payload, "settings"));
+    return KXP::RunRequest([&] { return ApplySettings(KXP::JSONGetObjectOrEmpty(payload, "settings")); });
 }
 
 // In binding order: what one step has accepted stays in force when a later one fails.
@@ -101,8 +105,30 @@ KXP::RetVal ZvGalleryAPI::ApplyGalleryPath(const std::string& path, SettingsProg
     return {};
 }
 
-KXP::RetVal ZvGalleryAPI::ChangeGalleryPath(const std::string&, SettingsProgress&) {
-    return {KXP::Code::kNotImplemented, "Changing the gallery folder needs the tracker", 0};
+KXP::RetVal ZvGalleryAPI::ChangeGalleryPath(const std::string& path, SettingsProgress& progress) {
+    const std::string previous = settings_.GetUserGalleryPath();
+    if (!settings_.SetUserGalleryPath(path)) return {kInvalidArgument, "Invalid path defined", 0};
+    oldGalleryPath_ = previous;
+    InstallTracker(std::make_shared<UGCTracker>(this, true));
+    progress.parameterSeen = true;
+    progress.changed = true;
+    return {};
+}
+
+KXP::RetVal ZvGalleryAPI::CancelPathUpdate(std::unique_ptr<KXP::JSONMessage>, KXP::Value&, KXP::Allocator&) {
+    queue_.AssertOnWorker();
+    KXP_LOG(KXP::LogMilestone, "CancelPathUpdate: restore to old Gallery path");
+    return KXP::RunRequest([&] { return RestoreGalleryPath(); });
+}
+
+KXP::RetVal ZvGalleryAPI::RestoreGalleryPath() {
+    InstallTracker(nullptr);
+    settings_.SetTrackerUpdateState(CancelUpdate);
+    if (!settings_.SetUserGalleryPath(oldGalleryPath_)) return {kInvalidArgument, "Invalid path defined", 0};
+    if (!settings_.WriteSettings()) return {KXP::Code::kFailure, "Failed to save settings to disk", 0};
+    InstallTracker(std::make_shared<UGCTracker>(this, false));
+    NotifyTrackerUpdate(CancelUpdateComplete);
+    return {};
 }
 
 KXP::RetVal ZvGalleryAPI::ApplyTempFolder(const std::string& path, SettingsProgress& progress) {
@@ -193,8 +219,4 @@ bool ZvGalleryAPI::CheckLowDiskSpace() {
 void ZvGalleryAPI::UpdateGalleryUsage(unsigned usageMB) {
     settings_.SetCurrentSizeMB(usageMB);
     NotifyGalleryUpdated();
-}
-
-unsigned ZvGalleryAPI::CountUsageMB() {
-    return settings_.GetCurrentSizeMB();
 }

@@ -11,6 +11,12 @@
 #include "plugin-modules/Gallery/src/GalleryAPIOf.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
+// Ends a request that came between two galleries. No std::exception, whose text would be that of a wrong
+// argument.
+struct NoTracker {
+    KXP::RetVal value{KXP::Code::kFailure, "No tracker", 0};
+};
+
 template <typename T>
 class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
   public:
@@ -25,14 +31,22 @@ class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
     template <typename Body>
     static KXP::RetVal Guarded(const Body& body) {
         try {
-            return body();
-        } catch (const std::exception& error) {
-            return {KXP::Code::kInvalidArgument, KXP::ExceptionText(error), 0};
+            return KXP::RunRequest(body);
+        } catch (const NoTracker& error) {
+            return error.value;
         }
     }
 
     // Lives at least as long as the task, also when the plug-in is gone before it.
     ZvGalleryAPI& api() { return *api_; }
+
+    // The tracker of now, for as long as the caller has it. Throws NoTracker, which Guarded answers, between
+    // two galleries.
+    std::shared_ptr<UGCTracker> Tracker() {
+        std::shared_ptr<UGCTracker> tracker = api_->GetUGCTracker();
+        if (!tracker) throw NoTracker();
+        return tracker;
+    }
 
   private:
     const std::shared_ptr<ZvGalleryAPI> api_;
