@@ -161,14 +161,6 @@ TEST_F(ListingTest, HostileEntriesNeitherBlockNorBreakIt) {
     EXPECT_EQ(List(at("good.txt")).order, "");
 }
 
-TEST_F(ListingTest, TheProductsOwnAloneNeedATracker) {
-    const std::string answer =
-        plugin_.Ask(container_, "GetFolderListing", "own",
-                    "{\"directory\":\"" + gallery_.path() + "\",\"shouldGetOnlyZv\":true}");
-    EXPECT_NE(answer.find("\"_return_code\":-2147467259,\"_return_status\":\"No tracker\""),
-              std::string::npos);
-}
-
 TEST_F(ListingTest, AFileWithAWordOfItsOwnDoesNotSpoilTheAnswer) {
     const std::string root = gallery_ / "gallery";
     samples::WriteSampleGallery(root);

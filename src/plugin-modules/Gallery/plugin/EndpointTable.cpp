@@ -1,18 +1,39 @@
-// Which request runs what. A row here and an entry in the catalogue make an endpoint.
+// Which request runs what, and who hears of captures. A row here and an entry in the catalogue make an
+// endpoint.
 
 #include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "plugin-modules/Gallery/src/endpoints/DriveTasks.h"
+#include "plugin-modules/Gallery/src/endpoints/GetFolderCRC.h"
 #include "plugin-modules/Gallery/src/endpoints/GetFolderListing.h"
 #include "plugin-modules/Gallery/src/endpoints/GetImageDimensions.h"
+#include "plugin-modules/Gallery/src/endpoints/GetMetaData.h"
+#include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 
 void GalleryPlugin::RegisterEndpoints() {
     RegisterAsyncTask("GetFolderListing", &GetFolderListing::Launch);
+    RegisterAsyncTask("GetAppStats", &GetAppStats::Launch);
+    RegisterAsyncTask("GetAppUGC", &GetAppUGC::Launch);
+    RegisterAsyncTask("GetFileMetadata", &GetMetaData::Launch);
     RegisterAsyncTask("EnumerateDrives", &EnumerateDrives::Launch);
     RegisterAsyncTask("GetImageFileDimensions", &GetImageDimensions::Launch);
+    RegisterAsyncTask("GetFolderCRC", &GetFolderCRC::Launch);
     RegisterAsyncTask("IsDirectoryWriteable", &IsDirectoryWritable::Launch);
     RegisterAsyncTask("GetDriveInfo", &GetDriveInfo::Launch);
+    RegisterAsyncTask("GetRecentUGC", &GetRecentUGC::Launch);
     RegisterSyncMethod("GetSettings", api_.get(), &ZvGalleryAPI::GetSettings);
     RegisterSyncMethod("SetSettings", api_.get(), &ZvGalleryAPI::SetSettings);
+    RegisterSyncMethod("CancelPathUpdate", api_.get(), &ZvGalleryAPI::CancelPathUpdate);
     RegisterSyncMethod("CheckDiskSpace", api_.get(), &ZvGalleryAPI::CheckDiskSpace);
+}
+
+void GalleryPlugin::SubscribeToCaptures() {
+    const auto listen = [this](const char* module, const char* notification,
+                               void (ZvGalleryAPI::*handler)(std::unique_ptr<KXP::JSONMessage>)) {
+        RegisterNotificationSyncMethod("CobalixNative", module, notification, api_.get(), handler);
+    };
+    listen("ShareServer", "HighlightSavedNotification", &ZvGalleryAPI::OnHighlightSaved);
+    listen("ShareServer", "HighlightCaptureFailureNotification", &ZvGalleryAPI::OnHighlightCaptureFailed);
+    listen("ShareServer", "CaptureSavedNotification", &ZvGalleryAPI::OnCaptureSaved);
+    listen("ZvCamera", "LumisShotSavedNotification", &ZvGalleryAPI::OnCaptureSaved);
 }

@@ -40,7 +40,9 @@ bool GalleryPlugin::Initialize() {
 }
 
 bool GalleryPlugin::Start() {
-    return api_ != nullptr;
+    if (!api_) return false;
+    SubscribeToCaptures();
+    return true;
 }
 
 bool GalleryPlugin::Stop() {

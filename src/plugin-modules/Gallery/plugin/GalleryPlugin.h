@@ -29,6 +29,7 @@ class GalleryPlugin : public KXP::PluginModuleBase {
 
   private:
     void RegisterEndpoints();
+    void SubscribeToCaptures();
 
     // Shared with the tasks that use it, which may be abandoned with it.
     std::shared_ptr<ZvGalleryAPI> api_;

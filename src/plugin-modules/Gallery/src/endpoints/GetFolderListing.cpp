@@ -1,5 +1,7 @@
 #include "plugin-modules/Gallery/src/endpoints/GetFolderListing.h"
 
+#include "CobalixUtil.h"
+#include "common/DirUtil.h"
 #include "common/JsonHelpers.h"
 
 namespace {
@@ -20,10 +22,8 @@ FolderListing::Options ReadOptions(const KXP::Value& params) {
 KXP::RetVal GetFolderListing::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
         FolderListing::Options options = ReadOptions(params);
-        // A listing of the product's own files alone comes from the tracker.
-        if (options.onlyOwn) return {KXP::Code::kFailure, "No tracker", 0};
-        listing_.emplace(std::move(options));
-        return GetNonZvFolders();
+        listing_.emplace(options);
+        return options.onlyOwn ? GetTracked(options.directory) : GetNonZvFolders();
     });
 }
 
@@ -31,6 +31,27 @@ KXP::RetVal GetFolderListing::GetNonZvFolders() {
     listing_->Read(cancelled_);
     if (cancelled_) return {KXP::Code::kAborted, "The listing was cancelled", 0};
     return {};
+}
+
+KXP::RetVal GetFolderListing::GetTracked(const std::string& directory) {
+    const std::shared_ptr<UGCTracker> tracker = Tracker();
+    if (KXP::SamePath(directory, api().GetGallerySettings()->GetGalleryPath())) {
+        std::vector<std::string> games;
+        if (tracker->GetTrackedGames(games).Failed())
+            KXP_LOG(KXP::LogFailure, "Failed to get Games from tracker");
+        for (const std::string& game : games)
+            listing_->InsertDirectory(game);
+        return {};
+    }
+    const size_t end = directory.size() - 1;  // of the "/"
+    const size_t start = directory.rfind('/', end - 1) + 1;
+    std::vector<TrackedUGC> captures;
+    KXP::RetVal found = tracker->GetGameUGC(directory.substr(start, end - start), captures);
+    // By name: no time is asked for, and nothing on disk.
+    for (const TrackedUGC& ugc : captures)
+        listing_->InsertIntoSet(
+            {0, ugc.path.substr(ugc.path.rfind('/') + 1), ugc.fileType, ugc.fileSubType, ugc.fileSource, ""});
+    return found;
 }
 
 void GetFolderListing::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {

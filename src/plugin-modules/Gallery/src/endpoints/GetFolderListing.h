@@ -18,6 +18,8 @@ class GetFolderListing : public GalleryTaskBase<GetFolderListing> {
   private:
     // The folder as it is on disk.
     KXP::RetVal GetNonZvFolders();
+    // What is on record: the games of the gallery, or the captures of one.
+    KXP::RetVal GetTracked(const std::string& directory);
 
     std::atomic<bool> cancelled_{false};
     std::optional<FolderListing> listing_;

@@ -1,0 +1,64 @@
+#include "plugin-modules/Gallery/src/endpoints/GetFolderCRC.h"
+
+#include <string>
+#include <vector>
+
+#include "CobalixUtil.h"
+#include "common/DirUtil.h"
+#include "common/JsonHelpers.h"
+#include "plugin-modules/Gallery/src/media/FolderCrc.h"
+
+namespace {
+
+// Sums wrap, so that the order of the captures does not matter.
+uint32_t SumOf(const TrackedUGC& ugc) {
+    uint32_t sum = 0;
+    for (const std::string& text :
+         {ugc.path, ugc.fileType, ugc.fileSubType, ugc.fileSource, std::to_string(ugc.sizeKB), ugc.date,
+          ugc.profileName, ugc.drsName, ugc.shortName, std::to_string(ugc.cmsId), ugc.duration,
+          ugc.highlightName, ugc.topBarText, ugc.bottomBarText})
+        sum += media::StringCRC(text);
+    return sum;
+}
+
+}  // namespace
+
+KXP::RetVal GetFolderCRC::ExecuteAsync(const KXP::Value& params) {
+    return Guarded([&]() -> KXP::RetVal {
+        auto directory = KXP::jsonGetValue<std::string>(params, "directory");
+        if (!directory.empty() && directory.back() == '/') directory.pop_back();
+        const std::shared_ptr<UGCTracker> tracker = Tracker();
+        const std::string gallery = api().GetGallerySettings()->GetGalleryPath();
+        KXP::RetVal summed = media::CalculateFolderCRC(directory, gallery, crc_);
+        if (summed.Failed()) {
+            KXP_LOG(KXP::LogFailure, "GetFolderCRC::Failed to get folder CRC");
+            return summed;
+        }
+        if (!KXP::SamePath(directory, gallery)) {
+            AddGame(*tracker, directory.substr(directory.rfind('/') + 1));
+            return {};
+        }
+        std::vector<std::string> games;
+        KXP::RetVal listed = tracker->GetTrackedGames(games);
+        if (listed.Failed()) {
+            KXP_LOG(KXP::LogFailure, "GetFolderCRC::No Games in tracker yet");
+            return listed;
+        }
+        for (const std::string& game : games) {
+            AddGame(*tracker, game);
+            crc_ += media::StringCRC(game);
+        }
+        return {};
+    });
+}
+
+void GetFolderCRC::AddGame(UGCTracker& tracker, const std::string& game) {
+    std::vector<TrackedUGC> captures;
+    if (tracker.GetGameUGC(game, captures).Failed()) return;
+    for (const TrackedUGC& ugc : captures)
+        crc_ += SumOf(ugc);
+}
+
+void GetFolderCRC::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
+    response.AddMember("crc", crc_, allocator);
+}

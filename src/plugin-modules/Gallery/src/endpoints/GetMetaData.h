@@ -1,0 +1,19 @@
+// The request for all that is known of one capture.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "plugin-modules/Gallery/src/endpoints/GalleryTaskBase.h"
+
+class GetMetaData : public GalleryTaskBase<GetMetaData> {
+  public:
+    using GalleryTaskBase::GalleryTaskBase;
+
+    KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
+    // Writes nothing for a file that is not on record.
+    void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
+
+  private:
+    std::optional<TrackedUGC> ugc_;
+};
