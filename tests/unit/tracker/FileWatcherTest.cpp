@@ -114,6 +114,25 @@ class FileWatcherTest : public testing::TestWithParam<bool> {
     int syncs_ = 0;
 };
 
+TEST_P(FileWatcherTest, KnowsWhetherMoreIsToCome) {
+    if (options_.polling) GTEST_SKIP() << "looking now and then cannot tell";
+    options_.window = milliseconds(200);
+    Watch();
+    EXPECT_TRUE(watcher_->HasToldAll());
+    Write("a");
+    EXPECT_FALSE(watcher_->HasToldAll());
+    EXPECT_TRUE(told_.WaitForCall("+" + At("a")));
+    std::ofstream open(At("b"));
+    Write("c");
+    EXPECT_TRUE(told_.WaitForCall("+" + At("c")));
+    EXPECT_FALSE(watcher_->HasToldAll()) << "the other is being written, and was a moment ago";
+    open.close();
+    fs::remove(At("b"));
+    EXPECT_TRUE(told_.WaitForCall("-" + At("b")));
+    while (!watcher_->HasToldAll())
+        std::this_thread::yield();
+}
+
 INSTANTIATE_TEST_SUITE_P(By, FileWatcherTest, testing::Bool(),
                          [](const auto& by) { return by.param ? "Polling" : "Events"; });
 

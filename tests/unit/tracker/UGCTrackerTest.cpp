@@ -208,6 +208,7 @@ TEST_F(UGCTrackerTest, TrackingIsToldOnceWrittenAndSharesWritesAlone) {
     tracker_->TrackFile(gallery_.AddImage("Game/f.png"));
     ASSERT_TRUE(Step());
     EXPECT_EQ(host_.Told(), "usage 0, added 3 d.png, usage 0, added 4 e.png");
+    EXPECT_NE(FileCrc(), DiskCrc()) << "an end now must not make the third be forgotten";
     // A stop leaves nothing unwritten, and drops what is only queued.
     RunDue();
     host_.Told();
@@ -217,6 +218,7 @@ TEST_F(UGCTrackerTest, TrackingIsToldOnceWrittenAndSharesWritesAlone) {
     tracker_.reset();
     EXPECT_EQ(host_.Told(), "usage 0, added 6 g.png");
     EXPECT_EQ(Records(), "1 a.png;2 b.mp4;3 d.png;4 e.png;5 f.png;6 g.png;");
+    EXPECT_NE(FileCrc(), DiskCrc());
 }
 
 TEST_F(UGCTrackerTest, AFailedWriteIsToldToNobodyAndMadeGoodByTheNext) {

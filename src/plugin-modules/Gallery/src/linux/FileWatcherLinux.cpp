@@ -32,6 +32,8 @@ constexpr size_t kDispatchStep = 256;
 constexpr milliseconds kLongestWait{60000};
 // The longest wait where no descriptor was left to wake the thread with.
 constexpr milliseconds kWithoutWake{20};
+// How long a question may wait while the thread is at a slow disk.
+constexpr milliseconds kAnswerLimit{100};
 
 // Tells the events of closed windows, in their order, a few at a time.
 class Dispatcher {
@@ -88,12 +90,16 @@ class FileWatcher : public IFileWatcher {
                 std::unique_ptr<IFileWatcherCallback>&& callback);
     ~FileWatcher() override;
 
+    bool HasToldAll() override EXCLUDES(mutex_);
+
   private:
     void Run();
     void Turn();
     void Wait(milliseconds time);
     milliseconds TimeToWait() const;
     void TellReady() EXCLUDES(mutex_);
+    void Wake();
+    void Answer(uint64_t asked) EXCLUDES(mutex_);
 
     const std::unique_ptr<IFileWatcherCallback> callback_;
     const milliseconds recoverAfter_;
@@ -104,6 +110,11 @@ class FileWatcher : public IFileWatcher {
     KXP::Mutex mutex_;
     KXP::CondVar readyChanged_;
     bool ready_ GUARDED_BY(mutex_) = false;
+    // Questions whether all is told, by number, and the last that has an answer.
+    KXP::CondVar answered_;
+    uint64_t lastAsked_ GUARDED_BY(mutex_) = 0;
+    uint64_t lastAnswered_ GUARDED_BY(mutex_) = 0;
+    bool toldAll_ GUARDED_BY(mutex_) = false;
 
     // Thread only.
     EventWindow window_;
@@ -132,10 +143,37 @@ FileWatcher::FileWatcher(const std::string& path, const WatcherOptions& options,
 
 FileWatcher::~FileWatcher() {
     stop_ = true;
+    Wake();
+    thread_.join();
+}
+
+void FileWatcher::Wake() {
     const uint64_t one = 1;
     if (wake_.IsOpen() && write(wake_.get(), &one, sizeof one) < 0)
         KXP_LOG(KXP::LogDetail, "File watcher was woken already");
-    thread_.join();
+}
+
+bool FileWatcher::HasToldAll() {
+    const TimePoint limit = steady_clock::now() + kAnswerLimit;
+    uint64_t asked = 0;
+    {
+        KXP::MutexLock lock(mutex_);
+        asked = ++lastAsked_;
+    }
+    Wake();
+    KXP::MutexLock lock(mutex_);
+    while (lastAnswered_ < asked && steady_clock::now() < limit)
+        answered_.WaitUntil(mutex_, limit);
+    return lastAnswered_ >= asked && toldAll_;
+}
+
+// For questions that were asked before the events of this turn were read.
+void FileWatcher::Answer(uint64_t asked) {
+    const bool toldAll = dispatcher_.IsIdle() && !window_.Closes() && follower_.IsAtRest();
+    KXP::MutexLock lock(mutex_);
+    toldAll_ = toldAll;
+    lastAnswered_ = asked;
+    answered_.NotifyAll();
 }
 
 void FileWatcher::Run() {
@@ -157,11 +195,19 @@ void FileWatcher::Run() {
 
 // The kernel's queue is read in every turn, also while a window is open or being told: it holds only so much.
 void FileWatcher::Turn() {
+    uint64_t asked = 0;
+    bool isAsked = false;
+    {
+        KXP::MutexLock lock(mutex_);
+        asked = lastAsked_;
+        isAsked = asked > lastAnswered_;
+    }
     follower_.ReadEvents();
     follower_.Step();
     if (learning_ && (follower_.HasLearntGallery() || steady_clock::now() >= startLimit_)) TellReady();
     if (dispatcher_.IsIdle() && window_.IsDue(steady_clock::now())) dispatcher_.Begin(window_.Take());
     dispatcher_.Step(stop_);
+    if (isAsked) Answer(asked);
     Wait(TimeToWait());
 }
 
@@ -185,6 +231,9 @@ void FileWatcher::Wait(milliseconds time) {
     if (!wake_.IsOpen()) time = std::min(time, kWithoutWake);
     pollfd sources[] = {{wake_.get(), POLLIN, 0}, {follower_.Descriptor(), POLLIN, 0}};
     poll(sources, std::size(sources), static_cast<int>(time.count()));
+    uint64_t wakes = 0;
+    if ((sources[0].revents & POLLIN) != 0 && read(wake_.get(), &wakes, sizeof wakes) < 0)
+        KXP_LOG(KXP::LogDetail, "File watcher was woken by nobody");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "plugin-modules/Gallery/src/linux/PathRange.h"
 
 namespace watcher {
 namespace {
@@ -17,6 +18,8 @@ constexpr std::chrono::milliseconds kStep{10};
 constexpr size_t kPollStep = 64;  // folders
 // The clock of files lags behind the real one by up to a tick.
 constexpr int64_t kFileTickNs = 20000000;
+// The tracker knows files by whole seconds.
+constexpr int64_t kYoungNs = 2000000000;
 
 std::string WithoutSlash(std::string path) {
     while (!path.empty() && path.back() == '/')
@@ -147,6 +150,7 @@ void TreeFollower::LoseFolder(const std::string& path, uint32_t flag) {
     tree_.UnwatchWithBeneath(path);
     poll_.RemoveWithBeneath(path);
     ledger_.FolderGone(path, flag);
+    EraseWithBeneath(unfinished_, path);
     if (path == gallery_) gallerySeen_ = {};
 }
 
@@ -198,6 +202,25 @@ void TreeFollower::Step() {
     StepPoll(now);
     ledger_.LookAgain(now);
     RunJobs(now + kStep);
+}
+
+bool TreeFollower::IsAtRest() {
+    if (!readAll_ || eventsLost_ || !galleryJobs_.empty() || ledger_.NextLook() != TimePoint::max())
+        return false;
+    // Of what was made and never closed only a file that was written a moment ago counts: a later write gives
+    // any other a new time, by which it is known to have changed.
+    const int64_t young = FileClockNs() - kYoungNs;
+    for (auto path = unfinished_.begin(); path != unfinished_.end();) {
+        const Item item = LookAt(*path);
+        if (item.kind != ItemKind::File) {
+            path = unfinished_.erase(path);
+        } else if (item.stamp.modifiedNs >= young) {
+            return false;
+        } else {
+            ++path;
+        }
+    }
+    return true;
 }
 
 TimePoint TreeFollower::NextDue() const {

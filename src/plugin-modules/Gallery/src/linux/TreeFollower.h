@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <set>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -41,6 +42,10 @@ class TreeFollower {
     void Step();
     // When there is something to do; in the past when there is now.
     TimePoint NextDue() const;
+
+    // Whether nothing waits to be found, as of the last ReadEvents, and no file of the gallery is being
+    // written.
+    bool IsAtRest();
 
     // Events were lost: to begin anew and compare what is there with what was told.
     void DistrustEvents() { eventsLost_ = true; }
@@ -101,6 +106,9 @@ class TreeFollower {
     bool onNetwork_ = false;
     std::deque<Job> galleryJobs_;  // ahead of the others
     std::deque<Job> otherJobs_;
+    // Files of the gallery that were made and, as far as is known, not closed.
+    std::set<std::string> unfinished_;
+    bool readAll_ = true;                          // the last time
     std::unordered_set<std::string> queuedWhole_;  // folders of queued jobs that are deep and not silent
 
     TimePoint rootsDue_;

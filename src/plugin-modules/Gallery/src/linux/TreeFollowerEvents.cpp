@@ -26,6 +26,7 @@ uint32_t FlagOf(uint32_t mask) {
 void TreeFollower::ReadEvents() {
     std::array<char, kReadSize> buffer;
     const size_t size = tree_.inotify().IsOpen() ? tree_.inotify().Read(buffer.data(), buffer.size()) : 0;
+    readAll_ = size == 0;
     std::string_view bytes(buffer.data(), size);
     KernelEvent event;
     while (!stop_ && NextKernelEvent(bytes, event))
@@ -53,7 +54,10 @@ void TreeFollower::HandleFolder(const std::string& path, uint32_t mask) {
 void TreeFollower::HandleFile(const std::string& path, uint32_t mask) {
     if ((mask & kGoes) != 0) ledger_.FileGone(path, FlagOf(mask));
     if ((mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) != 0) ledger_.FileComplete(path, FlagOf(mask));
-    if ((mask & IN_CREATE) != 0) ledger_.FileNamed(path);
+    if ((mask & (kGoes | IN_CLOSE_WRITE | IN_MOVED_TO)) != 0) unfinished_.erase(path);
+    if ((mask & IN_CREATE) == 0) return;
+    ledger_.FileNamed(path);
+    if (ledger_.IsInGallery(path)) unfinished_.insert(path);
 }
 
 // A volume was unmounted, or the folder is gone, of which its parent tells as well.

@@ -40,6 +40,11 @@ class FileWatcher : public IFileWatcher {
     }
     ~FileWatcher() override;
 
+    bool HasToldAll() override {
+        if (stream_) FSEventStreamFlushSync(stream_);
+        return true;
+    }
+
   private:
     void CreateStream(double latency);
     void Run();

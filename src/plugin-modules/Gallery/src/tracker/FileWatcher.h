@@ -22,6 +22,11 @@ class IFileWatcherCallback {
 class IFileWatcher {
   public:
     virtual ~IFileWatcher() = default;
+
+    // Whether the callback has been told of everything that had happened when the call was made, and no file
+    // is being written just now. Waits for the watcher's thread, some 100 ms at most, and then says no. Any
+    // thread but that one.
+    virtual bool HasToldAll() = 0;
 };
 
 struct WatcherOptions {

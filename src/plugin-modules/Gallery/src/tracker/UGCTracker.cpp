@@ -93,10 +93,11 @@ void UGCTracker::Stop() {
     if (stopping_.exchange(true)) return;
     KXP_LOG(KXP::LogMilestone, "Stop tracker");
     queue_.StopAndJoin();
-    watcher_.reset();
+    // While the watcher can still say whether there is more to come.
     FinishRun();
     {
         FileTurn turn(*this);
+        watcher_.reset();
         stopped_ = true;
         // A change of folder that was cancelled: nobody will ever read what it has gathered.
         if (replaceTrackerFile_ && KXP::FileExists(trackerFile_.path()))

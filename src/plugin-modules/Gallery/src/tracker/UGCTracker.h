@@ -135,6 +135,10 @@ class UGCTracker {
 
     void MakeGallery() const;
 
+    // Work on paths: it is known to wait until it is begun.
+    void EnqueueWork(const void* tag, std::function<void()> work);
+    bool KnowsAll();
+
     // Tracking, on the worker.
     void EnqueueTrack(const std::string& path);
     KXP::RetVal TrackFileTask(const std::string& path) EXCLUDES(mutex_);
@@ -158,6 +162,9 @@ class UGCTracker {
     enum class Sum { Keep, Renew };  // of the gallery's tree; what is pending renews it in any case
     KXP::RetVal WriteUGCToTracker(Sum sum, bool tellUsage) EXCLUDES(mutex_);
     KXP::RetVal WriteSnapshot(size_t& steps) EXCLUDES(mutex_);
+    void RenewSum(bool pending) EXCLUDES(mutex_);
+    void QueueRelease();
+    void ReleaseSum() EXCLUDES(mutex_);
     void FinishRun() EXCLUDES(mutex_);
     bool MeasureFolder(uint32_t& crc) const;
     void TellSteps(size_t count, const KXP::RetVal& written) EXCLUDES(mutex_);
@@ -183,6 +190,7 @@ class UGCTracker {
     Outbox outbox_;
     std::atomic<bool> updateInProgress_;
     std::atomic<bool> stopping_{false};
+    std::atomic<size_t> waiting_{0};  // entries of the queue that work on paths
 
     mutable KXP::Mutex mutex_;
     RecordStore records_ GUARDED_BY(mutex_);
@@ -211,10 +219,13 @@ class UGCTracker {
     KXP::JSONFile trackerFile_;
     bool replaceTrackerFile_;
     bool stopped_ = false;
+    // The file holds a sum that fits no tree: more was known to come when it was written.
+    bool sumWithheld_ = false;
+    bool releaseQueued_ = false;
+    std::unique_ptr<IFileWatcher> watcher_;
 
     bool lowDiskResetFlag_ = false;  // worker
 
-    // Entries of the queue use all of the above; the watcher enqueues.
+    // Entries of the queue use all of the above. Stop ends it before the watcher, whose events it drops then.
     KXP::TaskQueue queue_;
-    std::unique_ptr<IFileWatcher> watcher_;
 };

@@ -28,7 +28,7 @@ void UGCTracker::TrackFile(const std::string& path) {
 }
 
 void UGCTracker::EnqueueTrack(const std::string& path) {
-    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this, path] {
+    EnqueueWork(&kRunTag, [this, path] {
         KXP::RetVal result;
         try {
             result = TrackFileTask(path);
@@ -45,8 +45,16 @@ void UGCTracker::EndStep() {
     outbox_.Drain();
 }
 
+void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
+    ++waiting_;
+    queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
+        --waiting_;
+        work();
+    });
+}
+
 void UGCTracker::TrackFolder(const std::string& path) {
-    queue_.EnqueueNotification(queue_.Now(), [this, path] {
+    EnqueueWork(nullptr, [this, path] {
         const std::string gallery = WithoutSlash(gallery_);
         if (path == gallery || path == ParentOf(gallery)) {
             (void)UpdateTracker();
@@ -120,7 +128,7 @@ bool UGCTracker::MayWaitForNext() {
 
 void UGCTracker::UntrackFile(const std::string& path) {
     if (ignoreList_.Has(path)) return;
-    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this, path] {
+    EnqueueWork(&kRunTag, [this, path] {
         UntrackPath(path);
         EndStep();
     });

@@ -1,5 +1,7 @@
 // The record's way to the disk, and the news of it to the host.
 #include <algorithm>
+#include <chrono>
+#include <utility>
 
 #include "CobalixUtil.h"
 #include "common/Exception.h"
@@ -7,6 +9,13 @@
 #include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
 #include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+
+namespace {
+
+// Behind the watcher's window for what was known to come.
+constexpr std::chrono::milliseconds kReleaseDelay{1500};
+
+}  // namespace
 
 UGCTracker::FileTurn::FileTurn(UGCTracker& tracker) : tracker_(tracker) {
     KXP::MutexLock lock(tracker_.mutex_);
@@ -64,25 +73,58 @@ KXP::RetVal UGCTracker::WriteUGCToTracker(Sum sum, bool tellUsage) {
     FileTurn turn(*this);
     if (stopped_) return {KXP::Code::kFailure, "No tracker", 0};
     bool pending = false;
-    uint32_t crc = 0;
     {
         KXP::MutexLock lock(mutex_);
         pending = !run_.empty();
-        crc = folderCRC_;
     }
-    // Summed up before the records are taken: a file that comes between the two is in the file and not in
-    // the sum, which costs a rebuild after a crash, and not in the sum alone, which would lose it.
-    if (pending || sum == Sum::Renew) {
-        if (!MeasureFolder(crc))
-            KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
-        KXP::MutexLock lock(mutex_);
-        folderCRC_ = crc;
-    }
+    if (pending || sum == Sum::Renew) RenewSum(pending);
     size_t steps = 0;
     KXP::RetVal written = WriteSnapshot(steps);
     TellSteps(steps, written);
     if (tellUsage && !written.Failed()) outbox_.Put([this, usage = UsageKB()] { UpdateGalleryUsage(usage); });
     return written;
+}
+
+// Before the records are taken: a file that comes between the two is in the file and not in the sum, which
+// costs a rebuild after a crash, and not in the sum alone, which would lose it.
+void UGCTracker::RenewSum(bool pending) {
+    uint32_t crc = 0;
+    {
+        KXP::MutexLock lock(mutex_);
+        crc = folderCRC_;
+    }
+    if (!MeasureFolder(crc))
+        KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
+    {
+        KXP::MutexLock lock(mutex_);
+        folderCRC_ = crc;
+    }
+    // The tree is summed up as it is, also with files that are not on record yet. Were the process to end
+    // now, the next start would find the sum right and never look for them.
+    sumWithheld_ = !KnowsAll();
+    if (sumWithheld_) QueueRelease();
+}
+
+void UGCTracker::QueueRelease() {
+    if (std::exchange(releaseQueued_, true)) return;
+    queue_.EnqueueNotification(queue_.Now() + kReleaseDelay, [this] {
+        ReleaseSum();
+        outbox_.Drain();
+    });
+}
+
+void UGCTracker::ReleaseSum() {
+    {
+        FileTurn turn(*this);
+        releaseQueued_ = false;
+        if (!sumWithheld_) return;
+        if (!KnowsAll()) return QueueRelease();
+    }
+    (void)WriteUGCToTracker(Sum::Renew, false);
+}
+
+bool UGCTracker::KnowsAll() {
+    return waiting_ == 0 && (!watcher_ || watcher_->HasToldAll());
 }
 
 KXP::RetVal UGCTracker::WriteSnapshot(size_t& steps) {
@@ -94,7 +136,7 @@ KXP::RetVal UGCTracker::WriteSnapshot(size_t& steps) {
         steps = run_.size();
         records = records_.Snapshot();
         games = records_.games();
-        info = {lastUGCIdUsed_, kTrackerVersion, folderCRC_};
+        info = {lastUGCIdUsed_, kTrackerVersion, sumWithheld_ ? ~folderCRC_ : folderCRC_};
     }
     KXP::HeldLog log;
     return trackerFile_.WriteJSON(
