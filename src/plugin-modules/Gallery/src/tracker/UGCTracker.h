@@ -29,6 +29,7 @@
 #include "plugin-modules/Gallery/src/tracker/PendingHighlights.h"
 #include "plugin-modules/Gallery/src/tracker/RecordStore.h"
 #include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerFileWriter.h"
 
 class UGCTracker {
   public:
@@ -209,6 +210,7 @@ class UGCTracker {
     bool fileTaken_ GUARDED_BY(mutex_) = false;
     // By turn.
     KXP::JSONFile trackerFile_;
+    TrackerFileWriter writer_;
     bool replaceTrackerFile_;
     bool stopped_ = false;
 

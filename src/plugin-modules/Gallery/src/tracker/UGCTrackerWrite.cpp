@@ -1,5 +1,6 @@
 // The record's way to the disk, and the news of it to the host.
 #include <algorithm>
+#include <optional>
 
 #include "CobalixUtil.h"
 #include "common/Exception.h"
@@ -86,19 +87,16 @@ KXP::RetVal UGCTracker::WriteUGCToTracker(Sum sum, bool tellUsage) {
 }
 
 KXP::RetVal UGCTracker::WriteSnapshot(size_t& steps) {
-    std::vector<RecordPtr> records;
-    TrackedUGCGames games;
-    TrackerInfo info;
+    writer_.Recheck(trackerFile_);
+    std::optional<TrackerFileWriter::Content> content;
     {
         KXP::MutexLock lock(mutex_);
         steps = run_.size();
-        records = records_.Snapshot();
-        games = records_.games();
-        info = {lastUGCIdUsed_, kTrackerVersion, folderCRC_};
+        content.emplace(records_, writer_.FirstPlace(records_));
+        content->info = {lastUGCIdUsed_, kTrackerVersion, folderCRC_};
     }
     KXP::HeldLog log;
-    return trackerFile_.WriteJSON(
-        [&](KXP::PrettyJsonWriter& writer) { WriteTrackerJSON(records, games, info, writer); }, log);
+    return writer_.Write(trackerFile_, *content, log);
 }
 
 bool UGCTracker::NeedsWrite(const Step& step) {
