@@ -7,10 +7,13 @@
 //
 // The file and the sum of the gallery's tree that stands in it cost as much as the gallery is large. So files
 // that are tracked one behind the other share one write: each is on record at once, and is told when it is
-// written.
+// written. Of the file only what is new is written when captures alone have come. In a large gallery the sum
+// is made behind that, when nothing else is to be tracked. Until then, and as long as more is known to come,
+// the file holds a sum that fits no tree, so that a start after a crash rebuilds.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -29,6 +32,7 @@
 #include "plugin-modules/Gallery/src/tracker/PendingHighlights.h"
 #include "plugin-modules/Gallery/src/tracker/RecordStore.h"
 #include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerFileWriter.h"
 
 class UGCTracker {
   public:
@@ -41,6 +45,8 @@ class UGCTracker {
         bool startWorker = true;  // else the test steps queue()
         bool watch = true;
         WatcherOptions watcher;  // but for its gallery
+        // Captures are told ahead of a sum of the gallery's tree that takes longer.
+        std::chrono::milliseconds sumInPassing{5};
     };
 
     // Comes up with what the file holds or, when that is not true to the disk, with a rebuild that goes on
@@ -145,6 +151,7 @@ class UGCTracker {
     void EnterRecord(TrackedUGC record) EXCLUDES(mutex_);
     void TakeHighlight(const Highlight& highlight, TrackedUGC& record);
     void EndStep() EXCLUDES(mutex_);
+    void PaySum() EXCLUDES(mutex_);
     bool MayWaitForNext() EXCLUDES(mutex_);
     void UntrackPath(const std::string& path) EXCLUDES(mutex_);
 
@@ -159,14 +166,16 @@ class UGCTracker {
     uint32_t UsageKB() const EXCLUDES(mutex_);
 
     // Writing.
-    enum class Sum { Keep, Renew };  // of the gallery's tree; what is pending renews it in any case
+    // Of the gallery's tree. What is pending renews it in any case, but for Later, which puts it off when it
+    // takes long.
+    enum class Sum { Keep, Renew, Later };
     KXP::RetVal WriteUGCToTracker(Sum sum, bool tellUsage) EXCLUDES(mutex_);
     KXP::RetVal WriteSnapshot(size_t& steps) EXCLUDES(mutex_);
     void RenewSum(bool pending) EXCLUDES(mutex_);
     void QueueRelease();
     void ReleaseSum() EXCLUDES(mutex_);
-    void FinishRun() EXCLUDES(mutex_);
-    bool MeasureFolder(uint32_t& crc) const;
+    void FinishRun(Sum sum) EXCLUDES(mutex_);
+    bool MeasureFolder(uint32_t& crc);
     void TellSteps(size_t count, const KXP::RetVal& written) EXCLUDES(mutex_);
     void TellStep(const Step& step);
     static bool NeedsWrite(const Step& step);
@@ -182,6 +191,7 @@ class UGCTracker {
     const std::string shareFolder_;
     // Ends in "/". A tracker belongs to one gallery; another folder gets a tracker of its own.
     const std::string gallery_;
+    const std::chrono::milliseconds sumInPassing_;
 
     // With synchronisation of their own.
     IgnoreList ignoreList_;
@@ -190,7 +200,8 @@ class UGCTracker {
     Outbox outbox_;
     std::atomic<bool> updateInProgress_;
     std::atomic<bool> stopping_{false};
-    std::atomic<size_t> waiting_{0};  // entries of the queue that work on paths
+    std::atomic<bool> sumOwed_{false};  // put off, for the worker to make
+    std::atomic<size_t> waiting_{0};    // entries of the queue that work on paths
 
     mutable KXP::Mutex mutex_;
     RecordStore records_ GUARDED_BY(mutex_);
@@ -217,10 +228,12 @@ class UGCTracker {
     bool fileTaken_ GUARDED_BY(mutex_) = false;
     // By turn.
     KXP::JSONFile trackerFile_;
+    TrackerFileWriter writer_;
     bool replaceTrackerFile_;
     bool stopped_ = false;
     // The file holds a sum that fits no tree: more was known to come when it was written.
     bool sumWithheld_ = false;
+    std::chrono::nanoseconds sumTook_{0};  // the last time
     bool releaseQueued_ = false;
     std::unique_ptr<IFileWatcher> watcher_;
 

@@ -1,6 +1,7 @@
 // The record's way to the disk, and the news of it to the host.
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -37,10 +38,13 @@ uint32_t UGCTracker::UsageKB() const {
     return usageKB_;
 }
 
-bool UGCTracker::MeasureFolder(uint32_t& crc) const {
+bool UGCTracker::MeasureFolder(uint32_t& crc) {
     try {
         MakeGallery();
-        return !media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc).Failed();
+        const KXP::TimePoint start = clock_.Now();
+        const bool measured = !media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc).Failed();
+        sumTook_ = clock_.Now() - start;
+        return measured;
     } catch (const std::exception&) {
         return false;  // the gallery's drive is gone
     }
@@ -54,12 +58,12 @@ void UGCTracker::Tell(std::function<void()> event) {
     outbox_.Drain();
 }
 
-void UGCTracker::FinishRun() {
+void UGCTracker::FinishRun(Sum sum) {
     {
         KXP::MutexLock lock(mutex_);
         if (run_.empty()) return;
     }
-    (void)WriteUGCToTracker(Sum::Renew, false);
+    (void)WriteUGCToTracker(sum, false);
 }
 
 KXP::RetVal UGCTracker::Flush() {
@@ -77,7 +81,12 @@ KXP::RetVal UGCTracker::WriteUGCToTracker(Sum sum, bool tellUsage) {
         KXP::MutexLock lock(mutex_);
         pending = !run_.empty();
     }
-    if (pending || sum == Sum::Renew) RenewSum(pending);
+    if (sum == Sum::Later && sumTook_ > sumInPassing_) {
+        sumWithheld_ = true;
+        sumOwed_ = true;
+    } else if (pending || sum == Sum::Renew) {
+        RenewSum(pending);
+    }
     size_t steps = 0;
     KXP::RetVal written = WriteSnapshot(steps);
     TellSteps(steps, written);
@@ -93,6 +102,7 @@ void UGCTracker::RenewSum(bool pending) {
         KXP::MutexLock lock(mutex_);
         crc = folderCRC_;
     }
+    sumOwed_ = false;
     if (!MeasureFolder(crc))
         KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
     {
@@ -128,19 +138,16 @@ bool UGCTracker::KnowsAll() {
 }
 
 KXP::RetVal UGCTracker::WriteSnapshot(size_t& steps) {
-    std::vector<RecordPtr> records;
-    TrackedUGCGames games;
-    TrackerInfo info;
+    writer_.Recheck(trackerFile_);
+    std::optional<TrackerFileWriter::Content> content;
     {
         KXP::MutexLock lock(mutex_);
         steps = run_.size();
-        records = records_.Snapshot();
-        games = records_.games();
-        info = {lastUGCIdUsed_, kTrackerVersion, sumWithheld_ ? ~folderCRC_ : folderCRC_};
+        content.emplace(records_, writer_.FirstPlace(records_));
+        content->info = {lastUGCIdUsed_, kTrackerVersion, sumWithheld_ ? ~folderCRC_ : folderCRC_};
     }
     KXP::HeldLog log;
-    return trackerFile_.WriteJSON(
-        [&](KXP::PrettyJsonWriter& writer) { WriteTrackerJSON(records, games, info, writer); }, log);
+    return writer_.Write(trackerFile_, *content, log);
 }
 
 bool UGCTracker::NeedsWrite(const Step& step) {
