@@ -95,17 +95,11 @@ TEST_F(RecordsTest, TellsGamesAndTheirCaptures) {
 
 TEST_F(RecordsTest, TellsOfOneFile) {
     gallery_.AddImage("Race/a.png");
-    gallery_.Add(
-        "Race/c.mp4",
-        TempGallery::Video(600, 1200, captures::Block("Ovirastream SHARE", R"({"MediaType":"Screenshot"})")));
     gallery_.AddHighlight("Race/b.mp4");
     Start();
     EXPECT_EQ(Members(Ask("GetFileMetadata", FileParameter("Race/a.png"))),
               "fileType|fileSubType|fileSource|DRSName|DRSProfileName|cmsId|date|fileSizeKB|eventTimeStamp|"
               "memeInfo|");
-    EXPECT_EQ(Members(Ask("GetFileMetadata", FileParameter("Race/c.mp4"))).substr(0, 20),
-              "fileType|fileSource|")
-        << "of a screenshot";
     const KXP::Value& video = Ask("GetFileMetadata", FileParameter("Race/b.mp4"));
     EXPECT_EQ(Members(video),
               "fileType|fileSubType|fileSource|DRSName|DRSProfileName|cmsId|date|fileSizeKB|eventTimeStamp|"
@@ -154,4 +148,25 @@ TEST_F(RecordsTest, NothingOnRecordIsNoFailureAndNoTrackerIsOne) {
              {"GetFolderCRC", directory},
              {"GetFolderListing", directory}})
         EXPECT_EQ(Result(method, payload), kFailure + " No tracker") << method;
+}
+
+TEST(Records, AScreenshotOfAnEarlierVersionHasNoSubtype) {
+    const PluginLibrary plugin(PRODUCT_ROOT);
+    const TempGallery gallery;
+    const std::string capture = gallery.AddImage("Race/a.png");
+    std::string metadata;
+    const auto run = [&] {
+        FakeContainer container;
+        ASSERT_TRUE(plugin.Up(container));
+        metadata = plugin.Ask(container, "GetFileMetadata", "ask", R"({"file":")" + capture + "\"}");
+        ASSERT_TRUE(plugin.Down(container));
+    };
+    run();
+    const std::string tracker = gallery.ShareFile("UGCTracker.json");
+    std::string records = gallery.home().Read(tracker);
+    const size_t subtype = records.find("\"Normal\"");
+    ASSERT_NE(subtype, std::string::npos) << records;
+    gallery.home().Write(tracker, records.replace(subtype, 8, "\"Screenshot\""));
+    run();
+    EXPECT_NE(metadata.find(R"("fileType":"image","fileSource":"OVS_Share")"), std::string::npos) << metadata;
 }
