@@ -93,5 +93,5 @@ class GalleryWalk {
     int markers_ = 0;
     std::vector<std::string> outsiders_;  // folders outside the gallery
     int folders_ = 0;
-    std::string said_;  // in this spell
+    std::string said_;
 };

@@ -3,15 +3,22 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 namespace {
 
+// At 2 the tracker says whether it rebuilds; 4 shows each event.
+std::string LogLevel() {
+    const char* const wanted = std::getenv("GALLERY_WALK_LOG");
+    return wanted ? wanted : "2";
+}
+
 ChildProcess::Options HomeIn(const TempFolder& home) {
     return {{"HOME=" + home.path(), "XDG_DATA_HOME=" + home / "data", "XDG_CONFIG_HOME=" + home / "config",
-             "XDG_CACHE_HOME=" + home / "cache"},
+             "XDG_CACHE_HOME=" + home / "cache", "COBALIX_LOG_LEVEL=" + LogLevel()},
             false};
 }
 
