@@ -74,8 +74,9 @@ class GalleryWalk {
     void Start();
     void PutMarker();
     bool Settle();
-    bool Await(bool told);
-    std::string Compare(bool told);
+    bool Await();
+    bool AwaitNews();
+    std::string Compare();
     std::string CompareAnswers();
 
     const TempFolder home_;
