@@ -202,6 +202,19 @@ TEST_P(FileWatcherTest, FolderReplacedWithinAWindow) {
     EXPECT_TRUE(told_.WaitForFiles({At("Game/c.png")}));
 }
 
+// Who is told of a folder looks into it, and so knows of files that the watcher still waits for.
+TEST_P(FileWatcherTest, YoungFilesGoWithAFolderThatIsReplaced) {
+    options_.window = milliseconds(300);
+    options_.settle = milliseconds(1500);
+    folder_.Write("Game/a.png", "x");
+    Watch();
+    fs::rename(folder_ / "Game", At("Game"));
+    EXPECT_TRUE(told_.WaitForCall("+" + At("Game")));
+    fs::rename(At("Game"), folder_ / "away");
+    fs::create_directory(At("Game"));
+    EXPECT_TRUE(told_.WaitForCall("-" + At("Game/a.png")));
+}
+
 TEST_P(FileWatcherTest, NestedFoldersAndWhatIsWrittenAtOnce) {
     Watch();
     std::set<std::string> files;
