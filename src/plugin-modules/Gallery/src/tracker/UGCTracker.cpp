@@ -68,7 +68,6 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
 }
 
 UGCTracker::~UGCTracker() {
-    DeleteUniqueTrackerFiles();
     Stop();
 }
 
@@ -91,6 +90,7 @@ void UGCTracker::StartWatcher(WatcherOptions options) {
 
 void UGCTracker::Stop() {
     if (stopping_.exchange(true)) return;
+    DeleteUniqueTrackerFiles();
     KXP_LOG(KXP::LogMilestone, "Stop tracker");
     queue_.StopAndJoin();
     watcher_.reset();
