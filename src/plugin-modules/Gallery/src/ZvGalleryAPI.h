@@ -114,8 +114,7 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // Tells of a capture that was on record when its notification came.
     void TellSaved(UGCTracker& tracker, const std::string& path, bool onlyIfItWaits);
-    void TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced,
-                            bool onlyIfItWaits);
+    void TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced);
 
     // Puts it in place of the old one, which is stopped.
     void InstallTracker(std::shared_ptr<UGCTracker> tracker) EXCLUDES(trackerMutex_);
