@@ -1,6 +1,7 @@
 // The tracker over a real folder, with its worker's entries run one by one and the watcher's part played by
 // the test.
 #include <chrono>
+#include <future>
 #include <thread>
 
 #include <fcntl.h>
@@ -106,6 +107,7 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersAndIsSilent) {
     gallery_.AddImage(".hidden/d.png");
     gallery_.Add("Game/foreign.png", captures::Png(""));
     std::filesystem::create_symlink(gallery_.Path("Game"), gallery_.Path("Link"));
+    std::filesystem::create_symlink(gallery_.Path("Game"), gallery_.Path("Game/Loop"));
     Open();
     EXPECT_EQ(host_.GetGallerySettings()->GetTrackerUpdateState(), TrackerUpdateInProgress);
     RunDue();
@@ -124,6 +126,7 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersAndIsSilent) {
     EXPECT_EQ(games, std::vector<std::string>{"Game"});
     EXPECT_EQ(File()["UGC"].Size(), 2u);
     EXPECT_EQ(FileCrc(), DiskCrc());
+    EXPECT_EQ(log_.Count("Track File failed"), 1) << "the foreign one; a link to a folder is nobody's file";
 }
 
 TEST_F(UGCTrackerTest, AStartReadsTheFileOrRebuilds) {
@@ -347,6 +350,12 @@ TEST_F(UGCTrackerTest, ListsDropWhatIsGoneAndTellIt) {
     unsigned images = 0;
     EXPECT_EQ(tracker_->GetAppStats("Game", videos, images).code, 0);
     EXPECT_EQ(images * 10 + videos, 10u);
+    gallery_.Remove("Game/1.png");
+    EXPECT_EQ(tracker_->GetRecentUGC(0, list).code, 0);
+    EXPECT_EQ(host_.Told(), "deleted 1 1.png, usage 0") << "whatever is asked for";
+    EXPECT_EQ(tracker_->GetRecentUGC(0, list).code, 0);
+    EXPECT_EQ(log_.Count("No UGCs captured yet"), 1);
+    list.resize(1);
     EXPECT_EQ(tracker_->GetUGCData("nowhere", list[0]).code, static_cast<int32_t>(0x80070002));
 }
 
@@ -442,6 +451,19 @@ TEST_F(UGCTrackerTest, AnAnnouncedHighlightBringsItsFieldsAndOneThatComesLaterRe
     EXPECT_EQ(host_.Told(), "deleted 1 a.mp4");
     EXPECT_FALSE(gallery_.home().Has("Videos/ZORVEX/Ovirastream/Game/a.mp4"));
     EXPECT_EQ(Records(), "9 b.mp4;");
+}
+
+// An announcement that the tracker has just missed must find the record when it looks for it.
+TEST_F(UGCTrackerTest, AHighlightIsEitherAnnouncedInTimeOrOnRecord) {
+    OpenSettled();
+    const std::string path = gallery_.AddHighlight("Game/a.mp4");
+    std::future<bool> onRecord;
+    host_.onHighlightAsked = [&] {
+        onRecord = std::async(std::launch::async, [&] { return tracker_->IsTrackedFile(path); });
+        (void)onRecord.wait_for(milliseconds(50));
+    };
+    Track(path);
+    EXPECT_TRUE(onRecord.get());
 }
 
 TEST_F(UGCTrackerTest, CapAndDiskAreToldOnEachCrossing) {

@@ -65,7 +65,8 @@ void RecordStore::Unindex(uint64_t place, const TrackedUGC& record) {
 
 RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths) {
     std::set<uint64_t> places;
-    for (const std::string& path : paths) {
+    // Each path once: in a file that repeats one for all its records the work would be their square.
+    for (const std::string_view path : std::set<std::string_view>(paths.begin(), paths.end())) {
         const auto [first, end] = byPath_.equal_range(path);
         for (auto entry = first; entry != end; ++entry)
             places.insert(entry->second);
@@ -191,14 +192,12 @@ std::vector<RecordStore::RecordPtr> RecordStore::OfGroup(const std::string& game
     return records;
 }
 
-std::vector<RecordStore::RecordPtr> RecordStore::Newest(size_t count, IdKey& end) const {
-    std::vector<RecordPtr> found;
-    for (auto entry = byId_.lower_bound(end); entry != byId_.begin() && found.size() < count;) {
-        --entry;
-        end = *entry;
-        found.push_back(records_.find(entry->second)->second);
-    }
-    return found;
+std::vector<RecordStore::RecordPtr> RecordStore::NewestFirst() const {
+    std::vector<RecordPtr> all;
+    all.reserve(byId_.size());
+    for (auto entry = byId_.rbegin(); entry != byId_.rend(); ++entry)
+        all.push_back(records_.find(entry->second)->second);
+    return all;
 }
 
 std::vector<RecordStore::RecordPtr> RecordStore::From(uint64_t place) const {

@@ -69,7 +69,6 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
 }
 
 UGCTracker::~UGCTracker() {
-    DeleteUniqueTrackerFiles();
     Stop();
 }
 
@@ -92,6 +91,7 @@ void UGCTracker::StartWatcher(WatcherOptions options) {
 
 void UGCTracker::Stop() {
     if (stopping_.exchange(true)) return;
+    DeleteUniqueTrackerFiles();
     KXP_LOG(KXP::LogMilestone, "Stop tracker");
     queue_.StopAndJoin();
     // While the watcher can still say whether there is more to come.

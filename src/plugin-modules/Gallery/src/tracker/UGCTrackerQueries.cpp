@@ -53,7 +53,8 @@ RetVal UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
 
 void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
     if (gone.empty()) return;
-    if (Untrack(gone) < gone.size()) KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
+    for (size_t found = Untrack(gone); found < gone.size(); ++found)
+        KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
     (void)Flush();
 }
 
@@ -77,32 +78,21 @@ RetVal UGCTracker::GetGameUGC(const std::string& game, std::vector<TrackedUGC>& 
 
 RetVal UGCTracker::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
     out.clear();
-    size_t wanted = 0;
+    std::vector<RecordPtr> all;
     {
         KXP::MutexLock lock(mutex_);
-        wanted = std::min<size_t>(count, records_.size());
+        all = records_.NewestFirst();
     }
-    if (wanted == 0) {
-        if (count > 0) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
-        return {};
-    }
-    // From the newest down until there are enough: what is gone further down is found when it is asked for.
+    if (all.empty()) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
+    // Every record is looked at, however few are wanted: the pages hear from this of all that has gone.
     std::vector<std::string> gone;
-    RecordStore::IdKey end = RecordStore::NewestEnd();
-    std::vector<RecordPtr> next;
-    do {
-        {
-            KXP::MutexLock lock(mutex_);
-            next = records_.Newest(wanted - out.size(), end);
+    for (const RecordPtr& record : all) {
+        if (!record->MediaFileExists()) {
+            gone.push_back(record->path);
+        } else if (out.size() < count) {
+            out.push_back(*record);
         }
-        for (const RecordPtr& record : next) {
-            if (record->MediaFileExists()) {
-                out.push_back(*record);
-            } else {
-                gone.push_back(record->path);
-            }
-        }
-    } while (!next.empty() && out.size() < wanted);
+    }
     SanitizePaths(gone);
     return {};
 }

@@ -85,12 +85,12 @@ void UGCTracker::EnterRecord(TrackedUGC record) {
     // The folder, and not what the file says of itself, decides the game: users sort their captures.
     record.profileName = NameOf(ParentOf(record.path));
     Highlight highlight;
-    const bool announced = TrackedUGC::IsAHighlight(record) && host_.GetHighlightInfo(record.path, highlight);
     const bool rebuilding = host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress;
     const Step::Kind kind = updateInProgress_ ? Step::Tick : rebuilding ? Step::Silent : Step::Added;
 
     KXP::MutexLock lock(mutex_);
-    if (announced) {
+    // Asked for under the lock: an announcement that comes too late to be found here finds the record.
+    if (TrackedUGC::IsAHighlight(record) && host_.GetHighlightInfo(record.path, highlight)) {
         TakeHighlight(highlight, record);
     } else {
         record.id = NextId();
