@@ -79,8 +79,13 @@ class RecordStoreTest : public testing::Test {
             expected.push_back(record.id);
         std::sort(expected.rbegin(), expected.rend());
         std::vector<int> ids;
-        for (const auto& record : store_.NewestFirst())
-            ids.push_back(record->id);
+        RecordStore::IdKey end = RecordStore::NewestEnd();
+        for (;;) {
+            const auto next = store_.Newest(7, end);
+            if (next.empty()) break;
+            for (const auto& record : next)
+                ids.push_back(record->id);
+        }
         ASSERT_EQ(ids, expected);
     }
 

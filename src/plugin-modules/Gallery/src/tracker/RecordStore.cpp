@@ -192,12 +192,14 @@ std::vector<RecordStore::RecordPtr> RecordStore::OfGroup(const std::string& game
     return records;
 }
 
-std::vector<RecordStore::RecordPtr> RecordStore::NewestFirst() const {
-    std::vector<RecordPtr> all;
-    all.reserve(byId_.size());
-    for (auto entry = byId_.rbegin(); entry != byId_.rend(); ++entry)
-        all.push_back(records_.find(entry->second)->second);
-    return all;
+std::vector<RecordStore::RecordPtr> RecordStore::Newest(size_t count, IdKey& end) const {
+    std::vector<RecordPtr> found;
+    for (auto entry = byId_.lower_bound(end); entry != byId_.begin() && found.size() < count;) {
+        --entry;
+        end = *entry;
+        found.push_back(records_.find(entry->second)->second);
+    }
+    return found;
 }
 
 std::vector<RecordStore::RecordPtr> RecordStore::From(uint64_t place) const {

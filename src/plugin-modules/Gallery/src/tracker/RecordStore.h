@@ -19,6 +19,8 @@ class RecordStore {
     // stays what it was while others track on.
     using RecordPtr = std::shared_ptr<const TrackedUGC>;
     using Games = std::map<std::string, TrackedUGCGame>;
+    // A place in the order of ids; equal ids stand in the order of tracking.
+    using IdKey = std::pair<int32_t, uint64_t>;
 
     RecordStore() = default;
     RecordStore(const RecordStore&) = delete;
@@ -52,8 +54,9 @@ class RecordStore {
     std::vector<RecordPtr> OfGame(const std::string& game) const;
     // The highlights of a group, likewise.
     std::vector<RecordPtr> OfGroup(const std::string& game, const std::string& group) const;
-    // All, highest id first.
-    std::vector<RecordPtr> NewestFirst() const;
+    // At most `count` records below `end`, highest id first; `end` becomes the place of the last of them.
+    std::vector<RecordPtr> Newest(size_t count, IdKey& end) const;
+    static IdKey NewestEnd() { return {INT32_MAX, UINT64_MAX}; }
 
     size_t size() const { return records_.size(); }
     std::vector<RecordPtr> Snapshot() const { return From(0); }
@@ -73,8 +76,6 @@ class RecordStore {
 
   private:
     using Records = std::map<uint64_t, RecordPtr>;
-    // A place in the order of ids; equal ids stand in the order of tracking.
-    using IdKey = std::pair<int32_t, uint64_t>;
 
     RecordPtr Append(TrackedUGC record);
     RecordPtr Detach(Records::iterator record);

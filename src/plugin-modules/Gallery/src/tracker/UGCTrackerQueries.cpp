@@ -78,21 +78,32 @@ RetVal UGCTracker::GetGameUGC(const std::string& game, std::vector<TrackedUGC>& 
 
 RetVal UGCTracker::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
     out.clear();
-    std::vector<RecordPtr> all;
+    size_t wanted = 0;
     {
         KXP::MutexLock lock(mutex_);
-        all = records_.NewestFirst();
+        wanted = std::min<size_t>(count, records_.size());
     }
-    if (all.empty()) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
-    // Every record is looked at, however few are wanted: the pages hear from this of all that has gone.
+    if (wanted == 0) {
+        if (count > 0) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
+        return {};
+    }
+    // From the newest down until there are enough: what is gone further down is found when it is asked for.
     std::vector<std::string> gone;
-    for (const RecordPtr& record : all) {
-        if (!record->MediaFileExists()) {
-            gone.push_back(record->path);
-        } else if (out.size() < count) {
-            out.push_back(*record);
+    RecordStore::IdKey end = RecordStore::NewestEnd();
+    std::vector<RecordPtr> next;
+    do {
+        {
+            KXP::MutexLock lock(mutex_);
+            next = records_.Newest(wanted - out.size(), end);
         }
-    }
+        for (const RecordPtr& record : next) {
+            if (record->MediaFileExists()) {
+                out.push_back(*record);
+            } else {
+                gone.push_back(record->path);
+            }
+        }
+    } while (!next.empty() && out.size() < wanted);
     SanitizePaths(gone);
     return {};
 }
