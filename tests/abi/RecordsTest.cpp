@@ -55,7 +55,7 @@ class RecordsTest : public testing::Test {
 
     FakeContainer container_;
     const PluginLibrary plugin_{PRODUCT_ROOT};
-    const TempGallery gallery_;  // behind the library's home, which it stands in for
+    const TempGallery gallery_{};  // behind the library's home, which it stands in for
     std::deque<KXP::Document> answers_;
 };
 
@@ -152,7 +152,7 @@ TEST_F(RecordsTest, NothingOnRecordIsNoFailureAndNoTrackerIsOne) {
 
 TEST(Records, AScreenshotOfAnEarlierVersionHasNoSubtype) {
     const PluginLibrary plugin(PRODUCT_ROOT);
-    const TempGallery gallery;
+    const TempGallery gallery{};
     const std::string capture = gallery.AddImage("Race/a.png");
     std::string metadata;
     const auto run = [&] {
