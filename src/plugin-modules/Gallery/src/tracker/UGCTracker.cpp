@@ -54,6 +54,7 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
       clock_(parts.clock),
       shareFolder_(KXP::CreateDirectoryPath(GetShareFolderPath())),
       gallery_(host->GetGalleryPath()),
+      sumInPassing_(parts.sumInPassing),
       updateInProgress_(useUniqueFile),
       replaceTrackerFile_(useUniqueFile),
       queue_("UGC_", parts.clock) {
@@ -94,7 +95,8 @@ void UGCTracker::Stop() {
     KXP_LOG(KXP::LogMilestone, "Stop tracker");
     queue_.StopAndJoin();
     watcher_.reset();
-    FinishRun();
+    FinishRun(Sum::Renew);
+    PaySum();
     {
         FileTurn turn(*this);
         stopped_ = true;

@@ -7,10 +7,13 @@
 //
 // The file and the sum of the gallery's tree that stands in it cost as much as the gallery is large. So files
 // that are tracked one behind the other share one write: each is on record at once, and is told when it is
-// written.
+// written. Of the file only what is new is written when captures alone have come. In a large gallery the sum
+// is made behind that, when nothing else is to be tracked; the old one in the file cannot fit the tree then,
+// so that a start after a crash between the two rebuilds.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -42,6 +45,8 @@ class UGCTracker {
         bool startWorker = true;  // else the test steps queue()
         bool watch = true;
         WatcherOptions watcher;  // but for its gallery
+        // Captures are told ahead of a sum of the gallery's tree that takes longer.
+        std::chrono::milliseconds sumInPassing{5};
     };
 
     // Comes up with what the file holds or, when that is not true to the disk, with a rebuild that goes on
@@ -142,6 +147,7 @@ class UGCTracker {
     void EnterRecord(TrackedUGC record) EXCLUDES(mutex_);
     void TakeHighlight(const Highlight& highlight, TrackedUGC& record);
     void EndStep() EXCLUDES(mutex_);
+    void PaySum() EXCLUDES(mutex_);
     bool MayWaitForNext() EXCLUDES(mutex_);
     void UntrackPath(const std::string& path) EXCLUDES(mutex_);
 
@@ -156,11 +162,14 @@ class UGCTracker {
     uint32_t UsageKB() const EXCLUDES(mutex_);
 
     // Writing.
-    enum class Sum { Keep, Renew };  // of the gallery's tree; what is pending renews it in any case
+    // Of the gallery's tree. What is pending renews it in any case, but for Later, which puts it off when it
+    // takes long.
+    enum class Sum { Keep, Renew, Later };
     KXP::RetVal WriteUGCToTracker(Sum sum, bool tellUsage) EXCLUDES(mutex_);
     KXP::RetVal WriteSnapshot(size_t& steps) EXCLUDES(mutex_);
-    void FinishRun() EXCLUDES(mutex_);
-    bool MeasureFolder(uint32_t& crc) const;
+    void FinishRun(Sum sum) EXCLUDES(mutex_);
+    void RenewSum(bool pending) EXCLUDES(mutex_);
+    bool MeasureFolder(uint32_t& crc) EXCLUDES(mutex_);
     void TellSteps(size_t count, const KXP::RetVal& written) EXCLUDES(mutex_);
     void TellStep(const Step& step);
     static bool NeedsWrite(const Step& step);
@@ -176,6 +185,7 @@ class UGCTracker {
     const std::string shareFolder_;
     // Ends in "/". A tracker belongs to one gallery; another folder gets a tracker of its own.
     const std::string gallery_;
+    const std::chrono::milliseconds sumInPassing_;
 
     // With synchronisation of their own.
     IgnoreList ignoreList_;
@@ -190,6 +200,8 @@ class UGCTracker {
     int32_t lastUGCIdUsed_ GUARDED_BY(mutex_) = 0;
     uint32_t usageKB_ GUARDED_BY(mutex_) = 0;
     uint32_t folderCRC_ GUARDED_BY(mutex_) = 0;
+    std::chrono::nanoseconds sumTook_ GUARDED_BY(mutex_){0};  // the last time
+    bool sumOwed_ GUARDED_BY(mutex_) = false;
     // Tracked and not yet written, and since when.
     std::vector<Step> run_ GUARDED_BY(mutex_);
     KXP::TimePoint runStart_ GUARDED_BY(mutex_);

@@ -41,7 +41,17 @@ void UGCTracker::EnqueueTrack(const std::string& path) {
 }
 
 void UGCTracker::EndStep() {
-    if (!MayWaitForNext()) FinishRun();
+    if (!MayWaitForNext()) FinishRun(Sum::Later);
+    outbox_.Drain();
+    if (!queue_.NextDueIs(&kRunTag)) PaySum();
+}
+
+void UGCTracker::PaySum() {
+    {
+        KXP::MutexLock lock(mutex_);
+        if (!sumOwed_) return;
+    }
+    (void)WriteUGCToTracker(Sum::Renew, false);
     outbox_.Drain();
 }
 

@@ -29,10 +29,15 @@ uint32_t UGCTracker::UsageKB() const {
     return usageKB_;
 }
 
-bool UGCTracker::MeasureFolder(uint32_t& crc) const {
+bool UGCTracker::MeasureFolder(uint32_t& crc) {
     try {
         MakeGallery();
-        return !media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc).Failed();
+        const KXP::TimePoint start = clock_.Now();
+        const bool measured = !media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc).Failed();
+        const KXP::TimePoint end = clock_.Now();
+        KXP::MutexLock lock(mutex_);
+        sumTook_ = end - start;
+        return measured;
     } catch (const std::exception&) {
         return false;  // the gallery's drive is gone
     }
@@ -46,12 +51,12 @@ void UGCTracker::Tell(std::function<void()> event) {
     outbox_.Drain();
 }
 
-void UGCTracker::FinishRun() {
+void UGCTracker::FinishRun(Sum sum) {
     {
         KXP::MutexLock lock(mutex_);
         if (run_.empty()) return;
     }
-    (void)WriteUGCToTracker(Sum::Renew, false);
+    (void)WriteUGCToTracker(sum, false);
 }
 
 KXP::RetVal UGCTracker::Flush() {
@@ -65,25 +70,37 @@ KXP::RetVal UGCTracker::WriteUGCToTracker(Sum sum, bool tellUsage) {
     FileTurn turn(*this);
     if (stopped_) return {KXP::Code::kFailure, "No tracker", 0};
     bool pending = false;
-    uint32_t crc = 0;
+    bool renew = sum == Sum::Renew;
     {
         KXP::MutexLock lock(mutex_);
         pending = !run_.empty();
-        crc = folderCRC_;
+        if (sum == Sum::Later && sumTook_ > sumInPassing_) {
+            sumOwed_ = true;
+        } else {
+            renew = renew || pending || sumOwed_;
+        }
     }
     // Summed up before the records are taken: a file that comes between the two is in the file and not in
     // the sum, which costs a rebuild after a crash, and not in the sum alone, which would lose it.
-    if (pending || sum == Sum::Renew) {
-        if (!MeasureFolder(crc))
-            KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
-        KXP::MutexLock lock(mutex_);
-        folderCRC_ = crc;
-    }
+    if (renew) RenewSum(pending);
     size_t steps = 0;
     KXP::RetVal written = WriteSnapshot(steps);
     TellSteps(steps, written);
     if (tellUsage && !written.Failed()) outbox_.Put([this, usage = UsageKB()] { UpdateGalleryUsage(usage); });
     return written;
+}
+
+void UGCTracker::RenewSum(bool pending) {
+    uint32_t crc = 0;
+    {
+        KXP::MutexLock lock(mutex_);
+        crc = folderCRC_;
+        sumOwed_ = false;
+    }
+    if (!MeasureFolder(crc))
+        KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
+    KXP::MutexLock lock(mutex_);
+    folderCRC_ = crc;
 }
 
 KXP::RetVal UGCTracker::WriteSnapshot(size_t& steps) {
