@@ -317,7 +317,7 @@ BENCHMARK(Rebuild)->Arg(10000)->Iterations(5)->UseManualTime()->Unit(kMs);
 BENCHMARK(Rebuild)->Arg(100000)->Iterations(3)->UseManualTime()->Unit(kMs);
 BENCHMARK(Start)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(5)->UseManualTime()->Unit(kMs);
 BENCHMARK(LiveCapture)->Arg(1000)->Iterations(300)->UseManualTime()->Unit(kMs);
-BENCHMARK(LiveCapture)->Arg(100000)->Iterations(100)->UseManualTime()->Unit(kMs);
+BENCHMARK(LiveCapture)->Arg(100000)->Iterations(30)->UseManualTime()->Unit(kMs);
 BENCHMARK(Storm)->Arg(0)->Arg(100000)->Iterations(1)->UseManualTime()->Unit(kMs);
 BENCHMARK(GameQueries)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(5)->UseManualTime()->Unit(kMs);
 BENCHMARK(RemoveGame)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(3)->UseManualTime()->Unit(kMs);

@@ -103,11 +103,6 @@ void GalleryModel::CameBack() {
     }
 }
 
-void GalleryModel::Unheard() {
-    for (auto& [path, file] : files_)
-        if (file.touched && file.onDisk && PlaceOf(path) != Place::Outside) file.expect = Expect::Open;
-}
-
 std::string GalleryModel::Compare(const std::map<std::string, int>& records) const {
     std::string wrong;
     for (const auto& [path, file] : files_) {

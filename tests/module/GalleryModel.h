@@ -24,8 +24,6 @@ class GalleryModel {
     // Records were made anew from the disk, of a folder that may have become the gallery with this; or those
     // that it had are in force again.
     void Rebuilt(const std::string& gallery, bool orKept);
-    // What was done since all was quiet may have gone unheard.
-    void Unheard();
     // The gallery went and came back while it was watched.
     void CameBack();
 

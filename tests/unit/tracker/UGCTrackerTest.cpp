@@ -249,6 +249,31 @@ TEST_F(UGCTrackerTest, ASumThatTakesLongIsMadeWhenTheCaptureIsTold) {
     EXPECT_NE(FileCrc(), DiskCrc());
 }
 
+TEST_F(UGCTrackerTest, ASumThatTakesLongIsMadeWhenTheCaptureIsTold) {
+    Open(false, milliseconds(-1));
+    RunDue();
+    host_.Told();
+    std::vector<bool> fits;
+    host_.onTold = [&] { fits.push_back(FileCrc() == DiskCrc()); };
+    EXPECT_EQ(Track(gallery_.AddImage("Game/a.png")), "usage 0, added 1 a.png");
+    EXPECT_EQ(fits, std::vector<bool>({false, false}));
+    EXPECT_EQ(Records(), "1 a.png;");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+    // Nor does a stop leave it out.
+    tracker_->TrackFile(gallery_.AddImage("Game/b.png"));
+    tracker_->TrackFile(gallery_.AddImage("Game/c.png"));
+    ASSERT_TRUE(Step());
+    clock_.Advance(milliseconds(200));
+    tracker_->TrackFile(gallery_.AddImage("Game/d.png"));
+    ASSERT_TRUE(Step());
+    EXPECT_EQ(host_.Told(), "usage 0, added 2 b.png, usage 0, added 3 c.png");
+    EXPECT_NE(FileCrc(), DiskCrc());
+    host_.onTold = nullptr;
+    tracker_.reset();
+    EXPECT_EQ(Records(), "1 a.png;2 b.png;3 c.png;");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+}
+
 TEST_F(UGCTrackerTest, AFailedWriteIsToldToNobodyAndMadeGoodByTheNext) {
     OpenSettled();
     const std::string file = gallery_.home().MakeFolder(gallery_.ShareFile("UGCTracker.json"));
