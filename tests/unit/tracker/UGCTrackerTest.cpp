@@ -249,31 +249,6 @@ TEST_F(UGCTrackerTest, ASumThatTakesLongIsMadeWhenTheCaptureIsTold) {
     EXPECT_NE(FileCrc(), DiskCrc());
 }
 
-TEST_F(UGCTrackerTest, ASumThatTakesLongIsMadeWhenTheCaptureIsTold) {
-    Open(false, milliseconds(-1));
-    RunDue();
-    host_.Told();
-    std::vector<bool> fits;
-    host_.onTold = [&] { fits.push_back(FileCrc() == DiskCrc()); };
-    EXPECT_EQ(Track(gallery_.AddImage("Game/a.png")), "usage 0, added 1 a.png");
-    EXPECT_EQ(fits, std::vector<bool>({false, false}));
-    EXPECT_EQ(Records(), "1 a.png;");
-    EXPECT_EQ(FileCrc(), DiskCrc());
-    // Nor does a stop leave it out.
-    tracker_->TrackFile(gallery_.AddImage("Game/b.png"));
-    tracker_->TrackFile(gallery_.AddImage("Game/c.png"));
-    ASSERT_TRUE(Step());
-    clock_.Advance(milliseconds(200));
-    tracker_->TrackFile(gallery_.AddImage("Game/d.png"));
-    ASSERT_TRUE(Step());
-    EXPECT_EQ(host_.Told(), "usage 0, added 2 b.png, usage 0, added 3 c.png");
-    EXPECT_NE(FileCrc(), DiskCrc());
-    host_.onTold = nullptr;
-    tracker_.reset();
-    EXPECT_EQ(Records(), "1 a.png;2 b.png;3 c.png;");
-    EXPECT_EQ(FileCrc(), DiskCrc());
-}
-
 TEST_F(UGCTrackerTest, AFailedWriteIsToldToNobodyAndMadeGoodByTheNext) {
     OpenSettled();
     const std::string file = gallery_.home().MakeFolder(gallery_.ShareFile("UGCTracker.json"));
@@ -375,12 +350,6 @@ TEST_F(UGCTrackerTest, ListsDropWhatIsGoneAndTellIt) {
     unsigned images = 0;
     EXPECT_EQ(tracker_->GetAppStats("Game", videos, images).code, 0);
     EXPECT_EQ(images * 10 + videos, 10u);
-    gallery_.Remove("Game/1.png");
-    EXPECT_EQ(tracker_->GetRecentUGC(0, list).code, 0);
-    EXPECT_EQ(host_.Told(), "deleted 1 1.png, usage 0") << "whatever is asked for";
-    EXPECT_EQ(tracker_->GetRecentUGC(0, list).code, 0);
-    EXPECT_EQ(log_.Count("No UGCs captured yet"), 1);
-    list.resize(1);
     EXPECT_EQ(tracker_->GetUGCData("nowhere", list[0]).code, static_cast<int32_t>(0x80070002));
 }
 
