@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -143,7 +144,9 @@ class UGCTracker {
 
     // Work on paths: it is known to wait until it is begun.
     void EnqueueWork(const void* tag, std::function<void()> work);
-    bool KnowsAll();
+    bool KnowsAll() EXCLUDES(mutex_);
+    bool IsSettled(const std::string& path) const EXCLUDES(mutex_);
+    void NoteRefused(const std::string& path) EXCLUDES(mutex_);
 
     // Tracking, on the worker.
     void EnqueueTrack(const std::string& path);
@@ -208,6 +211,8 @@ class UGCTracker {
     int32_t lastUGCIdUsed_ GUARDED_BY(mutex_) = 0;
     uint32_t usageKB_ GUARDED_BY(mutex_) = 0;
     uint32_t folderCRC_ GUARDED_BY(mutex_) = 0;
+    // The last files that were looked at and are none of ours.
+    std::set<std::string> refused_ GUARDED_BY(mutex_);
     // Tracked and not yet written, and since when.
     std::vector<Step> run_ GUARDED_BY(mutex_);
     KXP::TimePoint runStart_ GUARDED_BY(mutex_);

@@ -16,6 +16,8 @@ namespace {
 constexpr std::chrono::milliseconds kLiveRun{100};
 constexpr std::chrono::milliseconds kRebuildRun{1000};
 
+constexpr size_t kMostRefused = 4096;
+
 // Marks the queue's entries that track or untrack, which share their write with the next of the kind.
 const char kRunTag = 0;
 
@@ -76,9 +78,18 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
     queue_.AssertOnWorker();
     if (IsTrackedFile(path)) return {KXP::Code::kNothingDone, "File is already tracked as UGC", 0};
     TrackedUGC record;
-    if (KXP::RetVal inspected = InspectCapture(path, record); inspected.Failed()) return inspected;
+    if (KXP::RetVal inspected = InspectCapture(path, record); inspected.Failed()) {
+        NoteRefused(path);
+        return inspected;
+    }
     EnterRecord(std::move(record));
     return {};
+}
+
+void UGCTracker::NoteRefused(const std::string& path) {
+    KXP::MutexLock lock(mutex_);
+    if (refused_.size() >= kMostRefused) refused_.clear();
+    refused_.insert(path);
 }
 
 void UGCTracker::EnterRecord(TrackedUGC record) {

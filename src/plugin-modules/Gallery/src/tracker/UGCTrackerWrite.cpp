@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "common/DirUtil.h"
 #include "common/Exception.h"
+#include "common/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
 #include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
@@ -134,7 +136,21 @@ void UGCTracker::ReleaseSum() {
 }
 
 bool UGCTracker::KnowsAll() {
-    return waiting_ == 0 && (!watcher_ || watcher_->HasToldAll());
+    if (waiting_ > 0) return false;
+    if (!watcher_) return true;
+    const auto untold = watcher_->Untold();
+    return untold &&
+           std::all_of(untold->begin(), untold->end(), [this](const auto& path) { return IsSettled(path); });
+}
+
+// Whether what is on disk at the path is what is on record.
+bool UGCTracker::IsSettled(const std::string& path) const {
+    if (KXP::DirectoryExists(path)) return false;
+    const bool exists = KXP::FileExists(path);
+    KXP::MutexLock lock(mutex_);
+    const bool tracked = records_.FindByPath(path) != nullptr;
+    if (exists) return tracked || refused_.count(path) > 0;
+    return !tracked && records_.Under(path + "/").empty();
 }
 
 KXP::RetVal UGCTracker::WriteSnapshot(size_t& steps) {
