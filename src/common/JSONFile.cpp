@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <cstring>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include <sys/stat.h>
@@ -44,7 +47,42 @@ bool ToUtf8(std::string_view text, std::string& utf8) {
     return true;
 }
 
+// What stands behind a zero byte when only the end of a text is rewritten: "@", how much of the text stays, "
+// ", the size of the new end, a line feed, and that end. No JSON text begins like that.
+constexpr char kTailMark = '@';
+
+std::string TailHead(size_t keep, size_t size) {
+    return kTailMark + std::to_string(keep) + ' ' + std::to_string(size) + '\n';
+}
+
+bool TakeNumber(std::string_view& text, char end, size_t& number) {
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const auto digits = static_cast<size_t>(stop - text.data());
+    if (error != std::errc() || digits >= text.size() || *stop != end) return false;
+    text.remove_prefix(digits + 1);
+    return true;
+}
+
+// Whether `text`, which begins at `start` of the file, is a whole end for the text at the file's beginning.
+// Gives what of that stays, and leaves the end alone in `text`.
+bool TakeTail(std::string_view& text, size_t start, size_t& keep) {
+    if (text.empty() || text.front() != kTailMark) return false;
+    std::string_view rest = text.substr(1);
+    size_t size = 0;
+    if (!TakeNumber(rest, ' ', keep) || !TakeNumber(rest, '\n', size)) return false;
+    if (size != rest.size() || keep >= start || size >= start - keep) return false;
+    text = rest;
+    return true;
+}
+
 static_assert(FileBytes::kSlack >= kJsonTextSlack);
+
+bool ParseWithTail(FileBytes& file, size_t keep, std::string_view tail, Document& document) {
+    const size_t size = keep + tail.size();
+    std::memmove(&file.bytes[keep], tail.data(), tail.size());
+    std::memset(&file.bytes[size], 0, kJsonTextSlack);
+    return !ParseJSONInPlace(file.bytes.get(), size, document).IsError();
+}
 
 // Parses the last complete text of the file. There is more than one, with zero bytes between them, when a
 // write was stopped half-way. Each try overwrites no text but its own.
@@ -57,6 +95,9 @@ bool ParseLastText(FileBytes& file, Document& document) {
         const size_t end = text.find_last_not_of('\0');
         text = text.substr(0, end + 1);
         const size_t start = text.rfind('\0') + 1;
+        std::string_view tail = text.substr(start);
+        size_t keep = 0;
+        if (TakeTail(tail, start, keep)) return ParseWithTail(file, keep, tail, document);
         const bool parsed = !ParseJSONInPlace(&file.bytes[start], text.size() - start, document).IsError();
         if (start == 0) return parsed;
         // What a write leaves is an object; anything else behind a zero byte belongs to nobody.
@@ -83,9 +124,10 @@ bool WriteSpaces(const FileDescriptor& file, size_t from, size_t to) {
     return true;
 }
 
-// Puts `text` where the old text was. One large write may be cut by a kill, so the text is first written
-// whole behind the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is complete.
-bool OverwriteInPlace(const FileDescriptor& file, std::string_view text) {
+// Puts `text` behind the first `keep` bytes of the old text. One large write may be cut by a kill, so it is
+// first written whole behind the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is
+// complete.
+bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view text) {
     struct stat status {};
     if (fstat(file.get(), &status) != 0) return false;
     // A file too large to be read as JSON holds no old text to save.
@@ -93,17 +135,24 @@ bool OverwriteInPlace(const FileDescriptor& file, std::string_view text) {
         if (ftruncate(file.get(), 0) != 0) return false;
         status.st_size = 0;
     }
-    const size_t place = std::max(text.size(), static_cast<size_t>(status.st_size));
-    const size_t second = place + 1;
+    if (keep > static_cast<size_t>(status.st_size)) {
+        errno = EINVAL;
+        return false;
+    }
+    const size_t end = keep + text.size();
+    const size_t place = std::max(end, static_cast<size_t>(status.st_size));
+    const std::string head = keep == 0 ? std::string() : TailHead(keep, text.size());
+    const size_t second = place + 1 + head.size();
     if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + text.size())) ||
+        !WriteFullyAt(file, head.data(), head.size(), place + 1) ||
         !WriteFullyAt(file, text.data(), text.size(), second)) {
         const int error = errno;
         (void)ftruncate(file.get(), status.st_size);
         errno = error;
         return false;
     }
-    return WriteFullyAt(file, text.data(), text.size(), 0) && WriteSpaces(file, text.size(), place) &&
-           ftruncate(file.get(), static_cast<off_t>(text.size())) == 0;
+    return WriteFullyAt(file, text.data(), text.size(), keep) && WriteSpaces(file, end, place) &&
+           ftruncate(file.get(), static_cast<off_t>(end)) == 0;
 }
 
 }  // namespace
@@ -174,12 +223,39 @@ RetVal JSONFile::WriteJSON(const std::function<void(PrettyJsonWriter&)>& write, 
     PrettyJsonWriter writer(buffer);
     writer.SetIndent('\t', 1);
     write(writer);
+    return WriteText({buffer.GetString(), buffer.GetSize()}, log);
+}
+
+RetVal JSONFile::WriteText(std::string_view text, HeldLog& log) const {
+    return Overwrite(0, text, log);
+}
+
+RetVal JSONFile::WriteTail(size_t keep, std::string_view tail, HeldLog& log) const {
+    return Overwrite(keep, tail, log);
+}
+
+RetVal JSONFile::Overwrite(size_t keep, std::string_view tail, HeldLog& log) const {
     FileDescriptor file = OpenForWrite(path_, kNewFileMode);
     if (!file.IsOpen()) return OpenFailed("wb", log);
-    if (OverwriteInPlace(file, {buffer.GetString(), buffer.GetSize()}) && file.Close()) return {};
+    if (OverwriteInPlace(file, keep, tail) && file.Close()) return {};
     const int error = errno;
     log.Add(LogFailure, "Failed to write " + path_ + " err:" + std::to_string(error));
     return {Code::kFailure, "Failed to write file", 0};
+}
+
+bool JSONFile::Stamp::operator==(const Stamp& other) const {
+    const auto all = [](const Stamp& s) {
+        return std::tie(s.device, s.inode, s.size, s.seconds, s.nanoseconds);
+    };
+    return all(*this) == all(other);
+}
+
+bool JSONFile::ReadStamp(Stamp& stamp) const {
+    struct stat status {};
+    if (stat(path_.c_str(), &status) != 0) return false;
+    stamp = {status.st_dev, status.st_ino, static_cast<uint64_t>(status.st_size), status.st_mtim.tv_sec,
+             status.st_mtim.tv_nsec};
+    return true;
 }
 
 RetVal JSONFile::RemoveFile() const {

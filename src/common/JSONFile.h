@@ -1,9 +1,11 @@
 // One JSON file on disk: a settings file, a tracker, a set of definitions.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/HeldLog.h"
@@ -46,12 +48,34 @@ class JSONFile {
     // The same with what `write` tells the writer, for who has no document. Takes the memory of one text.
     RetVal WriteJSON(const std::function<void(PrettyJsonWriter&)>& write, HeldLog& log) const;
 
+    // The same with the text itself.
+    RetVal WriteText(std::string_view text, HeldLog& log) const;
+    // Puts `tail` in the place of all that stands behind the first `keep` bytes of the text, at the cost of
+    // the tail alone: the caller knows that the file is as its own last write has left it. A kill or a full
+    // disk leaves the old text or the new here too, to ReadAndParseJSON. 0x80004005 for a `keep` beyond the
+    // file.
+    RetVal WriteTail(size_t keep, std::string_view tail, HeldLog& log) const;
+
+    // By which the owner of a file knows it again as it was left.
+    struct Stamp {
+        uint64_t device = 0;
+        uint64_t inode = 0;
+        uint64_t size = 0;
+        int64_t seconds = 0;  // of the last change
+        int64_t nanoseconds = 0;
+
+        bool operator==(const Stamp& other) const;
+    };
+    // False when there is no such file.
+    bool ReadStamp(Stamp& stamp) const;
+
     // Deletes the file, and its folder when that is then empty. The text is "Success" whatever the code.
     RetVal RemoveFile() const;
     RetVal RemoveFile(HeldLog& log) const;
 
   private:
     RetVal OpenFailed(const char* mode, HeldLog& log) const;
+    RetVal Overwrite(size_t keep, std::string_view tail, HeldLog& log) const;
 
     std::string directory_;
     std::string path_;

@@ -135,16 +135,25 @@ bool ChildProcess::ReadOnce() {
         kill(pid_, SIGKILL);
         return false;
     }
-    const auto take = [](const pollfd& from, int& fd, std::string& into) {
+    Take(fds[0].revents, fds[1].revents);
+    return true;
+}
+
+void ChildProcess::ReadWithin(int milliseconds) {
+    pollfd fds[] = {{out_, POLLIN, 0}, {err_, POLLIN, 0}};
+    if (poll(fds, 2, milliseconds) > 0) Take(fds[0].revents, fds[1].revents);
+}
+
+void ChildProcess::Take(short outEvents, short errEvents) {
+    const auto take = [](short events, int& fd, std::string& into) {
         char bytes[65536];
-        if (from.revents == 0) return;
+        if (events == 0) return;
         const ssize_t got = read(fd, bytes, sizeof bytes);
         if (got > 0)
             into.append(bytes, static_cast<size_t>(got));
         else
             Close(fd);
     };
-    take(fds[0], out_, out);
-    take(fds[1], err_, err);
-    return true;
+    take(outEvents, out_, out);
+    take(errEvents, err_, err);
 }

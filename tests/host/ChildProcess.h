@@ -24,6 +24,8 @@ class ChildProcess {
     // Read until the stream has shown `text`; false at its end.
     bool ReadOutUntil(const std::string& text);
     bool ReadErrUntil(const std::string& text);
+    // Waits until there is more to read, but no longer than this, and reads it.
+    void ReadWithin(int milliseconds);
     // Closes the input, reads to the end and gives the exit status, or the negative number of a signal.
     int Wait();
 
@@ -33,6 +35,7 @@ class ChildProcess {
   private:
     bool ReadUntil(const std::string& stream, const std::string& text);
     bool ReadOnce();
+    void Take(short outEvents, short errEvents);
 
     pid_t pid_ = -1;
     int in_ = -1;

@@ -6,6 +6,7 @@
 
 #include "tests/host/HostRun.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/TempGallery.h"
 
 namespace {
 
@@ -16,6 +17,7 @@ TEST(CommandLine, UsageErrorsAreTwo) {
                                                          {"-d", "nonsense", "serve"},
                                                          {"--timeout", "0", "serve"},
                                                          {"list", ".", "--exclude", "some"},
+                                                         {"list", "--exr"},
                                                          {"watch", "--count", "0"},
                                                          {"call", "Echo", "[1]"},
                                                          {"call", "Echo", "@/"}};
@@ -83,6 +85,35 @@ TEST(CommandLine, ListsAFolder) {
     for (const char* asked :
          {R"("shouldGetOnlyZv": true)", R"("excludeDirectoryType": "empty")", R"("shouldShowEXR": true)"})
         EXPECT_TRUE(Contains(json.out, asked)) << json.out;
+}
+
+TEST(CommandLine, ListsTheGalleryOnceItIsComplete) {
+    const TempGallery gallery;
+    const auto list = [](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "list");
+        ChildProcess child(arguments, {});
+        const int status = child.Wait();
+        return Ended{status, child.out, child.err};
+    };
+    const Ended empty = list({});
+    EXPECT_EQ(empty.status, 0) << empty.err;
+    EXPECT_EQ(empty.out, "");
+    EXPECT_TRUE(Contains(empty.err, "gallery-host: no captures so far in " + gallery.path())) << empty.err;
+
+    gallery.AddImage("Some Game/a.png");
+    gallery.AddHighlight("Some Game/b.mp4");
+    const Ended table = list({});
+    EXPECT_EQ(table.out.find("Some Game: 1 video, 1 image\n  "), 0u) << table.out;
+    EXPECT_TRUE(Contains(table.out, "  b.mp4  video  highlight  1 kB  00:00:02  2")) << table.out;
+    EXPECT_TRUE(Contains(table.err, "gallery-host: 1 game, 2 captures, 2 kB in " + gallery.path()));
+    const Ended json = list({"--json"});
+    EXPECT_TRUE(Contains(json.out, "{\n  \"games\": [\n    {\n      \"name\": \"Some Game\"")) << json.out;
+
+    const Ended busy = RunHost({"list", "--timeout", "0.2"}, {}, "rebuilds");
+    EXPECT_EQ(busy.status, 4);
+    EXPECT_EQ(busy.out, "");
+    EXPECT_TRUE(Contains(busy.err, "the gallery is being looked through; waiting")) << busy.err;
+    EXPECT_TRUE(Contains(busy.err, "the gallery is not looked through within")) << busy.err;
 }
 
 TEST(CommandLine, ListRefusesWhatIsNoFolder) {

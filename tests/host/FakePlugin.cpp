@@ -79,6 +79,14 @@ KXP::Value ListFolder(const KXP::Value& payload, KXP::Allocator& allocator) {
     return listing;
 }
 
+KXP::Value Settings(KXP::Allocator& allocator) {
+    const std::string gallery = std::string(std::getenv("HOME")) + "/Videos/ZORVEX/Ovirastream";
+    KXP::Value settings(rapidjson::kObjectType);
+    settings.AddMember("path", KXP::Value(gallery, allocator), allocator);
+    if (Behaves("rebuilds")) settings.AddMember("trackerStatus", "TrackerUpdateInProgress", allocator);
+    return settings;
+}
+
 void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& response, int code,
             const char* status) {
     KXP::Allocator& allocator = response.GetAllocator();
@@ -123,6 +131,7 @@ void Handle(const std::string& text) {
     if (method == "Log") Tell(ZvCefPluginLog, "a line with \x1b[31mcolour");
     if (method == "Big")
         payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);
+    if (method == "GetSettings") payload.AddMember("settings", Settings(allocator), allocator);
     if (method == "GetFolderListing") payload = ListFolder(request["payload"], allocator);
     if (method == "Fail")
         Answer(request, std::move(payload), response, -2147024809, "Bad \x1b[31margument");

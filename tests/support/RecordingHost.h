@@ -19,6 +19,7 @@ class RecordingHost : public ITrackerHost {
         return settings_.GetGalleryPath() + "/";
     }
     bool GetHighlightInfo(const std::string& path, Highlight& highlight) override {
+        if (onHighlightAsked) onHighlightAsked();
         const auto found = highlights.find(path);
         if (found != highlights.end()) highlight = found->second;
         return found != highlights.end();
@@ -55,7 +56,8 @@ class RecordingHost : public ITrackerHost {
     }
 
     std::map<std::string, Highlight> highlights;  // by path; set before the tracker looks
-    std::function<void()> onTold;                 // on the thread that tells
+    std::function<void()> onHighlightAsked;
+    std::function<void()> onTold;  // on the thread that tells
     bool galleryGone = false;
     bool lowDisk = false;
 

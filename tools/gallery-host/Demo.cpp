@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
-#include <vector>
 
 #include "gallery-host/Envelope.h"
+#include "gallery-host/GalleryList.h"
+#include "gallery-host/GalleryTable.h"
 #include "gallery-host/ListTable.h"
-#include "gallery-host/Printable.h"
 #include "gallery-host/Verbs.h"
 #include "sample-captures/SampleGallery.h"
 
@@ -18,16 +18,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Prints one folder and gives the names of the folders in it.
-std::vector<std::string> ListOne(Session& session, Output& output, const std::string& title,
-                                 const std::string& directory) {
+// What lies in a folder, foreign files too.
+void ListOne(Session& session, Output& output, const std::string& title, const std::string& directory) {
     ListOptions options;
     options.directory = directory;
-    options.exr = true;
     const KXP::Document answer = AskListing(session, options);
     const KXP::Value& listing = Payload(answer);
-    output.Write(Printable(title) + ": " + ListSummary(listing) + "\n" + ListTable(listing, WantsColour()));
-    return FolderNames(listing);
+    output.Write(title + ": " + ListSummary(listing) + "\n\n" + ListTable(listing, WantsColour()));
 }
 
 }  // namespace
@@ -67,10 +64,10 @@ std::string TemporaryHome::FillGallery() const {
 }
 
 void RunDemo(Session& session, Output& output, const std::string& gallery) {
-    for (const std::string& folder : ListOne(session, output, "Gallery", gallery)) {
-        output.Write("\n");
-        ListOne(session, output, folder, fs::path(gallery) / folder);
-    }
+    ListOne(session, output, "On disk", gallery);
+    const GalleryListing record = AskGallery(session);
+    output.Write("\nOn record: " + GallerySummary(record.games) + "\n\n" +
+                 GalleryTable(record.games, WantsColour()));
 }
 
 }  // namespace host

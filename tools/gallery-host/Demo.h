@@ -25,7 +25,7 @@ class TemporaryHome {
     const bool keep_;
 };
 
-// Lists the gallery and the folders in it.
+// Lists what lies in the gallery's folder, and what the gallery has on record.
 void RunDemo(Session& session, Output& output, const std::string& gallery);
 
 }  // namespace host

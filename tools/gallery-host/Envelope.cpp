@@ -85,6 +85,12 @@ std::string Text(const KXP::Value& object, const char* key) {
     return value && value->IsString() ? std::string(value->GetString(), value->GetStringLength()) : "";
 }
 
+KXP::Value::ConstArray Elements(const KXP::Value& object, const char* key) {
+    static const KXP::Value empty(rapidjson::kArrayType);
+    const KXP::Value* member = Find(object, key);
+    return (member && member->IsArray() ? *member : empty).GetArray();
+}
+
 bool IsResponse(const KXP::Document& envelope) {
     return !Text(envelope, "reference_uniqueid").empty();
 }

@@ -39,6 +39,8 @@ KXP::Document MakeRequest(const std::string& method, const KXP::Value& payload, 
 const KXP::Value* Find(const KXP::Value& object, const char* key);
 // A member that is a string, else an empty text.
 std::string Text(const KXP::Value& object, const char* key);
+// The elements of a member that is an array, else of an empty one.
+KXP::Value::ConstArray Elements(const KXP::Value& object, const char* key);
 // "reference_uniqueid" is a text that is not empty.
 bool IsResponse(const KXP::Document& envelope);
 bool IsPersistent(const KXP::Document& envelope);

@@ -60,12 +60,9 @@ Told Record(const KXP::Value& ugc, const std::string& remark) {
     const std::string path = Text(ugc, "path");
     if (path.empty()) return std::nullopt;
     const std::string type = Text(ugc, "fileType");
-    const std::string subtype = Text(ugc, "fileSubType");
-    // The one subtype that the plug-in leaves out.
-    const bool screenshot = subtype.empty() && type == "image";
     const KXP::Value& size = Member(ugc, "fileSizeKB");
     return Describe(ShortPath(path),
-                    {HumanKind(type), screenshot ? "screenshot" : HumanDetail(subtype),
+                    {HumanKind(type), HumanDetailOf(type, Text(ugc, "fileSubType")),
                      Quoted(Text(ugc, "highlightName")), Printable(Text(ugc, "duration")),
                      size.IsUint64() && size.GetUint64() > 0 ? HumanSize(size.GetDouble()) : "", remark});
 }

@@ -65,6 +65,12 @@ void RunCall(Session& session, Output& output, const CallOptions& options) {
     ThrowIfFailed(answer);
 }
 
+KXP::Document AskForSuccess(Session& session, const std::string& method, const KXP::Value& payload) {
+    KXP::Document answer = session.Ask(method, payload);
+    ThrowIfFailed(answer);
+    return answer;
+}
+
 KXP::Document AskListing(Session& session, const ListOptions& options) {
     KXP::Document request(rapidjson::kObjectType);
     KXP::Allocator& allocator = request.GetAllocator();
@@ -72,9 +78,7 @@ KXP::Document AskListing(Session& session, const ListOptions& options) {
     request.AddMember("shouldGetOnlyZv", options.onlyOwn, allocator);
     request.AddMember("excludeDirectoryType", KXP::Value(options.exclude, allocator), allocator);
     request.AddMember("shouldShowEXR", options.exr, allocator);
-    KXP::Document answer = session.Ask("GetFolderListing", request);
-    ThrowIfFailed(answer);
-    return answer;
+    return AskForSuccess(session, "GetFolderListing", request);
 }
 
 void RunList(Session& session, Output& output, const ListOptions& options) {

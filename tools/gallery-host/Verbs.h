@@ -33,7 +33,9 @@ std::string FolderPath(const std::string& path);
 // These throw Failure(kExitFailed) with the code and text of a result below zero.
 void RunCall(Session& session, Output& output, const CallOptions& options);
 void RunList(Session& session, Output& output, const ListOptions& options);
-// The response to the request that list makes.
+// The response to a request; throws as these do.
+KXP::Document AskForSuccess(Session& session, const std::string& method, const KXP::Value& payload);
+// The same for the request that list makes.
 KXP::Document AskListing(Session& session, const ListOptions& options);
 
 }  // namespace host

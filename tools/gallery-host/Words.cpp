@@ -57,6 +57,10 @@ std::string HumanDetail(const std::string& subtype) {
     return Human(kDetails, subtype);
 }
 
+std::string HumanDetailOf(const std::string& type, const std::string& subtype) {
+    return HumanDetail(subtype.empty() && type == "image" ? "Screenshot" : subtype);
+}
+
 std::string HumanSource(const std::string& source) {
     return Human(kSources, source);
 }

@@ -10,6 +10,8 @@ namespace host {
 // known is shown as it came, made Printable.
 std::string HumanKind(const std::string& type);
 std::string HumanDetail(const std::string& subtype);
+// The same for a record, in which a screenshot has no subtype.
+std::string HumanDetailOf(const std::string& type, const std::string& subtype);
 std::string HumanSource(const std::string& source);
 
 // "no files", "1 file" or "2 files".

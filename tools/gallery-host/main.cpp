@@ -16,6 +16,7 @@
 #include "gallery-host/DebugModes.h"
 #include "gallery-host/Demo.h"
 #include "gallery-host/Failure.h"
+#include "gallery-host/GalleryList.h"
 #include "gallery-host/Interrupt.h"
 #include "gallery-host/Output.h"
 #include "gallery-host/Serve.h"
@@ -29,6 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kFooter = R"(Examples:
+  gallery-host list
   gallery-host list ~/Videos
   gallery-host list --json --exr "$HOME/Videos/ZORVEX/Ovirastream/Some Game"
   gallery-host call GetFolderListing '{"directory":"/home/me/Videos","excludeDirectoryType":"empty"}'
@@ -40,6 +42,13 @@ constexpr const char* kFooter = R"(Examples:
 Data goes to standard output, everything else to standard error. Exit status: 0 success, 1 the request failed,
 2 usage, 3 the plug-in could not be loaded or started, 4 no answer in time, 130 interrupted. An interrupt stops
 the plug-in in order, and is the ordinary end of watch, which then gives 0; a second one leaves at once.
+)";
+
+constexpr const char* kListFooter =
+    R"(Without DIR it lists what the gallery has on record, game by game, newest first, and waits while the gallery
+is still being looked through; with --json as
+  {"games":[{"name":"Rustwind Rally","ugc":[{"path":"/home/me/Videos/...","fileType":"video"}]}]}
+With DIR it lists folders first, then files, newest first; with --json as the payload of GetFolderListing.
 )";
 
 constexpr const char* kServeFooter =
@@ -109,15 +118,19 @@ void AddVerbs(CLI::App& app, Arguments& arguments) {
                      "a JSON object; \"-\" reads it from standard input, \"@file\" from a file");
     call->add_flag("--raw", arguments.call.raw, "print the whole response on one line");
 
-    CLI::App* list = app.add_subcommand("list", "List a folder: folders first, then files, newest first.");
-    list->add_option("DIR", arguments.list.directory, "the folder")->required();
-    list->add_flag("--json", arguments.list.json, "print the response's payload, for programs");
+    CLI::App* list = app.add_subcommand("list", "List the gallery's captures, or what is in a folder.");
+    CLI::Option* folder =
+        list->add_option("DIR", arguments.list.directory, "a folder, instead of the gallery");
+    list->add_flag("--json", arguments.list.json, "print JSON, for programs");
     list->add_flag("--only-own", arguments.list.onlyOwn,
-                   "only the product's own captures, as the gallery has them on record");
-    list->add_option("--exclude", arguments.list.exclude, "folders to leave out")
+                   "only the product's own captures in DIR, as the gallery has them on record")
+        ->needs(folder);
+    list->add_option("--exclude", arguments.list.exclude, "folders in DIR to leave out")
         ->capture_default_str()
+        ->needs(folder)
         ->check(CLI::IsMember({"none", "hidden", "empty", "hiddenOrEmpty", "hiddenAndEmpty"}));
-    list->add_flag("--exr", arguments.list.exr, "list EXR files that have a thumbnail, too");
+    list->add_flag("--exr", arguments.list.exr, "list EXR files that have a thumbnail, too")->needs(folder);
+    list->footer(kListFooter);
 
     app.add_subcommand("serve", "Talk JSON lines on standard input and output, for programs.")
         ->footer(kServeFooter);
@@ -179,6 +192,8 @@ ExitStatus RunVerb(const CLI::App& app, Arguments& arguments, Interrupt& interru
         return run([&](Session& session) { RunCall(session, output, arguments.call); });
     }
     if (app.got_subcommand("list")) {
+        if (app.get_subcommand("list")->count("DIR") == 0)
+            return run([&](Session& session) { RunGalleryList(session, output, arguments.list.json); });
         arguments.list.directory = FolderPath(arguments.list.directory);
         return run([&](Session& session) { RunList(session, output, arguments.list); });
     }

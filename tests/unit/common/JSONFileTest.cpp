@@ -120,5 +120,42 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
     }
 }
 
+TEST_F(JSONFileTest, AStoppedTailLeavesTheOldTextOrTheNew) {
+    const std::string oldText = R"({"k":1,"a":"old"})";
+    const std::string tail = R"(,"a":"longer"})";
+    constexpr size_t kKeep = 6;
+    const std::string place = oldText + std::string(kKeep + tail.size() - oldText.size(), '\0');
+    const std::string second = '\0' + std::string("@6 14\n") + tail;
+    const auto valueIn = [&](const std::string& bytes) {
+        Document json;
+        return Read(bytes, json).Failed() ? "unreadable" : jsonGetValue<std::string>(json, "a");
+    };
+    for (size_t written = 0; written < second.size(); ++written) {
+        const std::string reserved = second.substr(0, written) + std::string(second.size() - written, '\0');
+        EXPECT_EQ(valueIn(place + reserved), "old") << written;
+    }
+    for (size_t written = 0; written <= tail.size(); ++written) {
+        const std::string front =
+            place.substr(0, kKeep) + tail.substr(0, written) + place.substr(kKeep + written);
+        EXPECT_EQ(valueIn(front + second), "longer") << written;
+        // And stopped again while a whole text was written behind these.
+        EXPECT_EQ(valueIn(front + second + std::string("\0{\"a\":\"ne", 9)), "longer") << written;
+    }
+    for (const std::string head :
+         {"@60 14\n", "@7 14\n", "@18446744073709551615 14\n", "@-6 14\n", "@6\n", "@6 13\n"})
+        EXPECT_EQ(valueIn(place + '\0' + head + tail), "old") << head;
+}
+
+TEST_F(JSONFileTest, ATailTakesThePlaceOfWhatStoodBehind) {
+    folder_.Write("f.json", "{\"k\":1,\"a\":\"old\"}");
+    HeldLog log;
+    for (const std::string tail : {",\"a\":\"much longer\"}", ",\"a\":2}"}) {
+        EXPECT_EQ(file_.WriteTail(6, tail, log).code, 0);
+        EXPECT_EQ(folder_.Read("f.json"), "{\"k\":1" + tail);
+    }
+    EXPECT_EQ(file_.WriteTail(100, "}", log).code, static_cast<int32_t>(0x80004005));
+    EXPECT_EQ(folder_.Read("f.json"), "{\"k\":1,\"a\":2}");
+}
+
 }  // namespace
 }  // namespace KXP

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "common/Drives.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/unit/hub/HubTest.h"
@@ -58,6 +60,12 @@ TEST_F(SettingsRequests, AnotherGalleryIsTakenAndGivenBack) {
     const auto second = hub_.GetUGCTracker();
     EXPECT_NE(second, first);
     EXPECT_EQ(first->Flush().text, "No tracker") << "it writes no more";
+    const auto firstLine = [lines = log_.Lines()](const char* text) {
+        return std::find_if(lines.begin(), lines.end(),
+                            [&](const std::string& line) { return line.find(text) != std::string::npos; }) -
+               lines.begin();
+    };
+    EXPECT_LT(firstLine("Stop tracker"), firstLine("File is unique")) << "one at work at a time";
     Ask(&ZvGalleryAPI::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Success");
     EXPECT_EQ(settings().GetUserGalleryPath(), old);

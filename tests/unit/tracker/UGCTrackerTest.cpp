@@ -1,6 +1,7 @@
 // The tracker over a real folder, with its worker's entries run one by one and the watcher's part played by
 // the test.
 #include <chrono>
+#include <future>
 #include <thread>
 
 #include <fcntl.h>
@@ -23,9 +24,9 @@ namespace {
 
 class UGCTrackerTest : public testing::Test {
   protected:
-    void Open(bool useUniqueFile = false) {
+    void Open(bool useUniqueFile = false, milliseconds sumInPassing = milliseconds(5)) {
         tracker_.reset();
-        UGCTracker::Parts parts{clock_, false, false, {}};
+        UGCTracker::Parts parts{clock_, false, false, {}, sumInPassing};
         tracker_ = std::make_unique<UGCTracker>(&host_, useUniqueFile, parts);
     }
     // One entry, with all that were enqueued before it due.
@@ -106,6 +107,7 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersAndIsSilent) {
     gallery_.AddImage(".hidden/d.png");
     gallery_.Add("Game/foreign.png", captures::Png(""));
     std::filesystem::create_symlink(gallery_.Path("Game"), gallery_.Path("Link"));
+    std::filesystem::create_symlink(gallery_.Path("Game"), gallery_.Path("Game/Loop"));
     Open();
     EXPECT_EQ(host_.GetGallerySettings()->GetTrackerUpdateState(), TrackerUpdateInProgress);
     RunDue();
@@ -124,6 +126,7 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersAndIsSilent) {
     EXPECT_EQ(games, std::vector<std::string>{"Game"});
     EXPECT_EQ(File()["UGC"].Size(), 2u);
     EXPECT_EQ(FileCrc(), DiskCrc());
+    EXPECT_EQ(log_.Count("Track File failed"), 1) << "the foreign one; a link to a folder is nobody's file";
 }
 
 TEST_F(UGCTrackerTest, AStartReadsTheFileOrRebuilds) {
@@ -218,6 +221,31 @@ TEST_F(UGCTrackerTest, TrackingIsToldOnceWrittenAndSharesWritesAlone) {
     tracker_.reset();
     EXPECT_EQ(host_.Told(), "usage 0, added 6 g.png");
     EXPECT_EQ(Records(), "1 a.png;2 b.mp4;3 d.png;4 e.png;5 f.png;6 g.png;");
+    EXPECT_NE(FileCrc(), DiskCrc());
+}
+
+TEST_F(UGCTrackerTest, ASumThatTakesLongIsMadeWhenTheCaptureIsTold) {
+    Open(false, milliseconds(-1));
+    RunDue();
+    host_.Told();
+    std::vector<bool> fits;
+    host_.onTold = [&] { fits.push_back(FileCrc() == DiskCrc()); };
+    EXPECT_EQ(Track(gallery_.AddImage("Game/a.png")), "usage 0, added 1 a.png");
+    EXPECT_EQ(fits, std::vector<bool>({false, false}));
+    EXPECT_EQ(Records(), "1 a.png;");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+    // Nor is it there as long as more is to come, also when that never does.
+    tracker_->TrackFile(gallery_.AddImage("Game/b.png"));
+    tracker_->TrackFile(gallery_.AddImage("Game/c.png"));
+    ASSERT_TRUE(Step());
+    clock_.Advance(milliseconds(200));
+    tracker_->TrackFile(gallery_.AddImage("Game/d.png"));
+    ASSERT_TRUE(Step());
+    EXPECT_EQ(host_.Told(), "usage 0, added 2 b.png, usage 0, added 3 c.png");
+    EXPECT_NE(FileCrc(), DiskCrc());
+    host_.onTold = nullptr;
+    tracker_.reset();
+    EXPECT_EQ(Records(), "1 a.png;2 b.png;3 c.png;");
     EXPECT_NE(FileCrc(), DiskCrc());
 }
 
@@ -417,6 +445,19 @@ TEST_F(UGCTrackerTest, AnAnnouncedHighlightBringsItsFieldsAndOneThatComesLaterRe
     EXPECT_EQ(host_.Told(), "deleted 1 a.mp4");
     EXPECT_FALSE(gallery_.home().Has("Videos/ZORVEX/Ovirastream/Game/a.mp4"));
     EXPECT_EQ(Records(), "9 b.mp4;");
+}
+
+// An announcement that the tracker has just missed must find the record when it looks for it.
+TEST_F(UGCTrackerTest, AHighlightIsEitherAnnouncedInTimeOrOnRecord) {
+    OpenSettled();
+    const std::string path = gallery_.AddHighlight("Game/a.mp4");
+    std::future<bool> onRecord;
+    host_.onHighlightAsked = [&] {
+        onRecord = std::async(std::launch::async, [&] { return tracker_->IsTrackedFile(path); });
+        (void)onRecord.wait_for(milliseconds(50));
+    };
+    Track(path);
+    EXPECT_TRUE(onRecord.get());
 }
 
 TEST_F(UGCTrackerTest, CapAndDiskAreToldOnEachCrossing) {

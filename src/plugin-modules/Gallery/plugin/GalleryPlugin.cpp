@@ -52,6 +52,8 @@ bool GalleryPlugin::Stop() {
 }
 
 void GalleryPlugin::Uninitialize() {
+    // Also when an abandoned task keeps the object: the next start has a tracker of its own over the files.
+    if (api_) api_->EndTracker();
     api_.reset();
 }
 

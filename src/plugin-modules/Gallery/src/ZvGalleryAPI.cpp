@@ -7,7 +7,7 @@
 ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
     : plugin_(plugin), queue_(queue) {
     // Behind all that it asks its host for.
-    InstallTracker(std::make_shared<UGCTracker>(this, false));
+    InstallTracker(false);
 }
 
 void ZvGalleryAPI::Cleanup() {
@@ -20,17 +20,25 @@ std::shared_ptr<UGCTracker> ZvGalleryAPI::GetUGCTracker() const {
     return tracker_;
 }
 
-void ZvGalleryAPI::InstallTracker(std::shared_ptr<UGCTracker> tracker) {
-    {
-        KXP::MutexLock lock(trackerMutex_);
-        tracker_.swap(tracker);
-    }
-    // Now, and not with whoever still has it: two that write would spoil each other's file.
-    if (tracker) tracker->Stop();
+void ZvGalleryAPI::PutTracker(std::shared_ptr<UGCTracker> tracker) {
+    KXP::MutexLock lock(trackerMutex_);
+    tracker_.swap(tracker);
+}
+
+void ZvGalleryAPI::InstallTracker(bool useUniqueFile) {
+    // Before the new one begins, and not with whoever still has it: two at work would spoil each other's
+    // files, and the old one's last entry would call the new one's scan complete. It can be asked meanwhile.
+    if (const std::shared_ptr<UGCTracker> old = GetUGCTracker()) old->Stop();
+    PutTracker(std::make_shared<UGCTracker>(this, useUniqueFile));
+}
+
+void ZvGalleryAPI::EndTracker() {
+    if (const std::shared_ptr<UGCTracker> old = GetUGCTracker()) old->Stop();
+    PutTracker(nullptr);
 }
 
 void ZvGalleryAPI::ReInitializeTracker() {
-    InstallTracker(std::make_shared<UGCTracker>(this, false));
+    InstallTracker(false);
 }
 
 std::string ZvGalleryAPI::GetGalleryPath() {

@@ -35,6 +35,8 @@ class ZvGalleryAPI : public ITrackerHost {
     // The tracker of now, or null between two galleries. It stays whole for who has it, also when another
     // takes its place meanwhile.
     std::shared_ptr<UGCTracker> GetUGCTracker() const EXCLUDES(trackerMutex_);
+    // Stops the tracker of now for good; from then on there is none. Nobody may be about to make another.
+    void EndTracker() EXCLUDES(trackerMutex_);
     // Comes up anew over the same gallery.
     void ReInitializeTracker() EXCLUDES(trackerMutex_);
 
@@ -114,11 +116,11 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // Tells of a capture that was on record when its notification came.
     void TellSaved(UGCTracker& tracker, const std::string& path, bool onlyIfItWaits);
-    void TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced,
-                            bool onlyIfItWaits);
+    void TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced);
 
-    // Puts it in place of the old one, which is stopped.
-    void InstallTracker(std::shared_ptr<UGCTracker> tracker) EXCLUDES(trackerMutex_);
+    // Comes up over the gallery of now, in place of the old one, which is stopped before.
+    void InstallTracker(bool useUniqueFile) EXCLUDES(trackerMutex_);
+    void PutTracker(std::shared_ptr<UGCTracker> tracker) EXCLUDES(trackerMutex_);
     KXP::RetVal RestoreGalleryPath();
 
     KXP::RetVal WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator);

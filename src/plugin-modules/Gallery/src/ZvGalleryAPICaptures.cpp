@@ -97,22 +97,22 @@ void ZvGalleryAPI::OnHighlightSaved(std::unique_ptr<KXP::JSONMessage> message) {
     const bool unannounced = KXP::jsonGetValueOrDefault<bool>(payload, "unannounced", false);
     const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
     if (!tracker) return;
-    const bool tracked = tracker->IsTrackedFile(path);
-    if (!tracked) {
+    if (!tracker->IsTrackedFile(path)) {
         pendingNotifications_.Put(path, unannounced, *message);
         tracker->TrackFile(path);
+        // The watcher may have been faster: without what is told here the record has an id of its own.
+        TrackedUGC ugc;
+        if (tracker->GetUGCData(path, ugc).Failed() || ugc.id == highlight.GetId()) return;
     }
-    if (tracked || tracker->IsTrackedFile(path))
-        TellHighlightSaved(*tracker, highlight, unannounced, !tracked);
+    TellHighlightSaved(*tracker, highlight, unannounced);
 }
 
-void ZvGalleryAPI::TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced,
-                                      bool onlyIfItWaits) {
+void ZvGalleryAPI::TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced) {
+    // Not left for the news of the record as it was, which may be on its way.
+    bool waiting = false;
+    (void)pendingNotifications_.Take(highlight.GetPath(), waiting);
     tracker.UpdateHighlightInfo(highlight);
-    tracker.Tell([this, &tracker, path = highlight.GetPath(), unannounced, onlyIfItWaits] {
-        bool waiting = false;
-        const auto found = pendingNotifications_.Take(path, waiting);
-        if (onlyIfItWaits && found != PendingNotifications::Found::ThisWaited) return;
+    tracker.Tell([this, &tracker, path = highlight.GetPath(), unannounced] {
         TrackedUGC ugc;
         if (!tracker.GetUGCData(path, ugc).Failed()) NotifyHighlightSaved(ugc, unannounced);
     });

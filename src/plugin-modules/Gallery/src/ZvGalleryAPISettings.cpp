@@ -109,7 +109,7 @@ KXP::RetVal ZvGalleryAPI::ChangeGalleryPath(const std::string& path, SettingsPro
     const std::string previous = settings_.GetUserGalleryPath();
     if (!settings_.SetUserGalleryPath(path)) return {kInvalidArgument, "Invalid path defined", 0};
     oldGalleryPath_ = previous;
-    InstallTracker(std::make_shared<UGCTracker>(this, true));
+    InstallTracker(true);
     progress.parameterSeen = true;
     progress.changed = true;
     return {};
@@ -122,11 +122,11 @@ KXP::RetVal ZvGalleryAPI::CancelPathUpdate(std::unique_ptr<KXP::JSONMessage>, KX
 }
 
 KXP::RetVal ZvGalleryAPI::RestoreGalleryPath() {
-    InstallTracker(nullptr);
+    EndTracker();
     settings_.SetTrackerUpdateState(CancelUpdate);
     if (!settings_.SetUserGalleryPath(oldGalleryPath_)) return {kInvalidArgument, "Invalid path defined", 0};
     if (!settings_.WriteSettings()) return {KXP::Code::kFailure, "Failed to save settings to disk", 0};
-    InstallTracker(std::make_shared<UGCTracker>(this, false));
+    InstallTracker(false);
     NotifyTrackerUpdate(CancelUpdateComplete);
     return {};
 }

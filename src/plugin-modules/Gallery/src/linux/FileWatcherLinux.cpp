@@ -34,6 +34,8 @@ constexpr milliseconds kLongestWait{60000};
 constexpr milliseconds kWithoutWake{20};
 // How long a question may wait while the thread is at a slow disk.
 constexpr milliseconds kAnswerLimit{100};
+// More than this is not told by name.
+constexpr size_t kMostUntold = 256;
 
 // Tells the events of closed windows, in their order, a few at a time.
 class Dispatcher {
@@ -90,7 +92,7 @@ class FileWatcher : public IFileWatcher {
                 std::unique_ptr<IFileWatcherCallback>&& callback);
     ~FileWatcher() override;
 
-    bool HasToldAll() override EXCLUDES(mutex_);
+    std::optional<std::vector<std::string>> Untold() override EXCLUDES(mutex_);
 
   private:
     void Run();
@@ -110,11 +112,11 @@ class FileWatcher : public IFileWatcher {
     KXP::Mutex mutex_;
     KXP::CondVar readyChanged_;
     bool ready_ GUARDED_BY(mutex_) = false;
-    // Questions whether all is told, by number, and the last that has an answer.
+    // Questions what is not told yet, by number, and the last that has an answer.
     KXP::CondVar answered_;
     uint64_t lastAsked_ GUARDED_BY(mutex_) = 0;
     uint64_t lastAnswered_ GUARDED_BY(mutex_) = 0;
-    bool toldAll_ GUARDED_BY(mutex_) = false;
+    std::optional<std::vector<std::string>> untold_ GUARDED_BY(mutex_);
 
     // Thread only.
     EventWindow window_;
@@ -153,7 +155,7 @@ void FileWatcher::Wake() {
         KXP_LOG(KXP::LogDetail, "File watcher was woken already");
 }
 
-bool FileWatcher::HasToldAll() {
+std::optional<std::vector<std::string>> FileWatcher::Untold() {
     const TimePoint limit = steady_clock::now() + kAnswerLimit;
     uint64_t asked = 0;
     {
@@ -164,14 +166,20 @@ bool FileWatcher::HasToldAll() {
     KXP::MutexLock lock(mutex_);
     while (lastAnswered_ < asked && steady_clock::now() < limit)
         answered_.WaitUntil(mutex_, limit);
-    return lastAnswered_ >= asked && toldAll_;
+    if (lastAnswered_ < asked) return std::nullopt;
+    return untold_;
 }
 
 // For questions that were asked before the events of this turn were read.
 void FileWatcher::Answer(uint64_t asked) {
-    const bool toldAll = dispatcher_.IsIdle() && !window_.Closes() && follower_.IsAtRest();
+    std::optional<std::vector<std::string>> untold;
+    if (dispatcher_.IsIdle() && window_.size() <= kMostUntold) untold = follower_.Awaited(kMostUntold);
+    if (untold) {
+        for (const WatchEvent& event : window_.events())
+            untold->push_back(event.path);
+    }
     KXP::MutexLock lock(mutex_);
-    toldAll_ = toldAll;
+    untold_ = std::move(untold);
     lastAnswered_ = asked;
     answered_.NotifyAll();
 }

@@ -43,11 +43,16 @@ void ReportLedger::FolderAppeared(const std::string& path, uint32_t flag) {
 
 void ReportLedger::FolderGone(const std::string& path, uint32_t flag) {
     known_.Erase(path);
-    EraseWithBeneath(unsettled_, path);
+    unsettled_.erase(path);
     Tell(path, flag | ItemIsDir);
     // Each for itself, for another folder may have come in its place before this is told.
     for (const WatchEvent& event : known_.TakeBeneath(path, flag))
         Tell(event.path, event.flags);
+    // Also those not told of: who was told of the folder has looked into it.
+    const auto [first, last] = Beneath(unsettled_, path);
+    for (auto entry = first; entry != last; ++entry)
+        Tell(entry->first, flag | ItemIsFile);
+    unsettled_.erase(first, last);
 }
 
 ReportLedger::Folders ReportLedger::Compare(const std::string& folder, const FolderSnapshot& disk,
@@ -119,6 +124,7 @@ void ReportLedger::LookAgain(TimePoint now) {
 bool ReportLedger::HasSettled(const std::string& path, Unsettled& entry, TimePoint now) {
     if (now < entry.seen + settle_) return false;
     const Item item = LookAt(path);
+    if (item.kind == ItemKind::None) Tell(path, ItemRemoved | ItemIsFile);
     if (item.kind != ItemKind::File) return true;
     if (item.stamp != entry.stamp) {
         entry = {item.stamp, now, true};

@@ -48,6 +48,12 @@ class ReportLedger {
     // books: it must not be missed when it goes again.
     void NoteTold(const WatchEvent& event, WatchAction action);
 
+    std::vector<std::string> UnsettledPaths() const {
+        std::vector<std::string> paths;
+        for (const auto& [path, entry] : unsettled_)
+            paths.push_back(path);
+        return paths;
+    }
     // Looks again at files that may not have been complete, once that is due.
     TimePoint NextLook() const { return nextLook_; }
     void LookAgain(TimePoint now);

@@ -204,23 +204,23 @@ void TreeFollower::Step() {
     RunJobs(now + kStep);
 }
 
-bool TreeFollower::IsAtRest() {
-    if (!readAll_ || eventsLost_ || !galleryJobs_.empty() || ledger_.NextLook() != TimePoint::max())
-        return false;
+std::optional<std::vector<std::string>> TreeFollower::Awaited(size_t most) {
+    if (!readAll_ || eventsLost_ || !galleryJobs_.empty()) return std::nullopt;
+    std::vector<std::string> awaited = ledger_.UnsettledPaths();
     // Of what was made and never closed only a file that was written a moment ago counts: a later write gives
     // any other a new time, by which it is known to have changed.
     const int64_t young = FileClockNs() - kYoungNs;
-    for (auto path = unfinished_.begin(); path != unfinished_.end();) {
+    for (auto path = unfinished_.begin(); path != unfinished_.end() && awaited.size() <= most;) {
         const Item item = LookAt(*path);
         if (item.kind != ItemKind::File) {
             path = unfinished_.erase(path);
-        } else if (item.stamp.modifiedNs >= young) {
-            return false;
-        } else {
-            ++path;
+            continue;
         }
+        if (item.stamp.modifiedNs >= young) awaited.push_back(*path);
+        ++path;
     }
-    return true;
+    if (awaited.size() > most) return std::nullopt;
+    return awaited;
 }
 
 TimePoint TreeFollower::NextDue() const {

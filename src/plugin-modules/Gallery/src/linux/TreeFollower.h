@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <set>
 #include <string>
 #include <unordered_set>
@@ -43,9 +44,9 @@ class TreeFollower {
     // When there is something to do; in the past when there is now.
     TimePoint NextDue() const;
 
-    // Whether nothing waits to be found, as of the last ReadEvents, and no file of the gallery is being
-    // written.
-    bool IsAtRest();
+    // The files of the gallery that are yet to be complete or settled; no value when more than `most` are, or
+    // when something waits to be read, as of the last ReadEvents.
+    std::optional<std::vector<std::string>> Awaited(size_t most);
 
     // Events were lost: to begin anew and compare what is there with what was told.
     void DistrustEvents() { eventsLost_ = true; }

@@ -40,9 +40,9 @@ class FileWatcher : public IFileWatcher {
     }
     ~FileWatcher() override;
 
-    bool HasToldAll() override {
+    std::optional<std::vector<std::string>> Untold() override {
         if (stream_) FSEventStreamFlushSync(stream_);
-        return true;
+        return std::vector<std::string>{};
     }
 
   private:

@@ -34,6 +34,9 @@ class EventWindow {
     // Whether the events are to be taken now: the time is over, or they are too many to wait for more.
     bool IsDue(TimePoint now) const { return closes_ && (now >= *closes_ || events_.size() >= capacity_); }
 
+    size_t size() const { return events_.size(); }
+    const std::deque<WatchEvent>& events() const { return events_; }
+
     // Closes the window and gives what was in it.
     std::deque<WatchEvent> Take();
 

@@ -5,7 +5,9 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 // Both calls may come for what is known already, or known to be gone: the callback is idempotent. Neither may
 // destroy the watcher.
@@ -23,10 +25,10 @@ class IFileWatcher {
   public:
     virtual ~IFileWatcher() = default;
 
-    // Whether the callback has been told of everything that had happened when the call was made, and no file
-    // is being written just now. Waits for the watcher's thread, some 100 ms at most, and then says no. Any
-    // thread but that one.
-    virtual bool HasToldAll() = 0;
+    // The paths of which there was news when the call was made that the callback has not been told, and of
+    // files that are being written just now. No value when that cannot be said, for there may be any number.
+    // Waits for the watcher's thread, some 100 ms at most. Any thread but that one.
+    virtual std::optional<std::vector<std::string>> Untold() = 0;
 };
 
 struct WatcherOptions {

@@ -12,11 +12,18 @@
 
 namespace {
 
-// A link is no folder, whatever it leads to.
-bool IsFolder(DIR* folder, const dirent& entry) {
-    if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+enum class EntryKind { Folder, LinkToFolder, File };
+
+bool IsFolder(DIR* folder, const dirent& entry, int flags) {
     struct stat status {};
-    return fstatat(dirfd(folder), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+    return fstatat(dirfd(folder), entry.d_name, &status, flags) == 0 && S_ISDIR(status.st_mode);
+}
+
+EntryKind KindOf(DIR* folder, const dirent& entry) {
+    if (entry.d_type == DT_DIR) return EntryKind::Folder;
+    if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return EntryKind::File;
+    if (IsFolder(folder, entry, AT_SYMLINK_NOFOLLOW)) return EntryKind::Folder;
+    return IsFolder(folder, entry, 0) ? EntryKind::LinkToFolder : EntryKind::File;
 }
 
 DIR* OpenFolder(const std::string& path, int flags) {
@@ -28,7 +35,7 @@ DIR* OpenFolder(const std::string& path, int flags) {
 }
 
 void ForEachEntry(const std::string& path, int flags,
-                  const std::function<void(const char* name, bool isFolder)>& use) {
+                  const std::function<void(const char* name, EntryKind kind)>& use) {
     DIR* folder = OpenFolder(path, flags);
     if (!folder) return;
     int illegible = 0;
@@ -39,7 +46,7 @@ void ForEachEntry(const std::string& path, int flags,
             ++illegible;
             continue;
         }
-        use(entry->d_name, IsFolder(folder, *entry));
+        use(entry->d_name, KindOf(folder, *entry));
     }
     closedir(folder);
     if (illegible > 0)
@@ -48,8 +55,8 @@ void ForEachEntry(const std::string& path, int flags,
 }
 
 void AppendFiles(const std::string& folder, int flags, std::vector<std::string>& files) {
-    ForEachEntry(folder, flags, [&](const char* name, bool isFolder) {
-        if (!isFolder) files.push_back(folder + "/" + name);
+    ForEachEntry(folder, flags, [&](const char* name, EntryKind kind) {
+        if (kind == EntryKind::File) files.push_back(folder + "/" + name);
     });
 }
 
@@ -63,8 +70,8 @@ std::vector<std::string> ScanFolder(const std::string& folder) {
 
 std::vector<std::string> ScanGallery(const std::string& gallery) {
     std::vector<std::string> games;
-    ForEachEntry(gallery, 0, [&](const char* name, bool isFolder) {
-        if (isFolder && name[0] != '.') games.push_back(gallery + name);
+    ForEachEntry(gallery, 0, [&](const char* name, EntryKind kind) {
+        if (kind == EntryKind::Folder && name[0] != '.') games.push_back(gallery + name);
     });
     std::vector<std::string> files;
     for (const std::string& game : games)

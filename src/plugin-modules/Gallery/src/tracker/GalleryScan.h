@@ -1,10 +1,11 @@
-// What lies in a gallery: the files of its game folders. Names alone, no file is opened and no link followed.
+// What lies in a gallery: the files of its game folders. Names alone, no file is opened and no link followed;
+// a link to a folder is neither folder nor file.
 #pragma once
 
 #include <string>
 #include <vector>
 
-// The paths of all entries but folders, in the order that the folder gives them. Nothing for a folder that
+// The paths of all files, in the order that the folder gives them. Nothing for a folder that
 // cannot be read. Names that are not UTF-8 are passed over, which is logged once.
 std::vector<std::string> ScanFolder(const std::string& folder);
 

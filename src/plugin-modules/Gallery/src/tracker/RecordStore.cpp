@@ -20,6 +20,7 @@ void EraseFromGroup(TrackedUGCGame& game, const std::string& group, const std::s
 }  // namespace
 
 void RecordStore::Clear() {
+    ++generation_;
     byPath_.clear();
     byId_.clear();
     records_.clear();
@@ -64,7 +65,8 @@ void RecordStore::Unindex(uint64_t place, const TrackedUGC& record) {
 
 RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths) {
     std::set<uint64_t> places;
-    for (const std::string& path : paths) {
+    // Each path once: in a file that repeats one for all its records the work would be their square.
+    for (const std::string_view path : std::set<std::string_view>(paths.begin(), paths.end())) {
         const auto [first, end] = byPath_.equal_range(path);
         for (auto entry = first; entry != end; ++entry)
             places.insert(entry->second);
@@ -77,6 +79,7 @@ RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths) 
 }
 
 RecordStore::RecordPtr RecordStore::Detach(Records::iterator record) {
+    ++generation_;
     RecordPtr detached = record->second;
     Unindex(record->first, *detached);
     records_.erase(record);
@@ -118,6 +121,7 @@ int RecordStore::RemoveFromGames(const std::vector<RecordPtr>& records) {
 RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
     const auto found = FirstOfPath(record.path);
     if (found == records_.end()) return nullptr;
+    ++generation_;
     const uint64_t place = found->first;
     const RecordPtr old = found->second;
     Unindex(place, *old);
@@ -198,12 +202,12 @@ std::vector<RecordStore::RecordPtr> RecordStore::Newest(size_t count, IdKey& end
     return found;
 }
 
-std::vector<RecordStore::RecordPtr> RecordStore::Snapshot() const {
-    std::vector<RecordPtr> all;
-    all.reserve(records_.size());
-    for (const auto& [place, record] : records_)
-        all.push_back(record);
-    return all;
+std::vector<RecordStore::RecordPtr> RecordStore::From(uint64_t place) const {
+    std::vector<RecordPtr> found;
+    if (place == 0) found.reserve(records_.size());
+    for (auto entry = records_.lower_bound(place); entry != records_.end(); ++entry)
+        found.push_back(entry->second);
+    return found;
 }
 
 uint64_t RecordStore::SumKB() const {

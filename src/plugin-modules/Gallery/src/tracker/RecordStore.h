@@ -59,7 +59,12 @@ class RecordStore {
     static IdKey NewestEnd() { return {INT32_MAX, UINT64_MAX}; }
 
     size_t size() const { return records_.size(); }
-    std::vector<RecordPtr> Snapshot() const;
+    std::vector<RecordPtr> Snapshot() const { return From(0); }
+    // Those that were tracked at place `place` or later. Places are given in order and never twice.
+    std::vector<RecordPtr> From(uint64_t place) const;
+    uint64_t nextPlace() const { return nextPlace_; }
+    // Another number after each change but those that only add records at the end.
+    uint64_t generation() const { return generation_; }
     uint64_t SumKB() const;
     const Games& games() const { return games_; }
 
@@ -83,6 +88,7 @@ class RecordStore {
     // By the number that each got when it was tracked.
     Records records_;
     uint64_t nextPlace_ = 0;
+    uint64_t generation_ = 0;
     // The texts are those of the records.
     std::multimap<std::string_view, uint64_t> byPath_;
     std::set<IdKey> byId_;

@@ -182,7 +182,7 @@ const TrackedUGC& RecordOf(const std::shared_ptr<const TrackedUGC>& record) {
 
 template <typename Records>
 void WriteTracker(const Records& records, const TrackedUGCGames& games, const TrackerInfo& info,
-                  PrettyJsonWriter& writer) {
+                  PrettyJsonWriter& writer, const std::function<void()>& behindRecords) {
     writer.StartObject();
     writer.Key("UGC");
     writer.StartArray();
@@ -190,6 +190,7 @@ void WriteTracker(const Records& records, const TrackedUGCGames& games, const Tr
         const TrackedUGC& record = RecordOf(entry);
         WriteMember{record, KindsOf(record), writer}(kRecordFileFields);
     }
+    behindRecords();
     writer.EndArray();
     writer.Key("apps");
     writer.StartArray();
@@ -250,10 +251,11 @@ void ParseTrackerInfoFromJSON(const Value& root, TrackerInfo& info) {
 }
 
 void WriteTrackerJSON(const TrackerContent& content, PrettyJsonWriter& writer) {
-    WriteTracker(content.ugc, content.games, content.info, writer);
+    WriteTracker(content.ugc, content.games, content.info, writer, [] {});
 }
 
 void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
-                      const TrackerInfo& info, PrettyJsonWriter& writer) {
-    WriteTracker(ugc, games, info, writer);
+                      const TrackerInfo& info, PrettyJsonWriter& writer,
+                      const std::function<void()>& behindRecords) {
+    WriteTracker(ugc, games, info, writer, behindRecords);
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -41,5 +42,7 @@ void ParseTrackerInfoFromJSON(const KXP::Value& root, TrackerInfo& info);
 
 // Writes the whole file in valid UTF-8: bytes of a record that are none become U+FFFD.
 void WriteTrackerJSON(const TrackerContent& content, KXP::PrettyJsonWriter& writer);
+// `behindRecords` is called when the last record is written and the end of their array is not.
 void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
-                      const TrackerInfo& info, KXP::PrettyJsonWriter& writer);
+                      const TrackerInfo& info, KXP::PrettyJsonWriter& writer,
+                      const std::function<void()>& behindRecords);

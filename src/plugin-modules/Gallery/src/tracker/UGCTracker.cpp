@@ -54,6 +54,7 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
       clock_(parts.clock),
       shareFolder_(KXP::CreateDirectoryPath(GetShareFolderPath())),
       gallery_(host->GetGalleryPath()),
+      sumInPassing_(parts.sumInPassing),
       updateInProgress_(useUniqueFile),
       replaceTrackerFile_(useUniqueFile),
       queue_("UGC_", parts.clock) {
@@ -68,7 +69,6 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
 }
 
 UGCTracker::~UGCTracker() {
-    DeleteUniqueTrackerFiles();
     Stop();
 }
 
@@ -91,10 +91,12 @@ void UGCTracker::StartWatcher(WatcherOptions options) {
 
 void UGCTracker::Stop() {
     if (stopping_.exchange(true)) return;
+    DeleteUniqueTrackerFiles();
     KXP_LOG(KXP::LogMilestone, "Stop tracker");
     queue_.StopAndJoin();
     // While the watcher can still say whether there is more to come.
-    FinishRun();
+    FinishRun(Sum::Renew);
+    PaySum();
     {
         FileTurn turn(*this);
         watcher_.reset();

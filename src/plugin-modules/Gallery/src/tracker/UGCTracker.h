@@ -7,13 +7,17 @@
 //
 // The file and the sum of the gallery's tree that stands in it cost as much as the gallery is large. So files
 // that are tracked one behind the other share one write: each is on record at once, and is told when it is
-// written.
+// written. Of the file only what is new is written when captures alone have come. In a large gallery the sum
+// is made behind that, when nothing else is to be tracked. Until then, and as long as more is known to come,
+// the file holds a sum that fits no tree, so that a start after a crash rebuilds.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -29,6 +33,7 @@
 #include "plugin-modules/Gallery/src/tracker/PendingHighlights.h"
 #include "plugin-modules/Gallery/src/tracker/RecordStore.h"
 #include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerFileWriter.h"
 
 class UGCTracker {
   public:
@@ -41,6 +46,8 @@ class UGCTracker {
         bool startWorker = true;  // else the test steps queue()
         bool watch = true;
         WatcherOptions watcher;  // but for its gallery
+        // Captures are told ahead of a sum of the gallery's tree that takes longer.
+        std::chrono::milliseconds sumInPassing{5};
     };
 
     // Comes up with what the file holds or, when that is not true to the disk, with a rebuild that goes on
@@ -137,7 +144,9 @@ class UGCTracker {
 
     // Work on paths: it is known to wait until it is begun.
     void EnqueueWork(const void* tag, std::function<void()> work);
-    bool KnowsAll();
+    bool KnowsAll() EXCLUDES(mutex_);
+    bool IsSettled(const std::string& path) const EXCLUDES(mutex_);
+    void NoteRefused(const std::string& path) EXCLUDES(mutex_);
 
     // Tracking, on the worker.
     void EnqueueTrack(const std::string& path);
@@ -145,6 +154,7 @@ class UGCTracker {
     void EnterRecord(TrackedUGC record) EXCLUDES(mutex_);
     void TakeHighlight(const Highlight& highlight, TrackedUGC& record);
     void EndStep() EXCLUDES(mutex_);
+    void PaySum() EXCLUDES(mutex_);
     bool MayWaitForNext() EXCLUDES(mutex_);
     void UntrackPath(const std::string& path) EXCLUDES(mutex_);
 
@@ -159,14 +169,16 @@ class UGCTracker {
     uint32_t UsageKB() const EXCLUDES(mutex_);
 
     // Writing.
-    enum class Sum { Keep, Renew };  // of the gallery's tree; what is pending renews it in any case
+    // Of the gallery's tree. What is pending renews it in any case, but for Later, which puts it off when it
+    // takes long.
+    enum class Sum { Keep, Renew, Later };
     KXP::RetVal WriteUGCToTracker(Sum sum, bool tellUsage) EXCLUDES(mutex_);
     KXP::RetVal WriteSnapshot(size_t& steps) EXCLUDES(mutex_);
     void RenewSum(bool pending) EXCLUDES(mutex_);
     void QueueRelease();
     void ReleaseSum() EXCLUDES(mutex_);
-    void FinishRun() EXCLUDES(mutex_);
-    bool MeasureFolder(uint32_t& crc) const;
+    void FinishRun(Sum sum) EXCLUDES(mutex_);
+    bool MeasureFolder(uint32_t& crc);
     void TellSteps(size_t count, const KXP::RetVal& written) EXCLUDES(mutex_);
     void TellStep(const Step& step);
     static bool NeedsWrite(const Step& step);
@@ -182,6 +194,7 @@ class UGCTracker {
     const std::string shareFolder_;
     // Ends in "/". A tracker belongs to one gallery; another folder gets a tracker of its own.
     const std::string gallery_;
+    const std::chrono::milliseconds sumInPassing_;
 
     // With synchronisation of their own.
     IgnoreList ignoreList_;
@@ -190,13 +203,16 @@ class UGCTracker {
     Outbox outbox_;
     std::atomic<bool> updateInProgress_;
     std::atomic<bool> stopping_{false};
-    std::atomic<size_t> waiting_{0};  // entries of the queue that work on paths
+    std::atomic<bool> sumOwed_{false};  // put off, for the worker to make
+    std::atomic<size_t> waiting_{0};    // entries of the queue that work on paths
 
     mutable KXP::Mutex mutex_;
     RecordStore records_ GUARDED_BY(mutex_);
     int32_t lastUGCIdUsed_ GUARDED_BY(mutex_) = 0;
     uint32_t usageKB_ GUARDED_BY(mutex_) = 0;
     uint32_t folderCRC_ GUARDED_BY(mutex_) = 0;
+    // The last files that were looked at and are none of ours.
+    std::set<std::string> refused_ GUARDED_BY(mutex_);
     // Tracked and not yet written, and since when.
     std::vector<Step> run_ GUARDED_BY(mutex_);
     KXP::TimePoint runStart_ GUARDED_BY(mutex_);
@@ -217,10 +233,12 @@ class UGCTracker {
     bool fileTaken_ GUARDED_BY(mutex_) = false;
     // By turn.
     KXP::JSONFile trackerFile_;
+    TrackerFileWriter writer_;
     bool replaceTrackerFile_;
     bool stopped_ = false;
     // The file holds a sum that fits no tree: more was known to come when it was written.
     bool sumWithheld_ = false;
+    std::chrono::nanoseconds sumTook_{0};  // the last time
     bool releaseQueued_ = false;
     std::unique_ptr<IFileWatcher> watcher_;
 

@@ -53,7 +53,8 @@ RetVal UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
 
 void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
     if (gone.empty()) return;
-    if (Untrack(gone) < gone.size()) KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
+    for (size_t found = Untrack(gone); found < gone.size(); ++found)
+        KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
     (void)Flush();
 }
 

@@ -16,6 +16,8 @@ namespace {
 constexpr std::chrono::milliseconds kLiveRun{100};
 constexpr std::chrono::milliseconds kRebuildRun{1000};
 
+constexpr size_t kMostRefused = 4096;
+
 // Marks the queue's entries that track or untrack, which share their write with the next of the kind.
 const char kRunTag = 0;
 
@@ -41,7 +43,14 @@ void UGCTracker::EnqueueTrack(const std::string& path) {
 }
 
 void UGCTracker::EndStep() {
-    if (!MayWaitForNext()) FinishRun();
+    if (!MayWaitForNext()) FinishRun(Sum::Later);
+    outbox_.Drain();
+    if (!queue_.NextDueIs(&kRunTag)) PaySum();
+}
+
+void UGCTracker::PaySum() {
+    if (!sumOwed_) return;
+    (void)WriteUGCToTracker(Sum::Renew, false);
     outbox_.Drain();
 }
 
@@ -69,21 +78,30 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
     queue_.AssertOnWorker();
     if (IsTrackedFile(path)) return {KXP::Code::kNothingDone, "File is already tracked as UGC", 0};
     TrackedUGC record;
-    if (KXP::RetVal inspected = InspectCapture(path, record); inspected.Failed()) return inspected;
+    if (KXP::RetVal inspected = InspectCapture(path, record); inspected.Failed()) {
+        NoteRefused(path);
+        return inspected;
+    }
     EnterRecord(std::move(record));
     return {};
+}
+
+void UGCTracker::NoteRefused(const std::string& path) {
+    KXP::MutexLock lock(mutex_);
+    if (refused_.size() >= kMostRefused) refused_.clear();
+    refused_.insert(path);
 }
 
 void UGCTracker::EnterRecord(TrackedUGC record) {
     // The folder, and not what the file says of itself, decides the game: users sort their captures.
     record.profileName = NameOf(ParentOf(record.path));
     Highlight highlight;
-    const bool announced = TrackedUGC::IsAHighlight(record) && host_.GetHighlightInfo(record.path, highlight);
     const bool rebuilding = host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress;
     const Step::Kind kind = updateInProgress_ ? Step::Tick : rebuilding ? Step::Silent : Step::Added;
 
     KXP::MutexLock lock(mutex_);
-    if (announced) {
+    // Asked for under the lock: an announcement that comes too late to be found here finds the record.
+    if (TrackedUGC::IsAHighlight(record) && host_.GetHighlightInfo(record.path, highlight)) {
         TakeHighlight(highlight, record);
     } else {
         record.id = NextId();

@@ -1,10 +1,13 @@
 // The record's way to the disk, and the news of it to the host.
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "common/DirUtil.h"
 #include "common/Exception.h"
+#include "common/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
 #include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
@@ -37,10 +40,13 @@ uint32_t UGCTracker::UsageKB() const {
     return usageKB_;
 }
 
-bool UGCTracker::MeasureFolder(uint32_t& crc) const {
+bool UGCTracker::MeasureFolder(uint32_t& crc) {
     try {
         MakeGallery();
-        return !media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc).Failed();
+        const KXP::TimePoint start = clock_.Now();
+        const bool measured = !media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc).Failed();
+        sumTook_ = clock_.Now() - start;
+        return measured;
     } catch (const std::exception&) {
         return false;  // the gallery's drive is gone
     }
@@ -54,12 +60,12 @@ void UGCTracker::Tell(std::function<void()> event) {
     outbox_.Drain();
 }
 
-void UGCTracker::FinishRun() {
+void UGCTracker::FinishRun(Sum sum) {
     {
         KXP::MutexLock lock(mutex_);
         if (run_.empty()) return;
     }
-    (void)WriteUGCToTracker(Sum::Renew, false);
+    (void)WriteUGCToTracker(sum, false);
 }
 
 KXP::RetVal UGCTracker::Flush() {
@@ -77,7 +83,12 @@ KXP::RetVal UGCTracker::WriteUGCToTracker(Sum sum, bool tellUsage) {
         KXP::MutexLock lock(mutex_);
         pending = !run_.empty();
     }
-    if (pending || sum == Sum::Renew) RenewSum(pending);
+    if (sum == Sum::Later && sumTook_ > sumInPassing_) {
+        sumWithheld_ = true;
+        sumOwed_ = true;
+    } else if (pending || sum == Sum::Renew) {
+        RenewSum(pending);
+    }
     size_t steps = 0;
     KXP::RetVal written = WriteSnapshot(steps);
     TellSteps(steps, written);
@@ -93,6 +104,7 @@ void UGCTracker::RenewSum(bool pending) {
         KXP::MutexLock lock(mutex_);
         crc = folderCRC_;
     }
+    sumOwed_ = false;
     if (!MeasureFolder(crc))
         KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
     {
@@ -124,23 +136,34 @@ void UGCTracker::ReleaseSum() {
 }
 
 bool UGCTracker::KnowsAll() {
-    return waiting_ == 0 && (!watcher_ || watcher_->HasToldAll());
+    if (waiting_ > 0) return false;
+    if (!watcher_) return true;
+    const auto untold = watcher_->Untold();
+    return untold &&
+           std::all_of(untold->begin(), untold->end(), [this](const auto& path) { return IsSettled(path); });
+}
+
+// Whether what is on disk at the path is what is on record.
+bool UGCTracker::IsSettled(const std::string& path) const {
+    if (KXP::DirectoryExists(path)) return false;
+    const bool exists = KXP::FileExists(path);
+    KXP::MutexLock lock(mutex_);
+    const bool tracked = records_.FindByPath(path) != nullptr;
+    if (exists) return tracked || refused_.count(path) > 0;
+    return !tracked && records_.Under(path + "/").empty();
 }
 
 KXP::RetVal UGCTracker::WriteSnapshot(size_t& steps) {
-    std::vector<RecordPtr> records;
-    TrackedUGCGames games;
-    TrackerInfo info;
+    writer_.Recheck(trackerFile_);
+    std::optional<TrackerFileWriter::Content> content;
     {
         KXP::MutexLock lock(mutex_);
         steps = run_.size();
-        records = records_.Snapshot();
-        games = records_.games();
-        info = {lastUGCIdUsed_, kTrackerVersion, sumWithheld_ ? ~folderCRC_ : folderCRC_};
+        content.emplace(records_, writer_.FirstPlace(records_));
+        content->info = {lastUGCIdUsed_, kTrackerVersion, sumWithheld_ ? ~folderCRC_ : folderCRC_};
     }
     KXP::HeldLog log;
-    return trackerFile_.WriteJSON(
-        [&](KXP::PrettyJsonWriter& writer) { WriteTrackerJSON(records, games, info, writer); }, log);
+    return writer_.Write(trackerFile_, *content, log);
 }
 
 bool UGCTracker::NeedsWrite(const Step& step) {

@@ -1,0 +1,172 @@
+// The requests for what is on record, over a gallery that the tracker has found at its start.
+
+#include <deque>
+
+#include <gtest/gtest.h>
+
+#include "common/JsonHelpers.h"
+#include "common/JsonParse.h"
+#include "tests/abi/PluginLibrary.h"
+#include "tests/support/TempGallery.h"
+
+namespace {
+
+class RecordsTest : public testing::Test {
+  protected:
+    ~RecordsTest() override { EXPECT_TRUE(plugin_.Down(container_)); }
+
+    void Start() {
+        EXPECT_TRUE(plugin_.Up(container_));
+        EXPECT_EQ(container_.WaitFor(6, "Tracker update done").notification, 6);
+    }
+
+    // The payload of the answer.
+    const KXP::Value& Ask(const std::string& method, const std::string& payload) {
+        const std::string text =
+            plugin_.Ask(container_, method, "ask" + std::to_string(answers_.size()), payload);
+        KXP::Document& answer = answers_.emplace_back();
+        EXPECT_FALSE(KXP::ParseJSON(text, answer).IsError()) << method;
+        return KXP::JSONGetObject(answer, "payload");
+    }
+
+    // "0 Success", or the code and text of a failure.
+    std::string Result(const std::string& method, const std::string& payload) {
+        const KXP::Value& answer = Ask(method, payload);
+        return std::to_string(KXP::jsonGetValue<int>(answer, "_return_code")) + " " +
+               KXP::jsonGetValue<std::string>(answer, "_return_status");
+    }
+
+    // The names of its members, but for those of the result.
+    std::string Members(const KXP::Value& answer) {
+        std::string names;
+        for (const auto& member : answer.GetObject())
+            if (member.name.GetString()[0] != '_') names += std::string(member.name.GetString()) + "|";
+        return names;
+    }
+
+    std::string FileParameter(const std::string& name, const std::string& more = "") {
+        return R"({"file":")" + gallery_.Path(name) + "\"" + more + "}";
+    }
+
+    unsigned Crc(const std::string& directory) {
+        return KXP::jsonGetValue<unsigned>(Ask("GetFolderCRC", R"({"directory":")" + directory + "\"}"),
+                                           "crc");
+    }
+
+    FakeContainer container_;
+    const PluginLibrary plugin_{PRODUCT_ROOT};
+    const TempGallery gallery_{};  // behind the library's home, which it stands in for
+    std::deque<KXP::Document> answers_;
+};
+
+const std::string kInvalid = std::to_string(static_cast<int32_t>(0x80070057));
+const std::string kFailure = std::to_string(static_cast<int32_t>(0x80004005));
+
+}  // namespace
+
+TEST_F(RecordsTest, TellsGamesAndTheirCaptures) {
+    gallery_.AddImage("Race/a.png");
+    gallery_.AddImage("Race/c.png");
+    gallery_.AddHighlight("Race/b.mp4");
+    gallery_.AddImage("Art/z.png");
+    gallery_.AddImage("of no game.png");
+    gallery_.Add("Race/foreign.txt", "text");
+    Start();
+    const KXP::Value& stats = Ask("GetAppStats", R"({"appName":"Race"})");
+    EXPECT_EQ(KXP::jsonGetValue<unsigned>(stats, "screenshots"), 2u);
+    EXPECT_EQ(KXP::jsonGetValue<unsigned>(stats, "videos"), 1u);
+    EXPECT_EQ(Ask("GetAppUGC", R"({"appName":"Race"})")["ugc"].Size(), 3u);
+    EXPECT_EQ(Ask("GetAppUGC", R"({"appName":"Nobody's"})")["ugc"].Size(), 0u);
+    EXPECT_EQ(Ask("GetRecentUGC", R"({"count":3})")["recents"].Size(), 3u);
+
+    const auto list = [&](const std::string& folder) {
+        const KXP::Value& listing = Ask("GetFolderListing", R"({"directory":")" + gallery_.path() + folder +
+                                                                R"(","shouldGetOnlyZv":true})");
+        std::string names;
+        for (const KXP::Value& file : listing["files"].GetArray())
+            names += KXP::jsonGetValue<std::string>(file, "name") + "|";
+        for (const std::string& name : KXP::JSONGetStrings(listing, "directories"))
+            names += name + "/";
+        return names;
+    };
+    EXPECT_EQ(list("/"), "Art/Race/");
+    EXPECT_EQ(list("/Race"), "c.png|b.mp4|a.png|");
+}
+
+TEST_F(RecordsTest, TellsOfOneFile) {
+    gallery_.AddImage("Race/a.png");
+    gallery_.AddHighlight("Race/b.mp4");
+    Start();
+    EXPECT_EQ(Members(Ask("GetFileMetadata", FileParameter("Race/a.png"))),
+              "fileType|fileSubType|fileSource|DRSName|DRSProfileName|cmsId|date|fileSizeKB|eventTimeStamp|"
+              "memeInfo|");
+    const KXP::Value& video = Ask("GetFileMetadata", FileParameter("Race/b.mp4"));
+    EXPECT_EQ(Members(video),
+              "fileType|fileSubType|fileSource|DRSName|DRSProfileName|cmsId|date|fileSizeKB|eventTimeStamp|"
+              "duration|msDuration|audiotype|memeInfo|");
+    EXPECT_EQ(KXP::jsonGetValue<std::string>(video, "duration"), "00:00:02");
+    EXPECT_EQ(KXP::jsonGetValue<std::string>(video, "DRSProfileName"), "Race");
+
+    EXPECT_EQ(Result("GetFileMetadata", FileParameter("Race/none.png")), "0 Success");
+    EXPECT_EQ(Members(Ask("GetFileMetadata", FileParameter("Race/none.png"))), "");
+    const struct {
+        const char* size;
+        const char* text;
+    } wrong[] = {{R"(,"width":8)", R"("width" defined, but not "height")"},
+                 {R"(,"height":8)", R"("height" defined, but not "width")"},
+                 {R"(,"width":0,"height":8)", R"("width" should be a positive integer)"},
+                 {R"(,"width":8,"height":0)", R"("height" should be a positive integer)"}};
+    for (const auto& one : wrong)
+        EXPECT_EQ(Result("GetFileMetadata", FileParameter("Race/a.png", one.size)),
+                  kInvalid + " " + one.text);
+}
+
+TEST_F(RecordsTest, TheSumOfAFolderChangesWithItsFiles) {
+    gallery_.AddImage("Race/a.png");
+    gallery_.AddImage("Art/z.png");
+    Start();
+    for (const std::string& folder : {gallery_.path(), gallery_.Path("Race")}) {
+        const unsigned before = Crc(folder);
+        EXPECT_EQ(Crc(folder + "/"), before);
+        gallery_.AddHighlight("Race/" + std::to_string(before) + ".mp4");
+        EXPECT_NE(Crc(folder), before) << folder;
+    }
+}
+
+TEST_F(RecordsTest, NothingOnRecordIsNoFailureAndNoTrackerIsOne) {
+    Start();
+    EXPECT_EQ(Result("GetRecentUGC", R"({"count":3})"), "0 Success");
+    EXPECT_EQ(Members(Ask("GetRecentUGC", R"({"count":3})")), "");
+    // There is no change of folder to take back, and the tracker is gone by then.
+    EXPECT_EQ(Result("CancelPathUpdate", "{}"), kInvalid + " Invalid path defined");
+    const std::string directory = R"({"shouldGetOnlyZv":true,"directory":")" + gallery_.path() + "\"}";
+    for (const auto& [method, payload] : std::initializer_list<std::pair<const char*, std::string>>{
+             {"GetAppStats", R"({"appName":"Race"})"},
+             {"GetAppUGC", R"({"appName":"Race"})"},
+             {"GetRecentUGC", R"({"count":3})"},
+             {"GetFileMetadata", FileParameter("Race/a.png")},
+             {"GetFolderCRC", directory},
+             {"GetFolderListing", directory}})
+        EXPECT_EQ(Result(method, payload), kFailure + " No tracker") << method;
+}
+
+TEST(Records, AScreenshotOfAnEarlierVersionHasNoSubtype) {
+    const PluginLibrary plugin(PRODUCT_ROOT);
+    const TempGallery gallery{};
+    const std::string capture = gallery.AddImage("Race/a.png");
+    std::string metadata;
+    const auto run = [&] {
+        FakeContainer container;
+        ASSERT_TRUE(plugin.Up(container));
+        metadata = plugin.Ask(container, "GetFileMetadata", "ask", R"({"file":")" + capture + "\"}");
+        ASSERT_TRUE(plugin.Down(container));
+    };
+    run();
+    const std::string tracker = gallery.ShareFile("UGCTracker.json");
+    std::string records = gallery.home().Read(tracker);
+    const size_t subtype = records.find("\"Normal\"");
+    ASSERT_NE(subtype, std::string::npos) << records;
+    gallery.home().Write(tracker, records.replace(subtype, 8, "\"Screenshot\""));
+    run();
+    EXPECT_NE(metadata.find(R"("fileType":"image","fileSource":"OVS_Share")"), std::string::npos) << metadata;
+}
