@@ -162,6 +162,7 @@ std::vector<RecordStore::RecordPtr> RecordStore::Under(const std::string& prefix
         places.push_back(entry->second);
     std::sort(places.begin(), places.end());
     std::vector<RecordPtr> found;
+    found.reserve(places.size());
     for (const uint64_t place : places)
         found.push_back(records_.find(place)->second);
     return found;

@@ -211,6 +211,7 @@ class UGCTracker {
     int32_t lastUGCIdUsed_ GUARDED_BY(mutex_) = 0;
     uint32_t usageKB_ GUARDED_BY(mutex_) = 0;
     uint32_t folderCRC_ GUARDED_BY(mutex_) = 0;
+    bool fileTaken_ GUARDED_BY(mutex_) = false;
     // The last files that were looked at and are none of ours.
     std::set<std::string> refused_ GUARDED_BY(mutex_);
     // Tracked and not yet written, and since when.
@@ -230,17 +231,16 @@ class UGCTracker {
         UGCTracker& tracker_;
     };
     KXP::CondVar turnEnded_;
-    bool fileTaken_ GUARDED_BY(mutex_) = false;
     // By turn.
     KXP::JSONFile trackerFile_;
     TrackerFileWriter writer_;
-    bool replaceTrackerFile_;
-    bool stopped_ = false;
+    std::unique_ptr<IFileWatcher> watcher_;
+    std::chrono::nanoseconds sumTook_{0};  // the last time
     // The file holds a sum that fits no tree: more was known to come when it was written.
     bool sumWithheld_ = false;
-    std::chrono::nanoseconds sumTook_{0};  // the last time
     bool releaseQueued_ = false;
-    std::unique_ptr<IFileWatcher> watcher_;
+    bool replaceTrackerFile_;
+    bool stopped_ = false;
 
     bool lowDiskResetFlag_ = false;  // worker
 

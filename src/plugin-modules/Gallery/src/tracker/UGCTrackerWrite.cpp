@@ -69,7 +69,7 @@ void UGCTracker::FinishRun(Sum sum) {
 }
 
 KXP::RetVal UGCTracker::Flush() {
-    const KXP::RetVal written = WriteUGCToTracker(Sum::Renew, true);
+    KXP::RetVal written = WriteUGCToTracker(Sum::Renew, true);
     if (written.Failed()) KXP_LOG(KXP::LogFailure, "UntrackFileTask: Failed to write to tracker json");
     outbox_.Drain();
     return written;
