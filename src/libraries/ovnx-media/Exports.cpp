@@ -1,0 +1,9 @@
+#include "OvnxMedia.h"
+
+extern "C" {
+
+void OvnxMediaRelease(OvnxMediaPicture* picture) {
+    delete[] picture->bytes;
+    *picture = {};
+}
+}
