@@ -35,6 +35,13 @@ void SetEnv(const std::string& name, const std::optional<std::string>& value);
 
 namespace Platform {
 
+// What the file names of libraries end in, with the dot.
+extern const char* const kLibrarySuffix;
+
+// For dlopen: the library finds its own names and those of what it links before the process's, so that a host
+// which carries other builds of the same libraries is not mistaken for them. 0 where that is always so.
+int OwnScopeFlag();
+
 // Gives the file disk space for `size` bytes, which are at least one, and at least that length; what it holds
 // stays, and zero bytes follow it. False with errno set when there is no room; the length may then have
 // grown.

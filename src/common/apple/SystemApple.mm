@@ -33,6 +33,13 @@ std::string GetOsLocale() {
 
 namespace Platform {
 
+const char* const kLibrarySuffix = ".dylib";
+
+// Names carry the library that they are of.
+int OwnScopeFlag() {
+    return 0;
+}
+
 bool ReserveFileSpace(int fd, int64_t size) {
     struct stat status {};
     if (fstat(fd, &status) != 0) return false;

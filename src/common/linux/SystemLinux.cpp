@@ -1,5 +1,6 @@
 #include <cerrno>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 
 #include "common/FileDescriptor.h"
@@ -51,6 +52,16 @@ std::string GetOsLocale() {
 }
 
 namespace Platform {
+
+const char* const kLibrarySuffix = ".so";
+
+int OwnScopeFlag() {
+#ifdef GALLERY_SANITIZED
+    return 0;  // the sanitizer's own malloc would not be found first
+#else
+    return RTLD_DEEPBIND;
+#endif
+}
 
 bool ReserveFileSpace(int fd, int64_t size) {
     int error = 0;

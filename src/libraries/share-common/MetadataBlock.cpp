@@ -1,25 +1,11 @@
 #include "libraries/share-common/MetadataBlock.h"
 
-#include <climits>
-
-#include <b64/decode.h>
-
 #include "CobalixUtil.h"
 #include "common/JsonParse.h"
 #include "common/StackDocument.h"
+#include "libraries/share-common/Base64.h"
 
 namespace {
-
-std::string DecodeBase64(std::string_view code) {
-    if (code.size() > INT_MAX) return {};
-    // The decoder writes and reads one byte behind what it has decoded.
-    std::string plain(code.size() / 4 * 3 + code.size() % 4 + 1, '\0');
-    base64::decoder decoder;
-    // The constructor's own initialisation is all the state there is: one block, one call.
-    const int length = decoder.decode(code.data(), static_cast<int>(code.size()), plain.data());
-    plain.resize(static_cast<size_t>(length));
-    return plain;
-}
 
 std::string_view TextOf(const KXP::Value& value) {
     return {value.GetString(), value.GetStringLength()};

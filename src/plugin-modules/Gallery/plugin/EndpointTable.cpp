@@ -8,6 +8,7 @@
 #include "plugin-modules/Gallery/src/endpoints/GetFolderListing.h"
 #include "plugin-modules/Gallery/src/endpoints/GetImageDimensions.h"
 #include "plugin-modules/Gallery/src/endpoints/GetMetaData.h"
+#include "plugin-modules/Gallery/src/endpoints/GetThumbnail.h"
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 
 void GalleryPlugin::RegisterEndpoints() {
@@ -15,6 +16,7 @@ void GalleryPlugin::RegisterEndpoints() {
     RegisterAsyncTask("GetAppStats", &GetAppStats::Launch);
     RegisterAsyncTask("GetAppUGC", &GetAppUGC::Launch);
     RegisterAsyncTask("GetFileMetadata", &GetMetaData::Launch);
+    RegisterAsyncTask("GetThumbnail", &GetThumbnail::Launch);
     RegisterAsyncTask("EnumerateDrives", &EnumerateDrives::Launch);
     RegisterAsyncTask("GetImageFileDimensions", &GetImageDimensions::Launch);
     RegisterAsyncTask("GetFolderCRC", &GetFolderCRC::Launch);

@@ -47,6 +47,18 @@ std::string ZvGalleryAPI::GetGalleryPath() {
     return path;
 }
 
+bool ZvGalleryAPI::GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
+                                const std::atomic<bool>& cancelled, std::string& thumbnail) {
+    std::string error;
+    const ThumbnailCache::Text text = thumbnailer_.Make(file, width, height, cancelled, error);
+    if (!text) {
+        KXP_LOG(KXP::LogDetail, "No thumbnail of %s: %s", file.c_str(), error.c_str());
+        return false;
+    }
+    thumbnail = *text;
+    return true;
+}
+
 int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn) {
     media::SniffResult result;
     const int32_t code = media::SniffFile(path, result);

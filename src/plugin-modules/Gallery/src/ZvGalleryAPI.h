@@ -12,6 +12,7 @@
 #include "common/plugincommon/PluginModuleBase.h"
 #include "plugin-modules/Gallery/src/notifications/PendingNotifications.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
+#include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
@@ -85,6 +86,12 @@ class ZvGalleryAPI : public ITrackerHost {
     bool CheckLowDiskSpace() override;
     void UpdateGalleryUsage(unsigned usageMB) override;
 
+    // The file's picture in a box of `width` and `height` pixels, kept in aspect and never enlarged, as a
+    // text that begins "data:image/png;base64,". False, and logged, for a file without one. Not on the
+    // worker: it may take as long as a decoder, and waits behind two others. Setting `cancelled` ends it.
+    bool GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
+                      const std::atomic<bool>& cancelled, std::string& thumbnail);
+
     // What files are, by their bytes; these touch no state.
 
     // Whether the file is the product's own, and what it is. Gives 1, or a negative code when that could not
@@ -139,6 +146,7 @@ class ZvGalleryAPI : public ITrackerHost {
     // In the order in which they depend on each other; each has its own synchronisation.
     PendingNotifications pendingNotifications_;
     Settings settings_;
+    Thumbnailer thumbnailer_;
     std::atomic<bool> cleanedUp_{false};
     // In force before the last change; worker.
     std::string oldGalleryPath_;

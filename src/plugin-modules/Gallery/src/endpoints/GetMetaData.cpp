@@ -9,18 +9,30 @@
 
 namespace {
 
-// The sides of a thumbnail come together or not at all.
-void CheckSize(const KXP::Value& params) {
-    const auto has = [&](const char* side) {
-        if (!KXP::jsonObjectHasKey(params, side, false)) return false;
-        if (KXP::jsonGetValue<unsigned int>(params, side) == 0)
-            throw std::invalid_argument('"' + std::string(side) + "\" should be a positive integer");
-        return true;
+// The wanted width and height of a thumbnail, which come together or not at all.
+struct Box {
+    unsigned int width = 0;
+    unsigned int height = 0;
+
+    bool IsWanted() const { return width > 0; }
+};
+
+Box ReadBox(const KXP::Value& params) {
+    const auto side = [&](const char* name) -> unsigned int {
+        if (!KXP::jsonObjectHasKey(params, name, false)) return 0;
+        const auto pixels = KXP::jsonGetValue<unsigned int>(params, name);
+        if (pixels == 0)
+            throw std::invalid_argument('"' + std::string(name) + "\" should be a positive integer");
+        return pixels;
     };
-    const bool width = has("width");
-    const bool height = has("height");
-    if (height && !width) throw std::invalid_argument("\"height\" defined, but not \"width\"");
-    if (width && !height) throw std::invalid_argument("\"width\" defined, but not \"height\"");
+    Box box;
+    box.width = side("width");
+    box.height = side("height");
+    if (box.height > 0 && box.width == 0)
+        throw std::invalid_argument("\"height\" defined, but not \"width\"");
+    if (box.width > 0 && box.height == 0)
+        throw std::invalid_argument("\"width\" defined, but not \"height\"");
+    return box;
 }
 
 }  // namespace
@@ -28,16 +40,19 @@ void CheckSize(const KXP::Value& params) {
 KXP::RetVal GetMetaData::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
         const auto file = KXP::jsonGetValue<std::string>(params, "file");
-        CheckSize(params);
+        const Box box = ReadBox(params);
         TrackedUGC ugc;
         const KXP::RetVal found = Tracker()->GetUGCData(file, ugc);
-        if (!found.Failed()) {
-            ugc_ = std::move(ugc);
-        } else if (found.code == KXP::Code::kNotFound) {
-            KXP_LOG(KXP::LogMilestone, "GetMetaData - Unable to get metadata");
-        } else {
-            KXP_LOG(KXP::LogMilestone, "GetMetaData - Failed to open handle to file in allowed time");
+        if (found.Failed()) {
+            KXP_LOG(KXP::LogMilestone, found.code == KXP::Code::kNotFound
+                                           ? "GetMetaData - Unable to get metadata"
+                                           : "GetMetaData - Failed to open handle to file in allowed time");
+            return {};
         }
+        ugc_ = std::move(ugc);
+        if (ugc_->fileType == "other" || !box.IsWanted()) return {};
+        if (!api().GetThumbnail(file, box.width, box.height, cancelled_, thumbnail_))
+            KXP_LOG(KXP::LogMilestone, "GetMetaData - Unable to get thumbnail");
         return {};
     });
 }
@@ -61,4 +76,5 @@ void GetMetaData::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
         take("audioType", "audiotype");
     }
     take("memeInfo", "memeInfo");
+    if (!thumbnail_.empty()) response.AddMember("thumbnail", KXP::Value(thumbnail_, allocator), allocator);
 }

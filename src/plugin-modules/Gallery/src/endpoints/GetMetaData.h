@@ -1,6 +1,7 @@
 // The request for all that is known of one capture.
 #pragma once
 
+#include <atomic>
 #include <optional>
 #include <string>
 
@@ -13,7 +14,10 @@ class GetMetaData : public GalleryTaskBase<GetMetaData> {
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
     // Writes nothing for a file that is not on record.
     void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
+    void CancelTask() override { cancelled_ = true; }
 
   private:
+    std::atomic<bool> cancelled_{false};
     std::optional<TrackedUGC> ugc_;
+    std::string thumbnail_;
 };

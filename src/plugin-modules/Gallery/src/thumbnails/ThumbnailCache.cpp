@@ -1,0 +1,24 @@
+#include "plugin-modules/Gallery/src/thumbnails/ThumbnailCache.h"
+
+#include <utility>
+
+ThumbnailCache::Text ThumbnailCache::Find(const Key& key) {
+    const KXP::MutexLock lock(mutex_);
+    const auto found = byKey_.find(key);
+    if (found == byKey_.end()) return nullptr;
+    entries_.splice(entries_.begin(), entries_, found->second);
+    return found->second->text;
+}
+
+void ThumbnailCache::Put(const Key& key, Text text) {
+    const KXP::MutexLock lock(mutex_);
+    if (byKey_.count(key) > 0) return;
+    entries_.push_front({key, std::move(text)});
+    byKey_[key] = entries_.begin();
+    bytes_ += Cost(entries_.front());
+    while (bytes_ > maxBytes_) {
+        bytes_ -= Cost(entries_.back());
+        byKey_.erase(entries_.back().key);
+        entries_.pop_back();
+    }
+}
