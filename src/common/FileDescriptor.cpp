@@ -45,6 +45,10 @@ FileDescriptor OpenForWrite(const std::string& path, unsigned mode) {
     return OpenRegular(path, O_WRONLY | O_CREAT, static_cast<mode_t>(mode), nullptr);
 }
 
+FileDescriptor OpenForUpdate(const std::string& path, uint64_t* size) {
+    return OpenRegular(path, O_RDWR, 0, size);
+}
+
 long ReadSome(const FileDescriptor& file, char* buffer, size_t size) {
     for (;;) {
         const ssize_t got = read(file.get(), buffer, size);

@@ -41,6 +41,9 @@ FileDescriptor OpenForRead(const std::string& path, uint64_t* size = nullptr);
 // The same for writing, creating the file with `mode` less the umask; an old file keeps its bytes.
 FileDescriptor OpenForWrite(const std::string& path, unsigned mode);
 
+// For reading and writing a file that is there.
+FileDescriptor OpenForUpdate(const std::string& path, uint64_t* size = nullptr);
+
 // The next bytes at the descriptor's position: their number, 0 at the end, -1 with errno set.
 long ReadSome(const FileDescriptor& file, char* buffer, size_t size);
 

@@ -42,6 +42,10 @@ extern const char* const kLibrarySuffix;
 // which carries other builds of the same libraries is not mistaken for them. 0 where that is always so.
 int OwnScopeFlag();
 
+// Comes back when what was written to the file would outlast a loss of power. False with errno set when the
+// disk did not take it.
+bool MakeDurable(int fd);
+
 // Gives the file disk space for `size` bytes, which are at least one, and at least that length; what it holds
 // stays, and zero bytes follow it. False with errno set when there is no room; the length may then have
 // grown.

@@ -40,6 +40,11 @@ int OwnScopeFlag() {
     return 0;
 }
 
+// fsync leaves it in the drive's own memory.
+bool MakeDurable(int fd) {
+    return fcntl(fd, F_FULLFSYNC) == 0 || fsync(fd) == 0;
+}
+
 bool ReserveFileSpace(int fd, int64_t size) {
     struct stat status {};
     if (fstat(fd, &status) != 0) return false;

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <unistd.h>
 
 #include "common/FileDescriptor.h"
 #include "common/System.h"
@@ -61,6 +62,10 @@ int OwnScopeFlag() {
 #else
     return RTLD_DEEPBIND;
 #endif
+}
+
+bool MakeDurable(int fd) {
+    return fdatasync(fd) == 0;
 }
 
 bool ReserveFileSpace(int fd, int64_t size) {

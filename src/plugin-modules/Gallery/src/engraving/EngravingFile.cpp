@@ -1,0 +1,59 @@
+#include "plugin-modules/Gallery/src/engraving/EngravingFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include <unistd.h>
+
+#include "common/System.h"
+
+namespace engraving {
+namespace {
+
+constexpr uint64_t kCopyBlock = 1 << 20;
+
+}  // namespace
+
+EngravingFile::EngravingFile(const std::string& path) : file_(KXP::OpenForUpdate(path, &size_)) {
+    if (!file_.IsOpen()) throw EngravingError(std::strerror(errno));
+}
+
+void EngravingFile::CarryOut(const Plan& plan) {
+    const bool hasRemnant = plan.length < size_;
+    if (hasRemnant && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
+        throw EngravingError(std::strerror(errno));
+    for (const Step& step : plan.steps) {
+        if (TakeStep(step)) continue;
+        const int error = errno;
+        // What it has written beyond the end; the rest went into free space.
+        if (&step == &plan.steps.front() && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
+            throw EngravingError(std::strerror(errno));
+        throw EngravingError(std::strerror(error));
+    }
+}
+
+bool EngravingFile::TakeStep(const Step& step) {
+    for (const Write& write : step) {
+        if (!KXP::WriteFullyAt(file_, write.bytes.data(), write.bytes.size(), write.at)) return false;
+        if (write.copySize > 0 && !Copy(write)) return false;
+    }
+    return KXP::Platform::MakeDurable(file_.get());
+}
+
+bool EngravingFile::Copy(const Write& write) {
+    std::vector<char> block(static_cast<size_t>(std::min(write.copySize, kCopyBlock)));
+    for (uint64_t done = 0; done < write.copySize;) {
+        const auto size = static_cast<size_t>(std::min<uint64_t>(write.copySize - done, block.size()));
+        if (KXP::ReadAt(file_, write.copyFrom + done, block.data(), size) < size) {
+            errno = EIO;
+            return false;
+        }
+        if (!KXP::WriteFullyAt(file_, block.data(), size, write.at + write.bytes.size() + done)) return false;
+        done += size;
+    }
+    return true;
+}
+
+}  // namespace engraving
