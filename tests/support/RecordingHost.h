@@ -28,6 +28,9 @@ class RecordingHost : public ITrackerHost {
         if (galleryGone) throw KXP::Exception(KXP::Code::kFailure, "gone", 0);
         return lowDisk;
     }
+    int32_t TrimVideoFile(const std::string& input, const std::string& output, double, double) override {
+        return onTrim ? onTrim(input, output) : KXP::Code::kFailure;
+    }
     void UpdateGalleryUsage(unsigned usageMB) override {
         settings_.SetCurrentSizeMB(usageMB);
         Tell("usage " + std::to_string(usageMB));
@@ -57,6 +60,7 @@ class RecordingHost : public ITrackerHost {
 
     std::map<std::string, Highlight> highlights;  // by path; set before the tracker looks
     std::function<void()> onHighlightAsked;
+    std::function<int32_t(const std::string& input, const std::string& output)> onTrim;
     std::function<void()> onTold;  // on the thread that tells
     bool galleryGone = false;
     bool lowDisk = false;

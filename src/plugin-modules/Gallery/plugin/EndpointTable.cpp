@@ -9,7 +9,9 @@
 #include "plugin-modules/Gallery/src/endpoints/GetImageDimensions.h"
 #include "plugin-modules/Gallery/src/endpoints/GetMetaData.h"
 #include "plugin-modules/Gallery/src/endpoints/GetThumbnail.h"
+#include "plugin-modules/Gallery/src/endpoints/TranscodeMediaFile.h"
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
+#include "plugin-modules/Gallery/src/endpoints/VideoTasks.h"
 
 void GalleryPlugin::RegisterEndpoints() {
     RegisterAsyncTask("GetFolderListing", &GetFolderListing::Launch);
@@ -23,6 +25,10 @@ void GalleryPlugin::RegisterEndpoints() {
     RegisterAsyncTask("IsDirectoryWriteable", &IsDirectoryWritable::Launch);
     RegisterAsyncTask("GetDriveInfo", &GetDriveInfo::Launch);
     RegisterAsyncTask("GetRecentUGC", &GetRecentUGC::Launch);
+    RegisterAsyncTask("TranscodeMediaFile", &TranscodeMediaFile::Launch);
+    RegisterAsyncTask("Trim", &TrimVideo::Launch);
+    RegisterAsyncTask("AddMeme", &AddMeme::Launch);
+    RegisterAsyncTask("EngraveMP4", &EngraveMP4::Launch);
     RegisterSyncMethod("GetSettings", api_.get(), &ZvGalleryAPI::GetSettings);
     RegisterSyncMethod("SetSettings", api_.get(), &ZvGalleryAPI::SetSettings);
     RegisterSyncMethod("CancelPathUpdate", api_.get(), &ZvGalleryAPI::CancelPathUpdate);

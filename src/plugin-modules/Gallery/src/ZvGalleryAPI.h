@@ -15,6 +15,7 @@
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+#include "plugin-modules/Gallery/src/transcode/Transcoder.h"
 
 // The endpoints are the worker's. Everything else may be called from any thread, with no lock held that the
 // container's callback may need: notifications and log lines end there. GetHighlightInfo alone does neither.
@@ -92,6 +93,13 @@ class ZvGalleryAPI : public ITrackerHost {
     bool GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
                       const std::atomic<bool>& cancelled, std::string& thumbnail);
 
+    // Never null. Stays whole for who has it.
+    std::shared_ptr<Transcoder> GetTranscoder() const { return transcoder_; }
+    int32_t TrimVideoFile(const std::string& input, const std::string& output, double start,
+                          double length) override {
+        return transcoder_->TrimVideoFile(input, output, start, length, false);
+    }
+
     // What files are, by their bytes; these touch no state.
 
     // Whether the file is the product's own, and what it is. Gives 1, or a negative code when that could not
@@ -150,6 +158,7 @@ class ZvGalleryAPI : public ITrackerHost {
     std::atomic<bool> cleanedUp_{false};
     // In force before the last change; worker.
     std::string oldGalleryPath_;
+    const std::shared_ptr<Transcoder> transcoder_ = std::make_shared<Transcoder>();
     mutable KXP::Mutex trackerMutex_;
     std::shared_ptr<UGCTracker> tracker_ GUARDED_BY(trackerMutex_);
 };

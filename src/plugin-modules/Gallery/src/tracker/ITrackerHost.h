@@ -1,6 +1,7 @@
 // What the tracker needs of the plug-in around it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "libraries/share-common/Highlight.h"
@@ -22,6 +23,11 @@ class ITrackerHost {
     virtual bool GetHighlightInfo(const std::string& path, Highlight& highlight) = 0;
     // Whether the user's volume or the gallery's is nearly full.
     virtual bool CheckLowDiskSpace() = 0;
+
+    // Cuts `length` milliseconds from `start` on out of a video into a new file: 0 or a negative code. May
+    // take long.
+    virtual int32_t TrimVideoFile(const std::string& input, const std::string& output, double start,
+                                  double length) = 0;
 
     virtual void UpdateGalleryUsage(unsigned usageMB) = 0;
     virtual void NotifyUGCAdded(TrackedUGC ugc) = 0;

@@ -121,19 +121,28 @@ int RecordStore::RemoveFromGames(const std::vector<RecordPtr>& records) {
 RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
     const auto found = FirstOfPath(record.path);
     if (found == records_.end()) return nullptr;
-    ++generation_;
-    const uint64_t place = found->first;
     const RecordPtr old = found->second;
-    Unindex(place, *old);
-    RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
-    records_[place] = entered;
-    Index(place, *entered);
-
+    RecordPtr entered = Exchange(found, std::move(record));
     TrackedUGCGame& game = games_[old->profileName];
     game.appName = old->profileName;
     std::replace(game.recents.begin(), game.recents.end(), old->id, entered->id);
     std::vector<int>& group = game.groups[entered->highlightGroupId];
     std::replace(group.begin(), group.end(), old->id, entered->id);
+    return entered;
+}
+
+RecordStore::RecordPtr RecordStore::Change(TrackedUGC record) {
+    const auto found = FirstOfPath(record.path);
+    return found == records_.end() ? nullptr : Exchange(found, std::move(record));
+}
+
+RecordStore::RecordPtr RecordStore::Exchange(Records::const_iterator place, TrackedUGC record) {
+    ++generation_;
+    const uint64_t number = place->first;
+    Unindex(number, *place->second);
+    RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
+    records_[number] = entered;
+    Index(number, *entered);
     return entered;
 }
 

@@ -40,6 +40,9 @@ class RecordStore {
     // Removes all records of these paths, and their ids from their games. A game without ids goes.
     Removed Remove(const std::vector<std::string>& paths);
 
+    // Puts `record` in the place of the first one with its path and its id. Null when there is no such path.
+    RecordPtr Change(TrackedUGC record);
+
     // Puts `record` in the place of the first one with its path, under a new id if need be: its game, made
     // when it is missing, and there the group of `record` then hold the new id where they held the old. Null
     // when there is no such path.
@@ -78,6 +81,7 @@ class RecordStore {
     using Records = std::map<uint64_t, RecordPtr>;
 
     RecordPtr Append(TrackedUGC record);
+    RecordPtr Exchange(Records::const_iterator place, TrackedUGC record);
     RecordPtr Detach(Records::iterator record);
     void Index(uint64_t place, const TrackedUGC& record);
     void Unindex(uint64_t place, const TrackedUGC& record);

@@ -96,6 +96,14 @@ class UGCTracker {
     // Deletes the file, and its folder when that is then empty. The watcher takes it off the record.
     KXP::RetVal DeleteUGC(const TrackedUGC& record);
     unsigned GetCurrentSizeMB() const;
+    // Cuts `lengthMs` from `headTrimMs` on out of a video; over itself when both paths are the same, and the
+    // input is then untouched until the clip is whole. Success once the clip is on record; 0x80004005 when it
+    // is not after two seconds, though it may be there. Not on the worker.
+    KXP::RetVal TrimUGC(const std::string& input, const std::string& output, double headTrimMs,
+                        double lengthMs);
+    // The texts laid over a capture, both empty for none. 0x80070002 for a path that is not on record.
+    KXP::RetVal AddMeme(const std::string& path, const std::string& topBarText,
+                        const std::string& bottomBarText);
 
     // Highlights. The first gives `highlight` the id that its capture will have; unless its file comes within
     // a minute of its end, it is cancelled.
@@ -157,6 +165,12 @@ class UGCTracker {
     void PaySum() EXCLUDES(mutex_);
     bool MayWaitForNext() EXCLUDES(mutex_);
     void UntrackPath(const std::string& path) EXCLUDES(mutex_);
+
+    // A clip that takes the place of its source.
+    enum class Swap { Pending, Done, Failed };
+    void QueueSwap(const std::string& temporary, const std::string& output,
+                   std::shared_ptr<std::atomic<Swap>> swap);
+    KXP::RetVal AwaitClip(const std::string& output, const std::atomic<Swap>& swap) const;
 
     // Any thread.
     size_t Untrack(const std::vector<std::string>& paths) EXCLUDES(mutex_);

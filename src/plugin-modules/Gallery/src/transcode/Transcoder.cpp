@@ -1,0 +1,95 @@
+#include "plugin-modules/Gallery/src/transcode/Transcoder.h"
+
+#include <exception>
+
+#include "CobalixUtil.h"
+#include "common/Profile.h"
+#include "common/RetVal.h"
+#include "common/SafeString.h"
+#include "common/TextUtil.h"
+
+namespace {
+
+constexpr double kUnitsPerMillisecond = 10000;
+constexpr double kTwoTo64 = 18446744073709551616.0;
+
+// The time in units of 100 ns; false for one that these cannot tell.
+bool ToUnits(double milliseconds, uint64_t& units) {
+    const double value = milliseconds * kUnitsPerMillisecond;
+    if (!(value >= 0 && value < kTwoTo64)) return false;
+    units = static_cast<uint64_t>(value);
+    return true;
+}
+
+std::unique_ptr<TranscoderPlatformContext> Open() {
+    try {
+        auto context = std::make_unique<TranscoderPlatformContext>();
+        context->Load(KXP::GetPluginBinaryDirectory() + "/Contents/Frameworks/dependencies");
+        context->Initialize();
+        return context;
+    } catch (const std::exception& error) {
+        // A product folder whose name is too long for the library, say.
+        KXP_LOG(KXP::LogFailure, "No videos can be cut: %s", error.what());
+        return std::make_unique<TranscoderPlatformContext>();
+    }
+}
+
+}  // namespace
+
+const std::map<std::string, Transcoder::EncodeQuality> kTranscodeQualityJsonStrs = {
+    {"low", Transcoder::EncodeQuality::Low},
+    {"medium", Transcoder::EncodeQuality::Medium},
+    {"high", Transcoder::EncodeQuality::High},
+    {"ultra", Transcoder::EncodeQuality::Ultra},
+};
+
+const std::map<std::string, Transcoder::EncodeFps> kTranscodeFpsJsonStrs = {
+    {"low", Transcoder::EncodeFps::Low},
+    {"medium", Transcoder::EncodeFps::Medium},
+    {"high", Transcoder::EncodeFps::High},
+    {"ultra", Transcoder::EncodeFps::Ultra},
+};
+
+Transcoder::Transcoder() : context_(Open()) {}
+
+int32_t Transcoder::TrimVideoFile(const std::string& input, const std::string& output, double start,
+                                  double length, bool startOnKeyframe) const {
+    const auto block = std::make_unique<ovsxcodeapi::RemuxBlock>();
+    if (!ToUnits(start, block->start) || !ToUnits(length + start, block->end)) {
+        KXP_LOG(KXP::LogFailure, "No time range: %g ms from %g ms on", length, start);
+        return KXP::Code::kFailure;
+    }
+    wcscpy_s(block->input, ovsxcodeapi::kMaxPath, KXP::Utf8ToWide(input).c_str());
+    wcscpy_s(block->output, ovsxcodeapi::kMaxPath, KXP::Utf8ToWide(output).c_str());
+    if (startOnKeyframe) block->flags |= ovsxcodeapi::kStartOnKeyframe;
+    ovsxcodeapi::RemuxParams params;
+    params.block = block.get();
+    const int32_t value = TrimVideoFile(params);
+    if (value == 0) return KXP::Code::kOk;
+    KXP_LOG(KXP::LogFailure, "Error returned from OvsXcodeRemux transcode lib: %d", value);
+    return KXP::Code::kFailure;
+}
+
+int32_t Transcoder::CreateMontage(const std::string&) const {
+    return KXP::Code::kOk;
+}
+
+int32_t Transcoder::TranscodeImageFile(const std::string&, int, EncodeQuality, const std::string&,
+                                       Output&) const {
+    return KXP::Code::kOk;
+}
+
+int32_t Transcoder::TranscodeImageFileWithMeme(const std::string&, int, EncodeQuality, const std::string&,
+                                               Output&, const std::string&) const {
+    return KXP::Code::kOk;
+}
+
+int32_t Transcoder::TranscodeVideoFile(const std::string&, int, EncodeQuality, const std::string&, double,
+                                       Output&, EncodeFps) const {
+    return KXP::Code::kOk;
+}
+
+int32_t Transcoder::TranscodeVideoFileWithMeme(const std::string&, int, EncodeQuality, const std::string&,
+                                               Output&, EncodeFps, const std::string&) const {
+    return KXP::Code::kOk;
+}

@@ -1,0 +1,58 @@
+// The front of all media processing: cutting videos, through a library that is loaded while the plug-in runs,
+// and encodings, which this platform does not have.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "plugin-modules/Gallery/src/transcode/TranscoderPlatformContext.h"
+
+class Transcoder {
+  public:
+    enum class EncodeQuality { Low = 0, Medium = 1, High = 2, Ultra = 3 };
+    enum class EncodeFps { Low = 0, Medium = 1, High = 2, Ultra = 3 };
+
+    // What an encoding has made.
+    struct Output {
+        std::string newFile;
+        uint64_t newFileSize = 0;  // bytes
+        uint32_t newWidth = 0;     // pixels
+        uint32_t newHeight = 0;
+        uint32_t iterations = 0;
+    };
+
+    // Never throws for want of the library: what needs it then fails, and the rest works.
+    Transcoder();
+
+    // Cuts `length` milliseconds from `start` on out of a video into a new file. 0, or 0x80004005 and logged.
+    // Throws std::runtime_error for a path of 260 characters and more. Any thread.
+    int32_t TrimVideoFile(const std::string& input, const std::string& output, double start, double length,
+                          bool startOnKeyframe) const;
+    // The library's value; -9, and logged, without it.
+    int32_t TrimVideoFile(ovsxcodeapi::RemuxParams& params) const { return context_->Remux(params); }
+
+    // Encoders are the matter of other platforms; here each of these does nothing, with success: 0, and the
+    // output as it was. `maxSizeMB` 0 is any size; `meme` is a bitmap to lay over.
+    int32_t CreateMontage(const std::string& script) const;
+    int32_t TranscodeImageFile(const std::string& source, int maxSizeMB, EncodeQuality quality,
+                               const std::string& targetFolder, Output& output) const;
+    int32_t TranscodeImageFileWithMeme(const std::string& source, int maxSizeMB, EncodeQuality quality,
+                                       const std::string& targetFolder, Output& output,
+                                       const std::string& meme) const;
+    int32_t TranscodeVideoFile(const std::string& source, int maxSizeMB, EncodeQuality quality,
+                               const std::string& targetFolder, double duration, Output& output,
+                               EncodeFps fps) const;
+    int32_t TranscodeVideoFileWithMeme(const std::string& source, int maxSizeMB, EncodeQuality quality,
+                                       const std::string& targetFolder, Output& output, EncodeFps fps,
+                                       const std::string& meme) const;
+
+  private:
+    const std::unique_ptr<TranscoderPlatformContext> context_;
+};
+
+// The words of requests.
+extern const std::map<std::string, Transcoder::EncodeQuality> kTranscodeQualityJsonStrs;
+extern const std::map<std::string, Transcoder::EncodeFps> kTranscodeFpsJsonStrs;
