@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include <spawn.h>
+#include <sys/types.h>
+
 #include "common/RetVal.h"
 
 namespace KXP {
@@ -41,6 +44,14 @@ extern const char* const kLibrarySuffix;
 // For dlopen: the library finds its own names and those of what it links before the process's, so that a host
 // which carries other builds of the same libraries is not mistaken for them. 0 where that is always so.
 int OwnScopeFlag();
+
+// A descriptor that can be read once the process has ended; -1 for one that has ended and is forgotten.
+int OpenExitDescriptor(pid_t pid);
+
+// How a started program gets none of our descriptors beyond the standard three: by a flag, or by an action
+// behind those that make these.
+extern const int kSpawnCloses;
+void CloseOtherDescriptors(posix_spawn_file_actions_t* actions);
 
 // Comes back when what was written to the file would outlast a loss of power. False with errno set when the
 // disk did not take it.

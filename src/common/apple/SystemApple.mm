@@ -2,6 +2,7 @@
 
 #import <Foundation/Foundation.h>
 #include <fcntl.h>
+#include <sys/event.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -39,6 +40,20 @@ const char* const kLibrarySuffix = ".dylib";
 int OwnScopeFlag() {
     return 0;
 }
+
+int OpenExitDescriptor(pid_t pid) {
+    const int queue = kqueue();
+    if (queue < 0) return -1;
+    struct kevent exit;
+    EV_SET(&exit, static_cast<uintptr_t>(pid), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
+    if (kevent(queue, &exit, 1, nullptr, 0, nullptr) == 0) return queue;
+    close(queue);
+    return -1;
+}
+
+const int kSpawnCloses = POSIX_SPAWN_CLOEXEC_DEFAULT;
+
+void CloseOtherDescriptors(posix_spawn_file_actions_t*) {}
 
 // fsync leaves it in the drive's own memory.
 bool MakeDurable(int fd) {

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "common/FileDescriptor.h"
@@ -62,6 +63,17 @@ int OwnScopeFlag() {
 #else
     return RTLD_DEEPBIND;
 #endif
+}
+
+int OpenExitDescriptor(pid_t pid) {
+    // The C library's declaration of the call is not one for C++.
+    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+}
+
+const int kSpawnCloses = 0;
+
+void CloseOtherDescriptors(posix_spawn_file_actions_t* actions) {
+    posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
 }
 
 bool MakeDurable(int fd) {

@@ -9,6 +9,7 @@
 #include "plugin-modules/Gallery/src/endpoints/GetImageDimensions.h"
 #include "plugin-modules/Gallery/src/endpoints/GetMetaData.h"
 #include "plugin-modules/Gallery/src/endpoints/GetThumbnail.h"
+#include "plugin-modules/Gallery/src/endpoints/MontageTasks.h"
 #include "plugin-modules/Gallery/src/endpoints/TranscodeMediaFile.h"
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 #include "plugin-modules/Gallery/src/endpoints/VideoTasks.h"
@@ -25,6 +26,10 @@ void GalleryPlugin::RegisterEndpoints() {
     RegisterAsyncTask("IsDirectoryWriteable", &IsDirectoryWritable::Launch);
     RegisterAsyncTask("GetDriveInfo", &GetDriveInfo::Launch);
     RegisterAsyncTask("GetRecentUGC", &GetRecentUGC::Launch);
+    RegisterSyncMethod("GetMontageCloudConfig", api_.get(), &ZvGalleryAPI::GetMontageCloudConfig);
+    RegisterSyncMethod("CancelMontage", api_.get(), &ZvGalleryAPI::CancelMontage);
+    RegisterAsyncTask("CreateMontage", &CreateMontage::Launch);
+    RegisterAsyncTask("CreateMontageFromRecipe", &CreateMontageFromRecipe::Launch);
     RegisterAsyncTask("TranscodeMediaFile", &TranscodeMediaFile::Launch);
     RegisterAsyncTask("Trim", &TrimVideo::Launch);
     RegisterAsyncTask("AddMeme", &AddMeme::Launch);

@@ -42,6 +42,13 @@ bool GalleryPlugin::Initialize() {
 bool GalleryPlugin::Start() {
     if (!api_) return false;
     SubscribeToCaptures();
+    KXP_LOG(KXP::LogMilestone, "CloudSync montage recipe async task started");
+    task_queue().ExecuteAsync(
+        [api = api_] {
+            (void)api->RecipeCloudSync();
+            return KXP::TaskStatusDone;
+        },
+        task_queue().Now(), "");
     return true;
 }
 

@@ -13,6 +13,8 @@ ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
 void ZvGalleryAPI::Cleanup() {
     cleanedUp_ = true;
     StopAndJoinFileWatcher();
+    // Within the time that the queue waits for the task.
+    transcoder_->EndMontages(std::chrono::milliseconds(500));
 }
 
 std::shared_ptr<UGCTracker> ZvGalleryAPI::GetUGCTracker() const {

@@ -100,6 +100,14 @@ class ZvGalleryAPI : public ITrackerHost {
         return transcoder_->TrimVideoFile(input, output, start, length, false);
     }
 
+    // Montages. Brings the recipes up to date with the cloud; false, and logged, when that cannot be done.
+    // May take long; CloudSyncAbort ends it.
+    bool RecipeCloudSync();
+    KXP::RetVal CancelMontage(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                              KXP::Allocator& allocator);
+    KXP::RetVal GetMontageCloudConfig(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                      KXP::Allocator& allocator);
+
     // What files are, by their bytes; these touch no state.
 
     // Whether the file is the product's own, and what it is. Gives 1, or a negative code when that could not

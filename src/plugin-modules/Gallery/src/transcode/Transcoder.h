@@ -1,13 +1,17 @@
 // The front of all media processing: cutting videos, through a library that is loaded while the plug-in runs,
-// and encodings, which this platform does not have.
+// the montage process, and encodings, which this platform does not have. Any thread.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "common/ChildProcess.h"
+#include "common/Mutex.h"
 #include "plugin-modules/Gallery/src/transcode/TranscoderPlatformContext.h"
 
 class Transcoder {
@@ -34,6 +38,34 @@ class Transcoder {
     // The library's value; -9, and logged, without it.
     int32_t TrimVideoFile(ovsxcodeapi::RemuxParams& params) const { return context_->Remux(params); }
 
+    // A montage from its request on. A cancel in that time is meant for it, also when its process is not
+    // started yet.
+    class MontageRun {
+      public:
+        explicit MontageRun(Transcoder& owner);
+        ~MontageRun();
+        MontageRun(const MontageRun&) = delete;
+        MontageRun& operator=(const MontageRun&) = delete;
+
+      private:
+        friend class Transcoder;
+        class ProcessEnd;
+
+        Transcoder& owner_;
+        bool canceled_ = false;                 // guarded by the owner's mutex, like the process
+        KXP::ChildProcess* process_ = nullptr;  // while it runs
+    };
+
+    // Runs the program until it ends, and logs what it prints. 0 however it ended, and for a run that was
+    // canceled before; 0x80004005, and logged, when it could not be started.
+    int32_t CreateCefMontageProcess(MontageRun& run, const std::string& launchPath,
+                                    const std::vector<std::string>& arguments) EXCLUDES(montageMutex_);
+    // Ends all montages, by force when they take longer than `grace`.
+    void CancelMontage(std::chrono::milliseconds grace = std::chrono::seconds(5)) EXCLUDES(montageMutex_);
+    // The same for good: a montage that begins later is canceled from its start on.
+    void EndMontages(std::chrono::milliseconds grace) EXCLUDES(montageMutex_);
+    bool WasMontageCanceled(const MontageRun& run) const EXCLUDES(montageMutex_);
+
     // Encoders are the matter of other platforms; here each of these does nothing, with success: 0, and the
     // output as it was. `maxSizeMB` 0 is any size; `meme` is a bitmap to lay over.
     int32_t CreateMontage(const std::string& script) const;
@@ -51,6 +83,9 @@ class Transcoder {
 
   private:
     const std::unique_ptr<TranscoderPlatformContext> context_;
+    mutable KXP::Mutex montageMutex_;
+    std::set<MontageRun*> montages_ GUARDED_BY(montageMutex_);
+    bool ended_ GUARDED_BY(montageMutex_) = false;
 };
 
 // The words of requests.

@@ -1,0 +1,98 @@
+#include "plugin-modules/Gallery/src/montage/MontageFiles.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <tuple>
+#include <utility>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "CobalixUtil.h"
+#include "common/Config.h"
+#include "common/FileDescriptor.h"
+#include "common/FileUtil.h"
+#include "common/JsonHelpers.h"
+#include "common/TextUtil.h"
+
+const char* const RECIPE_PATH = "Montage/v1/";
+const char* const MONTAGE_APP = "OvirastreamXMontage";
+const char* const STORAGE_FILE = "sharedstorage.json";
+
+namespace montage {
+namespace {
+
+// The layer of messages puts these into payloads.
+constexpr const char* kResultKeys[] = {"_return_code", "_return_status", "_return_internal"};
+
+}  // namespace
+
+std::string FindRecipeScript(const std::string& recipe) {
+    const std::vector<std::string> parts = KXP::SplitString(recipe, std::string("/"));
+    if (std::find(parts.begin(), parts.end(), "..") != parts.end()) {
+        KXP_LOG(KXP::LogFailure, "The recipe leads out of its folder: %s", recipe.c_str());
+        return "";
+    }
+    return KXP::Config::Instance().FindAppData(RECIPE_PATH + recipe);
+}
+
+std::string FindMediaFolder() {
+    const std::string media = KXP::Config::Instance().FindAppData(std::string(RECIPE_PATH) + "media");
+    const size_t slash = media.rfind('/');
+    return slash == std::string::npos ? "" : media.substr(0, slash);
+}
+
+std::string OverridingScript() {
+    const KXP::Value& config = KXP::Config::Instance().GetProductConfig();
+    if (!config.IsObject() || !config.HasMember("montage")) return "";
+    return KXP::jsonGetValueOrDefault<std::string>(KXP::JSONGetObjectOrEmpty(config, "montage"),
+                                                   "overrideRecipeScript", "");
+}
+
+bool WriteStorageFile(const std::string& path, const KXP::Value& params, const std::string& mediaFolder) {
+    KXP::Document document(rapidjson::kObjectType);
+    KXP::Allocator& allocator = document.GetAllocator();
+    KXP::Value copy(params, allocator);
+    for (const char* key : kResultKeys)
+        copy.RemoveMember(key);
+    copy.RemoveMember("mediaDirZorvex");
+    copy.AddMember("mediaDirZorvex", KXP::Value(mediaFolder, allocator), allocator);
+    document.AddMember("recipeParams", copy, allocator);
+    KXP::JsonBuffer text;
+    KXP::JsonWriter writer(text);
+    document.Accept(writer);
+
+    const std::string neighbour = path + "." + KXP::GenerateGUID();
+    KXP::FileDescriptor file = KXP::OpenForWrite(neighbour, 0600);
+    const bool written = file.IsOpen() && KXP::WriteFullyAt(file, text.GetString(), text.GetSize(), 0) &&
+                         file.Close() && std::rename(neighbour.c_str(), path.c_str()) == 0;
+    if (!written) (void)unlink(neighbour.c_str());
+    return written;
+}
+
+std::vector<std::string> ExecutablePlaces(const std::string& folder) {
+    const std::string name = std::string("/") + MONTAGE_APP + ".app/Contents/MacOS/" + MONTAGE_APP;
+    return {folder + name, folder + "/../../.." + name};
+}
+
+OutputPlace::OutputPlace(std::string path) : path_(std::move(path)), before_(Look(path_)) {}
+
+bool OutputPlace::Identity::operator==(const Identity& other) const {
+    return std::tie(exists, device, file, size, time) ==
+           std::tie(other.exists, other.device, other.file, other.size, other.time);
+}
+
+OutputPlace::Identity OutputPlace::Look(const std::string& path) {
+    struct stat status {};
+    // Not through a link: what it leads to is not ours.
+    if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+    return {true, status.st_dev, status.st_ino, status.st_size,
+            static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};
+}
+
+void OutputPlace::DeleteIfMade() const {
+    const Identity now = Look(path_);
+    if (now.exists && !(now == before_)) (void)KXP::FileDelete(path_, true);
+}
+
+}  // namespace montage

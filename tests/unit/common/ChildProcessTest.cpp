@@ -1,0 +1,125 @@
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <system_error>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include "common/ChildProcess.h"
+
+namespace {
+
+using KXP::ChildProcess;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds kSoon(3000);
+
+struct Outcome {
+    std::vector<std::string> lines;
+    milliseconds took{0};
+};
+
+// Runs a shell's text to its end; `during` is called at the first line.
+Outcome RunShell(const std::string& text, const std::function<void(ChildProcess&)>& during = nullptr) {
+    Outcome run;
+    const auto start = steady_clock::now();
+    ChildProcess process("/bin/sh", {"-c", text});
+    process.Wait([&](std::string_view line) {
+        run.lines.emplace_back(line);
+        if (during && run.lines.size() == 1) during(process);
+    });
+    run.took = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start);
+    return run;
+}
+
+bool IsAlive(const std::string& pid) {
+    std::ifstream stat("/proc/" + pid + "/stat");
+    std::string number;
+    std::string name;
+    std::string state;
+    return stat >> number >> name >> state && state != "Z" && state != "X";
+}
+
+bool EndsSoon(const std::string& pid) {
+    const auto deadline = steady_clock::now() + kSoon;
+    while (IsAlive(pid) && steady_clock::now() < deadline)
+        std::this_thread::yield();
+    return !IsAlive(pid);
+}
+
+size_t OpenDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<size_t>(std::distance(begin(all), end(all)));
+}
+
+TEST(ChildProcess, HasStreamsOfItsOwnAndNoOtherDescriptor) {
+    const std::ofstream other("/dev/null");
+    const Outcome run = RunShell("ls /proc/self/fd | wc -l; cat; echo error >&2; printf 'no end'");
+    // The three, and the one that ls looks with.
+    EXPECT_EQ(run.lines, (std::vector<std::string>{"4", "error", "no end"}));
+    const Outcome longLine = RunShell("head -c 100000 /dev/zero | tr '\\0' a; echo; echo next");
+    ASSERT_EQ(longLine.lines.size(), 2u);
+    EXPECT_EQ(longLine.lines[0].size(), ChildProcess::kMaxLine);
+    EXPECT_THROW(ChildProcess("/no/such/program", {}), std::system_error);
+}
+
+TEST(ChildProcess, EndsWithAllThatItStarted) {
+    for (const bool terminated : {false, true}) {
+        const std::string wait = terminated ? "wait" : "true";
+        const Outcome run = RunShell("sleep 1000 & echo $!; " + wait, [&](ChildProcess& process) {
+            if (terminated) process.Terminate(std::chrono::seconds(1000));
+        });
+        ASSERT_EQ(run.lines.size(), 1u);
+        EXPECT_TRUE(EndsSoon(run.lines[0]));
+        EXPECT_LT(run.took, kSoon);
+    }
+}
+
+TEST(ChildProcess, IsKilledWhenItDoesNotHear) {
+    const Outcome run =
+        RunShell("trap '' TERM; echo ready; while :; do sleep 1; done", [](ChildProcess& process) {
+            process.Terminate(std::chrono::seconds(1000));
+            process.Terminate(milliseconds(50));
+        });
+    EXPECT_LT(run.took, kSoon);
+    // Nobody waits for this one.
+    std::string pid;
+    {
+        const ChildProcess process("/bin/sh", {"-c", "exec sleep 1000"});
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
+            std::ifstream(entry.path() / "children") >> pid;
+    }
+    EXPECT_FALSE(pid.empty());
+    EXPECT_FALSE(IsAlive(pid));
+}
+
+TEST(ChildProcess, EndsUnderAHostThatIgnoresItsChildren) {
+    const auto old = std::signal(SIGCHLD, SIG_IGN);
+    const Outcome run = RunShell("echo here");
+    std::signal(SIGCHLD, old);
+    EXPECT_EQ(run.lines, std::vector<std::string>{"here"});
+    EXPECT_LT(run.took, kSoon);
+}
+
+TEST(ChildProcess, LeavesNothingWheneverItIsTerminated) {
+    const size_t before = OpenDescriptors();
+    std::mt19937 random(1);
+    for (int round = 0; round < 100; ++round) {
+        ChildProcess process("/bin/sh", {"-c", "sleep 0.002; echo done"});
+        const std::chrono::microseconds delay(random() % 4000);
+        std::thread other([&] {
+            std::this_thread::sleep_for(delay);
+            process.Terminate(milliseconds(100));
+        });
+        process.Wait([](std::string_view) {});
+        other.join();
+    }
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+}  // namespace
