@@ -1,0 +1,105 @@
+// Captures that are cut and captioned, with a watcher and a worker at work.
+#include <gtest/gtest.h>
+
+#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/TempGallery.h"
+
+namespace {
+
+constexpr int32_t kFailure = static_cast<int32_t>(0x80004005);
+
+class EditTest : public testing::Test {
+  protected:
+    EditTest() {
+        gallery_.Add("Game/a.mp4", Video(2000));
+        UGCTracker::Parts parts;
+        parts.watcher.window = std::chrono::milliseconds(20);
+        tracker_ = std::make_unique<UGCTracker>(&host_, false, parts);
+        WaitForDuration(2000);
+        host_.onTrim = [this](const std::string& input, const std::string& output) {
+            EXPECT_EQ(Bytes(input), Video(2000));
+            targets_.push_back(output);
+            // In steps, so that a watcher has something to take for a capture.
+            gallery_.Add("Game/.part", Video(500));
+            std::filesystem::rename(gallery_.Path("Game/.part"), output);
+            return 0;
+        };
+    }
+
+    static std::string Video(uint32_t duration) {
+        return TempGallery::Video(1000, duration, captures::Block("Ovirastream SHARE", "{}"));
+    }
+    static std::string Bytes(const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    void WaitForDuration(int64_t duration) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (DurationOf("Game/a.mp4") != duration)
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+    }
+    KXP::RetVal Trim(const std::string& output) {
+        return tracker_->TrimUGC(gallery_.Path("Game/a.mp4"), gallery_.Path(output), 0, 500);
+    }
+    int64_t DurationOf(const std::string& name) {
+        TrackedUGC record;
+        return tracker_->GetUGCData(gallery_.Path(name), record).Failed() ? -1 : record.msDuration;
+    }
+
+    TempGallery gallery_;
+    LogCapture log_;
+    RecordingHost host_;
+    std::vector<std::string> targets_;
+    std::unique_ptr<UGCTracker> tracker_;
+};
+
+TEST_F(EditTest, AClipTakesThePlaceOfItsSourceAndNoOther) {
+    gallery_.Add("Game/a_tmp.mp4", Video(3000));
+    const KXP::RetVal trimmed = Trim("Game/a.mp4");
+    EXPECT_EQ(trimmed.code, 0);
+    EXPECT_EQ(trimmed.text, "Success");
+    EXPECT_EQ(DurationOf("Game/a.mp4"), 500);
+    EXPECT_EQ(Bytes(gallery_.Path("Game/a.mp4")), Video(500));
+    EXPECT_EQ(Bytes(gallery_.Path("Game/a_tmp.mp4")), Video(3000));
+    ASSERT_EQ(targets_.size(), 1u);
+    EXPECT_EQ(targets_[0], gallery_.Path("Game/a_tmp2.mp4"));
+    EXPECT_FALSE(std::filesystem::exists(targets_[0]));
+    EXPECT_FALSE(tracker_->CheckIfIgnored(gallery_.Path("Game/a.mp4")));
+    EXPECT_FALSE(tracker_->CheckIfIgnored(targets_[0]));
+
+    EXPECT_EQ(tracker_->AddMeme(gallery_.Path("Game/a.mp4"), "top", "bottom").code, 0);
+    EXPECT_NE(gallery_.home().Read(gallery_.ShareFile("UGCTracker.json")).find("\"top\""), std::string::npos);
+    EXPECT_EQ(tracker_->AddMeme("/none.mp4", "top", "").code, static_cast<int32_t>(0x80070002));
+}
+
+TEST_F(EditTest, AClipOfItsOwnIsTrackedByTheWatcher) {
+    EXPECT_EQ(Trim("Game/b.mp4").code, 0);
+    EXPECT_EQ(targets_[0], gallery_.Path("Game/b.mp4"));
+    EXPECT_EQ(DurationOf("Game/b.mp4"), 500);
+    EXPECT_EQ(DurationOf("Game/a.mp4"), 2000);
+}
+
+TEST_F(EditTest, AFailureLeavesTheSourceOnRecord) {
+    const auto expectUntouched = [&](const KXP::RetVal& result) {
+        EXPECT_EQ(result.code, kFailure);
+        EXPECT_EQ(result.text, "Gallery Trim failed");
+        EXPECT_EQ(Bytes(gallery_.Path("Game/a.mp4")), Video(2000));
+        EXPECT_FALSE(tracker_->CheckIfIgnored(gallery_.Path("Game/a.mp4")));
+    };
+    host_.onTrim = [](const std::string&, const std::string&) { return kFailure; };
+    expectUntouched(Trim("Game/a.mp4"));
+    EXPECT_EQ(DurationOf("Game/a.mp4"), 2000);
+    // The clip is gone when it is to take its place.
+    host_.onTrim = [](const std::string&, const std::string&) { return 0; };
+    expectUntouched(Trim("Game/a.mp4"));
+    WaitForDuration(2000);
+    host_.onTrim = [](const std::string&, const std::string&) -> int32_t {
+        throw std::runtime_error("text");
+    };
+    EXPECT_THROW(Trim("Game/a.mp4"), std::runtime_error);
+    EXPECT_FALSE(tracker_->CheckIfIgnored(gallery_.Path("Game/a.mp4")));
+}
+
+}  // namespace
