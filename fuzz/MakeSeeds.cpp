@@ -10,6 +10,7 @@
 #include "sample-captures/Mp4Video.h"
 #include "sample-captures/PngImage.h"
 #include "tests/support/CaptureBytes.h"
+#include "tests/support/StillFiles.h"
 
 namespace {
 
@@ -174,6 +175,11 @@ void MakeTrackerFile(Corpus corpus) {
     corpus.Add("\x80\xC3(\xED\xA0\x80");
 }
 
+void MakeStillThumbnail(Corpus corpus) {
+    for (const std::string& file : stillfiles::OneOfEach())
+        corpus.Add(file);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -195,6 +201,7 @@ int main(int argc, char** argv) {
         MakeHighlights({root, "highlights"});
         MakeSettings({root, "settings"});
         MakeTrackerFile({root, "trackerfile"});
+        MakeStillThumbnail({root, "still_thumbnail"});
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -13,22 +13,23 @@ Picture BlankPicture(Size size, unsigned channels) {
     return picture;
 }
 
-uint8_t Rounded(uint64_t sum, uint64_t weight) {
-    return static_cast<uint8_t>((sum + weight / 2) / weight);
+uint8_t Rounded(double mean) {
+    return static_cast<uint8_t>(mean + 0.5);
 }
 
 // Without alpha all channels weigh the same; with it the colours were multiplied by it.
-void Average(const uint64_t* sums, uint64_t weight, unsigned channels, size_t count, uint8_t* pixels) {
+void Average(const uint64_t* sums, uint64_t boxWeight, unsigned channels, size_t count, uint8_t* pixels) {
+    const double share = 1 / static_cast<double>(boxWeight);
     if (channels == 3) {
         for (size_t i = 0; i < count * 3; ++i)
-            pixels[i] = Rounded(sums[i], weight);
+            pixels[i] = Rounded(static_cast<double>(sums[i]) * share);
         return;
     }
     for (size_t i = 0; i < count * 4; i += 4) {
-        const uint64_t alpha = sums[i + 3];
+        const auto alpha = static_cast<double>(sums[i + 3]);
         for (size_t c = 0; c < 3; ++c)
-            pixels[i + c] = alpha ? Rounded(sums[i + c], alpha) : uint8_t{0};
-        pixels[i + 3] = Rounded(alpha, weight);
+            pixels[i + c] = alpha > 0 ? Rounded(static_cast<double>(sums[i + c]) / alpha) : uint8_t{0};
+        pixels[i + 3] = Rounded(alpha * share);
     }
 }
 

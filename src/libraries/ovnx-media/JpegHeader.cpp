@@ -28,7 +28,7 @@ bool StandsAlone(uint8_t marker) {
 
 class MarkerWalk {
   public:
-    explicit MarkerWalk(const std::vector<uint8_t>& file) : at_(file.data()), end_(at_ + file.size()) {}
+    explicit MarkerWalk(const FileBytes& file) : at_(file.bytes.get()), end_(at_ + file.size) {}
 
     // Steps behind the next marker; false at the end. What stands between segments, the data of a scan above
     // all, is passed over, with its stuffed and restarting codes.
@@ -97,7 +97,7 @@ void ReadFrame(const uint8_t* frame, size_t size, JpegHeader& header) {
 
 }  // namespace
 
-JpegHeader ReadJpegHeader(const std::vector<uint8_t>& file) {
+JpegHeader ReadJpegHeader(const FileBytes& file) {
     JpegHeader header;
     MarkerWalk walk(file);
     bool needsWhole = false;

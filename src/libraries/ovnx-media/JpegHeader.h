@@ -1,12 +1,19 @@
 // What a JPEG file asks for, by its markers alone: nothing is allocated and nothing decoded.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 #include "libraries/ovnx-media/Picture.h"
 
 namespace ovnxmedia {
+
+// A whole file in memory.
+struct FileBytes {
+    std::unique_ptr<uint8_t[]> bytes;
+    size_t size = 0;
+};
 
 struct JpegHeader {
     Size size;
@@ -17,6 +24,6 @@ struct JpegHeader {
 };
 
 // Throws Failure when the markers lead to no frame and scan.
-JpegHeader ReadJpegHeader(const std::vector<uint8_t>& file);
+JpegHeader ReadJpegHeader(const FileBytes& file);
 
 }  // namespace ovnxmedia

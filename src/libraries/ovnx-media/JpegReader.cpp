@@ -28,11 +28,12 @@ using Decoder = std::unique_ptr<void, CloseDecoder>;
     throw Failure(OVNX_MEDIA_DAMAGED, std::string("JPEG: ") + tjGetErrorStr2(decoder));
 }
 
-std::vector<uint8_t> ReadWhole(SourceFile& source, Allowance& allowance) {
+FileBytes ReadWhole(SourceFile& source, Allowance& allowance) {
     allowance.Take(source.size());
-    std::vector<uint8_t> bytes(static_cast<size_t>(source.size()));
-    bytes.resize(source.ReadAt(0, bytes.data(), bytes.size()));
-    return bytes;
+    const auto size = static_cast<size_t>(source.size());
+    FileBytes file{std::unique_ptr<uint8_t[]>(new uint8_t[size]), 0};
+    file.size = source.ReadAt(0, file.bytes.get(), size);
+    return file;
 }
 
 Size ReducedSize(Size source, Size wanted) {
@@ -52,12 +53,12 @@ Size ReducedSize(Size source, Size wanted) {
 
 // The decoder goes by its own reading of the header, which is to be the one that the limits were held
 // against.
-void CheckAgreement(tjhandle decoder, const std::vector<uint8_t>& file, Size size) {
+void CheckAgreement(tjhandle decoder, const FileBytes& file, Size size) {
     int width = 0;
     int height = 0;
     int subsampling = 0;
     int colours = 0;
-    if (tjDecompressHeader3(decoder, file.data(), file.size(), &width, &height, &subsampling, &colours) !=
+    if (tjDecompressHeader3(decoder, file.bytes.get(), file.size, &width, &height, &subsampling, &colours) !=
             0 &&
         tjGetErrorCode(decoder) != TJERR_WARNING)
         FailAs(decoder);
@@ -71,13 +72,13 @@ uint8_t MarkAt(size_t i) {
 
 // The decoder tells of doubts and of having given up in the same way once it had a doubt. Rows come from the
 // top: when it went through, the marks are gone from the last one.
-std::vector<uint8_t> Decode(tjhandle decoder, const std::vector<uint8_t>& file, Size size, bool isCmyk) {
+std::vector<uint8_t> Decode(tjhandle decoder, const FileBytes& file, Size size, bool isCmyk) {
     const size_t stride = size_t{size.width} * (isCmyk ? kCmykSamples : 3);
     std::vector<uint8_t> samples(stride * size.height);
     uint8_t* const last = samples.data() + samples.size() - stride;
     for (size_t i = 0; i < stride; ++i)
         last[i] = MarkAt(i);
-    if (tjDecompress2(decoder, file.data(), file.size(), samples.data(), static_cast<int>(size.width),
+    if (tjDecompress2(decoder, file.bytes.get(), file.size, samples.data(), static_cast<int>(size.width),
                       static_cast<int>(stride), static_cast<int>(size.height), isCmyk ? TJPF_CMYK : TJPF_RGB,
                       TJFLAG_LIMITSCANS) == 0)
         return samples;
@@ -99,7 +100,7 @@ void ConvertCmyk(const uint8_t* inks, size_t pixels, uint8_t* rgb) {
 }  // namespace
 
 Picture ReadJpeg(SourceFile& source, Size box, Allowance& allowance, const Budget& budget) {
-    const std::vector<uint8_t> file = ReadWhole(source, allowance);
+    const FileBytes file = ReadWhole(source, allowance);
     const JpegHeader header = ReadJpegHeader(file);
     CheckPixels(header.size);
     if (header.scans > kMaxScans) throw Failure(OVNX_MEDIA_OVER_LIMIT, "JPEG: too many scans");
