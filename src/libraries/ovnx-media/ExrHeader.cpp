@@ -5,6 +5,7 @@
 #include <climits>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "libraries/ovnx-media/Allowance.h"
 #include "libraries/ovnx-media/Failure.h"
@@ -35,6 +36,38 @@ constexpr std::array<uint32_t, 10> kLinesPerBlock{1, 1, 1, 16, 32, 16, 32, 32, 3
 
 constexpr const char* kScanLines = "scanlineimage";
 constexpr const char* kTiles = "tiledimage";
+
+// What the decoder reads of an attribute goes by its type, whatever size the file tells: were the two to
+// differ, it would find other attributes behind it than are found here. Types that are not listed are read by
+// the size.
+struct FixedType {
+    std::string_view name;
+    uint32_t size;
+};
+constexpr FixedType kFixedTypes[] = {{"box2f", 16},
+                                     {"box2i", 16},
+                                     {"chromaticities", 32},
+                                     {"compression", 1},
+                                     {"deepImageState", 1},
+                                     {"double", 8},
+                                     {"envmap", 1},
+                                     {"float", 4},
+                                     {"int", 4},
+                                     {"keycode", 28},
+                                     {"lineOrder", 1},
+                                     {"m33d", 72},
+                                     {"m33f", 36},
+                                     {"m44d", 128},
+                                     {"m44f", 64},
+                                     {"rational", 8},
+                                     {"tiledesc", 9},
+                                     {"timecode", 8},
+                                     {"v2d", 16},
+                                     {"v2f", 8},
+                                     {"v2i", 8},
+                                     {"v3d", 24},
+                                     {"v3f", 12},
+                                     {"v3i", 12}};
 
 [[noreturn]] void Refuse(const char* text) {
     throw Failure(OVNX_MEDIA_DAMAGED, text);
@@ -106,13 +139,14 @@ void ReadDataWindow(HeaderCursor& cursor, Part& part) {
 }
 
 // What all channels take of a pixel; those with fewer samples count in full.
-void ReadChannels(HeaderCursor& cursor, Part& part) {
+uint64_t ReadChannels(HeaderCursor& cursor) {
+    constexpr uint32_t kHalf = 1;
+    uint64_t bits = 0;
     for (std::string name = cursor.Name(); !name.empty(); name = cursor.Name()) {
-        const uint32_t type = cursor.Word();
-        constexpr uint32_t kHalf = 1;
-        part.bitsPerPixel += type == kHalf ? 16 : 32;
+        bits += cursor.Word() == kHalf ? 16 : 32;
         cursor.Seek(cursor.position() + 12);
     }
+    return bits;
 }
 
 void ReadTiles(HeaderCursor& cursor, Part& part) {
@@ -139,10 +173,28 @@ void ReadPreview(HeaderCursor& cursor, uint32_t size) {
 
 void ReadAttribute(HeaderCursor& cursor, const std::string& name, uint32_t size, Part& part) {
     if (name == "dataWindow") ReadDataWindow(cursor, part);
-    if (name == "channels") ReadChannels(cursor, part);
     if (name == "compression") ReadCompression(cursor, part);
     if (name == "tiles") ReadTiles(cursor, part);
     if (name == "type") ReadType(cursor, size, part);
+}
+
+// What is known of the attribute by its type, with the cursor left anywhere within it.
+void ReadTyped(HeaderCursor& cursor, const std::string& name, const std::string& type, uint32_t size,
+               Part& part) {
+    const uint64_t end = cursor.position() + size;
+    for (const FixedType& fixed : kFixedTypes) {
+        if (fixed.name == type && fixed.size != size) Refuse("OpenEXR: an attribute of a wrong size");
+    }
+    if (type == "floatvector" && size % sizeof(float) != 0) Refuse("OpenEXR: half a number");
+    if (type == "preview") return ReadPreview(cursor, size);
+    cursor.Count(size);
+    if (type == "chlist") {
+        const uint64_t bits = ReadChannels(cursor);
+        if (cursor.position() != end) Refuse("OpenEXR: channels of a wrong size");
+        if (name == "channels") part.bitsPerPixel = bits;
+        return;
+    }
+    ReadAttribute(cursor, name, size, part);
 }
 
 // One header with the empty name behind it. False when there is none, which ends the headers of many parts.
@@ -150,15 +202,11 @@ bool ReadPart(HeaderCursor& cursor, Part& part) {
     std::set<std::string> names;
     for (std::string name = cursor.Name(); !name.empty(); name = cursor.Name()) {
         if (!names.insert(name).second) Refuse("OpenEXR: an attribute given twice");
-        const bool isPreview = cursor.Name() == "preview";
+        const std::string type = cursor.Name();
         const uint32_t size = cursor.Word();
         if (!cursor.Has(size)) Refuse("OpenEXR: an attribute cut short");
         const uint64_t end = cursor.position() + size;
-        if (isPreview)
-            ReadPreview(cursor, size);
-        else
-            cursor.Count(size);
-        ReadAttribute(cursor, name, size, part);
+        ReadTyped(cursor, name, type, size, part);
         cursor.Seek(end);
     }
     return !names.empty();

@@ -13,8 +13,10 @@
 namespace ovnxmedia {
 namespace {
 
-// The decoder cannot be interrupted, and every scan may go over the whole picture. Real files have about ten.
+// The decoder cannot be interrupted, and every scan may go over the whole picture. Real files have about ten,
+// for which there is room at every size.
 constexpr unsigned kMaxScans = 100;
+constexpr uint64_t kMaxScannedPixels = uint64_t{16} * OVNX_MEDIA_MAX_PIXELS;
 // Tables and rows at work.
 constexpr uint64_t kDecoderBytes = 8 << 20;
 constexpr int kCmykSamples = 4;
@@ -34,6 +36,12 @@ FileBytes ReadWhole(SourceFile& source, Allowance& allowance) {
     FileBytes file{std::unique_ptr<uint8_t[]>(new uint8_t[size]), 0};
     file.size = source.ReadAt(0, file.bytes.get(), size);
     return file;
+}
+
+void CheckScans(const JpegHeader& header) {
+    const uint64_t pixels = uint64_t{header.size.width} * header.size.height;
+    if (header.scans > kMaxScans || header.scans * pixels > kMaxScannedPixels)
+        throw Failure(OVNX_MEDIA_OVER_LIMIT, "JPEG: too many scans");
 }
 
 Size ReducedSize(Size source, Size wanted) {
@@ -103,7 +111,7 @@ Picture ReadJpeg(SourceFile& source, Size box, Allowance& allowance, const Budge
     const FileBytes file = ReadWhole(source, allowance);
     const JpegHeader header = ReadJpegHeader(file);
     CheckPixels(header.size);
-    if (header.scans > kMaxScans) throw Failure(OVNX_MEDIA_OVER_LIMIT, "JPEG: too many scans");
+    CheckScans(header);
     const Size result = FitInside(header.size, box);
     const Size reduced = ReducedSize(header.size, result);
     const bool isCmyk = header.components == kCmykSamples;
