@@ -119,7 +119,7 @@ Picture FromLight(Imf::InputPart& part, Size result, Allowance& allowance, const
     const Imf::Header& header = part.header();
     const Size source = SizeOf(header);
     Picture picture{result, 3, {}};
-    allowance.Take(kDecoderBytes + source.width * 3 * sizeof(float));
+    allowance.Take(kDecoderBytes + size_t{source.width} * 3 * sizeof(float));
     allowance.Take(BoxRows<float, double>::BytesFor(source, result, 3) + picture.Stride() * result.height);
     picture.samples.reserve(picture.Stride() * result.height);
     std::vector<float> row(size_t{source.width} * 3);
