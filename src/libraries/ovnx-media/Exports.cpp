@@ -6,6 +6,7 @@
 #include "OvnxMedia.h"
 #include "libraries/ovnx-media/PngWriter.h"
 #include "libraries/ovnx-media/Still.h"
+#include "libraries/ovnx-media/VideoFrame.h"
 
 namespace {
 
@@ -72,6 +73,10 @@ int32_t OvnxMediaProbe(int fd) {
 
 int32_t OvnxMediaStillThumbnail(int fd, const OvnxMediaRequest* request, OvnxMediaPicture* picture) {
     return MakePicture(fd, *request, *picture, DecodeStill);
+}
+
+int32_t OvnxMediaVideoFrame(int fd, const OvnxMediaRequest* request, OvnxMediaPicture* picture) {
+    return MakePicture(fd, *request, *picture, DecodeVideoFrame);
 }
 
 void OvnxMediaRelease(OvnxMediaPicture* picture) {
