@@ -269,7 +269,7 @@ void Mux(const Video& video, const std::string& path) {
         Describe(video, tracks.back()->stream(), language);
         return *tracks.back();
     };
-    EncodeVideo(video, add(VideoEncoder(video), video.videoLanguage), packets);
+    if (video.hasVideo) EncodeVideo(video, add(VideoEncoder(video), video.videoLanguage), packets);
     for (size_t i = 0; i < video.audioLanguages.size(); ++i)
         EncodeAudio(video, static_cast<int>(i), add(AudioEncoder(), video.audioLanguages[i]), packets);
     if (!video.creationTime.empty())
@@ -292,9 +292,10 @@ std::string KeyOf(const Video& video) {
     std::ostringstream key;
     for (const int64_t number :
          {int64_t{video.width}, int64_t{video.height}, int64_t{video.fps}, int64_t{video.frames},
-          int64_t{video.keyInterval}, int64_t{video.bFrames}, int64_t{video.blackFrames},
-          int64_t{video.rotation}, int64_t{video.bits}, int64_t{video.fullRange}, int64_t{video.pixelWidth},
-          int64_t{video.pixelHeight}, video.bitRate, int64_t{video.repeat}, int64_t{video.moovInFront}})
+          int64_t{video.keyInterval}, int64_t{video.bFrames}, int64_t{video.hasVideo},
+          int64_t{video.blackFrames}, int64_t{video.rotation}, int64_t{video.bits}, int64_t{video.fullRange},
+          int64_t{video.pixelWidth}, int64_t{video.pixelHeight}, video.bitRate, int64_t{video.repeat},
+          int64_t{video.moovInFront}})
         key << number << ' ';
     key << video.codec << ' ' << video.format << ' ' << video.creationTime << ' ' << video.videoLanguage;
     for (const std::string& language : video.audioLanguages)

@@ -15,6 +15,7 @@ struct Video {
     int frames = 60;
     int keyInterval = 30;
     int bFrames = 2;
+    bool hasVideo = true;
     int blackFrames = 0;  // at the beginning, with no number
     int rotation = 0;     // clockwise, in degrees, that players turn it by
     int bits = 8;         // or 10, with libx264 alone

@@ -17,9 +17,13 @@ constexpr uint32_t kMaxSide = 65535;
 // The file in memory, which is for a moment there twice and has room to grow.
 constexpr uint64_t kMaxFileBytes = OVNX_MEDIA_MAX_ALLOCATION / 4;
 
+// The texts of decoders may quote the file, whose bytes must not make other lines of them.
 void Tell(const OvnxMediaRequest& request, const char* text) {
-    if (request.message && request.messageSize > 0)
-        std::snprintf(request.message, request.messageSize, "%s", text);
+    if (!request.message || request.messageSize == 0) return;
+    std::snprintf(request.message, request.messageSize, "%s", text);
+    for (char* at = request.message; *at; ++at) {
+        if (*at < ' ' || *at > '~') *at = '?';
+    }
 }
 
 // No exception leaves the library.

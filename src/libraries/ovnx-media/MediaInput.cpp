@@ -53,6 +53,8 @@ MediaInput::MediaInput(int fd, const Budget& budget, Limits limits)
     const ssize_t got = fstat(fd, &status) == 0 ? ReadAt(fd, start.data(), start.size(), 0) : -1;
     if (got < 0) throw Failure(OVNX_MEDIA_UNREADABLE, std::strerror(errno));
     size_ = status.st_size;
+    // The samples of an honest file lie side by side; others could make any number of bytes of a few.
+    limits_.bytes = std::min(limits_.bytes, size() + kMaxHeadBytes);
     const char* demuxer = DemuxerOf(start.data(), static_cast<size_t>(got));
     if (!demuxer) throw Failure(OVNX_MEDIA_UNKNOWN_FORMAT, "no video");
     Open(demuxer);

@@ -33,7 +33,9 @@ class MediaInput {
     MediaInput(const MediaInput&) = delete;
     MediaInput& operator=(const MediaInput&) = delete;
 
-    AVFormatContext& format() { return *format_; }
+    AVFormatContext& format() const { return *format_; }
+    // Of the whole file, in bytes.
+    uint64_t size() const { return static_cast<uint64_t>(size_); }
 
     // The first video stream that is no cover picture; null without one.
     AVStream* Video();
@@ -63,7 +65,7 @@ class MediaInput {
 
     const int fd_;
     const Budget& budget_;
-    const Limits limits_;
+    Limits limits_;  // and no more bytes than the file has, but for what is read twice
     int64_t size_ = 0;
     int64_t position_ = 0;
     uint64_t bytesRead_ = 0;

@@ -1,5 +1,6 @@
 #include <cstdio>
-#include <cstring>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <random>
@@ -9,6 +10,7 @@
 #include <zlib.h>
 
 #include "OvnxMedia.h"
+#include "tests/support/MadeMedia.h"
 #include "tests/support/StillFiles.h"
 
 namespace {
@@ -37,13 +39,14 @@ struct Thumbnail {
     }
 };
 
-Thumbnail Make(const std::string& bytes, uint32_t width = 320, uint32_t height = 180) {
+Thumbnail Make(const std::string& bytes, uint32_t width = 320, uint32_t height = 180,
+               decltype(OvnxMediaStillThumbnail)* make = OvnxMediaStillThumbnail) {
     const File file = FileOf(bytes);
     char message[200] = "";
     const OvnxMediaRequest request{width, height, nullptr, nullptr, message, sizeof(message)};
     OvnxMediaPicture picture{};
     Thumbnail result;
-    result.status = OvnxMediaStillThumbnail(fileno(file.get()), &request, &picture);
+    result.status = make(fileno(file.get()), &request, &picture);
     result.message = message;
     if (result.status != OVNX_MEDIA_OK) return result;
     png_image image{};
@@ -206,6 +209,7 @@ TEST(StillThumbnail, RefusesWhatBreaksALimit) {
     const std::string exr = Exr(8, 8, {}, dark);
     const size_t window = exr.find("dataWindow") + 11 + 6 + 4;
     const size_t chunks = exr.find("type") + 5 + 7;
+    const size_t centre = exr.find("screenWindowCenter") + 19 + 4;
     const struct {
         const char* what;
         std::string file;
@@ -221,6 +225,7 @@ TEST(StillThumbnail, RefusesWhatBreaksALimit) {
         {"EXR side", With(exr, window + 8, "\xFF\xFF\xFF\x1F\xFF\xFF\xFF\x1F"), OVNX_MEDIA_OVER_LIMIT},
         {"EXR blocks", With(exr, window + 12, "\xFF\xFF\x0F"), OVNX_MEDIA_DAMAGED},
         {"EXR attribute", With(exr, chunks, "\xFF\xFF\xFF\x7F"), OVNX_MEDIA_DAMAGED},
+        {"EXR attribute of another size", With(exr, centre, std::string(1, '\0')), OVNX_MEDIA_DAMAGED},
         {"nothing", "", OVNX_MEDIA_UNKNOWN_FORMAT},
         {"text", "a text of no format", OVNX_MEDIA_UNKNOWN_FORMAT}};
     for (const auto& [what, file, status] : cases) {
@@ -272,6 +277,15 @@ TEST(StillThumbnail, StopsWhenToldTo) {
         EXPECT_EQ(OvnxMediaStillThumbnail(fileno(source.get()), &request, &picture), OVNX_MEDIA_STOPPED);
         EXPECT_EQ(picture.bytes, nullptr);
     }
+}
+
+TEST(VideoFrame, ComesAsAPng) {
+    std::ifstream file(made::Path({}), std::ios::binary);
+    const std::string video(std::istreambuf_iterator<char>(file), {});
+    const Thumbnail frame = Make(video, 160, 160, OvnxMediaVideoFrame);
+    EXPECT_EQ(frame.message, "");
+    EXPECT_EQ(std::pair(frame.width, frame.height), std::pair(160U, 90U));
+    EXPECT_EQ(Make(video).status, OVNX_MEDIA_UNKNOWN_FORMAT);
 }
 
 TEST(Probe, GoesByTheFirstBytes) {
