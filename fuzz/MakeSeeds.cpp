@@ -3,6 +3,7 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "sample-captures/ExrImage.h"
@@ -10,6 +11,8 @@
 #include "sample-captures/Mp4Video.h"
 #include "sample-captures/PngImage.h"
 #include "tests/support/CaptureBytes.h"
+#include "tests/support/MadeMedia.h"
+#include "tests/support/StillFiles.h"
 
 namespace {
 
@@ -174,6 +177,27 @@ void MakeTrackerFile(Corpus corpus) {
     corpus.Add("\x80\xC3(\xED\xA0\x80");
 }
 
+void MakeStillThumbnail(Corpus corpus) {
+    for (const std::string& file : stillfiles::OneOfEach())
+        corpus.Add(file);
+}
+
+void MakeVideoFrame(Corpus corpus) {
+    made::Video video;
+    video.width = 64;
+    video.height = 36;
+    video.frames = 6;
+    video.keyInterval = 2;
+    for (const char* codec : {"libx264", "mpeg4", "mjpeg"})
+        for (const char* format : {"mp4", "matroska"}) {
+            video.codec = codec;
+            video.format = format;
+            video.bFrames = codec == std::string("libx264") ? 1 : 0;
+            std::ifstream file(made::Path(video), std::ios::binary);
+            corpus.Add(std::string(std::istreambuf_iterator<char>(file), {}));
+        }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -195,6 +219,8 @@ int main(int argc, char** argv) {
         MakeHighlights({root, "highlights"});
         MakeSettings({root, "settings"});
         MakeTrackerFile({root, "trackerfile"});
+        MakeStillThumbnail({root, "still_thumbnail"});
+        MakeVideoFrame({root, "video_frame"});
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -31,7 +31,10 @@ enum OvnxMediaStatus {
     OVNX_MEDIA_OVER_LIMIT = -3,     /* too many pixels, bytes, streams or packets, or too long at it */
     OVNX_MEDIA_STOPPED = -4,        /* the caller's `stop` said so */
     OVNX_MEDIA_UNREADABLE = -5,     /* the descriptor cannot be read */
-    OVNX_MEDIA_NO_MEMORY = -6
+    OVNX_MEDIA_NO_MEMORY = -6,
+    OVNX_MEDIA_EMPTY_RANGE = -7, /* nothing lies between the two times */
+    OVNX_MEDIA_NO_VIDEO = -8,    /* none of its tracks is a video */
+    OVNX_MEDIA_UNWRITABLE = -10  /* the output cannot be written */
 };
 
 enum OvnxMediaKind {
@@ -74,6 +77,30 @@ __attribute__((visibility("default"))) int32_t OvnxMediaVideoFrame(int fd,
                                                                    const struct OvnxMediaRequest* request,
                                                                    struct OvnxMediaPicture* picture);
 __attribute__((visibility("default"))) void OvnxMediaRelease(struct OvnxMediaPicture* picture);
+
+enum OvnxMediaRemuxFlags {
+    OVNX_MEDIA_REMUX_AT_KEYFRAME =
+        1 /* the clip starts at the keyframe instead, with nothing before it hidden */
+};
+
+/* A part of a video, by times in units of 100 ns. */
+struct OvnxMediaRemuxRequest {
+    uint64_t start;
+    uint64_t end; /* what lies behind the end of the video is cut off */
+    uint32_t flags;
+    /* As in OvnxMediaRequest. */
+    char* message;
+    size_t messageSize;
+};
+
+/* Copies that part of an MP4 file, without coding anything anew, to `output`: an empty regular file, opened
+ * for reading and writing and lent as the input is. Frames are copied from the last keyframe at or before the
+ * start on, and players are told to show the part alone. All video and audio tracks come along, with their
+ * languages, dispositions, rotation and colours, as does the content of moov/udta byte for byte; the "moov"
+ * stands in front. Neither made durable nor removed after a failure. Gives a status of enum OvnxMediaStatus.
+ */
+__attribute__((visibility("default"))) int32_t OvnxMediaRemux(int input, int output,
+                                                              const struct OvnxMediaRemuxRequest* request);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,16 @@
+// The headers of an OpenEXR file as far as its size goes, read before the library that decodes it allocates
+// by them. https://openexr.com/en/latest/OpenEXRFileLayout.html
+#pragma once
+
+#include <cstdint>
+
+#include "libraries/ovnx-media/Picture.h"
+#include "libraries/ovnx-media/SourceFile.h"
+
+namespace ovnxmedia {
+
+// Throws Failure for a file that breaks a limit in any of its parts, is cut short in its headers, or is of a
+// kind that holds no plain picture: deep samples, or tiles at several resolutions.
+void CheckExrHeaders(SourceFile& file);
+
+}  // namespace ovnxmedia

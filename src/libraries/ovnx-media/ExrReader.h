@@ -1,0 +1,16 @@
+// Thumbnails of OpenEXR files: the preview picture that is stored in them, where it is large enough, and
+// otherwise the picture itself, averaged down as light and then fitted to a screen.
+#pragma once
+
+#include "libraries/ovnx-media/Allowance.h"
+#include "libraries/ovnx-media/Budget.h"
+#include "libraries/ovnx-media/Picture.h"
+#include "libraries/ovnx-media/SourceFile.h"
+
+namespace ovnxmedia {
+
+// Fits inside `box`. Of several parts the first with the channels R, G and B, or Y, counts. Colours are
+// stored as they look over black, and are shown so: alpha is left out. Throws Failure.
+Picture ReadExr(SourceFile& file, Size box, Allowance& allowance, const Budget& budget);
+
+}  // namespace ovnxmedia

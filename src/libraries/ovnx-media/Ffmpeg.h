@@ -1,0 +1,44 @@
+// FFmpeg's headers, owners for what it allocates, and what it keeps for the whole process.
+#pragma once
+
+#include <memory>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libswscale/swscale.h>
+}
+
+namespace ovnxmedia {
+
+// Deletes by one of the functions that take the address of the pointer.
+template <auto Free>
+struct FreedBy {
+    template <typename T>
+    void operator()(T* object) const {
+        Free(&object);
+    }
+};
+
+using PacketOwner = std::unique_ptr<AVPacket, FreedBy<av_packet_free>>;
+using FrameOwner = std::unique_ptr<AVFrame, FreedBy<av_frame_free>>;
+using CodecOwner = std::unique_ptr<AVCodecContext, FreedBy<avcodec_free_context>>;
+using InputOwner = std::unique_ptr<AVFormatContext, FreedBy<avformat_close_input>>;
+
+// Frees the buffer too, which FFmpeg leaves to whoever made the context.
+struct IoFreed {
+    void operator()(AVIOContext* io) const;
+};
+using IoOwner = std::unique_ptr<AVIOContext, IoFreed>;
+
+// All throw std::bad_alloc.
+PacketOwner MakePacket();
+FrameOwner MakeFrame();
+IoOwner MakeIo(bool writes, void* opaque, int (*read)(void*, uint8_t*, int),
+               int (*write)(void*, uint8_t*, int), int64_t (*seek)(void*, int64_t, int));
+
+// To be called before anything else of FFmpeg: silences its log, which would go to the client's standard
+// error, and limits each of its allocations to OVNX_MEDIA_MAX_ALLOCATION. Does so once.
+void PrepareFfmpeg();
+
+}  // namespace ovnxmedia

@@ -1,0 +1,29 @@
+// What a JPEG file asks for, by its markers alone: nothing is allocated and nothing decoded.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "libraries/ovnx-media/Picture.h"
+
+namespace ovnxmedia {
+
+// A whole file in memory.
+struct FileBytes {
+    std::unique_ptr<uint8_t[]> bytes;
+    size_t size = 0;
+};
+
+struct JpegHeader {
+    Size size;
+    unsigned components = 0;
+    unsigned scans = 0;
+    // What decoders keep of the whole picture when it takes more than one scan, 0 otherwise.
+    uint64_t coefficientBytes = 0;
+};
+
+// Throws Failure when the markers lead to no frame and scan.
+JpegHeader ReadJpegHeader(const FileBytes& file);
+
+}  // namespace ovnxmedia

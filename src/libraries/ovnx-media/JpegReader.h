@@ -1,0 +1,15 @@
+// Thumbnails of JPEG files, decoded at the smallest reduced size that still covers them.
+#pragma once
+
+#include "libraries/ovnx-media/Allowance.h"
+#include "libraries/ovnx-media/Budget.h"
+#include "libraries/ovnx-media/Picture.h"
+#include "libraries/ovnx-media/SourceFile.h"
+
+namespace ovnxmedia {
+
+// Fits inside `box`. Throws Failure. Data that is merely doubtful, as where a file was cut short within its
+// last scan, gives the picture that the decoder makes of it; what the decoder gives up at is a failure.
+Picture ReadJpeg(SourceFile& file, Size box, Allowance& allowance, const Budget& budget);
+
+}  // namespace ovnxmedia

@@ -1,0 +1,15 @@
+// Thumbnails of PNG files, averaged down row by row, so that memory does not grow with the picture. Every
+// colour type and depth comes out as 8-bit RGB, or RGBA where the file tells transparency.
+#pragma once
+
+#include "libraries/ovnx-media/Allowance.h"
+#include "libraries/ovnx-media/Budget.h"
+#include "libraries/ovnx-media/Picture.h"
+#include "libraries/ovnx-media/SourceFile.h"
+
+namespace ovnxmedia {
+
+// Fits inside `box`. Throws Failure; a wrong CRC is one, wherever it stands in front of the last pixel.
+Picture ReadPng(SourceFile& file, Size box, Allowance& allowance, const Budget& budget);
+
+}  // namespace ovnxmedia

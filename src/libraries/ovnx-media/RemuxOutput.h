@@ -1,0 +1,51 @@
+// The clip as it is written: an MP4 file with room for its "moov" in front of the frames.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "libraries/ovnx-media/Ffmpeg.h"
+
+namespace ovnxmedia {
+
+class RemuxOutput {
+  public:
+    // `fd` is lent, an empty file opened for reading and writing. All of these throw Failure,
+    // OVNX_MEDIA_UNWRITABLE where the file cannot be written.
+    explicit RemuxOutput(int fd);
+    RemuxOutput(const RemuxOutput&) = delete;
+    RemuxOutput& operator=(const RemuxOutput&) = delete;
+
+    // A track that is described as that one is.
+    AVStream& AddTrack(const AVStream& like);
+
+    // Begins the file, behind the last AddTrack. `room` is what the "moov" may take, `source` the movie that
+    // the tracks come from.
+    void Begin(const AVFormatContext& source, uint64_t room);
+
+    // Times in the units of the track's stream.
+    void Write(AVPacket& packet);
+
+    // Ends the file, with durations and user data as in FinishMovie, which takes part of the room.
+    void Finish(const std::vector<uint64_t>& durations, std::string_view userData);
+
+    // The units of the movie, in a second.
+    static constexpr int kMovieTimescale = 90000;
+
+  private:
+    static int WriteBytes(void* self, uint8_t* bytes, int size) noexcept;
+    static int64_t SeekBytes(void* self, int64_t offset, int whence) noexcept;
+
+    // Throws where a call of FFmpeg has failed.
+    void Expect(int result, const char* doing) const;
+    void PutMovie(const std::vector<uint64_t>& durations, std::string_view userData);
+
+    const int fd_;
+    int64_t position_ = 0;
+    int error_ = 0;  // of the system, by which all writing ends
+    IoOwner io_;
+    std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> format_;
+};
+
+}  // namespace ovnxmedia

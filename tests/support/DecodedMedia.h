@@ -1,0 +1,27 @@
+// Videos as a player takes them: what is shown and heard, and when.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace made {
+
+struct ShownFrame {
+    double time;  // in seconds
+    int number;   // as MadeMedia has painted it
+};
+
+struct Decoded {
+    std::vector<ShownFrame> frames;  // of the first video track
+    int hiddenAtStart = 0;           // packets that are decoded but not shown, before any is shown
+    double duration = 0;             // as the file tells
+    // Of each audio track the first channel, from time zero on.
+    std::vector<std::vector<float>> sounds;
+    // A line for each track: what it is, and all that is told of it beside its frames.
+    std::string tracks;
+};
+
+// Throws std::runtime_error for a file that cannot be played to its end.
+Decoded Decode(const std::string& path);
+
+}  // namespace made

@@ -1,0 +1,97 @@
+#include "tests/support/MadeBoxes.h"
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace made {
+namespace {
+
+uint64_t Number(std::string_view bytes, size_t at, size_t size) {
+    if (at + size > bytes.size()) throw std::runtime_error("a box is cut short");
+    uint64_t value = 0;
+    for (const char each : bytes.substr(at, size))
+        value = value << 8 | static_cast<unsigned char>(each);
+    return value;
+}
+
+std::string Big(uint64_t value, size_t size) {
+    std::string bytes;
+    while (size-- > 0)
+        bytes += static_cast<char>(value >> 8 * size);
+    return bytes;
+}
+
+std::string MakeBox(const std::string& type, std::string_view content) {
+    return Big(content.size() + 8, 4) + type + std::string(content);
+}
+
+// The boxes again, with one at `path` put behind its siblings, and the boxes that lead there made if need be.
+std::string WithBox(std::string_view bytes, std::string_view path, std::string_view content) {
+    const size_t slash = path.find('/');
+    const std::string type(path.substr(0, slash));
+    if (slash == std::string_view::npos) return std::string(bytes) + MakeBox(type, content);
+    const std::string_view rest = path.substr(slash + 1);
+    for (const Box& box : Boxes(bytes))
+        if (box.type == type)
+            return std::string(bytes.substr(0, box.at)) +
+                   MakeBox(type, WithBox(bytes.substr(box.content, box.end - box.content), rest, content)) +
+                   std::string(bytes.substr(box.end));
+    return std::string(bytes) + MakeBox(type, WithBox("", rest, content));
+}
+
+// The chunks' places are what a moved file has to be told anew. Recurses into whatever leads to the tables.
+void MoveChunks(std::string& bytes, size_t from, size_t to, uint64_t by) {
+    for (const Box& box : Boxes(std::string_view(bytes).substr(from, to - from))) {
+        const size_t content = from + box.content;
+        for (const char* parent : {"trak", "mdia", "minf", "stbl"})
+            if (box.type == parent) MoveChunks(bytes, content, from + box.end, by);
+        const size_t width = box.type == "stco" ? 4 : box.type == "co64" ? 8 : 0;
+        for (size_t at = content + 8; width > 0 && at < from + box.end; at += width)
+            bytes.replace(at, width, Big(Number(bytes, at, width) + by, width));
+    }
+}
+
+}  // namespace
+
+std::vector<Box> Boxes(std::string_view bytes) {
+    std::vector<Box> boxes;
+    for (size_t at = 0; at < bytes.size();) {
+        uint64_t size = Number(bytes, at, 4);
+        const bool isLarge = size == 1;
+        if (isLarge) size = Number(bytes, at + 8, 8);
+        if (size < 8 || size > bytes.size() - at) throw std::runtime_error("a box of no true size");
+        boxes.push_back({std::string(bytes.substr(at + 4, 4)), at, at + (isLarge ? 16 : 8), at + size});
+        at += size;
+    }
+    return boxes;
+}
+
+std::string_view BoxAt(std::string_view bytes, std::string_view path) {
+    const size_t slash = path.find('/');
+    for (const Box& box : Boxes(bytes)) {
+        if (box.type != path.substr(0, slash)) continue;
+        const std::string_view content = bytes.substr(box.content, box.end - box.content);
+        return slash == std::string_view::npos ? content : BoxAt(content, path.substr(slash + 1));
+    }
+    return {};
+}
+
+void EditMovie(const std::string& path, bool moovInFront, std::string_view tagc) {
+    std::ifstream in(path, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    if (!tagc.empty()) bytes = WithBox(bytes, "moov/udta/tagc", tagc);
+    if (moovInFront) {
+        const std::vector<Box> boxes = Boxes(bytes);
+        const Box& moov = boxes.back();
+        if (moov.type != "moov") throw std::runtime_error("the movie does not end in its description");
+        std::string head = bytes.substr(moov.at);
+        MoveChunks(head, 8, head.size(), head.size());
+        bytes.resize(moov.at);
+        bytes.insert(boxes.front().end, head);
+    }
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!(out << bytes << std::flush)) throw std::runtime_error("cannot write " + path);
+}
+
+}  // namespace made

@@ -1,0 +1,28 @@
+// Edits of the boxes of an MP4 file, for tests: what no muxer writes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace made {
+
+struct Box {
+    std::string type;
+    size_t at;       // of its header, in the text that was listed
+    size_t content;  // of what follows the header
+    size_t end;
+};
+
+// The boxes of `bytes` in a row, which must be whole.
+std::vector<Box> Boxes(std::string_view bytes);
+
+// The content of the first box at a path like "moov/udta/tagc"; empty when there is none.
+std::string_view BoxAt(std::string_view bytes, std::string_view path);
+
+// Gives the movie at `path` a moov/udta/tagc of this content, unless that is empty, and moves its "moov"
+// before the frames if asked.
+void EditMovie(const std::string& path, bool moovInFront, std::string_view tagc);
+
+}  // namespace made

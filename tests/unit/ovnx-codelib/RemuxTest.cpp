@@ -1,0 +1,255 @@
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <numeric>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include "tests/support/DecodedMedia.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/MadeBoxes.h"
+#include "tests/support/MadeMedia.h"
+#include "tests/support/TempFolder.h"
+#include "tests/unit/ovnx-codelib/CodecLibrary.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kFps = 30;
+
+made::Video Capture() {
+    made::Video video;
+    video.frames = 90;
+    video.rotation = 90;
+    video.videoLanguage = "fra";
+    video.audioLanguages = {"eng", "deu"};
+    video.creationTime = "2020-01-02T03:04:05Z";
+    video.tagc = "{\"Source\":\"Ovirastream SHARE\",\"B64\":\"e30=\"}";
+    return video;
+}
+
+std::vector<int> Range(int first, int end) {
+    std::vector<int> numbers(static_cast<size_t>(end - first));
+    std::iota(numbers.begin(), numbers.end(), first);
+    return numbers;
+}
+
+std::vector<int> NumbersOf(const made::Decoded& decoded) {
+    std::vector<int> numbers;
+    for (const made::ShownFrame& frame : decoded.frames)
+        numbers.push_back(frame.number);
+    return numbers;
+}
+
+class RemuxTest : public testing::Test {
+  protected:
+    // A copy of the video, and what is in the folder with it.
+    std::string Put(const made::Video& video) const {
+        fs::copy_file(made::Path(video), folder_ / "source.mp4", fs::copy_options::overwrite_existing);
+        return folder_ / "source.mp4";
+    }
+
+    std::set<std::string> Names() const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder_.path()))
+            names.insert(entry.path().filename());
+        return names;
+    }
+
+    const TempFolder folder_;
+    const LogCapture log_;
+    const CodecLibrary library_;
+    const std::string clip_ = folder_ / "clip.mp4";
+};
+
+// The clip's sound is the source's of the same time, but for the last packet, whose end may be cut.
+void ExpectSameSound(const made::Decoded& source, const made::Decoded& clip, double start) {
+    for (size_t track = 1; track < source.sounds.size(); ++track) {
+        const std::vector<float>& from = source.sounds[track];
+        const std::vector<float>& to = clip.sounds[track];
+        const auto offset = static_cast<size_t>(std::lround(start * 48000));
+        ASSERT_GT(to.size(), 4096u);
+        float worst = 0;
+        for (size_t i = 0; i < to.size() - 1024; ++i)
+            worst = std::max(worst, std::abs(to[i] - from.at(offset + i)));
+        EXPECT_LT(worst, 1e-5) << "track " << track;
+    }
+}
+
+TEST_F(RemuxTest, ShowsExactlyTheRange) {
+    struct Case {
+        const char* what;
+        void (*change)(made::Video&);
+        int start, end;  // frames
+        bool atKeyframe;
+        int first, behind;  // that are shown
+    };
+    const auto asIs = [](made::Video&) {};
+    const Case cases[] = {
+        {"from within", asIs, 45, 75, false, 45, 75},
+        {"moov in front", [](made::Video& each) { each.moovInFront = true; }, 45, 75, false, 45, 75},
+        {"no reordering", [](made::Video& each) { each.bFrames = 0; }, 45, 75, false, 45, 75},
+        {"from a keyframe", asIs, 60, 61, false, 60, 61},
+        {"at the keyframe before", asIs, 45, 75, true, 30, 75},
+        {"from the beginning", asIs, 0, 10, false, 0, 10},
+        {"beyond the end", asIs, 70, 9000, false, 70, 90},
+        {"all", asIs, 0, 90, true, 0, 90},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.what);
+        made::Video video = Capture();
+        each.change(video);
+        const std::string source = Put(video);
+        ASSERT_EQ(
+            library_.Remux(source, clip_, 1.0 * each.start / kFps, 1.0 * each.end / kFps, each.atKeyframe),
+            0);
+        const made::Decoded from = made::Decode(source);
+        const made::Decoded to = made::Decode(clip_);
+        EXPECT_EQ(NumbersOf(to), Range(each.first, each.behind));
+        EXPECT_NEAR(to.frames.at(0).time, 0, 1e-4);
+        const double end = each.end > 90 ? from.duration : 1.0 * each.behind / kFps;
+        EXPECT_NEAR(to.duration, end - 1.0 * each.first / kFps, 1e-3);
+        EXPECT_EQ(to.tracks, from.tracks);
+        EXPECT_TRUE(to.hiddenAtStart == 0 || !each.atKeyframe) << to.hiddenAtStart;
+        if (!each.atKeyframe && each.behind - each.first >= 10)
+            ExpectSameSound(from, to, 1.0 * each.first / kFps);
+    }
+    EXPECT_TRUE(log_.Lines().empty());
+    EXPECT_EQ(Names(), (std::set<std::string>{"clip.mp4", "source.mp4"}));
+}
+
+TEST_F(RemuxTest, AClipCanBeCutAgain) {
+    ASSERT_EQ(library_.Remux(Put(Capture()), clip_, 40.0 / kFps, 80.0 / kFps), 0);
+    const std::string again = folder_ / "again.mp4";
+    ASSERT_EQ(library_.Remux(clip_, again, 5.0 / kFps, 100), 0);
+    EXPECT_EQ(NumbersOf(made::Decode(again)), Range(45, 80));
+}
+
+TEST_F(RemuxTest, CarriesWhatDescribesTheSource) {
+    Put(Capture());
+    ASSERT_EQ(library_.Remux(folder_ / "source.mp4", clip_, 1, 2), 0);
+    const std::string source = folder_.Read("source.mp4");
+    const std::string clip = folder_.Read("clip.mp4");
+    EXPECT_EQ(made::BoxAt(clip, "moov/udta/tagc"), Capture().tagc);
+    EXPECT_EQ(made::BoxAt(clip, "moov/udta"), made::BoxAt(source, "moov/udta"));
+    std::string order;
+    for (const made::Box& box : made::Boxes(clip))
+        order += box.type + " ";
+    EXPECT_EQ(order, "ftyp moov free mdat ");
+    EXPECT_EQ(made::BoxAt(clip, "moov/mvhd").substr(4, 4),
+              made::BoxAt(source, "moov/mvhd").substr(4, 4));  // creation
+}
+
+TEST_F(RemuxTest, TakesThePlaceOfAnOlderFile) {
+    folder_.Write("clip.mp4", std::string(100000, 'x'));
+    const std::string source = Put(Capture());
+    chmod(source.c_str(), 0440);
+    ASSERT_EQ(library_.Remux(source, clip_, 1, 2), 0);
+    EXPECT_EQ(NumbersOf(made::Decode(clip_)), Range(30, 60));
+    struct stat status {};
+    ASSERT_EQ(stat(clip_.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640u);
+}
+
+TEST_F(RemuxTest, EachFailureHasItsValueAndLeavesNothing) {
+    made::Video front = Capture();
+    front.moovInFront = true;
+    made::Video sound = Capture();
+    sound.hasVideo = false;
+    const std::string source = Put(front);
+    const std::string bytes = folder_.Read("source.mp4");
+    folder_.Write("cut.mp4", bytes.substr(0, bytes.size() - 1000));
+    folder_.Write("headless.mp4", bytes.substr(0, 200));
+    folder_.Write("text.mp4", "This is no video.");
+    fs::copy_file(made::Path(sound), folder_ / "sound.mp4");
+    fs::create_hard_link(source, folder_ / "link.mp4");
+    fs::create_symlink("nowhere", folder_ / "symlink.mp4");
+    folder_.MakeFolder("folder.mp4");
+    const std::set<std::string> names = Names();
+    struct Case {
+        const char* input;
+        const char* output;
+        double start, end;
+        int32_t value;
+    };
+    const Case cases[] = {
+        {"source.mp4", "clip.mp4", 1, 1, -7},    {"source.mp4", "clip.mp4", 2, 1, -7},
+        {"source.mp4", "clip.mp4", 3.1, 5, -7},  {"missing.mp4", "clip.mp4", 1, 2, -5},
+        {"folder.mp4", "clip.mp4", 1, 2, -5},    {"text.mp4", "clip.mp4", 1, 2, -1},
+        {"headless.mp4", "clip.mp4", 1, 2, -2},  {"cut.mp4", "clip.mp4", 1, 3, -2},
+        {"sound.mp4", "clip.mp4", 1, 2, -8},     {"source.mp4", "missing/clip.mp4", 1, 2, -10},
+        {"source.mp4", "folder.mp4", 1, 2, -10}, {"source.mp4", "symlink.mp4", 1, 2, -10},
+        {"source.mp4", "source.mp4", 1, 2, -21}, {"source.mp4", "link.mp4", 1, 2, -21},
+    };
+    for (const Case& each : cases) {
+        const int before = log_.Count("][1][");
+        EXPECT_EQ(library_.Remux(folder_ / each.input, folder_ / each.output, each.start, each.end),
+                  each.value)
+            << each.input << " " << each.output;
+        EXPECT_EQ(log_.Count("][1]["), before + 1);
+        EXPECT_EQ(Names(), names);
+    }
+    EXPECT_EQ(folder_.Read("source.mp4"), bytes);
+}
+
+TEST_F(RemuxTest, AFullDiskLeavesNothing) {
+    const std::string source = Put(Capture());
+    folder_.Write("clip.mp4", "older");
+    struct rlimit before {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    for (const rlim_t limit : {0u, 10000u, 30000u}) {
+        const struct rlimit small { limit, before.rlim_max };
+        setrlimit(RLIMIT_FSIZE, &small);
+        const int32_t value = library_.Remux(source, clip_, 0, 3);
+        setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_EQ(value, -10) << limit;
+        EXPECT_EQ(Names(), (std::set<std::string>{"clip.mp4", "source.mp4"}));
+        EXPECT_EQ(folder_.Read("clip.mp4"), "older");
+    }
+    std::signal(SIGXFSZ, handler);
+}
+
+TEST_F(RemuxTest, SpoiltFilesEndInAValue) {
+    made::Video video = Capture();
+    video.moovInFront = true;
+    Put(video);
+    const std::string whole = folder_.Read("source.mp4");
+    std::mt19937 random(1);  // NOLINT(bugprone-random-generator-seed)
+    for (int round = 0; round < 150; ++round) {
+        std::string spoilt = whole;
+        for (unsigned flips = 1 + random() % 8; flips > 0; --flips)
+            spoilt[random() % 12000] = static_cast<char>(random());
+        const int32_t value =
+            library_.Remux(folder_.Write("spoilt.mp4", spoilt), clip_, 1, 2, round % 2 == 0);
+        EXPECT_EQ(folder_.Has("clip.mp4"), value == 0);
+        fs::remove(clip_);
+        EXPECT_EQ(Names().size(), 2u);
+    }
+}
+
+TEST_F(RemuxTest, RecordsThatAreNoneAreRefused) {
+    const std::string source = Put(Capture());
+    for (const size_t at : {0, 4, 8, 16}) {  // version, kind, size, block
+        CodecLibrary::Call call;
+        CodecLibrary::Fill(call, source, clip_, 1, 2, false);
+        CodecLibrary::Put(call.record, at, uint64_t{0});
+        EXPECT_EQ(library_.Run(call), -20) << at;
+    }
+    CodecLibrary::Call endless;
+    CodecLibrary::Fill(endless, source, clip_, 1, 2, false);
+    for (size_t i = 0; i < 260; ++i)
+        CodecLibrary::Put(endless.block, 24 + 4 * i, uint32_t{'x'});
+    EXPECT_EQ(library_.Run(endless), -20);
+    library_.Shutdown();
+    EXPECT_EQ(library_.Remux(source, clip_, 1, 2), -22);
+}
+
+}  // namespace

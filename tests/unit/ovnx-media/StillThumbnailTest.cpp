@@ -1,0 +1,306 @@
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <random>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include "OvnxMedia.h"
+#include "tests/support/MadeMedia.h"
+#include "tests/support/StillFiles.h"
+
+namespace {
+
+using namespace stillfiles;
+
+using File = std::unique_ptr<FILE, int (*)(FILE*)>;
+
+File FileOf(const std::string& bytes) {
+    File file(std::tmpfile(), std::fclose);
+    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+    std::fflush(file.get());
+    return file;
+}
+
+struct Thumbnail {
+    int32_t status = 0;
+    std::string message;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    std::vector<uint8_t> rgba;
+
+    std::vector<int> PixelAt(uint32_t x, uint32_t y) const {
+        const auto at = rgba.begin() + static_cast<std::ptrdiff_t>((size_t{y} * width + x) * 4);
+        return {at, at + 4};
+    }
+};
+
+Thumbnail Make(const std::string& bytes, uint32_t width = 320, uint32_t height = 180,
+               decltype(OvnxMediaStillThumbnail)* make = OvnxMediaStillThumbnail) {
+    const File file = FileOf(bytes);
+    char message[200] = "";
+    const OvnxMediaRequest request{width, height, nullptr, nullptr, message, sizeof(message)};
+    OvnxMediaPicture picture{};
+    Thumbnail result;
+    result.status = make(fileno(file.get()), &request, &picture);
+    result.message = message;
+    if (result.status != OVNX_MEDIA_OK) return result;
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    EXPECT_TRUE(png_image_begin_read_from_memory(&image, picture.bytes, picture.size));
+    image.format = PNG_FORMAT_RGBA;
+    result.width = image.width;
+    result.height = image.height;
+    result.rgba.resize(PNG_IMAGE_SIZE(image));
+    EXPECT_TRUE(png_image_finish_read(&image, nullptr, result.rgba.data(), 0, nullptr));
+    EXPECT_TRUE(picture.width == result.width && picture.height == result.height);
+    OvnxMediaRelease(&picture);
+    EXPECT_EQ(picture.bytes, nullptr);
+    return result;
+}
+
+using Pixel = std::vector<int>;
+
+TEST(PngThumbnail, TakesEveryKind) {
+    const struct {
+        PngKind kind;
+        std::array<uint16_t, 4> left, right;
+        bool hasTransparency;
+        Pixel mean;
+    } cases[] = {
+        {{PNG_COLOR_TYPE_RGB}, {10, 20, 30}, {30, 60, 90}, false, {20, 40, 60, 255}},
+        {{PNG_COLOR_TYPE_RGB}, {0, 0, 0}, {30, 60, 90}, true, {30, 60, 90, 128}},
+        {{PNG_COLOR_TYPE_RGB, 16}, {0x4040, 0, 0xFFFF}, {0x8080, 0, 0xFFFF}, false, {96, 0, 255, 255}},
+        {{PNG_COLOR_TYPE_RGB_ALPHA}, {200, 0, 0, 0}, {0, 0, 99, 200}, false, {0, 0, 99, 100}},
+        {{PNG_COLOR_TYPE_GRAY, 1}, {0}, {1}, false, {128, 128, 128, 255}},
+        {{PNG_COLOR_TYPE_GRAY, 4}, {0}, {15}, true, {255, 255, 255, 128}},
+        {{PNG_COLOR_TYPE_GRAY_ALPHA, 16}, {0xFFFF, 0}, {0x1111, 0xFFFF}, false, {17, 17, 17, 128}},
+        {{PNG_COLOR_TYPE_PALETTE, 2}, {0}, {1}, true, {0, 0, 255, 128}},
+        {{PNG_COLOR_TYPE_PALETTE, 8}, {1}, {2}, false, {0, 128, 128, 255}}};
+    for (auto [kind, left, right, hasTransparency, mean] : cases) {
+        const auto halves = [&left = left, &right = right](uint32_t x, uint32_t) {
+            return x < 5 ? left : right;
+        };
+        for (const bool interlaced : {false, true}) {
+            kind.interlaced = interlaced;
+            const Thumbnail one = Make(Png(10, 20, kind, halves, hasTransparency), 1, 2);
+            EXPECT_EQ(one.message, "");
+            ASSERT_EQ(one.rgba.size(), 8U) << kind.colours;
+            EXPECT_EQ(one.PixelAt(0, 0), mean) << kind.colours << " of " << kind.depth;
+            EXPECT_EQ(one.PixelAt(0, 1), mean);
+        }
+    }
+}
+
+TEST(PngThumbnail, IsTheSameOfAnInterlacedFile) {
+    for (const uint32_t side : {1U, 3U, 6U, 61U}) {
+        std::mt19937 first(1);
+        std::mt19937 second(1);
+        const auto noise = [](std::mt19937& random) {
+            return [&random](uint32_t, uint32_t) {
+                return std::array<uint16_t, 4>{static_cast<uint16_t>(random() & 255), 7, 8};
+            };
+        };
+        const Thumbnail plain = Make(Png(side, side + 2, {}, noise(first)), 17, 17);
+        const Thumbnail interlaced =
+            Make(Png(side, side + 2, {PNG_COLOR_TYPE_RGB, 8, true}, noise(second)), 17, 17);
+        EXPECT_EQ(plain.rgba, interlaced.rgba) << side;
+        EXPECT_FALSE(plain.rgba.empty());
+    }
+}
+
+TEST(JpegThumbnail, TakesEveryKind) {
+    const auto halves = [](int x, int) { return x < 320 ? Rgb{200, 100, 50} : Rgb{100, 50, 200}; };
+    const auto of = [&](int subsampling, int flags, int format = TJPF_RGB) {
+        return Jpeg(640, 320, subsampling, flags, halves, format);
+    };
+    for (const std::string& file : {of(TJSAMP_444, 0), of(TJSAMP_420, 0), of(TJSAMP_440, 0),
+                                    of(TJSAMP_411, TJFLAG_PROGRESSIVE), of(TJSAMP_444, 0, TJPF_CMYK)}) {
+        for (const uint32_t width : {640U, 333U, 50U, 2U}) {
+            const Thumbnail one = Make(file, width, 1000);
+            ASSERT_EQ(one.message, "");
+            EXPECT_EQ(std::pair(one.width, one.height), std::pair(width, (width + 1) / 2));
+            for (size_t c = 0; c < 3; ++c) {
+                EXPECT_NEAR(one.PixelAt(0, 0)[c], halves(0, 0)[c], 4) << width;
+                EXPECT_NEAR(one.PixelAt(width - 1, 0)[c], halves(639, 0)[c], 4) << width;
+            }
+        }
+    }
+    EXPECT_EQ(Make(of(TJSAMP_GRAY, 0), 1, 1).PixelAt(0, 0), (Pixel{103, 103, 103, 255}));
+}
+
+TEST(ExrThumbnail, FitsLightToAScreen) {
+    constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kMost = std::numeric_limits<float>::infinity();
+    // 0.5 is kept, which sRGB codes as 188; 1 becomes 0.75; the mean of 0 and 1 is 0.5.
+    const struct {
+        float even, odd;
+        int expected;
+    } cases[] = {{0.5F, 0.5F, 188}, {1, 1, 225},         {0, 1, 188}, {-5, 1, 188},
+                 {kNone, 1, 188},   {kMost, kMost, 255}, {0, 0, 0}};
+    for (const auto& [even, odd, expected] : cases) {
+        const auto stripes = [&even = even, &odd = odd](size_t, int x, int) {
+            return x % 2 == 0 ? even : odd;
+        };
+        EXPECT_EQ(Make(Exr(8, 4, {}, stripes), 4, 4).PixelAt(3, 1),
+                  (Pixel{expected, expected, expected, 255}));
+    }
+}
+
+TEST(ExrThumbnail, TakesEveryKind) {
+    const auto colours = [](size_t channel, int, int y) {
+        return y < 50 ? 0.0F : 0.5F * static_cast<float>(channel == 1);
+    };
+    const Pixel green{0, 188, 0, 255};
+    // Channels are written in the order given and read by their names.
+    const std::vector<std::string> rgba{"R", "G", "B", "A"};
+    for (const ExrKind& kind : {ExrKind{Imf::NO_COMPRESSION},
+                                {Imf::PIZ_COMPRESSION, true, 1, rgba},
+                                {Imf::DWAB_COMPRESSION, false, 3, rgba, 0, {-7, 9}},
+                                {Imf::ZIP_COMPRESSION, true, 2, rgba, 0, {100, -50}}}) {
+        const Thumbnail one = Make(Exr(200, 100, kind, colours), 20, 20);
+        ASSERT_EQ(one.message, "");
+        EXPECT_EQ(one.PixelAt(19, 0), (Pixel{0, 0, 0, 255}));
+        EXPECT_NEAR(one.PixelAt(19, 9)[1], 188, 1);
+        EXPECT_EQ(one.PixelAt(19, 9)[0], 0);
+    }
+    const auto grey = [](size_t, int, int) { return 0.5F; };
+    EXPECT_EQ(Make(Exr(9, 9, {Imf::ZIP_COMPRESSION, false, 1, {"Y", "Z"}}, grey)).PixelAt(8, 8),
+              (Pixel{188, 188, 188, 255}));
+    EXPECT_EQ(Make(Exr(9, 9, {Imf::ZIP_COMPRESSION, false, 1, {"Z"}}, grey)).status, OVNX_MEDIA_DAMAGED);
+}
+
+TEST(ExrThumbnail, TakesAPreviewThatIsLargeEnough) {
+    const auto white = [](size_t, int, int) { return 100.0F; };
+    ExrKind kind;
+    kind.previewWidth = 40;
+    EXPECT_EQ(Make(Exr(200, 100, kind, white), 40, 40).PixelAt(7, 7), (Pixel{0, 200, 0, 255}));
+    EXPECT_GT(Make(Exr(200, 100, kind, white), 41, 41).PixelAt(7, 7)[0], 250);
+    EXPECT_GT(Make(Exr(100, 100, kind, white), 20, 20).PixelAt(7, 7)[0], 250) << "of another aspect";
+}
+
+// The number at `at`, of the byte order of the format, replaced.
+std::string With(std::string file, size_t at, const std::string& bytes) {
+    return file.replace(at, bytes.size(), bytes);
+}
+
+std::string WithIhdr(uint32_t width, uint32_t height) {
+    std::string file = Png(1, 1, {}, [](uint32_t, uint32_t) { return std::array<uint16_t, 4>{}; });
+    for (int i = 0; i < 4; ++i) {
+        file[static_cast<size_t>(16 + i)] = static_cast<char>(width >> (24 - 8 * i));
+        file[static_cast<size_t>(20 + i)] = static_cast<char>(height >> (24 - 8 * i));
+    }
+    const auto sum = static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(&file[12]), 17));
+    for (int i = 0; i < 4; ++i)
+        file[static_cast<size_t>(29 + i)] = static_cast<char>(sum >> (24 - 8 * i));
+    return file;
+}
+
+TEST(StillThumbnail, RefusesWhatBreaksALimit) {
+    const auto grey = [](int, int) { return Rgb{9, 9, 9}; };
+    const auto dark = [](size_t, int, int) { return 0.0F; };
+    const std::string baseline = Jpeg(8, 8, TJSAMP_444, 0, grey);
+    const std::string progressive = Jpeg(64, 64, TJSAMP_444, TJFLAG_PROGRESSIVE, grey);
+    const auto frame = [](const std::string& file, const char* marker) { return file.find(marker) + 5; };
+    const std::string exr = Exr(8, 8, {}, dark);
+    const size_t window = exr.find("dataWindow") + 11 + 6 + 4;
+    const size_t chunks = exr.find("type") + 5 + 7;
+    const size_t centre = exr.find("screenWindowCenter") + 19 + 4;
+    const struct {
+        const char* what;
+        std::string file;
+        int32_t status;
+    } cases[] = {
+        {"PNG side", WithIhdr(100000, 100000), OVNX_MEDIA_OVER_LIMIT},
+        {"PNG row", WithIhdr(67108864, 1), OVNX_MEDIA_OVER_LIMIT},
+        {"PNG empty", WithIhdr(0, 1), OVNX_MEDIA_DAMAGED},
+        {"JPEG side", With(baseline, frame(baseline, "\xFF\xC0"), "\xFF\xFF\xFF\xFF"), OVNX_MEDIA_OVER_LIMIT},
+        {"JPEG memory", With(progressive, frame(progressive, "\xFF\xC2"), "\x1F\xFF\x1F\xFF"),
+         OVNX_MEDIA_OVER_LIMIT},
+        {"JPEG scans", WithScansRepeated(progressive, 5000), OVNX_MEDIA_OVER_LIMIT},
+        {"EXR side", With(exr, window + 8, "\xFF\xFF\xFF\x1F\xFF\xFF\xFF\x1F"), OVNX_MEDIA_OVER_LIMIT},
+        {"EXR blocks", With(exr, window + 12, "\xFF\xFF\x0F"), OVNX_MEDIA_DAMAGED},
+        {"EXR attribute", With(exr, chunks, "\xFF\xFF\xFF\x7F"), OVNX_MEDIA_DAMAGED},
+        {"EXR attribute of another size", With(exr, centre, std::string(1, '\0')), OVNX_MEDIA_DAMAGED},
+        {"nothing", "", OVNX_MEDIA_UNKNOWN_FORMAT},
+        {"text", "a text of no format", OVNX_MEDIA_UNKNOWN_FORMAT}};
+    for (const auto& [what, file, status] : cases) {
+        const Thumbnail none = Make(file);
+        EXPECT_EQ(none.status, status) << what << ": " << none.message;
+        EXPECT_NE(none.message, "") << what;
+    }
+    EXPECT_EQ(Make(WithScansRepeated(progressive, 20)).status, OVNX_MEDIA_OK);
+}
+
+int OpenDescriptors() {
+    int count = 0;
+    for (int fd = 0; fd < 256; ++fd)
+        count += fcntl(fd, F_GETFD) != -1;
+    return count;
+}
+
+TEST(StillThumbnail, GivesACodeForEveryBrokenFile) {
+    const int open = OpenDescriptors();
+    std::mt19937 random(3);
+    int refused = 0;
+    for (const std::string& file : OneOfEach()) {
+        ASSERT_EQ(Make(file).status, OVNX_MEDIA_OK);
+        for (size_t size = 0; size < file.size(); size += 7) {
+            const int32_t status = Make(file.substr(0, size), 9, 9).status;
+            ASSERT_TRUE(status <= OVNX_MEDIA_OK && status >= OVNX_MEDIA_OVER_LIMIT) << status;
+            refused += status != OVNX_MEDIA_OK;
+        }
+        for (int i = 0; i < 60; ++i) {
+            std::string broken = file;
+            for (unsigned flips = random() % 4 + 1; flips > 0; --flips)
+                broken[random() % broken.size()] ^= static_cast<char>(1 << random() % 8);
+            const Thumbnail one = Make(broken, 9, 9);
+            ASSERT_EQ(one.message.empty(), one.status == OVNX_MEDIA_OK);
+            refused += one.status != OVNX_MEDIA_OK;
+        }
+    }
+    EXPECT_GT(refused, 500);
+    EXPECT_EQ(OpenDescriptors(), open);
+}
+
+TEST(StillThumbnail, StopsWhenToldTo) {
+    const auto stop = [](void* context) { return ++*static_cast<int*>(context) > 1 ? 1 : 0; };
+    for (const std::string& file : OneOfEach()) {
+        int asked = 0;
+        const File source = FileOf(file);
+        OvnxMediaPicture picture{};
+        const OvnxMediaRequest request{9, 9, stop, &asked, nullptr, 0};
+        EXPECT_EQ(OvnxMediaStillThumbnail(fileno(source.get()), &request, &picture), OVNX_MEDIA_STOPPED);
+        EXPECT_EQ(picture.bytes, nullptr);
+    }
+}
+
+TEST(VideoFrame, ComesAsAPng) {
+    std::ifstream file(made::Path({}), std::ios::binary);
+    const std::string video(std::istreambuf_iterator<char>(file), {});
+    const Thumbnail frame = Make(video, 160, 160, OvnxMediaVideoFrame);
+    EXPECT_EQ(frame.message, "");
+    EXPECT_EQ(std::pair(frame.width, frame.height), std::pair(160U, 90U));
+    EXPECT_EQ(Make(video).status, OVNX_MEDIA_UNKNOWN_FORMAT);
+}
+
+TEST(Probe, GoesByTheFirstBytes) {
+    const auto probe = [](const std::string& bytes) { return OvnxMediaProbe(fileno(FileOf(bytes).get())); };
+    for (const std::string& file : OneOfEach())
+        EXPECT_EQ(probe(file.substr(0, 8)), OVNX_MEDIA_KIND_STILL);
+    for (const char* video :
+         {"1234ftypisom", "1234moov", "1234mdat", "1234wide", "1234free", "\x1A\x45\xDF\xA3"})
+        EXPECT_EQ(probe(video), OVNX_MEDIA_KIND_VIDEO) << video;
+    for (const char* other : {"", "\x89PN", "ftypisom", "GIF89a"})
+        EXPECT_EQ(probe(other), OVNX_MEDIA_KIND_UNKNOWN) << other;
+    EXPECT_EQ(OvnxMediaProbe(-1), OVNX_MEDIA_UNREADABLE);
+    const File folder(std::fopen("/", "r"), std::fclose);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(OvnxMediaProbe(fileno(folder.get())), OVNX_MEDIA_UNREADABLE);
+}
+
+}  // namespace
