@@ -174,6 +174,15 @@ void MakeTrackerFile(Corpus corpus) {
     corpus.Add("\x80\xC3(\xED\xA0\x80");
 }
 
+void MakeEdgeLog(Corpus corpus) {
+    corpus.Add(
+        R"({"gameName":"g","session":4294967296,"playStarted":"s","playTime":"p","startTime":"a","endTime":"b",)"
+        R"("mapFileName":"m","events":[{"time":"t","name":"n","info":"i","round":-1}],)"
+        R"("rounds":[{"number":1,"score1":2,"score2":3,"time":"t"}],"metaData":"d"})");
+    corpus.Add(R"({"gameName":7,"events":{},"rounds":[]})");
+    corpus.Add(R"({"rounds":[{"number":18446744073709551615,"time":"t"}]})");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -195,6 +204,7 @@ int main(int argc, char** argv) {
         MakeHighlights({root, "highlights"});
         MakeSettings({root, "settings"});
         MakeTrackerFile({root, "trackerfile"});
+        MakeEdgeLog({root, "edgelog"});
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
