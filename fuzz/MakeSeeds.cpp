@@ -198,6 +198,15 @@ void MakeVideoFrame(Corpus corpus) {
         }
 }
 
+void MakeEdgeLog(Corpus corpus) {
+    corpus.Add(
+        R"({"gameName":"g","session":4294967296,"playStarted":"s","playTime":"p","startTime":"a","endTime":"b",)"
+        R"("mapFileName":"m","events":[{"time":"t","name":"n","info":"i","round":-1}],)"
+        R"("rounds":[{"number":1,"score1":2,"score2":3,"time":"t"}],"metaData":"d"})");
+    corpus.Add(R"({"gameName":7,"events":{},"rounds":[]})");
+    corpus.Add(R"({"rounds":[{"number":18446744073709551615,"time":"t"}]})");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -221,6 +230,7 @@ int main(int argc, char** argv) {
         MakeTrackerFile({root, "trackerfile"});
         MakeStillThumbnail({root, "still_thumbnail"});
         MakeVideoFrame({root, "video_frame"});
+        MakeEdgeLog({root, "edgelog"});
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -1,9 +1,9 @@
 #include "libraries/share-common/MetadataBlock.h"
 
 #include "CobalixUtil.h"
+#include "common/Base64.h"
 #include "common/JsonParse.h"
 #include "common/StackDocument.h"
-#include "libraries/share-common/Base64.h"
 
 namespace {
 
@@ -86,7 +86,9 @@ void ReadMetadataBlock(const KXP::Value& outer, MetadataFields& fields) {
     if (code == outer.MemberEnd() || !code->value.IsString()) return;
 
     KXP::StackDocument inner;
-    if (KXP::ParseJSON(DecodeBase64(TextOf(code->value)), *inner).IsError() || !(*inner).IsObject()) return;
+    if (KXP::ParseJSON(KXP::DecodeBase64Loosely(TextOf(code->value)), *inner).IsError() ||
+        !(*inner).IsObject())
+        return;
     TakeMembers(*inner, fields);
     KXP_LOG(KXP::LogTrace, "CheckIfZv: cmsId:%ld name:%s id:%s groupId:%s tags:0x%08x significance:0x%08x",
             static_cast<long>(fields.cmsId), fields.highlightName.c_str(),

@@ -1,4 +1,7 @@
+#include <csignal>
+
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "common/FileUtil.h"
@@ -16,8 +19,33 @@ unsigned ModeOf(const std::string& path) {
 
 class FileUtilTest : public testing::Test {
   protected:
+    // Whatever a failed copy left, hidden files too, makes this more.
+    long Entries() const {
+        return std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator());
+    }
+
     const TempFolder folder_;
     const LogCapture log_;
+};
+
+// For as long as it lives no file grows beyond the limit, as on a disk that is full.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) : ignored_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &old_);
+        const rlimit limit{bytes, old_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &old_);
+        std::signal(SIGXFSZ, ignored_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    void (*const ignored_)(int);
+    rlimit old_{};
 };
 
 TEST_F(FileUtilTest, CopyKeepsTheTailOfALongerFileAndTakesTheMode) {
@@ -39,6 +67,39 @@ TEST_F(FileUtilTest, CopyRefusesWhatIsNoFile) {
     for (const std::string& bad : {folder_ / "no/b", folder_ / "pipe", folder_.path()})
         EXPECT_EQ(static_cast<uint32_t>(FileCopy(file, bad)), 0x80004005u) << bad;
     EXPECT_TRUE(log_.HasLine(1, "FileCopy open destination failed"));
+}
+
+TEST_F(FileUtilTest, NothingIsReplacedByANewFile) {
+    const std::string source = folder_.Write("a", "new");
+    ASSERT_EQ(chmod(source.c_str(), 0640), 0);
+    folder_.Write("file", "old");
+    folder_.MakeFolder("folder");
+    fs::create_symlink(folder_ / "nowhere", folder_ / "link");
+    const long before = Entries();
+    for (const char* taken : {"file", "folder", "link"}) {
+        EXPECT_EQ(static_cast<uint32_t>(FileCopyNew(source, folder_ / taken, false)), 0x80004005u) << taken;
+        EXPECT_EQ(static_cast<uint32_t>(FileMoveNew(source, folder_ / taken)), 0x80004005u) << taken;
+    }
+    EXPECT_EQ(Entries(), before);
+    EXPECT_EQ(folder_.Read("file"), "old");
+    EXPECT_EQ(FileCopyNew(source, folder_ / "copy", false), 0);
+    EXPECT_EQ(folder_.Read("copy"), "new");
+    EXPECT_EQ(ModeOf(folder_ / "copy"), 0640u);
+    EXPECT_EQ(FileMoveNew(source, folder_ / "moved"), 0);
+    EXPECT_EQ(Entries(), before + 1);
+}
+
+TEST_F(FileUtilTest, NothingStaysOfACopyThatEndsEarly) {
+    const std::string source = folder_.Write("a", std::string(3 << 20, 'n'));
+    EXPECT_EQ(static_cast<uint32_t>(FileCopyNew(source, folder_ / "b", true)), 0x80004004u);
+    EXPECT_EQ(Entries(), 1);
+    {
+        const FileSizeLimit fullDisk(2 << 20);
+        EXPECT_EQ(static_cast<uint32_t>(FileCopyNew(source, folder_ / "b", false)), 0x80004005u);
+    }
+    EXPECT_EQ(Entries(), 1);
+    EXPECT_EQ(FileCopyNew(source, folder_ / "b", false), 0);
+    EXPECT_EQ(folder_.Read("b"), folder_.Read("a"));
 }
 
 TEST_F(FileUtilTest, DeleteRemovesTheLinkAndLeavesItsTargetAlone) {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "common/JsonParse.h"
-#include "libraries/share-common/Base64.h"
+#include "common/Base64.h"
 #include "libraries/share-common/MetadataBlock.h"
 #include "plugin-modules/Gallery/src/engraving/MetadataText.h"
 
@@ -13,7 +13,7 @@ namespace {
 std::string InnerOf(const std::string& text) {
     const std::string start = "\"B64\":\"";
     const size_t from = text.find(start) + start.size();
-    return DecodeBase64(text.substr(from, text.size() - from - 2));
+    return KXP::DecodeBase64Loosely(text.substr(from, text.size() - from - 2));
 }
 
 CaptureRequestInfo Info(uint32_t type) {

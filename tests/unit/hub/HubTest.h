@@ -15,6 +15,7 @@
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/MessageRecorder.h"
 #include "tests/support/TemporaryHome.h"
 
 // Its queue has no worker, so that the test may call what is the worker's.
@@ -62,6 +63,15 @@ class HubTest : public testing::Test {
         settings().SetCurrentSizeMB(7);
     }
 
+    using Endpoint = decltype(&ZvGalleryAPI::GetSettings);
+
+    // The members of the answer; result_ is its result.
+    std::string Ask(Endpoint endpoint, const std::string& payload = "{}") {
+        KXP::Document response(rapidjson::kObjectType);
+        result_ = (hub_.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
+        return KXP::WriteJSONToString(response);
+    }
+
     Settings& settings() { return *hub_.GetGallerySettings(); }
     std::string SettingsFile() { return settings().path(); }
 
@@ -78,4 +88,5 @@ class HubTest : public testing::Test {
     const TemporaryHome home_;
     RecordingModule module_;
     ZvGalleryAPI hub_{module_, module_.task_queue()};
+    KXP::RetVal result_;
 };

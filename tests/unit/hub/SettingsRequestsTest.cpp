@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "common/Drives.h"
-#include "tests/support/MessageRecorder.h"
 #include "tests/unit/hub/HubTest.h"
 
 namespace {
@@ -10,14 +9,6 @@ constexpr const char* kSame = "No action taken as all provided values are the sa
 
 class SettingsRequests : public HubTest {
   protected:
-    using Endpoint = decltype(&ZvGalleryAPI::GetSettings);
-
-    std::string Ask(Endpoint endpoint, const std::string& payload = "{}") {
-        KXP::Document response(rapidjson::kObjectType);
-        result_ = (hub_.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
-        return KXP::WriteJSONToString(response);
-    }
-
     // Asks for settings; gives the text of the answer.
     std::string Set(const std::string& settings) {
         Ask(&ZvGalleryAPI::SetSettings, "{\"settings\":" + settings + "}");
@@ -28,8 +19,6 @@ class SettingsRequests : public HubTest {
         return std::string(R"(GalleryCapStateChangeNotification {"capacity":{"enabled":)") + enabled +
                ",\"capacityPercent\":" + percent + R"(,"totalDiskSpaceMB":1000,"usageMB":0}}|)";
     }
-
-    KXP::RetVal result_;
 };
 
 }  // namespace

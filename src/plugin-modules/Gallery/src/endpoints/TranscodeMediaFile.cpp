@@ -3,11 +3,11 @@
 #include <stdexcept>
 
 #include "CobalixUtil.h"
+#include "common/Base64.h"
 #include "common/DirUtil.h"
 #include "common/FileUtil.h"
 #include "common/JsonHelpers.h"
 #include "common/TextUtil.h"
-#include "libraries/share-common/Base64.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ KXP::RetVal Answer(int32_t value, Transcoder::Output& output, const char* failur
 }
 
 std::string ReadMeme(const std::string& code) {
-    std::string meme = DecodeBase64(code);
+    std::string meme = KXP::DecodeBase64Loosely(code);
     KXP_LOG(KXP::LogDetail, "Meme BMP Decrypted");
     return meme;
 }

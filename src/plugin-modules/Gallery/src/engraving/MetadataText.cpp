@@ -1,11 +1,11 @@
 #include "plugin-modules/Gallery/src/engraving/MetadataText.h"
 
 #include "CobalixUtil.h"
+#include "common/Base64.h"
 #include "common/Json.h"
 #include "common/SafeString.h"
 #include "common/TextUtil.h"
 #include "common/TimeUtil.h"
-#include "libraries/share-common/Base64.h"
 
 namespace {
 
@@ -84,7 +84,7 @@ std::string MakeMetadata(const CaptureRequestInfo* info) {
     Writer writer(buffer);
     writer.StartObject();
     Put(writer, "Source", SourceOf(*info));
-    Put(writer, "B64", EncodeBase64(inner));
+    Put(writer, "B64", KXP::EncodeBase64(inner));
     writer.EndObject();
     KXP_LOG(KXP::LogTrace, "MakeMetadata metadata string:%s", buffer.GetString());
     return {buffer.GetString(), buffer.GetSize()};

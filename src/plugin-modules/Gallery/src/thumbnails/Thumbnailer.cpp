@@ -6,8 +6,8 @@
 
 #include <sys/stat.h>
 
+#include "common/Base64.h"
 #include "common/FileDescriptor.h"
-#include "libraries/share-common/Base64.h"
 
 namespace {
 
@@ -97,5 +97,5 @@ ThumbnailCache::Text Thumbnailer::Decode(const MediaModule& media, int file, con
     const std::unique_ptr<OvnxMediaPicture, decltype(media.release)> owner(&picture, media.release);
     return std::make_shared<const std::string>(
         "data:image/png;base64," +
-        EncodeBase64({reinterpret_cast<const char*>(picture.bytes), picture.size}));
+        KXP::EncodeBase64({reinterpret_cast<const char*>(picture.bytes), picture.size}));
 }

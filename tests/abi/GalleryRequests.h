@@ -1,0 +1,62 @@
+// The plug-in over a gallery of its own, and what its answers hold.
+#pragma once
+
+#include <deque>
+
+#include <gtest/gtest.h>
+
+#include "common/JsonHelpers.h"
+#include "common/JsonParse.h"
+#include "tests/abi/PluginLibrary.h"
+#include "tests/support/TempGallery.h"
+
+class GalleryRequests : public testing::Test {
+  protected:
+    ~GalleryRequests() override { EXPECT_TRUE(plugin_.Down(container_)); }
+
+    void Start() {
+        EXPECT_TRUE(plugin_.Up(container_));
+        EXPECT_EQ(container_.WaitFor(6, "Tracker update done").notification, 6);
+    }
+
+    // The payload of the answer.
+    const KXP::Value& Ask(const std::string& method, const std::string& payload) {
+        const std::string text =
+            plugin_.Ask(container_, method, "ask" + std::to_string(answers_.size()), payload);
+        KXP::Document& answer = answers_.emplace_back();
+        EXPECT_FALSE(KXP::ParseJSON(text, answer).IsError()) << method;
+        return KXP::JSONGetObject(answer, "payload");
+    }
+
+    // "0 Success", or the code and text of a failure.
+    std::string Result(const std::string& method, const std::string& payload) {
+        const KXP::Value& answer = Ask(method, payload);
+        return std::to_string(KXP::jsonGetValue<int>(answer, "_return_code")) + " " +
+               KXP::jsonGetValue<std::string>(answer, "_return_status");
+    }
+
+    // The names of its members, but for those of the result.
+    std::string Members(const KXP::Value& answer) {
+        std::string names;
+        for (const auto& member : answer.GetObject())
+            if (member.name.GetString()[0] != '_') names += std::string(member.name.GetString()) + "|";
+        return names;
+    }
+
+    std::string FileParameter(const std::string& name, const std::string& more = "") {
+        return R"({"file":")" + gallery_.Path(name) + "\"" + more + "}";
+    }
+
+    unsigned Crc(const std::string& directory) {
+        return KXP::jsonGetValue<unsigned>(Ask("GetFolderCRC", R"({"directory":")" + directory + "\"}"),
+                                           "crc");
+    }
+
+    FakeContainer container_;
+    const PluginLibrary plugin_{PRODUCT_ROOT};
+    const TempGallery gallery_{};  // behind the library's home, which it stands in for
+    std::deque<KXP::Document> answers_;
+};
+
+const std::string kInvalid = std::to_string(static_cast<int32_t>(0x80070057));
+const std::string kFailure = std::to_string(static_cast<int32_t>(0x80004005));

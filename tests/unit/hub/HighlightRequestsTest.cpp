@@ -1,0 +1,100 @@
+#include "tests/support/TempGallery.h"
+#include "tests/unit/hub/HubTest.h"
+
+namespace {
+
+const std::string kRace = R"("app":{"profileName":"Race"})";
+
+class HighlightRequests : public HubTest {
+  protected:
+    // A video in the gallery, on record; gives its path.
+    std::string AddHighlight(const std::string& name, const std::string& group, int tags) {
+        const std::string inner = R"({"MediaType":"Highlight","HighlightGroupId":")" + group +
+                                  R"(","HighlightTags":)" + std::to_string(tags) +
+                                  R"(,"HighlightSignificance":4})";
+        std::string path =
+            home_.folder().Write("Videos/ZORVEX/Ovirastream/Race/" + name,
+                                 TempGallery::Video(600, 1200, captures::Block("Ovirastream SDK", inner)));
+        hub_.GetUGCTracker()->TrackFile(path);
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!hub_.GetUGCTracker()->IsTrackedFile(path) && std::chrono::steady_clock::now() < limit)
+            std::this_thread::yield();
+        return path;
+    }
+
+    std::string Count(const std::string& group) {
+        return Ask(&ZvGalleryAPI::GetHighlightsCount, "{" + kRace + ",\"group\":" + group + "}");
+    }
+};
+
+}  // namespace
+
+TEST_F(HighlightRequests, OneThatIsToComeIsAnsweredWithItsId) {
+    const std::string answer =
+        Ask(&ZvGalleryAPI::EnqueuePendingHighlight,
+            "{" + kRace + R"(,"highlight":{"id":99,"groupId":"g","type":"screenshot","tags":2}})");
+    EXPECT_EQ(answer.find(R"({"highlight":{"id":1,"definitionId":"",)"), 0u) << answer;
+    EXPECT_NE(answer.find(R"("groupId":"g","path":"","type":"screenshot","tags":2)"), std::string::npos);
+    EXPECT_NE(answer.find(R"("messageBusReferenceId":"id)"), std::string::npos) << "of the request itself";
+    EXPECT_NE(answer.find(R"("profileName":"Race")"), std::string::npos);
+    EXPECT_EQ(Count(R"({"groupId":"g"})"), R"({"count":1})");
+
+    const std::string other = Ask(&ZvGalleryAPI::EnqueuePendingHighlight,
+                                  R"({"highlight":{"messageBusReferenceId":"r","app":{"name":"own"}}})");
+    EXPECT_NE(other.find(R"("messageBusReferenceId":"r\u0000")"), std::string::npos) << other;
+    EXPECT_NE(other.find(R"("name":"own")"), std::string::npos);
+    EXPECT_NE(other.find(R"("id":2)"), std::string::npos);
+}
+
+TEST_F(HighlightRequests, AGroupIsCountedThroughItsMasksAndDeletedWithItsFiles) {
+    const std::string a = AddHighlight("a.mp4", "g", 1);
+    const std::string b = AddHighlight("b.mp4", "g", 2);
+    const std::string c = AddHighlight("c.mp4", "h", 1);
+    const std::pair<const char*, int> rows[] = {
+        {R"({"groupId":"g"})", 2},
+        {R"({"groupId":"g","tags":2})", 1},
+        {R"({"groupId":"g","significance":4})", 2},
+        {R"({"groupId":"g","tags":1,"significance":8})", 0},
+        {R"({"groupId":"nobody's"})", 0},
+    };
+    for (const auto& [group, count] : rows) {
+        EXPECT_EQ(Count(group), "{\"count\":" + std::to_string(count) + "}") << group;
+        EXPECT_EQ(result_.code, 0);
+    }
+    Ask(&ZvGalleryAPI::DeleteGroupHighlights, "{" + kRace + R"(,"groupId":"g"})");
+    EXPECT_EQ(result_.text, "Success");
+    EXPECT_EQ(Count(rows[0].first), R"({"count":0})");
+    EXPECT_FALSE(std::filesystem::exists(a) || std::filesystem::exists(b));
+    EXPECT_TRUE(std::filesystem::exists(c));
+}
+
+TEST_F(HighlightRequests, ASummaryHoldsEachRecordOnceInTheOrderOfTheGroups) {
+    AddHighlight("a.mp4", "g", 1);
+    AddHighlight("b.mp4", "g", 2);
+    AddHighlight("c.mp4", "h", 1);
+    (void)module_.TakeSent();
+    Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary,
+        "{" + kRace + R"(,"groups":[{"groupId":"h"},{"groupId":"g","tags":2},{"groupId":"g"}]})");
+    EXPECT_EQ(result_.text, "Success");
+    const std::string sent = module_.TakeSent();
+    EXPECT_EQ(sent.find(R"(GalleryNotifications {"openSummary":{"ugc":[{"id":3,)"), 0u) << sent;
+    EXPECT_LT(sent.find("b.mp4"), sent.find("a.mp4"));
+    EXPECT_EQ(sent.find("b.mp4"), sent.rfind("b.mp4"));
+
+    Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[]})");
+    EXPECT_EQ(module_.TakeSent(), R"(GalleryNotifications {"openSummary":{"ugc":[]}}|)");
+    Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[7]})");
+    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
+    EXPECT_EQ(module_.TakeSent(), "");
+}
+
+TEST_F(HighlightRequests, BetweenTwoGalleriesThereIsNoTracker) {
+    hub_.EndTracker();
+    for (const Endpoint endpoint :
+         {&ZvGalleryAPI::EnqueuePendingHighlight, &ZvGalleryAPI::GetHighlightsCount,
+          &ZvGalleryAPI::DeleteGroupHighlights, &ZvGalleryAPI::OpenHighlightsGroupSummary}) {
+        EXPECT_EQ(Ask(endpoint), "{}");
+        EXPECT_EQ(result_.text, "No tracker");
+        EXPECT_EQ(result_.code, static_cast<int32_t>(0x80004005));
+    }
+}
