@@ -1,0 +1,29 @@
+// Requests about many things: some at once, their answers in order.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "common/Json.h"
+#include "gallery-host/Progress.h"
+#include "gallery-host/Session.h"
+
+namespace host {
+
+struct BatchRequest {
+    const char* method;
+    KXP::Document payload;
+    std::chrono::milliseconds extra{0};  // what it may take beyond the session's timeout
+};
+
+// Asks `make` for each request from 0 to count - 1 and hands the answers, of whatever result, to `take` in
+// this order; where `make` gives none, `take` gets null in its turn. Throws Failure as Session::Ask does, and
+// then some that were sent may still be carried out.
+void AskInOrder(Session& session, size_t count,
+                const std::function<std::optional<BatchRequest>(size_t index)>& make,
+                const std::function<void(size_t index, const KXP::Document* answer)>& take,
+                Progress& progress);
+
+}  // namespace host
