@@ -60,7 +60,7 @@ void AddRecent(CLI::App& app, Prepare& chosen) {
         bool json = false;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App* recent = app.add_subcommand("recent", "List the newest captures of all games.");
+    CLI::App* recent = app.add_subcommand("recent", "List the captures that came last, of all games.");
     recent->add_option("--count", arguments->count, "how many")
         ->type_name("N")
         ->capture_default_str()
@@ -125,7 +125,7 @@ void AddThumb(CLI::App& app, Prepare& chosen) {
     thumb->add_option("-o,--output", arguments->options.out, "where to; \"-\" is standard output")
         ->required()
         ->type_name("OUT.png");
-    thumb->add_option("--size", arguments->size, "what it must fit in, in pixels")
+    thumb->add_option("--size", arguments->size, "how large, in pixels")
         ->type_name("WxH")
         ->capture_default_str()
         ->check([](const std::string& text) {
@@ -188,11 +188,18 @@ void AddRemove(CLI::App& app, Prepare& chosen) {
 }
 
 void AddDrives(CLI::App& app, Prepare& chosen) {
-    const auto json = std::make_shared<bool>(false);
+    struct Arguments {
+        bool all = false;
+        bool json = false;
+    };
+    const auto arguments = std::make_shared<Arguments>();
     CLI::App* drives = app.add_subcommand("drives", "List the drives and the room on them.");
-    drives->add_flag("--json", *json, kJsonHelp);
-    Choose(*drives, chosen, [json](const Preparation&) -> Job {
-        return [json](Session& session, Output& output) { RunDrives(session, output, *json); };
+    drives->add_flag("--all", arguments->all, "list the system's own, too, as JSON always does");
+    drives->add_flag("--json", arguments->json, kJsonHelp);
+    Choose(*drives, chosen, [arguments](const Preparation&) -> Job {
+        return [arguments](Session& session, Output& output) {
+            RunDrives(session, output, arguments->all, arguments->json);
+        };
     });
 }
 

@@ -24,22 +24,29 @@ void AddSpace(const KXP::Document& answer, KXP::Value& drive, KXP::Allocator& al
             drive.AddMember(rapidjson::StringRef(key), KXP::Value(*space, allocator), allocator);
 }
 
-std::string Space(const KXP::Value& drive, const char* key) {
-    const KXP::Value* space = Find(drive, key);
-    return space && space->IsUint() ? HumanVolume(space->GetUint()) : "-";
+// The system's own volumes, which nobody keeps captures on.
+bool IsReserved(const KXP::Value& drive) {
+    return Text(drive, "type") == "reserved";
+}
+
+std::string Room(const KXP::Value& drive) {
+    const KXP::Value* free = Find(drive, "freeSpaceMB");
+    const KXP::Value* total = Find(drive, "totalSpaceMB");
+    if (!free || !total || !free->IsUint() || !total->IsUint()) return "-";
+    return HumanVolume(free->GetUint()) + " of " + HumanVolume(total->GetUint());
 }
 
 }  // namespace
 
-std::string DriveTable(const KXP::Value& drives, bool colour) {
-    std::vector<TableRow> rows = {{{"DRIVE", "KIND", "FREE", "SIZE"}, kBold}};
+std::string DriveTable(const KXP::Value& drives, bool all, bool colour) {
+    std::vector<TableRow> rows = {{{"DRIVE", "KIND", "FREE"}, kBold}};
     for (const KXP::Value& drive : Elements(drives, "drives"))
-        rows.push_back({{Printable(Text(drive, "name")), Printable(Text(drive, "type")),
-                         Space(drive, "freeSpaceMB"), Space(drive, "totalSpaceMB")}});
-    return rows.size() > 1 ? TableText(rows, colour) : "";
+        if (all || !IsReserved(drive))
+            rows.push_back({{Printable(Text(drive, "name")), Printable(Text(drive, "type")), Room(drive)}});
+    return rows.size() > 1 ? TableText(rows, colour, 2) : "";
 }
 
-void RunDrives(Session& session, Output& output, bool json) {
+void RunDrives(Session& session, Output& output, bool all, bool json) {
     const KXP::Document answer =
         AskForSuccess(session, "EnumerateDrives", KXP::Value(rapidjson::kObjectType));
     KXP::Document list(rapidjson::kObjectType);
@@ -58,7 +65,7 @@ void RunDrives(Session& session, Output& output, bool json) {
     if (json)
         WriteJson(output, list);
     else
-        output.Write(DriveTable(list, WantsColour()));
+        output.Write(DriveTable(list, all, WantsColour()));
 }
 
 }  // namespace host

@@ -10,10 +10,11 @@
 namespace host {
 
 // {"drives":[{"name":...,"type":...,"freeSpaceMB":...,"totalSpaceMB":...}]} as a table; the numbers may be
-// missing. Pure.
-std::string DriveTable(const KXP::Value& drives, bool colour);
+// missing. Those of type "reserved" are left out unless `all`. Pure.
+std::string DriveTable(const KXP::Value& drives, bool all, bool colour);
 
 // Throws Failure(kExitFailed); a drive that cannot be measured is listed without its numbers.
-void RunDrives(Session& session, Output& output, bool json);
+// JSON has all.
+void RunDrives(Session& session, Output& output, bool all, bool json);
 
 }  // namespace host

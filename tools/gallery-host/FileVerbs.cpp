@@ -54,6 +54,9 @@ std::string PlainReason(const FileJob& job, const KXP::Document& answer) {
     if (says("not ZORVEX tracked UGC file")) return WhyNot(job.path, kNotOnRecord);
     if (says("'source' is not a valid file")) return WhyNot(job.path, "cannot be read");
     if (says("'source' is not a valid ZORVEX file")) return "not one of the product's own captures";
+    if (says("Failed to copy file") || says("Failed to move file"))
+        return "cannot be written to " + job.destination;
+    if (says("Unable to delete file")) return "cannot be deleted";
     if (says("'destination' already exists")) return job.destination + " is there already";
     return ResultText(answer);
 }

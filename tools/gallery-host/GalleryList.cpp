@@ -17,10 +17,6 @@ using std::chrono::steady_clock;
 // Between two looks at how far the gallery is. No notification tells the end of the look at its start.
 constexpr std::chrono::milliseconds kPollPeriod{100};
 
-bool IsComplete(const KXP::Value& settings) {
-    return Text(settings, "trackerStatus") != "TrackerUpdateInProgress";
-}
-
 void Wait(Session& session, Deadline deadline) {
     while (session.Pump(deadline) != PluginLoader::Wake::kDeadline) {
     }
@@ -47,6 +43,10 @@ KXP::Document AskSettings(Session& session) {
     if (Text(settings, "path").empty())
         throw Failure(kExitFailed, "the plug-in does not tell the gallery's folder");
     return settings;
+}
+
+bool IsComplete(const KXP::Value& settings) {
+    return Text(settings, "trackerStatus") != "TrackerUpdateInProgress";
 }
 
 std::string AwaitGallery(Session& session) {

@@ -19,6 +19,8 @@ struct GalleryListing {
 
 // What GetSettings tells; there is a "path" in it.
 KXP::Document AskSettings(Session& session);
+// Whether these say that the gallery is looked through.
+bool IsComplete(const KXP::Value& settings);
 
 // The gallery's folder, once the gallery is looked through: until then the record misses captures. Waiting is
 // said once, and takes no longer than the session's timeout; throws Failure(kExitNoAnswer) then.

@@ -14,7 +14,7 @@ namespace host {
 // One capture; `path` is absolute, `name` as the user wrote it.
 void RunShow(Session& session, Output& output, const std::string& name, const std::string& path, bool json);
 
-// The newest captures of all games.
+// The captures that came last, of all games.
 void RunRecent(Session& session, Output& output, unsigned count, bool json);
 
 // How many captures one game has.

@@ -20,6 +20,7 @@ std::string SettingsTable(const KXP::Value& settings, bool colour) {
     };
     row("Gallery", Printable(Text(settings, "path")));
     row("Temporary", Printable(Text(settings, "tempFolderPath")));
+    row("State", IsComplete(settings) ? "" : "being looked through");
     row("Cap", CapText(settings).value_or(""));
     return TableText(rows, colour);
 }

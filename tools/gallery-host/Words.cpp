@@ -1,6 +1,7 @@
 #include "gallery-host/Words.h"
 
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <string_view>
 
@@ -81,8 +82,10 @@ std::string ShortPath(const std::string& path) {
 
 std::string HumanDate(const std::string& date) {
     std::tm utc{};
-    const char* end = strptime(date.c_str(), "%Y-%m-%dT%H:%M:%SZ", &utc);
-    if (!end || *end) return Printable(date);
+    const char* end = strptime(date.c_str(), "%Y-%m-%dT%H:%M:%S", &utc);
+    // Events have milliseconds, files do not.
+    if (end && *end == '.') end += 1 + std::strspn(end + 1, "0123456789");
+    if (!end || std::strcmp(end, "Z") != 0) return Printable(date);
     const std::time_t seconds = timegm(&utc);
     std::tm local{};
     localtime_r(&seconds, &local);
