@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,12 +13,17 @@
 #include "common/DirUtil.h"
 #include "common/FileDescriptor.h"
 #include "common/HeldLog.h"
+#include "common/NewFile.h"
 #include "common/RetVal.h"
+#include "common/System.h"
 
 namespace KXP {
 namespace {
 
 constexpr size_t kCopyBlock = 1024;
+// What a cancelled copy still does.
+constexpr size_t kCopyStep = size_t{8} << 20;
+constexpr size_t kCopyBuffer = size_t{1} << 20;
 constexpr mode_t kNewFileMode = 0644;
 constexpr mode_t kNormalMode = 0776;
 
@@ -42,6 +48,25 @@ bool CopyBytes(const FileDescriptor& source, const FileDescriptor& destination) 
     return got == 0;
 }
 
+// The next bytes from `position` on, at least one. False when a read or write fails or the file has ended.
+bool CopyStep(const FileDescriptor& source, const FileDescriptor& destination, uint64_t& position,
+              uint64_t size, std::vector<char>& buffer) {
+    const size_t step = static_cast<size_t>(std::min<uint64_t>(size - position, kCopyStep));
+    if (buffer.empty()) {
+        const int64_t copied = Platform::CopyFileRange(source.get(), destination.get(), position, step);
+        if (copied > 0) {
+            position += static_cast<uint64_t>(copied);
+            return true;
+        }
+        // Whatever stopped it, a full disk included, shows anew when the bytes go by hand.
+        buffer.resize(kCopyBuffer);
+    }
+    const size_t got = ReadAt(source, position, buffer.data(), std::min(step, buffer.size()));
+    if (got == 0 || !WriteFullyAt(destination, buffer.data(), got, position)) return false;
+    position += got;
+    return true;
+}
+
 // A volume may refuse an owner or modes altogether, which leaves the copy as good as it can be there. Bits
 // that lend the owner's rights go only with that owner.
 void CopyOwnerAndMode(const struct stat& from, const FileDescriptor& to) {
@@ -56,6 +81,13 @@ bool FileExists(const std::string& path) {
     return access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
 }
 
+bool IsRegularFile(const std::string& path) {
+    struct stat status {};
+    // The system would take the text before a zero byte, which is another file.
+    return path.find('\0') == std::string::npos && lstat(path.c_str(), &status) == 0 &&
+           S_ISREG(status.st_mode);
+}
+
 int FileCopy(const std::string& source, const std::string& destination) {
     const FileDescriptor from = OpenForRead(source);
     if (!from.IsOpen()) return Failed("FileCopy open source failed");
@@ -68,8 +100,33 @@ int FileCopy(const std::string& source, const std::string& destination) {
     return to.Close() ? Code::kOk : Failed("FileCopy failed to copy the content");
 }
 
+int FileCopyNew(const std::string& source, const std::string& destination,
+                const std::atomic<bool>& cancelled) {
+    uint64_t size = 0;
+    const FileDescriptor from = OpenForRead(source, &size);
+    if (!from.IsOpen()) return Failed("FileCopy open source failed");
+    NewFile to(destination);
+    if (!to.IsOpen()) return Failed("FileCopy open destination failed");
+    std::vector<char> buffer;
+    for (uint64_t position = 0; position < size;) {
+        if (cancelled) return Code::kAborted;
+        if (!CopyStep(from, to.descriptor(), position, size, buffer))
+            return Failed("FileCopy failed to copy the content");
+    }
+    struct stat status {};
+    if (fstat(from.get(), &status) != 0) return Failed("FileCopy fopen source failed");
+    CopyOwnerAndMode(status, to.descriptor());
+    return to.PutNew() ? Code::kOk : Failed("FileCopy failed to put the copy into its place");
+}
+
 int FileMove(const std::string& source, const std::string& destination) {
     if (std::rename(source.c_str(), destination.c_str()) == 0) return Code::kOk;
+    LogMoveFailed(source, destination);
+    return Code::kFailure;
+}
+
+int FileMoveNew(const std::string& source, const std::string& destination) {
+    if (Platform::RenameNoReplace(source, destination)) return Code::kOk;
     LogMoveFailed(source, destination);
     return Code::kFailure;
 }

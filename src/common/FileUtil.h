@@ -2,6 +2,7 @@
 // RetVal.h: 0 success, 1 nothing done, negative failure. Nothing here holds state.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -13,13 +14,23 @@ class HeldLog;
 // a file; callers only ask about what they may read.
 bool FileExists(const std::string& path);
 
+// A regular file itself, and no link to one.
+bool IsRegularFile(const std::string& path);
+
 // Copies bytes, and owner and mode as far as the volume takes them; gives a code. Not truncating: a longer
 // old destination keeps its tail. Only regular files are copied, and links are followed. The destination is
 // partly written after a failure.
 int FileCopy(const std::string& source, const std::string& destination);
 
+// The same to a place where nothing is yet, as long as the source is when it is opened. The copy is there
+// once it is whole, and nothing stays of one that fails or is cancelled, which gives 0x80004004.
+int FileCopyNew(const std::string& source, const std::string& destination,
+                const std::atomic<bool>& cancelled);
+
 // Renames; gives a code. Never copies, so it fails between volumes.
 int FileMove(const std::string& source, const std::string& destination);
+// The same to a place where nothing is yet.
+int FileMoveNew(const std::string& source, const std::string& destination);
 
 // Moves a file from its legacy place to its new one; made to be called on every start. Gives 1 when there is
 // nothing to move or the new file is there already, which wins, and 0x80004005 when the move failed. The

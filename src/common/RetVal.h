@@ -19,6 +19,7 @@ constexpr int32_t kFailure = static_cast<int32_t>(0x80004005);
 constexpr int32_t kUnexpected = static_cast<int32_t>(0x8000FFFF);
 constexpr int32_t kNotFound = static_cast<int32_t>(0x80070002);
 constexpr int32_t kFileNotFound = static_cast<int32_t>(0x80070003);
+constexpr int32_t kAccessDenied = static_cast<int32_t>(0x80070005);
 constexpr int32_t kInvalidHandle = static_cast<int32_t>(0x80070006);
 constexpr int32_t kInvalidData = static_cast<int32_t>(0x8007000D);
 constexpr int32_t kOutOfMemory = static_cast<int32_t>(0x8007000E);

@@ -40,6 +40,15 @@ namespace Platform {
 // grown.
 bool ReserveFileSpace(int fd, int64_t size);
 
+// Renames unless something, be it a link to nowhere, has the new name: false with errno set, EEXIST for that.
+// Where the volume cannot do both in one step, something that comes just then is replaced.
+bool RenameNoReplace(const std::string& from, const std::string& to);
+
+// Copies up to `size` bytes from `position` of one file to the same place of another without their passing
+// through here; where the volume can, the two then share them. Gives their number, or what is below 1 where
+// this cannot be done and also at the end of the file.
+int64_t CopyFileRange(int from, int to, uint64_t position, size_t size);
+
 // The names in a folder that can be reached (a dangling link cannot), without "." and "..", in the folder's
 // own order; folders and links to folders when `folders`, everything else when not. Empty when the folder
 // cannot be read.

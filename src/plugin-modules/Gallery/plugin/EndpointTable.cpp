@@ -4,27 +4,42 @@
 #include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "plugin-modules/Gallery/src/endpoints/DriveTasks.h"
+#include "plugin-modules/Gallery/src/endpoints/FileTransfer.h"
+#include "plugin-modules/Gallery/src/endpoints/GetEventData.h"
 #include "plugin-modules/Gallery/src/endpoints/GetFolderCRC.h"
 #include "plugin-modules/Gallery/src/endpoints/GetFolderListing.h"
 #include "plugin-modules/Gallery/src/endpoints/GetImageDimensions.h"
 #include "plugin-modules/Gallery/src/endpoints/GetMetaData.h"
+#include "plugin-modules/Gallery/src/endpoints/Remove.h"
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 
 void GalleryPlugin::RegisterEndpoints() {
     RegisterAsyncTask("GetFolderListing", &GetFolderListing::Launch);
     RegisterAsyncTask("GetAppStats", &GetAppStats::Launch);
     RegisterAsyncTask("GetAppUGC", &GetAppUGC::Launch);
+    RegisterAsyncTask("RemoveGalleryItem", &Remove::Launch);
     RegisterAsyncTask("GetFileMetadata", &GetMetaData::Launch);
     RegisterAsyncTask("EnumerateDrives", &EnumerateDrives::Launch);
     RegisterAsyncTask("GetImageFileDimensions", &GetImageDimensions::Launch);
     RegisterAsyncTask("GetFolderCRC", &GetFolderCRC::Launch);
+    RegisterAsyncTask("CopyFile", &GalleryCopyFile::Launch);
+    RegisterAsyncTask("MoveFile", &GalleryMoveFile::Launch);
     RegisterAsyncTask("IsDirectoryWriteable", &IsDirectoryWritable::Launch);
     RegisterAsyncTask("GetDriveInfo", &GetDriveInfo::Launch);
     RegisterAsyncTask("GetRecentUGC", &GetRecentUGC::Launch);
+    RegisterAsyncTask("GetEventData", &GetEventData::Launch);
     RegisterSyncMethod("GetSettings", api_.get(), &ZvGalleryAPI::GetSettings);
     RegisterSyncMethod("SetSettings", api_.get(), &ZvGalleryAPI::SetSettings);
     RegisterSyncMethod("CancelPathUpdate", api_.get(), &ZvGalleryAPI::CancelPathUpdate);
     RegisterSyncMethod("CheckDiskSpace", api_.get(), &ZvGalleryAPI::CheckDiskSpace);
+    RegisterSyncMethod("EnqueuePendingHighlight", api_.get(), &ZvGalleryAPI::EnqueuePendingHighlight);
+    RegisterSyncMethod("OpenHighlightsGroupSummary", api_.get(), &ZvGalleryAPI::OpenHighlightsGroupSummary);
+    RegisterSyncMethod("GetHighlightsCount", api_.get(), &ZvGalleryAPI::GetHighlightsCount);
+    RegisterSyncMethod("DeleteGroupHighlights", api_.get(), &ZvGalleryAPI::DeleteGroupHighlights);
+    RegisterSyncMethod("WriteEncryptedBitmap", api_.get(), &ZvGalleryAPI::WriteEncryptedBitmap);
+    RegisterSyncMethod("DeletePreview", api_.get(), &ZvGalleryAPI::DeletePreview);
+    RegisterSyncMethod("PreviewPathInfo", api_.get(), &ZvGalleryAPI::PopulatePreviewPath);
+    RegisterSyncMethod("UpdateMontageProgress", api_.get(), &ZvGalleryAPI::UpdateMontageProgress);
 }
 
 void GalleryPlugin::SubscribeToCaptures() {

@@ -10,6 +10,12 @@ ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
     InstallTracker(false);
 }
 
+ZvGalleryAPI::~ZvGalleryAPI() {
+    const std::set<std::string> previews = previewPaths_.All();
+    for (const std::string& preview : previews)
+        (void)DeleteStyloraPreview(preview);
+}
+
 void ZvGalleryAPI::Cleanup() {
     cleanedUp_ = true;
     StopAndJoinFileWatcher();

@@ -11,9 +11,13 @@
 
 #include "common/plugincommon/PluginModuleBase.h"
 #include "plugin-modules/Gallery/src/notifications/PendingNotifications.h"
+#include "plugin-modules/Gallery/src/previews/PreviewPaths.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+
+// The answer to what comes between two galleries.
+inline const KXP::RetVal kNoTracker{KXP::Code::kFailure, "No tracker", 0};
 
 // The endpoints are the worker's. Everything else may be called from any thread, with no lock held that the
 // container's callback may need: notifications and log lines end there. GetHighlightInfo alone does neither.
@@ -22,6 +26,8 @@ class ZvGalleryAPI : public ITrackerHost {
     // Makes the gallery's folders and files where they are missing; throws KXP::Exception when they cannot be
     // made. Both arguments outlive this object; `queue` is the module's.
     ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue);
+    // The last thread that uses it deletes the previews that are still remembered.
+    ~ZvGalleryAPI() override;
     ZvGalleryAPI(const ZvGalleryAPI&) = delete;
     ZvGalleryAPI& operator=(const ZvGalleryAPI&) = delete;
 
@@ -43,6 +49,9 @@ class ZvGalleryAPI : public ITrackerHost {
     // Messages to the hub itself: true for "UpdateMontageProgress", which goes on to the pages as a
     // notification. Throws JSONFieldError when its progress is missing.
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message);
+    // The same as a request.
+    KXP::RetVal UpdateMontageProgress(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                      KXP::Allocator& allocator);
 
     // Captures. The lists are those of the tracker with the highlights' names in the user's language;
     // 0x80004005 without a tracker.
@@ -54,6 +63,24 @@ class ZvGalleryAPI : public ITrackerHost {
     void OnHighlightCaptureFailed(std::unique_ptr<KXP::JSONMessage> message);
     void NotifyUGCAdded(TrackedUGC ugc) override;
     bool GetHighlightInfo(const std::string& path, Highlight& highlight) override;
+
+    // Highlights: one that is to come, which is answered with the id of its capture, and those of a group.
+    KXP::RetVal EnqueuePendingHighlight(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                        KXP::Allocator& allocator);
+    KXP::RetVal OpenHighlightsGroupSummary(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                           KXP::Allocator& allocator);
+    KXP::RetVal GetHighlightsCount(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                   KXP::Allocator& allocator);
+    KXP::RetVal DeleteGroupHighlights(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                      KXP::Allocator& allocator);
+
+    // Previews, and the bitmap that a page leaves for other programs.
+    KXP::RetVal PopulatePreviewPath(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                    KXP::Allocator& allocator);
+    KXP::RetVal DeletePreview(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                              KXP::Allocator& allocator);
+    KXP::RetVal WriteEncryptedBitmap(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                     KXP::Allocator& allocator);
 
     // Notifications.
     void NotifyGalleryUpdated();
@@ -67,6 +94,7 @@ class ZvGalleryAPI : public ITrackerHost {
     void NotifyUGCDeleted(const TrackedUGC& ugc) override;
     void NotifyTrackerUpdate(TrackerUpdateState state) override;
     void NotifyHighlightCanceled(const Highlight& highlight) override;
+    void NotifyOpenSummary(const std::vector<TrackedUGC>& highlights);
     void NotifyDiskSpaceCondition(bool low) override;
     void NotifyGalleryIsFull(bool full) override;
     // Logs and drops what cannot be sent.
@@ -118,6 +146,8 @@ class ZvGalleryAPI : public ITrackerHost {
     void TellSaved(UGCTracker& tracker, const std::string& path, bool onlyIfItWaits);
     void TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced);
 
+    KXP::RetVal DeleteStyloraPreview(const std::string& path);
+
     // Comes up over the gallery of now, in place of the old one, which is stopped before.
     void InstallTracker(bool useUniqueFile) EXCLUDES(trackerMutex_);
     void PutTracker(std::shared_ptr<UGCTracker> tracker) EXCLUDES(trackerMutex_);
@@ -142,6 +172,7 @@ class ZvGalleryAPI : public ITrackerHost {
     std::atomic<bool> cleanedUp_{false};
     // In force before the last change; worker.
     std::string oldGalleryPath_;
+    PreviewPaths previewPaths_;  // worker
     mutable KXP::Mutex trackerMutex_;
     std::shared_ptr<UGCTracker> tracker_ GUARDED_BY(trackerMutex_);
 };

@@ -18,8 +18,6 @@ bool ReadHighlightsConfig(const std::string& application, HighlightConfigData& c
     }
 }
 
-const KXP::RetVal kNoTracker{KXP::Code::kFailure, "No tracker", 0};
-
 }  // namespace
 
 KXP::RetVal ZvGalleryAPI::GetGameUGC(const std::string& game, std::vector<TrackedUGC>& out) {

@@ -37,6 +37,14 @@ bool ZvGalleryAPI::HandleMsg(std::unique_ptr<KXP::JSONMessage> message) {
     return true;
 }
 
+KXP::RetVal ZvGalleryAPI::UpdateMontageProgress(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
+                                                KXP::Allocator&) {
+    return KXP::RunRequest([&]() -> KXP::RetVal {
+        HandleMsg(std::move(message));
+        return {};
+    });
+}
+
 void ZvGalleryAPI::NotifyGalleryUpdated() {
     Notify("GalleryUpdatedNotification", WriteCapacity, CapacityOf(settings_));
 }
@@ -89,6 +97,10 @@ void ZvGalleryAPI::NotifyTrackerUpdate(TrackerUpdateState state) {
 
 void ZvGalleryAPI::NotifyHighlightCanceled(const Highlight& highlight) {
     Notify(kGalleryNotifications, WriteHighlightCanceled, highlight);
+}
+
+void ZvGalleryAPI::NotifyOpenSummary(const std::vector<TrackedUGC>& highlights) {
+    Notify(kGalleryNotifications, WriteOpenSummary, highlights);
 }
 
 void ZvGalleryAPI::NotifyDiskSpaceCondition(bool low) {

@@ -14,7 +14,7 @@
 // Ends a request that came between two galleries. No std::exception, whose text would be that of a wrong
 // argument.
 struct NoTracker {
-    KXP::RetVal value{KXP::Code::kFailure, "No tracker", 0};
+    KXP::RetVal value = kNoTracker;
 };
 
 template <typename T>

@@ -1,5 +1,7 @@
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 
+#include <filesystem>
+
 #include "CobalixUtil.h"
 #include "common/FileUtil.h"
 #include "common/FolderReader.h"
@@ -13,6 +15,17 @@ bool CountsAsOwn(const std::string& path) {
     if (SniffFile(path, result) >= 0) return result.isOwn;
     KXP_LOG(KXP::LogFailure, "Failure reading file type, considering directory not empty");
     return true;
+}
+
+// By real path, whatever "..", links and doubled "/" the text holds.
+bool LiesIn(const std::string& path, const std::string& folder) {
+    std::error_code error;
+    const std::string parent =
+        std::filesystem::canonical(path.substr(0, path.rfind('/') + 1), error).string();
+    if (error) return false;
+    const std::string root = std::filesystem::canonical(folder, error).string();
+    if (error) return false;
+    return parent == root || parent.compare(0, root.size() + 1, root + "/") == 0;
 }
 
 }  // namespace
@@ -36,6 +49,13 @@ bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& e
     if (!KXP::FileExists(candidate)) return false;
     thumbnail = std::move(candidate);
     return true;
+}
+
+bool MayDeleteCapture(const std::string& path, const std::string& gallery) {
+    if (!KXP::IsRegularFile(path)) return false;
+    if (LiesIn(path, gallery)) return true;
+    SniffResult result;
+    return SniffFile(path, result) >= 0 && result.isOwn;
 }
 
 }  // namespace media

@@ -14,4 +14,8 @@ bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
 bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& extension,
                                    std::string& thumbnail);
 
+// Whether a capture that is on record may be deleted. The record's file can be edited by anybody and name any
+// path: what goes is a regular file, and no link, that lies in the gallery or is own by its bytes.
+bool MayDeleteCapture(const std::string& path, const std::string& gallery);
+
 }  // namespace media

@@ -68,6 +68,14 @@ void WriteHighlightCanceled(Value& payload, Allocator& allocator, const Highligh
     WriteNested(payload, allocator, "highlightCanceled", "highlight", std::move(record));
 }
 
+void WriteOpenSummary(Value& payload, Allocator& allocator, const std::vector<TrackedUGC>& highlights) {
+    Value list(rapidjson::kArrayType);
+    list.Reserve(static_cast<rapidjson::SizeType>(highlights.size()), allocator);
+    for (const TrackedUGC& ugc : highlights)
+        list.PushBack(RecordOf(ugc, allocator), allocator);
+    WriteNested(payload, allocator, "openSummary", "ugc", std::move(list));
+}
+
 void WriteDiskSpaceCondition(Value& payload, Allocator& allocator, bool low) {
     WriteNested(payload, allocator, "checkDiskSpace", "lowDiskSpace", Value(low));
 }

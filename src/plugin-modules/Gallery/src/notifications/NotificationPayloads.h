@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "common/Json.h"
 #include "libraries/share-common/Highlight.h"
@@ -30,6 +31,8 @@ void WriteHighlightCaptureFailed(KXP::Value& payload, KXP::Allocator& allocator,
 void WriteUGCDeleted(KXP::Value& payload, KXP::Allocator& allocator, const TrackedUGC& ugc);
 void WriteTrackerUpdate(KXP::Value& payload, KXP::Allocator& allocator, TrackerUpdateState state);
 void WriteHighlightCanceled(KXP::Value& payload, KXP::Allocator& allocator, const Highlight& highlight);
+void WriteOpenSummary(KXP::Value& payload, KXP::Allocator& allocator,
+                      const std::vector<TrackedUGC>& highlights);
 void WriteDiskSpaceCondition(KXP::Value& payload, KXP::Allocator& allocator, bool low);
 void WriteGalleryIsFull(KXP::Value& payload, KXP::Allocator& allocator, bool full);
 void WriteMontageProgress(KXP::Value& payload, KXP::Allocator& allocator, double progress);

@@ -4,6 +4,7 @@
 #include "CobalixUtil.h"
 #include "common/DirUtil.h"
 #include "common/FileUtil.h"
+#include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
@@ -122,7 +123,8 @@ RetVal UGCTracker::GetAppStats(const std::string& game, unsigned& videos, unsign
 
 RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
     RetVal deleted;
-    deleted.code = KXP::FileDelete(record.path, false);
+    const bool keep = KXP::FileExists(record.path) && !media::MayDeleteCapture(record.path, gallery_);
+    deleted.code = keep ? Code::kAccessDenied : KXP::FileDelete(record.path, false);
     if (deleted.Failed()) deleted.text = "Failed to delete file";
     KXP::DirectoryRemove(ParentOf(record.path));
     return deleted;

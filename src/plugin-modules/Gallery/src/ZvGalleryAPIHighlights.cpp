@@ -1,0 +1,119 @@
+// The requests for highlights: one that is to come, and those of a group.
+
+#include <set>
+#include <tuple>
+#include <utility>
+
+#include "common/JsonHelpers.h"
+#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
+
+namespace {
+
+// The highlights of one game that a page asks for.
+struct GroupQuery {
+    std::string game;
+    std::string group;
+    int tags = 0;  // masks
+    int significance = 0;
+};
+
+std::string GameOf(const KXP::Value& payload) {
+    SDKAppInfo app;
+    Highlight::ParseAppJSON(app, KXP::JSONGetObject(payload, "app"));
+    return app.profileName;
+}
+
+GroupQuery ParseGroup(std::string game, const KXP::Value& group) {
+    if (!group.IsObject()) throw KXP::JSONFieldError("A group is no object");
+    return {std::move(game), KXP::jsonGetValueOrDefault<std::string>(group, "groupId", ""),
+            KXP::jsonGetValueOrDefault<int>(group, "tags", 0),
+            KXP::jsonGetValueOrDefault<int>(group, "significance", 0)};
+}
+
+// None when there is no such group.
+std::vector<TrackedUGC> HighlightsOf(const UGCTracker& tracker, const GroupQuery& query) {
+    std::vector<TrackedUGC> found;
+    if (tracker.GetFilteredHighlights(found, query.game, query.group, query.tags, query.significance)
+            .Failed())
+        found.clear();
+    return found;
+}
+
+// A page that gives no reference of the message bus is answered by its request's own identifier.
+Highlight ParseHighlight(const KXP::JSONMessage& message) {
+    const KXP::Value& payload = message.payload();
+    const KXP::Value& told = KXP::JSONGetObject(payload, "highlight");
+    Highlight highlight;
+    Highlight::ParseHighlightJSON(highlight, told);
+    if (KXP::jsonObjectHasKey(payload, "app", false)) {
+        SDKAppInfo app;
+        Highlight::ParseAppJSON(app, KXP::JSONGetObject(payload, "app"));
+        highlight.SetSDKAppInfo(app);
+    }
+    if (KXP::jsonGetValueOrDefault<std::string>(told, "messageBusReferenceId", "").empty())
+        highlight.SetMessageBusRefid(message.uniqueid());
+    return highlight;
+}
+
+}  // namespace
+
+KXP::RetVal ZvGalleryAPI::EnqueuePendingHighlight(std::unique_ptr<KXP::JSONMessage> message,
+                                                  KXP::Value& response, KXP::Allocator& allocator) {
+    queue_.AssertOnWorker();
+    return KXP::RunRequest([&]() -> KXP::RetVal {
+        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+        if (!tracker) return kNoTracker;
+        Highlight highlight = ParseHighlight(*message);
+        tracker->EnqueuePendingHighlight(highlight);
+        KXP::Value value;
+        Highlight::CreateHighlightJSONValue(highlight, value, allocator);
+        response.AddMember("highlight", value, allocator);
+        return {};
+    });
+}
+
+KXP::RetVal ZvGalleryAPI::GetHighlightsCount(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                             KXP::Allocator& allocator) {
+    queue_.AssertOnWorker();
+    return KXP::RunRequest([&]() -> KXP::RetVal {
+        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+        if (!tracker) return kNoTracker;
+        const KXP::Value& payload = std::as_const(*message).payload();
+        const GroupQuery query = ParseGroup(GameOf(payload), KXP::JSONGetObject(payload, "group"));
+        const size_t count = HighlightsOf(*tracker, query).size();
+        response.AddMember("count", static_cast<uint64_t>(count), allocator);
+        return {};
+    });
+}
+
+KXP::RetVal ZvGalleryAPI::DeleteGroupHighlights(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
+                                                KXP::Allocator&) {
+    queue_.AssertOnWorker();
+    return KXP::RunRequest([&]() -> KXP::RetVal {
+        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+        if (!tracker) return kNoTracker;
+        const KXP::Value& payload = std::as_const(*message).payload();
+        const auto group = KXP::jsonGetValue<std::string>(payload, "groupId");
+        return tracker->DeleteTrackedHighlightGroup(group, GameOf(payload));
+    });
+}
+
+KXP::RetVal ZvGalleryAPI::OpenHighlightsGroupSummary(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
+                                                     KXP::Allocator&) {
+    queue_.AssertOnWorker();
+    return KXP::RunRequest([&]() -> KXP::RetVal {
+        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+        if (!tracker) return kNoTracker;
+        const KXP::Value& payload = std::as_const(*message).payload();
+        const std::string game = GameOf(payload);
+        std::vector<TrackedUGC> summary;
+        std::set<std::pair<int32_t, std::string>> seen;
+        for (const KXP::Value& group : KXP::JSONGetArray(payload, "groups").GetArray()) {
+            for (TrackedUGC& ugc : HighlightsOf(*tracker, ParseGroup(game, group)))
+                if (seen.emplace(ugc.id, ugc.path).second) summary.push_back(std::move(ugc));
+        }
+        LocalizeHighlightNames(summary, "OpenHighlightsGroupSummary");
+        NotifyOpenSummary(summary);
+        return {};
+    });
+}

@@ -1,0 +1,43 @@
+#include "plugin-modules/Gallery/src/endpoints/Remove.h"
+
+#include <stdexcept>
+
+#include "common/DirUtil.h"
+#include "common/FileUtil.h"
+#include "common/JsonHelpers.h"
+#include "common/TextUtil.h"
+#include "plugin-modules/Gallery/src/media/CaptureFolder.h"
+
+void Remove::Parse(const KXP::Value& params, const UGCTracker& tracker) {
+    file_ = KXP::jsonGetValueOrDefault<std::string>(params, "file", "");
+    if (file_.empty()) throw std::invalid_argument("File path is empty");
+    // "forceDelete" has no meaning on a platform without write-protected files.
+    if (!tracker.IsTrackedFile(file_))
+        throw std::invalid_argument("File path is not ZORVEX tracked UGC file");
+}
+
+KXP::RetVal Remove::ExecuteAsync(const KXP::Value& params) {
+    return Guarded([&]() -> KXP::RetVal {
+        const std::shared_ptr<UGCTracker> tracker = Tracker();
+        Parse(params, *tracker);
+        tracker->UntrackFile(file_);
+        KXP::RetVal deleted = DeleteFile();
+        if (deleted.Failed()) return deleted;
+
+        std::string thumbnail;
+        const size_t dot = file_.rfind('.');
+        if (dot != std::string::npos &&
+            media::CheckIfThumbnailExistsForFile(file_, KXP::ToLower(file_.substr(dot)), thumbnail)) {
+            // Pages have come to know a deleted thumbnail by this answer, code 0 and all; the folder stays.
+            return {KXP::FileDelete(thumbnail, true), "Unable to delete matching thumbnail file", 0};
+        }
+        KXP::DirectoryRemove(file_.substr(0, file_.rfind('/') + 1));
+        return {};
+    });
+}
+
+KXP::RetVal Remove::DeleteFile() {
+    const bool keep = KXP::FileExists(file_) && !media::MayDeleteCapture(file_, api().GetGalleryPath());
+    const int code = keep ? KXP::Code::kAccessDenied : KXP::FileDelete(file_, true);
+    return {code, code < 0 ? "Unable to delete file" : "Success", 0};
+}
