@@ -11,9 +11,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-// Enough to keep the plug-in at work; more would only compete for the disk.
-constexpr size_t kAtOnce = 4;
-
 struct Slot {
     std::string id;  // empty when nothing is asked
     const char* method = nullptr;
@@ -43,7 +40,7 @@ class Batch {
         if (refusal) throw Failure(kExitFailed, "the plug-in refused the request: " + *refusal);
     }
 
-    bool IsFull() const { return slots_.size() >= kAtOnce; }
+    size_t size() const { return slots_.size(); }
     const Slot& Front() const { return slots_.front(); }
     void Pop() { slots_.pop_front(); }
 
@@ -74,11 +71,11 @@ class Batch {
 void AskInOrder(Session& session, size_t count,
                 const std::function<std::optional<BatchRequest>(size_t index)>& make,
                 const std::function<void(size_t index, const KXP::Document* answer)>& take,
-                Progress& progress) {
+                Progress& progress, size_t atOnce) {
     Batch batch(session);
     size_t sent = 0;
     for (size_t taken = 0; taken < count;) {
-        for (; sent < count && !batch.IsFull(); ++sent)
+        for (; sent < count && batch.size() < atOnce; ++sent)
             batch.Add(make(sent));
         if (batch.Front().Waits()) {
             progress.Draw();

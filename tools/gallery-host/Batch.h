@@ -18,12 +18,15 @@ struct BatchRequest {
     std::chrono::milliseconds extra{0};  // what it may take beyond the session's timeout
 };
 
+// Enough to keep the plug-in at work; more would only compete for the disk.
+constexpr size_t kAtOnce = 4;
+
 // Asks `make` for each request from 0 to count - 1 and hands the answers, of whatever result, to `take` in
 // this order; where `make` gives none, `take` gets null in its turn. Throws Failure as Session::Ask does, and
 // then some that were sent may still be carried out.
 void AskInOrder(Session& session, size_t count,
                 const std::function<std::optional<BatchRequest>(size_t index)>& make,
                 const std::function<void(size_t index, const KXP::Document* answer)>& take,
-                Progress& progress);
+                Progress& progress, size_t atOnce = kAtOnce);
 
 }  // namespace host

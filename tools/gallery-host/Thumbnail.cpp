@@ -1,9 +1,10 @@
 #include "gallery-host/Thumbnail.h"
 
-#include <cctype>
 #include <charconv>
 #include <cstdint>
+#include <system_error>
 
+#include "common/Base64.h"
 #include "gallery-host/AtomicFile.h"
 #include "gallery-host/Envelope.h"
 #include "gallery-host/Verbs.h"
@@ -13,32 +14,7 @@ namespace {
 
 constexpr std::string_view kPrefix = "data:image/png;base64,";
 constexpr std::string_view kPngSignature = "\x89PNG\r\n\x1a\n";
-constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr unsigned kMaxSide = 16384;
-
-// RFC 4648, 4: whole groups of four, padded.
-std::optional<std::string> DecodeBase64(std::string_view text) {
-    if (text.size() % 4 != 0) return std::nullopt;
-    size_t padding = 0;
-    while (padding < 2 && !text.empty() && text.back() == '=') {
-        text.remove_suffix(1);
-        ++padding;
-    }
-    std::string bytes;
-    bytes.reserve(text.size() / 4 * 3 + 2);
-    uint32_t bits = 0;
-    unsigned held = 0;
-    for (const char digit : text) {
-        const size_t value = kDigits.find(digit);
-        if (value == std::string_view::npos) return std::nullopt;
-        bits = (bits << 6 | static_cast<uint32_t>(value)) & 0xFFFF;
-        held += 6;
-        if (held < 8) continue;
-        held -= 8;
-        bytes.push_back(static_cast<char>(bits >> held & 0xFF));
-    }
-    return bytes;
-}
 
 }  // namespace
 
@@ -56,8 +32,9 @@ std::optional<ThumbSize> ReadThumbSize(const std::string& text) {
 
 std::optional<std::string> ReadPngData(std::string_view text) {
     if (text.substr(0, kPrefix.size()) != kPrefix) return std::nullopt;
-    std::optional<std::string> png = DecodeBase64(text.substr(kPrefix.size()));
-    if (!png || png->compare(0, kPngSignature.size(), kPngSignature) != 0) return std::nullopt;
+    std::string png;
+    if (!KXP::DecodeBase64(text.substr(kPrefix.size()), png)) return std::nullopt;
+    if (png.compare(0, kPngSignature.size(), kPngSignature) != 0) return std::nullopt;
     return png;
 }
 
