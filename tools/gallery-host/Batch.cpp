@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <optional>
 #include <utility>
 
 #include "gallery-host/Envelope.h"
@@ -28,13 +29,13 @@ class Batch {
               if (!IsPersistent(message)) OnResponse(message);
           })) {}
 
-    void Add(const std::optional<BatchRequest>& request) {
+    void Add(const BatchRequest& request) {
         Slot& slot = slots_.emplace_back();
-        if (!request) return;
-        const KXP::Document envelope = MakeRequest(request->method, request->payload);
+        if (!request.method) return;
+        const KXP::Document envelope = MakeRequest(request.method, request.payload);
         slot.id = Text(envelope, "uniqueid");
-        slot.method = request->method;
-        slot.patience = session_.options().timeout + request->extra;
+        slot.method = request.method;
+        slot.patience = session_.options().timeout + request.extra;
         slot.deadline = steady_clock::now() + slot.patience;
         const std::optional<std::string> refusal = session_.Send(envelope);
         if (refusal) throw Failure(kExitFailed, "the plug-in refused the request: " + *refusal);
@@ -68,8 +69,7 @@ class Batch {
 
 }  // namespace
 
-void AskInOrder(Session& session, size_t count,
-                const std::function<std::optional<BatchRequest>(size_t index)>& make,
+void AskInOrder(Session& session, size_t count, const std::function<BatchRequest(size_t index)>& make,
                 const std::function<void(size_t index, const KXP::Document* answer)>& take,
                 Progress& progress, size_t atOnce) {
     Batch batch(session);

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "common/Json.h"
@@ -13,7 +12,7 @@
 namespace host {
 
 struct BatchRequest {
-    const char* method;
+    const char* method = nullptr;  // null: there is nothing to ask
     KXP::Document payload;
     std::chrono::milliseconds extra{0};  // what it may take beyond the session's timeout
 };
@@ -22,10 +21,9 @@ struct BatchRequest {
 constexpr size_t kAtOnce = 4;
 
 // Asks `make` for each request from 0 to count - 1 and hands the answers, of whatever result, to `take` in
-// this order; where `make` gives none, `take` gets null in its turn. Throws Failure as Session::Ask does, and
-// then some that were sent may still be carried out.
-void AskInOrder(Session& session, size_t count,
-                const std::function<std::optional<BatchRequest>(size_t index)>& make,
+// this order; where there was nothing to ask, `take` gets null in its turn. Throws Failure as Session::Ask
+// does, and then some that were sent may still be carried out.
+void AskInOrder(Session& session, size_t count, const std::function<BatchRequest(size_t index)>& make,
                 const std::function<void(size_t index, const KXP::Document* answer)>& take,
                 Progress& progress, size_t atOnce = kAtOnce);
 

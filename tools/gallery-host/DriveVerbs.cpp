@@ -14,7 +14,10 @@ namespace {
 
 BatchRequest MakeInfoRequest(const std::string& name) {
     // The plug-in takes a name of one character for a drive's letter.
-    return {"GetDriveInfo", MakeTexts({{"drive", name == "/" ? "/." : name}})};
+    BatchRequest request;
+    request.method = "GetDriveInfo";
+    request.payload = MakeTexts({{"drive", name == "/" ? "/." : name}});
+    return request;
 }
 
 void AddSpace(const KXP::Document& answer, KXP::Value& drive, KXP::Allocator& allocator) {

@@ -50,9 +50,10 @@ bool StaysOnItsVolume(const FileJob& job) {
     return stat(job.path.c_str(), &source) == 0 && source.st_dev == target.st_dev;
 }
 
-std::optional<BatchRequest> MakeFileRequest(const Verb& verb, const FileJob& job) {
-    if (!job.error.empty()) return std::nullopt;
-    BatchRequest request{verb.method, {}};
+BatchRequest MakeFileRequest(const Verb& verb, const FileJob& job) {
+    if (!job.error.empty()) return {};
+    BatchRequest request;
+    request.method = verb.method;
     if (job.destination.empty()) {
         request.payload = MakeTexts({{"file", job.path}});
     } else {
