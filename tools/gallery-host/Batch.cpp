@@ -58,8 +58,9 @@ class Batch {
   private:
     void OnResponse(KXP::Document& message) {
         const std::string id = Text(message, "reference_uniqueid");
-        for (Slot& slot : slots_)
-            if (slot.Waits() && slot.id == id) slot.answer = std::move(message);
+        const auto slot = std::find_if(slots_.begin(), slots_.end(),
+                                       [&](const Slot& one) { return one.Waits() && one.id == id; });
+        if (slot != slots_.end()) slot->answer = std::move(message);
     }
 
     Session& session_;
