@@ -40,7 +40,7 @@ class Verbs : public testing::Test {
     }
 
     const ScopedEnv zone_{"TZ", "UTC"};
-    const TemporaryHome home_;
+    TemporaryHome home_;
     const std::string gallery_ = home_.folder().MakeFolder("Videos/ZORVEX/Ovirastream");
     const TempFolder folder_;
     const std::string own_ = folder_.Write("a.png", "x");
