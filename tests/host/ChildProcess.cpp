@@ -53,7 +53,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
     signal(SIGPIPE, SIG_IGN);
     Pipe in = MakePipe();
     Pipe output = options.terminal ? MakeTerminal() : MakePipe();
-    Pipe error = MakePipe();
+    Pipe error = options.errorTerminal ? MakeTerminal() : MakePipe();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in.read, STDIN_FILENO);

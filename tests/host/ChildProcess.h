@@ -11,6 +11,7 @@ class ChildProcess {
     struct Options {
         std::vector<std::string> environment;  // "NAME=value", over this process's own
         bool terminal = false;                 // standard output is a terminal
+        bool errorTerminal = false;            // so is standard error
     };
 
     ChildProcess(const std::vector<std::string>& arguments, const Options& options);

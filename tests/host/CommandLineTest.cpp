@@ -19,6 +19,15 @@ TEST(CommandLine, UsageErrorsAreTwo) {
                                                          {"list", ".", "--exclude", "some"},
                                                          {"list", "--exr"},
                                                          {"watch", "--count", "0"},
+                                                         {"recent", "--count", "0"},
+                                                         {"stats", ""},
+                                                         {"cp", "a"},
+                                                         {"rm"},
+                                                         {"thumb", "a"},
+                                                         {"thumb", "a", "-o", "b", "--size", "320x"},
+                                                         {"thumb", "a", "-o", "-", "--json"},
+                                                         {"settings", "set"},
+                                                         {"settings", "set", "--cap-percent", "101"},
                                                          {"call", "Echo", "[1]"},
                                                          {"call", "Echo", "@/"}};
     for (const auto& arguments : wrong) {

@@ -83,6 +83,10 @@ KXP::Value Settings(KXP::Allocator& allocator) {
     const std::string gallery = std::string(std::getenv("HOME")) + "/Videos/ZORVEX/Ovirastream";
     KXP::Value settings(rapidjson::kObjectType);
     settings.AddMember("path", KXP::Value(gallery, allocator), allocator);
+    KXP::Document capacity(&allocator);
+    KXP::ParseJSON(R"({"enabled":true,"capacityPercent":50,"usageMB":1200,"totalDiskSpaceMB":512000})",
+                   capacity);
+    settings.AddMember("capacity", capacity, allocator);
     if (Behaves("rebuilds")) settings.AddMember("trackerStatus", "TrackerUpdateInProgress", allocator);
     return settings;
 }
@@ -114,7 +118,63 @@ void Notify(const std::string& method) {
     }
 }
 
+// What is answered to a request whose payload holds `asked`; the first that fits. A null answer never comes.
+struct Canned {
+    const char* method;
+    const char* asked;
+    int code;
+    const char* status;
+    const char* answer;
+};
+
+constexpr int kInvalid = -2147024809;
+constexpr const char* kRecord =
+    R"({"fileType":"image","fileSubType":"Highlight","fileSource":"OVS_SDK","date":"2026-03-14T18:06:00Z",)"
+    R"("fileSizeKB":13,"eventTimeStamp":"2026-03-14T18:05:59.500Z","DRSName":"Ra\u001bce","cmsId":7,)"
+    R"("path":"/g/Race/a.png"})";
+constexpr const char* kRecents =
+    R"({"recents":[{"path":"/g/Race/a.png","fileType":"image","fileSizeKB":13,"date":"2026-03-14T18:06:00Z"}]})";
+
+constexpr Canned kCanned[] = {
+    {"GetFileMetadata", "foreign", 0, "Success", "{}"},
+    {"GetFileMetadata", "", 0, "Success", kRecord},
+    {"GetImageFileDimensions", "", 0, "Success", R"({"width":640,"height":360})"},
+    {"GetThumbnail", "none", 0, "Success", "{}"},
+    {"GetThumbnail", "broken", 0, "Success", R"({"thumbnail":"data:image/png;base64,iVBOR"})"},
+    {"GetThumbnail", "", 0, "Success", R"({"thumbnail":"data:image/png;base64,iVBORw0KGgo="})"},
+    {"CopyFile", "never", 0, "", nullptr},
+    {"CopyFile", "foreign", kInvalid, "'source' is not a valid ZORVEX file", "{}"},
+    {"CopyFile", "gone", kInvalid, "'source' is not a valid file", "{}"},
+    {"CopyFile", "taken", kInvalid, "'destination' already exists", "{}"},
+    {"RemoveGalleryItem", "foreign", kInvalid, "File path is not ZORVEX tracked UGC file", "{}"},
+    {"RemoveGalleryItem", "", 0, "Unable to delete matching thumbnail file", "{}"},
+    {"GetRecentUGC", "", 0, "Success", kRecents},
+    {"GetAppStats", "Race", 0, "Success", R"({"screenshots":3,"videos":1})"},
+    {"GetAppStats", "", 0, "Success", R"({"screenshots":0,"videos":0})"},
+    {"EnumerateDrives", "", 0, "Success",
+     R"({"drives":[{"name":"/","type":"fixed"},{"name":"/out","type":"removable"},{"name":"/sys","type":"reserved"}]})"},
+    {"GetDriveInfo", "/.", 0, "Success", R"({"freeSpaceMB":81000,"totalSpaceMB":2147483647})"},
+    {"GetDriveInfo", "", -2147467259, "Failed to get drive information", "{}"},
+    {"SetSettings", "bad", kInvalid, "Invalid path defined", "{}"},
+    {"SetSettings", "99", 0, "No action taken as all provided values are the same as existing ones", "{}"},
+};
+
+const Canned* FindCanned(const std::string& method, const std::string& asked) {
+    for (const Canned& canned : kCanned)
+        if (method == canned.method && asked.find(canned.asked) != std::string::npos) return &canned;
+    return nullptr;
+}
+
 void Handle(const std::string& text) {
+    if (Behaves("reverses") && text.find("CopyFile") != std::string::npos) {
+        // The answer to the first of two comes behind that to the second.
+        static std::string first;
+        if (first.empty()) {
+            first = text;
+            return;
+        }
+        if (text != first) boost::asio::post(fake->worker, [] { Handle(first); });
+    }
     KXP::Document request;
     KXP::ParseJSON(text, request);
     const std::string method = request["method"].GetString();
@@ -133,8 +193,13 @@ void Handle(const std::string& text) {
         payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);
     if (method == "GetSettings") payload.AddMember("settings", Settings(allocator), allocator);
     if (method == "GetFolderListing") payload = ListFolder(request["payload"], allocator);
-    if (method == "Fail")
-        Answer(request, std::move(payload), response, -2147024809, "Bad \x1b[31margument");
+    if (const Canned* canned = FindCanned(method, ToText(request["payload"]))) {
+        if (!canned->answer) return;
+        KXP::Document answer;
+        KXP::ParseJSON(canned->answer, answer);
+        Answer(request, KXP::Value(answer, allocator), response, canned->code, canned->status);
+    } else if (method == "Fail")
+        Answer(request, std::move(payload), response, kInvalid, "Bad \x1b[31margument");
     else
         Answer(request, std::move(payload), response, 0, "Success");
 }

@@ -9,9 +9,7 @@ namespace host {
 namespace {
 
 void AddIfMissing(KXP::Document& envelope, const char* key, const std::string& text) {
-    if (envelope.HasMember(key)) return;
-    KXP::Allocator& allocator = envelope.GetAllocator();
-    envelope.AddMember(rapidjson::StringRef(key), KXP::Value(text, allocator), allocator);
+    if (!envelope.HasMember(key)) AddText(envelope, key, text);
 }
 
 }  // namespace
@@ -72,6 +70,18 @@ KXP::Document MakeRequest(const std::string& method, const KXP::Value& payload, 
     envelope.AddMember("payload", KXP::Value(payload, allocator), allocator);
     Complete(envelope);
     return envelope;
+}
+
+KXP::Document MakeTexts(std::initializer_list<std::pair<const char*, std::string>> members) {
+    KXP::Document object(rapidjson::kObjectType);
+    for (const auto& [key, text] : members)
+        AddText(object, key, text);
+    return object;
+}
+
+void AddText(KXP::Document& object, const char* key, const std::string& text) {
+    KXP::Allocator& allocator = object.GetAllocator();
+    object.AddMember(rapidjson::StringRef(key), KXP::Value(text, allocator), allocator);
 }
 
 const KXP::Value* Find(const KXP::Value& object, const char* key) {

@@ -4,8 +4,10 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "common/Json.h"
@@ -34,6 +36,10 @@ bool ParseObject(std::string_view text, KXP::Document& document, std::string& er
 void Complete(KXP::Document& envelope);
 // A complete envelope around a payload.
 KXP::Document MakeRequest(const std::string& method, const KXP::Value& payload, int type = kOrdinary);
+
+// An object of texts, as most payloads are.
+KXP::Document MakeTexts(std::initializer_list<std::pair<const char*, std::string>> members);
+void AddText(KXP::Document& object, const char* key, const std::string& text);
 
 // The member, or null; null also in what is no object.
 const KXP::Value* Find(const KXP::Value& object, const char* key);

@@ -17,43 +17,13 @@ using std::chrono::steady_clock;
 // Between two looks at how far the gallery is. No notification tells the end of the look at its start.
 constexpr std::chrono::milliseconds kPollPeriod{100};
 
-bool IsComplete(const KXP::Value& settings) {
-    return Text(settings, "trackerStatus") != "TrackerUpdateInProgress";
-}
-
-KXP::Document AskSettings(Session& session) {
-    KXP::Document answer = AskForSuccess(session, "GetSettings", KXP::Value(rapidjson::kObjectType));
-    const KXP::Value* settings = Find(Payload(answer), "settings");
-    if (!settings || Text(*settings, "path").empty())
-        throw Failure(kExitFailed, "the plug-in does not tell the gallery's folder");
-    return answer;
-}
-
 void Wait(Session& session, Deadline deadline) {
     while (session.Pump(deadline) != PluginLoader::Wake::kDeadline) {
     }
 }
 
-// The gallery's folder, once the gallery is complete.
-std::string AwaitGallery(Session& session) {
-    const Deadline deadline = steady_clock::now() + session.options().timeout;
-    for (bool said = false;; said = true) {
-        const KXP::Document answer = AskSettings(session);
-        const KXP::Value& settings = Payload(answer)["settings"];
-        if (IsComplete(settings)) return Text(settings, "path");
-        if (steady_clock::now() >= deadline)
-            throw Failure(kExitNoAnswer, "the gallery is not looked through within " +
-                                             Seconds(session.options().timeout) +
-                                             "; a longer --timeout gives it more");
-        if (!said) Say("the gallery is being looked through; waiting for the end of that");
-        Wait(session, std::min(deadline, steady_clock::now() + kPollPeriod));
-    }
-}
-
 KXP::Value AskGame(Session& session, const std::string& name, KXP::Allocator& allocator) {
-    KXP::Document request(rapidjson::kObjectType);
-    request.AddMember("appName", KXP::Value(name, request.GetAllocator()), request.GetAllocator());
-    const KXP::Document answer = AskForSuccess(session, "GetAppUGC", request);
+    const KXP::Document answer = AskForSuccess(session, "GetAppUGC", MakeTexts({{"appName", name}}));
     KXP::Value captures(rapidjson::kArrayType);
     for (const KXP::Value& ugc : Elements(Payload(answer), "ugc"))
         captures.PushBack(KXP::Value(ugc, allocator), allocator);
@@ -65,17 +35,48 @@ KXP::Value AskGame(Session& session, const std::string& name, KXP::Allocator& al
 
 }  // namespace
 
+KXP::Document AskSettings(Session& session) {
+    const KXP::Document answer = AskForSuccess(session, "GetSettings", KXP::Value(rapidjson::kObjectType));
+    KXP::Document settings;
+    if (const KXP::Value* told = Find(Payload(answer), "settings"))
+        settings.CopyFrom(*told, settings.GetAllocator());
+    if (Text(settings, "path").empty())
+        throw Failure(kExitFailed, "the plug-in does not tell the gallery's folder");
+    return settings;
+}
+
+bool IsComplete(const KXP::Value& settings) {
+    return Text(settings, "trackerStatus") != "TrackerUpdateInProgress";
+}
+
+std::string AwaitGallery(Session& session) {
+    const Deadline deadline = steady_clock::now() + session.options().timeout;
+    for (bool said = false;; said = true) {
+        const KXP::Document settings = AskSettings(session);
+        if (IsComplete(settings)) return Text(settings, "path");
+        if (steady_clock::now() >= deadline)
+            throw Failure(kExitNoAnswer, "the gallery is not looked through within " +
+                                             Seconds(session.options().timeout) +
+                                             "; a longer --timeout gives it more");
+        if (!said) Say("the gallery is being looked through; waiting for the end of that");
+        Wait(session, std::min(deadline, steady_clock::now() + kPollPeriod));
+    }
+}
+
+std::vector<std::string> AskGames(Session& session, const std::string& folder) {
+    ListOptions options;
+    options.directory = folder;
+    options.onlyOwn = true;
+    return FolderNames(Payload(AskListing(session, options)));
+}
+
 GalleryListing AskGallery(Session& session) {
     GalleryListing gallery;
     gallery.folder = AwaitGallery(session);
-    ListOptions options;
-    options.directory = gallery.folder;
-    options.onlyOwn = true;
-    const KXP::Document listing = AskListing(session, options);
     gallery.games.SetObject();
     KXP::Allocator& allocator = gallery.games.GetAllocator();
     KXP::Value games(rapidjson::kArrayType);
-    for (const std::string& name : FolderNames(Payload(listing)))
+    for (const std::string& name : AskGames(session, gallery.folder))
         games.PushBack(AskGame(session, name, allocator), allocator);
     gallery.games.AddMember("games", games, allocator);
     return gallery;
@@ -84,7 +85,7 @@ GalleryListing AskGallery(Session& session) {
 void RunGalleryList(Session& session, Output& output, bool json) {
     const GalleryListing gallery = AskGallery(session);
     if (json) {
-        output.Write(PrintableJson(ToPrettyText(gallery.games)) + "\n");
+        WriteJson(output, gallery.games);
         return;
     }
     output.Write(GalleryTable(gallery.games, WantsColour()));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "common/Json.h"
 #include "gallery-host/Output.h"
@@ -14,8 +15,21 @@ struct GalleryListing {
     KXP::Document games;  // {"games":[{"name":...,"ugc":[...]}]}
 };
 
-// Waits until the gallery is complete, which is said once, but no longer than the session's timeout; throws
-// Failure(kExitNoAnswer) then and Failure(kExitFailed) for a result below zero.
+// All of these throw Failure(kExitFailed) for a result below zero.
+
+// What GetSettings tells; there is a "path" in it.
+KXP::Document AskSettings(Session& session);
+// Whether these say that the gallery is looked through.
+bool IsComplete(const KXP::Value& settings);
+
+// The gallery's folder, once the gallery is looked through: until then the record misses captures. Waiting is
+// said once, and takes no longer than the session's timeout; throws Failure(kExitNoAnswer) then.
+std::string AwaitGallery(Session& session);
+
+// The games that have captures on record; `folder` is the gallery's.
+std::vector<std::string> AskGames(Session& session, const std::string& folder);
+
+// Waits for the gallery as AwaitGallery does.
 GalleryListing AskGallery(Session& session);
 
 // Prints it as a table, or as JSON.

@@ -1,8 +1,6 @@
 #include "gallery-host/GalleryTable.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <ctime>
 #include <vector>
 
 #include "gallery-host/Envelope.h"
@@ -15,31 +13,18 @@ namespace {
 
 constexpr size_t kSizeColumn = 3;
 
-double SizeKB(const KXP::Value& ugc) {
-    const KXP::Value* size = Find(ugc, "fileSizeKB");
-    return size && size->IsUint64() ? size->GetDouble() : 0;
-}
-
-// The plug-in's UTC as local time; what is of another form as it came.
-std::string LocalDate(const std::string& date) {
-    std::tm utc{};
-    const char* end = strptime(date.c_str(), "%Y-%m-%dT%H:%M:%SZ", &utc);
-    if (!end || *end) return Printable(date);
-    const std::time_t seconds = timegm(&utc);
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    char text[32];
-    return std::string(text, std::strftime(text, sizeof text, "%F %H:%M", &local));
-}
-
-TableRow MakeRow(const KXP::Value& ugc) {
+std::string FileName(const KXP::Value& ugc) {
     const std::string path = Text(ugc, "path");
+    return Printable(path.substr(path.rfind('/') + 1));
+}
+
+TableRow MakeRow(const KXP::Value& ugc, const std::string& name) {
     const std::string type = Text(ugc, "fileType");
     const std::string date = Text(ugc, "date");
     // A highlight that is announced has neither date nor size.
-    return {{Printable(path.substr(path.rfind('/') + 1)), HumanKind(type),
-             HumanDetailOf(type, Text(ugc, "fileSubType")), date.empty() ? "" : HumanSize(SizeKB(ugc)),
-             Printable(Text(ugc, "duration")), date.empty() ? "not saved yet" : LocalDate(date)}};
+    return {{name, HumanKind(type), HumanDetailOf(type, Text(ugc, "fileSubType")),
+             date.empty() ? "" : HumanSize(SizeKB(ugc)), Printable(Text(ugc, "duration")),
+             date.empty() ? "not saved yet" : HumanDate(date)}};
 }
 
 // Newest first. The plug-in's order is that in which it came to know of them, which after a rebuild is none;
@@ -81,7 +66,7 @@ std::string GalleryTable(const KXP::Value& gallery, bool colour) {
     std::vector<TableRow> rows;  // of all games, so that their columns stand one below the other
     for (const KXP::Value& game : Elements(gallery, "games"))
         for (const KXP::Value* ugc : ByDate(game))
-            rows.push_back(MakeRow(*ugc));
+            rows.push_back(MakeRow(*ugc, FileName(*ugc)));
     const std::vector<std::string> lines = TableLines(rows, colour, kSizeColumn);
 
     std::string table;
@@ -94,6 +79,13 @@ std::string GalleryTable(const KXP::Value& gallery, bool colour) {
             table += "  " + *line + "\n";
     }
     return table;
+}
+
+std::string RecentTable(const KXP::Value& recents, bool colour) {
+    std::vector<TableRow> rows;
+    for (const KXP::Value& ugc : Elements(recents, "recents"))
+        rows.push_back(MakeRow(ugc, ShortPath(Text(ugc, "path"))));
+    return TableText(rows, colour, kSizeColumn);
 }
 
 size_t CaptureCount(const KXP::Value& gallery) {

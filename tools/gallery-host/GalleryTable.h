@@ -12,6 +12,10 @@ namespace host {
 // are passed over.
 std::string GalleryTable(const KXP::Value& gallery, bool colour);
 
+// The captures of {"recents":[...]} in their order, each with the folder of its game; empty when there are
+// none.
+std::string RecentTable(const KXP::Value& recents, bool colour);
+
 size_t CaptureCount(const KXP::Value& gallery);
 
 // For example "2 games, 13 captures, 2.4 MB".

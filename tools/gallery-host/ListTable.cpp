@@ -28,10 +28,7 @@ std::string ListTable(const KXP::Value& payload, bool colour) {
     std::vector<TableRow> rows = MakeRows(payload);
     if (rows.empty()) return {};
     rows.insert(rows.begin(), {{"NAME", "KIND", "DETAILS", "SOURCE"}, kBold});
-    std::string table;
-    for (const std::string& line : TableLines(rows, colour))
-        table += line + "\n";
-    return table;
+    return TableText(rows, colour);
 }
 
 std::vector<std::string> FolderNames(const KXP::Value& payload) {

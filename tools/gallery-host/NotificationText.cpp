@@ -24,21 +24,11 @@ struct Teller {
 };
 
 constexpr size_t kWordWidth = 9;
-// What stands for the size of a disk that could not be measured.
-constexpr int64_t kUnknownMB = 0x7FFFFFFF;
 
 const KXP::Value& Member(const KXP::Value& object, const char* key) {
     static const KXP::Value null;
     const KXP::Value* member = Find(object, key);
     return member ? *member : null;
-}
-
-// The folder and the file: all captures of one game lie in one folder.
-std::string ShortPath(const std::string& path) {
-    const size_t file = path.rfind('/');
-    if (file == std::string::npos || file == 0) return Printable(path);
-    const size_t folder = path.rfind('/', file - 1);
-    return Printable(std::string_view(path).substr(folder == std::string::npos ? 0 : folder + 1));
 }
 
 std::string Quoted(const std::string& text) {
@@ -142,7 +132,7 @@ std::optional<Capacity> ReadCapacity(const KXP::Value& payload) {
     if (!enabled.IsBool() || !percent.IsInt() || !total.IsUint() || !usage.IsUint()) return std::nullopt;
     return Capacity{
         HumanSize(usage.GetUint() * 1000.0),
-        total.GetUint() == kUnknownMB ? "an unknown size" : HumanSize(total.GetUint() * 1000.0),
+        HumanVolume(total.GetUint()),
         std::to_string(percent.GetInt()) + " %",
         enabled.GetBool() ? "on" : "off",
     };
@@ -153,13 +143,6 @@ Told Usage(const KXP::Value& payload) {
     if (!capacity) return std::nullopt;
     return capacity->usage + " of " + capacity->total + " (cap " + capacity->percent + ", " + capacity->cap +
            ")";
-}
-
-Told Cap(const KXP::Value& payload) {
-    const std::optional<Capacity> capacity = ReadCapacity(payload);
-    if (!capacity) return std::nullopt;
-    return capacity->cap + (", " + capacity->percent) + " of " + capacity->total + " (" + capacity->usage +
-           " used)";
 }
 
 Told Folder(const KXP::Value& payload) {
@@ -177,7 +160,7 @@ Told Progress(const KXP::Value& payload) {
 }
 
 constexpr Teller kNotifications[] = {
-    {"GalleryUpdatedNotification", "usage", Usage}, {"GalleryCapStateChangeNotification", "cap", Cap},
+    {"GalleryUpdatedNotification", "usage", Usage}, {"GalleryCapStateChangeNotification", "cap", CapText},
     {"PathChangeNotification", "folder", Folder},   {"TempFolderChangeNotification", "temporary", Folder},
     {"MontageNotification", "montage", Progress},
 };
@@ -220,6 +203,13 @@ Told OneMember(const KXP::Value& payload) {
 }
 
 }  // namespace
+
+std::optional<std::string> CapText(const KXP::Value& holder) {
+    const std::optional<Capacity> capacity = ReadCapacity(holder);
+    if (!capacity) return std::nullopt;
+    return capacity->cap + (", " + capacity->percent) + " of " + capacity->total + " (" + capacity->usage +
+           " used)";
+}
 
 std::string NotificationText(const std::string& method, const KXP::Value& payload) {
     const bool manifold = method == kManifold && payload.IsObject();

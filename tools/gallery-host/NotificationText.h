@@ -1,11 +1,16 @@
 // A notification of the gallery as people read it. Pure: name and payload in, one line out.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "common/Json.h"
 
 namespace host {
+
+// The member "capacity" of a notification or of the settings, for example "on, 50 % of 512 GB (1.2 GB used)";
+// nothing for one of another form.
+std::optional<std::string> CapText(const KXP::Value& holder);
 
 // For example "saved      Rustwind Rally/Photo finish.png  image, highlight, 2.4 MB"; no time, no line end. A
 // notification that is not known, or not of the form known, becomes its name and its payload as JSON.

@@ -15,8 +15,19 @@
 #include "gallery-host/Printable.h"
 
 namespace host {
+namespace {
+
+bool statusShown = false;
+
+bool IsDumbTerminal() {
+    const char* terminal = std::getenv("TERM");
+    return terminal && std::strcmp(terminal, "dumb") == 0;
+}
+
+}  // namespace
 
 bool Output::Write(std::string_view data) {
+    ClearStatus();
     while (open_ && !data.empty()) {
         pollfd fds[] = {{interrupt_.fd(), POLLIN, 0}, {STDOUT_FILENO, POLLOUT, 0}};
         if (poll(fds, 2, -1) < 0 && errno != EINTR)
@@ -45,15 +56,30 @@ void Say(std::string_view text) {
 
 void SayRaw(std::string_view line) {
     const std::string ended = Printable(line) + "\n";
+    ClearStatus();
     std::fwrite(ended.data(), 1, ended.size(), stderr);
+}
+
+void ShowStatus(std::string_view line) {
+    const std::string drawn = "\r" + Printable(line) + "\x1b[K";
+    std::fwrite(drawn.data(), 1, drawn.size(), stderr);
+    statusShown = true;
+}
+
+void ClearStatus() {
+    if (!statusShown) return;
+    std::fputs("\r\x1b[K", stderr);
+    statusShown = false;
+}
+
+bool TakesStatus() {
+    return isatty(STDERR_FILENO) == 1 && !IsDumbTerminal();
 }
 
 bool WantsColour() {
     const char* noColor = std::getenv("NO_COLOR");
-    const char* terminal = std::getenv("TERM");
     if (noColor && *noColor) return false;
-    if (terminal && std::strcmp(terminal, "dumb") == 0) return false;
-    return isatty(STDOUT_FILENO) == 1;
+    return isatty(STDOUT_FILENO) == 1 && !IsDumbTerminal();
 }
 
 }  // namespace host

@@ -25,6 +25,13 @@ void Say(std::string_view text);
 // One line on standard error as it is, but for what could steer a terminal.
 void SayRaw(std::string_view line);
 
+// One line at the end of standard error that the next takes the place of, as does all else that is written:
+// for a terminal only.
+void ShowStatus(std::string_view line);
+void ClearStatus();
+// True when standard error is a terminal that can take a line back.
+bool TakesStatus();
+
 // True when standard output is a terminal and the user did not ask for plain text: https://no-color.org.
 bool WantsColour();
 

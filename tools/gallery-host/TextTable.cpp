@@ -43,4 +43,11 @@ std::vector<std::string> TableLines(const std::vector<TableRow>& rows, bool colo
     return lines;
 }
 
+std::string TableText(const std::vector<TableRow>& rows, bool colour, size_t right) {
+    std::string text;
+    for (const std::string& line : TableLines(rows, colour, right))
+        text += line + "\n";
+    return text;
+}
+
 }  // namespace host

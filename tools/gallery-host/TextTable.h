@@ -18,5 +18,7 @@ constexpr const char* kPlain = "\x1b[0m";
 // The column `right` is set to the right.
 std::vector<std::string> TableLines(const std::vector<TableRow>& rows, bool colour,
                                     size_t right = std::string::npos);
+// The same as one text, every line with its end.
+std::string TableText(const std::vector<TableRow>& rows, bool colour, size_t right = std::string::npos);
 
 }  // namespace host

@@ -1,9 +1,5 @@
 #include "gallery-host/Verbs.h"
 
-#include <cerrno>
-#include <filesystem>
-#include <system_error>
-
 #include <unistd.h>
 
 #include "gallery-host/Envelope.h"
@@ -13,8 +9,6 @@
 
 namespace host {
 namespace {
-
-namespace fs = std::filesystem;
 
 void ThrowIfFailed(const KXP::Document& answer) {
     if (ResultCode(answer) < 0) throw Failure(kExitFailed, ResultText(answer));
@@ -40,29 +34,15 @@ KXP::Document ReadPayload(const std::string& text, Interrupt& interrupt) {
     return payload;
 }
 
-std::string FolderPath(const std::string& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (!fs::exists(status))
-        throw Failure(kExitFailed, path + ": " + (error ? error.message() : "No such file or directory"));
-    if (!fs::is_directory(status)) throw Failure(kExitFailed, path + ": not a folder");
-    if (!IsUtf8(path))
-        throw Failure(kExitFailed, path + ": not a name in UTF-8, which messages are written in");
-    if (access(path.c_str(), R_OK | X_OK) != 0)
-        throw Failure(kExitFailed, path + ": " + std::error_code(errno, std::generic_category()).message());
-    // Symbolic links stay as the user wrote them: the gallery may be known by that path. Only ".." cannot be
-    // taken out of a path without following them.
-    const fs::path absolute = fs::absolute(path);
-    for (const fs::path& part : absolute)
-        if (part == "..") return fs::canonical(absolute).string();
-    return absolute.lexically_normal().string();
-}
-
 void RunCall(Session& session, Output& output, const CallOptions& options) {
     const KXP::Document answer = session.Ask(options.method, options.payload);
     const std::string json = options.raw ? ToText(answer) : ToPrettyText(Payload(answer));
     output.Write(PrintableJson(json) + "\n");
     ThrowIfFailed(answer);
+}
+
+void WriteJson(Output& output, const KXP::Value& value) {
+    output.Write(PrintableJson(ToPrettyText(value)) + "\n");
 }
 
 KXP::Document AskForSuccess(Session& session, const std::string& method, const KXP::Value& payload) {
@@ -85,7 +65,7 @@ void RunList(Session& session, Output& output, const ListOptions& options) {
     const KXP::Document answer = AskListing(session, options);
     const KXP::Value& listing = Payload(answer);
     if (options.json) {
-        output.Write(PrintableJson(ToPrettyText(listing)) + "\n");
+        WriteJson(output, listing);
     } else {
         output.Write(ListTable(listing, WantsColour()));
         Say(ListSummary(listing));

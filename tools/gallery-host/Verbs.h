@@ -27,12 +27,13 @@ struct ListOptions {
 // file, and an empty object when `text` is empty. Throws Failure(kExitUsage).
 KXP::Document ReadPayload(const std::string& text, Interrupt& interrupt);
 
-// The absolute path of a folder that exists. Throws Failure(kExitFailed).
-std::string FolderPath(const std::string& path);
-
 // These throw Failure(kExitFailed) with the code and text of a result below zero.
 void RunCall(Session& session, Output& output, const CallOptions& options);
 void RunList(Session& session, Output& output, const ListOptions& options);
+
+// Prints it for programs.
+void WriteJson(Output& output, const KXP::Value& value);
+
 // The response to a request; throws as these do.
 KXP::Document AskForSuccess(Session& session, const std::string& method, const KXP::Value& payload);
 // The same for the request that list makes.

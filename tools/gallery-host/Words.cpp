@@ -1,7 +1,11 @@
 #include "gallery-host/Words.h"
 
 #include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <string_view>
 
+#include "gallery-host/Envelope.h"
 #include "gallery-host/Printable.h"
 
 namespace host {
@@ -69,6 +73,31 @@ std::string Counted(size_t count, const std::string& noun) {
     return (count ? std::to_string(count) : "no") + " " + noun + (count == 1 ? "" : "s");
 }
 
+std::string ShortPath(const std::string& path) {
+    const size_t file = path.rfind('/');
+    if (file == std::string::npos || file == 0) return Printable(path);
+    const size_t folder = path.rfind('/', file - 1);
+    return Printable(std::string_view(path).substr(folder == std::string::npos ? 0 : folder + 1));
+}
+
+std::string HumanDate(const std::string& date) {
+    std::tm utc{};
+    const char* end = strptime(date.c_str(), "%Y-%m-%dT%H:%M:%S", &utc);
+    // Events have milliseconds, files do not.
+    if (end && *end == '.') end += 1 + std::strspn(end + 1, "0123456789");
+    if (!end || std::strcmp(end, "Z") != 0) return Printable(date);
+    const std::time_t seconds = timegm(&utc);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char text[32];
+    return std::string(text, std::strftime(text, sizeof text, "%F %H:%M", &local));
+}
+
+double SizeKB(const KXP::Value& ugc) {
+    const KXP::Value* size = Find(ugc, "fileSizeKB");
+    return size && size->IsUint64() ? size->GetDouble() : 0;
+}
+
 std::string HumanSize(double kilobytes) {
     constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB"};
     size_t unit = 0;
@@ -79,6 +108,10 @@ std::string HumanSize(double kilobytes) {
     std::snprintf(text, sizeof text, unit == 0 || kilobytes >= 99.95 ? "%.0f %s" : "%.1f %s", kilobytes,
                   kUnits[unit]);
     return text;
+}
+
+std::string HumanVolume(uint32_t megabytes) {
+    return megabytes == 0x7FFFFFFF ? "an unknown size" : HumanSize(megabytes * 1000.0);
 }
 
 }  // namespace host
