@@ -37,17 +37,6 @@ TEST(TrackedUGC, AHighlightInFlightHasNoSizeAndNoDate) {
         R"("memeInfo":{"topBarText":"","bottomBarText":""}})");
 }
 
-TEST(TrackedUGC, OnlyTheExactWordsMakeAHighlight) {
-    TrackedUGC record;
-    for (const auto& [source, subType, expected] : {std::tuple("OVS_SDK", "Highlight", true),
-                                                    {"OVS_SDK", "highlight", false},
-                                                    {"OVS", "Highlight", false}}) {
-        record.fileSource = source;
-        record.fileSubType = subType;
-        EXPECT_EQ(TrackedUGC::IsAHighlight(record), expected) << source << ' ' << subType;
-    }
-}
-
 TEST(TrackedUGC, TheApiFormLeavesOutAScreenshotsSubtypeAndBytesThatAreNoText) {
     TrackedUGC record;
     record.fileSubType = "Screenshot";
