@@ -323,7 +323,9 @@ TEST(KernelEvents, LengthsAreNotTrusted) {
         std::memset(bytes, 'n', sizeof bytes);
         std::memcpy(bytes + offsetof(inotify_event, len), &length, sizeof length);
         std::string_view rest(bytes, sizeof bytes);
-        return watcher::NextKernelEvent(rest, event) && rest.size() == 16 - length;
+        const bool took = watcher::NextKernelEvent(rest, event);
+        EXPECT_TRUE(!took || rest.size() == size_t{16} - length);
+        return took;
     };
     watcher::KernelEvent event;
     EXPECT_TRUE(next(0, event));

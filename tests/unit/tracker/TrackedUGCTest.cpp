@@ -37,6 +37,15 @@ TEST(TrackedUGC, AHighlightInFlightHasNoSizeAndNoDate) {
         R"("memeInfo":{"topBarText":"","bottomBarText":""}})");
 }
 
+TEST(TrackedUGC, OnlyTheExactWordsMakeAHighlight) {
+    TrackedUGC record;
+    for (const auto& [source, subType] : {std::pair("OVS_SDK", "highlight"), {"OVS", "Highlight"}}) {
+        record.fileSource = source;
+        record.fileSubType = subType;
+        EXPECT_FALSE(TrackedUGC::IsAHighlight(record)) << source;
+    }
+}
+
 TEST(TrackedUGC, TheApiFormLeavesOutAScreenshotsSubtypeAndBytesThatAreNoText) {
     TrackedUGC record;
     record.fileSubType = "Screenshot";
