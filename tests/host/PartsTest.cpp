@@ -6,7 +6,6 @@
 
 #include "gallery-host/Envelope.h"
 #include "gallery-host/GalleryTable.h"
-#include "gallery-host/ListTable.h"
 #include "gallery-host/Printable.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/ScopedEnv.h"

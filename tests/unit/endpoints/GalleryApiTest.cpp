@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "common/Json.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
-#include "plugin-modules/Gallery/src/endpoints/FolderListing.h"
 #include "sample-captures/SampleGallery.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "CobalixUtil.h"
 #include "common/Exception.h"
 #include "common/JsonHelpers.h"
 #include "common/JsonParse.h"
