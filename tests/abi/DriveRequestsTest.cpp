@@ -1,45 +1,8 @@
 // What the pages are told of drives and folders to keep captures in.
 
-#include <deque>
-
-#include <gtest/gtest.h>
-
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
 #include "tests/abi/PluginLibrary.h"
-#include "tests/support/TempFolder.h"
 
-namespace {
-
-class DriveRequestsTest : public testing::Test {
-  protected:
-    DriveRequestsTest() { EXPECT_TRUE(plugin_.Up(container_)); }
-    ~DriveRequestsTest() override { EXPECT_TRUE(plugin_.Down(container_)); }
-
-    // The payload of the answer.
-    const KXP::Value& Ask(const std::string& method, const std::string& payload) {
-        const std::string text =
-            plugin_.Ask(container_, method, "drive" + std::to_string(answers_.size()), payload);
-        KXP::Document& answer = answers_.emplace_back();
-        EXPECT_FALSE(KXP::ParseJSON(text, answer).IsError());
-        return KXP::JSONGetObject(answer, "payload");
-    }
-
-    void ExpectFailure(const std::string& method, const std::string& payload, int32_t code,
-                       const std::string& text) {
-        const KXP::Value& answer = Ask(method, payload);
-        EXPECT_EQ(KXP::jsonGetValue<int>(answer, "_return_code"), code) << payload;
-        EXPECT_EQ(KXP::jsonGetValue<std::string>(answer, "_return_status"), text) << payload;
-    }
-
-    FakeContainer container_;
-    const PluginLibrary plugin_{PRODUCT_ROOT};
-    std::deque<KXP::Document> answers_;
-};
-
-}  // namespace
-
-TEST_F(DriveRequestsTest, TellsWhereCapturesCanGo) {
+TEST_F(RunningPlugin, TellsWhereCapturesCanGo) {
     std::string last;
     bool root = false;
     for (const KXP::Value& drive : KXP::JSONGetArray(Ask("EnumerateDrives", "{}"), "drives").GetArray()) {
@@ -63,19 +26,28 @@ TEST_F(DriveRequestsTest, TellsWhereCapturesCanGo) {
     };
     EXPECT_TRUE(writable(folder.path()));
     EXPECT_FALSE(writable(folder / "missing"));
+    EXPECT_TRUE(Ask("CheckDiskSpace", "{}").HasMember("lowDiskSpace"));
 }
 
-TEST_F(DriveRequestsTest, TellsWhatIsWrong) {
-    const auto failure = static_cast<int32_t>(0x80004005);
-    const auto invalid = static_cast<int32_t>(0x80070057);
-    const std::string noSpace = "Failed to get drive information";
-    ExpectFailure("GetDriveInfo", R"({"drive":"/no/such/drive"})", failure, noSpace);
-    // What claims to be a failure passes the catalogue unchecked.
-    ExpectFailure("IsDirectoryWriteable", R"({"_return_code":-1})", invalid, "Directory value is empty");
-    ExpectFailure("GetDriveInfo", R"({"_return_code":-1,"drive":[]})", invalid,
-                  "Found key 'drive', with unexpected type: Array");
-
-    // One letter is a drive: the folder "/" as "/:", which is not there.
-    ExpectFailure("GetDriveInfo", R"({"drive":"/"})", failure, noSpace);
-    EXPECT_EQ(KXP::jsonGetValue<int>(Ask("GetDriveInfo", R"({"drive":"//"})"), "_return_code"), 0);
+TEST_F(RunningPlugin, TellsWhatIsWrongWithADriveOrFolder) {
+    const struct {
+        const char* method;
+        const char* payload;
+        const char* answer;
+    } rows[] = {
+        {"GetDriveInfo", R"({"drive":"/no/such/drive"})", "-2147467259 Failed to get drive information"},
+        // One letter is a drive: the folder "/" as "/:", which is not there.
+        {"GetDriveInfo", R"({"drive":"/"})", "-2147467259 Failed to get drive information"},
+        {"GetDriveInfo", R"({"drive":"//"})", "0 Success"},
+        // What claims to be a failure passes the catalogue unchecked.
+        {"IsDirectoryWriteable", R"({"_return_code":-1})", "-2147024809 Directory value is empty"},
+        {"GetDriveInfo", R"({"_return_code":-1,"drive":[]})",
+         "-2147024809 Found key 'drive', with unexpected type: Array"},
+    };
+    for (const auto& row : rows) {
+        const KXP::Value& answer = Ask(row.method, row.payload);
+        EXPECT_EQ(
+            std::to_string(answer["_return_code"].GetInt()) + " " + answer["_return_status"].GetString(),
+            row.answer);
+    }
 }

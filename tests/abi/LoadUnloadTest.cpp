@@ -76,21 +76,24 @@ TEST(LoadUnload, AContainerCatchesWhatAnEntryCallThrows) {
     ASSERT_TRUE(plugin.Down(container));
 }
 
-TEST(Requests, UnfinishedAndUnknownMethodsAnswerAlike) {
-    FakeContainer container;
-    const PluginLibrary plugin(PRODUCT_ROOT);
-    ASSERT_TRUE(plugin.Up(container));
+TEST_F(RunningPlugin, RefusesWhatItDoesNotKnowAndChecksWhatSlipsThrough) {
     for (const char* method : {"TrimVideo", "MigrateHighlightsTracker"}) {
-        const std::string answer = plugin.Ask(container, method, method, "{}");
-        EXPECT_NE(answer.find("\"_return_code\":-2147467263"), std::string::npos) << answer;
-        EXPECT_NE(answer.find(std::string("Could not find registered API for ") + method), std::string::npos);
+        const KXP::Value& answer = Ask(method, R"({"progress":1})");
+        EXPECT_EQ(answer["_return_code"].GetInt(), -2147467263);
+        EXPECT_EQ(answer["_return_status"],
+                  (std::string("Could not find registered API for ") + method).c_str());
     }
-    const std::string refused = plugin.Ask(container, "GetFolderListing", "empty", R"({"directory":""})");
-    EXPECT_NE(refused.find("Schema 'parameters' validation error. Problem found at key "), std::string::npos);
-    const std::string slipped =
-        plugin.Ask(container, "GetFolderListing", "slipped", R"({"_return_code":-1,"directory":[]})");
-    EXPECT_NE(slipped.find("Found key 'directory', with unexpected type: Array"), std::string::npos)
-        << slipped;
-    EXPECT_NE(slipped.find("\"_return_code\":-2147024809"), std::string::npos) << slipped;
-    ASSERT_TRUE(plugin.Down(container));
+    EXPECT_NE(AskText("GetFolderListing", R"({"directory":""})")
+                  .find("Schema 'parameters' validation error. Problem found at key "),
+              std::string::npos);
+    const KXP::Value& slipped = Ask("GetFolderListing", R"({"_return_code":-1,"directory":[]})");
+    EXPECT_EQ(slipped["_return_status"], "Found key 'directory', with unexpected type: Array");
+    EXPECT_EQ(slipped["_return_code"].GetInt(), -2147024809);
+}
+
+TEST_F(RunningPlugin, SubscribesToWhatOthersTell) {
+    for (const char* word : {"CaptureSaved", "HighlightSaved", "HighlightCaptureFailure", "LumisShotSaved"})
+        EXPECT_NE(container_.WaitFor(3, std::string(word) + "Notification\"").text.find("\"type\":3073"),
+                  std::string::npos)
+            << word;
 }

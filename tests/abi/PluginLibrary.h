@@ -2,11 +2,15 @@
 // with a home of its own.
 #pragma once
 
+#include <deque>
 #include <stdexcept>
 #include <string>
 
 #include <dlfcn.h>
+#include <gtest/gtest.h>
 
+#include "common/JsonHelpers.h"
+#include "common/JsonParse.h"
 #include "core/container/cef/ZvCefPlugin.h"
 #include "tests/support/FakeContainer.h"
 #include "tests/support/TemporaryHome.h"
@@ -53,4 +57,27 @@ class PluginLibrary {
     const TemporaryHome home_;  // there before the library is loaded, and until it is gone
     void* handle_ = nullptr;
     ZvCefPluginInfo* info_ = nullptr;
+};
+
+// The plug-in up and answering for as long as a case runs.
+class RunningPlugin : public testing::Test {
+  protected:
+    RunningPlugin() { EXPECT_TRUE(plugin_.Up(container_)); }
+    ~RunningPlugin() override { EXPECT_TRUE(plugin_.Down(container_)); }
+
+    // The payload of the answer, which stays as long as this.
+    const KXP::Value& Ask(const std::string& method, const std::string& payload) {
+        const std::string text =
+            plugin_.Ask(container_, method, "ask" + std::to_string(answers_.size()), payload);
+        KXP::Document& answer = answers_.emplace_back();
+        EXPECT_FALSE(KXP::ParseJSON(text, answer).IsError()) << method;
+        return KXP::JSONGetObject(answer, "payload");
+    }
+    std::string AskText(const std::string& method, const std::string& payload) {
+        return KXP::WriteJSONToString(Ask(method, payload));
+    }
+
+    FakeContainer container_;
+    const PluginLibrary plugin_{PRODUCT_ROOT};
+    std::deque<KXP::Document> answers_;
 };

@@ -42,12 +42,12 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-void Close(int& fd) {
+}  // namespace
+
+void ChildProcess::Close(int& fd) {
     if (fd >= 0) close(fd);
     fd = -1;
 }
-
-}  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Options& options) {
     signal(SIGPIPE, SIG_IGN);
@@ -92,22 +92,6 @@ void ChildProcess::Write(const std::string& text) {
         if (written < 0) throw std::runtime_error("the child reads no more");
         at += static_cast<size_t>(written);
     }
-}
-
-void ChildProcess::CloseOutput() {
-    Close(out_);
-}
-
-void ChildProcess::Signal(int number) {
-    kill(pid_, number);
-}
-
-bool ChildProcess::ReadOutUntil(const std::string& text) {
-    return ReadUntil(out, text);
-}
-
-bool ChildProcess::ReadErrUntil(const std::string& text) {
-    return ReadUntil(err, text);
 }
 
 int ChildProcess::Wait() {

@@ -1,6 +1,7 @@
 // gallery-host as a child process with pipes on its three streams. Every wait has a bound and fails the test.
 #pragma once
 
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -20,11 +21,11 @@ class ChildProcess {
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     void Write(const std::string& text);
-    void CloseOutput();
-    void Signal(int signal);
+    void CloseOutput() { Close(out_); }
+    void Signal(int signal) { kill(pid_, signal); }
     // Read until the stream has shown `text`; false at its end.
-    bool ReadOutUntil(const std::string& text);
-    bool ReadErrUntil(const std::string& text);
+    bool ReadOutUntil(const std::string& text) { return ReadUntil(out, text); }
+    bool ReadErrUntil(const std::string& text) { return ReadUntil(err, text); }
     // Waits until there is more to read, but no longer than this, and reads it.
     void ReadWithin(int milliseconds);
     // Closes the input, reads to the end and gives the exit status, or the negative number of a signal.
@@ -34,6 +35,7 @@ class ChildProcess {
     std::string err;
 
   private:
+    static void Close(int& fd);
     bool ReadUntil(const std::string& stream, const std::string& text);
     bool ReadOnce();
     void Take(short outEvents, short errEvents);

@@ -21,14 +21,6 @@ std::string Calls(const std::string& err) {
     return calls;
 }
 
-TEST(Lifecycle, RunsInOrder) {
-    for (const char* behaviour : {"", "init-done start-done stop-done"}) {
-        const Ended ended = RunHost({"-v", "call", "Echo"}, {}, behaviour);
-        EXPECT_EQ(ended.status, 0) << ended.err;
-        EXPECT_EQ(Calls(ended.err), "init start stop uninit ");
-    }
-}
-
 struct Bad {
     const char* behaviour;
     const char* message;

@@ -6,7 +6,6 @@
 
 #include "gallery-host/Envelope.h"
 #include "gallery-host/GalleryTable.h"
-#include "gallery-host/ListTable.h"
 #include "gallery-host/Printable.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/ScopedEnv.h"
@@ -37,26 +36,6 @@ TEST(Printable, JsonKeepsItsMeaning) {
     EXPECT_EQ(host::ToText(Parsed(printable)), host::ToText(Parsed(json)));
 }
 
-TEST(ListTable, AlignsWideNames) {
-    const KXP::Document payload = Parsed(
-        "{\"directories\":[\"\u738b\u5bb6\"],\"files\":["
-        "{\"name\":\"e\u0301a.png\",\"type\":\"image\",\"subtype\":\"360Stereo\",\"source\":\"OVS_Lumis\"},"
-        "{\"name\":\"x\\u001b[2J\",\"type\":\"?\",\"subtype\":\"\",\"source\":\"Undefined\"},"
-        "{\"name\":7,\"type\":[]},5],\"other\":1}");
-    EXPECT_EQ(host::ListTable(payload, false),
-              "NAME      KIND    DETAILS       SOURCE\n"
-              "\u738b\u5bb6/     folder\n"
-              "e\u0301a.png    image   360\u00b0, stereo  LUMIS\n"
-              "x\\x1b[2J  ?                     -\n"
-              "\n\n");
-    EXPECT_EQ(host::ListSummary(payload), "1 folder, 4 files");
-}
-
-TEST(ListTable, TakesNoOtherShape) {
-    EXPECT_EQ(host::ListTable(Parsed(R"({"files":{},"directories":3})"), true), "");
-    EXPECT_EQ(host::ListSummary(Parsed("{}")), "no folders, no files");
-}
-
 TEST(GalleryTable, NewestFirstInColumnsOfAllGames) {
     const ScopedEnv zone("TZ", "UTC-2");
     tzset();
@@ -80,29 +59,6 @@ TEST(GalleryTable, NewestFirstInColumnsOfAllGames) {
     EXPECT_EQ(host::GallerySummary(gallery), "2 games, 5 captures, 2.4 MB");
     EXPECT_TRUE(Contains(host::GalleryTable(gallery, true), "\x1b[1mOdd\x1b[0m: 2"));
     EXPECT_EQ(host::GalleryTable(Parsed(R"({"games":{}})"), true), "");
-}
-
-TEST(Envelope, CompletesOnlyWhatIsMissing) {
-    KXP::Document bare = Parsed(R"({"method":"M"})");
-    host::Complete(bare);
-    EXPECT_EQ(host::Text(bare, "system"), "CobalixNative");
-    EXPECT_EQ(host::Text(bare, "uniqueid").size(), 36u);
-    EXPECT_TRUE(bare["payload"].IsObject());
-    KXP::Document wrong = Parsed(
-        R"({"system":5,"module":"X","method":"M","uniqueid":"u","source_system":"","source_module":"s",)"
-        R"("payload":[],"type":3073})");
-    const std::string before = host::ToText(wrong);
-    host::Complete(wrong);
-    EXPECT_EQ(host::ToText(wrong), before);
-    EXPECT_TRUE(host::IsPersistent(wrong));
-}
-
-TEST(Envelope, ReadsResultsOfAnyType) {
-    EXPECT_EQ(host::ResultText(Parsed(R"({"payload":{"_return_code":-2147024809,"_return_status":"no"}})")),
-              "0x80070057: no");
-    EXPECT_LT(host::ResultCode(Parsed(R"({"payload":{"_return_code":2147942487}})")), 0);
-    EXPECT_EQ(host::ResultCode(Parsed(R"({"payload":{"_return_code":"-1"}})")), 0);
-    EXPECT_EQ(host::ResultCode(Parsed(R"({"payload":[]})")), 0);
 }
 
 }  // namespace

@@ -25,15 +25,6 @@ TEST(Serve, CompletesAndAnswersLines) {
     EXPECT_TRUE(Contains(ended.err, "fake: start")) << "serve shows log lines";
 }
 
-TEST(Serve, AnswersComeWhileInputStaysOpen) {
-    ChildProcess child(WithFake({"serve"}), {});
-    child.Write("{\"method\":\"Ec");
-    ASSERT_TRUE(child.ReadErrUntil("fake: start"));
-    child.Write("ho\",\"uniqueid\":\"split\"}\n");
-    ASSERT_TRUE(child.ReadOutUntil("\"reference_uniqueid\":\"split\""));
-    EXPECT_EQ(child.Wait(), 0);
-}
-
 TEST(Serve, BadLinesAreReportedAndServingGoesOn) {
     const Ended ended =
         RunHost({"serve"},

@@ -1,10 +1,15 @@
 // The tracker's file, as a program beside the library reads it.
 #pragma once
 
+#include <filesystem>
 #include <map>
+#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "common/Json.h"
+#include "common/JSONFile.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
 
 struct TrackerRecords {
     std::map<std::string, int> ids;                           // by path
@@ -14,4 +19,40 @@ struct TrackerRecords {
 };
 
 // False when there is no whole text in it, as while it is written.
-bool ReadTracker(const std::string& path, TrackerRecords& out);
+inline bool ReadTracker(const std::string& path, TrackerRecords& out) {
+    KXP::JSONFile file;
+    file.Init(path);
+    KXP::Document document;
+    if (file.ReadAndParseJSON(document).Failed()) return false;
+    TrackerInfo info;
+    std::vector<TrackedUGC> records;
+    TrackedUGCGames games;
+    uint32_t usageKB = 0;
+    ParseTrackerInfoFromJSON(document, info);
+    if (ParseUGCFromJSON(document, records, usageKB).Failed() ||
+        ParseUGCGamesFromJSON(document, games).Failed())
+        return false;
+    out = {};
+    out.folderCRC = info.folderCRC;
+    std::set<int> ids;
+    // The ids of each game and of its groups, the game's own beneath "".
+    std::map<std::pair<std::string, std::string>, std::multiset<int>> wanted, listed;
+    for (const TrackedUGC& record : records) {
+        if (!out.ids.emplace(record.path, record.id).second) out.wrong += "twice: " + record.path + "\n";
+        if (!ids.insert(record.id).second || record.id < 1 || record.id > info.lastUGCIdUsed)
+            out.wrong += "id " + std::to_string(record.id) + " of " + record.path + "\n";
+        if (record.profileName != std::filesystem::path(record.path).parent_path().filename())
+            out.wrong += "game " + record.profileName + " of " + record.path + "\n";
+        out.games[record.profileName][record.path] = record.id;
+        wanted[{record.profileName, ""}].insert(record.id);
+        if (TrackedUGC::IsAHighlight(record) && !record.highlightGroupId.empty())
+            wanted[{record.profileName, record.highlightGroupId}].insert(record.id);
+    }
+    for (const auto& [name, game] : games) {
+        listed[{name, ""}].insert(game.recents.begin(), game.recents.end());
+        for (const auto& [group, groupIds] : game.groups)
+            listed[{name, group}].insert(groupIds.begin(), groupIds.end());
+    }
+    if (listed != wanted) out.wrong += "the games and groups are not those of the records\n";
+    return true;
+}

@@ -47,25 +47,20 @@ TEST(LogDeathTest, LevelsAboveTheOneInForceAreDropped) {
     EXPECT_EXIT(WriteEachLevelAndLeave("loud"), leaves, "level3\n$");
 }
 
-struct Stay {
-    std::atomic<bool> entered{false};
-    std::atomic<bool> replacing{false};
-    std::atomic<bool> left{false};
-};
-
-void StayAWhile(const char*, void* context) {
-    auto* stay = static_cast<Stay*>(context);
-    stay->entered = true;
-    while (!stay->replacing)
-        std::this_thread::yield();
-    for (int i = 0; i < 10000; ++i)
-        std::this_thread::yield();
-    stay->left = true;
-}
-
 TEST(Log, NoCallbackRunsOnceItIsReplaced) {
-    Stay stay;
-    LogInit(LocalApp, StayAWhile, &stay);
+    struct Stay {
+        std::atomic<bool> entered{false}, replacing{false}, left{false};
+    } stay;
+    const auto stayAWhile = [](const char*, void* context) {
+        auto* here = static_cast<Stay*>(context);
+        here->entered = true;
+        while (!here->replacing)
+            std::this_thread::yield();
+        for (int i = 0; i < 10000; ++i)
+            std::this_thread::yield();
+        here->left = true;
+    };
+    LogInit(LocalApp, stayAWhile, &stay);
     std::thread writer([] { KXP_LOG(LogFailure, "line"); });
     while (!stay.entered)
         std::this_thread::yield();

@@ -40,10 +40,6 @@ void DefineHighlight() {
     EXPECT_FALSE(HighlightsConfig("racer").WriteConfig(config).Failed());
 }
 
-KXP::JSONMessage MessageOf(const char* method, const char* payload) {
-    return {"CobalixNative", "Gallery", method, "id", payload, nullptr, nullptr};
-}
-
 }  // namespace
 
 TEST_F(HubTest, EveryNotificationHasItsNameAndPayload) {
@@ -136,10 +132,10 @@ TEST_F(HubTest, AnAddedFileIsToldAsItsNotificationHasIt) {
     DefineHighlight();
     const ScopedEnv german("LC_ALL", "de_DE.UTF-8");
     const auto announce = [&](const std::string& path, bool unannounced) {
-        const std::string payload = R"({"highlight":{"path":")" + path + R"("},"unannounced":)" +
-                                    (unannounced ? "true}" : "false}");
-        hub_.OnHighlightSaved(std::make_unique<KXP::JSONMessage>(
-            "s", "m", "HighlightSavedNotification", "id", payload.c_str(), nullptr, nullptr));
+        const std::string payload =
+            R"({"highlight":{"path":")" + path + R"("},"unannounced":)" + (unannounced ? "true}" : "false}");
+        hub_.OnHighlightSaved(std::make_unique<KXP::JSONMessage>("s", "m", "HighlightSavedNotification", "id",
+                                                                 payload.c_str(), nullptr, nullptr));
     };
     announce("/gallery/other.mp4", false);
     hub_.NotifyUGCAdded(highlight);
@@ -188,28 +184,4 @@ TEST_F(HubTest, TakesTheProgressOfAMontageAndNothingElse) {
     EXPECT_EQ(module_.TakeSent(), "");
     EXPECT_TRUE(handle("UpdateMontageProgress", R"({"progress":0.5})"));
     EXPECT_EQ(module_.TakeSent(), R"(MontageNotification {"progress":0.5}|)");
-}
-
-TEST(PendingNotifications, GiveEachFileOnceAndItsHighlightUntilThen) {
-    using Found = PendingNotifications::Found;
-    const LogCapture log;
-    PendingNotifications pending;
-    bool unannounced = false;
-    Highlight highlight;
-    EXPECT_EQ(pending.Take("a", unannounced), Found::NothingWaits);
-    EXPECT_FALSE(pending.GetHighlight("a", highlight));
-
-    pending.Put("a", false, MessageOf("CaptureSavedNotification", "{}"));
-    highlight.SetId(9);
-    EXPECT_TRUE(pending.GetHighlight("a", highlight));
-    EXPECT_EQ(highlight.GetId(), 0) << "told of none";
-    pending.Put("a", true, MessageOf("HighlightSavedNotification", R"({"highlight":{"id":4,"app":7}})"));
-    EXPECT_TRUE(pending.GetHighlight("a", highlight));
-    EXPECT_EQ(highlight.GetId(), 4);
-
-    EXPECT_EQ(pending.Take("b", unannounced), Found::OthersWait);
-    EXPECT_FALSE(unannounced);
-    EXPECT_EQ(pending.Take("a", unannounced), Found::ThisWaited);
-    EXPECT_TRUE(unannounced);
-    EXPECT_FALSE(pending.GetHighlight("a", highlight));
 }

@@ -3,11 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "plugin-modules/Gallery/src/media/ImageSize.h"
-#include "sample-captures/ExrImage.h"
-#include "sample-captures/JpegImage.h"
-#include "sample-captures/PngImage.h"
 #include "tests/support/CaptureBytes.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -140,24 +136,4 @@ TEST(ImageSize, RefusesEmptyPicturesAndDamagedHeaders) {
     };
     for (const std::string& bytes : cases)
         EXPECT_EQ(SizeOf(bytes), "") << "case " << &bytes - cases;
-}
-
-TEST(ImageSize, OfFilesByTheirBytes) {
-    const TempFolder folder;
-    const samples::Gradient colours{{1, 2, 3}, {4, 5, 6}};
-    const std::string files[] = {
-        folder.Write("png.jpg", samples::PngImage(70, 50, colours)),
-        folder.Write("jpeg.exr", samples::JpegImage(70, 50, colours, {"", "ZORVEX", "", "", "", ""})),
-        folder.Write("exr", samples::ExrImage(70, 50, colours)),
-    };
-    for (const std::string& file : files) {
-        unsigned int width = 0;
-        unsigned int height = 0;
-        EXPECT_TRUE(media::GetImageFileDimensions(file, width, height)) << file;
-        EXPECT_EQ(width, 70u);
-        EXPECT_EQ(height, 50u);
-        EXPECT_FALSE(media::GetImageFileDimensions(file + "x", width, height));
-    }
-    unsigned int side = 0;
-    EXPECT_FALSE(media::GetImageFileDimensions(folder.path(), side, side));
 }

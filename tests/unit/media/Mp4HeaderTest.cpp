@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
-#include "sample-captures/Mp4Video.h"
-#include "tests/support/CaptureBytes.h"
+#include "sample-captures/MediaBytes.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -20,20 +18,16 @@ constexpr auto kFailure = static_cast<int32_t>(0x80004005);
 constexpr auto kInvalidData = static_cast<int32_t>(0x8007000D);
 const std::string kTail(120, '\0');
 
-class CountingSource final : public media::ByteSource {
-  public:
-    explicit CountingSource(const std::string& bytes) : bytes_(bytes.begin(), bytes.end()) {}
-
+struct CountingSource final : media::ByteSource {
+    explicit CountingSource(std::vector<char> all) : bytes(std::move(all)) {}
     size_t ReadAt(uint64_t position, char* out, size_t count) override {
-        const size_t got = media::MemorySource({bytes_.data(), bytes_.size()}).ReadAt(position, out, count);
+        const size_t got = media::MemorySource({bytes.data(), bytes.size()}).ReadAt(position, out, count);
         bytesRead += got;
         return got;
     }
 
+    const std::vector<char> bytes;  // of exactly the size, so that the sanitizers see a step behind the end
     uint64_t bytesRead = 0;
-
-  private:
-    const std::vector<char> bytes_;  // of exactly the size, so that the sanitizers see a step behind the end
 };
 
 struct Outcome : media::Mp4HeaderInfo {
@@ -42,10 +36,9 @@ struct Outcome : media::Mp4HeaderInfo {
 };
 
 Outcome Read(const std::string& bytes, bool wantSize) {
-    CountingSource source(bytes);
+    CountingSource source({bytes.begin(), bytes.end()});
     Outcome outcome;
     outcome.duration = outcome.width = outcome.height = 77;
-    outcome.audioType = "before";
     outcome.code = media::ReadMp4Header(source, wantSize, outcome);
     outcome.bytesRead = source.bytesRead;
     return outcome;
@@ -62,26 +55,6 @@ std::string TrackHeader(size_t size, uint16_t width, uint16_t height) {
 }
 
 }  // namespace
-
-TEST(Mp4Header, TellsWhatASampleHolds) {
-    for (const bool behind : {false, true}) {
-        samples::Mp4Options options;
-        options.width = 1280;
-        options.moovBehind = behind;
-        const std::string video = samples::Mp4Video(options, {{9, 9, 9}, {99, 99, 99}});
-        const Outcome times = Read(video, false);
-        EXPECT_EQ(times.code, 1);
-        EXPECT_EQ(times.duration, 2.0);
-        EXPECT_EQ(times.audioType, "Single");
-        EXPECT_EQ(times.width, 0u);
-        const Outcome size = Read(video, true);
-        EXPECT_EQ(size.code, 1);
-        EXPECT_EQ(size.width, 1280u);
-        EXPECT_EQ(size.height, 360u);
-        EXPECT_EQ(size.duration, 0.0);
-        EXPECT_EQ(size.audioType, "before");
-    }
-}
 
 TEST(Mp4Header, ReadsTheMovieHeaderOfEitherVersion) {
     struct {
@@ -104,14 +77,6 @@ TEST(Mp4Header, ReadsTheMovieHeaderOfEitherVersion) {
         EXPECT_EQ(outcome.audioType, row.audioType);
     }
     EXPECT_TRUE(std::isnan(Read(MovieHeader(0, 0, 0, 2, false) + kTail, false).duration));
-}
-
-TEST(Mp4Header, TheVersionHasToAgreeWithTheSize) {
-    const LogCapture log;
-    EXPECT_EQ(Read(MovieHeader(1, 600, 900, 3, false) + kTail, false).code, kInvalidData);
-    EXPECT_TRUE(log.HasLine(2, "GetDuration, version must be zero!"));
-    EXPECT_EQ(Read(MovieHeader(0, 600, 900, 3, true), false).code, kInvalidData);
-    EXPECT_TRUE(log.HasLine(2, "GetDuration, version must be one!"));
 }
 
 TEST(Mp4Header, TheFirstTrackHeaderOfAKnownSizeTellsThePicture) {
@@ -147,6 +112,9 @@ TEST(Mp4Header, EndsWithACode) {
         double duration;
     } const cases[] = {
         {"", kFailure, 0},
+        {MovieHeader(1, 600, 900, 3, false) + kTail, kInvalidData,
+         0},  // the version has to agree with the size
+        {MovieHeader(0, 600, 900, 3, true), kInvalidData, 0},
         {movie.substr(0, 119), 1, 0},  // a box that near to the end is not looked at
         {Mp4Box("free", std::string(112, ' ')), kFailure, 0},
         {Mp4Box("free", std::string(112, ' ')) + "x", 1, 0},
@@ -183,18 +151,11 @@ TEST(Mp4Header, AFileOfBoxesIsReadOnceAndDoesNotFloodTheLog) {
 
 TEST(Mp4Header, AFileThatCannotBeOpenedLeavesThePlacesAlone) {
     const LogCapture log;
-    const TempFolder folder;
     double duration = 5;
     std::string audioType = "before";
-    unsigned int width = 6;
-    unsigned int height = 7;
-    EXPECT_EQ(media::FindMP4HeaderInfo(folder / "none.mp4", duration, audioType, false, width, height),
+    unsigned int side = 6;
+    EXPECT_EQ(media::FindMP4HeaderInfo("/nowhere/none.mp4", duration, audioType, false, side, side),
               kFailure);
     EXPECT_TRUE(log.HasLine(2, "Failed to open none.mp4"));
-    EXPECT_EQ(duration, 5);
-    const std::string tooShort = folder.Write("short.mp4", "short");
-    EXPECT_EQ(media::FindMP4HeaderInfo(tooShort, duration, audioType, false, width, height), 1);
-    EXPECT_EQ(duration, 0);
-    EXPECT_EQ(width + height, 0u);
-    EXPECT_EQ(audioType, "before");
+    EXPECT_EQ(audioType + std::to_string(duration + side), "before11.000000");
 }

@@ -66,29 +66,19 @@ TEST(Message, ReadsAnEnvelopeAndGivesDefaultsForTheRest) {
     EXPECT_STREQ(Message::CreateResponse(*message)->target_system(), "");
 }
 
-TEST(Message, AReferenceMakesAResponseAndATypePersistence) {
-    const auto message = Message::CreateMessage<JSONMessage>(
-        R"({"system":"a","module":"b","method":"c","uniqueid":"d","reference_uniqueid":""})");
-    EXPECT_TRUE(message->has_reference_uniqueid());
-    EXPECT_FALSE(Message::IsResponse(*message));
-    message->set_reference_uniqueid("r");
-    EXPECT_TRUE(Message::IsResponse(*message));
-    EXPECT_FALSE(Message::IsPersistent(*message));
-    message->set_type(3073);
-    EXPECT_TRUE(Message::IsPersistent(*message));
-}
-
 TEST(Message, AResponseGoesBackWhereTheRequestCameFrom) {
     const auto request = Message::CreateRequest("sys", "mod", "Do", "from", "page", R"({"a":1})");
     const auto response = Message::CreateResponse(*request);
     Message::SetReturnValue(*response, {static_cast<int32_t>(0x80070057), "bad", 7});
     KXP::Document document;
     ASSERT_FALSE(KXP::ParseJSON(Text(*response), document).IsError());
-    EXPECT_STREQ(document["system"].GetString(), "from");
-    EXPECT_STREQ(document["module"].GetString(), "page");
-    EXPECT_STREQ(document["source_system"].GetString(), "sys");
-    EXPECT_STREQ(document["source_module"].GetString(), "mod");
-    EXPECT_STREQ(document["method"].GetString(), "Do");
+    const std::pair<const char*, const char*> fields[] = {{"system", "from"},
+                                                          {"module", "page"},
+                                                          {"source_system", "sys"},
+                                                          {"source_module", "mod"},
+                                                          {"method", "Do"}};
+    for (const auto& [name, value] : fields)
+        EXPECT_STREQ(document[name].GetString(), value) << name;
     EXPECT_STREQ(document["reference_uniqueid"].GetString(), request->uniqueid());
     EXPECT_STRNE(document["uniqueid"].GetString(), request->uniqueid());
     EXPECT_EQ(document["type"].GetInt(), 3072);
@@ -96,16 +86,6 @@ TEST(Message, AResponseGoesBackWhereTheRequestCameFrom) {
     EXPECT_STREQ(document["payload"]["_return_status"].GetString(), "bad");
     EXPECT_EQ(document["payload"]["_return_internal"].GetInt(), 7);
     EXPECT_THROW(Message::CreateRequest("s", "m", "Do", "", "", "{"), KXP::JSONFieldError);
-}
-
-TEST(Message, ANotificationIsAPersistentResponseToItsOwnName) {
-    const auto notification = Message::CreateNotification("Saved", "sys", "mod");
-    EXPECT_STREQ(notification->reference_uniqueid(), "Saved");
-    EXPECT_TRUE(Message::IsResponse(*notification));
-    EXPECT_TRUE(Message::IsPersistent(*notification));
-    EXPECT_STREQ(notification->target_system(), "");
-    const auto copy = Message::CreateCopy(*notification);
-    EXPECT_EQ(Text(*copy), Text(*notification));
 }
 
 TEST(Message, TheGenericChannelHasTheSameShapeWithoutReturnFields) {

@@ -42,13 +42,4 @@ TEST(Highlight, KeepsOneZeroBehindItsReference) {
     }
 }
 
-TEST(Highlight, UnknownTypes) {
-    auto type = HighlightType::Screenshot;
-    EXPECT_FALSE(HighlightStringToEnum("Video", type));
-    EXPECT_EQ(type, HighlightType::Video);
-    std::string word = "old";
-    EXPECT_FALSE(HighlightEnumToString(static_cast<HighlightType>(3), word));
-    EXPECT_EQ(word, "old");
-}
-
 }  // namespace

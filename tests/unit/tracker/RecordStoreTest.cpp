@@ -70,22 +70,14 @@ class RecordStoreTest : public testing::Test {
         ASSERT_EQ(static_cast<std::ptrdiff_t>(store_.Under(prefix).size()),
                   std::count_if(model_.begin(), model_.end(),
                                 [&](auto& r) { return r.path.compare(0, prefix.size(), prefix) == 0; }));
-        CompareNewest();
-    }
-
-    void CompareNewest() {
-        std::vector<int> expected;
+        std::vector<int> expected, ids;
         for (const TrackedUGC& record : model_)
             expected.push_back(record.id);
         std::sort(expected.rbegin(), expected.rend());
-        std::vector<int> ids;
         RecordStore::IdKey end = RecordStore::NewestEnd();
-        for (;;) {
-            const auto next = store_.Newest(7, end);
-            if (next.empty()) break;
+        for (auto next = store_.Newest(7, end); !next.empty(); next = store_.Newest(7, end))
             for (const auto& record : next)
                 ids.push_back(record->id);
-        }
         ASSERT_EQ(ids, expected);
     }
 

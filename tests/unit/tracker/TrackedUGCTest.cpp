@@ -39,12 +39,10 @@ TEST(TrackedUGC, AHighlightInFlightHasNoSizeAndNoDate) {
 
 TEST(TrackedUGC, OnlyTheExactWordsMakeAHighlight) {
     TrackedUGC record;
-    for (const auto& [source, subType, expected] : {std::tuple("OVS_SDK", "Highlight", true),
-                                                    {"OVS_SDK", "highlight", false},
-                                                    {"OVS", "Highlight", false}}) {
+    for (const auto& [source, subType] : {std::pair("OVS_SDK", "highlight"), {"OVS", "Highlight"}}) {
         record.fileSource = source;
         record.fileSubType = subType;
-        EXPECT_EQ(TrackedUGC::IsAHighlight(record), expected) << source << ' ' << subType;
+        EXPECT_FALSE(TrackedUGC::IsAHighlight(record)) << source;
     }
 }
 

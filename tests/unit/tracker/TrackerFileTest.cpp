@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "common/JSONFile.h"
@@ -68,16 +70,7 @@ struct Same {
     }
 };
 
-TrackedUGC FullRecord(int seed) {
-    TrackedUGC record;
-    Fill{record, seed}(kRecordFileFields);
-    record.fileType = "video";
-    record.fileSource = "OVS_SDK";
-    record.fileSubType = "Highlight";
-    return record;
-}
-
-TEST(TrackerFile, WritesEachKindOfRecordByteForByte) {
+TEST(TrackerFile, WritesTheFieldsOfEachKindOfRecordInOrder) {
     TrackerContent content;
     content.ugc.resize(2);
     TrackedUGC& image = content.ugc[0];
@@ -99,92 +92,37 @@ TEST(TrackerFile, WritesEachKindOfRecordByteForByte) {
     content.games["App"].groups = {{"empty", {}}, {"g", {2}}};
     content.games["Bare"].groups = {{"empty", {}}};
     content.info = {2, kTrackerVersion, 4000000001};
-    EXPECT_EQ(Written(content), R"({
-	"UGC": [
-		{
-			"id": 1,
-			"path": "",
-			"type": "image",
-			"subType": "Screenshot",
-			"source": "",
-			"sizeKB": 0,
-			"date": "",
-			"profileName": "",
-			"drsName": "",
-			"shortName": "",
-			"cmsId": 4294967297,
-			"meme": {
-				"top": "\u0000)"
-                                "\xEF\xBF\xBD"
-                                R"(/",
-				"bottom": ""
-			}
-		},
-		{
-			"id": 2,
-			"path": "",
-			"type": "video",
-			"subType": "Highlight",
-			"source": "OVS_SDK",
-			"sizeKB": 4000000000,
-			"date": "",
-			"profileName": "",
-			"drsName": "",
-			"shortName": "",
-			"cmsId": 0,
-			"duration": "",
-			"msDuration": 15000,
-			"audioType": "",
-			"highlightDefinitionId": "",
-			"highlightName": "",
-			"highlightGroupId": "",
-			"highlightTags": -1,
-			"highlightSignificance": 0,
-			"highlightEventTimeStamp": "",
-			"meme": {
-				"top": "",
-				"bottom": ""
-			}
-		}
-	],
-	"apps": [
-		{
-			"appName": "App",
-			"recents": [
-				1,
-				2
-			],
-			"groups": {
-				"g": [
-					2
-				]
-			}
-		},
-		{
-			"appName": "Bare"
-		}
-	],
-	"info": {
-		"lastUGCIdUsed": 2,
-		"version": 6,
-		"folderCRC": 4000000001
-	}
-})");
+    std::string text = Written(content);
+    text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '\n' || c == '\t'; }),
+               text.end());
+    EXPECT_EQ(
+        text,
+        R"({"UGC": [{"id": 1,"path": "","type": "image","subType": "Screenshot","source": "","sizeKB": 0,)"
+        R"("date": "","profileName": "","drsName": "","shortName": "","cmsId": 4294967297,)"
+        R"("meme": {"top": "\u0000)"
+        "\xEF\xBF\xBD"
+        R"(/","bottom": ""}},{"id": 2,"path": "","type": "video","subType": "Highlight","source": "OVS_SDK",)"
+        R"("sizeKB": 4000000000,"date": "","profileName": "","drsName": "","shortName": "","cmsId": 0,)"
+        R"("duration": "","msDuration": 15000,"audioType": "","highlightDefinitionId": "",)"
+        R"("highlightName": "","highlightGroupId": "","highlightTags": -1,"highlightSignificance": 0,)"
+        R"("highlightEventTimeStamp": "","meme": {"top": "","bottom": ""}}],)"
+        R"("apps": [{"appName": "App","recents": [1,2],"groups": {"g": [2]}},{"appName": "Bare"}],)"
+        R"("info": {"lastUGCIdUsed": 2,"version": 6,"folderCRC": 4000000001}})");
     EXPECT_EQ(Written({}),
               "{\n\t\"UGC\": [],\n\t\"apps\": [],\n\t\"info\": {\n\t\t\"lastUGCIdUsed\": 0,\n"
               "\t\t\"version\": 0,\n\t\t\"folderCRC\": 0\n\t}\n}");
 }
 
 TEST(TrackerFile, EveryFieldOfManyRecordsSurvivesTheFile) {
-#ifdef NDEBUG
-    constexpr int kRecords = 100000;
-#else
-    constexpr int kRecords = 20000;
-#endif
     TrackerContent content;
-    for (int i = 0; i < kRecords; ++i)
-        content.ugc.push_back(FullRecord(i % 20000));
-    TempFolder folder;
+    for (int i = 0; i < 20000; ++i) {
+        TrackedUGC& record = content.ugc.emplace_back();
+        Fill{record, i}(kRecordFileFields);
+        record.fileType = "video";
+        record.fileSource = "OVS_SDK";
+        record.fileSubType = "Highlight";
+    }
+    const TempFolder folder;
     KXP::JSONFile file;
     file.Init(folder / "UGCTracker.json");
     KXP::HeldLog log;
@@ -194,11 +132,8 @@ TEST(TrackerFile, EveryFieldOfManyRecordsSurvivesTheFile) {
     uint32_t usageKB = 0;
     const TrackerContent again = ReadFrom(document, usageKB);
     ASSERT_EQ(again.ugc.size(), content.ugc.size());
-    for (size_t i = 0; i < again.ugc.size(); ++i) {
-        for (const RecordField& field : kRecordFileFields)
-            ASSERT_TRUE(std::visit(Same{content.ugc[i], again.ugc[i]}, field.member))
-                << i << ' ' << field.key;
-    }
+    for (size_t i = 0; i < again.ugc.size(); ++i)
+        ASSERT_TRUE((Same{content.ugc[i], again.ugc[i]}(kRecordFileFields))) << i;
 }
 
 TEST(TrackerFile, WhatIsMissingOrOfAnotherTypeGetsItsDefault) {

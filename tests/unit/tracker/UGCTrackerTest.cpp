@@ -4,9 +4,7 @@
 #include <future>
 #include <thread>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "common/JSONFile.h"
 #include "common/JsonHelpers.h"
@@ -85,11 +83,26 @@ class UGCTrackerTest : public testing::Test {
         EXPECT_EQ(media::CalculateFolderCRC(gallery_.path(), gallery_.path(), crc).code, 0);
         return crc;
     }
-    static std::string Names(const std::vector<TrackedUGC>& records) {
+    TrackedUGC RecordOf(const std::string& path) {
+        TrackedUGC record;
+        EXPECT_EQ(tracker_->GetUGCData(path, record).code, 0) << path;
+        return record;
+    }
+    static std::string Ids(const std::vector<TrackedUGC>& records) {
         std::string text;
         for (const TrackedUGC& record : records)
             text += std::to_string(record.id) + " ";
         return text;
+    }
+    std::string IdsOfGame() {
+        std::vector<TrackedUGC> list;
+        EXPECT_EQ(tracker_->GetGameUGC("Game", list).code, 0);
+        return Ids(list);
+    }
+    std::string FilteredIds(int32_t tags) {
+        std::vector<TrackedUGC> list;
+        EXPECT_EQ(tracker_->GetFilteredHighlights(list, "Game", "group", tags, 0).code, 0);
+        return Ids(list);
     }
 
     TempGallery gallery_;
@@ -113,10 +126,8 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersAndIsSilent) {
     RunDue();
     EXPECT_EQ(host_.Told(), "");
     EXPECT_EQ(host_.GetGallerySettings()->GetTrackerUpdateState(), TrackerUpdateComplete);
-    TrackedUGC image;
-    TrackedUGC video;
-    EXPECT_EQ(tracker_->GetUGCData(gallery_.Path("Game/a.png"), image).code, 0);
-    EXPECT_EQ(tracker_->GetUGCData(gallery_.Path("Game/b.mp4"), video).code, 0);
+    const TrackedUGC image = RecordOf(gallery_.Path("Game/a.png"));
+    const TrackedUGC video = RecordOf(gallery_.Path("Game/b.mp4"));
     EXPECT_EQ(image.profileName + image.fileType + image.fileSource, "GameimageOVS_Share");
     EXPECT_EQ(video.duration + video.audioType, "00:00:02Single");
     EXPECT_EQ(video.msDuration, 2000u);
@@ -162,27 +173,9 @@ TEST_F(UGCTrackerTest, AStartReadsTheFileOrRebuilds) {
         row.before();
         Open();
         RunDue();
-        TrackedUGC record;
-        ASSERT_EQ(tracker_->GetUGCData(path, record).code, 0);
-        EXPECT_EQ(record.fileSource, row.taken ? "marked" : "OVS_Share") << row.text;
+        EXPECT_EQ(RecordOf(path).fileSource, row.taken ? "marked" : "OVS_Share") << row.text;
         tracker_.reset();
     }
-}
-
-TEST_F(UGCTrackerTest, AFileWithTheRightSumOpensNoMedia) {
-    const std::string path = gallery_.AddImage("Game/a.png");
-    OpenSettled();
-    tracker_.reset();
-    // Its bytes are nobody's now, and nothing looks at them while the times say that nothing has changed.
-    struct stat status {};
-    ASSERT_EQ(stat(path.c_str(), &status), 0);
-    gallery_.Add("Game/a.png", "x");
-    const timespec times[] = {status.st_atim, status.st_mtim};
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    Open();
-    RunDue();
-    EXPECT_TRUE(tracker_->IsTrackedFile(path));
-    EXPECT_EQ(host_.Told(), "usage 0");
 }
 
 TEST_F(UGCTrackerTest, TrackingIsToldOnceWrittenAndSharesWritesAlone) {
@@ -278,28 +271,6 @@ TEST_F(UGCTrackerTest, LengthsThatAVideoMayClaim) {
     EXPECT_EQ(log_.Count("Failed to create duration string!"), 3);
 }
 
-TEST_F(UGCTrackerTest, UntracksFilesAndFolders) {
-    for (const char* name : {"One/a.png", "One/b.png", "One/c.png", "Two/d.png"})
-        gallery_.AddImage(name);
-    OpenSettled();
-    const std::string before = Records();
-    gallery_.Remove("One");
-    tracker_->UntrackFile(gallery_.Path("One"));
-    RunDue();
-    const std::string told = host_.Told();
-    for (const char* name : {"a.png", "b.png", "c.png"})
-        EXPECT_NE(told.find(name), std::string::npos);
-    EXPECT_EQ(told.substr(told.rfind(", ") + 2), "usage 0");
-    std::vector<std::string> games;
-    (void)tracker_->GetTrackedGames(games);
-    EXPECT_EQ(games, std::vector<std::string>{"Two"});
-    EXPECT_EQ(File()["UGC"].Size(), 1u);
-    EXPECT_EQ(FileCrc(), DiskCrc());
-    tracker_->UntrackFile(gallery_.Path("One"));
-    RunDue();
-    EXPECT_TRUE(log_.HasLine(1, "UntrackFile failed"));
-}
-
 TEST_F(UGCTrackerTest, IgnoredPathsAndFilesOfTheGalleryItselfAreNobodysBusiness) {
     OpenSettled();
     const std::string a = gallery_.AddImage("Game/a.png");
@@ -315,13 +286,21 @@ TEST_F(UGCTrackerTest, IgnoredPathsAndFilesOfTheGalleryItselfAreNobodysBusiness)
     EXPECT_TRUE(tracker_->IsTrackedFile(a));
 }
 
-TEST_F(UGCTrackerTest, TrackFolderTakesItsFilesAndTheGalleryStandsForAll) {
+TEST_F(UGCTrackerTest, FoldersComeAndGoWithTheirFilesAndTheGalleryStandsForAll) {
     OpenSettled();
     gallery_.AddImage("Game/a.png");
     tracker_->TrackFolder(gallery_.Path("Game"));
     RunDue();
     RunDue();
     EXPECT_EQ(host_.Told(), "usage 0, added 1 a.png");
+    gallery_.Remove("Game");
+    tracker_->UntrackFile(gallery_.Path("Game"));
+    RunDue();
+    EXPECT_EQ(host_.Told(), "deleted 1 a.png, usage 0");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+    tracker_->UntrackFile(gallery_.Path("Game"));
+    RunDue();
+    EXPECT_TRUE(log_.HasLine(1, "UntrackFile failed"));
     gallery_.AddImage("Other/b.png");
     tracker_->TrackFolder(gallery_.path());
     RunDue();
@@ -339,12 +318,11 @@ TEST_F(UGCTrackerTest, ListsDropWhatIsGoneAndTellIt) {
     gallery_.Remove("Game/4.png");
     std::vector<TrackedUGC> list;
     EXPECT_EQ(tracker_->GetRecentUGC(2, list).code, 0);
-    EXPECT_EQ(Names(list), "3 1 ");
+    EXPECT_EQ(Ids(list), "3 1 ");
     EXPECT_EQ(host_.Told(), "deleted 2 2.png, deleted 4 4.png, usage 0");
     EXPECT_EQ(Records(), "1 1.png;3 3.png;");
     gallery_.Remove("Game/3.png");
-    EXPECT_EQ(tracker_->GetGameUGC("Game", list).code, 0);
-    EXPECT_EQ(Names(list), "1 ");
+    EXPECT_EQ(IdsOfGame(), "1 ");
     EXPECT_EQ(host_.Told(), "deleted 3 3.png, usage 0");
     unsigned videos = 0;
     unsigned images = 0;
@@ -394,9 +372,8 @@ TEST_F(UGCTrackerTest, AHighlightInFlightHasItsIdAndIsCancelledWhenNothingComes)
     second.SetEndDelta(30000);
     tracker_->EnqueuePendingHighlight(first);
     tracker_->EnqueuePendingHighlight(second);
-    std::vector<TrackedUGC> list;
-    EXPECT_EQ(tracker_->GetGameUGC("Game", list).code, 0);
-    EXPECT_EQ(Names(list), "2 1 ");
+    EXPECT_EQ(IdsOfGame(), "2 1 ");
+    std::vector<TrackedUGC> list(1);
     EXPECT_EQ(tracker_->GetHighlights(list, "Other", "").code, 0) << "appends";
     list.clear();
     EXPECT_EQ(tracker_->GetHighlights(list, "Other", "").code, static_cast<int32_t>(0x80070002));
@@ -419,8 +396,7 @@ TEST_F(UGCTrackerTest, AnAnnouncedHighlightBringsItsFieldsAndOneThatComesLaterRe
     const std::string b = gallery_.AddHighlight("Game/b.mp4");
     host_.highlights[a] = highlight;
     EXPECT_EQ(Track(a), "usage 0, added 1 a.mp4");
-    TrackedUGC record;
-    EXPECT_EQ(tracker_->GetUGCData(a, record).code, 0);
+    const TrackedUGC record = RecordOf(a);
     EXPECT_EQ(record.highlightDefinitionId + record.highlightGroupId, "from filegroup");
     EXPECT_EQ(record.highlightTags, 5);
     EXPECT_FALSE(tracker_->DequeuePendingHighlight(highlight));
@@ -430,16 +406,10 @@ TEST_F(UGCTrackerTest, AnAnnouncedHighlightBringsItsFieldsAndOneThatComesLaterRe
     highlight.SetId(9);
     tracker_->UpdateHighlightInfo(highlight);
     RunDue();
-    std::vector<TrackedUGC> list;
-    EXPECT_EQ(tracker_->GetGameUGC("Game", list).code, 0);
-    EXPECT_EQ(Names(list), "9 1 ");
+    EXPECT_EQ(IdsOfGame(), "9 1 ");
     EXPECT_EQ(Records(), "1 a.mp4;9 b.mp4;");
-    list.clear();
-    EXPECT_EQ(tracker_->GetFilteredHighlights(list, "Game", "group", 4, 0).code, 0);
-    EXPECT_EQ(Names(list), "1 ");
-    list.clear();
-    EXPECT_EQ(tracker_->GetFilteredHighlights(list, "Game", "group", 2, 0).code, 0);
-    EXPECT_EQ(Names(list), "");
+    EXPECT_EQ(FilteredIds(4), "1 ");
+    EXPECT_EQ(FilteredIds(2), "");
 
     EXPECT_EQ(tracker_->DeleteTrackedHighlightGroup("group", "Game").code, 0);
     EXPECT_EQ(host_.Told(), "deleted 1 a.mp4");

@@ -33,15 +33,6 @@ TEST(WatchDecision, FlagsAndExistenceDecide) {
     }
 }
 
-TEST(WatchDecision, NamesTheLowTwentyBits) {
-    EXPECT_EQ(DescribeWatchFlags(0), "kFSEventStreamEventFlags:");
-    EXPECT_EQ(DescribeWatchFlags(0xFFFFFFFF),
-              "kFSEventStreamEventFlags: MustScanSubDirs UserDropped KernelDropped EventIdsWrapped "
-              "HistoryDone RootChanged Mount Unmount ItemCreated ItemRemoved ItemInodeMetaMod ItemRenamed "
-              "ItemModified ItemFinderInfoMod ItemChangeOwner ItemXattrMod ItemIsFile ItemIsDir "
-              "ItemIsSymlink OwnEvent");
-}
-
 // The log asks for its level once, so this holds for the whole program.
 const ScopedEnv kTraceLevel("COBALIX_LOG_LEVEL", "4");
 
