@@ -1,0 +1,11 @@
+# cmake -DREADELF=... -DLIBRARIES=... -P CheckNoCodecs.cmake: none of the libraries links a codec.
+foreach(library IN LISTS LIBRARIES)
+  execute_process(COMMAND "${READELF}" --dynamic "${library}" OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "Shared library: [^\n]*" needed "${dynamic}")
+  if(NOT needed)
+    message(FATAL_ERROR "${library} links nothing at all")
+  endif()
+  if(needed MATCHES "libav|libsw|libpng|jpeg|OpenEXR|ovnxmedia")
+    message(FATAL_ERROR "${library} links a codec: ${needed}")
+  endif()
+endforeach()
