@@ -60,3 +60,11 @@ class GalleryRequests : public testing::Test {
 
 const std::string kInvalid = std::to_string(static_cast<int32_t>(0x80070057));
 const std::string kFailure = std::to_string(static_cast<int32_t>(0x80004005));
+
+// Lets the tracker find what is in the gallery, so that the next start takes its file as it stands.
+inline void TrackGallery(const PluginLibrary& plugin) {
+    FakeContainer container;
+    EXPECT_TRUE(plugin.Up(container));
+    EXPECT_EQ(container.WaitFor(6, "Tracker update done").notification, 6);
+    EXPECT_TRUE(plugin.Down(container));
+}

@@ -83,23 +83,21 @@ TEST(Items, ARecordThatNamesAForeignFileDoesNotDeleteIt) {
     const std::string foreign = gallery.home().Write("letter.png", "text");
     const std::string link = gallery.home() / "link.png";
     fs::create_symlink(capture, link);
-    const auto run = [&](const std::string& path) {
-        FakeContainer container;
-        EXPECT_TRUE(plugin.Up(container));
-        const std::string answer =
-            plugin.Ask(container, "RemoveGalleryItem", "ask", R"({"file":")" + path + "\"}");
-        EXPECT_TRUE(plugin.Down(container));
-        return answer;
-    };
-    run(foreign);
+    TrackGallery(plugin);
     const std::string tracker = gallery.ShareFile("UGCTracker.json");
     const std::string records = gallery.home().Read(tracker);
     const size_t at = records.find(capture);
     ASSERT_NE(at, std::string::npos) << records;
     for (const std::string& path : {foreign, link}) {
         gallery.home().Write(tracker, std::string(records).replace(at, capture.size(), path));
-        EXPECT_NE(run(path).find(R"("_return_code":-2147024891,"_return_status":"Unable to delete file")"),
-                  std::string::npos);
+        FakeContainer container;
+        ASSERT_TRUE(plugin.Up(container));
+        const std::string answer =
+            plugin.Ask(container, "RemoveGalleryItem", "ask", R"({"file":")" + path + "\"}");
+        EXPECT_TRUE(plugin.Down(container));
+        EXPECT_NE(answer.find(R"("_return_code":-2147024891,"_return_status":"Unable to delete file")"),
+                  std::string::npos)
+            << answer;
         EXPECT_TRUE(gallery.home().Has(fs::path(path).filename()));
     }
 }

@@ -94,19 +94,16 @@ TEST(Records, AScreenshotOfAnEarlierVersionHasNoSubtype) {
     const PluginLibrary plugin(PRODUCT_ROOT);
     const TempGallery gallery{};
     const std::string capture = gallery.AddImage("Race/a.png");
-    std::string metadata;
-    const auto run = [&] {
-        FakeContainer container;
-        ASSERT_TRUE(plugin.Up(container));
-        metadata = plugin.Ask(container, "GetFileMetadata", "ask", R"({"file":")" + capture + "\"}");
-        ASSERT_TRUE(plugin.Down(container));
-    };
-    run();
+    TrackGallery(plugin);
     const std::string tracker = gallery.ShareFile("UGCTracker.json");
     std::string records = gallery.home().Read(tracker);
     const size_t subtype = records.find("\"Normal\"");
     ASSERT_NE(subtype, std::string::npos) << records;
     gallery.home().Write(tracker, records.replace(subtype, 8, "\"Screenshot\""));
-    run();
+    FakeContainer container;
+    ASSERT_TRUE(plugin.Up(container));
+    const std::string metadata =
+        plugin.Ask(container, "GetFileMetadata", "ask", R"({"file":")" + capture + "\"}");
+    ASSERT_TRUE(plugin.Down(container));
     EXPECT_NE(metadata.find(R"("fileType":"image","fileSource":"OVS_Share")"), std::string::npos) << metadata;
 }
