@@ -2,16 +2,14 @@
 // and decoding and scaling one keyframe. The target is 1.15 times those bare calls (VideoFrame over
 // BareCalls, of one run), with at most 30 MiB of memory more; "peak_MiB" is what the process had at most
 // above its start.
-#include <cstring>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
-#include <malloc.h>
 #include <unistd.h>
 
+#include "benchmarks/PeakMemory.h"
 #include "libraries/ovnx-media/Ffmpeg.h"
 #include "libraries/ovnx-media/VideoFrame.h"
 #include "tests/support/MadeMedia.h"
@@ -74,26 +72,9 @@ void RunVideoFrame(const std::string& path) {
     close(fd);
 }
 
-// A line of the process's status, in MiB.
-double Status(const char* name) {
-    std::ifstream file("/proc/self/status");
-    for (std::string line; std::getline(file, line);)
-        if (line.rfind(name, 0) == 0) return std::stod(line.substr(std::strlen(name))) / 1024;
-    throw std::runtime_error(name);
-}
-
-// How far the memory in use rises above what it is now.
-double PeakOf(void (*run)(const std::string&), const std::string& path) {
-    malloc_trim(0);  // of what making the video has left
-    std::ofstream("/proc/self/clear_refs") << 5;
-    const double before = Status("VmRSS:");
-    run(path);
-    return Status("VmHWM:") - before;
-}
-
 void Run(benchmark::State& state, void (*run)(const std::string&)) {
     const std::string& path = Capture();
-    const double peak = PeakOf(run, path);
+    const double peak = benchmarks::PeakOf([&] { run(path); });
     while (state.KeepRunning())
         run(path);
     state.counters["peak_MiB"] = peak;

@@ -23,7 +23,7 @@ void SetMedia(std::shared_ptr<const codelib::MediaLibrary> media) {
 
 }  // namespace
 
-int32_t InitializeTranscoder(const ovsxcodeapi::InitParams*) {
+int32_t InitializeTranscoder(ovsxcodeapi::InitParams*) {
     try {
         SetMedia(std::make_shared<const codelib::MediaLibrary>());
         return 0;
@@ -33,7 +33,7 @@ int32_t InitializeTranscoder(const ovsxcodeapi::InitParams*) {
     }
 }
 
-int32_t OvsXcodeRemux(const ovsxcodeapi::RemuxParams& params) {
+int32_t OvsXcodeRemux(ovsxcodeapi::RemuxParams& params) {
     const std::shared_ptr<const codelib::MediaLibrary> media = Media();
     if (media) return codelib::Trim(*media, params);
     KXP_LOG(KXP::LogFailure, "cannot cut without the library with the codecs");

@@ -28,6 +28,12 @@ void ClipTrack::Take(AVPacket& packet, const Sink& sink) {
     for (const int64_t time : {packet.dts, packet.pts, packet.duration})
         if (time < -kFurthest || time > kFurthest)
             throw Failure(OVNX_MEDIA_DAMAGED, "a packet without a time");
+    // Not every table tells how long a packet lasts. Those before it will do: only of the last it matters.
+    if (packet.duration <= 0 && lastTime_ != AV_NOPTS_VALUE)
+        packet.duration = std::max<int64_t>(0, packet.dts - lastTime_);
+    lastTime_ = packet.dts;
+    // What the source itself hides does not become visible by being cut.
+    if (packet.pts >= end_ && !(packet.flags & AV_PKT_FLAG_DISCARD)) goesOn_ = true;
     if (packet.dts >= end_) {
         isDone_ = true;
         held_.clear();
@@ -36,6 +42,10 @@ void ClipTrack::Take(AVPacket& packet, const Sink& sink) {
     } else if (packet.pts < end_ && !IsBefore(packet)) {
         Give(packet, sink);
     }
+}
+
+int64_t ClipTrack::ShownEnd() const {
+    return shownEnd_ > start_ && goesOn_ ? end_ : std::clamp(shownEnd_, start_, std::max(start_, end_));
 }
 
 void ClipTrack::TakeVideo(AVPacket& packet, const Sink& sink) {
@@ -58,9 +68,8 @@ void ClipTrack::TakeVideo(AVPacket& packet, const Sink& sink) {
 }
 
 void ClipTrack::Give(AVPacket& packet, const Sink& sink) {
-    // What the source itself hides does not become visible by being cut.
     if (!(packet.flags & AV_PKT_FLAG_DISCARD) && packet.pts < end_)
-        shownEnd_ = std::max(shownEnd_, std::min(end_, packet.pts + packet.duration));
+        shownEnd_ = std::max(shownEnd_, packet.pts + packet.duration);
     sink(packet);
 }
 

@@ -31,7 +31,7 @@ class ClipTrack {
     int64_t start() const { return start_; }
     int64_t end() const { return end_; }
     // Where what the clip shows of the track ends; the start when there is nothing.
-    int64_t shownEnd() const { return shownEnd_; }
+    int64_t ShownEnd() const;
 
   private:
     bool IsVideo() const { return stream_->codecpar->codec_type == AVMEDIA_TYPE_VIDEO; }
@@ -44,7 +44,9 @@ class ClipTrack {
     int64_t end_;
     bool hides_;
     bool isDone_ = false;
-    int64_t keyTime_ = AV_NOPTS_VALUE;  // when the first keyframe is shown
+    bool goesOn_ = false;                // something is shown from the end on
+    int64_t keyTime_ = AV_NOPTS_VALUE;   // when the first keyframe is shown
+    int64_t lastTime_ = AV_NOPTS_VALUE;  // when the last packet is decoded
     int64_t shownEnd_;
     std::vector<PacketOwner> held_;  // shown behind the end; needed only by what is shown before it
 };

@@ -163,7 +163,7 @@ class Remuxer {
 
     // How long the clip shows the track, in units of the movie.
     static int64_t DurationOf(const ClipTrack& track) {
-        return av_rescale_q(track.shownEnd() - track.start(), track.stream().time_base, kMovieUnit);
+        return av_rescale_q(track.ShownEnd() - track.start(), track.stream().time_base, kMovieUnit);
     }
 
     // What the clip shows at most: the last packet of a sound reaches beyond the end, by what it was filled

@@ -16,19 +16,6 @@
 namespace ovnxmedia {
 namespace {
 
-bool WriteFully(int fd, const void* bytes, size_t size, int64_t position) {
-    const auto* from = static_cast<const char*>(bytes);
-    while (size > 0) {
-        const ssize_t put = pwrite(fd, from, size, static_cast<off_t>(position));
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return false;
-        from += put;
-        position += put;
-        size -= static_cast<size_t>(put);
-    }
-    return true;
-}
-
 [[noreturn]] void ThrowUnwritable(int error) {
     throw Failure(OVNX_MEDIA_UNWRITABLE, std::strerror(error));
 }
@@ -50,6 +37,8 @@ RemuxOutput::RemuxOutput(int fd)
     AVFormatContext* format = nullptr;
     if (avformat_alloc_output_context2(&format, nullptr, "mp4", nullptr) < 0) throw std::bad_alloc();
     format_.reset(format);
+    // Packets are large, and go straight to the file.
+    io_->direct = 1;
     format->pb = io_.get();
     format->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
 }
@@ -92,12 +81,16 @@ void RemuxOutput::Begin(const AVFormatContext& source, uint64_t room) {
 }
 
 void RemuxOutput::Write(AVPacket& packet) {
-    Expect(av_write_frame(format_.get(), &packet), "writing the clip");
+    written_ = packet.buf;
+    const int result = av_write_frame(format_.get(), &packet);
+    written_ = nullptr;
+    Expect(result, "writing the clip");
 }
 
 void RemuxOutput::Finish(const std::vector<uint64_t>& durations, std::string_view userData) {
     const int result = av_write_trailer(format_.get());
     avio_flush(io_.get());
+    if (error_ == 0 && !writer_.Flush()) error_ = errno;
     Expect(result, "ending the clip");
     PutMovie(durations, userData);
 }
@@ -110,13 +103,15 @@ void RemuxOutput::PutMovie(const std::vector<uint64_t>& durations, std::string_v
     const uint64_t size = room.end - room.start;
     if (movie.size() + 8 > size) throw Failure(OVNX_MEDIA_OVER_LIMIT, "too much describes the clip");
     movie += FreeHeader(size - movie.size());
-    if (!WriteFully(fd_, movie.data(), movie.size(), static_cast<int64_t>(room.start)))
+    const auto* bytes = reinterpret_cast<const uint8_t*>(movie.data());
+    if (!writer_.Write(static_cast<int64_t>(room.start), bytes, movie.size(), nullptr))
         ThrowUnwritable(errno);
 }
 
 int RemuxOutput::WriteBytes(void* self, uint8_t* bytes, int size) noexcept {
     auto* output = static_cast<RemuxOutput*>(self);
-    if (output->error_ == 0 && !WriteFully(output->fd_, bytes, static_cast<size_t>(size), output->position_))
+    if (output->error_ == 0 &&
+        !output->writer_.Write(output->position_, bytes, static_cast<size_t>(size), output->written_))
         output->error_ = errno;
     if (output->error_ != 0) return AVERROR(output->error_);
     output->position_ += size;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "libraries/ovnx-media/Ffmpeg.h"
+#include "libraries/ovnx-media/GatheredWriter.h"
 
 namespace ovnxmedia {
 
@@ -42,6 +43,8 @@ class RemuxOutput {
     void PutMovie(const std::vector<uint64_t>& durations, std::string_view userData);
 
     const int fd_;
+    GatheredWriter writer_{fd_};
+    const AVBufferRef* written_ = nullptr;  // what keeps the bytes of the packet that is being written
     int64_t position_ = 0;
     int error_ = 0;  // of the system, by which all writing ends
     IoOwner io_;

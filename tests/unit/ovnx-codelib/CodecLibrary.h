@@ -8,12 +8,15 @@
 
 #include <dlfcn.h>
 
+#include "libraries/ovnx-codelib/include/OvsXcodeApi.h"
+
 class CodecLibrary {
   public:
     CodecLibrary() : handle_(dlopen(PRODUCT_DEPENDENCIES "/libovnxcodelib.so", RTLD_NOW | RTLD_GLOBAL)) {
         if (!handle_) throw std::runtime_error(dlerror());
-        unsigned char record[1048] = {1, 0, 0, 0, 2};
-        Entry<int32_t (*)(void*)>("InitializeTranscoder")(record);
+        alignas(8) unsigned char record[1048] = {1, 0, 0, 0, 2};
+        Entry<decltype(&InitializeTranscoder)>("InitializeTranscoder")(
+            reinterpret_cast<ovsxcodeapi::InitParams*>(record));
     }
     ~CodecLibrary() {
         Shutdown();
@@ -22,12 +25,12 @@ class CodecLibrary {
     CodecLibrary(const CodecLibrary&) = delete;
     CodecLibrary& operator=(const CodecLibrary&) = delete;
 
-    void Shutdown() const { Entry<int32_t (*)()>("ShutdownTranscoder")(); }
+    void Shutdown() const { Entry<decltype(&ShutdownTranscoder)>("ShutdownTranscoder")(); }
 
     // The parameter block and the record around it.
     struct Call {
-        unsigned char block[2112] = {};
-        unsigned char record[24] = {};
+        alignas(8) unsigned char block[2112] = {};
+        alignas(8) unsigned char record[24] = {};
     };
 
     static void Fill(Call& call, const std::string& input, const std::string& output, double start,
@@ -44,8 +47,9 @@ class CodecLibrary {
         Put(call.record, 16, reinterpret_cast<uint64_t>(&call.block));
     }
 
-    int32_t Run(const Call& call) const {
-        return Entry<int32_t (*)(const unsigned char*)>("OvsXcodeRemux")(call.record);
+    int32_t Run(Call& call) const {
+        return Entry<decltype(&OvsXcodeRemux)>("OvsXcodeRemux")(
+            reinterpret_cast<ovsxcodeapi::RemuxParams&>(call.record));
     }
 
     // Times in seconds.

@@ -60,12 +60,12 @@ enum RemuxStatus : int32_t {
 extern "C" {
 
 // Opens what the others need; 0 or RemuxNoMediaLibrary.
-__attribute__((visibility("default"))) int32_t InitializeTranscoder(const ovsxcodeapi::InitParams* params);
+__attribute__((visibility("default"))) int32_t InitializeTranscoder(ovsxcodeapi::InitParams* params);
 
 // Writes the part of the input between the two times to the output; times behind the end mean the end. The
 // output appears whole and durable, in the place of an older regular file, or not at all. 0, or a negative
 // value and a line in the log.
-__attribute__((visibility("default"))) int32_t OvsXcodeRemux(const ovsxcodeapi::RemuxParams& params);
+__attribute__((visibility("default"))) int32_t OvsXcodeRemux(ovsxcodeapi::RemuxParams& params);
 
 // Lets go of what InitializeTranscoder has opened; calls that are on their way keep it until they end.
 __attribute__((visibility("default"))) int32_t ShutdownTranscoder();
