@@ -68,7 +68,7 @@ void BarePng(FILE* file) {
     png_init_io(png, file);
     png_read_info(png, info);
     std::vector<uint8_t> row(png_get_rowbytes(png, info));
-    std::vector<uint32_t> sums(kWidth / kBox * 3);
+    std::vector<uint32_t> sums(size_t{kWidth / kBox} * 3);
     std::vector<uint8_t> result;
     for (uint32_t y = 0; y < kHeight; ++y) {
         png_read_row(png, row.data(), nullptr);

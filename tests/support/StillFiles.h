@@ -70,6 +70,7 @@ inline std::string Png(uint32_t width, uint32_t height, PngKind kind, const PngP
         }
     }
     std::vector<png_bytep> pointers;
+    pointers.reserve(rows.size());
     for (std::vector<uint8_t>& row : rows)
         pointers.push_back(row.data());
     png_write_image(png, pointers.data());

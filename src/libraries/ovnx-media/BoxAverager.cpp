@@ -14,7 +14,7 @@ Picture BlankPicture(Size size, unsigned channels) {
 }
 
 uint8_t Rounded(double mean) {
-    return static_cast<uint8_t>(mean + 0.5);
+    return static_cast<uint8_t>(static_cast<uint32_t>(2 * mean + 1) / 2);
 }
 
 // Without alpha all channels weigh the same; with it the colours were multiplied by it.

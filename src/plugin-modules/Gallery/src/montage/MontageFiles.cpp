@@ -1,18 +1,16 @@
 #include "plugin-modules/Gallery/src/montage/MontageFiles.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <tuple>
 #include <utility>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "CobalixUtil.h"
 #include "common/Config.h"
-#include "common/FileDescriptor.h"
 #include "common/FileUtil.h"
 #include "common/JsonHelpers.h"
+#include "common/NewFile.h"
 #include "common/TextUtil.h"
 
 const char* const RECIPE_PATH = "Montage/v1/";
@@ -62,12 +60,9 @@ bool WriteStorageFile(const std::string& path, const KXP::Value& params, const s
     KXP::JsonWriter writer(text);
     document.Accept(writer);
 
-    const std::string neighbour = path + "." + KXP::GenerateGUID();
-    KXP::FileDescriptor file = KXP::OpenForWrite(neighbour, 0600);
-    const bool written = file.IsOpen() && KXP::WriteFullyAt(file, text.GetString(), text.GetSize(), 0) &&
-                         file.Close() && std::rename(neighbour.c_str(), path.c_str()) == 0;
-    if (!written) (void)unlink(neighbour.c_str());
-    return written;
+    KXP::NewFile file(path);
+    return file.IsOpen() && KXP::WriteFullyAt(file.descriptor(), text.GetString(), text.GetSize(), 0) &&
+           file.PutOver();
 }
 
 std::vector<std::string> ExecutablePlaces(const std::string& folder) {
