@@ -46,6 +46,16 @@ class Corpus {
     int count_ = 0;
 };
 
+void MakeCloudManifest(Corpus corpus) {
+    const std::string digest = R"("sha256":")" + std::string(64, 'a') + "\"";
+    corpus.Add(R"({"MontageConfig.json":[{"path":"MontageConfig.json","size":1,)" + digest +
+               R"(}],"media":[],"release":[{"path":"a/b.js","size":4294967296,)" + digest +
+               R"(,"more":[{"path":["x"]},-1.5e-3,null,true]}]})");
+    corpus.Add(R"({"media":[{"path":"a/../../b","size":-1,)" + digest + "}]}");
+    corpus.Add(R"({"media":[{"path":"\u002e\u002e/\u0000\ud83d\ude00","size":1,)" + digest + "}]}");
+    corpus.Add("{}");
+}
+
 void MakePng(Corpus corpus) {
     using captures::Png;
     using captures::PngText;
@@ -216,6 +226,7 @@ int main(int argc, char** argv) {
     }
     try {
         const std::filesystem::path root = argv[1];
+        MakeCloudManifest({root, "cloudmanifest"});
         MakePng({root, "png"});
         MakeJpeg({root, "jpeg"});
         MakeMp4({root, "mp4"});

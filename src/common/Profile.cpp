@@ -1,11 +1,6 @@
 #include "common/Profile.h"
 
-#include <climits>
-#include <cstdlib>
-#include <stdexcept>
 #include <vector>
-
-#include <dlfcn.h>
 
 #include "common/DirUtil.h"
 #include "common/Exception.h"
@@ -16,22 +11,12 @@ namespace KXP {
 namespace {
 
 constexpr const char* kVendorFolder = "/ZORVEX/";
-constexpr const char* kProductFolder = "/ZORVEX/OvirastreamX";
 constexpr const char* kProductConfig = "config.json";
 constexpr const char* kConfigsFolder = "/Contents/Resources/data/configs/";
 
 [[noreturn]] void ThrowInvalidProfile(Profile profile) {
     const std::string text = "Invalid profile type " + std::to_string(static_cast<int>(profile));
     throw Exception(Code::kInvalidArgument, text.c_str(), 0);
-}
-
-// The name under which the loader knows this library; empty when it does not. The address asked for is a
-// static one, which no other library that links this code can take the place of.
-std::string LoadedName() {
-    static const char anchor = 0;
-    Dl_info info{};
-    if (dladdr(&anchor, &info) == 0 || !info.dli_fname) return "";
-    return info.dli_fname;
 }
 
 [[noreturn]] void ThrowNoProductRoot(const std::vector<std::string>& tried) {
@@ -97,23 +82,8 @@ std::string GetExeName() {
     return path.substr(path.rfind('/') + 1);
 }
 
-std::string GetLibraryFilePath() {
-    const std::string name = LoadedName();
-    if (name.empty()) throw std::runtime_error("dladdr failed");
-    char resolved[PATH_MAX];
-    // A library that was replaced while it runs has no real path any more; its old one still tells the
-    // folder.
-    return realpath(name.c_str(), resolved) ? resolved : name;
-}
-
-std::string GetLibraryPath() {
-    const std::string path = GetLibraryFilePath();
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "" : path.substr(0, slash);
-}
-
 std::string GetLibraryName() {
-    return LibraryNameOfPath(LoadedName());
+    return LibraryNameOfPath(LoadedLibraryName());
 }
 
 std::string GetLibraryNameNoPrefix() {

@@ -1,11 +1,13 @@
 // Where the product lives on disk: the user's folders, the product's data folders, and the root of the
 // installed product with its configuration files. Paths are UTF-8 without a "/" at the end. Every call may be
-// made from any thread. KXP::Profile, which selects a family of data folders, comes with the log.
+// made from any thread. KXP::Profile, which selects a family of data folders, comes with the log, the path of
+// this library and the other folders of the platform with Places.h.
 #pragma once
 
 #include <string>
 
 #include "CobalixUtil.h"
+#include "libraries/cobalix-util/Places.h"
 
 namespace KXP {
 
@@ -32,11 +34,6 @@ std::string GetAppDataDirectory(Profile profile);
 std::string GetExePath();
 std::string GetExeName();
 
-// The whole real path of the shared library (or program) that this code is linked into; throws
-// std::runtime_error when it cannot be told. GetLibraryPath is its folder.
-std::string GetLibraryFilePath();
-std::string GetLibraryPath();
-
 // The library's file name up to the last ".", for example "libGallery", and the same without a leading "lib".
 // Empty when it cannot be told.
 std::string GetLibraryName();
@@ -58,12 +55,9 @@ std::string GetProductConfigFilePath();
 std::string GetPluginConfigFile();
 std::string GetAppConfigFilePath();
 
-// What the platform provides; the folders need not exist.
 namespace Platform {
-std::string AppSupportFolder();
-std::string HomeFolder();
+// The user's videos; the folder need not exist.
 std::string MoviesFolder();
-std::string LibraryFolder();
 }  // namespace Platform
 
 }  // namespace KXP

@@ -12,13 +12,6 @@ namespace {
 
 constexpr uint32_t kExePathSize = 1024;
 
-std::string UserFolder(NSSearchPathDirectory directory) {
-    @autoreleasepool {
-        NSString* folder = NSSearchPathForDirectoriesInDomains(directory, NSUserDomainMask, YES).firstObject;
-        return folder ? folder.UTF8String : "";
-    }
-}
-
 }  // namespace
 
 std::string GetExePath() {
@@ -32,22 +25,12 @@ std::string GetExePath() {
 
 namespace Platform {
 
-std::string AppSupportFolder() {
-    return UserFolder(NSApplicationSupportDirectory);
-}
-
-std::string HomeFolder() {
-    @autoreleasepool {
-        return NSHomeDirectory().UTF8String;
-    }
-}
-
 std::string MoviesFolder() {
-    return UserFolder(NSMoviesDirectory);
-}
-
-std::string LibraryFolder() {
-    return UserFolder(NSLibraryDirectory);
+    @autoreleasepool {
+        NSString* folder =
+            NSSearchPathForDirectoriesInDomains(NSMoviesDirectory, NSUserDomainMask, YES).firstObject;
+        return folder ? folder.UTF8String : "";
+    }
 }
 
 }  // namespace Platform

@@ -1,41 +1,17 @@
-// The user's folders by freedesktop.org's base directory rules and by the file of its xdg-user-dirs tool.
-#include <array>
+// The running program, and the user's videos by the file of freedesktop.org's xdg-user-dirs tool.
 #include <climits>
 #include <stdexcept>
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include "common/FileDescriptor.h"
 #include "common/Profile.h"
-#include "common/System.h"
 #include "common/TextUtil.h"
 
 namespace KXP {
 namespace {
 
 constexpr size_t kMaxUserDirsBytes = 1 << 20;
-
-std::string WithoutEndingSlash(std::string folder) {
-    while (folder.size() > 1 && folder.back() == '/')
-        folder.pop_back();
-    return folder;
-}
-
-// By the base directory rules a relative path counts as unset.
-std::string FolderFromEnvironment(const char* name, const std::string& fallback) {
-    const std::string folder = GetEnv(name).value_or("");
-    return folder.empty() || folder.front() != '/' ? fallback : WithoutEndingSlash(folder);
-}
-
-std::string HomeOfPasswordEntry() {
-    std::array<char, 16384> buffer{};
-    passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found || !found->pw_dir)
-        return "/";
-    return found->pw_dir;
-}
 
 // The value of a line `XDG_VIDEOS_DIR="..."`, which the tool writes as a shell would read it: quoted, from
 // the root or from $HOME, with backslashes before special characters. Empty for any other line.
@@ -74,15 +50,6 @@ std::string GetExePath() {
 
 namespace Platform {
 
-std::string AppSupportFolder() {
-    return FolderFromEnvironment("XDG_DATA_HOME", HomeFolder() + "/.local/share");
-}
-
-std::string HomeFolder() {
-    const std::string home = GetEnv("HOME").value_or("");
-    return WithoutEndingSlash(home.empty() ? HomeOfPasswordEntry() : home);
-}
-
 std::string MoviesFolder() {
     const std::string home = HomeFolder();
     std::string movies = home + "/Videos";
@@ -95,10 +62,6 @@ std::string MoviesFolder() {
         if (!folder.empty()) movies = folder;
     }
     return movies;
-}
-
-std::string LibraryFolder() {
-    return FolderFromEnvironment("XDG_CONFIG_HOME", HomeFolder() + "/.config");
 }
 
 }  // namespace Platform

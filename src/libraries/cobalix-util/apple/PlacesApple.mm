@@ -1,0 +1,31 @@
+#import <Foundation/Foundation.h>
+
+#include "libraries/cobalix-util/Places.h"
+
+namespace KXP::Platform {
+namespace {
+
+std::string UserFolder(NSSearchPathDirectory directory) {
+    @autoreleasepool {
+        NSString* folder = NSSearchPathForDirectoriesInDomains(directory, NSUserDomainMask, YES).firstObject;
+        return folder ? folder.UTF8String : "";
+    }
+}
+
+}  // namespace
+
+std::string AppSupportFolder() {
+    return UserFolder(NSApplicationSupportDirectory);
+}
+
+std::string HomeFolder() {
+    @autoreleasepool {
+        return NSHomeDirectory().UTF8String;
+    }
+}
+
+std::string LibraryFolder() {
+    return UserFolder(NSLibraryDirectory);
+}
+
+}  // namespace KXP::Platform

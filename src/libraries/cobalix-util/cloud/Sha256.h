@@ -1,0 +1,26 @@
+// The SHA-256 digest of bytes that come piece by piece.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+struct evp_md_ctx_st;
+
+namespace KXP::Cloud {
+
+class Sha256 {
+  public:
+    Sha256();  // throws Error when the digest cannot be had
+    void Add(const char* bytes, size_t size);
+    // Lower-case hexadecimal. Nothing can be added behind it.
+    std::string Finish();
+
+  private:
+    struct Free {
+        void operator()(evp_md_ctx_st* context) const;
+    };
+    std::unique_ptr<evp_md_ctx_st, Free> context_;
+};
+
+}  // namespace KXP::Cloud
