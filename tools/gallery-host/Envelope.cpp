@@ -84,6 +84,11 @@ void AddText(KXP::Document& object, const char* key, const std::string& text) {
     object.AddMember(rapidjson::StringRef(key), KXP::Value(text, allocator), allocator);
 }
 
+void SetText(KXP::Document& object, const char* key, const std::string& text) {
+    object.RemoveMember(key);
+    AddText(object, key, text);
+}
+
 const KXP::Value* Find(const KXP::Value& object, const char* key) {
     if (!object.IsObject()) return nullptr;
     const auto member = object.FindMember(key);

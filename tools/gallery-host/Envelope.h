@@ -40,6 +40,8 @@ KXP::Document MakeRequest(const std::string& method, const KXP::Value& payload, 
 // An object of texts, as most payloads are.
 KXP::Document MakeTexts(std::initializer_list<std::pair<const char*, std::string>> members);
 void AddText(KXP::Document& object, const char* key, const std::string& text);
+// The same where the member may be there already.
+void SetText(KXP::Document& object, const char* key, const std::string& text);
 
 // The member, or null; null also in what is no object.
 const KXP::Value* Find(const KXP::Value& object, const char* key);

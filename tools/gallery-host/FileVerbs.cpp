@@ -1,10 +1,10 @@
 #include "gallery-host/FileVerbs.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <set>
 #include <system_error>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -13,6 +13,7 @@
 #include "gallery-host/GalleryList.h"
 #include "gallery-host/Paths.h"
 #include "gallery-host/Printable.h"
+#include "gallery-host/Verbs.h"
 #include "gallery-host/Words.h"
 
 namespace host {
@@ -34,13 +35,6 @@ constexpr Verb kLookUp{"GetFileMetadata", "looking up", "would be removed"};
 // A move on one volume takes no time, but the second in which the gallery finds the file there.
 constexpr size_t kMovesAtOnce = 16;
 
-// Beside what any request may take: the bytes on a slow disk, 10 MB a second, that it shares with others.
-std::chrono::milliseconds TimeToCopy(const std::string& path) {
-    std::error_code error;
-    const std::uintmax_t bytes = fs::file_size(path, error);
-    return error ? std::chrono::milliseconds(0) : std::chrono::milliseconds(bytes * kAtOnce / 10'000);
-}
-
 bool StaysOnItsVolume(const FileJob& job) {
     struct stat source {};
     struct stat target {};
@@ -58,7 +52,7 @@ BatchRequest MakeFileRequest(const Verb& verb, const FileJob& job) {
         request.payload = MakeTexts({{"file", job.path}});
     } else {
         request.payload = MakeTexts({{"source", job.path}, {"destination", job.destination}});
-        request.extra = TimeToCopy(job.path);
+        request.extra = TimeToCopy(job.path) * kAtOnce;
     }
     return request;
 }
@@ -118,9 +112,7 @@ class Report {
     void WriteLine(const FileJob& job, const std::string& error) {
         KXP::Document line = MakeTexts({{"file", job.path}});
         if (!job.destination.empty()) AddText(line, "destination", job.destination);
-        line.AddMember("ok", error.empty(), line.GetAllocator());
-        if (!error.empty()) AddText(line, "error", error);
-        output_.Write(PrintableJson(ToText(line)) + "\n");
+        WriteOutcome(output_, std::move(line), error);
     }
 
     Output& output_;

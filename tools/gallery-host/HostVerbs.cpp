@@ -30,6 +30,8 @@ Each message of the plug-in, response or notification, is a line of standard out
 The plug-in's log goes to standard error. Notifications come without asking; an envelope of type 3073 with a
 notification's name as its method gets them under its own uniqueid. The end of standard input ends it, once all
 answers are there.
+Programs that the plug-in starts send such lines, of 64 KiB at most, as datagrams to the socket that the environment
+variable GALLERY_HOST_MESSAGES names; nothing comes back.
 )";
 
 constexpr const char* kWatchFooter =
@@ -91,7 +93,11 @@ void AddServe(CLI::App& app, Prepare& chosen) {
     serve->footer(kServeFooter);
     Choose(*serve, chosen, [](const Preparation& preparation) -> Job {
         preparation.session.showLog = true;
-        return [](Session& session, Output& output) { Server(session, output).Run(); };
+        const auto messages = std::make_shared<MessageSocket>();
+        return [messages](Session& session, Output& output) {
+            session.Relay(*messages);
+            Server(session, output).Run();
+        };
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -52,6 +53,12 @@ std::string FolderPath(const std::string& path) {
 bool IsFolder(const std::string& path) {
     std::error_code error;
     return fs::is_directory(path, error);
+}
+
+std::chrono::milliseconds TimeToCopy(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t bytes = fs::file_size(path, error);
+    return std::chrono::milliseconds(error ? 0 : bytes / 10'000);
 }
 
 std::string WhyNot(const std::string& path, const std::string& otherwise) {

@@ -97,9 +97,17 @@ std::optional<std::string> PluginLoader::Send(const std::string& json) {
         .thrown;
 }
 
+void PluginLoader::Watch(int descriptor, std::function<void()> onReadable) {
+    watched_ = descriptor;
+    onReadable_ = std::move(onReadable);
+}
+
 PluginLoader::Wake PluginLoader::Pump(Deadline deadline, int descriptor) {
-    pollfd fds[] = {{interrupt_.fd(), POLLIN, 0}, {events_.fd(), POLLIN, 0}, {descriptor, POLLIN, 0}};
-    const int ready = poll(fds, 3, MillisecondsUntil(deadline));
+    pollfd fds[] = {{interrupt_.fd(), POLLIN, 0},
+                    {events_.fd(), POLLIN, 0},
+                    {descriptor, POLLIN, 0},
+                    {IsIdle() ? watched_ : -1, POLLIN, 0}};
+    const int ready = poll(fds, 4, MillisecondsUntil(deadline));
     if (ready < 0 && errno != EINTR)
         throw Failure(kExitFailed, std::string("cannot wait: ") + std::strerror(errno));
     HeedInterrupt();
@@ -107,6 +115,7 @@ PluginLoader::Wake PluginLoader::Pump(Deadline deadline, int descriptor) {
         Dispatch(*event);
         HeedInterrupt();  // there may be many events, and large ones
     }
+    if (ready > 0 && fds[3].revents && IsIdle()) onReadable_();
     if (ready > 0 && fds[2].revents) return Wake::kDescriptor;
     return std::chrono::steady_clock::now() >= deadline ? Wake::kDeadline : Wake::kEvents;
 }
@@ -158,6 +167,8 @@ void PluginLoader::StopInOrder() {
 
 PluginLoader::Returned PluginLoader::Call(std::function<int()> call, const std::string& name,
                                           ExitStatus late) {
+    // An interrupt may have left one.
+    Await([this] { return !busy_; }, name, late);
     busy_ = true;
     entry_.Post(std::move(call));
     Await([this] { return !busy_; }, name, late);

@@ -41,6 +41,10 @@ class PluginLoader {
     // deadline; may come back early with kEvents. Throws Failure(kExitInterrupted).
     Wake Pump(Deadline deadline, int descriptor = -1);
 
+    // From now on Pump calls `onReadable` while there is something to read, but only when nothing else is
+    // asked of the plug-in, so that it may call Send.
+    void Watch(int descriptor, std::function<void()> onReadable);
+
     // Stops, uninitializes and closes, as far as things have got, and says what goes wrong. When the plug-in
     // does not come to an end in time, or at the second interrupt, it is abandoned: its threads still run,
     // this object must not be destroyed, and the process has to leave without cleaning up.
@@ -61,6 +65,7 @@ class PluginLoader {
                                           const std::string& name, ExitStatus late);
     void StopInOrder();
     void HeedInterrupt();
+    bool IsIdle() const { return stage_ == Stage::kStarted && running_.empty() && !busy_; }
     std::string Reason(const std::string& failure) const;
     void Await(const std::function<bool()>& done, const std::string& what, ExitStatus late);
     void Dispatch(const Event& event);
@@ -68,6 +73,8 @@ class PluginLoader {
     Interrupt& interrupt_;
     const std::chrono::milliseconds timeout_;
     const Listener listener_;
+    int watched_ = -1;
+    std::function<void()> onReadable_;
 
     Stage stage_ = Stage::kEmpty;
     void* library_ = nullptr;

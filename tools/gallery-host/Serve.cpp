@@ -6,15 +6,6 @@
 #include "gallery-host/Input.h"
 
 namespace host {
-namespace {
-
-void SetText(KXP::Document& envelope, const char* key, const std::string& text) {
-    KXP::Allocator& allocator = envelope.GetAllocator();
-    envelope.RemoveMember(key);
-    envelope.AddMember(rapidjson::StringRef(key), KXP::Value(text, allocator), allocator);
-}
-
-}  // namespace
 
 Server::Server(Session& session, Output& output)
     : session_(session),

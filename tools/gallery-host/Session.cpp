@@ -17,19 +17,21 @@ void Session::Start() {
     loader_.Start();
 }
 
-KXP::Document Session::Ask(const std::string& method, const KXP::Value& payload) {
+KXP::Document Session::Ask(const std::string& method, const KXP::Value& payload,
+                           std::chrono::milliseconds extra) {
     const KXP::Document request = MakeRequest(method, payload);
     const std::string id = Text(request, "uniqueid");
     std::optional<KXP::Document> answer;
     const Listening listening = Listen([&answer, &id](KXP::Document& message, auto) {
         if (!IsPersistent(message) && Text(message, "reference_uniqueid") == id) answer = std::move(message);
     });
-    const Deadline deadline = std::chrono::steady_clock::now() + options_.timeout;
+    const std::chrono::milliseconds patience = options_.timeout + extra;
+    const Deadline deadline = std::chrono::steady_clock::now() + patience;
     const std::optional<std::string> refusal = Send(request);
     if (refusal) throw Failure(kExitFailed, "the plug-in refused the request: " + *refusal);
     while (!answer)
         if (Pump(deadline) == PluginLoader::Wake::kDeadline)
-            throw Failure(kExitNoAnswer, "no answer to " + method + " within " + Seconds(options_.timeout));
+            throw Failure(kExitNoAnswer, "no answer to " + method + " within " + Seconds(patience));
     return std::move(*answer);
 }
 
@@ -37,6 +39,34 @@ std::optional<std::string> Session::Send(const KXP::Document& envelope) {
     const std::string text = ToText(envelope);
     if (options_.trace) TraceOut(text);
     return loader_.Send(text);
+}
+
+void Session::Relay(MessageSocket& messages) {
+    loader_.Watch(messages.fd(), [this, &messages] {
+        if (const std::optional<std::string> text = messages.Take()) RelayOne(*text);
+    });
+}
+
+void Session::RelayOne(const std::string& text) {
+    KXP::Document envelope;
+    std::string error;
+    if (!ParseObject(text, envelope, error)) {
+        Say("a child process sent a message that is " + error);
+        return;
+    }
+    if (IsPersistent(envelope) && !IsResponse(envelope)) {
+        Say("a child process sent a subscription, which nothing would come of");
+        return;
+    }
+    // Its own might be the one of somebody who waits for an answer.
+    const std::string id = NewUniqueId();
+    SetText(envelope, "uniqueid", id);
+    Complete(envelope);
+    if (!IsResponse(envelope)) relayed_.insert(id);
+    if (const std::optional<std::string> refusal = Send(envelope)) {
+        relayed_.erase(id);
+        Say("the plug-in refused a message of a child process: " + *refusal);
+    }
 }
 
 void Session::OnEvent(const Event& event) {
@@ -61,6 +91,7 @@ void Session::OnMessage(const Event& event) {
         Say("the plug-in sent a message that is " + error);
         return;
     }
+    if (relayed_.erase(Text(message, "reference_uniqueid")) > 0) return;
     if (listener_) listener_(message, event.when);
 }
 

@@ -5,9 +5,11 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "common/Json.h"
+#include "gallery-host/MessageSocket.h"
 #include "gallery-host/PluginLoader.h"
 
 namespace host {
@@ -33,9 +35,15 @@ class Session {
     bool abandoned() const { return loader_.abandoned(); }
     const SessionOptions& options() const { return options_; }
 
-    // Sends a request and waits for its answer, a response of whatever result. Throws Failure(kExitNoAnswer)
-    // when it does not come in time, and Failure(kExitFailed) when the plug-in refuses the envelope.
-    KXP::Document Ask(const std::string& method, const KXP::Value& payload);
+    // Sends a request and waits for its answer, a response of whatever result, `extra` longer than any may
+    // take. Throws Failure(kExitNoAnswer) when it does not come in time, and Failure(kExitFailed) when the
+    // plug-in refuses the envelope.
+    KXP::Document Ask(const std::string& method, const KXP::Value& payload,
+                      std::chrono::milliseconds extra = {});
+
+    // From now on the plug-in gets what its child processes send, and their answers are dropped. During calls
+    // of this class, which `messages` has to outlive.
+    void Relay(MessageSocket& messages);
 
     // For callers that do their own matching. Send gives the plug-in's words when it refuses the envelope;
     // the listener gets every message, during calls of this class, for as long as the result of Listen lives:
@@ -56,8 +64,10 @@ class Session {
   private:
     void OnEvent(const Event& event);
     void OnMessage(const Event& event);
+    void RelayOne(const std::string& text);
 
     const SessionOptions options_;
+    std::set<std::string> relayed_;  // what the answers to drop refer to
     MessageListener listener_;
     PluginLoader loader_;
 };

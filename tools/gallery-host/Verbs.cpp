@@ -45,6 +45,12 @@ void WriteJson(Output& output, const KXP::Value& value) {
     output.Write(PrintableJson(ToPrettyText(value)) + "\n");
 }
 
+void WriteOutcome(Output& output, KXP::Document line, const std::string& error) {
+    line.AddMember("ok", error.empty(), line.GetAllocator());
+    if (!error.empty()) AddText(line, "error", error);
+    output.Write(PrintableJson(ToText(line)) + "\n");
+}
+
 KXP::Document AskForSuccess(Session& session, const std::string& method, const KXP::Value& payload) {
     KXP::Document answer = session.Ask(method, payload);
     ThrowIfFailed(answer);

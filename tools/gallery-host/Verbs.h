@@ -33,6 +33,8 @@ void RunList(Session& session, Output& output, const ListOptions& options);
 
 // Prints it for programs.
 void WriteJson(Output& output, const KXP::Value& value);
+// Prints what became of one thing, on a line: `line` with "ok", and with a reason if `error` is one.
+void WriteOutcome(Output& output, KXP::Document line, const std::string& error);
 
 // The response to a request; throws as these do.
 KXP::Document AskForSuccess(Session& session, const std::string& method, const KXP::Value& payload);

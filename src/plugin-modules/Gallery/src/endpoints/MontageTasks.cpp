@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "CobalixUtil.h"
@@ -89,13 +90,15 @@ KXP::RetVal CreateMontage::ExecuteAsync(const KXP::Value& params) {
     return {KXP::Code::kFailure, text, value};
 }
 
+CreateMontageFromRecipe::CreateMontageFromRecipe(KXP::PluginModuleBase& module,
+                                                 std::unique_ptr<KXP::JSONMessage> request)
+    : GalleryTaskBase(module, std::move(request)), transcoder_(api().GetTranscoder()), run_(*transcoder_) {}
+
 KXP::RetVal CreateMontageFromRecipe::ExecuteAsync(const KXP::Value& params) {
     return CefMontage(params);
 }
 
 KXP::RetVal CreateMontageFromRecipe::CefMontage(const KXP::Value& params) {
-    const std::shared_ptr<Transcoder> transcoder = api().GetTranscoder();
-    Transcoder::MontageRun run(*transcoder);
     if (!api().RecipeCloudSync())
         return {KXP::Code::kFailure, "Cloud sync fetch montage recipe failed", KXP::Code::kFailure};
     KXP::CreateDirectoryPath(
@@ -112,13 +115,13 @@ KXP::RetVal CreateMontageFromRecipe::CefMontage(const KXP::Value& params) {
     const montage::OutputPlace place(output);
     const std::string argument = kMediaReference + script;
     KXP_LOG(KXP::LogMilestone, "Running montage process: %s %s", executable.c_str(), argument.c_str());
-    const int32_t value = transcoder->CreateCefMontageProcess(run, executable, {argument});
+    const int32_t value = transcoder_->CreateCefMontageProcess(run_, executable, {argument});
     if (value != KXP::Code::kOk)
         return {KXP::Code::kFailure,
                 std::string("Failed to create montage") +
                     (value == kAlreadyInProgress ? kInProgressText : kUnspecifiedText),
                 value};
-    if (transcoder->WasMontageCanceled(run)) {
+    if (transcoder_->WasMontageCanceled(run_)) {
         KXP_LOG(KXP::LogDetail, "Transcode canceled, deleting output: %s", output.c_str());
         place.DeleteIfMade();
     } else {

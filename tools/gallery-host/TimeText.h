@@ -1,0 +1,13 @@
+// Times within a video, as people write them.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace host {
+
+// Milliseconds of "90", "1.5", "1:30" or "1:02:03.5": seconds, with minutes and hours ahead of them, which
+// keep what follows below 60. Nothing for any other text.
+std::optional<double> ReadMilliseconds(const std::string& text);
+
+}  // namespace host
