@@ -1,6 +1,7 @@
 // The remux library as its callers have it: opened at run time, with records written byte by byte.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
@@ -36,8 +37,8 @@ class CodecLibrary {
     static void Fill(Call& call, const std::string& input, const std::string& output, double start,
                      double end, bool atKeyframe) {
         Put(call.block, 0, uint32_t{1});
-        Put(call.block, 8, static_cast<uint64_t>(start * 10000000 + 0.5));
-        Put(call.block, 16, static_cast<uint64_t>(end * 10000000 + 0.5));
+        Put(call.block, 8, static_cast<uint64_t>(std::llround(start * 10000000)));
+        Put(call.block, 16, static_cast<uint64_t>(std::llround(end * 10000000)));
         PutText(call.block + 24, input);
         PutText(call.block + 1064, output);
         Put(call.block, 2104, uint32_t{atKeyframe});
