@@ -58,6 +58,7 @@ TEST(CloudSyncManifest, RefusesWhatHasAnotherForm) {
         std::string error;
     } cases[] = {
         {"", "no JSON"},
+        {"{\"\xE0", "no JSON"},
         {"[]", type},
         {"1", type},
         {"{\"m\":{}}", type},

@@ -29,6 +29,7 @@ constexpr size_t kMaxNameBytes = 255;
 constexpr size_t kDigestDigits = 64;
 // Of what an entry holds beside its own fields; the parser calls itself for each level.
 constexpr int kMaxDepth = 32;
+constexpr size_t kParserSlack = 16;
 
 bool IsPlainName(std::string_view name) {
     return !name.empty() && name.size() <= kMaxNameBytes && name != "." && name != "..";
@@ -160,7 +161,8 @@ std::vector<ManifestFile> ParseManifest(const std::string& text) {
     if (text.size() > kMaxManifestBytes) throw Error("the manifest is too large");
     // The parser would take it for the end of the text.
     if (text.find('\0') != text.npos) throw Error("the manifest is no text");
-    std::string copy = text;
+    // Of a character that the text breaks off in, the parser takes all bytes before it complains.
+    std::string copy = text + std::string(kParserSlack, '\0');
     json::InsituStringStream stream(copy.data());
     json::Reader reader;
     ManifestReader events;

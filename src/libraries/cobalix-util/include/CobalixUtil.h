@@ -48,8 +48,8 @@ void LogMessage(LogLevel level, const char* file, int line, const char* format, 
 void LogNameThread(const char* prefix, const char* suffix);
 
 // The cloud is the folder at the address in the environment variable COBALIX_CLOUD_SYNC_URL: https, http on
-// this machine, or a file's; without it the one that comes with the product. A remote folder's manifest is its
-// file manifest.json: an object whose members are arrays of
+// this machine, or a file's; without it the one that comes with the product. The manifest of a remote folder
+// is its file manifest.json: an object whose members are arrays of
 // {"path": relative path, "size": bytes, "sha256": lower-case hex}. Calls block, each wait of them with a
 // bound; they never throw, and tell in the log why they failed. Any number may run at once.
 
