@@ -53,6 +53,7 @@ void MakeCloudManifest(Corpus corpus) {
                R"(,"more":[{"path":["x"]},-1.5e-3,null,true]}]})");
     corpus.Add(R"({"media":[{"path":"a/../../b","size":-1,)" + digest + "}]}");
     corpus.Add(R"({"media":[{"path":"\u002e\u002e/\u0000\ud83d\ude00","size":1,)" + digest + "}]}");
+    corpus.Add("{}");
     corpus.Add("{\"\xE0");
 }
 
