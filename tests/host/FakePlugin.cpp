@@ -1,7 +1,9 @@
 // A plug-in for the tests of gallery-host. Its requests are named for what they do; FAKE_PLUGIN, a list of
 // words, chooses how its life cycle goes wrong.
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -10,6 +12,8 @@
 
 #include <boost/asio/post.hpp>
 #include <boost/asio/thread_pool.hpp>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include "common/JsonParse.h"
@@ -69,6 +73,7 @@ KXP::Value ListFolder(const KXP::Value& payload, KXP::Allocator& allocator) {
         }
         KXP::Document file(&allocator);
         KXP::ParseJSON(R"({"type":"video","subtype":"InstantReplay","source":"OVS_Share"})", file);
+        if (entry.path().filename() == "montage.mp4") file["subtype"] = "Montage";
         file.AddMember("name", name, allocator);
         files.PushBack(file, allocator);
     }
@@ -105,11 +110,11 @@ void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& res
     Tell(ZvCefPluginJsonMessage, ToText(response));
 }
 
-void Notify(const std::string& method) {
+void Notify(const std::string& method, const std::string& payload = R"({"n":1,"path":"/g\u001b[2J"})") {
     for (const std::string& id : fake->subscribers[method]) {
         KXP::Document notification;
-        KXP::ParseJSON(R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,)"
-                       R"("payload":{"n":1,"path":"/g\u001b[2J"}})",
+        KXP::ParseJSON(R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,"payload":)" +
+                           payload + "}",
                        notification);
         KXP::Allocator& allocator = notification.GetAllocator();
         notification.AddMember("method", KXP::Value(method, allocator), allocator);
@@ -130,7 +135,7 @@ struct Canned {
 constexpr int kInvalid = -2147024809;
 constexpr const char* kRecord =
     R"({"fileType":"image","fileSubType":"Highlight","fileSource":"OVS_SDK","date":"2026-03-14T18:06:00Z",)"
-    R"("fileSizeKB":13,"eventTimeStamp":"2026-03-14T18:05:59.500Z","DRSName":"Ra\u001bce","cmsId":7,)"
+    R"("msDuration":2500,"fileSizeKB":13,"eventTimeStamp":"2026-03-14T18:05:59.500Z","DRSName":"Ra\u001bce","cmsId":7,)"
     R"("path":"/g/Race/a.png"})";
 constexpr const char* kRecents =
     R"({"recents":[{"path":"/g/Race/a.png","fileType":"image","fileSizeKB":13,"date":"2026-03-14T18:06:00Z"}]})";
@@ -155,6 +160,9 @@ constexpr Canned kCanned[] = {
      R"({"drives":[{"name":"/","type":"fixed"},{"name":"/out","type":"removable"},{"name":"/sys","type":"reserved"}]})"},
     {"GetDriveInfo", "/.", 0, "Success", R"({"freeSpaceMB":81000,"totalSpaceMB":2147483647})"},
     {"GetDriveInfo", "", -2147467259, "Failed to get drive information", "{}"},
+    {"Trim", "outside", -2147467259, "Gallery Trim failed", "{}"},
+    {"AddMeme", "foreign", -2147024894, "UGC not found", "{}"},
+    {"CreateMontageFromRecipe", "nowhere", -2147467259, "Cloud sync fetch montage recipe failed", "{}"},
     {"SetSettings", "bad", kInvalid, "Invalid path defined", "{}"},
     {"SetSettings", "99", 0, "No action taken as all provided values are the same as existing ones", "{}"},
 };
@@ -163,6 +171,43 @@ const Canned* FindCanned(const std::string& method, const std::string& asked) {
     for (const Canned& canned : kCanned)
         if (method == canned.method && asked.find(canned.asked) != std::string::npos) return &canned;
     return nullptr;
+}
+
+std::string heldMontage;
+
+// As the montage process does.
+void SendAsChild(const std::string& message) {
+    const char* path = std::getenv("GALLERY_HOST_MESSAGES");
+    sockaddr_un address{};
+    if (!path || std::strlen(path) >= sizeof address.sun_path) return;
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, path);
+    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sendto(fd, message.data(), message.size(), 0, reinterpret_cast<const sockaddr*>(&address),
+           sizeof address);
+    close(fd);
+}
+
+// It is answered once its progress was told, or, if it says so, never but when it is canceled.
+bool HoldMontage(const std::string& text) {
+    if (heldMontage == text) return false;
+    heldMontage = text;
+    SendAsChild(R"({"method":"UpdateMontageProgress","payload":{"progress":42.5}})");
+    return true;
+}
+
+bool EndsMontage(const std::string& method) {
+    if (method == "CancelMontage") return !heldMontage.empty();
+    return method == "UpdateMontageProgress" && heldMontage.find("never") == std::string::npos;
+}
+
+// What these do to files, but for some that say so.
+void Change(const std::string& method, const KXP::Value& payload) {
+    const char* member = method == "EngraveMP4" ? "file" : "output";
+    if ((method != "EngraveMP4" && method != "Trim" && method != "CreateMontageFromRecipe") ||
+        ToText(payload).find("broken") != std::string::npos)
+        return;
+    std::ofstream(payload[member].GetString(), std::ios::app) << "changed";
 }
 
 void Handle(const std::string& text) {
@@ -178,6 +223,9 @@ void Handle(const std::string& text) {
     KXP::Document request;
     KXP::ParseJSON(text, request);
     const std::string method = request["method"].GetString();
+    if (method == "CreateMontageFromRecipe" && HoldMontage(text)) return;
+    if (EndsMontage(method)) boost::asio::post(fake->worker, [] { Handle(heldMontage); });
+    Change(method, request["payload"]);
     if (request["type"].GetInt() == 3073) {
         fake->subscribers[method].emplace_back(request["uniqueid"].GetString());
         if (Behaves("notifies")) Notify(method);
@@ -188,6 +236,7 @@ void Handle(const std::string& text) {
     KXP::Allocator& allocator = response.GetAllocator();
     KXP::Value payload(request["payload"], allocator);
     if (method == "Notify") Notify(payload["method"].GetString());
+    if (method == "UpdateMontageProgress") Notify("MontageNotification", ToText(payload));
     if (method == "Log") Tell(ZvCefPluginLog, "a line with \x1b[31mcolour");
     if (method == "Big")
         payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);

@@ -1,0 +1,218 @@
+// The verbs that change videos and make them.
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "gallery-host/Progress.h"
+#include "gallery-host/TimeText.h"
+#include "tests/host/HostRun.h"
+#include "tests/support/ScopedEnv.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/TemporaryHome.h"
+
+namespace {
+
+// With "a.mp4", a video that all goes well with, and others named for what does not.
+class VideoVerbs : public testing::Test {
+  protected:
+    VideoVerbs() { std::filesystem::create_directories(home_ / "Videos/ZORVEX/Ovirastream"); }
+
+    Ended Run(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.end(), {"-d", "trace"});
+        return RunHost(arguments);
+    }
+    std::string Make(const std::string& name) const { return folder_.Write(name, "x"); }
+
+    const TemporaryHome home_;
+    const TempFolder folder_;
+    const std::string video_ = Make("a.mp4");
+    const std::string temporary_ = folder_.MakeFolder("tmp");
+    const ScopedEnv where_{"TMPDIR", temporary_};
+};
+
+TEST_F(VideoVerbs, AskAndLookWhatCameOfIt) {
+    const std::string broken = Make("broken.mp4");
+    const std::string foreign = Make("foreign.mp4");
+    const std::string clip = folder_ / "clip.mp4";
+    const std::string outside = folder_ / "outside.mp4";
+    const struct {
+        std::vector<std::string> arguments;
+        std::string asked;
+        int status;
+        std::string out;
+        std::string err;
+    } cases[] = {
+        {{"trim", video_, "-o", clip, "--from", "1:30", "--to", "92.5"},
+         R"("payload":{"input":")" + video_ + R"(","output":")" + clip +
+             R"(","headTrimMs":90000.0,"lengthMs":2500.0})",
+         0,
+         "",
+         clip + ": written\n"},
+        {{"trim", video_, "--length", "0.5", "--json"},
+         R"("output":")" + video_ + R"(","headTrimMs":0.0,"lengthMs":500.0})",
+         0,
+         R"({"file":")" + video_ + R"(","output":")" + video_ + R"(","onRecord":true,"ok":true})" + "\n",
+         ""},
+        {{"trim", video_, "-o", outside, "--length", "1"},
+         "",
+         0,
+         "",
+         outside + ": written, but not on record"},
+        {{"trim", broken, "-o", outside, "--length", "1"},
+         "",
+         1,
+         "",
+         "broken.mp4: could not be cut; the plug-in"},
+        {{"trim", folder_ / "broken", "-o", outside, "--length", "1"}, "", 1, "", "No such file"},
+        {{"meme", video_, "--top", "So close", "--bottom", "so far"},
+         R"("memeInfo":{"topBarText":"So close","bottomBarText":"so far"})",
+         0,
+         "",
+         ""},
+        {{"meme", video_, "--clear"}, R"("memeInfo":{}})", 0, "", ""},
+        {{"meme", foreign, "--clear", "--json"},
+         "",
+         1,
+         R"({"file":")" + foreign +
+             R"(","ok":false,"error":"not a capture that the gallery has on record"})" + "\n",
+         "foreign.mp4: not a capture"},
+        {{"engrave", video_, "--app", "Race", "--cms-id", "7", "--highlight", "--definition", "D", "--group",
+          "G", "--significance", "4", "--media-type", "Montage", "--short-name", "r"},
+         R"("DRSProfileName":"","DRSAppName":"Race","DRSShortName":"r","highlightDefinitionId":"D",)"
+         R"("highlightGroupId":"G","mediaType":"Montage","cmsId":7,"isAHighlight":true,)"
+         R"("highlightSignificance":4})",
+         0,
+         "",
+         ""},
+        {{"engrave", broken}, "", 1, "", "broken.mp4: could not be engraved; the plug-in"},
+    };
+    for (const auto& one : cases) {
+        const Ended ended = Run(one.arguments);
+        const std::string what = testing::PrintToString(one.arguments) + ended.err;
+        EXPECT_EQ(ended.status, one.status) << what;
+        EXPECT_EQ(ended.out, one.out) << what;
+        EXPECT_TRUE(Contains(ended.err, one.asked) && Contains(ended.err, one.err)) << what;
+    }
+}
+
+TEST_F(VideoVerbs, RefuseWhatCannotBeMeant) {
+    const std::vector<std::string> wrong[] = {
+        {"trim", video_},
+        {"trim", video_, "--from", "1", "--to", "2", "--length", "1"},
+        {"trim", video_, "--from", "2", "--to", "2"},
+        {"trim", video_, "--length", "1:60"},
+        {"trim", video_, "--length", "-1"},
+        {"meme", video_},
+        {"meme", video_, "--clear", "--top", "x"},
+        {"engrave", video_, "--cms-id", "x"},
+        {"montage", "recipe.js", "-o", "x.mp4"},
+        {"montage", "", video_, "-o", "x.mp4"},
+    };
+    for (const auto& arguments : wrong)
+        EXPECT_EQ(Run(arguments).status, 2) << testing::PrintToString(arguments);
+    const std::string text = Make("a.txt");
+    const std::pair<std::string, std::string> inputs[] = {{text, "a.txt: neither a video"},
+                                                          {folder_ / "b.mp4", "No such file"},
+                                                          {folder_.path(), "is a folder"}};
+    for (const auto& [input, error] : inputs)
+        EXPECT_TRUE(Contains(Run({"montage", "r", video_, input, "-o", folder_ / "x.mp4"}).err, error))
+            << error;
+    EXPECT_TRUE(
+        Contains(Run({"montage", "r", video_, "-o", folder_ / "no/x.mp4"}).err, "there is no folder"));
+}
+
+TEST_F(VideoVerbs, MakeAMontage) {
+    const std::string out = folder_ / "montage.mp4";
+    const std::string song = Make("b.MP3");
+    const std::string foreign = Make("foreign.png");
+    const Ended ended = Run({"montage", "r.js", video_, foreign, song, "-o", out, "--title", "T", "--json"});
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    EXPECT_EQ(ended.out, R"({"progress":42.5})"
+                         "\n"
+                         R"({"output":")" +
+                             out + R"(","ok":true})" + "\n");
+    EXPECT_TRUE(Contains(
+        ended.err,
+        R"("payload":{"recipe":"r.js","output":")" + out +
+            R"(","inputs":[)"
+            R"({"details":{"path":")" +
+            video_ +
+            R"(","duration":2500.0},"inputFileType":"video"},)"
+            R"({"details":{"path":")" +
+            foreign +
+            R"(","duration":0.0},"inputFileType":"image"},)"
+            R"({"details":{"path":")" +
+            song +
+            R"(","duration":2500.0},"inputFileType":"audio"}],)"
+            R"("storyboard":{"titleSequence":{"seqType":"titleBasic","seqDetails":{"txtTitle":"T"}}}})"))
+        << ended.err;
+    EXPECT_TRUE(Contains(ended.err, out + ": written\n"));
+    EXPECT_TRUE(std::filesystem::is_empty(temporary_)) << "the socket's folder is removed";
+
+    const std::pair<const char*, const char*> failures[] = {
+        {"nowhere.mp4", "0x80004005: Cloud sync fetch montage recipe failed"},
+        {"broken.mp4", "the montage process has not written it"}};
+    for (const auto& [name, error] : failures) {
+        const Ended failed = RunHost({"montage", "r.js", video_, "-o", folder_ / name});
+        EXPECT_EQ(failed.status, 1);
+        EXPECT_TRUE(Contains(failed.err, error)) << failed.err;
+    }
+    EXPECT_TRUE(Contains(RunHost({"montage", "r.js", video_, "-o", folder_ / "plain.mp4"}).err,
+                         "written, but it could not be engraved"));
+}
+
+TEST_F(VideoVerbs, AnInterruptCancelsTheMontageFirst) {
+    // Longer than any other request may take.
+    ChildProcess child(WithFake({"montage", "r.js", video_, "-o", folder_ / "never.mp4", "--timeout", "10"}),
+                       {{"TERM=xterm"}, false, true});
+    ASSERT_TRUE(child.ReadErrUntil("\rmaking the montage  [##########--------------]  42 %\x1b[K"))
+        << child.err;
+    child.Signal(SIGINT);
+    EXPECT_EQ(child.Wait(), 130);
+    EXPECT_TRUE(Contains(child.err, "\r\x1b[Kgallery-host: canceling the montage")) << child.err;
+    EXPECT_TRUE(Contains(child.err, "gallery-host: interrupted")) << child.err;
+    EXPECT_FALSE(Contains(child.err, "has not ended")) << child.err;
+    EXPECT_TRUE(std::filesystem::is_empty(temporary_));
+}
+
+// With the real plug-in, and the montage process of the tests.
+TEST_F(VideoVerbs, TheMontageProcessReachesItsContainer) {
+    home_.folder().Write("data/ZORVEX/OvirastreamX/Montage/v1/r.js", "//");
+    const std::string out = folder_ / "best.mp4";
+    ChildProcess child({"montage", "r.js", video_, "-o", out, "--json"}, {});
+    EXPECT_EQ(child.Wait(), 0) << child.err;
+    EXPECT_EQ(child.out.find("{\"progress\":12.5}\n"), 0u) << child.out;
+    EXPECT_TRUE(Contains(child.out, "\n{\"output\":\"" + out + "\",\"ok\":true}\n")) << child.out;
+    EXPECT_TRUE(Contains(child.err, out + ": written\n")) << child.err;
+
+    const std::string request =
+        R"({"method":"CreateMontageFromRecipe","uniqueid":"m","payload":{"inputs":[{"details":)"
+        R"({"path":"/a.mp4","duration":5},"inputFileType":"video"}],"recipe":"r.js","behaviour":"babbles",)"
+        R"("output":")" +
+        out + "\"}}\n";
+    ChildProcess serve({"serve"}, {});
+    serve.Write(request);
+    EXPECT_EQ(serve.Wait(), 0);
+    EXPECT_TRUE(Contains(serve.out, R"("payload":{"progress":12.5)")) << serve.out;
+    EXPECT_FALSE(Contains(serve.out, "UpdateMontageProgress")) << "its answers are dropped";
+    for (const char* said : {"sent a message that is not JSON", "of 100000 bytes, which is too long",
+                             "sent a subscription", "refused a message of a child process"})
+        EXPECT_TRUE(Contains(serve.err, said)) << said << serve.err;
+}
+
+TEST(HostParts, ReadTimes) {
+    const std::pair<const char*, double> right[] = {
+        {"0", 0}, {"1.5", 1500}, {"90", 90000}, {"1:30", 90000}, {"1:02:03.5", 3723500}, {"100:00", 6000000}};
+    for (const auto& [text, milliseconds] : right)
+        EXPECT_EQ(host::ReadMilliseconds(text), milliseconds) << text;
+    for (const char* wrong : {"", "-1", "1.", ".5", "1:60", "1:60:00", "1:2:3:4", "1e3", "1 ", ":1", "inf",
+                              "1:1.5:00", "9999999999"})
+        EXPECT_FALSE(host::ReadMilliseconds(wrong)) << wrong;
+    EXPECT_EQ(host::PercentLine("making", 33, 80), "making  [#######-----------------]  33 %");
+}
+
+}  // namespace
