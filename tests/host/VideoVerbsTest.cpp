@@ -73,7 +73,7 @@ TEST_F(VideoVerbs, AskAndLookWhatCameOfIt) {
          0,
          "",
          ""},
-        {{"meme", video_, "--clear"}, R"("memeInfo":{}})", 0, "", ""},
+        {{"meme", video_, "--clear"}, R"("memeInfo":{"topBarText":"","bottomBarText":""})", 0, "", ""},
         {{"meme", foreign, "--clear", "--json"},
          "",
          1,

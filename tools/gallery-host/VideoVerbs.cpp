@@ -70,14 +70,11 @@ void RunTrim(Session& session, Output& output, const TrimOptions& options) {
 void RunMeme(Session& session, Output& output, const MemeOptions& options) {
     AwaitGallery(session);
     KXP::Document request = MakeTexts({{"file", options.file.path}});
+    KXP::Allocator& allocator = request.GetAllocator();
     KXP::Value texts(rapidjson::kObjectType);
-    if (!options.clear) {
-        texts.AddMember("topBarText", KXP::Value(options.top, request.GetAllocator()),
-                        request.GetAllocator());
-        texts.AddMember("bottomBarText", KXP::Value(options.bottom, request.GetAllocator()),
-                        request.GetAllocator());
-    }
-    request.AddMember("memeInfo", texts, request.GetAllocator());
+    texts.AddMember("topBarText", KXP::Value(options.top, allocator), allocator);
+    texts.AddMember("bottomBarText", KXP::Value(options.bottom, allocator), allocator);
+    request.AddMember("memeInfo", texts, allocator);
     const KXP::Document answer = session.Ask("AddMeme", request);
     End(output, options.file, MakeTexts({{"file", options.file.path}}), MemeError(answer, options.file.path));
 }

@@ -24,8 +24,7 @@ struct TrimOptions {
 
 struct MemeOptions {
     VideoSubject file;
-    bool clear = false;
-    std::string top;
+    std::string top;  // both empty to take them away
     std::string bottom;
 };
 

@@ -103,7 +103,7 @@ void AddMeme(CLI::App& app, Prepare& chosen) {
     const auto options = std::make_shared<MemeOptions>();
     CLI::App* meme = app.add_subcommand("meme", "Put texts over a video, or take them away.");
     AddFile(*meme, options->file, "a capture on record");
-    CLI::Option* clear = meme->add_flag("--clear", options->clear, "take the texts away");
+    CLI::Option* clear = meme->add_flag("--clear", "take the texts away");
     CLI::Option* top =
         meme->add_option("--top", options->top, "the text of the upper bar")->type_name("TEXT");
     CLI::Option* bottom =
