@@ -1,0 +1,1 @@
+// What the precompiled headers are compiled for.
