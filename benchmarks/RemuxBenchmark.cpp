@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 #include "benchmarks/PeakMemory.h"
-#include "tests/support/MadeMedia.h"
+#include "sample-media/MadeMedia.h"
 #include "tests/support/TempFolder.h"
 #include "tests/unit/ovnx-codelib/CodecLibrary.h"
 

@@ -22,7 +22,7 @@
 #include <unistd.h>
 
 #include "OvnxMedia.h"
-#include "tests/support/StillFiles.h"
+#include "sample-media/StillFiles.h"
 
 namespace {
 

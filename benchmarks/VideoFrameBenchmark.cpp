@@ -12,7 +12,7 @@
 #include "benchmarks/PeakMemory.h"
 #include "libraries/ovnx-media/Ffmpeg.h"
 #include "libraries/ovnx-media/VideoFrame.h"
-#include "tests/support/MadeMedia.h"
+#include "sample-media/MadeMedia.h"
 
 namespace {
 

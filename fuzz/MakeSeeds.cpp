@@ -10,9 +10,9 @@
 #include "sample-captures/JpegImage.h"
 #include "sample-captures/Mp4Video.h"
 #include "sample-captures/PngImage.h"
+#include "sample-media/MadeMedia.h"
+#include "sample-media/StillFiles.h"
 #include "tests/support/CaptureBytes.h"
-#include "tests/support/MadeMedia.h"
-#include "tests/support/StillFiles.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "sample-captures/PngImage.h"
+#include "sample-media/MadeMedia.h"
 #include "tests/abi/PluginLibrary.h"
-#include "tests/support/MadeMedia.h"
 #include "tests/support/TempFolder.h"
 
 namespace {

@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include "sample-media/DecodedMedia.h"
+#include "sample-media/MadeMedia.h"
 #include "tests/abi/PluginLibrary.h"
 #include "tests/support/CaptureBytes.h"
-#include "tests/support/DecodedMedia.h"
-#include "tests/support/MadeMedia.h"
 
 namespace {
 

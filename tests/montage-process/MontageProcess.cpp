@@ -14,7 +14,7 @@
 
 #include "common/JsonHelpers.h"
 #include "common/Profile.h"
-#include "tests/support/MadeMedia.h"
+#include "sample-media/MadeMedia.h"
 
 namespace {
 

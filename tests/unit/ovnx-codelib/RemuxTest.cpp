@@ -11,10 +11,10 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "tests/support/DecodedMedia.h"
+#include "sample-media/DecodedMedia.h"
+#include "sample-media/MadeBoxes.h"
+#include "sample-media/MadeMedia.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/MadeBoxes.h"
-#include "tests/support/MadeMedia.h"
 #include "tests/support/TempFolder.h"
 #include "tests/unit/ovnx-codelib/CodecLibrary.h"
 

@@ -11,8 +11,8 @@
 
 #include "OvnxMedia.h"
 #include "sample-captures/MediaBytes.h"
-#include "tests/support/MadeMedia.h"
-#include "tests/support/StillFiles.h"
+#include "sample-media/MadeMedia.h"
+#include "sample-media/StillFiles.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "libraries/ovnx-media/VideoFrame.h"
-#include "tests/support/MadeMedia.h"
+#include "sample-media/MadeMedia.h"
 #include "tests/support/TempFolder.h"
 
 namespace ovnxmedia {

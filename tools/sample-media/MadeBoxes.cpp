@@ -1,4 +1,4 @@
-#include "tests/support/MadeBoxes.h"
+#include "sample-media/MadeBoxes.h"
 
 #include <fstream>
 #include <iterator>

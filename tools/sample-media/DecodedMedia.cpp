@@ -1,4 +1,4 @@
-#include "tests/support/DecodedMedia.h"
+#include "sample-media/DecodedMedia.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "tests/support/MadeMedia.h"
+#include "sample-media/MadeMedia.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

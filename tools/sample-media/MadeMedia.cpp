@@ -1,16 +1,17 @@
-#include "tests/support/MadeMedia.h"
+#include "sample-media/MadeMedia.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 
-#include "tests/support/MadeBoxes.h"
-#include "tests/support/TempFolder.h"
+#include "sample-media/MadeBoxes.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -314,16 +315,37 @@ char CornerName(const uint8_t* pixel) {
     return '.';
 }
 
+// Where the files lie, until the process ends.
+class Folder {
+  public:
+    Folder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "media-XXXXXX").string();
+        if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+        path_ = pattern;
+    }
+    ~Folder() {
+        std::error_code error;
+        std::filesystem::remove_all(path_, error);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
 }  // namespace
 
 const std::string& Path(const Video& video) {
-    static const TempFolder folder;
+    static const Folder folder;
     static std::map<std::string, std::string> made;
     std::string& path = made[KeyOf(video)];
     if (!path.empty()) return path;
     av_log_set_level(AV_LOG_ERROR);
     const bool isMp4 = video.format == std::string("mp4");
-    const std::string place = folder / (std::to_string(made.size()) + (isMp4 ? ".mp4" : ".mkv"));
+    const std::string place = folder.path() + "/" + (std::to_string(made.size()) + (isMp4 ? ".mp4" : ".mkv"));
     Mux(video, place);
     if (isMp4 && (video.moovInFront || !video.tagc.empty())) EditMovie(place, video.moovInFront, video.tagc);
     return path = place;
