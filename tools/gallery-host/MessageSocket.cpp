@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -54,6 +55,11 @@ void MessageSocket::Close() {
     fd_ = -1;
     std::error_code error;
     if (!folder_.empty()) std::filesystem::remove_all(folder_, error);
+}
+
+bool MessageSocket::HasMore() const {
+    pollfd waiting{fd_, POLLIN, 0};
+    return fd_ >= 0 && poll(&waiting, 1, 0) > 0;
 }
 
 std::optional<std::string> MessageSocket::Take() {

@@ -22,6 +22,7 @@ class MessageSocket {
 
     // Readable while there are messages; -1 when closed.
     int fd() const { return fd_; }
+    bool HasMore() const;
     // The oldest message, if there is one and it is not too long, which is said.
     std::optional<std::string> Take();
 

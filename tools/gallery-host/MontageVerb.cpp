@@ -96,6 +96,8 @@ class Montage {
                 return false;
             Report();
         }
+        session_.FinishRelay(std::chrono::steady_clock::now() + session_.options().timeout);
+        Report();
         return true;
     }
 

@@ -18,6 +18,7 @@ void Server::Run() {
     subscriptions_.Make(session_);
     ReadLines();
     AwaitAnswers();
+    session_.FinishRelay(std::chrono::steady_clock::now() + session_.options().timeout);
 }
 
 void Server::ReadLines() {

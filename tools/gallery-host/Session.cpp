@@ -42,9 +42,15 @@ std::optional<std::string> Session::Send(const KXP::Document& envelope) {
 }
 
 void Session::Relay(MessageSocket& messages) {
+    messages_ = &messages;
     loader_.Watch(messages.fd(), [this, &messages] {
         if (const std::optional<std::string> text = messages.Take()) RelayOne(*text);
     });
+}
+
+void Session::FinishRelay(Deadline deadline) {
+    while (messages_ && (messages_->HasMore() || !relayed_.empty()))
+        if (Pump(deadline) == PluginLoader::Wake::kDeadline) return;
 }
 
 void Session::RelayOne(const std::string& text) {

@@ -44,6 +44,9 @@ class Session {
     // From now on the plug-in gets what its child processes send, and their answers are dropped. During calls
     // of this class, which `messages` has to outlive.
     void Relay(MessageSocket& messages);
+    // Until the plug-in has answered all that they have sent by now: the answer that their work was for may
+    // have come ahead of it.
+    void FinishRelay(Deadline deadline);
 
     // For callers that do their own matching. Send gives the plug-in's words when it refuses the envelope;
     // the listener gets every message, during calls of this class, for as long as the result of Listen lives:
@@ -67,6 +70,7 @@ class Session {
     void RelayOne(const std::string& text);
 
     const SessionOptions options_;
+    MessageSocket* messages_ = nullptr;
     std::set<std::string> relayed_;  // what the answers to drop refer to
     MessageListener listener_;
     PluginLoader loader_;
