@@ -53,6 +53,12 @@ int OpenExitDescriptor(pid_t pid);
 extern const int kSpawnCloses;
 void CloseOtherDescriptors(posix_spawn_file_actions_t* actions);
 
+// A file in the open folder that has no name, and goes when it is closed without one. -1 with errno set where
+// there is no such thing.
+int OpenNameless(int folder, unsigned mode);
+// Gives it a name that nothing has. False with errno set.
+bool GiveName(int fd, int folder, const std::string& name);
+
 // Comes back when what was written to the file would outlast a loss of power. False with errno set when the
 // disk did not take it.
 bool MakeDurable(int fd);

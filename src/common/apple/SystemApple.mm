@@ -55,6 +55,16 @@ const int kSpawnCloses = POSIX_SPAWN_CLOEXEC_DEFAULT;
 
 void CloseOtherDescriptors(posix_spawn_file_actions_t*) {}
 
+int OpenNameless(int, unsigned) {
+    errno = ENOTSUP;
+    return -1;
+}
+
+bool GiveName(int, int, const std::string&) {
+    errno = ENOTSUP;
+    return false;
+}
+
 // fsync leaves it in the drive's own memory.
 bool MakeDurable(int fd) {
     return fcntl(fd, F_FULLFSYNC) == 0 || fsync(fd) == 0;

@@ -76,6 +76,15 @@ void CloseOtherDescriptors(posix_spawn_file_actions_t* actions) {
     posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
 }
 
+int OpenNameless(int folder, unsigned mode) {
+    return openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, static_cast<mode_t>(mode));
+}
+
+bool GiveName(int fd, int folder, const std::string& name) {
+    const std::string file = "/proc/self/fd/" + std::to_string(fd);
+    return linkat(AT_FDCWD, file.c_str(), folder, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
 bool MakeDurable(int fd) {
     return fdatasync(fd) == 0;
 }

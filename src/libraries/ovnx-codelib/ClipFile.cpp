@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "common/System.h"
+
 namespace codelib {
 namespace {
 
@@ -33,6 +35,9 @@ bool ClipFile::Create(const std::string& path, mode_t mode) {
     const bool isThere = fstatat(folder_.get(), name_.c_str(), &older, AT_SYMLINK_NOFOLLOW) == 0;
     if (isThere && !S_ISREG(older.st_mode)) errno = EINVAL;
     if (isThere ? !S_ISREG(older.st_mode) : errno != ENOENT) return false;
+    // Without a name it is gone with a process that ends meanwhile.
+    file_ = KXP::FileDescriptor(KXP::Platform::OpenNameless(folder_.get(), mode));
+    if (file_.IsOpen()) return true;
     const std::string temporary = TemporaryName();
     file_ = KXP::FileDescriptor(
         openat(folder_.get(), temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
@@ -47,7 +52,13 @@ bool ClipFile::Replaces(const struct stat& other) const {
 }
 
 bool ClipFile::Commit() {
-    if (fsync(file_.get()) != 0 || !file_.Close()) return false;
+    if (fsync(file_.get()) != 0) return false;
+    if (temporaryName_.empty()) {
+        const std::string temporary = TemporaryName();
+        if (!KXP::Platform::GiveName(file_.get(), folder_.get(), temporary)) return false;
+        temporaryName_ = temporary;
+    }
+    if (!file_.Close()) return false;
     if (renameat(folder_.get(), temporaryName_.c_str(), folder_.get(), name_.c_str()) != 0) return false;
     temporaryName_.clear();
     // Not every file system can do so; the clip is whole and in its place in any case.

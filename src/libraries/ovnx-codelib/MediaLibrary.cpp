@@ -1,10 +1,19 @@
 #include "libraries/ovnx-codelib/MediaLibrary.h"
 
 #include <stdexcept>
+#include <string>
 
 #include <dlfcn.h>
 
+#include "common/Profile.h"
+#include "common/System.h"
+
 namespace codelib {
+
+void* MediaLibrary::Open() {
+    const std::string path = KXP::GetLibraryPath() + "/libovnxmedia" + KXP::Platform::kLibrarySuffix;
+    return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | KXP::Platform::OwnScopeFlag());
+}
 
 MediaLibrary::MediaLibrary() {
     if (handle_) remux_ = reinterpret_cast<decltype(remux_)>(dlsym(handle_, "OvnxMediaRemux"));

@@ -16,7 +16,7 @@ class MediaLibrary {
     decltype(&OvnxMediaRemux) remux() const { return remux_; }
 
   private:
-    // Per platform; null when dlerror has the reason.
+    // Null when dlerror has the reason.
     static void* Open();
 
     void* handle_ = Open();
