@@ -171,10 +171,13 @@ int ChildProcess::MillisecondsToKill() {
 bool ChildProcess::HasEnded() {
     const MutexLock lock(mutex_);
     siginfo_t info{};
-    // A host that ignores SIGCHLD leaves nothing to wait for: no such child is one that has ended.
-    if (waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) != 0)
-        return errno != EINTR;
-    return info.si_pid != 0;
+    if (waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0)
+        return info.si_pid != 0;
+    if (errno == EINTR) return false;
+    // A host that ignores SIGCHLD leaves nothing to wait for: no such child is one that has ended, and its
+    // number may be another's.
+    pid_ = -1;
+    return true;
 }
 
 void ChildProcess::Wait(const OnLine& onLine) {

@@ -44,7 +44,7 @@ std::string ExtensionOf(const std::string& name) {
 }  // namespace
 
 bool DirectoryExists(const std::string& path) {
-    if (access(path.c_str(), F_OK) != 0) return false;
+    if (path.find('\0') != std::string::npos || access(path.c_str(), F_OK) != 0) return false;
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
     return folder != nullptr;
 }

@@ -78,12 +78,12 @@ void CopyOwnerAndMode(const struct stat& from, const FileDescriptor& to) {
 }  // namespace
 
 bool FileExists(const std::string& path) {
-    return access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
+    // The system would take the text before a zero byte, which is another file.
+    return path.find('\0') == std::string::npos && access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
 }
 
 bool IsRegularFile(const std::string& path) {
     struct stat status {};
-    // The system would take the text before a zero byte, which is another file.
     return path.find('\0') == std::string::npos && lstat(path.c_str(), &status) == 0 &&
            S_ISREG(status.st_mode);
 }

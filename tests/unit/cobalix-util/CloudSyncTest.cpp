@@ -54,7 +54,7 @@ TEST(CloudSync, FilesComeUnderTheProductsData) {
     EXPECT_TRUE(home.folder().Has("data/ZORVEX/OvirastreamX/Montage/v1/a/b"));
 }
 
-TEST(CloudSync, AnAbortEndsWhatIsInProgressWithinASecond) {
+TEST(CloudSync, AnAbortEndsWhatIsInProgress) {
     const TemporaryHome home;
     const LogCapture log;
     CloudServer server;
@@ -76,7 +76,8 @@ TEST(CloudSync, AnAbortEndsWhatIsInProgressWithinASecond) {
             const auto start = std::chrono::steady_clock::now();
             CloudSyncAbort();
             call.join();
-            EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+            // Far below every time-out, and within reach of a busy machine.
+            EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
             EXPECT_FALSE(done);
         }
     }

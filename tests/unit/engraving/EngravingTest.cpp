@@ -1,5 +1,6 @@
 #include <csignal>
 #include <cstring>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -157,6 +158,22 @@ TEST(Engraving, RefusesWhatItDoesNotUnderstand) {
     std::wmemset(info->highlightGroupId, L'\U0001F600', 256);
     info->captureType = 5;
     EXPECT_TRUE(refused(Movie() + kMedia));
+}
+
+TEST(Engraving, TakesTurns) {
+    const TempFolder folder;
+    const std::string path = folder.Write("a.mp4", Movie() + kMedia);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&path] {
+            const auto info = std::make_unique<CaptureRequestInfo>();
+            std::wcscpy(info->drsAppName, L"App");
+            for (int round = 0; round < 20; ++round)
+                EXPECT_TRUE(AddMetadatatoFile(path, info.get()));
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    ExpectPlays(folder.Read("a.mp4"), Movie() + kMedia);
 }
 
 TEST(Engraving, OnAFullDiskLeavesTheFileAsItWas) {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "common/JsonParse.h"
 #include "common/Base64.h"
+#include "common/JsonParse.h"
 #include "libraries/share-common/MetadataBlock.h"
 #include "plugin-modules/Gallery/src/engraving/MetadataText.h"
 

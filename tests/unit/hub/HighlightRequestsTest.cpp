@@ -22,6 +22,13 @@ class HighlightRequests : public HubTest {
         return path;
     }
 
+    // The notification of a summary, among those of captures that the tracker's worker may still send.
+    std::string TakeSummary() {
+        const std::string sent = module_.TakeSent();
+        const size_t at = sent.find(R"(GalleryNotifications {"openSummary")");
+        return at == std::string::npos ? "" : sent.substr(at, sent.find('|', at) - at);
+    }
+
     std::string Count(const std::string& group) {
         return Ask(&ZvGalleryAPI::GetHighlightsCount, "{" + kRace + ",\"group\":" + group + "}");
     }
@@ -72,20 +79,19 @@ TEST_F(HighlightRequests, ASummaryHoldsEachRecordOnceInTheOrderOfTheGroups) {
     AddHighlight("a.mp4", "g", 1);
     AddHighlight("b.mp4", "g", 2);
     AddHighlight("c.mp4", "h", 1);
-    (void)module_.TakeSent();
     Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary,
         "{" + kRace + R"(,"groups":[{"groupId":"h"},{"groupId":"g","tags":2},{"groupId":"g"}]})");
     EXPECT_EQ(result_.text, "Success");
-    const std::string sent = module_.TakeSent();
+    const std::string sent = TakeSummary();
     EXPECT_EQ(sent.find(R"(GalleryNotifications {"openSummary":{"ugc":[{"id":3,)"), 0u) << sent;
     EXPECT_LT(sent.find("b.mp4"), sent.find("a.mp4"));
     EXPECT_EQ(sent.find("b.mp4"), sent.rfind("b.mp4"));
 
     Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[]})");
-    EXPECT_EQ(module_.TakeSent(), R"(GalleryNotifications {"openSummary":{"ugc":[]}}|)");
+    EXPECT_EQ(TakeSummary(), R"(GalleryNotifications {"openSummary":{"ugc":[]}})");
     Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[7]})");
     EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
-    EXPECT_EQ(module_.TakeSent(), "");
+    EXPECT_EQ(TakeSummary(), "");
 }
 
 TEST_F(HighlightRequests, BetweenTwoGalleriesThereIsNoTracker) {

@@ -11,6 +11,7 @@
 
 #include "common/JsonHelpers.h"
 #include "common/JsonParse.h"
+#include "common/Mutex.h"
 #include "common/message/PayloadSchemas.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
@@ -30,24 +31,28 @@ class RecordingModule : public KXP::PluginModuleBase {
         EXPECT_TRUE(KXP::Message::IsPersistent(*message) && KXP::Message::IsResponse(*message));
         const KXP::Value& payload = std::as_const(*message).payload();
         EXPECT_EQ(schemas_.Validate(message->method(), payload, "return").text, "Success");
-        sent.push_back(message->method() + (" " + KXP::WriteJSONToString(payload)));
+        KXP::MutexLock lock(mutex_);
+        sent_.push_back(message->method() + (" " + KXP::WriteJSONToString(payload)));
         return accepts;
     }
 
     // What was sent since the last call, "Name payload|Name payload|".
     std::string TakeSent() {
+        KXP::MutexLock lock(mutex_);
         std::string text;
-        for (const std::string& one : std::exchange(sent, {}))
+        for (const std::string& one : std::exchange(sent_, {}))
             text += one + "|";
         return text;
     }
 
     const KXP::Document& catalogue() const { return catalogue_; }
 
-    std::vector<std::string> sent;
     bool accepts = true;
 
   private:
+    // The tracker's worker sends too.
+    KXP::Mutex mutex_;
+    std::vector<std::string> sent_ GUARDED_BY(mutex_);
     KXP::Document catalogue_;
     KXP::PayloadSchemas schemas_{catalogue_};
 };

@@ -81,6 +81,22 @@ TEST_F(EditTest, AClipOfItsOwnIsTrackedByTheWatcher) {
     EXPECT_EQ(DurationOf("Game/a.mp4"), 2000);
 }
 
+TEST_F(EditTest, NothingButACaptureIsReplaced) {
+    const std::string notes = gallery_.home().Write("notes.txt", "mine");
+    EXPECT_EQ(tracker_->TrimUGC(gallery_.Path("Game/a.mp4"), notes, 0, 500).code, kFailure);
+    EXPECT_EQ(gallery_.home().Read("notes.txt"), "mine");
+    const std::string path = gallery_.Path("Game/a.mp4") + std::string("\0.mp4", 5);
+    EXPECT_EQ(tracker_->TrimUGC(path, path, 0, 500).code, kFailure);
+    EXPECT_TRUE(targets_.empty());
+    // While one is at work on a path no other is.
+    const auto cut = host_.onTrim;
+    host_.onTrim = [&](const std::string& input, const std::string& output) {
+        EXPECT_EQ(Trim("Game/a.mp4").code, kFailure);
+        return cut(input, output);
+    };
+    EXPECT_EQ(Trim("Game/a.mp4").code, 0);
+}
+
 TEST_F(EditTest, AFailureLeavesTheSourceOnRecord) {
     const auto expectUntouched = [&](const KXP::RetVal& result) {
         EXPECT_EQ(result.code, kFailure);

@@ -32,14 +32,6 @@ void GalleryPlugin::RegisterEndpoints() {
     RegisterAsyncTask("IsDirectoryWriteable", &IsDirectoryWritable::Launch);
     RegisterAsyncTask("GetDriveInfo", &GetDriveInfo::Launch);
     RegisterAsyncTask("GetRecentUGC", &GetRecentUGC::Launch);
-    RegisterSyncMethod("GetMontageCloudConfig", api_.get(), &ZvGalleryAPI::GetMontageCloudConfig);
-    RegisterSyncMethod("CancelMontage", api_.get(), &ZvGalleryAPI::CancelMontage);
-    RegisterAsyncTask("CreateMontage", &CreateMontage::Launch);
-    RegisterAsyncTask("CreateMontageFromRecipe", &CreateMontageFromRecipe::Launch);
-    RegisterAsyncTask("TranscodeMediaFile", &TranscodeMediaFile::Launch);
-    RegisterAsyncTask("Trim", &TrimVideo::Launch);
-    RegisterAsyncTask("AddMeme", &AddMeme::Launch);
-    RegisterAsyncTask("EngraveMP4", &EngraveMP4::Launch);
     RegisterAsyncTask("GetEventData", &GetEventData::Launch);
     RegisterSyncMethod("GetSettings", api_.get(), &ZvGalleryAPI::GetSettings);
     RegisterSyncMethod("SetSettings", api_.get(), &ZvGalleryAPI::SetSettings);
@@ -52,6 +44,14 @@ void GalleryPlugin::RegisterEndpoints() {
     RegisterSyncMethod("WriteEncryptedBitmap", api_.get(), &ZvGalleryAPI::WriteEncryptedBitmap);
     RegisterSyncMethod("DeletePreview", api_.get(), &ZvGalleryAPI::DeletePreview);
     RegisterSyncMethod("PreviewPathInfo", api_.get(), &ZvGalleryAPI::PopulatePreviewPath);
+    RegisterSyncMethod("GetMontageCloudConfig", api_.get(), &ZvGalleryAPI::GetMontageCloudConfig);
+    RegisterAsyncTask("TranscodeMediaFile", &TranscodeMediaFile::Launch);
+    RegisterSyncMethod("CancelMontage", api_.get(), &ZvGalleryAPI::CancelMontage);
+    RegisterAsyncTask("CreateMontage", &CreateMontage::Launch);
+    RegisterAsyncTask("CreateMontageFromRecipe", &CreateMontageFromRecipe::Launch);
+    RegisterAsyncTask("Trim", &TrimVideo::Launch);
+    RegisterAsyncTask("AddMeme", &AddMeme::Launch);
+    RegisterAsyncTask("EngraveMP4", &EngraveMP4::Launch);
     RegisterSyncMethod("UpdateMontageProgress", api_.get(), &ZvGalleryAPI::UpdateMontageProgress);
 }
 

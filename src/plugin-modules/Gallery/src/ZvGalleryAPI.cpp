@@ -18,6 +18,8 @@ ZvGalleryAPI::~ZvGalleryAPI() {
 
 void ZvGalleryAPI::Cleanup() {
     cleanedUp_ = true;
+    // For a sync that looked just before.
+    KXP::CloudSyncAbort();
     StopAndJoinFileWatcher();
     // Within the time that the queue waits for the task.
     transcoder_->EndMontages(std::chrono::milliseconds(500));

@@ -35,7 +35,6 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // Ends what goes on by itself; requests are answered as before. Worker.
     void Cleanup();
-    bool cleaned_up() const { return cleanedUp_; }
 
     KXP::PluginModuleBase& Plugin() { return plugin_; }
     Settings* GetGallerySettings() override { return &settings_; }
@@ -196,6 +195,7 @@ class ZvGalleryAPI : public ITrackerHost {
     std::atomic<bool> cleanedUp_{false};
     // In force before the last change; worker.
     std::string oldGalleryPath_;
+    // Ahead of the tracker, which asks for it until it ends.
     const std::shared_ptr<Transcoder> transcoder_ = std::make_shared<Transcoder>();
     PreviewPaths previewPaths_;  // worker
     mutable KXP::Mutex trackerMutex_;

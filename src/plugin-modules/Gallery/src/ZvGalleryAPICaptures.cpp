@@ -122,9 +122,8 @@ void ZvGalleryAPI::OnHighlightCaptureFailed(std::unique_ptr<KXP::JSONMessage> me
     KXP_LOG(KXP::LogMilestone, "OnHighlightCaptureFailed");
     Highlight highlight;
     Highlight::ParseHighlightJSON(highlight, told);
-    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
-    if (!tracker) return;
-    tracker->DequeuePendingHighlight(highlight);
+    if (const std::shared_ptr<UGCTracker> tracker = GetUGCTracker())
+        tracker->DequeuePendingHighlight(highlight);
     NotifyHighlightCaptureFailed(KXP::jsonGetValue<int>(payload, "errorCode"));
 }
 

@@ -52,12 +52,13 @@ bool FetchPart(const KXP::Document& manifest, const RecipePart& part) {
 bool ZvGalleryAPI::RecipeCloudSync() {
     KXP_LOG(KXP::LogMilestone, "CloudSync montage recipe files start");
     KXP::Document manifest;
-    if (!FetchManifest(manifest)) {
+    // An abort ends what is on its way; what would come behind it is not begun.
+    if (cleanedUp_ || !FetchManifest(manifest)) {
         KXP_LOG(KXP::LogMilestone, "Cloud sync fetch manifest failed");
         return false;
     }
     for (const RecipePart& part : kRecipeParts)
-        if (!FetchPart(manifest, part)) return false;
+        if (cleanedUp_ || !FetchPart(manifest, part)) return false;
     KXP_LOG(KXP::LogMilestone, "CloudSync montage recipe files done");
     return true;
 }

@@ -27,20 +27,27 @@ class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
     }
 
   protected:
-    // The answer of `body`, a whole ExecuteAsync; the text of what it throws becomes that of a failure.
+    // The answer of `body`, a whole ExecuteAsync that may throw NoTracker; what else it throws is the task
+    // layer's.
     template <typename Body>
-    static KXP::RetVal Guarded(const Body& body) {
+    static KXP::RetVal WithTracker(const Body& body) {
         try {
-            return KXP::RunRequest(body);
+            return body();
         } catch (const NoTracker& error) {
             return error.value;
         }
     }
 
+    // The same, but the text of what it throws becomes that of a failure.
+    template <typename Body>
+    static KXP::RetVal Guarded(const Body& body) {
+        return WithTracker([&]() -> KXP::RetVal { return KXP::RunRequest(body); });
+    }
+
     // Lives at least as long as the task, also when the plug-in is gone before it.
     ZvGalleryAPI& api() { return *api_; }
 
-    // The tracker of now, for as long as the caller has it. Throws NoTracker, which Guarded answers, between
+    // The tracker of now, for as long as the caller has it. Throws NoTracker, which these two answer, between
     // two galleries.
     std::shared_ptr<UGCTracker> Tracker() {
         std::shared_ptr<UGCTracker> tracker = api_->GetUGCTracker();

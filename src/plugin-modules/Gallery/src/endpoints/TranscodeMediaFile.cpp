@@ -49,8 +49,6 @@ void TranscodeMediaFile::Parse(const KXP::Value& params) {
     userData_ = KXP::jsonGetValueOrDefault<std::string>(params, "userData", "");
     maxFileSizeMB_ = KXP::jsonGetValueOrDefault<int>(params, "maxFileSizeMB", 0);
     quality_ = KXP::jsonGetEnumOrDefault(params, "quality", kTranscodeQualityJsonStrs, quality_);
-    if (!KXP::jsonObjectHasKey(params, "newDuration", false))
-        throw KXP::JSONFieldError("Missing mandatory field newDuration");
     newDuration_ = KXP::jsonGetValue<double>(params, "newDuration");
     output_.newWidth = ReadSide(params, "newWidth", "width");
     output_.newHeight = ReadSide(params, "newHeight", "height");

@@ -34,7 +34,7 @@ void ReadCapture(const KXP::Value& params, CaptureRequestInfo& info) {
 }  // namespace
 
 KXP::RetVal TrimVideo::ExecuteAsync(const KXP::Value& params) {
-    return Guarded([&]() -> KXP::RetVal {
+    return WithTracker([&]() -> KXP::RetVal {
         const auto input = KXP::jsonGetValue<std::string>(params, "input");
         const auto output = KXP::jsonGetValue<std::string>(params, "output");
         const auto headTrimMs = KXP::jsonGetValue<double>(params, "headTrimMs");
@@ -44,7 +44,7 @@ KXP::RetVal TrimVideo::ExecuteAsync(const KXP::Value& params) {
 }
 
 KXP::RetVal AddMeme::ExecuteAsync(const KXP::Value& params) {
-    return Guarded([&]() -> KXP::RetVal {
+    return WithTracker([&]() -> KXP::RetVal {
         const auto file = KXP::jsonGetValue<std::string>(params, "file");
         const KXP::Value& texts = KXP::JSONGetObject(params, "memeInfo");
         std::string top;

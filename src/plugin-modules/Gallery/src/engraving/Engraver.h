@@ -8,7 +8,7 @@
 // Engraves what `info` tells into an MP4, in the place of what was engraved before. False, and logged, with
 // the file untouched, for anything but an MP4 that is understood, or without room on its disk; throws what
 // MakeMetadata throws. Wherever it is cut off, the file plays, with the old block or the new one. The work
-// grows with the movie's headers and not with its data. Any thread, one at a time on a file.
+// grows with the movie's headers and not with its data. Any thread; others wait for their turn.
 bool AddMetadatatoFile(const std::string& outputFile, const CaptureRequestInfo* info);
 
 class Engraver {

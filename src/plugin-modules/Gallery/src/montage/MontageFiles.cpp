@@ -15,13 +15,16 @@
 
 const char* const RECIPE_PATH = "Montage/v1/";
 const char* const MONTAGE_APP = "OvirastreamXMontage";
+const char* const MONTAGE_EXE = "OvirastreamXMontage.exe";
+const char* const MONTAGE_EXE_STAGE = "../OvirastreamXMontage/OvirastreamXMontage.exe";
 const char* const STORAGE_FILE = "sharedstorage.json";
 
 namespace montage {
 namespace {
 
-// The layer of messages puts these into payloads.
-constexpr const char* kResultKeys[] = {"_return_code", "_return_status", "_return_internal"};
+// The layer of messages puts the first three into payloads; a page might send the last.
+constexpr const char* kForeignKeys[] = {"_return_code", "_return_status", "_return_internal",
+                                        "mediaDirZorvex"};
 
 }  // namespace
 
@@ -51,9 +54,10 @@ bool WriteStorageFile(const std::string& path, const KXP::Value& params, const s
     KXP::Document document(rapidjson::kObjectType);
     KXP::Allocator& allocator = document.GetAllocator();
     KXP::Value copy(params, allocator);
-    for (const char* key : kResultKeys)
-        copy.RemoveMember(key);
-    copy.RemoveMember("mediaDirZorvex");
+    for (const char* key : kForeignKeys) {
+        while (copy.RemoveMember(key)) {
+        }
+    }
     copy.AddMember("mediaDirZorvex", KXP::Value(mediaFolder, allocator), allocator);
     document.AddMember("recipeParams", copy, allocator);
     KXP::JsonBuffer text;

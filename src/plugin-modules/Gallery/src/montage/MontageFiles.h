@@ -13,6 +13,9 @@ extern const char* const RECIPE_PATH;
 // to do.
 extern const char* const MONTAGE_APP;
 extern const char* const STORAGE_FILE;
+// Where platforms without bundles have the process.
+extern const char* const MONTAGE_EXE;
+extern const char* const MONTAGE_EXE_STAGE;
 
 namespace montage {
 

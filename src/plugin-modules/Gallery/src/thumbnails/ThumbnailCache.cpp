@@ -11,9 +11,11 @@ ThumbnailCache::Text ThumbnailCache::Find(const Key& key) {
 }
 
 void ThumbnailCache::Put(const Key& key, Text text) {
+    Entry entry{key, std::move(text)};
+    if (Cost(entry) > maxBytes_) return;
     const KXP::MutexLock lock(mutex_);
     if (byKey_.count(key) > 0) return;
-    entries_.push_front({key, std::move(text)});
+    entries_.push_front(std::move(entry));
     byKey_[key] = entries_.begin();
     bytes_ += Cost(entries_.front());
     while (bytes_ > maxBytes_) {

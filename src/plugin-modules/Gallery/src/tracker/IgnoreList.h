@@ -14,6 +14,14 @@ class IgnoreList {
         KXP::MutexLock lock(mutex_);
         paths_.insert(paths.begin(), paths.end());
     }
+    // All or none: false when one of them is there already.
+    bool AddIfNone(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
+        KXP::MutexLock lock(mutex_);
+        for (const std::string& path : paths)
+            if (paths_.count(path) > 0) return false;
+        paths_.insert(paths.begin(), paths.end());
+        return true;
+    }
     // Once is enough, however often a path was added.
     void Remove(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
         KXP::MutexLock lock(mutex_);

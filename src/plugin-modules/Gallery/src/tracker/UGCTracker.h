@@ -81,6 +81,7 @@ class UGCTracker {
     bool IsTrackedFile(const std::string& path) const;
     bool CheckIfIgnored(const std::string& path) const { return ignoreList_.Has(path); }
     void AddToIgnoreList(const std::vector<std::string>& paths) { ignoreList_.Add(paths); }
+    bool AddToIgnoreListIfNone(const std::vector<std::string>& paths) { return ignoreList_.AddIfNone(paths); }
     void RemoveFromIgnoreList(const std::vector<std::string>& paths) { ignoreList_.Remove(paths); }
 
     // 0x80070002 for a path that is not on record.
@@ -166,8 +167,10 @@ class UGCTracker {
     bool MayWaitForNext() EXCLUDES(mutex_);
     void UntrackPath(const std::string& path) EXCLUDES(mutex_);
 
-    // A clip that takes the place of its source.
-    enum class Swap { Pending, Done, Failed };
+    // A clip that takes the place of its source. Whoever takes it on from Pending decides what becomes of it.
+    enum class Swap { Pending, Moving, Done, Failed };
+    KXP::RetVal TrimInPlace(const std::string& path, double headTrimMs, double lengthMs);
+    bool Cut(const std::string& input, const std::string& output, double headTrimMs, double lengthMs);
     void QueueSwap(const std::string& temporary, const std::string& output,
                    std::shared_ptr<std::atomic<Swap>> swap);
     KXP::RetVal AwaitClip(const std::string& output, const std::atomic<Swap>& swap) const;
