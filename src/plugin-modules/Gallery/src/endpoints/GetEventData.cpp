@@ -1,5 +1,6 @@
 #include "plugin-modules/Gallery/src/endpoints/GetEventData.h"
 
+#include "common/Turns.h"
 #include "plugin-modules/Gallery/src/activity/EdgeLogs.h"
 
 namespace {
@@ -16,6 +17,9 @@ std::string GalleryPathOf(ZvGalleryAPI& api) {
 }  // namespace
 
 KXP::RetVal GetEventData::ExecuteAsync(const KXP::Value&) {
+    // One at a time: logs may take much memory.
+    static KXP::Turns reading;
+    const KXP::Turn turn(reading, "");
     recents_.clear();
     const std::string gallery = GalleryPathOf(api());
     if (gallery.empty()) return {KXP::Code::kFailure, "Failed to get User Gallery Path", 0};

@@ -37,7 +37,8 @@ KXP::RetVal Remove::ExecuteAsync(const KXP::Value& params) {
 }
 
 KXP::RetVal Remove::DeleteFile() {
-    const bool keep = KXP::FileExists(file_) && !media::MayDeleteCapture(file_, api().GetGalleryPath());
+    const bool isThere = KXP::FileExists(file_) || KXP::DirectoryExists(file_);
+    const bool keep = isThere && !media::MayDeleteCapture(file_, api().GetGalleryPath());
     const int code = keep ? KXP::Code::kAccessDenied : KXP::FileDelete(file_, true);
     return {code, code < 0 ? "Unable to delete file" : "Success", 0};
 }

@@ -3,42 +3,16 @@
 #include <optional>
 
 #include "CobalixUtil.h"
-#include "common/Mutex.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingFile.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingPlan.h"
 #include "plugin-modules/Gallery/src/engraving/MetadataText.h"
 #include "plugin-modules/Gallery/src/engraving/Mp4Boxes.h"
+#include "plugin-modules/Gallery/src/media/Edits.h"
 
 namespace {
 
 // Readers look at no more of a tag.
 constexpr size_t kMaxText = 4096;
-
-// Two that plan for the same file would write over each other. Files are engraved one at a time, whichever
-// they are: each takes a few writes.
-class Turn {
-  public:
-    Turn() {
-        const KXP::MutexLock lock(mutex_);
-        while (isTaken_)
-            ended_.Wait(mutex_);
-        isTaken_ = true;
-    }
-    ~Turn() {
-        {
-            const KXP::MutexLock lock(mutex_);
-            isTaken_ = false;
-        }
-        ended_.NotifyAll();
-    }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
-
-  private:
-    static inline KXP::Mutex mutex_;
-    static inline KXP::CondVar ended_;
-    static inline bool isTaken_ GUARDED_BY(mutex_) = false;
-};
 
 }  // namespace
 
@@ -49,7 +23,7 @@ bool AddMetadatatoFile(const std::string& outputFile, const CaptureRequestInfo* 
         return false;
     }
     const std::string text = MakeMetadata(info);
-    const Turn turn;
+    const KXP::Turn turn(media::Edits(), media::EditedFile(outputFile));
     // The lines are the same on every platform, whoever reads and writes the movie there.
     std::optional<EngravingFile> file;
     Mp4Layout layout;

@@ -6,6 +6,7 @@
 #include "CobalixUtil.h"
 #include "common/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
+#include "plugin-modules/Gallery/src/media/Edits.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 using KXP::RetVal;
@@ -90,6 +91,8 @@ RetVal UGCTracker::TrimInPlace(const std::string& path, double headTrimMs, doubl
 
 bool UGCTracker::Cut(const std::string& input, const std::string& output, double headTrimMs,
                      double lengthMs) {
+    // What is cut is not to be engraved meanwhile.
+    const KXP::Turn turn(media::Edits(), media::EditedFile(input));
     const int32_t code = host_.TrimVideoFile(input, output, headTrimMs, lengthMs);
     if (code != Code::kOk) (void)LogTrimFailed(code);
     return code == Code::kOk;
