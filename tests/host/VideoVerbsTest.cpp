@@ -179,6 +179,25 @@ TEST_F(VideoVerbs, AnInterruptCancelsTheMontageFirst) {
     EXPECT_TRUE(std::filesystem::is_empty(temporary_));
 }
 
+TEST_F(VideoVerbs, WhatAKilledHostLeavesIsRemovedByTheNext) {
+    ChildProcess alive(WithFake({"serve"}), {});
+    ChildProcess killed(WithFake({"serve"}), {});
+    for (ChildProcess* serve : {&alive, &killed}) {
+        serve->Write("{\"method\":\"Echo\"}\n");
+        ASSERT_TRUE(serve->ReadOutUntil("\n"));
+    }
+    killed.Signal(SIGKILL);
+    killed.Wait();
+    const auto count = [this] {
+        const std::filesystem::directory_iterator left(temporary_);
+        return std::distance(begin(left), end(left));
+    };
+    EXPECT_EQ(count(), 2);
+    EXPECT_EQ(RunHost({"serve"}).status, 0);
+    EXPECT_EQ(count(), 1) << "that of the one that lives";
+    EXPECT_EQ(alive.Wait(), 0);
+}
+
 // With the real plug-in, and the montage process of the tests.
 TEST_F(VideoVerbs, TheMontageProcessReachesItsContainer) {
     home_.folder().Write("data/ZORVEX/OvirastreamX/Montage/v1/r.js", "//");

@@ -8,6 +8,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -16,8 +17,49 @@
 namespace host {
 namespace {
 
+namespace fs = std::filesystem;
+
+constexpr const char* kPrefix = "gallery-host-";
+constexpr const char* kName = "/messages";
+
 [[noreturn]] void Fail(int error) {
     throw std::system_error(error, std::generic_category());
+}
+
+sockaddr_un Address(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) Fail(ENAMETOOLONG);
+    std::memcpy(address.sun_path, path.c_str(), path.size());
+    return address;
+}
+
+int OpenSocket() {
+    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0) Fail(errno);
+    return fd;
+}
+
+// That there is a socket that nobody listens at.
+bool IsLeftOver(const std::string& folder) {
+    struct stat status {};
+    if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid())
+        return false;
+    const sockaddr_un address = Address(folder + kName);
+    const int fd = OpenSocket();
+    const bool refused = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
+                         errno == ECONNREFUSED;
+    close(fd);
+    return refused;
+}
+
+// What hosts have left that were killed.
+void RemoveLeftOvers(const fs::path& temporary) {
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(temporary, error)) {
+        const bool named = entry.path().filename().string().rfind(kPrefix, 0) == 0;
+        if (named && IsLeftOver(entry.path().string())) fs::remove_all(entry.path(), error);
+    }
 }
 
 }  // namespace
@@ -25,7 +67,7 @@ namespace {
 MessageSocket::MessageSocket() {
     try {
         Open();
-        setenv(kVariable, (folder_ + "/messages").c_str(), 1);
+        setenv(kVariable, (folder_ + kName).c_str(), 1);
     } catch (const std::system_error& error) {
         Say(std::string("child processes can send no messages: ") + error.code().message());
         Close();
@@ -38,23 +80,21 @@ MessageSocket::~MessageSocket() {
 }
 
 void MessageSocket::Open() {
-    std::string folder = (std::filesystem::temp_directory_path() / "gallery-host-XXXXXX").string();
+    const fs::path temporary = fs::temp_directory_path();
+    RemoveLeftOvers(temporary);
+    std::string folder = (temporary / (std::string(kPrefix) + "XXXXXX")).string();
     if (!mkdtemp(folder.data())) Fail(errno);
     folder_ = folder;
-    const std::string path = folder_ + "/messages";
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) Fail(ENAMETOOLONG);
-    std::memcpy(address.sun_path, path.c_str(), path.size());
-    fd_ = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (fd_ < 0 || bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) Fail(errno);
+    const sockaddr_un address = Address(folder_ + kName);
+    fd_ = OpenSocket();
+    if (bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) Fail(errno);
 }
 
 void MessageSocket::Close() {
     if (fd_ >= 0) close(fd_);
     fd_ = -1;
     std::error_code error;
-    if (!folder_.empty()) std::filesystem::remove_all(folder_, error);
+    if (!folder_.empty()) fs::remove_all(folder_, error);
 }
 
 bool MessageSocket::HasMore() const {

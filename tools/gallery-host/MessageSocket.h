@@ -16,7 +16,7 @@ class MessageSocket {
     // In a new folder that is this user's alone. Make it before there are threads, as the environment has no
     // lock. What keeps it from being made is said, and it stays closed: the messages are only missed.
     MessageSocket();
-    ~MessageSocket();  // removes the folder
+    ~MessageSocket();  // removes the folder; that of a host that was killed goes when the next is made
     MessageSocket(const MessageSocket&) = delete;
     MessageSocket& operator=(const MessageSocket&) = delete;
 
