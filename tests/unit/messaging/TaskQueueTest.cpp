@@ -69,6 +69,7 @@ TEST(TaskQueue, AStalledTaskHoldsTheStopForASecondAtMost) {
     LogCapture log;
     // Never destroyed: the thread of the late task may be abandoned before it tells its end.
     static FakeClock& clock = *new FakeClock;
+    static Course& late = *new Course;
     const auto start = clock.Now();
     TaskQueue queue("stuck", clock);
     Course course;
@@ -79,7 +80,6 @@ TEST(TaskQueue, AStalledTaskHoldsTheStopForASecondAtMost) {
     queue.RequestStop();
     ASSERT_TRUE(queue.Step());
     queue.EnqueueNotification(queue.Now() + seconds(3000), [] { FAIL() << "came too late"; });
-    Course late;
     queue.ExecuteTask(new TestTask("late", late, Pend), queue.Now());
     ASSERT_TRUE(queue.Step());
     EXPECT_EQ(late.cancelled.Get(), 1) << "comes behind the stop";
