@@ -26,8 +26,9 @@ class ChildProcess {
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // Until it has ended, whether or not its output has; what its group still runs is then killed. Hands over
-    // each line that it prints, cut to kMaxLine bytes, on this thread. Once.
+    // Until it has ended, whether or not its output has; what its group still runs is then killed, unless the
+    // host ignores or reaps its children, when the group's number may be another's by then. Hands over each
+    // line that it prints, cut to kMaxLine bytes, on this thread. Once.
     void Wait(const OnLine& onLine) EXCLUDES(mutex_);
 
     // Asks it to end; what has not ended after `grace` is killed by whoever waits. Any thread, any number of
