@@ -83,7 +83,7 @@ class CountingHost : public RecordingHost {
   public:
     void UpdateGalleryUsage(unsigned) override {}
     void NotifyUGCDeleted(const TrackedUGC&) override {}
-    void NotifyUGCAdded(TrackedUGC) override {
+    void NotifyUGCAdded(TrackedUGC, Announcements::Found, bool) override {
         const std::lock_guard<std::mutex> lock(mutex_);
         ++added_;
         changed_.notify_all();
@@ -113,9 +113,7 @@ void WaitForWorker(UGCTracker& tracker) {
 }
 
 size_t RecordsOf(UGCTracker& tracker) {
-    std::vector<TrackedUGC> all;
-    (void)tracker.GetRecentUGC(UINT32_MAX, all);
-    return all.size();
+    return tracker.GetRecentUGC(UINT32_MAX).size();
 }
 
 // The floor of a rebuild: one look at each file, one sum of the tree and one write.
@@ -244,7 +242,7 @@ void Storm(benchmark::State& state) {
             std::vector<TrackedUGC> recent;
             TrackedUGC one;
             for (size_t i = 0; !over; ++i) {
-                queries.push_back(SecondsOf([&] { (void)tracker->GetRecentUGC(10, recent); }));
+                queries.push_back(SecondsOf([&] { recent = tracker->GetRecentUGC(10); }));
                 queries.push_back(
                     SecondsOf([&] { (void)tracker->GetUGCData(paths[i % paths.size()], one); }));
                 grownMB = std::max(grownMB, ResidentMB() - baseMB);
@@ -281,8 +279,8 @@ void GameQueries(benchmark::State& state) {
     std::vector<TrackedUGC> recent;
     std::vector<TrackedUGC> found;
     while (state.KeepRunning()) {
-        recents.push_back(SecondsOf([&] { (void)tracker->GetRecentUGC(10, recent); }));
-        games.push_back(SecondsOf([&] { (void)tracker->GetGameUGC("Game 0", found); }));
+        recents.push_back(SecondsOf([&] { recent = tracker->GetRecentUGC(10); }));
+        games.push_back(SecondsOf([&] { found = tracker->GetGameUGC("Game 0"); }));
         state.SetIterationTime(games.back());
     }
     state.counters["recent_us"] = Median(recents) * 1e6;

@@ -129,12 +129,11 @@ void ReadTracker(benchmark::State& state, bool intoRecords) {
         const double baseline = ParsePlainly(sample.text);
         KXP::Document document;
         TrackerContent content;
-        uint32_t usageKB = 0;
         const double ours = Seconds([&] {
             if (sample.file.ReadAndParseJSON(document).Failed()) throw std::runtime_error("benchmark file");
             if (!intoRecords) return;
             ParseTrackerInfoFromJSON(document, content.info);
-            (void)ParseUGCFromJSON(document, content.ugc, usageKB);
+            content.ugc = ParseUGCFromJSON(document);
             (void)ParseUGCGamesFromJSON(document, content.games);
         });
         state.SetIterationTime(ours);

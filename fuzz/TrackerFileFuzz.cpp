@@ -13,8 +13,7 @@ namespace {
 bool Read(std::string_view text, TrackerContent& content) {
     KXP::Document document;
     if (KXP::ParseJSON(text, document).IsError()) return false;
-    uint32_t usageKB = 0;
-    if (ParseUGCFromJSON(document, content.ugc, usageKB).Failed()) std::abort();
+    content.ugc = ParseUGCFromJSON(document);
     ParseTrackerInfoFromJSON(document, content.info);
     return !ParseUGCGamesFromJSON(document, content.games).Failed();
 }

@@ -10,7 +10,7 @@
 namespace KXP {
 namespace {
 
-FileDescriptor OpenRegular(const std::string& path, int flags, mode_t mode, uint64_t* size) {
+FileDescriptor OpenRegular(const std::string& path, int flags, mode_t mode, struct stat& status) {
     // The system would take the text before a zero byte, which is another file.
     if (path.find('\0') != std::string::npos) {
         errno = EINVAL;
@@ -19,11 +19,7 @@ FileDescriptor OpenRegular(const std::string& path, int flags, mode_t mode, uint
     // Without O_NONBLOCK the opening of a pipe waits for its other end.
     FileDescriptor file(open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC | O_NOCTTY, mode));
     if (!file.IsOpen()) return file;
-    struct stat status {};
-    if (fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) {
-        if (size) *size = static_cast<uint64_t>(status.st_size);
-        return file;
-    }
+    if (fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
     file.Close();
     errno = EINVAL;
     return file;
@@ -37,16 +33,27 @@ bool FileDescriptor::Close() {
     return close(std::exchange(fd_, -1)) == 0 || errno == EINTR;
 }
 
+FileDescriptor OpenForRead(const std::string& path, struct stat& status) {
+    return OpenRegular(path, O_RDONLY, 0, status);
+}
+
 FileDescriptor OpenForRead(const std::string& path, uint64_t* size) {
-    return OpenRegular(path, O_RDONLY, 0, size);
+    struct stat status {};
+    FileDescriptor file = OpenForRead(path, status);
+    if (size) *size = static_cast<uint64_t>(status.st_size);
+    return file;
 }
 
 FileDescriptor OpenForWrite(const std::string& path, unsigned mode) {
-    return OpenRegular(path, O_WRONLY | O_CREAT, static_cast<mode_t>(mode), nullptr);
+    struct stat status {};
+    return OpenRegular(path, O_WRONLY | O_CREAT, static_cast<mode_t>(mode), status);
 }
 
 FileDescriptor OpenForUpdate(const std::string& path, uint64_t* size) {
-    return OpenRegular(path, O_RDWR, 0, size);
+    struct stat status {};
+    FileDescriptor file = OpenRegular(path, O_RDWR, 0, status);
+    if (size) *size = static_cast<uint64_t>(status.st_size);
+    return file;
 }
 
 long ReadSome(const FileDescriptor& file, char* buffer, size_t size) {

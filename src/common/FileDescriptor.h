@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+struct stat;
+
 namespace KXP {
 
 class FileDescriptor {
@@ -37,6 +39,9 @@ class FileDescriptor {
 // Opens a regular file, following a symbolic link. Anything else gives a closed descriptor with errno set.
 // Fills `size` with the file's own.
 FileDescriptor OpenForRead(const std::string& path, uint64_t* size = nullptr);
+
+// The same, with all that the system knows of the open file.
+FileDescriptor OpenForRead(const std::string& path, struct stat& status);
 
 // The same for writing, creating the file with `mode` less the umask; an old file keeps its bytes.
 FileDescriptor OpenForWrite(const std::string& path, unsigned mode);

@@ -184,13 +184,9 @@ int FileTime(const std::string& path, int64_t& seconds) {
     return Code::kOk;
 }
 
-int FileSizeKB(const std::string& path, int& size) {
-    size = 0;
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return Code::kNotFound;
+int FileSizeKB(const struct stat& status) {
     // A sparse file can claim more than an int of kilobytes.
-    size = static_cast<int>(std::min<int64_t>((static_cast<int64_t>(status.st_size) + 999) / 1000, INT_MAX));
-    return Code::kOk;
+    return static_cast<int>(std::min<int64_t>((static_cast<int64_t>(status.st_size) + 999) / 1000, INT_MAX));
 }
 
 int FileUnlockedCheckAndWait(const std::string&, unsigned int) {

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+struct stat;
+
 namespace KXP {
 
 class HeldLog;
@@ -49,8 +51,8 @@ int FileAttrNormal(const std::string& path);
 // Modification time in seconds since 1970; 0x80070002 when there is no such file.
 int FileTime(const std::string& path, int64_t& seconds);
 
-// Size in units of 1000 bytes, rounded up; 0 and 0x80070002 when there is no such file.
-int FileSizeKB(const std::string& path, int& size);
+// Size in units of 1000 bytes, rounded up.
+int FileSizeKB(const struct stat& status);
 
 // Files are not locked by readers on this platform: always 0, at once.
 int FileUnlockedCheckAndWait(const std::string& path, unsigned int milliseconds);

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include <sys/stat.h>
+
 #include "common/FileDescriptor.h"
 
 namespace KXP {
@@ -17,21 +19,24 @@ class ifstream {
     // False, with nothing held, when the path cannot be opened or is no regular file; symbolic links are
     // followed.
     bool open(const std::string& path) {
-        file_ = OpenForRead(path, &size_);
+        file_ = OpenForRead(path, status_);
         return file_.IsOpen();
     }
+    // What the system knew of the file at the opening.
+    const struct stat& status() const { return status_; }
 
     // Fills `out` with up to `count` bytes from `position` on. Fewer come only at the end of the file, which
     // is where it was at the opening, or where the device fails.
     size_t read_at(uint64_t position, char* out, size_t count) {
-        if (position >= size_) return 0;
+        const auto size = static_cast<uint64_t>(status_.st_size);
+        if (position >= size) return 0;
         // Cut at the known size: the call that would only find the end of the file is saved.
-        return ReadAt(file_, position, out, static_cast<size_t>(std::min<uint64_t>(count, size_ - position)));
+        return ReadAt(file_, position, out, static_cast<size_t>(std::min<uint64_t>(count, size - position)));
     }
 
   private:
     FileDescriptor file_;
-    uint64_t size_ = 0;
+    struct stat status_ {};
 };
 
 }  // namespace KXP

@@ -76,9 +76,7 @@ int64_t HHMMSSTimeTo100ns(const char* text) {
     return milliseconds * 10000;
 }
 
-int FileDate(const std::string& path, std::string& date) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return Code::kNotFound;
+int FileDate(const struct stat& status, std::string& date) {
     // The way through local time can move a time in the hour that a zone repeats; records that are compared
     // with this date were made the same way.
     std::tm local{};

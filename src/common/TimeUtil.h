@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+struct stat;
+
 namespace KXP {
 
 // The monotonic clock, in units of 100 ns.
@@ -26,7 +28,7 @@ std::string GetCurrentLocalTime();
 int64_t HHMMSSTimeTo100ns(const char* text);
 
 // The modification time in UTC without milliseconds, "2021-03-07T14:05:09Z"; gives a code.
-int FileDate(const std::string& path, std::string& date);
+int FileDate(const struct stat& status, std::string& date);
 
 // Milliseconds since the last modification, despite the name; 0 for a file from the future. Gives a code.
 int MilisecsFromFileCreation(const std::string& path, uint64_t& milliseconds);

@@ -25,13 +25,10 @@ inline bool ReadTracker(const std::string& path, TrackerRecords& out) {
     KXP::Document document;
     if (file.ReadAndParseJSON(document).Failed()) return false;
     TrackerInfo info;
-    std::vector<TrackedUGC> records;
+    const std::vector<TrackedUGC> records = ParseUGCFromJSON(document);
     TrackedUGCGames games;
-    uint32_t usageKB = 0;
     ParseTrackerInfoFromJSON(document, info);
-    if (ParseUGCFromJSON(document, records, usageKB).Failed() ||
-        ParseUGCGamesFromJSON(document, games).Failed())
-        return false;
+    if (ParseUGCGamesFromJSON(document, games).Failed()) return false;
     out = {};
     out.folderCRC = info.folderCRC;
     std::set<int> ids;

@@ -1,8 +1,7 @@
-// A plug-in around a tracker that keeps what the tracker tells, one line each in order.
+// A plug-in around a tracker that keeps what the tracker notifies it of, one line each in order.
 #pragma once
 
 #include <functional>
-#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -14,33 +13,28 @@
 class RecordingHost : public ITrackerHost {
   public:
     Settings* GetGallerySettings() override { return &settings_; }
+    Announcements& GetAnnouncements() override { return announcements_; }
     std::string GetGalleryPath() override {
         if (galleryGone) throw KXP::Exception(KXP::Code::kFailure, "ERROR: Unable to create folder", 0);
         return settings_.GetGalleryPath() + "/";
-    }
-    bool GetHighlightInfo(const std::string& path, Highlight& highlight) override {
-        if (onHighlightAsked) onHighlightAsked();
-        const auto found = highlights.find(path);
-        if (found != highlights.end()) highlight = found->second;
-        return found != highlights.end();
     }
     bool CheckLowDiskSpace() override {
         if (galleryGone) throw KXP::Exception(KXP::Code::kFailure, "gone", 0);
         return lowDisk;
     }
-    int32_t TrimVideoFile(const std::string& input, const std::string& output, double, double) override {
-        return onTrim ? onTrim(input, output) : KXP::Code::kFailure;
-    }
     void UpdateGalleryUsage(unsigned usageMB) override {
         settings_.SetCurrentSizeMB(usageMB);
         Tell("usage " + std::to_string(usageMB));
     }
-    void NotifyUGCAdded(TrackedUGC ugc) override {
-        Tell("added " + std::to_string(ugc.id) + " " + ugc.path.substr(ugc.path.rfind('/') + 1));
+    void NotifyUGCAdded(TrackedUGC ugc, Announcements::Found announced, bool unannounced) override {
+        const bool waited = announced == Announcements::Found::ThisWaited;
+        Tell("added " + Words(ugc) + (waited ? unannounced ? ", as unannounced" : ", as announced" : ""));
     }
-    void NotifyUGCDeleted(const TrackedUGC& ugc) override {
-        Tell("deleted " + std::to_string(ugc.id) + " " + ugc.path.substr(ugc.path.rfind('/') + 1));
+    void NotifyCaptureSaved(const TrackedUGC& ugc, bool) override { Tell("saved " + Words(ugc)); }
+    void NotifyHighlightSaved(TrackedUGC& ugc, bool unannounced) override {
+        Tell("highlight " + Words(ugc) + (unannounced ? ", unannounced" : ""));
     }
+    void NotifyUGCDeleted(const TrackedUGC& ugc) override { Tell("deleted " + Words(ugc)); }
     void NotifyTrackerUpdate(TrackerUpdateState state) override { Tell(TrackerUpdateStateName(state)); }
     void NotifyHighlightCanceled(const Highlight& highlight) override {
         Tell("canceled " + std::to_string(highlight.GetId()));
@@ -58,14 +52,14 @@ class RecordingHost : public ITrackerHost {
         return all;
     }
 
-    std::map<std::string, Highlight> highlights;  // by path; set before the tracker looks
-    std::function<void()> onHighlightAsked;
-    std::function<int32_t(const std::string& input, const std::string& output)> onTrim;
     std::function<void()> onTold;  // on the thread that tells
     bool galleryGone = false;
     bool lowDisk = false;
 
   private:
+    static std::string Words(const TrackedUGC& ugc) {
+        return std::to_string(ugc.id) + " " + ugc.path.substr(ugc.path.rfind('/') + 1);
+    }
     void Tell(std::string line) {
         {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -75,6 +69,7 @@ class RecordingHost : public ITrackerHost {
     }
 
     Settings settings_;
+    Announcements announcements_;
     std::mutex mutex_;
     std::vector<std::string> told_;
 };

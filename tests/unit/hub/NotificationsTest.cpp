@@ -122,37 +122,47 @@ TEST_F(HubTest, ACompleteUpdateTellsThePathFirstAlsoWithoutItsDrive) {
     EXPECT_EQ(module_.TakeSent(), "PathChangeNotification {\"path\":\"" + gone + "\"}" + status);
 }
 
-TEST_F(HubTest, AnAddedFileIsToldAsItsNotificationHasIt) {
+TEST_F(HubTest, AnAddedFileIsReportedAsItsAnnouncementHasIt) {
+    using Found = Announcements::Found;
     TrackedUGC highlight = HighlightAt("/gallery/a.mp4");
     TrackedUGC screenshot = highlight;
     screenshot.fileSource = "OVS_Share";
-    hub_.NotifyUGCAdded(highlight);
+    hub_.NotifyUGCAdded(highlight, Found::NothingWaits, false);
     EXPECT_EQ(module_.TakeSent(), Saved(highlight, true)) << "nothing waits: the file came by itself";
+    hub_.NotifyUGCAdded(highlight, Found::OthersWait, false);
+    EXPECT_EQ(module_.TakeSent(), "") << "another file is waited for";
 
     DefineHighlight();
     const ScopedEnv german("LC_ALL", "de_DE.UTF-8");
-    const auto announce = [&](const std::string& path, bool unannounced) {
-        const std::string payload =
-            R"({"highlight":{"path":")" + path + R"("},"unannounced":)" + (unannounced ? "true}" : "false}");
-        hub_.OnHighlightSaved(std::make_unique<KXP::JSONMessage>("s", "m", "HighlightSavedNotification", "id",
-                                                                 payload.c_str(), nullptr, nullptr));
-    };
-    announce("/gallery/other.mp4", false);
-    hub_.NotifyUGCAdded(highlight);
-    EXPECT_EQ(module_.TakeSent(), "") << "another file is waited for";
-
+    TrackedUGC named = highlight;
+    named.highlightName = "Sieg";
     for (const bool unannounced : {false, true}) {
-        announce(highlight.path, unannounced);
-        hub_.NotifyUGCAdded(screenshot);
+        hub_.NotifyUGCAdded(screenshot, Found::ThisWaited, unannounced);
         EXPECT_EQ(module_.TakeSent(), Saved(screenshot, false));
-        announce(highlight.path, unannounced);
-        hub_.NotifyUGCAdded(highlight);
-        TrackedUGC named = highlight;
-        named.highlightName = "Sieg";
+        hub_.NotifyUGCAdded(highlight, Found::ThisWaited, unannounced);
         EXPECT_EQ(module_.TakeSent(), Saved(named, unannounced));
-        hub_.NotifyUGCAdded(highlight);
-        EXPECT_EQ(module_.TakeSent(), "") << "told once";
     }
+}
+
+// What the message says waits for its file, over a change of the gallery as well.
+TEST_F(HubTest, AnnouncementsWaitForTheirFiles) {
+    const auto message = [&](const char* method, const std::string& payload) {
+        return std::make_unique<KXP::JSONMessage>("s", "m", method, "id", payload.c_str(), nullptr, nullptr);
+    };
+    hub_.OnHighlightSaved(message("HighlightSavedNotification",
+                                  R"({"highlight":{"path":"/g/a.mp4","id":7},"unannounced":true})"));
+    hub_.OnCaptureSaved(message("CaptureSavedNotification", R"({"captureMode":"x","path":"/g/b.png"})"));
+    Announcements& announcements = hub_.GetAnnouncements();
+    Highlight highlight;
+    EXPECT_TRUE(announcements.GetHighlightInfo("/g/a.mp4", highlight));
+    EXPECT_EQ(highlight.GetId(), 7);
+    bool unannounced = false;
+    EXPECT_EQ(announcements.Take("/g/c.png", unannounced), Announcements::Found::OthersWait);
+    EXPECT_EQ(announcements.Take("/g/a.mp4", unannounced), Announcements::Found::ThisWaited);
+    EXPECT_TRUE(unannounced);
+    EXPECT_EQ(announcements.Take("/g/b.png", unannounced), Announcements::Found::ThisWaited);
+    EXPECT_FALSE(unannounced);
+    EXPECT_EQ(announcements.Take("/g/b.png", unannounced), Announcements::Found::NothingWaits);
 }
 
 TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {

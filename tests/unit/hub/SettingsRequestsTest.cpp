@@ -48,7 +48,7 @@ TEST_F(SettingsRequests, AnotherGalleryIsTakenAndGivenBack) {
     EXPECT_EQ(settings().GetUserGalleryPath(), home_ / "new/gallery");
     const auto second = hub_.GetUGCTracker();
     EXPECT_NE(second, first);
-    EXPECT_EQ(first->Flush().text, "No tracker") << "it writes no more";
+    EXPECT_EQ(first->DeleteTrackedHighlights({}).text, "No tracker") << "it writes no more";
     const auto firstLine = [lines = log_.Lines()](const char* text) {
         return std::find_if(lines.begin(), lines.end(),
                             [&](const std::string& line) { return line.find(text) != std::string::npos; }) -

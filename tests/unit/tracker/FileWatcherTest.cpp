@@ -76,7 +76,7 @@ class Told {
 
 struct Callback : IFileWatcherCallback {
     explicit Callback(Told& to) : told(to) {}
-    void Track(std::string path) override { told.Track(path); }
+    void Track(std::string path, bool) override { told.Track(path); }
     void Untrack(std::string path) override { told.Untrack(path); }
     Told& told;
 };
@@ -92,7 +92,7 @@ class FileWatcherTest : public testing::TestWithParam<bool> {
     }
 
     void Watch() {
-        watcher_ = CreateFileWatcher(folder_ / "Videos", true, std::make_unique<Callback>(told_), options_);
+        watcher_ = CreateFileWatcher(folder_ / "Videos", std::make_unique<Callback>(told_), options_);
     }
     std::string At(const std::string& name) const { return folder_ / ("Videos/Gallery/" + name); }
     std::string Write(const std::string& name, const std::string& bytes = "x") const {

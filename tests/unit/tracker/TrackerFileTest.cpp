@@ -25,17 +25,16 @@ std::string Written(const TrackerContent& content) {
     return {buffer.GetString(), buffer.GetSize()};
 }
 
-TrackerContent ReadFrom(const KXP::Document& document, uint32_t& usageKB) {
+TrackerContent ReadFrom(const KXP::Document& document) {
     TrackerContent content;
-    EXPECT_EQ(ParseUGCFromJSON(document, content.ugc, usageKB).code, 0);
+    content.ugc = ParseUGCFromJSON(document);
     EXPECT_EQ(ParseUGCGamesFromJSON(document, content.games).code, 0);
     ParseTrackerInfoFromJSON(document, content.info);
     return content;
 }
 
 std::vector<TrackedUGC> ReadRecords(const std::string& text) {
-    uint32_t usageKB = 0;
-    return ReadFrom(Parsed(text), usageKB).ugc;
+    return ReadFrom(Parsed(text)).ugc;
 }
 
 // Gives every member of a record that the list names a value of its own.
@@ -129,8 +128,7 @@ TEST(TrackerFile, EveryFieldOfManyRecordsSurvivesTheFile) {
     ASSERT_EQ(file.WriteJSON([&](auto& writer) { WriteTrackerJSON(content, writer); }, log).code, 0);
     KXP::Document document;
     ASSERT_EQ(file.ReadAndParseJSON(document).code, 0);
-    uint32_t usageKB = 0;
-    const TrackerContent again = ReadFrom(document, usageKB);
+    const TrackerContent again = ReadFrom(document);
     ASSERT_EQ(again.ugc.size(), content.ugc.size());
     for (size_t i = 0; i < again.ugc.size(); ++i)
         ASSERT_TRUE((Same{content.ugc[i], again.ugc[i]}(kRecordFileFields))) << i;
@@ -160,14 +158,6 @@ TEST(TrackerFile, TakesEveryKeyOfARecordInAnyOrder) {
     EXPECT_EQ(record.topBarText + record.bottomBarText, "tb");
     EXPECT_EQ(record.cmsId, 0xFFFFFFFFu);
     EXPECT_EQ(record.sizeKB, 0xFFFFFFFFu);
-}
-
-TEST(TrackerFile, UsageIsAddedUpToItsLargestValue) {
-    uint32_t usageKB = 5;
-    ReadFrom(Parsed(R"({"UGC":[{"sizeKB":10},{"sizeKB":20}]})"), usageKB);
-    EXPECT_EQ(usageKB, 35u);
-    ReadFrom(Parsed(R"({"UGC":[{"sizeKB":4294967261},{"sizeKB":1}]})"), usageKB);
-    EXPECT_EQ(usageKB, 0xFFFFFFFFu);
 }
 
 TEST(TrackerFile, GamesWithoutANameAreDroppedAndTheOthersKept) {

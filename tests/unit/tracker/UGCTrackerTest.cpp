@@ -94,11 +94,7 @@ class UGCTrackerTest : public testing::Test {
             text += std::to_string(record.id) + " ";
         return text;
     }
-    std::string IdsOfGame() {
-        std::vector<TrackedUGC> list;
-        EXPECT_EQ(tracker_->GetGameUGC("Game", list).code, 0);
-        return Ids(list);
-    }
+    std::string IdsOfGame() { return Ids(tracker_->GetGameUGC("Game")); }
     std::string FilteredIds(int32_t tags) {
         std::vector<TrackedUGC> list;
         EXPECT_EQ(tracker_->GetFilteredHighlights(list, "Game", "group", tags, 0).code, 0);
@@ -132,9 +128,7 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersAndIsSilent) {
     EXPECT_EQ(video.duration + video.audioType, "00:00:02Single");
     EXPECT_EQ(video.msDuration, 2000u);
     EXPECT_EQ(image.id + video.id, 3);
-    std::vector<std::string> games;
-    EXPECT_EQ(tracker_->GetTrackedGames(games).code, 0);
-    EXPECT_EQ(games, std::vector<std::string>{"Game"});
+    EXPECT_EQ(tracker_->GetTrackedGames(), std::vector<std::string>{"Game"});
     EXPECT_EQ(File()["UGC"].Size(), 2u);
     EXPECT_EQ(FileCrc(), DiskCrc());
     EXPECT_EQ(log_.Count("Track File failed"), 1) << "the foreign one; a link to a folder is nobody's file";
@@ -274,13 +268,13 @@ TEST_F(UGCTrackerTest, LengthsThatAVideoMayClaim) {
 TEST_F(UGCTrackerTest, IgnoredPathsAndFilesOfTheGalleryItselfAreNobodysBusiness) {
     OpenSettled();
     const std::string a = gallery_.AddImage("Game/a.png");
-    tracker_->AddToIgnoreList({a, a});
+    tracker_->ignoreList().Add({a, a});
     EXPECT_EQ(Track(a), "");
     EXPECT_EQ(Track(gallery_.AddImage("top.png")), "");
     EXPECT_EQ(Track(gallery_.Path("Game")), "");
-    tracker_->RemoveFromIgnoreList({a});
+    tracker_->ignoreList().Remove({a});
     EXPECT_EQ(Track(a), "usage 0, added 1 a.png");
-    tracker_->AddToIgnoreList({a});
+    tracker_->ignoreList().Add({a});
     tracker_->UntrackFile(a);
     RunDue();
     EXPECT_TRUE(tracker_->IsTrackedFile(a));
@@ -316,9 +310,7 @@ TEST_F(UGCTrackerTest, ListsDropWhatIsGoneAndTellIt) {
     }
     gallery_.Remove("Game/2.png");
     gallery_.Remove("Game/4.png");
-    std::vector<TrackedUGC> list;
-    EXPECT_EQ(tracker_->GetRecentUGC(2, list).code, 0);
-    EXPECT_EQ(Ids(list), "3 1 ");
+    EXPECT_EQ(Ids(tracker_->GetRecentUGC(2)), "3 1 ");
     EXPECT_EQ(host_.Told(), "deleted 2 2.png, deleted 4 4.png, usage 0");
     EXPECT_EQ(Records(), "1 1.png;3 3.png;");
     gallery_.Remove("Game/3.png");
@@ -326,9 +318,10 @@ TEST_F(UGCTrackerTest, ListsDropWhatIsGoneAndTellIt) {
     EXPECT_EQ(host_.Told(), "deleted 3 3.png, usage 0");
     unsigned videos = 0;
     unsigned images = 0;
-    EXPECT_EQ(tracker_->GetAppStats("Game", videos, images).code, 0);
+    tracker_->GetAppStats("Game", videos, images);
     EXPECT_EQ(images * 10 + videos, 10u);
-    EXPECT_EQ(tracker_->GetUGCData("nowhere", list[0]).code, static_cast<int32_t>(0x80070002));
+    TrackedUGC none;
+    EXPECT_EQ(tracker_->GetUGCData("nowhere", none).code, static_cast<int32_t>(0x80070002));
 }
 
 TEST_F(UGCTrackerTest, AUniqueFileTakesThePlaceOfTheOldOneAtTheEnd) {
@@ -394,18 +387,21 @@ TEST_F(UGCTrackerTest, AnAnnouncedHighlightBringsItsFieldsAndOneThatComesLaterRe
     tracker_->EnqueuePendingHighlight(highlight);
     const std::string a = gallery_.AddHighlight("Game/a.mp4", R"({"HighlightId":"from file"})");
     const std::string b = gallery_.AddHighlight("Game/b.mp4");
-    host_.highlights[a] = highlight;
-    EXPECT_EQ(Track(a), "usage 0, added 1 a.mp4");
+    tracker_->Announce(a, {true, true, highlight});
+    RunDue();
+    EXPECT_EQ(host_.Told(), "usage 0, added 1 a.mp4, as unannounced");
     const TrackedUGC record = RecordOf(a);
     EXPECT_EQ(record.highlightDefinitionId + record.highlightGroupId, "from filegroup");
     EXPECT_EQ(record.highlightTags, 5);
     EXPECT_FALSE(tracker_->DequeuePendingHighlight(highlight));
 
     EXPECT_EQ(Track(b), "usage 0, added 2 b.mp4");
-    highlight.SetPath(b);
     highlight.SetId(9);
-    tracker_->UpdateHighlightInfo(highlight);
+    tracker_->Announce(b, {true, false, highlight});
     RunDue();
+    EXPECT_EQ(host_.Told(), "highlight 9 b.mp4");
+    tracker_->Announce(b, {});
+    EXPECT_EQ(host_.Told(), "saved 9 b.mp4");
     EXPECT_EQ(IdsOfGame(), "9 1 ");
     EXPECT_EQ(Records(), "1 a.mp4;9 b.mp4;");
     EXPECT_EQ(FilteredIds(4), "1 ");
@@ -417,17 +413,90 @@ TEST_F(UGCTrackerTest, AnAnnouncedHighlightBringsItsFieldsAndOneThatComesLaterRe
     EXPECT_EQ(Records(), "9 b.mp4;");
 }
 
-// An announcement that the tracker has just missed must find the record when it looks for it.
-TEST_F(UGCTrackerTest, AHighlightIsEitherAnnouncedInTimeOrOnRecord) {
+// Announcements and files from both sides at once: each file is notified of as announced, once, by one side
+// or by the other.
+TEST_F(UGCTrackerTest, AnAnnouncementFindsTheRecordOrTheRecordTheAnnouncement) {
+    UGCTracker::Parts parts;
+    parts.watch = false;
+    UGCTracker tracker(&host_, false, parts);
+    for (int id = 1; id <= 100; ++id) {
+        const std::string name = std::to_string(id) + ".mp4";
+        const std::string path = gallery_.AddHighlight("Game/" + name);
+        tracker.TrackFile(path);
+        Highlight highlight;
+        highlight.SetId(1000 + id);
+        tracker.Announce(path, {true, false, highlight});
+    }
+    std::promise<void> done;
+    tracker.queue().EnqueueNotification(tracker.queue().Now(), [&] { done.set_value(); });
+    done.get_future().wait();
+    tracker.Stop();
+    const std::string told = host_.Told() + ", ";
+    for (int id = 1; id <= 100; ++id) {
+        const std::string words = std::to_string(1000 + id) + " " + std::to_string(id) + ".mp4, ";
+        const bool before = told.find("added " + words + "as announced, ") != std::string::npos;
+        const bool after = told.find("highlight " + words) != std::string::npos;
+        EXPECT_NE(before, after) << id;
+    }
+}
+
+// What the product does itself is on record at once, whatever the worker is at.
+TEST_F(UGCTrackerTest, WhatTheProductDoesIsOnRecordBeforeTheWorkerRuns) {
     OpenSettled();
-    const std::string path = gallery_.AddHighlight("Game/a.mp4");
-    std::future<bool> onRecord;
-    host_.onHighlightAsked = [&] {
-        onRecord = std::async(std::launch::async, [&] { return tracker_->IsTrackedFile(path); });
-        (void)onRecord.wait_for(milliseconds(50));
-    };
-    Track(path);
-    EXPECT_TRUE(onRecord.get());
+    const std::string a = gallery_.AddImage("Game/a.png");
+    const std::string b = gallery_.Path("Other/b.png");
+    tracker_->TrackNow(a);
+    EXPECT_TRUE(tracker_->IsTrackedFile(a));
+    RunDue();
+    EXPECT_EQ(host_.Told(), "usage 0, added 1 a.png");
+    // News from before the move, of a file that was where the moved one is now.
+    tracker_->UntrackFile(b);
+    gallery_.home().MakeFolder("Videos/ZORVEX/Ovirastream/Other");
+    std::filesystem::rename(a, b);
+    tracker_->UntrackNow(a);
+    tracker_->TrackNow(b);
+    EXPECT_FALSE(tracker_->IsTrackedFile(a));
+    EXPECT_TRUE(tracker_->IsTrackedFile(b));
+    // The watcher's news of it.
+    tracker_->UntrackFile(a);
+    tracker_->TrackFile(b);
+    RunDue();
+    EXPECT_EQ(host_.Told(), "deleted 1 a.png, usage 0, usage 0, added 2 b.png");
+    EXPECT_EQ(Records(), "2 b.png;");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+}
+
+// By folder and not by text: what can never be on record is neither tracked nor waited for.
+TEST_F(UGCTrackerTest, OnlyFilesOfGameFoldersAreWaitedFor) {
+    OpenSettled();
+    gallery_.AddImage("Game/a.png");
+    std::filesystem::create_directory_symlink(gallery_.path(), gallery_.home() / "alias");
+    std::atomic<bool> cancelled{false};
+    const auto never = std::chrono::steady_clock::time_point::max();
+    for (const std::string& path :
+         {gallery_.AddImage("top.png"), gallery_.AddImage("Game/deep/b.png"),
+          gallery_.AddImage(".hidden/c.png"), gallery_.home().Write("Videos/d.png", "d"),
+          gallery_.Path("none/e.png"), std::string("a.png")}) {
+        tracker_->TrackNow(path);
+        EXPECT_FALSE(tracker_->AwaitTracked(path, never, cancelled)) << path;
+    }
+    EXPECT_FALSE(tracker_->IsTrackedFile(gallery_.Path("Game/a.png")));
+    tracker_->TrackNow(gallery_.home() / "alias/Game/../Game/a.png");
+    EXPECT_TRUE(tracker_->IsTrackedFile(gallery_.Path("Game/a.png")));
+    EXPECT_TRUE(tracker_->AwaitTracked(gallery_.home() / "alias/Game/a.png", never, cancelled));
+    // A wait ends with its task, and with the tracker.
+    auto wait = std::async(std::launch::async, [&] {
+        return tracker_->AwaitTracked(gallery_.Path("Game/later.png"), never, cancelled);
+    });
+    cancelled = true;
+    tracker_->WakeWaiting();
+    EXPECT_FALSE(wait.get());
+    cancelled = false;
+    wait = std::async(std::launch::async, [&] {
+        return tracker_->AwaitTracked(gallery_.Path("Game/later.png"), never, cancelled);
+    });
+    tracker_->Stop();
+    EXPECT_FALSE(wait.get());
 }
 
 TEST_F(UGCTrackerTest, CapAndDiskAreToldOnEachCrossing) {
@@ -464,9 +533,7 @@ TEST_F(UGCTrackerTest, AGalleryThatIsGoneEndsNothing) {
     tracker_->TrackFolder(gallery_.path());
     tracker_->UntrackFile(gallery_.path());
     RunDue();
-    EXPECT_EQ(tracker_->Flush().code, 0);
-    EXPECT_TRUE(log_.Has("UntrackFileTask::CRC calculation failed"));
-    EXPECT_EQ(host_.Told(), "usage 0");
+    EXPECT_EQ(host_.Told(), "");
 }
 
 // The worker, an asking thread and the host's callbacks all at once: whoever tells, a capture's end comes
@@ -483,12 +550,11 @@ TEST_F(UGCTrackerTest, NewsKeepTheirOrderWhateverThreadTellsThem) {
         tracker.TrackFile(path);
     size_t removed = 0;
     while (removed < 20) {
-        std::vector<TrackedUGC> list;
-        (void)tracker.GetRecentUGC(1, list);
+        const std::vector<TrackedUGC> list = tracker.GetRecentUGC(1);
         if (list.empty()) continue;
         std::filesystem::remove(list[0].path);
         ++removed;
-        (void)tracker.GetGameUGC("Game", list);
+        (void)tracker.GetGameUGC("Game");
     }
     tracker.Stop();
     const std::string told = host_.Told() + ",";
@@ -501,6 +567,14 @@ TEST_F(UGCTrackerTest, NewsKeepTheirOrderWhateverThreadTellsThem) {
         EXPECT_LT(told.find("added" + what), end) << id;
     }
     EXPECT_EQ(deleted, 20u);
+}
+
+TEST_F(UGCTrackerTest, CaptionsAreKept) {
+    OpenSettled();
+    Track(gallery_.AddImage("Game/a.png"));
+    EXPECT_EQ(tracker_->AddMeme(gallery_.Path("Game/a.png"), "top", "bottom").code, 0);
+    EXPECT_NE(gallery_.home().Read(gallery_.ShareFile("UGCTracker.json")).find("\"top\""), std::string::npos);
+    EXPECT_EQ(tracker_->AddMeme("/none.mp4", "top", "").code, static_cast<int32_t>(0x80070002));
 }
 
 }  // namespace

@@ -37,28 +37,28 @@ TEST(WatchDecision, FlagsAndExistenceDecide) {
 const ScopedEnv kTraceLevel("COBALIX_LOG_LEVEL", "4");
 
 struct Recorder : IFileWatcherCallback {
-    void Track(std::string path) override { calls += "+" + path + "\n"; }
-    void Untrack(std::string) override { throw std::runtime_error("full"); }
     std::string calls;
+    void Track(std::string path, bool isFolder) override { calls += "+" + path + (isFolder ? "/\n" : "\n"); }
+    void Untrack(std::string) override { throw std::runtime_error("no such thing"); }
 };
 
-TEST(WatchDispatch, AsksForTheKindThatTheEventTells) {
-    const TempFolder folder;
+TEST(WatchDispatch, HoldsTheKindOfTheEventAgainstWhatIsThere) {
     const LogCapture log;
-    const std::string file = folder.Write("a.png", "x");
     Recorder recorder;
-    EXPECT_EQ(DispatchWatchEvent(0, 1, {file, ItemCreated | ItemIsFile}, recorder), WatchAction::Track);
-    EXPECT_EQ(DispatchWatchEvent(1, 2, {file, ItemCreated | ItemIsDir}, recorder), WatchAction::None);
-    EXPECT_EQ(DispatchWatchEvent(2, 3, {folder.path(), ItemRenamed}, recorder), WatchAction::Track);
-    EXPECT_EQ(recorder.calls, "+" + file + "\n+" + folder.path() + "\n");
-    EXPECT_TRUE(log.HasLine(4, "[0] 1 10100 " + file));
+    const auto dispatch = [&](uint32_t flags, ItemKind there) {
+        return DispatchWatchEvent(0, 1, {"/a", flags}, there, recorder);
+    };
+    EXPECT_EQ(dispatch(ItemCreated | ItemIsFile, ItemKind::File), WatchAction::Track);
+    EXPECT_EQ(dispatch(ItemCreated | ItemIsDir, ItemKind::File), WatchAction::None);
+    EXPECT_EQ(dispatch(ItemRenamed, ItemKind::Folder), WatchAction::Track);
+    EXPECT_EQ(dispatch(ItemCreated | ItemIsFile, ItemKind::Other), WatchAction::None);
+    EXPECT_EQ(recorder.calls, "+/a\n+/a/\n");
+    EXPECT_EQ(dispatch(ItemRemoved | ItemIsFile, ItemKind::None), WatchAction::None) << "it threw";
+    EXPECT_TRUE(log.HasLine(4, "[0] 1 10100 /a"));
     EXPECT_TRUE(log.HasLine(4, "kFSEventStreamEventFlags: ItemCreated ItemIsFile"));
-    EXPECT_TRUE(log.HasLine(4, "Calling Track for " + file));
-
-    EXPECT_EQ(DispatchWatchEvent(3, 4, {folder / "b", ItemRemoved | ItemIsFile}, recorder),
-              WatchAction::None);
-    EXPECT_TRUE(log.HasLine(4, "Calling Untrack for " + folder / "b"));
-    EXPECT_TRUE(log.HasLine(1, "Watcher callback threw full for " + folder / "b"));
+    EXPECT_TRUE(log.HasLine(4, "Calling Track for /a"));
+    EXPECT_TRUE(log.HasLine(4, "Calling Untrack for /a"));
+    EXPECT_TRUE(log.HasLine(1, "Watcher callback threw no such thing for /a"));
 }
 
 }  // namespace

@@ -47,10 +47,6 @@ void ZvGalleryAPI::EndTracker() {
     PutTracker(nullptr);
 }
 
-void ZvGalleryAPI::ReInitializeTracker() {
-    InstallTracker(false);
-}
-
 std::string ZvGalleryAPI::GetGalleryPath() {
     std::string path = settings_.GetGalleryPath();
     if (path.empty() || path.back() != '/') path += '/';

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "common/plugincommon/PluginModuleBase.h"
-#include "plugin-modules/Gallery/src/notifications/PendingNotifications.h"
 #include "plugin-modules/Gallery/src/previews/PreviewPaths.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
@@ -22,7 +21,7 @@
 inline const KXP::RetVal kNoTracker{KXP::Code::kFailure, "No tracker", 0};
 
 // The endpoints are the worker's. Everything else may be called from any thread, with no lock held that the
-// container's callback may need: notifications and log lines end there. GetHighlightInfo alone does neither.
+// container's callback may need: notifications and log lines end there.
 class ZvGalleryAPI : public ITrackerHost {
   public:
     // Makes the gallery's folders and files where they are missing; throws KXP::Exception when they cannot be
@@ -38,14 +37,13 @@ class ZvGalleryAPI : public ITrackerHost {
 
     KXP::PluginModuleBase& Plugin() { return plugin_; }
     Settings* GetGallerySettings() override { return &settings_; }
+    Announcements& GetAnnouncements() override { return announcements_; }
     std::string GetGalleryPath() override;
     // The tracker of now, or null between two galleries. It stays whole for who has it, also when another
     // takes its place meanwhile.
     std::shared_ptr<UGCTracker> GetUGCTracker() const EXCLUDES(trackerMutex_);
     // Stops the tracker of now for good; from then on there is none. Nobody may be about to make another.
     void EndTracker() EXCLUDES(trackerMutex_);
-    // Comes up anew over the same gallery.
-    void ReInitializeTracker() EXCLUDES(trackerMutex_);
 
     // Messages to the hub itself: true for "UpdateMontageProgress", which goes on to the pages as a
     // notification. Throws JSONFieldError when its progress is missing.
@@ -62,8 +60,7 @@ class ZvGalleryAPI : public ITrackerHost {
     void OnCaptureSaved(std::unique_ptr<KXP::JSONMessage> message);
     void OnHighlightSaved(std::unique_ptr<KXP::JSONMessage> message);
     void OnHighlightCaptureFailed(std::unique_ptr<KXP::JSONMessage> message);
-    void NotifyUGCAdded(TrackedUGC ugc) override;
-    bool GetHighlightInfo(const std::string& path, Highlight& highlight) override;
+    void NotifyUGCAdded(TrackedUGC ugc, Announcements::Found announced, bool unannounced) override;
 
     // Highlights: one that is to come, which is answered with the id of its capture, and those of a group.
     KXP::RetVal EnqueuePendingHighlight(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
@@ -88,9 +85,9 @@ class ZvGalleryAPI : public ITrackerHost {
     void NotifyGalleryCapStateChange();
     void NotifyGalleryPathChange(const std::string& path);
     void NotifyGalleryTempFolderChange(const std::string& path);
-    void NotifyCaptureSaved(const TrackedUGC& ugc, bool unannounced);
+    void NotifyCaptureSaved(const TrackedUGC& ugc, bool unannounced) override;
     // Puts the highlight's name in the user's language into `ugc` first.
-    void NotifyHighlightSaved(TrackedUGC& ugc, bool unannounced);
+    void NotifyHighlightSaved(TrackedUGC& ugc, bool unannounced) override;
     void NotifyHighlightCaptureFailed(int errorCode);
     void NotifyUGCDeleted(const TrackedUGC& ugc) override;
     void NotifyTrackerUpdate(TrackerUpdateState state) override;
@@ -122,10 +119,6 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // Never null. Stays whole for who has it.
     std::shared_ptr<Transcoder> GetTranscoder() const { return transcoder_; }
-    int32_t TrimVideoFile(const std::string& input, const std::string& output, double start,
-                          double length) override {
-        return transcoder_->TrimVideoFile(input, output, start, length, false);
-    }
 
     // Montages. Brings the recipes up to date with the cloud; false, and logged, when that cannot be done.
     // May take long; CloudSyncAbort ends it.
@@ -164,10 +157,6 @@ class ZvGalleryAPI : public ITrackerHost {
     static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller);
     static void LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller);
 
-    // Tells of a capture that was on record when its notification came.
-    void TellSaved(UGCTracker& tracker, const std::string& path, bool onlyIfItWaits);
-    void TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced);
-
     KXP::RetVal DeleteStyloraPreview(const std::string& path);
 
     // Comes up over the gallery of now, in place of the old one, which is stopped before.
@@ -189,7 +178,7 @@ class ZvGalleryAPI : public ITrackerHost {
     KXP::TaskQueue& queue_;
 
     // In the order in which they depend on each other; each has its own synchronisation.
-    PendingNotifications pendingNotifications_;
+    Announcements announcements_;
     Settings settings_;
     Thumbnailer thumbnailer_;
     std::atomic<bool> cleanedUp_{false};

@@ -23,17 +23,17 @@ bool ReadHighlightsConfig(const std::string& application, HighlightConfigData& c
 KXP::RetVal ZvGalleryAPI::GetGameUGC(const std::string& game, std::vector<TrackedUGC>& out) {
     const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
     if (!tracker) return kNoTracker;
-    KXP::RetVal found = tracker->GetGameUGC(game, out);
+    out = tracker->GetGameUGC(game);
     LocalizeHighlightNames(out, "GetGameUGC");
-    return found;
+    return {};
 }
 
 KXP::RetVal ZvGalleryAPI::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
     const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
     if (!tracker) return kNoTracker;
-    KXP::RetVal found = tracker->GetRecentUGC(count, out);
+    out = tracker->GetRecentUGC(count);
     LocalizeHighlightNames(out, "GetRecentUGC");
-    return found;
+    return {};
 }
 
 void ZvGalleryAPI::OnCaptureSaved(std::unique_ptr<KXP::JSONMessage> message) {
@@ -51,25 +51,10 @@ void ZvGalleryAPI::OnCaptureSaved(std::unique_ptr<KXP::JSONMessage> message) {
         KXP_LOG(KXP::LogFailure, "OnCaptureSaved::empty path");
         return;
     }
-    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
-    if (!tracker) return;
-    const bool tracked = tracker->IsTrackedFile(path);
-    if (!tracked) {
-        pendingNotifications_.Put(path, false, *message);
-        tracker->TrackFile(path);
-    }
-    // The tracker may have come to know the file between the two.
-    if (tracked || tracker->IsTrackedFile(path)) TellSaved(*tracker, path, !tracked);
-}
-
-void ZvGalleryAPI::TellSaved(UGCTracker& tracker, const std::string& path, bool onlyIfItWaits) {
-    tracker.Tell([this, &tracker, path, onlyIfItWaits] {
-        bool unannounced = false;
-        const auto found = pendingNotifications_.Take(path, unannounced);
-        if (onlyIfItWaits && found != PendingNotifications::Found::ThisWaited) return;
-        TrackedUGC ugc;
-        if (!tracker.GetUGCData(path, ugc).Failed()) NotifyCaptureSaved(ugc, false);
-    });
+    Announcement announcement;
+    Highlight::ParseHighlightJSON(announcement.highlight,
+                                  KXP::JSONGetObjectOrEmpty(std::as_const(*message).payload(), "highlight"));
+    if (const std::shared_ptr<UGCTracker> tracker = GetUGCTracker()) tracker->Announce(path, announcement);
 }
 
 void ZvGalleryAPI::OnHighlightSaved(std::unique_ptr<KXP::JSONMessage> message) {
@@ -90,30 +75,9 @@ void ZvGalleryAPI::OnHighlightSaved(std::unique_ptr<KXP::JSONMessage> message) {
         KXP_LOG(KXP::LogFailure, "OnHighlightSaved::empty path");
         return;
     }
-    Highlight highlight;
-    Highlight::ParseHighlightJSON(highlight, told);
-    const bool unannounced = KXP::jsonGetValueOrDefault<bool>(payload, "unannounced", false);
-    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
-    if (!tracker) return;
-    if (!tracker->IsTrackedFile(path)) {
-        pendingNotifications_.Put(path, unannounced, *message);
-        tracker->TrackFile(path);
-        // The watcher may have been faster: without what is told here the record has an id of its own.
-        TrackedUGC ugc;
-        if (tracker->GetUGCData(path, ugc).Failed() || ugc.id == highlight.GetId()) return;
-    }
-    TellHighlightSaved(*tracker, highlight, unannounced);
-}
-
-void ZvGalleryAPI::TellHighlightSaved(UGCTracker& tracker, const Highlight& highlight, bool unannounced) {
-    // Not left for the news of the record as it was, which may be on its way.
-    bool waiting = false;
-    (void)pendingNotifications_.Take(highlight.GetPath(), waiting);
-    tracker.UpdateHighlightInfo(highlight);
-    tracker.Tell([this, &tracker, path = highlight.GetPath(), unannounced] {
-        TrackedUGC ugc;
-        if (!tracker.GetUGCData(path, ugc).Failed()) NotifyHighlightSaved(ugc, unannounced);
-    });
+    Announcement announcement{true, KXP::jsonGetValueOrDefault<bool>(payload, "unannounced", false), {}};
+    Highlight::ParseHighlightJSON(announcement.highlight, told);
+    if (const std::shared_ptr<UGCTracker> tracker = GetUGCTracker()) tracker->Announce(path, announcement);
 }
 
 void ZvGalleryAPI::OnHighlightCaptureFailed(std::unique_ptr<KXP::JSONMessage> message) {
@@ -127,15 +91,14 @@ void ZvGalleryAPI::OnHighlightCaptureFailed(std::unique_ptr<KXP::JSONMessage> me
     NotifyHighlightCaptureFailed(KXP::jsonGetValue<int>(payload, "errorCode"));
 }
 
-void ZvGalleryAPI::NotifyUGCAdded(TrackedUGC ugc) {
-    bool unannounced = true;
-    switch (pendingNotifications_.Take(ugc.path, unannounced)) {
-        case PendingNotifications::Found::NothingWaits:
+void ZvGalleryAPI::NotifyUGCAdded(TrackedUGC ugc, Announcements::Found announced, bool unannounced) {
+    switch (announced) {
+        case Announcements::Found::NothingWaits:
             NotifyCaptureSaved(ugc, true);  // the file turned up on its own
             return;
-        case PendingNotifications::Found::OthersWait:
-            return;  // a page that waits for its own captures is not told of foreign ones
-        case PendingNotifications::Found::ThisWaited:
+        case Announcements::Found::OthersWait:
+            return;  // a page that waits for its own captures does not hear of foreign ones
+        case Announcements::Found::ThisWaited:
             break;
     }
     if (TrackedUGC::IsAHighlight(ugc)) {
@@ -143,10 +106,6 @@ void ZvGalleryAPI::NotifyUGCAdded(TrackedUGC ugc) {
     } else {
         NotifyCaptureSaved(ugc, false);
     }
-}
-
-bool ZvGalleryAPI::GetHighlightInfo(const std::string& path, Highlight& highlight) {
-    return pendingNotifications_.GetHighlight(path, highlight);
 }
 
 void ZvGalleryAPI::LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller) {

@@ -12,8 +12,10 @@
 
 namespace {
 
-constexpr int kPollMs = 10;
-constexpr int kLongestWaitMs = 2000;
+using std::chrono::steady_clock;
+
+// Where the tracker could not take up the file at once, its watcher may still find it.
+constexpr std::chrono::milliseconds kLongestWait{2000};
 
 void MakeFolderOf(const std::string& path) {
     const std::string folder = ParentOf(path);
@@ -47,6 +49,8 @@ KXP::RetVal GalleryCopyFile::ExecuteAsync(const KXP::Value& params) {
         const int code = KXP::FileCopyNew(transfer.source, transfer.destination, cancelled_);
         if (code == KXP::Code::kAborted) return {code, "The copy was cancelled", 0};
         if (code < 0) return {KXP::Code::kFailure, "Failed to copy file", 0};
+        if (const std::shared_ptr<UGCTracker> tracker = api().GetUGCTracker())
+            tracker->TrackNow(transfer.destination);
         return {};
     });
 }
@@ -57,35 +61,30 @@ KXP::RetVal GalleryMoveFile::ExecuteAsync(const KXP::Value& params) {
         MakeFolderOf(transfer.destination);
         if (KXP::FileMoveNew(transfer.source, transfer.destination) < 0)
             return {KXP::Code::kFailure, "Failed to move file", 0};
-        WaitForTracker(transfer.destination);
+        FollowMove(transfer);
         return {};
     });
 }
 
-void GalleryMoveFile::WaitForTracker(const std::string& destination) {
-    for (int waited = 0; waited < kLongestWaitMs; waited += kPollMs) {
-        // Asked for anew each time: another gallery has another tracker.
-        const std::shared_ptr<UGCTracker> tracker = api().GetUGCTracker();
-        if (tracker && tracker->IsTrackedFile(destination)) {
-            KXP_LOG(KXP::LogMilestone, "Updating tracker on MoveFile took %d ms", waited);
-            return;
-        }
-        // The file is moved all the same.
-        if (!Sleep(std::chrono::milliseconds(kPollMs))) return;
+void GalleryMoveFile::FollowMove(const FileTransfer& transfer) {
+    const std::shared_ptr<UGCTracker> tracker = api().GetUGCTracker();
+    const steady_clock::time_point start = steady_clock::now();
+    if (tracker) {
+        tracker->UntrackNow(transfer.source);
+        tracker->TrackNow(transfer.destination);
     }
-    KXP_LOG(KXP::LogFailure, "Move occured, but tracker may not be ready (2 seconds)!");
-}
-
-bool GalleryMoveFile::Sleep(std::chrono::milliseconds time) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    KXP::MutexLock lock(mutex_);
-    while (!cancelled_ && std::chrono::steady_clock::now() < end)
-        cancelledNow_.WaitUntil(mutex_, end);
-    return !cancelled_;
+    if (tracker && tracker->AwaitTracked(transfer.destination, start + kLongestWait, cancelled_)) {
+        const auto waited =
+            std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - start);
+        KXP_LOG(KXP::LogMilestone, "Updating tracker on MoveFile took %d ms",
+                static_cast<int>(waited.count()));
+    } else if (!cancelled_) {
+        // The file is moved all the same.
+        KXP_LOG(KXP::LogFailure, "Move occured, but tracker may not be ready (2 seconds)!");
+    }
 }
 
 void GalleryMoveFile::CancelTask() {
-    KXP::MutexLock lock(mutex_);
     cancelled_ = true;
-    cancelledNow_.NotifyAll();
+    WakeTracker();
 }

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <string>
 
-#include "common/Mutex.h"
 #include "plugin-modules/Gallery/src/endpoints/GalleryTaskBase.h"
 
 struct FileTransfer {
@@ -31,15 +30,11 @@ class GalleryMoveFile : public GalleryTaskBase<GalleryMoveFile> {
     using GalleryTaskBase::GalleryTaskBase;
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
-    void CancelTask() override EXCLUDES(mutex_);
+    void CancelTask() override;
 
   private:
     // A page may ask about the moved file at once, and finds it on record then.
-    void WaitForTracker(const std::string& destination) EXCLUDES(mutex_);
-    // False when the task is cancelled meanwhile.
-    bool Sleep(std::chrono::milliseconds time) EXCLUDES(mutex_);
+    void FollowMove(const FileTransfer& transfer);
 
-    KXP::Mutex mutex_;
-    KXP::CondVar cancelledNow_;
-    bool cancelled_ GUARDED_BY(mutex_) = false;
+    std::atomic<bool> cancelled_{false};
 };

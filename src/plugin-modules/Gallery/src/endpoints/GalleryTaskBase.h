@@ -55,6 +55,11 @@ class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
         return tracker;
     }
 
+    // For CancelTask: ends a wait for the tracker that has this task's flag.
+    void WakeTracker() {
+        if (const std::shared_ptr<UGCTracker> tracker = api_->GetUGCTracker()) tracker->WakeWaiting();
+    }
+
   private:
     const std::shared_ptr<ZvGalleryAPI> api_;
 };

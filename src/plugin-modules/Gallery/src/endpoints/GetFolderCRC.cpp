@@ -38,13 +38,7 @@ KXP::RetVal GetFolderCRC::ExecuteAsync(const KXP::Value& params) {
             AddGame(*tracker, directory.substr(directory.rfind('/') + 1));
             return {};
         }
-        std::vector<std::string> games;
-        KXP::RetVal listed = tracker->GetTrackedGames(games);
-        if (listed.Failed()) {
-            KXP_LOG(KXP::LogFailure, "GetFolderCRC::No Games in tracker yet");
-            return listed;
-        }
-        for (const std::string& game : games) {
+        for (const std::string& game : tracker->GetTrackedGames()) {
             AddGame(*tracker, game);
             crc_ += media::StringCRC(game);
         }
@@ -53,9 +47,7 @@ KXP::RetVal GetFolderCRC::ExecuteAsync(const KXP::Value& params) {
 }
 
 void GetFolderCRC::AddGame(UGCTracker& tracker, const std::string& game) {
-    std::vector<TrackedUGC> captures;
-    if (tracker.GetGameUGC(game, captures).Failed()) return;
-    for (const TrackedUGC& ugc : captures)
+    for (const TrackedUGC& ugc : tracker.GetGameUGC(game))
         crc_ += SumOf(ugc);
 }
 

@@ -36,22 +36,17 @@ KXP::RetVal GetFolderListing::GetNonZvFolders() {
 KXP::RetVal GetFolderListing::GetTracked(const std::string& directory) {
     const std::shared_ptr<UGCTracker> tracker = Tracker();
     if (KXP::SamePath(directory, api().GetGallerySettings()->GetGalleryPath())) {
-        std::vector<std::string> games;
-        if (tracker->GetTrackedGames(games).Failed())
-            KXP_LOG(KXP::LogFailure, "Failed to get Games from tracker");
-        for (const std::string& game : games)
+        for (const std::string& game : tracker->GetTrackedGames())
             listing_->InsertDirectory(game);
         return {};
     }
     const size_t end = directory.size() - 1;  // of the "/"
     const size_t start = directory.rfind('/', end - 1) + 1;
-    std::vector<TrackedUGC> captures;
-    KXP::RetVal found = tracker->GetGameUGC(directory.substr(start, end - start), captures);
     // By name: no time is asked for, and nothing on disk.
-    for (const TrackedUGC& ugc : captures)
+    for (const TrackedUGC& ugc : tracker->GetGameUGC(directory.substr(start, end - start)))
         listing_->InsertIntoSet(
             {0, ugc.path.substr(ugc.path.rfind('/') + 1), ugc.fileType, ugc.fileSubType, ugc.fileSource, ""});
-    return found;
+    return {};
 }
 
 void GetFolderListing::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {

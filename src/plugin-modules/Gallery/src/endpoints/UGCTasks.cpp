@@ -20,7 +20,8 @@ KXP::Value ToArray(const std::vector<TrackedUGC>& list, KXP::Allocator& allocato
 KXP::RetVal GetAppStats::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
         const auto game = KXP::jsonGetValue<std::string>(params, "appName");
-        return Tracker()->GetAppStats(game, videos_, screenshots_);
+        Tracker()->GetAppStats(game, videos_, screenshots_);
+        return {};
     });
 }
 

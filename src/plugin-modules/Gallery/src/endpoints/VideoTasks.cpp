@@ -5,6 +5,7 @@
 
 #include "common/JsonHelpers.h"
 #include "common/SafeString.h"
+#include "plugin-modules/Gallery/src/editing/Trimmer.h"
 #include "plugin-modules/Gallery/src/engraving/Engraver.h"
 
 namespace {
@@ -39,8 +40,18 @@ KXP::RetVal TrimVideo::ExecuteAsync(const KXP::Value& params) {
         const auto output = KXP::jsonGetValue<std::string>(params, "output");
         const auto headTrimMs = KXP::jsonGetValue<double>(params, "headTrimMs");
         const auto lengthMs = KXP::jsonGetValue<double>(params, "lengthMs");
-        return Tracker()->TrimUGC(input, output, headTrimMs, lengthMs);
+        const std::shared_ptr<UGCTracker> tracker = Tracker();
+        const auto cut = [&](const std::string& source, const std::string& clip, double start,
+                             double length) {
+            return api().GetTranscoder()->TrimVideoFile(source, clip, start, length, false);
+        };
+        return Trimmer(*tracker, cut, cancelled_).TrimUGC(input, output, headTrimMs, lengthMs);
     });
+}
+
+void TrimVideo::CancelTask() {
+    cancelled_ = true;
+    WakeTracker();
 }
 
 KXP::RetVal AddMeme::ExecuteAsync(const KXP::Value& params) {

@@ -1,6 +1,8 @@
 // The requests that change a video or what is on record of it.
 #pragma once
 
+#include <atomic>
+
 #include "plugin-modules/Gallery/src/endpoints/GalleryTaskBase.h"
 
 class TrimVideo : public GalleryTaskBase<TrimVideo> {
@@ -9,6 +11,10 @@ class TrimVideo : public GalleryTaskBase<TrimVideo> {
 
     // Done once the clip is on record, or after two seconds.
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
+    void CancelTask() override;
+
+  private:
+    std::atomic<bool> cancelled_{false};
 };
 
 class AddMeme : public GalleryTaskBase<AddMeme> {

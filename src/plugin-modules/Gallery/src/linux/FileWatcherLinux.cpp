@@ -37,7 +37,7 @@ constexpr milliseconds kAnswerLimit{100};
 // More than this is not told by name.
 constexpr size_t kMostUntold = 256;
 
-// Tells the events of closed windows, in their order, a few at a time.
+// Reports the events of closed windows, in their order, a few at a time.
 class Dispatcher {
   public:
     Dispatcher(IFileWatcherCallback& callback, TreeFollower& follower)
@@ -48,7 +48,7 @@ class Dispatcher {
     void Step(const std::atomic<bool>& stop);
 
   private:
-    bool IsToldByFolder(const WatchEvent& event) const;
+    bool WentWithItsFolder(const WatchEvent& event, ItemKind there) const;
     void End();
 
     IFileWatcherCallback& callback_;
@@ -63,9 +63,10 @@ void Dispatcher::Step(const std::atomic<bool>& stop) {
     for (size_t left = kDispatchStep; left > 0 && !events_.empty() && !stop; --left) {
         const WatchEvent event = std::move(events_.front());
         events_.pop_front();
-        if (IsToldByFolder(event)) continue;
-        const WatchAction action = DispatchWatchEvent(index_++, ++id_, event, callback_);
-        follower_.NoteTold(event, action);
+        const Item item = LookAt(event.path, follower_.IsNamed(event.path));
+        if (WentWithItsFolder(event, item.kind)) continue;
+        const WatchAction action = DispatchWatchEvent(index_++, ++id_, event, item.kind, callback_);
+        follower_.NoteReported(event, action, item);
         if (action == WatchAction::Untrack && (event.flags & ItemIsDir) != 0) goneFolders_.insert(event.path);
     }
     if (events_.empty()) End();
@@ -76,12 +77,12 @@ void Dispatcher::End() {
     index_ = 0;
 }
 
-// A folder is untracked with all that was in it, which need not be told again for each file.
-bool Dispatcher::IsToldByFolder(const WatchEvent& event) const {
-    if (goneFolders_.empty()) return false;
+// A folder is untracked with all that was in it, which need not be reported again for each file.
+bool Dispatcher::WentWithItsFolder(const WatchEvent& event, ItemKind there) const {
+    if (goneFolders_.empty() || WatchedItemExists(event, there)) return false;
     for (size_t slash = event.path.rfind('/'); slash != std::string::npos && slash > 0;
          slash = event.path.rfind('/', slash - 1)) {
-        if (goneFolders_.count(event.path.substr(0, slash)) > 0) return !WatchedItemExists(event);
+        if (goneFolders_.count(event.path.substr(0, slash)) > 0) return true;
     }
     return false;
 }
@@ -247,7 +248,7 @@ void FileWatcher::Wait(milliseconds time) {
 }  // namespace
 }  // namespace watcher
 
-std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path, bool /*recursive*/,
+std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
                                                 std::unique_ptr<IFileWatcherCallback>&& callback,
                                                 const WatcherOptions& options) {
     try {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "plugin-modules/Gallery/src/tracker/WatchDispatch.h"
+
 namespace watcher {
 
 // By which an item is known again. A folder is the same whatever becomes of its content.
@@ -21,8 +23,6 @@ struct Stamp {
     }
     bool operator!=(const Stamp& other) const { return !(*this == other); }
 };
-
-enum class ItemKind { None, File, Folder, Other };
 
 struct Item {
     ItemKind kind = ItemKind::None;

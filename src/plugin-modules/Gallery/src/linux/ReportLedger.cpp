@@ -15,9 +15,6 @@ void ReportLedger::Tell(const std::string& path, uint32_t flags) {
 }
 
 void ReportLedger::FileComplete(const std::string& path, uint32_t flag) {
-    const Item item = LookAt(path);
-    if (item.kind == ItemKind::Other || item.kind == ItemKind::Folder) return;
-    if (item.kind == ItemKind::File && IsInGallery(path)) known_.Set(path, item.stamp);
     unsettled_.erase(path);
     Tell(path, flag | ItemIsFile);
 }
@@ -89,7 +86,9 @@ void ReportLedger::Found(const std::string& path, const Difference& difference, 
     if (news) Tell(path, difference.flags);
 }
 
-void ReportLedger::NoteTold(const WatchEvent& event, WatchAction action) {
+void ReportLedger::NoteReported(const WatchEvent& event, WatchAction action, const Item& item) {
+    if (action == WatchAction::Track && item.kind == ItemKind::File && IsInGallery(event.path))
+        known_.Set(event.path, item.stamp);
     const bool went = (event.flags & (ItemRemoved | ItemRenamed)) != 0;
     if (!went || action == WatchAction::Untrack || event.path == gallery_ || !IsInGallery(event.path)) return;
     known_.SetUnseen(event.path, (event.flags & ItemIsDir) != 0);

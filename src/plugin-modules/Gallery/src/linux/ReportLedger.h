@@ -44,9 +44,9 @@ class ReportLedger {
     };
     Folders Compare(const std::string& folder, const FolderSnapshot& disk, bool silent);
 
-    // What has become of an event. What went may have come back by then, and so is still on the other side's
-    // books: it must not be missed when it goes again.
-    void NoteTold(const WatchEvent& event, WatchAction action);
+    // What became of an event, and what lay at its path then. A file that went may have come back by then:
+    // the listener still knows it, so it must be reported when it goes again.
+    void NoteReported(const WatchEvent& event, WatchAction action, const Item& item);
 
     std::vector<std::string> UnsettledPaths() const {
         std::vector<std::string> paths;

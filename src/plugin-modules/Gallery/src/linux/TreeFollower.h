@@ -36,8 +36,12 @@ class TreeFollower {
     int Descriptor() { return tree_.inotify().Descriptor(); }
     void ReadEvents();
 
-    // What the listener was told of an event.
-    void NoteTold(const WatchEvent& event, WatchAction action) { ledger_.NoteTold(event, action); }
+    // What became of an event, and what lay at its path then.
+    void NoteReported(const WatchEvent& event, WatchAction action, const Item& item) {
+        ledger_.NoteReported(event, action, item);
+    }
+    // Whether the path is one of the two folders that the user has named, which may be links.
+    bool IsNamed(const std::string& folder) const { return folder == root_ || folder == gallery_; }
 
     // Does what is due, for some milliseconds at most where that can be helped.
     void Step();
@@ -91,8 +95,6 @@ class TreeFollower {
     void CheckRoots();
     void LoseRoot();
     void StepPoll(TimePoint now);
-
-    bool IsNamed(const std::string& folder) const { return folder == root_ || folder == gallery_; }
 
     const std::string root_;
     const std::string gallery_;

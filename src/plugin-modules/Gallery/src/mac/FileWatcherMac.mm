@@ -8,6 +8,8 @@
 #include <thread>
 #include <utility>
 
+#include <sys/stat.h>
+
 #include "CobalixUtil.h"
 #include "common/Mutex.h"
 #include "plugin-modules/Gallery/src/tracker/FileWatcher.h"
@@ -24,6 +26,12 @@ CFArrayRef CreatePaths(CFStringRef path) {
     if (!path) return nullptr;
     const void* values[] = {path};
     return CFArrayCreate(kCFAllocatorDefault, values, 1, &kCFTypeArrayCallBacks);
+}
+
+watcher::ItemKind KindAt(const char* path) {
+    struct stat status {};
+    if (stat(path, &status) != 0) return watcher::ItemKind::None;
+    return S_ISDIR(status.st_mode) ? watcher::ItemKind::Folder : watcher::ItemKind::File;
 }
 
 void ReleaseIfAny(CFTypeRef object) {
@@ -102,7 +110,7 @@ void FileWatcher::FsEventStreamCallback(ConstFSEventStreamRef, void* info, size_
     KXP::MutexLock lock(self->dispatchMutex_);
     for (size_t i = 0; i < count; ++i) {
         watcher::DispatchWatchEvent(static_cast<int>(i), ids[i], {names[i], static_cast<uint32_t>(flags[i])},
-                                    *self->callback_);
+                                    KindAt(names[i]), *self->callback_);
     }
 }
 
@@ -128,7 +136,7 @@ FileWatcher::~FileWatcher() {
 
 }  // namespace
 
-std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path, bool /*recursive*/,
+std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
                                                 std::unique_ptr<IFileWatcherCallback>&& callback,
                                                 const WatcherOptions& options) {
     try {

@@ -56,13 +56,17 @@ void Reset(SniffResult& result) {
 }  // namespace
 
 int32_t SniffFile(const std::string& path, SniffResult& result) {
+    KXP::ifstream file;
+    return SniffFile(path, file, result);
+}
+
+int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result) {
     Reset(result);
     const Format* format = FindFormat(path);
     if (!format) return kInspected;
     result.fileType = format->fileType;
     result.fileSubType = format->fileSubType;
 
-    KXP::ifstream file;
     if (!file.open(path)) {
         KXP_LOG(KXP::LogFailure, "Failed to open %s", KXP::GetFileNameFromPath(path).c_str());
         return KXP::Code::kFailure;

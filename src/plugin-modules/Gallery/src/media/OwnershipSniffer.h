@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "common/InputFileStream.h"
 #include "plugin-modules/Gallery/src/media/SniffResult.h"
 
 namespace media {
@@ -16,6 +17,9 @@ namespace media {
 // Writes log lines for failures. Any thread. Reads a page or two of an ordinary capture, whatever its size; a
 // file made of nothing but markers or boxes is read along their chain.
 int32_t SniffFile(const std::string& path, SniffResult& result);
+// The same, and leaves the file open in `file` for further questions; a file that is known by its name not to
+// be own is not opened.
+int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result);
 
 // Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
 // opened; `isValid` is then false.

@@ -6,8 +6,11 @@
 #include <cstdio>
 #include <utility>
 
+#include <sys/stat.h>
+
 #include "CobalixUtil.h"
 #include "common/FileUtil.h"
+#include "common/InputFileStream.h"
 #include "common/TimeUtil.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
@@ -35,9 +38,9 @@ void TakeSniffed(media::SniffResult sniffed, TrackedUGC& record) {
     record.highlightSignificance = static_cast<int32_t>(sniffed.highlightSignificance);
 }
 
-RetVal CheckOwner(const std::string& path, TrackedUGC& record) {
+RetVal CheckOwner(const std::string& path, KXP::ifstream& file, TrackedUGC& record) {
     media::SniffResult sniffed;
-    const int32_t code = media::SniffFile(path, sniffed);
+    const int32_t code = media::SniffFile(path, file, sniffed);
     if (code < 0) {
         KXP_LOG(KXP::LogFailure, "TrackFileTask::CheckIfZv failed result:%d", code);
         return {Code::kFailure, "CheckIfZv failed", code};
@@ -47,14 +50,9 @@ RetVal CheckOwner(const std::string& path, TrackedUGC& record) {
     return {};
 }
 
-RetVal MeasureFile(const std::string& path, TrackedUGC& record) {
-    int sizeKB = 0;
-    if (KXP::FileSizeKB(path, sizeKB) < 0) {
-        KXP_LOG(KXP::LogFailure, "TrackFileTask::FileSizeKB failed");
-        return {Code::kFailure, "FileSizeKB failed", 0};
-    }
-    record.sizeKB = static_cast<uint32_t>(sizeKB);
-    const int dated = KXP::FileDate(path, record.date);
+RetVal MeasureFile(const struct stat& status, TrackedUGC& record) {
+    record.sizeKB = static_cast<uint32_t>(KXP::FileSizeKB(status));
+    const int dated = KXP::FileDate(status, record.date);
     if (dated < 0) {
         KXP_LOG(KXP::LogFailure, "TrackFileTask::FileDate failed %d", dated);
         return {dated, "FileDate failed", 0};
@@ -62,11 +60,12 @@ RetVal MeasureFile(const std::string& path, TrackedUGC& record) {
     return {};
 }
 
-RetVal MeasureVideo(const std::string& path, TrackedUGC& record) {
-    double seconds = 0;
-    unsigned int width = 0;
-    unsigned int height = 0;
-    const int32_t code = media::FindMP4HeaderInfo(path, seconds, record.audioType, false, width, height);
+RetVal MeasureVideo(KXP::ifstream& file, TrackedUGC& record) {
+    media::FileSource source(file);
+    media::Mp4HeaderInfo info;
+    const int32_t code = media::ReadMp4Header(source, false, info);
+    record.audioType = info.audioType;
+    const double seconds = info.duration;
     if (code < 0) {
         KXP_LOG(KXP::LogFailure, "TrackFileTask::FindMP4DurationTypeInfo failed result:%d", code);
         return {code, "FindMP4DurationTypeInfo failed", 0};
@@ -91,12 +90,10 @@ bool FormatDuration(double seconds, std::string& text, uint32_t& milliseconds) {
 
 RetVal InspectCapture(const std::string& path, TrackedUGC& record) {
     record.path = path;
-    const int unlocked = KXP::FileUnlockedCheckAndWait(path, 40);
-    if (unlocked < 0) {
-        KXP_LOG(KXP::LogFailure, "TrackFileTask::File lock check failed");
-        return {unlocked, "FileUnlockedCheckAndWait failed", 0};
-    }
-    if (RetVal owner = CheckOwner(path, record); owner.Failed()) return owner;
-    if (RetVal measured = MeasureFile(path, record); measured.Failed()) return measured;
-    return record.fileType == "video" ? MeasureVideo(path, record) : RetVal{};
+    (void)KXP::FileUnlockedCheckAndWait(path, 40);
+    // Opened once: all questions go to the same file, also when another takes its path meanwhile.
+    KXP::ifstream file;
+    if (RetVal owner = CheckOwner(path, file, record); owner.Failed()) return owner;
+    if (RetVal measured = MeasureFile(file.status(), record); measured.Failed()) return measured;
+    return record.fileType == "video" ? MeasureVideo(file, record) : RetVal{};
 }

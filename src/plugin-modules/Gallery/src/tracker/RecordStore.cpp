@@ -25,10 +25,18 @@ void RecordStore::Clear() {
     byId_.clear();
     records_.clear();
     games_.clear();
+    lastId_ = 0;
+    usageKB_ = 0;
 }
 
-void RecordStore::Load(std::vector<TrackedUGC> records, Games games) {
+int32_t RecordStore::NextId() {
+    if (lastId_ < INT32_MAX) ++lastId_;
+    return lastId_;
+}
+
+void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t lastId) {
     Clear();
+    lastId_ = lastId;
     for (TrackedUGC& record : records)
         Append(std::move(record));
     games_ = std::move(games);
@@ -48,6 +56,7 @@ RecordStore::RecordPtr RecordStore::Append(TrackedUGC record) {
     const uint64_t place = nextPlace_++;
     RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
     records_.emplace_hint(records_.end(), place, entered);
+    usageKB_ += std::min(entered->sizeKB, UINT32_MAX - usageKB_);
     Index(place, *entered);
     return entered;
 }
@@ -63,17 +72,19 @@ void RecordStore::Unindex(uint64_t place, const TrackedUGC& record) {
     byId_.erase({record.id, place});
 }
 
-RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths) {
+RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths, uint64_t before) {
     std::set<uint64_t> places;
     // Each path once: in a file that repeats one for all its records the work would be their square.
     for (const std::string_view path : std::set<std::string_view>(paths.begin(), paths.end())) {
         const auto [first, end] = byPath_.equal_range(path);
         for (auto entry = first; entry != end; ++entry)
-            places.insert(entry->second);
+            if (entry->second < before) places.insert(entry->second);
     }
     Removed removed;
-    for (const uint64_t place : places)
+    for (const uint64_t place : places) {
         removed.records.push_back(Detach(records_.find(place)));
+        usageKB_ -= std::min(usageKB_, removed.records.back()->sizeKB);
+    }
     removed.withoutGame = RemoveFromGames(removed.records);
     return removed;
 }

@@ -1,5 +1,5 @@
-// The captures on record, in the order in which they were tracked, with what finds them fast. Pure data: no
-// disk, no lock; its owner guards it.
+// The captures on record, in the order in which they were tracked, with the indexes that find them fast, the
+// ids that were given out and the space that all take. Pure data: no disk, no lock; its owner guards it.
 #pragma once
 
 #include <cstdint>
@@ -26,9 +26,16 @@ class RecordStore {
     RecordStore(const RecordStore&) = delete;
     RecordStore& operator=(const RecordStore&) = delete;
 
+    // Ids start again from 1.
     void Clear();
     // Takes what a file held, as it stands: ids may repeat, and games may name ids that no record has.
-    void Load(std::vector<TrackedUGC> records, Games games);
+    void Load(std::vector<TrackedUGC> records, Games games, int32_t lastId);
+
+    // An id that was not given before.
+    int32_t NextId();
+    int32_t lastId() const { return lastId_; }
+    // The sum of the records' sizes, but for those that Take took out. It stops at its largest value.
+    uint32_t usageKB() const { return usageKB_; }
 
     // Adds the record at the end, and its id to its game and, for a highlight, to its group.
     RecordPtr Track(TrackedUGC record);
@@ -37,8 +44,9 @@ class RecordStore {
         std::vector<RecordPtr> records;  // in their order
         int withoutGame = 0;             // of these, those whose game was not there
     };
-    // Removes all records of these paths, and their ids from their games. A game without ids goes.
-    Removed Remove(const std::vector<std::string>& paths);
+    // Removes all records of these paths that stand before the place, and their ids from their games. A game
+    // without ids goes.
+    Removed Remove(const std::vector<std::string>& paths, uint64_t before = UINT64_MAX);
 
     // Puts `record` in the place of the first one with its path and its id. Null when there is no such path.
     RecordPtr Change(TrackedUGC record);
@@ -71,7 +79,7 @@ class RecordStore {
     uint64_t SumKB() const;
     const Games& games() const { return games_; }
 
-    // Takes a record out and leaves its game as it is. Null when no record is all three.
+    // Takes a record out and leaves its game and the usage as they are. Null when no record is all three.
     RecordPtr Take(int32_t id, const std::string& game, const std::string& group);
     // Takes ids out of a game's recents and one of its groups, which goes when it is then empty; the game
     // stays.
@@ -97,4 +105,6 @@ class RecordStore {
     std::multimap<std::string_view, uint64_t> byPath_;
     std::set<IdKey> byId_;
     Games games_;
+    int32_t lastId_ = 0;
+    uint32_t usageKB_ = 0;
 };

@@ -1,7 +1,6 @@
 #include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
 
 #include <algorithm>
-#include <limits>
 #include <string_view>
 
 #include "CobalixUtil.h"
@@ -70,10 +69,6 @@ void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record) {
         seen |= 1u << at;
         at = at + 1 == fields.count ? 0 : at + 1;
     }
-}
-
-void AddSaturating(uint32_t& total, uint32_t amount) {
-    total += std::min(amount, std::numeric_limits<uint32_t>::max() - total);
 }
 
 // What is no whole number of 32 bits is passed over.
@@ -204,9 +199,9 @@ void WriteTracker(const Records& records, const TrackedUGCGames& games, const Tr
 
 }  // namespace
 
-KXP::RetVal ParseUGCFromJSON(const Value& root, std::vector<TrackedUGC>& ugc, uint32_t& usageKB) {
+std::vector<TrackedUGC> ParseUGCFromJSON(const Value& root) {
     KXP_LOG(KXP::LogMilestone, "ParseUGCFromJSON");
-    ugc.clear();
+    std::vector<TrackedUGC> ugc;
     const Value& elements = KXP::JSONGetArrayOrEmpty(root, "UGC");
     ugc.reserve(elements.Size());
     // Every element gives a record, also one that is no object: it has the defaults alone, and goes with the
@@ -215,9 +210,8 @@ KXP::RetVal ParseUGCFromJSON(const Value& root, std::vector<TrackedUGC>& ugc, ui
         TrackedUGC& record = ugc.emplace_back();
         record.id = -1;
         ReadFields(element, kRecordFileFields, record);
-        AddSaturating(usageKB, record.sizeKB);
     }
-    return {};
+    return ugc;
 }
 
 KXP::RetVal ParseUGCGamesFromJSON(const Value& root, TrackedUGCGames& games) {

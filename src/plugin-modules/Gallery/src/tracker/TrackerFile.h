@@ -30,9 +30,8 @@ struct TrackerContent {
     TrackerInfo info;
 };
 
-// Replaces `ugc` by the records of the file, none when there is no array of them, and adds their sizes to
-// `usageKB`, which stops at its largest value. Always succeeds.
-KXP::RetVal ParseUGCFromJSON(const KXP::Value& root, std::vector<TrackedUGC>& ugc, uint32_t& usageKB);
+// The records of the file; none when there is no array of them.
+std::vector<TrackedUGC> ParseUGCFromJSON(const KXP::Value& root);
 
 // Replaces `games`. A game without a name is left out with a log line. 0x8007000D when `root` is no object.
 KXP::RetVal ParseUGCGamesFromJSON(const KXP::Value& root, TrackedUGCGames& games);

@@ -20,7 +20,8 @@ TrackerFileWriter::Content::Content(const RecordStore& store, uint64_t first)
       endPlace(store.nextPlace()),
       generation(store.generation()),
       records(store.From(first)),
-      games(store.games()) {}
+      games(store.games()),
+      info{store.lastId(), kTrackerVersion, 0} {}
 
 void TrackerFileWriter::Recheck(const KXP::JSONFile& file) {
     KXP::JSONFile::Stamp stamp;

@@ -28,7 +28,7 @@ class TrackerFileWriter {
         uint64_t generation;
         std::vector<RecordStore::RecordPtr> records;
         TrackedUGCGames games;
-        TrackerInfo info;
+        TrackerInfo info;  // the sum is the caller's
     };
 
     // Forgets what it has written when `file` is not as that write left it. Touches the disk: call it outside

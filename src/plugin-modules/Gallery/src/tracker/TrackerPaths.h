@@ -1,6 +1,7 @@
 // Parts of a capture's path. On this level "/" alone stands between them, whatever a file's name holds.
 #pragma once
 
+#include <optional>
 #include <string>
 
 inline std::string WithoutSlash(std::string path) {
@@ -17,3 +18,8 @@ inline std::string ParentOf(const std::string& path) {
 inline std::string NameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
+
+// The path under which a file is on record: `gallery`, which ends in "/", the game's folder and the name. The
+// folder of `path` has to exist, and lies in the gallery by device and inode, whatever the text says. No
+// value where no file is ever on record: elsewhere, in the gallery itself, in deeper and in hidden folders.
+std::optional<std::string> CapturePathOf(const std::string& path, const std::string& gallery);

@@ -10,13 +10,9 @@
 UGCFileWatcherCallback::UGCFileWatcherCallback(UGCTracker* tracker, std::string ownFolder)
     : tracker_(tracker), ownFolder_(std::move(ownFolder)) {}
 
-void UGCFileWatcherCallback::Track(std::string path) {
+void UGCFileWatcherCallback::Track(std::string path, bool isFolder) {
     if (IsOwnFile(path)) return;
-    if (KXP::DirectoryExists(path)) {
-        tracker_->TrackFolder(path);
-    } else {
-        tracker_->TrackFile(path);
-    }
+    isFolder ? tracker_->TrackFolder(path) : tracker_->TrackWatchedFile(path);
 }
 
 void UGCFileWatcherCallback::Untrack(std::string path) {

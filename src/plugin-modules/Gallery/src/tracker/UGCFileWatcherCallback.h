@@ -12,7 +12,7 @@ class UGCFileWatcherCallback : public IFileWatcherCallback {
     // The watcher ends before the tracker. `ownFolder` holds the product's own files.
     UGCFileWatcherCallback(UGCTracker* tracker, std::string ownFolder);
 
-    void Track(std::string path) override;
+    void Track(std::string path, bool isFolder) override;
     void Untrack(std::string path) override;
 
   private:

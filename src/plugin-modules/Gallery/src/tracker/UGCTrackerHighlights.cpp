@@ -1,4 +1,4 @@
-// Highlights: in flight, tied to their files, and by group.
+// Announced files and highlights: in flight, tied to their files, and by group.
 #include <algorithm>
 #include <chrono>
 #include <map>
@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 using KXP::RetVal;
@@ -29,49 +29,71 @@ void KeepMatching(std::vector<TrackedUGC>& records, int32_t TrackedUGC::*bits, i
 void UGCTracker::EnqueuePendingHighlight(Highlight& highlight) {
     {
         KXP::MutexLock lock(mutex_);
-        highlight.SetId(NextId());
+        highlight.SetId(records_.NextId());
         pendingHighlights_.Enqueue(highlight);
     }
     const std::chrono::milliseconds end(std::max(highlight.GetEndDelta(), 0));
     queue_.EnqueueNotification(queue_.Now() + end + kHighlightGrace, [this, copy = highlight] {
         if (!pendingHighlights_.Dequeue(copy)) return;
         KXP_LOG(KXP::LogFailure, "Timeout on HL capture, deleted HL in-flight");
-        outbox_.Put([this, copy] { host_.NotifyHighlightCanceled(copy); });
-        outbox_.Drain();
+        news_.AddAtOnce([this, copy] { host_.NotifyHighlightCanceled(copy); });
+        news_.Drain();
     });
 }
 
-void UGCTracker::UpdateHighlightInfo(const Highlight& highlight) {
-    int32_t oldId = 0;
+// One critical section: an announcement finds the record, or the record finds the announcement.
+void UGCTracker::Announce(const std::string& path, const Announcement& announcement) {
+    std::optional<int32_t> oldId;
     {
-        KXP::MutexLock lock(mutex_);
-        const RecordPtr found = records_.FindByPath(highlight.GetPath());
-        if (!found) return;
-        oldId = found->id;
-        TrackedUGC record = *found;
-        record.id = highlight.GetId();
-        record.shortName = highlight.GetSDKAppInfo().appShortName;
-        record.highlightDefinitionId = highlight.GetHighlightDefinitionId();
-        record.highlightName = highlight.GetHighlightName();
-        record.highlightGroupId = highlight.GetGroupId();
-        record.highlightTags = highlight.GetTags();
-        record.highlightSignificance = highlight.GetSignificance();
-        record.eventTimeStamp = highlight.GetTimeStamp();
-        records_.Replace(std::move(record));
-        pendingHighlights_.Dequeue(highlight);
+        const KXP::MutexLock lock(mutex_);
+        if (const RecordPtr found = records_.FindByPath(path)) {
+            oldId = announcement.ofHighlight ? UpdateHighlightInfo(found, announcement.highlight) : found->id;
+            news_.Add(News::Change::None,
+                      [this, path, announcement] { NotifyAnnounced(path, announcement); });
+        } else {
+            announcements_.Put(path, announcement);
+        }
     }
-    KXP_LOG(KXP::LogFailure, "UpdateHighlightInfo %s %d HL id %d",
-            KXP::GetFileNameFromPath(highlight.GetPath()).c_str(), oldId, highlight.GetId());
-    // On the worker: the caller is the thread of the messages, and nobody waits for the file.
-    queue_.EnqueueNotification(queue_.Now(), [this] {
-        (void)WriteUGCToTracker(Sum::Keep, false);
-        outbox_.Drain();
-    });
+    if (!oldId) return TrackFile(path);
+    if (announcement.ofHighlight) {
+        KXP_LOG(KXP::LogFailure, "UpdateHighlightInfo %s %d HL id %d", NameOf(path).c_str(), *oldId,
+                announcement.highlight.GetId());
+        // On the worker: the caller is the thread of the messages, and nobody waits for the file.
+        queue_.EnqueueNotification(queue_.Now(), [this] {
+            (void)journal_.WriteUGCToTracker(Sum::Keep);
+            news_.Drain();
+        });
+    }
+    news_.Drain();
 }
 
-void UGCTracker::GetPendingHighlights(std::vector<TrackedUGC>& out, const std::string& game,
-                                      const std::string& group) const {
-    pendingHighlights_.AppendTo(out, game, group);
+// Returns the id that the record had.
+int32_t UGCTracker::UpdateHighlightInfo(const RecordPtr& found, const Highlight& highlight) {
+    TrackedUGC record = *found;
+    record.id = highlight.GetId();
+    record.shortName = highlight.GetSDKAppInfo().appShortName;
+    record.highlightDefinitionId = highlight.GetHighlightDefinitionId();
+    record.highlightName = highlight.GetHighlightName();
+    record.highlightGroupId = highlight.GetGroupId();
+    record.highlightTags = highlight.GetTags();
+    record.highlightSignificance = highlight.GetSignificance();
+    record.eventTimeStamp = highlight.GetTimeStamp();
+    records_.Replace(std::move(record));
+    pendingHighlights_.Dequeue(highlight);
+    return found->id;
+}
+
+void UGCTracker::NotifyAnnounced(const std::string& path, const Announcement& announcement) {
+    // An earlier announcement of the same file that nothing has taken up since.
+    bool unannounced = false;
+    (void)announcements_.Take(path, unannounced);
+    TrackedUGC record;
+    if (GetUGCData(path, record).Failed()) return;
+    if (announcement.ofHighlight) {
+        host_.NotifyHighlightSaved(record, announcement.unannounced);
+    } else {
+        host_.NotifyCaptureSaved(record, false);
+    }
 }
 
 RetVal UGCTracker::GetHighlights(std::vector<TrackedUGC>& out, const std::string& game,
@@ -81,7 +103,7 @@ RetVal UGCTracker::GetHighlights(std::vector<TrackedUGC>& out, const std::string
         for (const RecordPtr& record : records_.OfGroup(game, group))
             out.push_back(*record);
     }
-    GetPendingHighlights(out, game, group);
+    pendingHighlights_.AppendTo(out, game, group);
     if (!out.empty()) return {};
     KXP_LOG(KXP::LogFailure, "GetHighlights: Could not find highlights in group");
     return {Code::kNotFound, "Could not find highlights in group", 0};
@@ -104,15 +126,15 @@ RetVal UGCTracker::DeleteTrackedHighlights(const std::vector<TrackedUGC>& record
             const RecordPtr taken = records_.Take(record.id, record.profileName, record.highlightGroupId);
             if (!taken) continue;
             record.path = taken->path;
-            TellRemoved(taken);
+            AddRemovedNews(taken);
         }
     }
     RemoveFromGroups(doomed);
     for (const TrackedUGC& record : doomed) {
         if (DeleteUGC(record).Failed()) KXP_LOG(KXP::LogFailure, "Failed to delete media file from disk");
     }
-    RetVal written = WriteUGCToTracker(Sum::Keep, false);
-    outbox_.Drain();
+    RetVal written = journal_.WriteUGCToTracker(Sum::Keep);
+    news_.Drain();
     return written;
 }
 

@@ -1,5 +1,6 @@
-// What can be asked of the record.
+// What can be asked of the record, and changes to single records.
 #include <algorithm>
+#include <utility>
 
 #include "CobalixUtil.h"
 #include "common/DirUtil.h"
@@ -10,16 +11,6 @@
 
 using KXP::RetVal;
 namespace Code = KXP::Code;
-
-namespace {
-
-void AppendCopies(const std::vector<RecordStore::RecordPtr>& records,
-                  std::vector<UGCTracker::TrackedUGC>& out) {
-    for (const RecordStore::RecordPtr& record : records)
-        out.push_back(*record);
-}
-
-}  // namespace
 
 bool UGCTracker::IsTrackedFile(const std::string& path) const {
     KXP::MutexLock lock(mutex_);
@@ -34,14 +25,16 @@ RetVal UGCTracker::GetUGCData(const std::string& path, TrackedUGC& out) const {
     return {};
 }
 
-RetVal UGCTracker::GetTrackedGames(std::vector<std::string>& out) const {
+std::vector<std::string> UGCTracker::GetTrackedGames() const {
+    std::vector<std::string> names;
     KXP::MutexLock lock(mutex_);
     for (const auto& [name, game] : records_.games())
-        out.push_back(name);
-    return {};
+        names.push_back(name);
+    return names;
 }
 
-RetVal UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
+// Takes the records whose files are gone out of `list`, and off the record.
+void UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
     const auto gone = std::stable_partition(
         list.begin(), list.end(), [](const TrackedUGC& record) { return record.MediaFileExists(); });
     std::vector<std::string> paths;
@@ -49,36 +42,38 @@ RetVal UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
         paths.push_back(record->path);
     list.erase(gone, list.end());
     SanitizePaths(paths);
-    return {};
 }
 
 void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
     if (gone.empty()) return;
-    for (size_t found = Untrack(gone); found < gone.size(); ++found)
+    for (size_t found = Untrack(gone, UINT64_MAX); found < gone.size(); ++found)
         KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
-    (void)Flush();
+    Flush();
 }
 
-RetVal UGCTracker::GetSanatizedGameUGC(const std::string& game, std::vector<TrackedUGC>& out) {
-    out.clear();
+std::vector<TrackedUGC> UGCTracker::GetSanatizedGameUGC(const std::string& game) {
+    std::vector<TrackedUGC> found;
     std::vector<RecordPtr> records;
     {
         KXP::MutexLock lock(mutex_);
         records = records_.OfGame(game);
     }
-    AppendCopies(records, out);
-    return out.empty() ? RetVal{} : SanitizeUGC(out);
+    for (const RecordPtr& record : records)
+        found.push_back(*record);
+    SanitizeUGC(found);
+    return found;
 }
 
-RetVal UGCTracker::GetGameUGC(const std::string& game, std::vector<TrackedUGC>& out) {
-    if (RetVal found = GetSanatizedGameUGC(game, out); found.Failed()) return found;
-    GetPendingHighlights(out, game, "");
-    std::sort(out.begin(), out.end(), [](const TrackedUGC& a, const TrackedUGC& b) { return a.id > b.id; });
-    return {};
+std::vector<TrackedUGC> UGCTracker::GetGameUGC(const std::string& game) {
+    std::vector<TrackedUGC> found = GetSanatizedGameUGC(game);
+    pendingHighlights_.AppendTo(found, game, "");
+    std::sort(found.begin(), found.end(),
+              [](const TrackedUGC& a, const TrackedUGC& b) { return a.id > b.id; });
+    return found;
 }
 
-RetVal UGCTracker::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
-    out.clear();
+std::vector<TrackedUGC> UGCTracker::GetRecentUGC(unsigned count) {
+    std::vector<TrackedUGC> out;
     size_t wanted = 0;
     {
         KXP::MutexLock lock(mutex_);
@@ -86,7 +81,7 @@ RetVal UGCTracker::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
     }
     if (wanted == 0) {
         if (count > 0) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
-        return {};
+        return out;
     }
     // From the newest down until there are enough: what is gone further down is found when it is asked for.
     std::vector<std::string> gone;
@@ -106,19 +101,16 @@ RetVal UGCTracker::GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out) {
         }
     } while (!next.empty() && out.size() < wanted);
     SanitizePaths(gone);
-    return {};
+    return out;
 }
 
-RetVal UGCTracker::GetAppStats(const std::string& game, unsigned& videos, unsigned& images) {
+void UGCTracker::GetAppStats(const std::string& game, unsigned& videos, unsigned& images) {
     videos = 0;
     images = 0;
-    std::vector<TrackedUGC> records;
-    if (RetVal found = GetSanatizedGameUGC(game, records); found.Failed()) return found;
-    for (const TrackedUGC& record : records) {
+    for (const TrackedUGC& record : GetSanatizedGameUGC(game)) {
         if (record.fileType == "video") ++videos;
         if (record.fileType == "image") ++images;
     }
-    return {};
 }
 
 RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
@@ -133,4 +125,20 @@ RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
 unsigned UGCTracker::GetCurrentSizeMB() const {
     KXP::MutexLock lock(mutex_);
     return static_cast<unsigned>(records_.SumKB() >> 10);
+}
+
+RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarText,
+                           const std::string& bottomBarText) {
+    {
+        KXP::MutexLock lock(mutex_);
+        const RecordPtr found = records_.FindByPath(path);
+        if (!found) return {Code::kNotFound, "UGC not found", 0};
+        TrackedUGC record = *found;
+        record.topBarText = topBarText;
+        record.bottomBarText = bottomBarText;
+        records_.Change(std::move(record));
+    }
+    (void)journal_.WriteUGCToTracker(Sum::Keep);
+    news_.Drain();
+    return {};
 }

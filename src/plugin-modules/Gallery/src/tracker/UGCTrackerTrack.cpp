@@ -1,6 +1,4 @@
 // The road of one path: onto the record and off it again.
-#include <algorithm>
-
 #include "CobalixUtil.h"
 #include "common/DirUtil.h"
 #include "common/Exception.h"
@@ -11,12 +9,10 @@
 
 namespace {
 
-// How long a file that is on record may wait for the write. Somebody looks on at what comes in live; a
+// How long a file that is on record may wait for the write. Somebody is watching what comes in live; a
 // rebuild, whose mark is on disk, only has to be done.
 constexpr std::chrono::milliseconds kLiveRun{100};
 constexpr std::chrono::milliseconds kRebuildRun{1000};
-
-constexpr size_t kMostRefused = 4096;
 
 // Marks the queue's entries that track or untrack, which share their write with the next of the kind.
 const char kRunTag = 0;
@@ -24,96 +20,148 @@ const char kRunTag = 0;
 }  // namespace
 
 void UGCTracker::TrackFile(const std::string& path) {
-    if (ParentOf(path) == WithoutSlash(gallery_) || ignoreList_.Has(path) || KXP::DirectoryExists(path))
-        return;
-    EnqueueTrack(path);
+    if (!KXP::DirectoryExists(path)) TrackWatchedFile(path);
+}
+
+void UGCTracker::TrackWatchedFile(const std::string& path) {
+    if (ParentOf(path) != WithoutSlash(gallery_) && !ignoreList_.Has(path)) EnqueueTrack(path);
 }
 
 void UGCTracker::EnqueueTrack(const std::string& path) {
     EnqueueWork(&kRunTag, [this, path] {
-        KXP::RetVal result;
-        try {
-            result = TrackFileTask(path);
-        } catch (...) {
-            result = KXP::ExceptionToRetVal();
-        }
-        if (result.Failed()) KXP_LOG(KXP::LogFailure, "Track File failed %s", KXP::ToStr(result).c_str());
+        TrackOrLog(path);
         EndStep();
-    });
-}
-
-void UGCTracker::EndStep() {
-    if (!MayWaitForNext()) FinishRun(Sum::Later);
-    outbox_.Drain();
-    if (!queue_.NextDueIs(&kRunTag)) PaySum();
-}
-
-void UGCTracker::PaySum() {
-    if (!sumOwed_) return;
-    (void)WriteUGCToTracker(Sum::Renew, false);
-    outbox_.Drain();
-}
-
-void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
-    ++waiting_;
-    queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
-        --waiting_;
-        work();
     });
 }
 
 void UGCTracker::TrackFolder(const std::string& path) {
     EnqueueWork(nullptr, [this, path] {
         const std::string gallery = WithoutSlash(gallery_);
-        if (path == gallery || path == ParentOf(gallery)) {
-            (void)UpdateTracker();
-            return;
-        }
+        if (path == gallery || path == ParentOf(gallery)) return UpdateTracker();
         for (const std::string& file : ScanFolder(path))
             TrackFile(file);
     });
 }
 
-KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
+void UGCTracker::UntrackFile(const std::string& path) {
+    if (ignoreList_.Has(path)) return;
+    uint64_t before = 0;
+    {
+        const KXP::MutexLock lock(mutex_);
+        before = records_.nextPlace();
+    }
+    EnqueueWork(&kRunTag, [this, path, before] {
+        UntrackPath(path, before);
+        EndStep();
+    });
+}
+
+// While an entry waits to be begun, more is known than is on record.
+void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
+    backlog_.Begin();
+    queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
+        backlog_.End();
+        work();
+    });
+}
+
+void UGCTracker::EndStep() {
     queue_.AssertOnWorker();
+    if (!MayWaitForNext() && news_.HasUnwritten()) (void)journal_.WriteUGCToTracker(Sum::Later);
+    news_.Drain();
+    if (!queue_.NextDueIs(&kRunTag)) PaySum();
+}
+
+bool UGCTracker::MayWaitForNext() {
+    if (!queue_.NextDueIs(&kRunTag)) return false;
+    return news_.MayWait(rebuilding_ == Rebuilding::No ? kLiveRun : kRebuildRun);
+}
+
+void UGCTracker::TrackNow(const std::string& path) {
+    const std::optional<std::string> place = CapturePathOf(path, gallery_);
+    if (!place) return;
+    TrackOrLog(*place);
+    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { EndStep(); });
+}
+
+void UGCTracker::UntrackNow(const std::string& path) {
+    const std::optional<std::string> place = CapturePathOf(path, gallery_);
+    if (!place || Untrack({*place}, UINT64_MAX) == 0) return;
+    AddUntrackedNews();
+    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { EndStep(); });
+}
+
+bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
+                              const std::atomic<bool>& cancelled) const {
+    const std::optional<std::string> place = CapturePathOf(path, gallery_);
+    if (!place) return false;
+    const KXP::MutexLock lock(mutex_);
+    while (!records_.FindByPath(*place)) {
+        if (cancelled || stopping_ || std::chrono::steady_clock::now() >= until) return false;
+        entered_.WaitUntil(mutex_, until);
+    }
+    return true;
+}
+
+// With the mutex taken once, so that no wait misses what was changed before the call.
+void UGCTracker::WakeWaiting() {
+    const KXP::MutexLock lock(mutex_);
+    entered_.NotifyAll();
+}
+
+void UGCTracker::TrackOrLog(const std::string& path) {
+    KXP::RetVal result;
+    try {
+        result = TrackFileTask(path);
+    } catch (...) {
+        result = KXP::ExceptionToRetVal();
+    }
+    if (result.Failed()) KXP_LOG(KXP::LogFailure, "Track File failed %s", KXP::ToStr(result).c_str());
+}
+
+KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
     if (IsTrackedFile(path)) return {KXP::Code::kNothingDone, "File is already tracked as UGC", 0};
     TrackedUGC record;
     if (KXP::RetVal inspected = InspectCapture(path, record); inspected.Failed()) {
-        NoteRefused(path);
+        backlog_.NoteRefused(path);
         return inspected;
     }
     EnterRecord(std::move(record));
     return {};
 }
 
-void UGCTracker::NoteRefused(const std::string& path) {
-    KXP::MutexLock lock(mutex_);
-    if (refused_.size() >= kMostRefused) refused_.clear();
-    refused_.insert(path);
-}
-
 void UGCTracker::EnterRecord(TrackedUGC record) {
     // The folder, and not what the file says of itself, decides the game: users sort their captures.
     record.profileName = NameOf(ParentOf(record.path));
     Highlight highlight;
-    const bool rebuilding = host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress;
-    const Step::Kind kind = updateInProgress_ ? Step::Tick : rebuilding ? Step::Silent : Step::Added;
 
-    KXP::MutexLock lock(mutex_);
+    const KXP::MutexLock lock(mutex_);
+    // Another thread may have been faster.
+    if (records_.FindByPath(record.path)) return;
     // Asked for under the lock: an announcement that comes too late to be found here finds the record.
-    if (TrackedUGC::IsAHighlight(record) && host_.GetHighlightInfo(record.path, highlight)) {
+    if (TrackedUGC::IsAHighlight(record) && announcements_.GetHighlightInfo(record.path, highlight)) {
         TakeHighlight(highlight, record);
     } else {
-        record.id = NextId();
+        record.id = records_.NextId();
     }
     const RecordPtr entered = records_.Track(std::move(record));
-    usageKB_ += std::min(entered->sizeKB, UINT32_MAX - usageKB_);
-    AppendStep({kind, entered, usageKB_});
-}
-
-void UGCTracker::AppendStep(Step step) {
-    if (run_.empty()) runStart_ = clock_.Now();
-    run_.push_back(std::move(step));
+    entered_.NotifyAll();
+    switch (rebuilding_) {
+        case Rebuilding::InOneFile:
+            news_.Add(News::Change::Tracked, [this] { host_.NotifyTrackerUpdate(TrackerUpdateInProgress); });
+            break;
+        case Rebuilding::Silently:
+            news_.Add(News::Change::Tracked, nullptr);
+            break;
+        case Rebuilding::No:
+            news_.Add(News::Change::Tracked, [this, entered, usageKB = records_.usageKB()] {
+                capacity_.UpdateGalleryUsage(usageKB);
+                bool unannounced = true;
+                const Announcements::Found found = announcements_.Take(entered->path, unannounced);
+                host_.NotifyUGCAdded(*entered, found, unannounced);
+            });
+            break;
+    }
 }
 
 void UGCTracker::TakeHighlight(const Highlight& highlight, TrackedUGC& record) {
@@ -131,70 +179,43 @@ void UGCTracker::TakeHighlight(const Highlight& highlight, TrackedUGC& record) {
     pendingHighlights_.Dequeue(highlight);
 }
 
-int32_t UGCTracker::NextId() {
-    if (lastUGCIdUsed_ < INT32_MAX) ++lastUGCIdUsed_;
-    return lastUGCIdUsed_;
-}
-
-bool UGCTracker::MayWaitForNext() {
-    if (!queue_.NextDueIs(&kRunTag)) return false;
-    const bool rebuilding =
-        updateInProgress_ || host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress;
-    KXP::MutexLock lock(mutex_);
-    return run_.empty() || clock_.Now() - runStart_ < (rebuilding ? kRebuildRun : kLiveRun);
-}
-
-void UGCTracker::UntrackFile(const std::string& path) {
-    if (ignoreList_.Has(path)) return;
-    EnqueueWork(&kRunTag, [this, path] {
-        UntrackPath(path);
-        EndStep();
-    });
-}
-
-void UGCTracker::UntrackPath(const std::string& path) {
+// A folder goes with all that was in it. What came on record after the news is another file.
+void UGCTracker::UntrackPath(const std::string& path, uint64_t before) {
     queue_.AssertOnWorker();
-    size_t removed = Untrack({path});
-    if (removed == 0) {
-        std::vector<std::string> beneath;
-        {
-            KXP::MutexLock lock(mutex_);
-            for (const RecordPtr& record : records_.Under(path + "/"))
-                beneath.push_back(record->path);
-        }
-        removed = Untrack(beneath);
-    }
-    if (removed == 0) {
+    if (Untrack({path}, before) == 0 && Untrack(PathsUnder(path), before) == 0) {
         KXP_LOG(KXP::LogFailure, "UntrackFile failed");
         return;
     }
-    KXP::MutexLock lock(mutex_);
-    AppendStep({Step::Flushed, nullptr, usageKB_});
+    AddUntrackedNews();
 }
 
-size_t UGCTracker::Untrack(const std::vector<std::string>& paths) {
+std::vector<std::string> UGCTracker::PathsUnder(const std::string& folder) const {
+    std::vector<std::string> paths;
+    const KXP::MutexLock lock(mutex_);
+    for (const RecordPtr& record : records_.Under(folder + "/"))
+        paths.push_back(record->path);
+    return paths;
+}
+
+size_t UGCTracker::Untrack(const std::vector<std::string>& paths, uint64_t before) {
     RecordStore::Removed removed;
     {
-        KXP::MutexLock lock(mutex_);
-        removed = records_.Remove(paths);
-        for (const RecordPtr& record : removed.records) {
-            usageKB_ -= std::min(usageKB_, record->sizeKB);
-            TellRemoved(record);
-        }
+        const KXP::MutexLock lock(mutex_);
+        removed = records_.Remove(paths, before);
+        for (const RecordPtr& record : removed.records)
+            AddRemovedNews(record);
     }
     for (int i = 0; i < removed.withoutGame; ++i)
         KXP_LOG(KXP::LogFailure, "DeleteFromRecent::Could not find persisted game");
     return removed.records.size();
 }
 
-void UGCTracker::TellRemoved(const RecordPtr& record) {
-    TellInOrder({Step::Removed, record, usageKB_});
+void UGCTracker::AddRemovedNews(const RecordPtr& record) {
+    news_.Add(News::Change::None, [this, record] { host_.NotifyUGCDeleted(*record); });
 }
 
-void UGCTracker::TellInOrder(Step step) {
-    if (!run_.empty()) {
-        run_.push_back(std::move(step));
-    } else {
-        outbox_.Put([this, step = std::move(step)] { TellStep(step); });
-    }
+void UGCTracker::AddUntrackedNews() {
+    const KXP::MutexLock lock(mutex_);
+    news_.Add(News::Change::Untracked,
+              [this, usageKB = records_.usageKB()] { capacity_.UpdateGalleryUsage(usageKB); });
 }

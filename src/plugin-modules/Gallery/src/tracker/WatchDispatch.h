@@ -1,4 +1,4 @@
-// From an event to the callback: asks the disk, decides, logs and calls.
+// From an event to the callback: decides by what is on disk, logs and calls.
 #pragma once
 
 #include <cstdint>
@@ -8,12 +8,15 @@
 
 namespace watcher {
 
-// Whether what the event is about is there now, as the kind of item that the event says.
-bool WatchedItemExists(const WatchEvent& event);
+// What lies at a path. Links, pipes and devices are neither file nor folder, and so nothing.
+enum class ItemKind { None, File, Folder, Other };
+
+// Whether `there`, found at the event's path, is of the kind that the event is about.
+bool WatchedItemExists(const WatchEvent& event, ItemKind there);
 
 // `index` counts within a batch, `id` across them. Never throws: what the callback throws is logged. No lock
-// may be held. Gives what was decided.
-WatchAction DispatchWatchEvent(int index, uint64_t id, const WatchEvent& event,
+// may be held. Returns what was decided.
+WatchAction DispatchWatchEvent(int index, uint64_t id, const WatchEvent& event, ItemKind there,
                                IFileWatcherCallback& callback) noexcept;
 
 }  // namespace watcher

@@ -1,7 +1,7 @@
-// Captures that are cut and captioned, with a watcher and a worker at work.
+// Captures that are cut, with a watcher and a worker at work.
 #include <gtest/gtest.h>
 
-#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+#include "plugin-modules/Gallery/src/editing/Trimmer.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TempGallery.h"
@@ -10,15 +10,15 @@ namespace {
 
 constexpr int32_t kFailure = static_cast<int32_t>(0x80004005);
 
-class EditTest : public testing::Test {
+class TrimmerTest : public testing::Test {
   protected:
-    EditTest() {
+    TrimmerTest() {
         gallery_.Add("Game/a.mp4", Video(2000));
         UGCTracker::Parts parts;
         parts.watcher.window = std::chrono::milliseconds(20);
         tracker_ = std::make_unique<UGCTracker>(&host_, false, parts);
         WaitForDuration(2000);
-        host_.onTrim = [this](const std::string& input, const std::string& output) {
+        onCut_ = [this](const std::string& input, const std::string& output) {
             EXPECT_EQ(Bytes(input), Video(2000));
             targets_.push_back(output);
             // In steps, so that a watcher has something to take for a capture.
@@ -41,7 +41,13 @@ class EditTest : public testing::Test {
             ASSERT_LT(std::chrono::steady_clock::now(), deadline);
     }
     KXP::RetVal Trim(const std::string& output) {
-        return tracker_->TrimUGC(gallery_.Path("Game/a.mp4"), gallery_.Path(output), 0, 500);
+        return Trim(gallery_.Path("Game/a.mp4"), gallery_.Path(output));
+    }
+    KXP::RetVal Trim(const std::string& input, const std::string& output) {
+        const auto cut = [this](const std::string& from, const std::string& to, double, double) {
+            return onCut_(from, to);
+        };
+        return Trimmer(*tracker_, cut, cancelled_).TrimUGC(input, output, 0, 500);
     }
     int64_t DurationOf(const std::string& name) {
         TrackedUGC record;
@@ -51,11 +57,13 @@ class EditTest : public testing::Test {
     TempGallery gallery_;
     LogCapture log_;
     RecordingHost host_;
+    std::function<int32_t(const std::string& input, const std::string& output)> onCut_;
+    const std::atomic<bool> cancelled_{false};
     std::vector<std::string> targets_;
     std::unique_ptr<UGCTracker> tracker_;
 };
 
-TEST_F(EditTest, AClipTakesThePlaceOfItsSourceAndNoOther) {
+TEST_F(TrimmerTest, AClipTakesThePlaceOfItsSourceAndNoOther) {
     gallery_.Add("Game/a_tmp.mp4", Video(3000));
     const KXP::RetVal trimmed = Trim("Game/a.mp4");
     EXPECT_EQ(trimmed.code, 0);
@@ -68,52 +76,48 @@ TEST_F(EditTest, AClipTakesThePlaceOfItsSourceAndNoOther) {
     EXPECT_FALSE(std::filesystem::exists(targets_[0]));
     EXPECT_FALSE(tracker_->CheckIfIgnored(gallery_.Path("Game/a.mp4")));
     EXPECT_FALSE(tracker_->CheckIfIgnored(targets_[0]));
-
-    EXPECT_EQ(tracker_->AddMeme(gallery_.Path("Game/a.mp4"), "top", "bottom").code, 0);
-    EXPECT_NE(gallery_.home().Read(gallery_.ShareFile("UGCTracker.json")).find("\"top\""), std::string::npos);
-    EXPECT_EQ(tracker_->AddMeme("/none.mp4", "top", "").code, static_cast<int32_t>(0x80070002));
 }
 
-TEST_F(EditTest, AClipOfItsOwnIsTrackedByTheWatcher) {
+TEST_F(TrimmerTest, AClipOfItsOwnIsOnRecordWhereItCanBe) {
     EXPECT_EQ(Trim("Game/b.mp4").code, 0);
     EXPECT_EQ(targets_[0], gallery_.Path("Game/b.mp4"));
     EXPECT_EQ(DurationOf("Game/b.mp4"), 500);
     EXPECT_EQ(DurationOf("Game/a.mp4"), 2000);
+    EXPECT_EQ(Trim("../b.mp4").code, kFailure);
+    EXPECT_EQ(Bytes(gallery_.Path("../b.mp4")), Video(500)) << "there, and reported as not on record";
 }
 
-TEST_F(EditTest, NothingButACaptureIsReplaced) {
+TEST_F(TrimmerTest, NothingButACaptureIsReplaced) {
     const std::string notes = gallery_.home().Write("notes.txt", "mine");
-    EXPECT_EQ(tracker_->TrimUGC(gallery_.Path("Game/a.mp4"), notes, 0, 500).code, kFailure);
+    EXPECT_EQ(Trim(gallery_.Path("Game/a.mp4"), notes).code, kFailure);
     EXPECT_EQ(gallery_.home().Read("notes.txt"), "mine");
     const std::string path = gallery_.Path("Game/a.mp4") + std::string("\0.mp4", 5);
-    EXPECT_EQ(tracker_->TrimUGC(path, path, 0, 500).code, kFailure);
+    EXPECT_EQ(Trim(path, path).code, kFailure);
     EXPECT_TRUE(targets_.empty());
     // While one is at work on a path no other is.
-    const auto cut = host_.onTrim;
-    host_.onTrim = [&](const std::string& input, const std::string& output) {
+    const auto cut = onCut_;
+    onCut_ = [&](const std::string& input, const std::string& output) {
         EXPECT_EQ(Trim("Game/a.mp4").code, kFailure);
         return cut(input, output);
     };
     EXPECT_EQ(Trim("Game/a.mp4").code, 0);
 }
 
-TEST_F(EditTest, AFailureLeavesTheSourceOnRecord) {
+TEST_F(TrimmerTest, AFailureLeavesTheSourceOnRecord) {
     const auto expectUntouched = [&](const KXP::RetVal& result) {
         EXPECT_EQ(result.code, kFailure);
         EXPECT_EQ(result.text, "Gallery Trim failed");
         EXPECT_EQ(Bytes(gallery_.Path("Game/a.mp4")), Video(2000));
         EXPECT_FALSE(tracker_->CheckIfIgnored(gallery_.Path("Game/a.mp4")));
     };
-    host_.onTrim = [](const std::string&, const std::string&) { return kFailure; };
+    onCut_ = [](const std::string&, const std::string&) { return kFailure; };
     expectUntouched(Trim("Game/a.mp4"));
     EXPECT_EQ(DurationOf("Game/a.mp4"), 2000);
     // The clip is gone when it is to take its place.
-    host_.onTrim = [](const std::string&, const std::string&) { return 0; };
+    onCut_ = [](const std::string&, const std::string&) { return 0; };
     expectUntouched(Trim("Game/a.mp4"));
     WaitForDuration(2000);
-    host_.onTrim = [](const std::string&, const std::string&) -> int32_t {
-        throw std::runtime_error("text");
-    };
+    onCut_ = [](const std::string&, const std::string&) -> int32_t { throw std::runtime_error("text"); };
     EXPECT_THROW(static_cast<void>(Trim("Game/a.mp4")), std::runtime_error);
     EXPECT_FALSE(tracker_->CheckIfIgnored(gallery_.Path("Game/a.mp4")));
 }

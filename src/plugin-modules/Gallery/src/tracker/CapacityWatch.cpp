@@ -1,9 +1,9 @@
-// How much the gallery takes, and how much room is left.
+#include "plugin-modules/Gallery/src/tracker/CapacityWatch.h"
+
 #include <chrono>
 
 #include "CobalixUtil.h"
 #include "common/Exception.h"
-#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 namespace {
 
@@ -12,22 +12,31 @@ constexpr std::chrono::seconds kGalleryFullDelay{8};
 
 }  // namespace
 
-void UGCTracker::UpdateGalleryUsage(uint32_t usageKB) {
+void CapacityWatch::UpdateGalleryUsage(uint32_t usageKB) {
     host_.UpdateGalleryUsage(usageKB / 1000);
-    Settings& settings = *host_.GetGallerySettings();
-    const CapCrossing crossing = capWatch_.Update(settings.GetCurrentSizeMB(), settings.GetTotalDiskSpaceMB(),
-                                                  settings.GetMaxSizePercent());
-    if (crossing == CapCrossing::None || !settings.GetCapEnabled()) return;
-    const bool full = crossing == CapCrossing::Reached;
+    const Settings& settings = *host_.GetGallerySettings();
+    const Crossing crossing =
+        Cross(settings.GetCurrentSizeMB(), settings.GetTotalDiskSpaceMB(), settings.GetMaxSizePercent());
+    if (crossing == Crossing::None || !settings.GetCapEnabled()) return;
+    const bool full = crossing == Crossing::Reached;
     queue_.EnqueueNotification(queue_.Now() + kGalleryFullDelay,
                                [this, full] { host_.NotifyGalleryIsFull(full); });
 }
 
-void UGCTracker::MonitorDiskSpace() {
+// In the 32-bit arithmetic that the pages' own figures come from. A volume of no size counts as not measured.
+CapacityWatch::Crossing CapacityWatch::Cross(uint32_t usageMB, uint32_t totalMB, uint32_t maxPercent) {
+    const uint32_t percent = totalMB == 0 ? 0 : usageMB * 100 / totalMB;
+    const KXP::MutexLock lock(mutex_);
+    if (capNotifyArmed_ == (percent < maxPercent)) return Crossing::None;
+    capNotifyArmed_ = !capNotifyArmed_;
+    return capNotifyArmed_ ? Crossing::FellBelow : Crossing::Reached;
+}
+
+void CapacityWatch::MonitorDiskSpace() {
     queue_.EnqueueNotification(queue_.Now() + kDiskCheckPeriod, [this] { CheckDiskSpace(); });
 }
 
-void UGCTracker::CheckDiskSpace() {
+void CapacityWatch::CheckDiskSpace() {
     queue_.AssertOnWorker();
     bool low = false;
     try {

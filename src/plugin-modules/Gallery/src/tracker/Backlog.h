@@ -1,0 +1,35 @@
+// What has become known of the gallery and is not worked off yet, and files that were looked at and are none
+// of the product's: with both, whether the record is complete can be answered.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <set>
+#include <string>
+
+#include "common/Mutex.h"
+
+// Any thread. Its mutex is a leaf.
+class Backlog {
+  public:
+    void Begin() { ++entries_; }
+    void End() { --entries_; }
+    bool IsEmpty() const { return entries_ == 0; }
+
+    void NoteRefused(const std::string& path) EXCLUDES(mutex_) {
+        const KXP::MutexLock lock(mutex_);
+        if (refused_.size() >= kMostRefused) refused_.clear();
+        refused_.insert(path);
+    }
+    bool WasRefused(const std::string& path) const EXCLUDES(mutex_) {
+        const KXP::MutexLock lock(mutex_);
+        return refused_.count(path) > 0;
+    }
+
+  private:
+    static constexpr size_t kMostRefused = 4096;
+
+    std::atomic<size_t> entries_{0};  // of the tracker's queue that work on paths
+    mutable KXP::Mutex mutex_;
+    std::set<std::string> refused_ GUARDED_BY(mutex_);  // the last ones
+};

@@ -1,0 +1,32 @@
+// How much of the user's share of the volume the gallery takes, and whether the volumes are nearly full.
+#pragma once
+
+#include <cstdint>
+
+#include "common/Mutex.h"
+#include "common/plugincommon/task/TaskQueue.h"
+#include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
+
+// `queue` is the tracker's; its worker does what is delayed. Both arguments outlive this object.
+class CapacityWatch {
+  public:
+    CapacityWatch(ITrackerHost& host, KXP::TaskQueue& queue) : host_(host), queue_(queue) {}
+
+    // Reports the usage, and 8 seconds later that the cap was crossed, once in each direction. A crossing
+    // while the cap is off is not reported later. Any thread, with no lock held.
+    void UpdateGalleryUsage(uint32_t usageKB) EXCLUDES(mutex_);
+
+    // Looks at the volumes every 60 seconds from now on.
+    void MonitorDiskSpace();
+
+  private:
+    enum class Crossing { None, Reached, FellBelow };
+    Crossing Cross(uint32_t usageMB, uint32_t totalMB, uint32_t maxPercent) EXCLUDES(mutex_);
+    void CheckDiskSpace();
+
+    ITrackerHost& host_;
+    KXP::TaskQueue& queue_;
+    KXP::Mutex mutex_;
+    bool capNotifyArmed_ GUARDED_BY(mutex_) = true;  // below the cap, as far as is known
+    bool lowDiskResetFlag_ = false;                  // worker
+};

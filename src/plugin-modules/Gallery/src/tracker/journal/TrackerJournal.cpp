@@ -1,0 +1,148 @@
+#include "plugin-modules/Gallery/src/tracker/journal/TrackerJournal.h"
+
+#include <random>
+#include <stdexcept>
+#include <utility>
+
+#include "CobalixUtil.h"
+#include "common/DirUtil.h"
+#include "common/FileUtil.h"
+#include "plugin-modules/Gallery/src/media/FolderCrc.h"
+#include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
+#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
+
+namespace {
+
+constexpr int kUniqueNames = 100;
+// There is one file, so all wait for the same turn.
+constexpr const char* kFileTurn = "file";
+
+KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::string& name) {
+    // Not rand(): its sequence is the client's, and the same in every start.
+    std::random_device random;
+    for (int attempt = 0; attempt < kUniqueNames; ++attempt) {
+        const std::string candidate = UniqueTrackerFileName(random() % kUniqueNames);
+        if (KXP::FileExists(shareFolder + "/" + candidate)) {
+            KXP_LOG(KXP::LogDetail, "File already exists");
+            continue;
+        }
+        KXP_LOG(KXP::LogDetail, "File is unique");
+        name = candidate;
+        return {};
+    }
+    return {KXP::Code::kFailure, "Unable to create unique tracker file name", 0};
+}
+
+// Files of rebuilds that a crash or a cancelled change of the gallery has left behind.
+void RemoveStaleTrackerFiles(const std::string& shareFolder) {
+    for (int number = 0; number < kUniqueNames; ++number) {
+        const std::string path = shareFolder + "/" + UniqueTrackerFileName(number);
+        if (KXP::FileExists(path)) KXP::FileDelete(path, true);
+    }
+}
+
+}  // namespace
+
+TrackerJournal::TrackerJournal(IJournalSource& source, std::string shareFolder, std::string gallery,
+                               KXP::Clock& clock, std::chrono::milliseconds sumInPassing)
+    : source_(source),
+      shareFolder_(std::move(shareFolder)),
+      gallery_(std::move(gallery)),
+      clock_(clock),
+      sumInPassing_(sumInPassing) {}
+
+void TrackerJournal::Open(bool useUniqueFile) {
+    replaceTrackerFile_ = useUniqueFile;
+    std::string name = kTrackerFileName;
+    if (!useUniqueFile) {
+        RemoveStaleTrackerFiles(shareFolder_);
+    } else if (GenerateUniqueTrackerFileName(shareFolder_, name).Failed()) {
+        throw std::runtime_error("Failed to generate unique tracker name, cannot reset tracker file");
+    }
+    trackerFile_.Init(shareFolder_ + "/" + name);
+}
+
+KXP::RetVal TrackerJournal::Read(KXP::Document& document, TrackerInfo& info) {
+    KXP::RetVal read = trackerFile_.ReadAndParseJSON(document);
+    if (read.Failed()) return read;
+    ParseTrackerInfoFromJSON(document, info);
+    folderCRC_ = info.folderCRC;
+    return read;
+}
+
+bool TrackerJournal::MeasureFolder(uint32_t& crc) {
+    try {
+        KXP::CreateDirectoryPath({gallery_});
+        const KXP::TimePoint start = clock_.Now();
+        const bool measured = !media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc).Failed();
+        sumTook_ = clock_.Now() - start;
+        return measured;
+    } catch (const std::exception&) {
+        return false;  // the gallery's drive is gone
+    }
+}
+
+KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
+    const KXP::Turn turn(turns_, kFileTurn);
+    if (closed_) return {KXP::Code::kFailure, "No tracker", 0};
+    const bool pending = source_.HasUnwritten();
+    if (sum == Sum::Later && sumTook_ > sumInPassing_) {
+        sumWithheld_ = true;
+        sumOwed_ = true;
+    } else if (pending || sum == Sum::Renew) {
+        RenewSum(pending);
+    }
+    writer_.Recheck(trackerFile_);
+    TrackerFileWriter::Content content = source_.TakeContent(writer_);
+    content.info.folderCRC = sumWithheld_ ? ~folderCRC_ : folderCRC_;
+    KXP::HeldLog log;
+    KXP::RetVal written = writer_.Write(trackerFile_, content, log);
+    source_.NoteWritten(written);
+    return written;
+}
+
+// Before the records are taken: a file that comes between the two is in the file and not in the sum, which
+// costs a rebuild after a crash. The other way round it would be lost.
+void TrackerJournal::RenewSum(bool pending) {
+    sumOwed_ = false;
+    if (!MeasureFolder(folderCRC_))
+        KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
+    sumWithheld_ = !source_.KnowsAll();
+    if (sumWithheld_) WithholdSum();
+}
+
+void TrackerJournal::WithholdSum() {
+    if (!std::exchange(releaseQueued_, true)) source_.QueueRelease();
+}
+
+void TrackerJournal::ReleaseSum() {
+    {
+        const KXP::Turn turn(turns_, kFileTurn);
+        releaseQueued_ = false;
+        if (!sumWithheld_ || closed_) return;
+        if (!source_.KnowsAll()) return WithholdSum();
+    }
+    (void)WriteUGCToTracker(Sum::Renew);
+}
+
+void TrackerJournal::TakeOver() {
+    const KXP::Turn turn(turns_, kFileTurn);
+    if (!replaceTrackerFile_) return;
+    const std::string canonical = shareFolder_ + "/" + kTrackerFileName;
+    if (trackerFile_.path() != canonical && KXP::FileExists(trackerFile_.path())) {
+        if (KXP::FileMove(trackerFile_.path(), canonical) < 0)
+            KXP_LOG(KXP::LogFailure, "UpdateTracker::Failed to set tracker, no tracker UGC this lifecycle");
+    } else {
+        KXP::FileDelete(canonical, true);
+    }
+    trackerFile_.Init(canonical);
+    replaceTrackerFile_ = false;
+}
+
+void TrackerJournal::Close() {
+    const KXP::Turn turn(turns_, kFileTurn);
+    closed_ = true;
+    // A change of the gallery that was cancelled: nobody will ever read what its rebuild has gathered.
+    if (replaceTrackerFile_ && KXP::FileExists(trackerFile_.path()))
+        KXP::FileDelete(trackerFile_.path(), true);
+}
