@@ -77,6 +77,9 @@ class HubTest : public testing::Test {
         return KXP::WriteJSONToString(response);
     }
 
+    // The hub as a task takes it; this fixture keeps owning it.
+    std::shared_ptr<ZvGalleryAPI> SharedHub() { return {std::shared_ptr<void>(), &hub_}; }
+
     Settings& settings() { return *hub_.GetGallerySettings(); }
     std::string SettingsFile() { return settings().path(); }
 

@@ -17,22 +17,30 @@
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 #include "plugin-modules/Gallery/src/endpoints/VideoTasks.h"
 
+// The API object is looked up for each request: a task that comes without one fails.
+template <typename Task>
+void GalleryPlugin::RegisterTask(const std::string& name) {
+    RegisterAsyncTask(name, [this](KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request) {
+        return Task::Launch(module, std::move(request), api_);
+    });
+}
+
 void GalleryPlugin::RegisterEndpoints() {
-    RegisterAsyncTask("GetFolderListing", &GetFolderListing::Launch);
-    RegisterAsyncTask("GetAppStats", &GetAppStats::Launch);
-    RegisterAsyncTask("GetAppUGC", &GetAppUGC::Launch);
-    RegisterAsyncTask("RemoveGalleryItem", &Remove::Launch);
-    RegisterAsyncTask("GetFileMetadata", &GetMetaData::Launch);
-    RegisterAsyncTask("GetThumbnail", &GetThumbnail::Launch);
-    RegisterAsyncTask("EnumerateDrives", &EnumerateDrives::Launch);
-    RegisterAsyncTask("GetImageFileDimensions", &GetImageDimensions::Launch);
-    RegisterAsyncTask("GetFolderCRC", &GetFolderCRC::Launch);
-    RegisterAsyncTask("CopyFile", &GalleryCopyFile::Launch);
-    RegisterAsyncTask("MoveFile", &GalleryMoveFile::Launch);
-    RegisterAsyncTask("IsDirectoryWriteable", &IsDirectoryWritable::Launch);
-    RegisterAsyncTask("GetDriveInfo", &GetDriveInfo::Launch);
-    RegisterAsyncTask("GetRecentUGC", &GetRecentUGC::Launch);
-    RegisterAsyncTask("GetEventData", &GetEventData::Launch);
+    RegisterTask<GetFolderListing>("GetFolderListing");
+    RegisterTask<GetAppStats>("GetAppStats");
+    RegisterTask<GetAppUGC>("GetAppUGC");
+    RegisterTask<Remove>("RemoveGalleryItem");
+    RegisterTask<GetMetaData>("GetFileMetadata");
+    RegisterTask<GetThumbnail>("GetThumbnail");
+    RegisterTask<EnumerateDrives>("EnumerateDrives");
+    RegisterTask<GetImageDimensions>("GetImageFileDimensions");
+    RegisterTask<GetFolderCRC>("GetFolderCRC");
+    RegisterTask<GalleryCopyFile>("CopyFile");
+    RegisterTask<GalleryMoveFile>("MoveFile");
+    RegisterTask<IsDirectoryWritable>("IsDirectoryWriteable");
+    RegisterTask<GetDriveInfo>("GetDriveInfo");
+    RegisterTask<GetRecentUGC>("GetRecentUGC");
+    RegisterTask<GetEventData>("GetEventData");
     RegisterSyncMethod("GetSettings", api_.get(), &ZvGalleryAPI::GetSettings);
     RegisterSyncMethod("SetSettings", api_.get(), &ZvGalleryAPI::SetSettings);
     RegisterSyncMethod("CancelPathUpdate", api_.get(), &ZvGalleryAPI::CancelPathUpdate);
@@ -45,13 +53,13 @@ void GalleryPlugin::RegisterEndpoints() {
     RegisterSyncMethod("DeletePreview", api_.get(), &ZvGalleryAPI::DeletePreview);
     RegisterSyncMethod("PreviewPathInfo", api_.get(), &ZvGalleryAPI::PopulatePreviewPath);
     RegisterSyncMethod("GetMontageCloudConfig", api_.get(), &ZvGalleryAPI::GetMontageCloudConfig);
-    RegisterAsyncTask("TranscodeMediaFile", &TranscodeMediaFile::Launch);
+    RegisterTask<TranscodeMediaFile>("TranscodeMediaFile");
     RegisterSyncMethod("CancelMontage", api_.get(), &ZvGalleryAPI::CancelMontage);
-    RegisterAsyncTask("CreateMontage", &CreateMontage::Launch);
-    RegisterAsyncTask("CreateMontageFromRecipe", &CreateMontageFromRecipe::Launch);
-    RegisterAsyncTask("Trim", &TrimVideo::Launch);
-    RegisterAsyncTask("AddMeme", &AddMeme::Launch);
-    RegisterAsyncTask("EngraveMP4", &EngraveMP4::Launch);
+    RegisterTask<CreateMontage>("CreateMontage");
+    RegisterTask<CreateMontageFromRecipe>("CreateMontageFromRecipe");
+    RegisterTask<TrimVideo>("Trim");
+    RegisterTask<AddMeme>("AddMeme");
+    RegisterTask<EngraveMP4>("EngraveMP4");
     RegisterSyncMethod("UpdateMontageProgress", api_.get(), &ZvGalleryAPI::UpdateMontageProgress);
 }
 

@@ -3,7 +3,6 @@
 #include "CobalixUtil.h"
 #include "common/Exception.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
-#include "plugin-modules/Gallery/src/GalleryAPIOf.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 namespace KXP {
@@ -17,10 +16,6 @@ void IContainerConnector::DestroyPluginInstance(IContainerConnector* instance) {
 }
 
 }  // namespace KXP
-
-std::shared_ptr<ZvGalleryAPI> GalleryAPIOf(KXP::PluginModuleBase& module) {
-    return static_cast<GalleryPlugin&>(module).api();
-}
 
 GalleryPlugin::GalleryPlugin() : PluginModuleBase("CobalixNative", "Gallery", ApiCatalogueText()) {}
 

@@ -24,13 +24,13 @@ class GalleryPlugin : public KXP::PluginModuleBase {
     bool Stop() override;
     void Uninitialize() override;
 
-    // Null until Initialize has succeeded and after Uninitialize.
-    std::shared_ptr<ZvGalleryAPI> api() { return api_; }
-
   private:
+    template <typename Task>
+    void RegisterTask(const std::string& name);
     void RegisterEndpoints();
     void SubscribeToCaptures();
 
-    // Shared with the tasks that use it, which may be abandoned with it.
+    // Null until Initialize has succeeded and after Uninitialize. Shared with the tasks that use it, which
+    // may be abandoned with it.
     std::shared_ptr<ZvGalleryAPI> api_;
 };

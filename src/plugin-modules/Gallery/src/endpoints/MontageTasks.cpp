@@ -91,8 +91,11 @@ KXP::RetVal CreateMontage::ExecuteAsync(const KXP::Value& params) {
 }
 
 CreateMontageFromRecipe::CreateMontageFromRecipe(KXP::PluginModuleBase& module,
-                                                 std::unique_ptr<KXP::JSONMessage> request)
-    : GalleryTaskBase(module, std::move(request)), transcoder_(api().GetTranscoder()), run_(*transcoder_) {}
+                                                 std::unique_ptr<KXP::JSONMessage> request,
+                                                 std::shared_ptr<ZvGalleryAPI> api)
+    : GalleryTaskBase(module, std::move(request), std::move(api)),
+      transcoder_(this->api().GetTranscoder()),
+      run_(*transcoder_) {}
 
 KXP::RetVal CreateMontageFromRecipe::ExecuteAsync(const KXP::Value& params) {
     return CefMontage(params);
