@@ -68,12 +68,16 @@ class HubTest : public testing::Test {
         settings().SetCurrentSizeMB(7);
     }
 
-    using Endpoint = decltype(&ZvGalleryAPI::GetSettings);
+    template <typename Requests>
+    using Endpoint = KXP::RetVal (Requests::*)(std::unique_ptr<KXP::JSONMessage>, KXP::Value&,
+                                               KXP::Allocator&);
 
-    // The members of the answer; result_ is its result.
-    std::string Ask(Endpoint endpoint, const std::string& payload = "{}") {
+    // Returns the members of the answer; result_ is its result.
+    template <typename Requests>
+    std::string Ask(Requests& requests, Endpoint<Requests> endpoint, const std::string& payload = "{}") {
         KXP::Document response(rapidjson::kObjectType);
-        result_ = (hub_.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
+        result_ =
+            (requests.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
         return KXP::WriteJSONToString(response);
     }
 

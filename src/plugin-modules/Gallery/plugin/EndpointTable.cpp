@@ -2,7 +2,6 @@
 // endpoint.
 
 #include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
-#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "plugin-modules/Gallery/src/endpoints/DriveTasks.h"
 #include "plugin-modules/Gallery/src/endpoints/FileTransfer.h"
 #include "plugin-modules/Gallery/src/endpoints/GetEventData.h"
@@ -26,6 +25,7 @@ void GalleryPlugin::RegisterTask(const std::string& name) {
 }
 
 void GalleryPlugin::RegisterEndpoints() {
+    auto& [settings, highlights, previews, montages] = *requests_;
     RegisterTask<GetFolderListing>("GetFolderListing");
     RegisterTask<GetAppStats>("GetAppStats");
     RegisterTask<GetAppUGC>("GetAppUGC");
@@ -41,26 +41,27 @@ void GalleryPlugin::RegisterEndpoints() {
     RegisterTask<GetDriveInfo>("GetDriveInfo");
     RegisterTask<GetRecentUGC>("GetRecentUGC");
     RegisterTask<GetEventData>("GetEventData");
-    RegisterSyncMethod("GetSettings", api_.get(), &ZvGalleryAPI::GetSettings);
-    RegisterSyncMethod("SetSettings", api_.get(), &ZvGalleryAPI::SetSettings);
-    RegisterSyncMethod("CancelPathUpdate", api_.get(), &ZvGalleryAPI::CancelPathUpdate);
-    RegisterSyncMethod("CheckDiskSpace", api_.get(), &ZvGalleryAPI::CheckDiskSpace);
-    RegisterSyncMethod("EnqueuePendingHighlight", api_.get(), &ZvGalleryAPI::EnqueuePendingHighlight);
-    RegisterSyncMethod("OpenHighlightsGroupSummary", api_.get(), &ZvGalleryAPI::OpenHighlightsGroupSummary);
-    RegisterSyncMethod("GetHighlightsCount", api_.get(), &ZvGalleryAPI::GetHighlightsCount);
-    RegisterSyncMethod("DeleteGroupHighlights", api_.get(), &ZvGalleryAPI::DeleteGroupHighlights);
-    RegisterSyncMethod("WriteEncryptedBitmap", api_.get(), &ZvGalleryAPI::WriteEncryptedBitmap);
-    RegisterSyncMethod("DeletePreview", api_.get(), &ZvGalleryAPI::DeletePreview);
-    RegisterSyncMethod("PreviewPathInfo", api_.get(), &ZvGalleryAPI::PopulatePreviewPath);
-    RegisterSyncMethod("GetMontageCloudConfig", api_.get(), &ZvGalleryAPI::GetMontageCloudConfig);
+    RegisterSyncMethod("GetSettings", &settings, &SettingsRequests::GetSettings);
+    RegisterSyncMethod("SetSettings", &settings, &SettingsRequests::SetSettings);
+    RegisterSyncMethod("CancelPathUpdate", &settings, &SettingsRequests::CancelPathUpdate);
+    RegisterSyncMethod("CheckDiskSpace", &settings, &SettingsRequests::CheckDiskSpace);
+    RegisterSyncMethod("EnqueuePendingHighlight", &highlights, &HighlightRequests::EnqueuePendingHighlight);
+    RegisterSyncMethod("OpenHighlightsGroupSummary", &highlights,
+                       &HighlightRequests::OpenHighlightsGroupSummary);
+    RegisterSyncMethod("GetHighlightsCount", &highlights, &HighlightRequests::GetHighlightsCount);
+    RegisterSyncMethod("DeleteGroupHighlights", &highlights, &HighlightRequests::DeleteGroupHighlights);
+    RegisterSyncMethod("WriteEncryptedBitmap", &previews, &PreviewRequests::WriteEncryptedBitmap);
+    RegisterSyncMethod("DeletePreview", &previews, &PreviewRequests::DeletePreview);
+    RegisterSyncMethod("PreviewPathInfo", &previews, &PreviewRequests::PopulatePreviewPath);
+    RegisterSyncMethod("GetMontageCloudConfig", &montages, &MontageRequests::GetMontageCloudConfig);
     RegisterTask<TranscodeMediaFile>("TranscodeMediaFile");
-    RegisterSyncMethod("CancelMontage", api_.get(), &ZvGalleryAPI::CancelMontage);
+    RegisterSyncMethod("CancelMontage", &montages, &MontageRequests::CancelMontage);
     RegisterTask<CreateMontage>("CreateMontage");
     RegisterTask<CreateMontageFromRecipe>("CreateMontageFromRecipe");
     RegisterTask<TrimVideo>("Trim");
     RegisterTask<AddMeme>("AddMeme");
     RegisterTask<EngraveMP4>("EngraveMP4");
-    RegisterSyncMethod("UpdateMontageProgress", api_.get(), &ZvGalleryAPI::UpdateMontageProgress);
+    RegisterSyncMethod("UpdateMontageProgress", &montages, &MontageRequests::UpdateMontageProgress);
 }
 
 void GalleryPlugin::SubscribeToCaptures() {

@@ -102,7 +102,7 @@ KXP::RetVal CreateMontageFromRecipe::ExecuteAsync(const KXP::Value& params) {
 }
 
 KXP::RetVal CreateMontageFromRecipe::CefMontage(const KXP::Value& params) {
-    if (!api().RecipeCloudSync())
+    if (!api().Recipes().RecipeCloudSync())
         return {KXP::Code::kFailure, "Cloud sync fetch montage recipe failed", KXP::Code::kFailure};
     KXP::CreateDirectoryPath(
         FolderParts(KXP::GetProductDataDirectory(KXP::ProfileProduct) + "/" + RECIPE_PATH));
