@@ -31,7 +31,7 @@ class HighlightRequestsTest : public HubTest {
     }
 
     std::string Count(const std::string& group) {
-        return Ask(requests_, &HighlightRequests::GetHighlightsCount,
+        return Ask("GetHighlightsCount", requests_, &HighlightRequests::GetHighlightsCount,
                    "{" + kRace + ",\"group\":" + group + "}");
     }
 
@@ -42,7 +42,7 @@ class HighlightRequestsTest : public HubTest {
 
 TEST_F(HighlightRequestsTest, OneThatIsToComeIsAnsweredWithItsId) {
     const std::string answer =
-        Ask(requests_, &HighlightRequests::EnqueuePendingHighlight,
+        Ask("EnqueuePendingHighlight", requests_, &HighlightRequests::EnqueuePendingHighlight,
             "{" + kRace + R"(,"highlight":{"id":99,"groupId":"g","type":"screenshot","tags":2}})");
     EXPECT_EQ(answer.find(R"({"highlight":{"id":1,"definitionId":"",)"), 0u) << answer;
     EXPECT_NE(answer.find(R"("groupId":"g","path":"","type":"screenshot","tags":2)"), std::string::npos);
@@ -50,8 +50,9 @@ TEST_F(HighlightRequestsTest, OneThatIsToComeIsAnsweredWithItsId) {
     EXPECT_NE(answer.find(R"("profileName":"Race")"), std::string::npos);
     EXPECT_EQ(Count(R"({"groupId":"g"})"), R"({"count":1})");
 
-    const std::string other = Ask(requests_, &HighlightRequests::EnqueuePendingHighlight,
-                                  R"({"highlight":{"messageBusReferenceId":"r","app":{"name":"own"}}})");
+    const std::string other =
+        Ask("EnqueuePendingHighlight", requests_, &HighlightRequests::EnqueuePendingHighlight,
+            R"({"highlight":{"messageBusReferenceId":"r","app":{"name":"own"}}})");
     EXPECT_NE(other.find(R"("messageBusReferenceId":"r\u0000")"), std::string::npos) << other;
     EXPECT_NE(other.find(R"("name":"own")"), std::string::npos);
     EXPECT_NE(other.find(R"("id":2)"), std::string::npos);
@@ -72,7 +73,8 @@ TEST_F(HighlightRequestsTest, AGroupIsCountedThroughItsMasksAndDeletedWithItsFil
         EXPECT_EQ(Count(group), "{\"count\":" + std::to_string(count) + "}") << group;
         EXPECT_EQ(result_.code, 0);
     }
-    Ask(requests_, &HighlightRequests::DeleteGroupHighlights, "{" + kRace + R"(,"groupId":"g"})");
+    Ask("DeleteGroupHighlights", requests_, &HighlightRequests::DeleteGroupHighlights,
+        "{" + kRace + R"(,"groupId":"g"})");
     EXPECT_EQ(result_.text, "Success");
     EXPECT_EQ(Count(rows[0].first), R"({"count":0})");
     EXPECT_FALSE(std::filesystem::exists(a) || std::filesystem::exists(b));
@@ -83,7 +85,7 @@ TEST_F(HighlightRequestsTest, ASummaryHoldsEachRecordOnceInTheOrderOfTheGroups) 
     AddHighlight("a.mp4", "g", 1);
     AddHighlight("b.mp4", "g", 2);
     AddHighlight("c.mp4", "h", 1);
-    Ask(requests_, &HighlightRequests::OpenHighlightsGroupSummary,
+    Ask("OpenHighlightsGroupSummary", requests_, &HighlightRequests::OpenHighlightsGroupSummary,
         "{" + kRace + R"(,"groups":[{"groupId":"h"},{"groupId":"g","tags":2},{"groupId":"g"}]})");
     EXPECT_EQ(result_.text, "Success");
     const std::string sent = TakeSummary();
@@ -91,9 +93,11 @@ TEST_F(HighlightRequestsTest, ASummaryHoldsEachRecordOnceInTheOrderOfTheGroups) 
     EXPECT_LT(sent.find("b.mp4"), sent.find("a.mp4"));
     EXPECT_EQ(sent.find("b.mp4"), sent.rfind("b.mp4"));
 
-    Ask(requests_, &HighlightRequests::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[]})");
+    Ask("OpenHighlightsGroupSummary", requests_, &HighlightRequests::OpenHighlightsGroupSummary,
+        "{" + kRace + R"(,"groups":[]})");
     EXPECT_EQ(TakeSummary(), R"(GalleryNotifications {"openSummary":{"ugc":[]}})");
-    Ask(requests_, &HighlightRequests::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[7]})");
+    Ask("OpenHighlightsGroupSummary", requests_, &HighlightRequests::OpenHighlightsGroupSummary,
+        "{" + kRace + R"(,"groups":[7]})");
     EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
     EXPECT_EQ(TakeSummary(), "");
 }
@@ -103,7 +107,7 @@ TEST_F(HighlightRequestsTest, BetweenTwoGalleriesThereIsNoTracker) {
     for (const Endpoint<HighlightRequests> endpoint :
          {&HighlightRequests::EnqueuePendingHighlight, &HighlightRequests::GetHighlightsCount,
           &HighlightRequests::DeleteGroupHighlights, &HighlightRequests::OpenHighlightsGroupSummary}) {
-        EXPECT_EQ(Ask(requests_, endpoint), "{}");
+        EXPECT_EQ(Ask("", requests_, endpoint), "{}");
         EXPECT_EQ(result_.text, "No tracker");
         EXPECT_EQ(result_.code, static_cast<int32_t>(0x80004005));
     }

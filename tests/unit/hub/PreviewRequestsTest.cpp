@@ -11,12 +11,14 @@ class PreviewRequestsTest : public HubTest {
     PreviewRequestsTest() { EXPECT_TRUE(settings().SetTempFolder(home_.folder().MakeFolder("temp"))); }
 
     std::string Delete(const std::string& path) {
-        Ask(requests_, &PreviewRequests::DeletePreview, R"({"previewFilepath":")" + path + "\"}");
+        Ask("DeletePreview", requests_, &PreviewRequests::DeletePreview,
+            R"({"previewFilepath":")" + path + "\"}");
         return KXP::ToStr(result_);
     }
 
     int32_t WriteBitmap(const std::string& text) {
-        Ask(requests_, &PreviewRequests::WriteEncryptedBitmap, R"({"bitmapImage":")" + text + "\"}");
+        Ask("WriteEncryptedBitmap", requests_, &PreviewRequests::WriteEncryptedBitmap,
+            R"({"bitmapImage":")" + text + "\"}");
         return result_.code;
     }
 
@@ -38,7 +40,8 @@ TEST_F(PreviewRequestsTest, OnlyWhatWasNamedOrIsTemporaryIsDeleted) {
     const std::string named = home_.folder().Write("previews/named.png", "x");
     fs::create_symlink(kept_, home_ / "temp/link.png");
     home_.folder().MakeFolder("temp/folder");
-    Ask(requests_, &PreviewRequests::PopulatePreviewPath, R"({"paths":[")" + named + R"(",5]})");
+    Ask("PreviewPathInfo", requests_, &PreviewRequests::PopulatePreviewPath,
+        R"({"paths":[")" + named + R"(",5]})");
     EXPECT_EQ(result_.text, "Success");
     for (const std::string& path : {kept_, home_ / "temp/../kept.png", home_ / "temp/link.png",
                                     home_ / "temp/folder", home_ / "temp/none.png", named + "\\u0000"})
@@ -57,7 +60,7 @@ TEST_F(PreviewRequestsTest, NamedOnesEndWithTheObject) {
     fs::create_symlink(kept_, home_ / "previews/link.png");
     {
         PreviewRequests ending(hub_);
-        Ask(ending, &PreviewRequests::PopulatePreviewPath,
+        Ask("PreviewPathInfo", ending, &PreviewRequests::PopulatePreviewPath,
             R"({"paths":[")" + named + "\",\"" + (home_ / "previews/link.png") + "\"]}");
         EXPECT_EQ(result_.text, "Success");
         EXPECT_TRUE(fs::exists(named));

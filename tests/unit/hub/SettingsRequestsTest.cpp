@@ -12,7 +12,7 @@ class SettingsRequestsTest : public HubTest {
   protected:
     // Asks for settings; gives the text of the answer.
     std::string Set(const std::string& settings) {
-        Ask(requests_, &SettingsRequests::SetSettings, "{\"settings\":" + settings + "}");
+        Ask("SetSettings", requests_, &SettingsRequests::SetSettings, "{\"settings\":" + settings + "}");
         return result_.text;
     }
 
@@ -30,7 +30,7 @@ TEST_F(SettingsRequestsTest, TellTheSettings) {
     settings().SetTrackerUpdateState(TrackerUpdateComplete);
     const std::string gallery = home_ / "Videos/ZORVEX/Ovirastream";
     EXPECT_EQ(hub_.GetGalleryPath(), gallery + "/");
-    EXPECT_EQ(Ask(requests_, &SettingsRequests::GetSettings),
+    EXPECT_EQ(Ask("GetSettings", requests_, &SettingsRequests::GetSettings),
               R"({"settings":{"path":")" + gallery + R"(","userGalleryPath":")" + gallery +
                   R"(","tempFolderPath":")" + settings().GetTempFolder() +
                   R"(","trackerStatus":"TrackerUpdateComplete","capacity":{"enabled":false,)"
@@ -39,7 +39,7 @@ TEST_F(SettingsRequestsTest, TellTheSettings) {
         2, "GetSettings:: enabled(false), capacityPercent(100), usageMB(7), totalDiskSpaceMB(1000)"));
 
     UnplugTheGallery();
-    EXPECT_EQ(Ask(requests_, &SettingsRequests::GetSettings), "{}");
+    EXPECT_EQ(Ask("GetSettings", requests_, &SettingsRequests::GetSettings), "{}");
     EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
     EXPECT_EQ(result_.text, "ERROR: Unable to create folder");
 }
@@ -58,7 +58,7 @@ TEST_F(SettingsRequestsTest, AnotherGalleryIsTakenAndGivenBack) {
                lines.begin();
     };
     EXPECT_LT(firstLine("Stop tracker"), firstLine("File is unique")) << "one at work at a time";
-    Ask(requests_, &SettingsRequests::CancelPathUpdate);
+    Ask("CancelPathUpdate", requests_, &SettingsRequests::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Success");
     EXPECT_EQ(settings().GetUserGalleryPath(), old);
     EXPECT_NE(module_.TakeSent().find(
@@ -68,7 +68,7 @@ TEST_F(SettingsRequestsTest, AnotherGalleryIsTakenAndGivenBack) {
 }
 
 TEST_F(SettingsRequestsTest, NothingToGiveBackLeavesNoTrackerAndHarmsNobody) {
-    Ask(requests_, &SettingsRequests::CancelPathUpdate);
+    Ask("CancelPathUpdate", requests_, &SettingsRequests::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Invalid path defined");
     EXPECT_EQ(hub_.GetUGCTracker(), nullptr);
     std::vector<TrackedUGC> list;
@@ -152,10 +152,10 @@ TEST_F(SettingsRequestsTest, DiskSpaceIsNotLowWhereItCannotBeMeasured) {
     uint32_t totalMB = 0;
     ASSERT_TRUE(KXP::GetDriveSpace(home_.folder().path(), freeMB, totalMB));
     const std::string answer = freeMB < 300 ? R"({"lowDiskSpace":true})" : R"({"lowDiskSpace":false})";
-    EXPECT_EQ(Ask(requests_, &SettingsRequests::CheckDiskSpace), answer);
+    EXPECT_EQ(Ask("CheckDiskSpace", requests_, &SettingsRequests::CheckDiskSpace), answer);
     const std::string measured = "CheckLowDiskSpace systemTotalSpaceMB[" + std::to_string(totalMB) + "]";
     EXPECT_TRUE(log_.Has(measured));
     UnplugTheGallery();
-    EXPECT_EQ(Ask(requests_, &SettingsRequests::CheckDiskSpace), answer);
+    EXPECT_EQ(Ask("CheckDiskSpace", requests_, &SettingsRequests::CheckDiskSpace), answer);
     EXPECT_TRUE(log_.HasLine(2, "galleryTotalSpaceMB[2147483647] galleryFreeSpaceMB = 0"));
 }
