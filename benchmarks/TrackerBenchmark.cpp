@@ -124,7 +124,7 @@ void RebuildOnce(const SampleGallery& gallery) {
         if (!InspectCapture(path, record).Failed()) records.Track(std::move(record));
     }
     unsigned crc = 0;
-    (void)media::CalculateFolderCRC(gallery.path(), gallery.path(), crc);
+    media::CalculateFolderCRC(gallery.path(), gallery.path(), crc);
     KXP::JSONFile file;
     file.Init(gallery.home() / "floor.json");
     KXP::HeldLog log;

@@ -1,31 +1,17 @@
-// The plug-in over a gallery of its own, and what its answers hold.
+// The plug-in over a gallery of its own, and what its answers contain.
 #pragma once
 
-#include <deque>
-
-#include <gtest/gtest.h>
-
 #include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
 #include "tests/abi/PluginLibrary.h"
 #include "tests/support/TempGallery.h"
 
-class GalleryRequests : public testing::Test {
+class GalleryRequests : public PluginTest {
   protected:
     ~GalleryRequests() override { EXPECT_TRUE(plugin_.Down(container_)); }
 
     void Start() {
         EXPECT_TRUE(plugin_.Up(container_));
         EXPECT_EQ(container_.WaitFor(6, "Tracker update done").notification, 6);
-    }
-
-    // The payload of the answer.
-    const KXP::Value& Ask(const std::string& method, const std::string& payload) {
-        const std::string text =
-            plugin_.Ask(container_, method, "ask" + std::to_string(answers_.size()), payload);
-        KXP::Document& answer = answers_.emplace_back();
-        EXPECT_FALSE(KXP::ParseJSON(text, answer).IsError()) << method;
-        return KXP::JSONGetObject(answer, "payload");
     }
 
     // "0 Success", or the code and text of a failure.
@@ -35,7 +21,7 @@ class GalleryRequests : public testing::Test {
                KXP::jsonGetValue<std::string>(answer, "_return_status");
     }
 
-    // The names of its members, but for those of the result.
+    // The names of the members, except those of the result.
     std::string Members(const KXP::Value& answer) {
         std::string names;
         for (const auto& member : answer.GetObject())
@@ -52,16 +38,13 @@ class GalleryRequests : public testing::Test {
                                            "crc");
     }
 
-    FakeContainer container_;
-    const PluginLibrary plugin_{PRODUCT_ROOT};
-    const TempGallery gallery_{};  // behind the library's home, which it stands in for
-    std::deque<KXP::Document> answers_;
+    const TempGallery gallery_{};  // replaces the library's home
 };
 
 const std::string kInvalid = std::to_string(static_cast<int32_t>(0x80070057));
 const std::string kFailure = std::to_string(static_cast<int32_t>(0x80004005));
 
-// Lets the tracker find what is in the gallery, so that the next start takes its file as it stands.
+// Lets the tracker record what is in the gallery, so that the next start uses its file as it is.
 inline void TrackGallery(const PluginLibrary& plugin) {
     FakeContainer container;
     EXPECT_TRUE(plugin.Up(container));

@@ -1,5 +1,5 @@
-// The plug-in as a container has it: loaded from a product root, driven through its record of entry calls,
-// with a home of its own.
+// The plug-in as a container uses it: loaded from a product root and driven through its record of entry
+// calls, with a home of its own.
 #pragma once
 
 #include <deque>
@@ -32,7 +32,7 @@ class PluginLibrary {
     ZvCefPluginInfo& operator*() const { return *info_; }
     ZvCefPluginInfo* operator->() const { return info_; }
 
-    // Brings the plug-in up to where it answers; false when it does not get there.
+    // Starts the plug-in. False when it does not get as far as answering requests.
     bool Up(FakeContainer& container) const {
         return info_->Initialize(&FakeContainer::Callback, "{}", &container) == 2 &&
                container.WaitFor(1, "_CmdInit_").notification == 1 && info_->Start() == 2 &&
@@ -54,18 +54,15 @@ class PluginLibrary {
     const TemporaryHome& home() const { return home_; }
 
   private:
-    const TemporaryHome home_;  // there before the library is loaded, and until it is gone
+    const TemporaryHome home_;  // from before the library is loaded until after it is unloaded
     void* handle_ = nullptr;
     ZvCefPluginInfo* info_ = nullptr;
 };
 
-// The plug-in up and answering for as long as a case runs.
-class RunningPlugin : public testing::Test {
+// A case with the plug-in loaded, which the case starts and stops.
+class PluginTest : public testing::Test {
   protected:
-    RunningPlugin() { EXPECT_TRUE(plugin_.Up(container_)); }
-    ~RunningPlugin() override { EXPECT_TRUE(plugin_.Down(container_)); }
-
-    // The payload of the answer, which stays as long as this.
+    // Returns the payload of the answer, which lives as long as this.
     const KXP::Value& Ask(const std::string& method, const std::string& payload) {
         const std::string text =
             plugin_.Ask(container_, method, "ask" + std::to_string(answers_.size()), payload);
@@ -80,4 +77,11 @@ class RunningPlugin : public testing::Test {
     FakeContainer container_;
     const PluginLibrary plugin_{PRODUCT_ROOT};
     std::deque<KXP::Document> answers_;
+};
+
+// The same, with the plug-in running for as long as the case does.
+class RunningPlugin : public PluginTest {
+  protected:
+    RunningPlugin() { EXPECT_TRUE(plugin_.Up(container_)); }
+    ~RunningPlugin() override { EXPECT_TRUE(plugin_.Down(container_)); }
 };

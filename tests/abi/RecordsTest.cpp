@@ -1,10 +1,11 @@
-// The requests for what is on record, over a gallery that the tracker has found at its start.
+// The requests for what is on record, over a gallery that exists when the tracker starts.
 
+#include "sample-captures/PngImage.h"
 #include "tests/abi/GalleryRequests.h"
 
 using RecordsTest = GalleryRequests;
 
-TEST_F(RecordsTest, TellsGamesAndTheirCaptures) {
+TEST_F(RecordsTest, ListGamesTheirCapturesAndTheirLogs) {
     gallery_.AddImage("Race/a.png");
     gallery_.AddImage("Race/c.png");
     gallery_.AddHighlight("Race/b.mp4");
@@ -31,9 +32,20 @@ TEST_F(RecordsTest, TellsGamesAndTheirCaptures) {
     };
     EXPECT_EQ(list("/"), "Art/Race/");
     EXPECT_EQ(list("/Race"), "c.png|b.mp4|a.png|");
+
+    EXPECT_EQ(Members(Ask("GetEventData", "{}")), "");
+    gallery_.Add("Race/session.edgelog",
+                 R"({"session":3,"events":[{"time":"1","name":"n","info":"i","round":2}],)"
+                 R"("rounds":[{"number":2,"score1":5,"time":"0"}]})");
+    EXPECT_EQ(KXP::WriteJSONToString(Ask("GetEventData", "{}")["recents"]),
+              R"([{"gameName":"Race","session":3,"events":[{"time":"1","name":"n","info":"i","round":2}],)"
+              R"("rounds":[{"number":2,"score1":5,"time":"0"}]}])");
 }
 
-TEST_F(RecordsTest, TellsOfOneFile) {
+TEST_F(RecordsTest, DescribeOneFile) {
+    gallery_.Add("Race/shown.png",
+                 samples::PngImage(64, 36, {{1, 2, 3}, {4, 5, 6}},
+                                   {samples::PngTextChunk("Software", "Ovirastream SHARE")}));
     gallery_.AddImage("Race/a.png");
     gallery_.AddHighlight("Race/b.mp4");
     Start();
@@ -46,6 +58,9 @@ TEST_F(RecordsTest, TellsOfOneFile) {
               "duration|msDuration|audiotype|memeInfo|");
     EXPECT_EQ(KXP::jsonGetValue<std::string>(video, "duration"), "00:00:02");
     EXPECT_EQ(KXP::jsonGetValue<std::string>(video, "DRSProfileName"), "Race");
+
+    EXPECT_TRUE(Ask("GetFileMetadata", FileParameter("Race/shown.png", R"(,"width":8,"height":8)"))
+                    .HasMember("thumbnail"));
 
     EXPECT_EQ(Result("GetFileMetadata", FileParameter("Race/none.png")), "0 Success");
     EXPECT_EQ(Members(Ask("GetFileMetadata", FileParameter("Race/none.png"))), "");
@@ -77,7 +92,7 @@ TEST_F(RecordsTest, NothingOnRecordIsNoFailureAndNoTrackerIsOne) {
     Start();
     EXPECT_EQ(Result("GetRecentUGC", R"({"count":3})"), "0 Success");
     EXPECT_EQ(Members(Ask("GetRecentUGC", R"({"count":3})")), "");
-    // There is no change of folder to take back, and the tracker is gone by then.
+    // There is no change of folder to undo; the attempt leaves no tracker.
     EXPECT_EQ(Result("CancelPathUpdate", "{}"), kInvalid + " Invalid path defined");
     const std::string directory = R"({"shouldGetOnlyZv":true,"directory":")" + gallery_.path() + "\"}";
     for (const auto& [method, payload] : std::initializer_list<std::pair<const char*, std::string>>{

@@ -1,5 +1,4 @@
 #include <cstdlib>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -38,22 +37,6 @@ TEST_F(Thumbnails, AreOfTheFileAsItIsNow) {
     folder_.Write("a.png", "\x89PNG\r\n\x1A\n and nothing more");
     for (const std::string& none : {path, folder_ / "missing.png", folder_.path()})
         EXPECT_EQ(Ask(none), "");
-}
-
-TEST_F(Thumbnails, StandBesideWhatIsOnRecord) {
-    const std::string path = plugin_.home().folder().Write(
-        "Videos/ZORVEX/Ovirastream/Game/a.png",
-        samples::PngImage(64, 36, {{1, 2, 3}, {4, 5, 6}},
-                          {samples::PngTextChunk("Software", "Ovirastream SHARE")}));
-    const auto ask = [&](const std::string& size) -> const KXP::Value& {
-        return RunningPlugin::Ask("GetFileMetadata", Request(path, size));
-    };
-    while (!ask("").HasMember("fileType"))
-        std::this_thread::yield();
-    EXPECT_FALSE(ask("").HasMember("thumbnail"));
-    EXPECT_TRUE(ask(R"(,"width":8,"height":8)").HasMember("thumbnail"));
-    EXPECT_EQ(ask(R"(,"width":8)")["_return_status"], "\"width\" defined, but not \"height\"");
-    EXPECT_EQ(ask(R"(,"height":8)")["_return_status"], "\"height\" defined, but not \"width\"");
 }
 
 #ifndef GALLERY_SANITIZED  // which would have to be loaded ahead of the foreign codecs

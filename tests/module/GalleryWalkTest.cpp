@@ -322,7 +322,7 @@ class GalleryWalk : public testing::Test {
         const std::string wrong = records_.wrong + model_.Compare(records_.ids);
         if (!wrong.empty()) return wrong;
         uint32_t crc = 0;
-        (void)media::CalculateFolderCRC(model_.gallery() + "/", model_.gallery(), crc);
+        media::CalculateFolderCRC(model_.gallery() + "/", model_.gallery(), crc);
         if (crc != records_.folderCRC) return "the sum of the gallery is another\n";
         if (!process_->silent() && process_->known() != PathsOf(records_.ids)) return "told are others\n";
         return {};

@@ -4,16 +4,12 @@
 
 namespace {
 
-ZvGalleryAPI* theHub = nullptr;
-
 class FileTransfers : public HubTest {
   protected:
-    FileTransfers() { theHub = &hub_; }
-
     // Runs the task as one that was cancelled while it waited for its thread.
     template <typename Task>
     KXP::RetVal RunCancelled() {
-        Task task(module_, PageRequest("Method", "id"));
+        Task task(module_, PageRequest("Method", "id"), SharedHub());
         task.CancelTask();
         KXP::Document params;
         KXP::ParseJSON(R"({"source":")" + source_ + R"(","destination":")" + target_ + "\"}", params);
@@ -26,10 +22,6 @@ class FileTransfers : public HubTest {
 };
 
 }  // namespace
-
-std::shared_ptr<ZvGalleryAPI> GalleryAPIOf(KXP::PluginModuleBase&) {
-    return {std::shared_ptr<void>(), theHub};
-}
 
 TEST_F(FileTransfers, ACancelledCopyIsToldAsOne) {
     home_.folder().MakeFolder("new");

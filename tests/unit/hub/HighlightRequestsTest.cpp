@@ -1,3 +1,4 @@
+#include "plugin-modules/Gallery/src/endpoints/HighlightRequests.h"
 #include "tests/support/TempGallery.h"
 #include "tests/unit/hub/HubTest.h"
 
@@ -5,7 +6,7 @@ namespace {
 
 const std::string kRace = R"("app":{"profileName":"Race"})";
 
-class HighlightRequests : public HubTest {
+class HighlightRequestsTest : public HubTest {
   protected:
     // A video in the gallery, on record; gives its path.
     std::string AddHighlight(const std::string& name, const std::string& group, int tags) {
@@ -30,15 +31,18 @@ class HighlightRequests : public HubTest {
     }
 
     std::string Count(const std::string& group) {
-        return Ask(&ZvGalleryAPI::GetHighlightsCount, "{" + kRace + ",\"group\":" + group + "}");
+        return Ask("GetHighlightsCount", requests_, &HighlightRequests::GetHighlightsCount,
+                   "{" + kRace + ",\"group\":" + group + "}");
     }
+
+    HighlightRequests requests_{hub_};
 };
 
 }  // namespace
 
-TEST_F(HighlightRequests, OneThatIsToComeIsAnsweredWithItsId) {
+TEST_F(HighlightRequestsTest, OneThatIsToComeIsAnsweredWithItsId) {
     const std::string answer =
-        Ask(&ZvGalleryAPI::EnqueuePendingHighlight,
+        Ask("EnqueuePendingHighlight", requests_, &HighlightRequests::EnqueuePendingHighlight,
             "{" + kRace + R"(,"highlight":{"id":99,"groupId":"g","type":"screenshot","tags":2}})");
     EXPECT_EQ(answer.find(R"({"highlight":{"id":1,"definitionId":"",)"), 0u) << answer;
     EXPECT_NE(answer.find(R"("groupId":"g","path":"","type":"screenshot","tags":2)"), std::string::npos);
@@ -46,14 +50,15 @@ TEST_F(HighlightRequests, OneThatIsToComeIsAnsweredWithItsId) {
     EXPECT_NE(answer.find(R"("profileName":"Race")"), std::string::npos);
     EXPECT_EQ(Count(R"({"groupId":"g"})"), R"({"count":1})");
 
-    const std::string other = Ask(&ZvGalleryAPI::EnqueuePendingHighlight,
-                                  R"({"highlight":{"messageBusReferenceId":"r","app":{"name":"own"}}})");
+    const std::string other =
+        Ask("EnqueuePendingHighlight", requests_, &HighlightRequests::EnqueuePendingHighlight,
+            R"({"highlight":{"messageBusReferenceId":"r","app":{"name":"own"}}})");
     EXPECT_NE(other.find(R"("messageBusReferenceId":"r\u0000")"), std::string::npos) << other;
     EXPECT_NE(other.find(R"("name":"own")"), std::string::npos);
     EXPECT_NE(other.find(R"("id":2)"), std::string::npos);
 }
 
-TEST_F(HighlightRequests, AGroupIsCountedThroughItsMasksAndDeletedWithItsFiles) {
+TEST_F(HighlightRequestsTest, AGroupIsCountedThroughItsMasksAndDeletedWithItsFiles) {
     const std::string a = AddHighlight("a.mp4", "g", 1);
     const std::string b = AddHighlight("b.mp4", "g", 2);
     const std::string c = AddHighlight("c.mp4", "h", 1);
@@ -68,18 +73,19 @@ TEST_F(HighlightRequests, AGroupIsCountedThroughItsMasksAndDeletedWithItsFiles) 
         EXPECT_EQ(Count(group), "{\"count\":" + std::to_string(count) + "}") << group;
         EXPECT_EQ(result_.code, 0);
     }
-    Ask(&ZvGalleryAPI::DeleteGroupHighlights, "{" + kRace + R"(,"groupId":"g"})");
+    Ask("DeleteGroupHighlights", requests_, &HighlightRequests::DeleteGroupHighlights,
+        "{" + kRace + R"(,"groupId":"g"})");
     EXPECT_EQ(result_.text, "Success");
     EXPECT_EQ(Count(rows[0].first), R"({"count":0})");
     EXPECT_FALSE(std::filesystem::exists(a) || std::filesystem::exists(b));
     EXPECT_TRUE(std::filesystem::exists(c));
 }
 
-TEST_F(HighlightRequests, ASummaryHoldsEachRecordOnceInTheOrderOfTheGroups) {
+TEST_F(HighlightRequestsTest, ASummaryHoldsEachRecordOnceInTheOrderOfTheGroups) {
     AddHighlight("a.mp4", "g", 1);
     AddHighlight("b.mp4", "g", 2);
     AddHighlight("c.mp4", "h", 1);
-    Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary,
+    Ask("OpenHighlightsGroupSummary", requests_, &HighlightRequests::OpenHighlightsGroupSummary,
         "{" + kRace + R"(,"groups":[{"groupId":"h"},{"groupId":"g","tags":2},{"groupId":"g"}]})");
     EXPECT_EQ(result_.text, "Success");
     const std::string sent = TakeSummary();
@@ -87,19 +93,21 @@ TEST_F(HighlightRequests, ASummaryHoldsEachRecordOnceInTheOrderOfTheGroups) {
     EXPECT_LT(sent.find("b.mp4"), sent.find("a.mp4"));
     EXPECT_EQ(sent.find("b.mp4"), sent.rfind("b.mp4"));
 
-    Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[]})");
+    Ask("OpenHighlightsGroupSummary", requests_, &HighlightRequests::OpenHighlightsGroupSummary,
+        "{" + kRace + R"(,"groups":[]})");
     EXPECT_EQ(TakeSummary(), R"(GalleryNotifications {"openSummary":{"ugc":[]}})");
-    Ask(&ZvGalleryAPI::OpenHighlightsGroupSummary, "{" + kRace + R"(,"groups":[7]})");
+    Ask("OpenHighlightsGroupSummary", requests_, &HighlightRequests::OpenHighlightsGroupSummary,
+        "{" + kRace + R"(,"groups":[7]})");
     EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
     EXPECT_EQ(TakeSummary(), "");
 }
 
-TEST_F(HighlightRequests, BetweenTwoGalleriesThereIsNoTracker) {
+TEST_F(HighlightRequestsTest, BetweenTwoGalleriesThereIsNoTracker) {
     hub_.EndTracker();
-    for (const Endpoint endpoint :
-         {&ZvGalleryAPI::EnqueuePendingHighlight, &ZvGalleryAPI::GetHighlightsCount,
-          &ZvGalleryAPI::DeleteGroupHighlights, &ZvGalleryAPI::OpenHighlightsGroupSummary}) {
-        EXPECT_EQ(Ask(endpoint), "{}");
+    for (const Endpoint<HighlightRequests> endpoint :
+         {&HighlightRequests::EnqueuePendingHighlight, &HighlightRequests::GetHighlightsCount,
+          &HighlightRequests::DeleteGroupHighlights, &HighlightRequests::OpenHighlightsGroupSummary}) {
+        EXPECT_EQ(Ask("", requests_, endpoint), "{}");
         EXPECT_EQ(result_.text, "No tracker");
         EXPECT_EQ(result_.code, static_cast<int32_t>(0x80004005));
     }

@@ -45,6 +45,11 @@ class RecordingModule : public KXP::PluginModuleBase {
         return text;
     }
 
+    // What the catalogue finds wrong with the answer to a request, or "Success".
+    std::string Check(const std::string& request, const KXP::Value& answer) {
+        return schemas_.Validate(request, answer, "return").text;
+    }
+
     const KXP::Document& catalogue() const { return catalogue_; }
 
     bool accepts = true;
@@ -68,14 +73,24 @@ class HubTest : public testing::Test {
         settings().SetCurrentSizeMB(7);
     }
 
-    using Endpoint = decltype(&ZvGalleryAPI::GetSettings);
+    template <typename Requests>
+    using Endpoint = KXP::RetVal (Requests::*)(std::unique_ptr<KXP::JSONMessage>, KXP::Value&,
+                                               KXP::Allocator&);
 
-    // The members of the answer; result_ is its result.
-    std::string Ask(Endpoint endpoint, const std::string& payload = "{}") {
+    // Returns the members of the answer, which the catalogue must know; result_ is its result.
+    template <typename Requests>
+    std::string Ask(const char* name, Requests& requests, Endpoint<Requests> endpoint,
+                    const std::string& payload = "{}") {
         KXP::Document response(rapidjson::kObjectType);
-        result_ = (hub_.*endpoint)(PageRequest("Method", "id", payload), response, response.GetAllocator());
+        result_ = (requests.*endpoint)(PageRequest(name, "id", payload), response, response.GetAllocator());
+        if (!result_.Failed()) {
+            EXPECT_EQ(module_.Check(name, response), "Success") << name;
+        }
         return KXP::WriteJSONToString(response);
     }
+
+    // The hub as a task takes it; this fixture keeps owning it.
+    std::shared_ptr<ZvGalleryAPI> SharedHub() { return {std::shared_ptr<void>(), &hub_}; }
 
     Settings& settings() { return *hub_.GetGallerySettings(); }
     std::string SettingsFile() { return settings().path(); }

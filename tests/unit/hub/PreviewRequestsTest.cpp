@@ -1,5 +1,4 @@
-#include <optional>
-
+#include "plugin-modules/Gallery/src/endpoints/PreviewRequests.h"
 #include "tests/support/CaptureBytes.h"
 #include "tests/unit/hub/HubTest.h"
 
@@ -7,20 +6,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class PreviewRequests : public HubTest {
+class PreviewRequestsTest : public HubTest {
   protected:
-    PreviewRequests() { EXPECT_TRUE(settings().SetTempFolder(home_.folder().MakeFolder("temp"))); }
+    PreviewRequestsTest() { EXPECT_TRUE(settings().SetTempFolder(home_.folder().MakeFolder("temp"))); }
 
     std::string Delete(const std::string& path) {
-        Ask(&ZvGalleryAPI::DeletePreview, R"({"previewFilepath":")" + path + "\"}");
+        Ask("DeletePreview", requests_, &PreviewRequests::DeletePreview,
+            R"({"previewFilepath":")" + path + "\"}");
         return KXP::ToStr(result_);
     }
 
     int32_t WriteBitmap(const std::string& text) {
-        Ask(&ZvGalleryAPI::WriteEncryptedBitmap, R"({"bitmapImage":")" + text + "\"}");
+        Ask("WriteEncryptedBitmap", requests_, &PreviewRequests::WriteEncryptedBitmap,
+            R"({"bitmapImage":")" + text + "\"}");
         return result_.code;
     }
 
+    PreviewRequests requests_{hub_};
     const std::string kept_ = home_.folder().Write("kept.png", "the user's own");
     const std::string bitmap_ = home_ / "temp/ZvBitmap.bmp";
 };
@@ -34,11 +36,12 @@ const std::string kBmp = "BM" + std::string(12, '\0') +
 
 }  // namespace
 
-TEST_F(PreviewRequests, OnlyWhatWasNamedOrIsTemporaryIsDeleted) {
+TEST_F(PreviewRequestsTest, OnlyWhatWasNamedOrIsTemporaryIsDeleted) {
     const std::string named = home_.folder().Write("previews/named.png", "x");
     fs::create_symlink(kept_, home_ / "temp/link.png");
     home_.folder().MakeFolder("temp/folder");
-    Ask(&ZvGalleryAPI::PopulatePreviewPath, R"({"paths":[")" + named + R"(",5]})");
+    Ask("PreviewPathInfo", requests_, &PreviewRequests::PopulatePreviewPath,
+        R"({"paths":[")" + named + R"(",5]})");
     EXPECT_EQ(result_.text, "Success");
     for (const std::string& path : {kept_, home_ / "temp/../kept.png", home_ / "temp/link.png",
                                     home_ / "temp/folder", home_ / "temp/none.png", named + "\\u0000"})
@@ -52,24 +55,21 @@ TEST_F(PreviewRequests, OnlyWhatWasNamedOrIsTemporaryIsDeleted) {
     EXPECT_EQ(Delete(named), kUnknown) << "forgotten when it was deleted";
 }
 
-TEST_F(PreviewRequests, NamedOnesEndWithTheObject) {
+TEST_F(PreviewRequestsTest, NamedOnesEndWithTheObject) {
     const std::string named = home_.folder().Write("previews/named.png", "x");
     fs::create_symlink(kept_, home_ / "previews/link.png");
-    hub_.EndTracker();
-    std::optional<ZvGalleryAPI> other;
-    other.emplace(module_, module_.task_queue());
-    KXP::Document response(rapidjson::kObjectType);
-    const std::string payload = R"({"paths":[")" + named + "\",\"" + (home_ / "previews/link.png") + "\"]}";
-    EXPECT_FALSE(other
-                     ->PopulatePreviewPath(PageRequest("PreviewPathInfo", "id", payload), response,
-                                           response.GetAllocator())
-                     .Failed());
-    other.reset();
+    {
+        PreviewRequests ending(hub_);
+        Ask("PreviewPathInfo", ending, &PreviewRequests::PopulatePreviewPath,
+            R"({"paths":[")" + named + "\",\"" + (home_ / "previews/link.png") + "\"]}");
+        EXPECT_EQ(result_.text, "Success");
+        EXPECT_TRUE(fs::exists(named));
+    }
     EXPECT_FALSE(fs::exists(named));
     EXPECT_TRUE(fs::exists(kept_));
 }
 
-TEST_F(PreviewRequests, ABitmapTakesThePlaceOfALinkAndNotOfItsTarget) {
+TEST_F(PreviewRequestsTest, ABitmapTakesThePlaceOfALinkAndNotOfItsTarget) {
     fs::create_symlink(kept_, bitmap_);
     EXPECT_EQ(WriteBitmap(captures::Base64(kBmp)), 0);
     EXPECT_TRUE(log_.HasLine(2, "BMP Decrypted"));

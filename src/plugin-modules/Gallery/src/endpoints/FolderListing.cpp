@@ -24,7 +24,6 @@ const std::map<std::string, ExcludeDirs> kExcludeDirsWords = {
 
 namespace {
 
-constexpr const char* kThumbnailMark = " Thumbnail";
 constexpr size_t kFourCharacterEnding = 4;  // ".png"
 
 std::string LowerExtension(const std::string& name) {
@@ -35,9 +34,9 @@ std::string LowerExtension(const std::string& name) {
 // A generated thumbnail stands beside its original and is no file of its own.
 bool IsThumbnail(const std::string& name, const std::string& extension) {
     if (extension != ".png" && extension != ".jpg") return false;
-    const size_t mark = name.rfind(kThumbnailMark);
+    const size_t mark = name.rfind(media::kThumbnailMark);
     return mark != std::string::npos &&
-           name.size() - mark == std::strlen(kThumbnailMark) + kFourCharacterEnding;
+           name.size() - mark == std::strlen(media::kThumbnailMark) + kFourCharacterEnding;
 }
 
 KXP::Value Text(std::string_view text, KXP::Allocator& allocator) {

@@ -1,5 +1,4 @@
-// What every asynchronous request of the gallery shares: the way to the API object, and what becomes of
-// exceptions.
+// What every asynchronous request of the gallery shares: its API object, and how exceptions become answers.
 #pragma once
 
 #include <exception>
@@ -8,27 +7,35 @@
 
 #include "common/Exception.h"
 #include "common/plugincommon/JsonResponseAsync.h"
-#include "plugin-modules/Gallery/src/GalleryAPIOf.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
-// Ends a request that came between two galleries. No std::exception, whose text would be that of a wrong
-// argument.
+// Ends a request that arrives while there is no tracker. Not a std::exception: those become the answer for an
+// invalid argument.
 struct NoTracker {
     KXP::RetVal value = kNoTracker;
 };
 
+// T has the constructor T(module, request, api), where `api` is null when the plug-in has no API object.
 template <typename T>
 class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
   public:
-    // Throws KXP::Exception when the plug-in has no API object.
-    GalleryTaskBase(KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request)
-        : KXP::JsonResponseAsync<T>(module, std::move(request)), api_(GalleryAPIOf(module)) {
+    // Makes the task for a request; the task queue owns it.
+    static KXP::JsonResponseAsyncBase* Launch(KXP::PluginModuleBase& module,
+                                              std::unique_ptr<KXP::JSONMessage> request,
+                                              std::shared_ptr<ZvGalleryAPI> api) {
+        return new T(module, std::move(request), std::move(api));
+    }
+
+    // Throws KXP::Exception when `api` is null.
+    GalleryTaskBase(KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request,
+                    std::shared_ptr<ZvGalleryAPI> api)
+        : KXP::JsonResponseAsync<T>(module, std::move(request)), api_(std::move(api)) {
         if (!api_) throw KXP::Exception(KXP::Code::kNoInterface, "Gallery API object not valid", 0);
     }
 
   protected:
-    // The answer of `body`, a whole ExecuteAsync that may throw NoTracker; what else it throws is the task
-    // layer's.
+    // Returns the result of `body`, a whole ExecuteAsync that may throw NoTracker. Other exceptions are left
+    // to the task layer.
     template <typename Body>
     static KXP::RetVal WithTracker(const Body& body) {
         try {
@@ -38,17 +45,17 @@ class GalleryTaskBase : public KXP::JsonResponseAsync<T> {
         }
     }
 
-    // The same, but the text of what it throws becomes that of a failure.
+    // The same, except that a std::exception becomes the failure that carries its text.
     template <typename Body>
     static KXP::RetVal Guarded(const Body& body) {
         return WithTracker([&]() -> KXP::RetVal { return KXP::RunRequest(body); });
     }
 
-    // Lives at least as long as the task, also when the plug-in is gone before it.
+    // Lives at least as long as the task, even when the plug-in does not.
     ZvGalleryAPI& api() { return *api_; }
 
-    // The tracker of now, for as long as the caller has it. Throws NoTracker, which these two answer, between
-    // two galleries.
+    // The current tracker, which stays usable for as long as the caller holds it. Throws NoTracker, which the
+    // two functions above answer, when there is none.
     std::shared_ptr<UGCTracker> Tracker() {
         std::shared_ptr<UGCTracker> tracker = api_->GetUGCTracker();
         if (!tracker) throw NoTracker();

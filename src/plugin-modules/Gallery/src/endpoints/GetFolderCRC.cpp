@@ -29,11 +29,7 @@ KXP::RetVal GetFolderCRC::ExecuteAsync(const KXP::Value& params) {
         if (!directory.empty() && directory.back() == '/') directory.pop_back();
         const std::shared_ptr<UGCTracker> tracker = Tracker();
         const std::string gallery = api().GetGallerySettings()->GetGalleryPath();
-        KXP::RetVal summed = media::CalculateFolderCRC(directory, gallery, crc_);
-        if (summed.Failed()) {
-            KXP_LOG(KXP::LogFailure, "GetFolderCRC::Failed to get folder CRC");
-            return summed;
-        }
+        media::CalculateFolderCRC(directory, gallery, crc_);
         if (!KXP::SamePath(directory, gallery)) {
             AddGame(*tracker, directory.substr(directory.rfind('/') + 1));
             return {};

@@ -5,11 +5,11 @@
 
 #include "CobalixUtil.h"
 #include "common/JsonHelpers.h"
-#include "common/TextUtil.h"
+#include "plugin-modules/Gallery/src/endpoints/PictureSize.h"
 
 namespace {
 
-// The wanted width and height of a thumbnail, which come together or not at all.
+// The requested width and height of a thumbnail; both or neither.
 struct Box {
     unsigned int width = 0;
     unsigned int height = 0;
@@ -18,16 +18,9 @@ struct Box {
 };
 
 Box ReadBox(const KXP::Value& params) {
-    const auto side = [&](const char* name) -> unsigned int {
-        if (!KXP::jsonObjectHasKey(params, name, false)) return 0;
-        const auto pixels = KXP::jsonGetValue<unsigned int>(params, name);
-        if (pixels == 0)
-            throw std::invalid_argument('"' + std::string(name) + "\" should be a positive integer");
-        return pixels;
-    };
     Box box;
-    box.width = side("width");
-    box.height = side("height");
+    box.width = ReadSide(params, "width", "width");
+    box.height = ReadSide(params, "height", "height");
     if (box.height > 0 && box.width == 0)
         throw std::invalid_argument("\"height\" defined, but not \"width\"");
     if (box.width > 0 && box.height == 0)
@@ -59,7 +52,7 @@ KXP::RetVal GetMetaData::ExecuteAsync(const KXP::Value& params) {
 
 void GetMetaData::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
     if (!ugc_) return;
-    // The members of the record's own form, in an order and under names of this request.
+    // The members of the record's own form, in the order and under the names of this request.
     KXP::Value whole;
     TrackedUGC::CreateUGCJSONValue(*ugc_, whole, allocator);
     const auto take = [&](const char* key, const char* as) {

@@ -91,15 +91,18 @@ KXP::RetVal CreateMontage::ExecuteAsync(const KXP::Value& params) {
 }
 
 CreateMontageFromRecipe::CreateMontageFromRecipe(KXP::PluginModuleBase& module,
-                                                 std::unique_ptr<KXP::JSONMessage> request)
-    : GalleryTaskBase(module, std::move(request)), transcoder_(api().GetTranscoder()), run_(*transcoder_) {}
+                                                 std::unique_ptr<KXP::JSONMessage> request,
+                                                 std::shared_ptr<ZvGalleryAPI> api)
+    : GalleryTaskBase(module, std::move(request), std::move(api)),
+      transcoder_(this->api().GetTranscoder()),
+      run_(*transcoder_) {}
 
 KXP::RetVal CreateMontageFromRecipe::ExecuteAsync(const KXP::Value& params) {
     return CefMontage(params);
 }
 
 KXP::RetVal CreateMontageFromRecipe::CefMontage(const KXP::Value& params) {
-    if (!api().RecipeCloudSync())
+    if (!api().Recipes().RecipeCloudSync())
         return {KXP::Code::kFailure, "Cloud sync fetch montage recipe failed", KXP::Code::kFailure};
     KXP::CreateDirectoryPath(
         FolderParts(KXP::GetProductDataDirectory(KXP::ProfileProduct) + "/" + RECIPE_PATH));

@@ -17,7 +17,8 @@ class CreateMontage : public GalleryTaskBase<CreateMontage> {
 // By a recipe from the cloud, from captures. Lasts as long as the process does.
 class CreateMontageFromRecipe : public GalleryTaskBase<CreateMontageFromRecipe> {
   public:
-    CreateMontageFromRecipe(KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request);
+    CreateMontageFromRecipe(KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request,
+                            std::shared_ptr<ZvGalleryAPI> api);
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
 

@@ -8,11 +8,12 @@
 #include "common/FileUtil.h"
 #include "common/JsonHelpers.h"
 #include "common/TextUtil.h"
+#include "plugin-modules/Gallery/src/endpoints/PictureSize.h"
 
 namespace {
 
-// The failure is told by the text and the extra value; the pages take any other code for a request that was
-// refused.
+// A failure is in the text and the extra value, not in the code: the pages take any other code to mean that
+// the request was refused.
 KXP::RetVal Answer(int32_t value, Transcoder::Output& output, const char* failure) {
     if (value >= 0) return {};
     output.newFile.clear();
@@ -23,14 +24,6 @@ std::string ReadMeme(const std::string& code) {
     std::string meme = KXP::DecodeBase64Loosely(code);
     KXP_LOG(KXP::LogDetail, "Meme BMP Decrypted");
     return meme;
-}
-
-// 0 for a side that is not asked for. `name` is what the complaint calls it.
-unsigned int ReadSide(const KXP::Value& params, const char* key, const char* name) {
-    if (!KXP::jsonObjectHasKey(params, key, false)) return 0;
-    const auto pixels = KXP::jsonGetValue<unsigned int>(params, key);
-    if (pixels == 0) throw std::invalid_argument('"' + std::string(name) + "\" should be a positive integer");
-    return pixels;
 }
 
 const char* Word(bool value) {

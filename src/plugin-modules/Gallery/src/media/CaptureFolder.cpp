@@ -45,7 +45,7 @@ bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& e
     if (extension == ".exr") ending = ".png";
     if (extension == ".jpg") ending = ".jpg";
     if (!ending) return false;
-    std::string candidate = path.substr(0, path.rfind('.')) + " Thumbnail" + ending;
+    std::string candidate = path.substr(0, path.rfind('.')) + kThumbnailMark + ending;
     if (!KXP::FileExists(candidate)) return false;
     thumbnail = std::move(candidate);
     return true;

@@ -5,11 +5,14 @@
 
 namespace media {
 
+// Stands in a thumbnail's name between the name of its file and the extension.
+inline constexpr const char* kThumbnailMark = " Thumbnail";
+
 // Whether a folder holds no file, hidden ones and folders aside; with `onlyOwn` no file of the product's own.
 // A folder that cannot be opened is empty; a file that cannot be inspected counts as own.
 bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
 
-// Whether a thumbnail stands beside `path`: the same name with " Thumbnail" behind it, and ".png" for the
+// Whether a thumbnail stands beside `path`: the same name and kThumbnailMark, and ".png" for the
 // extension ".exr" or ".jpg" for ".jpg". Fills `thumbnail` with its path when there is one.
 bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& extension,
                                    std::string& thumbnail);

@@ -13,6 +13,7 @@
 #include "CobalixUtil.h"
 #include "common/FileDescriptor.h"
 #include "common/FileUtil.h"
+#include "common/RetVal.h"
 #include "common/TextUtil.h"
 
 namespace media {
@@ -205,21 +206,20 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath, Bytes&
     return TreeWalk(timeBytes, dirBytes, lastFileBytes).Run(path);
 }
 
-KXP::RetVal CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc) {
+void CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc) {
     if (!path.empty() && path.back() == '/') path.pop_back();
     Bytes timeBytes;
     Bytes dirBytes;
     Bytes lastFileBytes;
     if (!GetTreeData(path, galleryPath, timeBytes, dirBytes, lastFileBytes)) {
         KXP_LOG(KXP::LogMilestone, "GetTreeData had an error, returning CRC:%d", static_cast<int>(crc));
-        return {};
+        return;
     }
     crc = CRC(timeBytes.begin(), timeBytes.end()) + CRC(dirBytes.begin(), dirBytes.end()) +
           CRC(lastFileBytes.begin(), lastFileBytes.end()) + StringCRC(path);
     const std::string text = "Files: " + std::to_string(timeBytes.size() / 8) +
                              " Dir size: " + std::to_string(dirBytes.size()) + " CRC: " + std::to_string(crc);
     KXP_LOG(KXP::LogDetail, "%s", text.c_str());
-    return {};
 }
 
 }  // namespace media

@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "common/RetVal.h"
-
 namespace media {
 
 using CRCTable = std::array<uint32_t, 256>;
@@ -46,8 +44,8 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath,
                  std::vector<unsigned char>& timeBytes, std::vector<unsigned char>& dirBytes,
                  std::vector<unsigned char>& lastFileBytes);
 
-// The sum of the CRCs of these three and of `path`, without the "/" that it may end in. Always a success:
-// when the tree cannot be walked, `crc` keeps its value, by which the caller tells.
-KXP::RetVal CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc);
+// Sets `crc` to the sum of the CRCs of these three and of `path`, without the "/" that it may end in. When
+// the tree cannot be walked, `crc` keeps its value.
+void CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc);
 
 }  // namespace media

@@ -1,52 +1,32 @@
-// The requests for settings and disk space, and what watches over the latter.
+#include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 
 #include <utility>
 
 #include "CobalixUtil.h"
 #include "common/DirUtil.h"
-#include "common/Drives.h"
 #include "common/Exception.h"
 #include "common/JsonHelpers.h"
-#include "common/Profile.h"
 #include "common/TextUtil.h"
-#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 using KXP::Code::kInvalidArgument;
 
-namespace {
-
-constexpr uint32_t kLowDiskMB = 300;
-
-struct DriveSpace {
-    bool measured = false;
-    uint32_t freeMB = 0;
-    uint32_t totalMB = 0x7FFFFFFF;  // as where it cannot be measured
-
-    bool IsLow() const { return measured && freeMB < kLowDiskMB; }
-};
-
-DriveSpace SpaceAt(const std::string& path) {
-    DriveSpace space;
-    space.measured = KXP::GetDriveSpace(path, space.freeMB, space.totalMB);
-    return space;
-}
-
-}  // namespace
-
-// What a request to change settings has come to so far.
-struct ZvGalleryAPI::SettingsProgress {
+// What a request to change settings has done so far.
+struct SettingsRequests::Progress {
     bool parameterSeen = false;
     bool changed = false;
     bool capacitySkip = false;  // the switch of the cap stayed as it was
 };
 
-KXP::RetVal ZvGalleryAPI::GetSettings(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
-                                      KXP::Allocator& allocator) {
-    queue_.AssertOnWorker();
-    return KXP::RunRequest([&] { return WriteSettingsAnswer(response, allocator); });
+KXP::RetVal SettingsRequests::GetSettings(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
+                                          KXP::Allocator& allocator) {
+    api_.AssertOnWorker();
+    return KXP::RunRequest([&]() -> KXP::RetVal {
+        WriteSettingsAnswer(response, allocator);
+        return {};
+    });
 }
 
-KXP::RetVal ZvGalleryAPI::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator) {
+void SettingsRequests::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator) {
     const bool enabled = settings_.GetCapEnabled();
     const unsigned percent = settings_.GetMaxSizePercent();
     const unsigned usage = settings_.GetCurrentSizeMB();
@@ -70,20 +50,18 @@ KXP::RetVal ZvGalleryAPI::WriteSettingsAnswer(KXP::Value& response, KXP::Allocat
     capacity.AddMember("totalDiskSpaceMB", total, allocator);
     settings.AddMember("capacity", capacity, allocator);
     response.AddMember("settings", settings, allocator);
-    return {};
 }
 
-KXP::RetVal ZvGalleryAPI::SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
-                                      KXP::Allocator&) {
-    queue_.AssertOnWorker();
+KXP::RetVal SettingsRequests::SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
+                                          KXP::Allocator&) {
+    api_.AssertOnWorker();
     const KXP::Value& payload = std::as_const(*message).payload();
     return KXP::RunRequest([&] { return ApplySettings(KXP::JSONGetObjectOrEmpty(payload, "settings")); });
 }
 
-// In binding order: what one step has accepted stays in force when a later one fails.
-KXP::RetVal ZvGalleryAPI::ApplySettings(const KXP::Value& wanted) {
+KXP::RetVal SettingsRequests::ApplySettings(const KXP::Value& wanted) {
     if (wanted.ObjectEmpty()) return {kInvalidArgument, "\"settings\" object not defined", 0};
-    SettingsProgress progress;
+    Progress progress;
     const auto galleryPath = KXP::jsonGetValueOrDefault<std::string>(wanted, "userGalleryPath", "");
     KXP::RetVal result = ApplyGalleryPath(galleryPath, progress);
     if (result.Failed()) return result;
@@ -94,10 +72,10 @@ KXP::RetVal ZvGalleryAPI::ApplySettings(const KXP::Value& wanted) {
     if (capacity.ObjectEmpty() && galleryPath.empty() && tempFolder.empty())
         return {kInvalidArgument, "No valid parameter data", 0};
     ApplyCapacity(capacity, progress);
-    return SaveSettings(progress);
+    return Save(progress);
 }
 
-KXP::RetVal ZvGalleryAPI::ApplyGalleryPath(const std::string& path, SettingsProgress& progress) {
+KXP::RetVal SettingsRequests::ApplyGalleryPath(const std::string& path, Progress& progress) {
     if (path.empty()) return {};
     if (!KXP::SamePath(path, settings_.GetUserGalleryPath())) return ChangeGalleryPath(path, progress);
     KXP_LOG(KXP::LogMilestone, "Skipping path change as paths are the same");
@@ -105,56 +83,58 @@ KXP::RetVal ZvGalleryAPI::ApplyGalleryPath(const std::string& path, SettingsProg
     return {};
 }
 
-KXP::RetVal ZvGalleryAPI::ChangeGalleryPath(const std::string& path, SettingsProgress& progress) {
+KXP::RetVal SettingsRequests::ChangeGalleryPath(const std::string& path, Progress& progress) {
     const std::string previous = settings_.GetUserGalleryPath();
     if (!settings_.SetUserGalleryPath(path)) return {kInvalidArgument, "Invalid path defined", 0};
     oldGalleryPath_ = previous;
-    InstallTracker(true);
+    api_.ReInitializeTracker(true);
     progress.parameterSeen = true;
     progress.changed = true;
     return {};
 }
 
-KXP::RetVal ZvGalleryAPI::CancelPathUpdate(std::unique_ptr<KXP::JSONMessage>, KXP::Value&, KXP::Allocator&) {
-    queue_.AssertOnWorker();
+KXP::RetVal SettingsRequests::CancelPathUpdate(std::unique_ptr<KXP::JSONMessage>, KXP::Value&,
+                                               KXP::Allocator&) {
+    api_.AssertOnWorker();
     KXP_LOG(KXP::LogMilestone, "CancelPathUpdate: restore to old Gallery path");
     return KXP::RunRequest([&] { return RestoreGalleryPath(); });
 }
 
-KXP::RetVal ZvGalleryAPI::RestoreGalleryPath() {
-    EndTracker();
+KXP::RetVal SettingsRequests::RestoreGalleryPath() {
+    api_.EndTracker();
     settings_.SetTrackerUpdateState(CancelUpdate);
     if (!settings_.SetUserGalleryPath(oldGalleryPath_)) return {kInvalidArgument, "Invalid path defined", 0};
-    if (!settings_.WriteSettings()) return {KXP::Code::kFailure, "Failed to save settings to disk", 0};
-    InstallTracker(false);
-    NotifyTrackerUpdate(CancelUpdateComplete);
+    KXP::RetVal written = WriteSettings();
+    if (written.Failed()) return written;
+    api_.ReInitializeTracker(false);
+    api_.NotifyTrackerUpdate(CancelUpdateComplete);
     return {};
 }
 
-KXP::RetVal ZvGalleryAPI::ApplyTempFolder(const std::string& path, SettingsProgress& progress) {
+KXP::RetVal SettingsRequests::ApplyTempFolder(const std::string& path, Progress& progress) {
     if (path.empty()) return {};
     if (KXP::SamePath(path, settings_.GetTempFolder())) {
         KXP_LOG(KXP::LogMilestone, "Skipping temp path change as paths are the same");
     } else {
         if (!settings_.SetTempFolder(path)) return {kInvalidArgument, "Invalid path defined", 0};
         progress.changed = true;
-        NotifyGalleryTempFolderChange(path);
+        api_.NotifyGalleryTempFolderChange(path);
     }
     progress.parameterSeen = true;
     return {};
 }
 
-// One notification, whichever of the two values changed.
-void ZvGalleryAPI::ApplyCapacity(const KXP::Value& capacity, SettingsProgress& progress) {
+// Sends one notification when either value or both have changed.
+void SettingsRequests::ApplyCapacity(const KXP::Value& capacity, Progress& progress) {
     ApplyCapEnabled(capacity, progress);
     if (ApplyCapPercent(capacity, progress) || !progress.capacitySkip) {
-        NotifyGalleryCapStateChange();
+        api_.NotifyGalleryCapStateChange();
     } else {
         KXP_LOG(KXP::LogMilestone, "Skipping capacity notification");
     }
 }
 
-void ZvGalleryAPI::ApplyCapEnabled(const KXP::Value& capacity, SettingsProgress& progress) {
+void SettingsRequests::ApplyCapEnabled(const KXP::Value& capacity, Progress& progress) {
     if (!KXP::jsonObjectHasKey(capacity, "enabled", false)) {
         progress.capacitySkip = true;
         return;
@@ -170,8 +150,8 @@ void ZvGalleryAPI::ApplyCapEnabled(const KXP::Value& capacity, SettingsProgress&
     progress.parameterSeen = true;
 }
 
-// Whether the percentage changed.
-bool ZvGalleryAPI::ApplyCapPercent(const KXP::Value& capacity, SettingsProgress& progress) {
+// True when the percentage has changed.
+bool SettingsRequests::ApplyCapPercent(const KXP::Value& capacity, Progress& progress) {
     if (!KXP::jsonObjectHasKey(capacity, "capacityPercent", false)) return false;
     const auto percent = static_cast<unsigned>(KXP::jsonGetValue<int>(capacity, "capacityPercent"));
     progress.parameterSeen = true;
@@ -184,39 +164,22 @@ bool ZvGalleryAPI::ApplyCapPercent(const KXP::Value& capacity, SettingsProgress&
     return true;
 }
 
-KXP::RetVal ZvGalleryAPI::SaveSettings(const SettingsProgress& progress) {
+KXP::RetVal SettingsRequests::Save(const Progress& progress) {
     if (!progress.changed)
         return {KXP::Code::kOk, "No action taken as all provided values are the same as existing ones", 0};
     if (!progress.parameterSeen)
         return {kInvalidArgument, "At least path or one parameter in \"capacity\" object must be defined", 0};
+    return WriteSettings();
+}
+
+KXP::RetVal SettingsRequests::WriteSettings() {
     if (settings_.WriteSettings()) return {};
     return {KXP::Code::kFailure, "Failed to save settings to disk", 0};
 }
 
-KXP::RetVal ZvGalleryAPI::CheckDiskSpace(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
-                                         KXP::Allocator& allocator) {
-    queue_.AssertOnWorker();
-    response.AddMember("lowDiskSpace", CheckLowDiskSpace(), allocator);
+KXP::RetVal SettingsRequests::CheckDiskSpace(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
+                                             KXP::Allocator& allocator) {
+    api_.AssertOnWorker();
+    response.AddMember("lowDiskSpace", api_.CheckLowDiskSpace(), allocator);
     return {};
-}
-
-bool ZvGalleryAPI::CheckLowDiskSpace() {
-    const DriveSpace system = SpaceAt(KXP::GetSpecialDirectory(KXP::SD_HOME));
-    DriveSpace gallery;
-    try {
-        gallery = SpaceAt(GetGalleryPath());
-    } catch (const std::exception& error) {
-        // Without its drive the gallery is not measured, and that is not low.
-        KXP_LOG(KXP::LogFailure, "Gallery folder is gone: %s", KXP::ExceptionText(error).c_str());
-    }
-    KXP_LOG(KXP::LogMilestone,
-            "%s systemTotalSpaceMB[%d] systemFreeSpaceMB = %d, galleryTotalSpaceMB[%d] galleryFreeSpaceMB = "
-            "%d",
-            "CheckLowDiskSpace", system.totalMB, system.freeMB, gallery.totalMB, gallery.freeMB);
-    return system.IsLow() || gallery.IsLow();
-}
-
-void ZvGalleryAPI::UpdateGalleryUsage(unsigned usageMB) {
-    settings_.SetCurrentSizeMB(usageMB);
-    NotifyGalleryUpdated();
 }

@@ -1,11 +1,9 @@
-// The requests for highlights: one that is to come, and those of a group.
+#include "plugin-modules/Gallery/src/endpoints/HighlightRequests.h"
 
 #include <set>
-#include <tuple>
 #include <utility>
 
 #include "common/JsonHelpers.h"
-#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 namespace {
 
@@ -30,7 +28,7 @@ GroupQuery ParseGroup(std::string game, const KXP::Value& group) {
             KXP::jsonGetValueOrDefault<int>(group, "significance", 0)};
 }
 
-// None when there is no such group.
+// Empty when there is no such group.
 std::vector<TrackedUGC> HighlightsOf(const UGCTracker& tracker, const GroupQuery& query) {
     std::vector<TrackedUGC> found;
     if (tracker.GetFilteredHighlights(found, query.game, query.group, query.tags, query.significance)
@@ -39,32 +37,39 @@ std::vector<TrackedUGC> HighlightsOf(const UGCTracker& tracker, const GroupQuery
     return found;
 }
 
-// A page that gives no reference of the message bus is answered by its request's own identifier.
+// The request's own identifier stands for a message bus reference that the page left out.
 Highlight ParseHighlight(const KXP::JSONMessage& message) {
     const KXP::Value& payload = message.payload();
-    const KXP::Value& told = KXP::JSONGetObject(payload, "highlight");
+    const KXP::Value& sent = KXP::JSONGetObject(payload, "highlight");
     Highlight highlight;
-    Highlight::ParseHighlightJSON(highlight, told);
+    Highlight::ParseHighlightJSON(highlight, sent);
     if (KXP::jsonObjectHasKey(payload, "app", false)) {
         SDKAppInfo app;
         Highlight::ParseAppJSON(app, KXP::JSONGetObject(payload, "app"));
         highlight.SetSDKAppInfo(app);
     }
-    if (KXP::jsonGetValueOrDefault<std::string>(told, "messageBusReferenceId", "").empty())
+    if (KXP::jsonGetValueOrDefault<std::string>(sent, "messageBusReferenceId", "").empty())
         highlight.SetMessageBusRefid(message.uniqueid());
     return highlight;
 }
 
 }  // namespace
 
-KXP::RetVal ZvGalleryAPI::EnqueuePendingHighlight(std::unique_ptr<KXP::JSONMessage> message,
-                                                  KXP::Value& response, KXP::Allocator& allocator) {
-    queue_.AssertOnWorker();
+template <typename Body>
+KXP::RetVal HighlightRequests::WithTracker(const KXP::JSONMessage& message, const Body& body) {
+    api_.AssertOnWorker();
     return KXP::RunRequest([&]() -> KXP::RetVal {
-        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+        const std::shared_ptr<UGCTracker> tracker = api_.GetUGCTracker();
         if (!tracker) return kNoTracker;
+        return body(*tracker, message.payload());
+    });
+}
+
+KXP::RetVal HighlightRequests::EnqueuePendingHighlight(std::unique_ptr<KXP::JSONMessage> message,
+                                                       KXP::Value& response, KXP::Allocator& allocator) {
+    return WithTracker(*message, [&](UGCTracker& tracker, const KXP::Value&) -> KXP::RetVal {
         Highlight highlight = ParseHighlight(*message);
-        tracker->EnqueuePendingHighlight(highlight);
+        tracker.EnqueuePendingHighlight(highlight);
         KXP::Value value;
         Highlight::CreateHighlightJSONValue(highlight, value, allocator);
         response.AddMember("highlight", value, allocator);
@@ -72,48 +77,35 @@ KXP::RetVal ZvGalleryAPI::EnqueuePendingHighlight(std::unique_ptr<KXP::JSONMessa
     });
 }
 
-KXP::RetVal ZvGalleryAPI::GetHighlightsCount(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
-                                             KXP::Allocator& allocator) {
-    queue_.AssertOnWorker();
-    return KXP::RunRequest([&]() -> KXP::RetVal {
-        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
-        if (!tracker) return kNoTracker;
-        const KXP::Value& payload = std::as_const(*message).payload();
+KXP::RetVal HighlightRequests::GetHighlightsCount(std::unique_ptr<KXP::JSONMessage> message,
+                                                  KXP::Value& response, KXP::Allocator& allocator) {
+    return WithTracker(*message, [&](UGCTracker& tracker, const KXP::Value& payload) -> KXP::RetVal {
         const GroupQuery query = ParseGroup(GameOf(payload), KXP::JSONGetObject(payload, "group"));
-        const size_t count = HighlightsOf(*tracker, query).size();
+        const size_t count = HighlightsOf(tracker, query).size();
         response.AddMember("count", static_cast<uint64_t>(count), allocator);
         return {};
     });
 }
 
-KXP::RetVal ZvGalleryAPI::DeleteGroupHighlights(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
-                                                KXP::Allocator&) {
-    queue_.AssertOnWorker();
-    return KXP::RunRequest([&]() -> KXP::RetVal {
-        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
-        if (!tracker) return kNoTracker;
-        const KXP::Value& payload = std::as_const(*message).payload();
+KXP::RetVal HighlightRequests::DeleteGroupHighlights(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
+                                                     KXP::Allocator&) {
+    return WithTracker(*message, [](UGCTracker& tracker, const KXP::Value& payload) -> KXP::RetVal {
         const auto group = KXP::jsonGetValue<std::string>(payload, "groupId");
-        return tracker->DeleteTrackedHighlightGroup(group, GameOf(payload));
+        return tracker.DeleteTrackedHighlightGroup(group, GameOf(payload));
     });
 }
 
-KXP::RetVal ZvGalleryAPI::OpenHighlightsGroupSummary(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
-                                                     KXP::Allocator&) {
-    queue_.AssertOnWorker();
-    return KXP::RunRequest([&]() -> KXP::RetVal {
-        const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
-        if (!tracker) return kNoTracker;
-        const KXP::Value& payload = std::as_const(*message).payload();
+KXP::RetVal HighlightRequests::OpenHighlightsGroupSummary(std::unique_ptr<KXP::JSONMessage> message,
+                                                          KXP::Value&, KXP::Allocator&) {
+    return WithTracker(*message, [&](UGCTracker& tracker, const KXP::Value& payload) -> KXP::RetVal {
         const std::string game = GameOf(payload);
         std::vector<TrackedUGC> summary;
         std::set<std::pair<int32_t, std::string>> seen;
         for (const KXP::Value& group : KXP::JSONGetArray(payload, "groups").GetArray()) {
-            for (TrackedUGC& ugc : HighlightsOf(*tracker, ParseGroup(game, group)))
+            for (TrackedUGC& ugc : HighlightsOf(tracker, ParseGroup(game, group)))
                 if (seen.emplace(ugc.id, ugc.path).second) summary.push_back(std::move(ugc));
         }
-        LocalizeHighlightNames(summary, "OpenHighlightsGroupSummary");
-        NotifyOpenSummary(summary);
+        api_.NotifyOpenSummary(std::move(summary));
         return {};
     });
 }

@@ -1,0 +1,47 @@
+// The requests for settings and disk space. Another gallery folder gets a tracker of its own.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
+
+// Worker. What is thrown on the way, such as JSONFieldError for a number out of range or Exception for a
+// gallery whose drive is gone, becomes the answer.
+class SettingsRequests {
+  public:
+    // `api` outlives this object.
+    explicit SettingsRequests(ZvGalleryAPI& api) : api_(api), settings_(*api.GetGallerySettings()) {}
+
+    KXP::RetVal GetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                            KXP::Allocator& allocator);
+    // Applies the gallery folder, the folder for temporary files and the capacity, in this order. What one
+    // step has accepted stays in force when a later one fails; the file is written when all have succeeded.
+    KXP::RetVal SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                            KXP::Allocator& allocator);
+    // Goes back to the gallery folder before the last change. On failure there is no tracker.
+    KXP::RetVal CancelPathUpdate(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                                 KXP::Allocator& allocator);
+    KXP::RetVal CheckDiskSpace(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
+                               KXP::Allocator& allocator);
+
+  private:
+    struct Progress;
+
+    void WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator);
+    KXP::RetVal ApplySettings(const KXP::Value& wanted);
+    KXP::RetVal ApplyGalleryPath(const std::string& path, Progress& progress);
+    KXP::RetVal ChangeGalleryPath(const std::string& path, Progress& progress);
+    KXP::RetVal ApplyTempFolder(const std::string& path, Progress& progress);
+    void ApplyCapacity(const KXP::Value& capacity, Progress& progress);
+    void ApplyCapEnabled(const KXP::Value& capacity, Progress& progress);
+    bool ApplyCapPercent(const KXP::Value& capacity, Progress& progress);
+    KXP::RetVal Save(const Progress& progress);
+    KXP::RetVal RestoreGalleryPath();
+    KXP::RetVal WriteSettings();
+
+    ZvGalleryAPI& api_;
+    Settings& settings_;
+    // In force before the last change; empty when there was none.
+    std::string oldGalleryPath_;
+};
