@@ -10,21 +10,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/FileCalls.h"
+#include "base/NewFile.h"
+#include "base/Path.h"
+#include "base/ReadWrite.h"
 #include "common/DirUtil.h"
-#include "common/FileDescriptor.h"
 #include "common/HeldLog.h"
-#include "common/NewFile.h"
 #include "common/RetVal.h"
-#include "common/System.h"
 
 namespace KXP {
 namespace {
 
-constexpr size_t kCopyBlock = 1024;
-// What a cancelled copy still does.
+// What a cancelled copy still finishes.
 constexpr size_t kCopyStep = size_t{8} << 20;
 constexpr size_t kCopyBuffer = size_t{1} << 20;
-constexpr mode_t kNewFileMode = 0644;
 constexpr mode_t kNormalMode = 0776;
 
 int Failed(const char* text) {
@@ -37,17 +36,6 @@ void LogMoveFailed(const std::string& source, const std::string& destination) {
             destination.c_str());
 }
 
-bool CopyBytes(const FileDescriptor& source, const FileDescriptor& destination) {
-    char block[kCopyBlock];
-    size_t offset = 0;
-    long got = 0;
-    while ((got = ReadSome(source, block, sizeof block)) > 0) {
-        if (!WriteFullyAt(destination, block, static_cast<size_t>(got), offset)) return false;
-        offset += static_cast<size_t>(got);
-    }
-    return got == 0;
-}
-
 // The next bytes from `position` on, at least one. False when a read or write fails or the file has ended.
 bool CopyStep(const FileDescriptor& source, const FileDescriptor& destination, uint64_t& position,
               uint64_t size, std::vector<char>& buffer) {
@@ -58,7 +46,7 @@ bool CopyStep(const FileDescriptor& source, const FileDescriptor& destination, u
             position += static_cast<uint64_t>(copied);
             return true;
         }
-        // Whatever stopped it, a full disk included, shows anew when the bytes go by hand.
+        // Whatever stopped it, a full disk included, stops the copy by hand as well.
         buffer.resize(kCopyBuffer);
     }
     const size_t got = ReadAt(source, position, buffer.data(), std::min(step, buffer.size()));
@@ -78,26 +66,12 @@ void CopyOwnerAndMode(const struct stat& from, const FileDescriptor& to) {
 }  // namespace
 
 bool FileExists(const std::string& path) {
-    // The system would take the text before a zero byte, which is another file.
-    return path.find('\0') == std::string::npos && access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
+    return IsUsablePath(path) && access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
 }
 
 bool IsRegularFile(const std::string& path) {
     struct stat status {};
-    return path.find('\0') == std::string::npos && lstat(path.c_str(), &status) == 0 &&
-           S_ISREG(status.st_mode);
-}
-
-int FileCopy(const std::string& source, const std::string& destination) {
-    const FileDescriptor from = OpenForRead(source);
-    if (!from.IsOpen()) return Failed("FileCopy open source failed");
-    FileDescriptor to = OpenForWrite(destination, kNewFileMode);
-    if (!to.IsOpen()) return Failed("FileCopy open destination failed");
-    if (!CopyBytes(from, to)) return Failed("FileCopy failed to copy the content");
-    struct stat status {};
-    if (fstat(from.get(), &status) != 0) return Failed("FileCopy fopen source failed");
-    CopyOwnerAndMode(status, to);
-    return to.Close() ? Code::kOk : Failed("FileCopy failed to copy the content");
+    return IsUsablePath(path) && lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 int FileCopyNew(const std::string& source, const std::string& destination,
@@ -126,7 +100,7 @@ int FileMove(const std::string& source, const std::string& destination) {
 }
 
 int FileMoveNew(const std::string& source, const std::string& destination) {
-    if (Platform::RenameNoReplace(source, destination)) return Code::kOk;
+    if (Platform::RenameNoReplace(AT_FDCWD, source, AT_FDCWD, destination)) return Code::kOk;
     LogMoveFailed(source, destination);
     return Code::kFailure;
 }

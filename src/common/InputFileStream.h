@@ -9,7 +9,7 @@
 
 #include <sys/stat.h>
 
-#include "common/FileDescriptor.h"
+#include "base/ReadWrite.h"
 
 namespace KXP {
 
