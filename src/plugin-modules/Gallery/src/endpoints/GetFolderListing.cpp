@@ -47,7 +47,7 @@ KXP::RetVal GetFolderListing::GetTracked(const std::string& directory) {
     const size_t start = directory.rfind('/', end - 1) + 1;
     std::vector<TrackedUGC> captures;
     KXP::RetVal found = tracker->GetGameUGC(directory.substr(start, end - start), captures);
-    // By name: no time is asked for, and nothing on disk.
+    // The times stay 0, so that the order is that of the names and nothing is read from disk.
     for (const TrackedUGC& ugc : captures)
         listing_->InsertIntoSet(
             {0, ugc.path.substr(ugc.path.rfind('/') + 1), ugc.fileType, ugc.fileSubType, ugc.fileSource, ""});
