@@ -1,4 +1,4 @@
-// The main job on real files: what the pages are told of a folder.
+// Listings of real files, as the pages receive them.
 
 #include <filesystem>
 #include <map>
@@ -13,7 +13,7 @@
 namespace {
 
 struct Listing {
-    std::string order;                         // the files' names, with a bar behind each
+    std::string order;                         // the files' names, each followed by a bar
     std::map<std::string, std::string> files;  // by name: "type subtype source", and the thumbnail's name
     std::string directories;
 };

@@ -76,7 +76,7 @@ class MontageTest : public testing::Test {
         return R"({"inputs":[{"details":{"path":"/a.mp4","duration":5},"inputFileType":"video"}],"recipe":")" +
                recipe + R"(","output":")" + output + R"(","behaviour":")" + behaviour + "\"}";
     }
-    // Its output is named for its identifier.
+    // The output is named after the identifier.
     void Begin(const std::string& id, const std::string& behaviour) {
         (*plugin_)->OnJsonMessage(
             Envelope("CreateMontageFromRecipe", id, Payload(Output(id), behaviour)).c_str());
@@ -97,7 +97,7 @@ class MontageTest : public testing::Test {
                answer["payload"]["_return_status"].GetString();
     }
 
-    // What the process prints behind this word, once it has done so for the nth time.
+    // Returns what the process prints after this word the nth time.
     std::string Printed(const std::string& word, size_t count = 1) {
         const std::string text = container_.WaitFor(6, "Montage: " + word + " ", count).text;
         const size_t at = text.find("Montage: " + word + " ");
@@ -108,7 +108,7 @@ class MontageTest : public testing::Test {
 
     FakeContainer container_;
     std::unique_ptr<PluginLibrary> plugin_;
-    const TempGallery gallery_{};  // behind the library's home, which it stands in for
+    const TempGallery gallery_{};  // replaces the library's home
     int asked_ = 0;
 };
 
@@ -148,10 +148,10 @@ TEST_F(MontageTest, ARecipeIsOnlyFoundInItsFolder) {
             container_.All(6, "Montage: running ").back().text.find(" https://media-reference.localhost"),
             std::string::npos);
     }
-    EXPECT_EQ(container_.All(6, "localhost/").size(), 0u) << "with no script behind it";
+    EXPECT_EQ(container_.All(6, "localhost/").size(), 0u) << "with no script";
 }
 
-TEST_F(MontageTest, ACancelRightBehindTheRequestHolds) {
+TEST_F(MontageTest, ACancelRightAfterTheRequestHolds) {
     home().Write("early.mp4", "from before");
     Begin("early", "hangs");
     EXPECT_EQ(Ask("CancelMontage"), "0 Success");

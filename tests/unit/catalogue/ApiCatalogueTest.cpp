@@ -1,5 +1,5 @@
-// The catalogue held against itself and against what the validator understands: a keyword that it does not
-// know would be passed over in silence.
+// The catalogue compared with itself and with what the validator understands: a keyword that the validator
+// does not know would be ignored silently.
 #include <set>
 #include <string>
 #include <vector>
@@ -39,11 +39,11 @@ class ApiCatalogueTest : public testing::Test {
     }
 
     Document catalogue_;
-    // The types, the payloads of the commands and all in them.
+    // Of the types, of the commands' payloads and of everything in them.
     std::vector<std::pair<std::string, const Value*>> schemas_;
 };
 
-TEST_F(ApiCatalogueTest, UsesOnlyWhatTheValidatorHeeds) {
+TEST_F(ApiCatalogueTest, UsesOnlyWhatTheValidatorUnderstands) {
     const Names types = {"array", "boolean", "integer", "number", "object", "string"};
     const Names keywords = {"type",       "enum",  "required", "minimum",     "minLength",   "minItems",
                             "properties", "items", "$ref",     "description", "descritpion", "default"};

@@ -15,7 +15,7 @@ class EdgeLogs : public testing::Test {
         fs::last_write_time(path, now_ - std::chrono::seconds(age));
     }
 
-    // The games in their order, with "|" behind each.
+    // The games in their order, each followed by "|".
     std::string Games() {
         std::vector<ActivityData> list;
         EXPECT_TRUE(ParseEdgeLogs(list, gallery_.path() + "/"));

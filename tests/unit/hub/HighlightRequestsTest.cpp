@@ -8,7 +8,7 @@ const std::string kRace = R"("app":{"profileName":"Race"})";
 
 class HighlightRequestsTest : public HubTest {
   protected:
-    // A video in the gallery, on record; gives its path.
+    // Puts a video on record; returns its path.
     std::string AddHighlight(const std::string& name, const std::string& group, int tags) {
         const std::string inner = R"({"MediaType":"Highlight","HighlightGroupId":")" + group +
                                   R"(","HighlightTags":)" + std::to_string(tags) +
@@ -23,7 +23,7 @@ class HighlightRequestsTest : public HubTest {
         return path;
     }
 
-    // The notification of a summary, among those of captures that the tracker's worker may still send.
+    // Picks the summary out of what was sent: the tracker's worker may still notify of captures.
     std::string TakeSummary() {
         const std::string sent = module_.TakeSent();
         const size_t at = sent.find(R"(GalleryNotifications {"openSummary")");
@@ -40,7 +40,7 @@ class HighlightRequestsTest : public HubTest {
 
 }  // namespace
 
-TEST_F(HighlightRequestsTest, OneThatIsToComeIsAnsweredWithItsId) {
+TEST_F(HighlightRequestsTest, AnExpectedOneIsAnsweredWithItsId) {
     const std::string answer =
         Ask("EnqueuePendingHighlight", requests_, &HighlightRequests::EnqueuePendingHighlight,
             "{" + kRace + R"(,"highlight":{"id":99,"groupId":"g","type":"screenshot","tags":2}})");

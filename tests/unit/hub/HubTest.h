@@ -1,4 +1,4 @@
-// The hub with a module that keeps what is sent instead of sending it.
+// The hub over a module that records notifications instead of sending them.
 #pragma once
 
 #include <chrono>
@@ -19,7 +19,7 @@
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TemporaryHome.h"
 
-// Its queue has no worker, so that the test may call what is the worker's.
+// Its queue has no worker, so that a test may call what only the worker may.
 class RecordingModule : public KXP::PluginModuleBase {
   public:
     RecordingModule() : PluginModuleBase("CobalixNative", "Gallery", "{}") {
@@ -36,7 +36,7 @@ class RecordingModule : public KXP::PluginModuleBase {
         return accepts;
     }
 
-    // What was sent since the last call, "Name payload|Name payload|".
+    // Returns what was sent since the last call, as "Name payload|Name payload|".
     std::string TakeSent() {
         KXP::MutexLock lock(mutex_);
         std::string text;
@@ -65,7 +65,7 @@ class RecordingModule : public KXP::PluginModuleBase {
 class HubTest : public testing::Test {
   protected:
     HubTest() {
-        // The tracker writes settings too, until it has looked at its empty gallery.
+        // Until the tracker has scanned its empty gallery, it writes settings too.
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (!log_.Has("Tracker update done") && std::chrono::steady_clock::now() < limit)
             std::this_thread::yield();
@@ -95,7 +95,7 @@ class HubTest : public testing::Test {
     Settings& settings() { return *hub_.GetGallerySettings(); }
     std::string SettingsFile() { return settings().path(); }
 
-    // A folder of the gallery that cannot be made any more, as on a drive that was unplugged.
+    // Makes the gallery's folder one that cannot be created, as on a drive that was unplugged.
     std::string UnplugTheGallery() {
         std::string gallery = home_ / "drive/gallery";
         EXPECT_TRUE(settings().SetUserGalleryPath(gallery));

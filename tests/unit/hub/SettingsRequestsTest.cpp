@@ -10,7 +10,7 @@ constexpr const char* kSame = "No action taken as all provided values are the sa
 
 class SettingsRequestsTest : public HubTest {
   protected:
-    // Asks for settings; gives the text of the answer.
+    // Sends the request; returns the text of the answer.
     std::string Set(const std::string& settings) {
         Ask("SetSettings", requests_, &SettingsRequests::SetSettings, "{\"settings\":" + settings + "}");
         return result_.text;
@@ -26,7 +26,7 @@ class SettingsRequestsTest : public HubTest {
 
 }  // namespace
 
-TEST_F(SettingsRequestsTest, TellTheSettings) {
+TEST_F(SettingsRequestsTest, AnswerWithTheSettings) {
     settings().SetTrackerUpdateState(TrackerUpdateComplete);
     const std::string gallery = home_ / "Videos/ZORVEX/Ovirastream";
     EXPECT_EQ(hub_.GetGalleryPath(), gallery + "/");
@@ -44,7 +44,7 @@ TEST_F(SettingsRequestsTest, TellTheSettings) {
     EXPECT_EQ(result_.text, "ERROR: Unable to create folder");
 }
 
-TEST_F(SettingsRequestsTest, AnotherGalleryIsTakenAndGivenBack) {
+TEST_F(SettingsRequestsTest, AnotherGalleryIsOpenedAndLeftAgain) {
     const std::string old = settings().GetUserGalleryPath();
     const auto first = hub_.GetUGCTracker();
     EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new/gallery") + "\"}"), "Success");
@@ -67,7 +67,7 @@ TEST_F(SettingsRequestsTest, AnotherGalleryIsTakenAndGivenBack) {
     EXPECT_NE(hub_.GetUGCTracker(), nullptr);
 }
 
-TEST_F(SettingsRequestsTest, NothingToGiveBackLeavesNoTrackerAndHarmsNobody) {
+TEST_F(SettingsRequestsTest, NothingToRestoreLeavesNoTrackerAndDoesNoHarm) {
     Ask("CancelPathUpdate", requests_, &SettingsRequests::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Invalid path defined");
     EXPECT_EQ(hub_.GetUGCTracker(), nullptr);
@@ -79,10 +79,10 @@ TEST_F(SettingsRequestsTest, NothingToGiveBackLeavesNoTrackerAndHarmsNobody) {
     EXPECT_NE(hub_.GetUGCTracker(), nullptr);
 }
 
-TEST_F(SettingsRequestsTest, ChangesAreToldOnceAndWritten) {
+TEST_F(SettingsRequestsTest, ChangesAreNotifiedOnceAndWritten) {
     EXPECT_EQ(Set(R"({"capacity":{"enabled":true,"capacityPercent":50}})"), "Success");
     EXPECT_EQ(module_.TakeSent(), CapState("true", "50"));
-    // Beside a path that stays, and a value that stays.
+    // Along with an unchanged path, or an unchanged value.
     const std::string gallery = settings().GetUserGalleryPath();
     EXPECT_EQ(
         Set("{\"userGalleryPath\":\"" + gallery + R"(/","capacity":{"enabled":true,"capacityPercent":60}})"),

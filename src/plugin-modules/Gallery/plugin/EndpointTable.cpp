@@ -1,5 +1,5 @@
-// Which request runs what, and who hears of captures. A row here and an entry in the catalogue make an
-// endpoint.
+// The handlers of requests and of other modules' notifications. A row here and an entry in the catalogue make
+// an endpoint.
 
 #include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
 #include "plugin-modules/Gallery/src/endpoints/DriveTasks.h"
@@ -16,7 +16,7 @@
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 #include "plugin-modules/Gallery/src/endpoints/VideoTasks.h"
 
-// The API object is looked up for each request: a task that comes without one fails.
+// Looks the API object up for each request, since the table outlives it.
 template <typename Task>
 void GalleryPlugin::RegisterTask(const std::string& name) {
     RegisterAsyncTask(name, [this](KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request) {

@@ -1,4 +1,4 @@
-// The one plug-in module of the library: the gallery as the container starts it.
+// The one plug-in module of the library, which the container starts.
 #pragma once
 
 #include <memory>

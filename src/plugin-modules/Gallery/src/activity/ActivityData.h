@@ -1,4 +1,4 @@
-// What a game has logged of one session: its events and the rounds with their scores.
+// A game's log of one session: its events, and its rounds with their scores.
 #pragma once
 
 #include <cstdint>
@@ -19,15 +19,14 @@ struct ActivityRound {
     int64_t number = 0;
     std::optional<int64_t> score1;
     std::optional<int64_t> score2;
-    std::string time;  // of its start
+    std::string time;  // when it started
 };
 
-// Members that a log does not tell, or not in their type, have no value and are not written.
+// Members that are missing in the log or have another type have no value and are not written.
 struct ActivityData {
-    // Throws KXP::JSONFieldError for a log that is no object, or one of whose events or rounds lacks a member
-    // that it must have.
+    // Throws KXP::JSONFieldError when the log is not an object, or an event or round lacks a required member.
     static ActivityData ParseActivityJSON(const KXP::Value& log);
-    // `out` becomes an object, whatever is in it.
+    // Replaces `out` by an object.
     static void CreateActivityJSONValue(const ActivityData& data, KXP::Value& out, KXP::Allocator& allocator);
 
     std::optional<std::string> gameName;

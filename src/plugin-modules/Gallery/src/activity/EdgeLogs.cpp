@@ -36,7 +36,7 @@ bool IsLater(const LogFile& a, const LogFile& b) {
     return std::tie(a.time, a.path) > std::tie(b.time, b.path);
 }
 
-// Takes what it has read off `budget`. Throws for a log that cannot be used.
+// Subtracts the size of the log from `budget`. Throws when the log cannot be used.
 ActivityData ReadLog(const LogFile& log, size_t& budget) {
     KXP::FileBytes content;
     const KXP::FileDescriptor file = KXP::OpenForRead(log.path);

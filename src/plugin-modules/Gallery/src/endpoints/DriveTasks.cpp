@@ -16,7 +16,7 @@ KXP::RetVal IsDirectoryWritable::ExecuteAsync(const KXP::Value& params) {
 }
 
 void IsDirectoryWritable::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
-    // The pages read this spelling; the catalogue's "writeable" is optional and nobody's.
+    // The pages read this spelling; the "writeable" of the catalogue is optional, and nothing reads it.
     response.AddMember("writable", writable_, allocator);
 }
 
@@ -40,7 +40,7 @@ void EnumerateDrives::FinishAsync(KXP::Value& response, KXP::Allocator& allocato
 KXP::RetVal GetDriveInfo::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
         std::string drive = KXP::jsonGetValue<std::string>(params, "drive");
-        // Where drives are letters, a bare one is meant as the drive. The root is thus asked for as "//".
+        // A single character is taken as a drive letter, so the root can only be asked for as "//".
         if (drive.size() == 1) drive += ':';
         if (!KXP::GetDriveSpace(drive, freeMB_, totalMB_))
             return {KXP::Code::kFailure, "Failed to get drive information", 0};

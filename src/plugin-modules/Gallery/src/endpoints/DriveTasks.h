@@ -1,4 +1,4 @@
-// The requests with which the pages choose where captures go.
+// The requests that let a page offer places for the gallery.
 #pragma once
 
 #include <cstdint>

@@ -32,7 +32,7 @@ std::string LowerExtension(const std::string& name) {
     return dot == std::string::npos ? "" : KXP::ToLower(name.substr(dot));
 }
 
-// A generated thumbnail stands beside its original and is no file of its own.
+// A generated thumbnail lies beside its original and is not listed.
 bool IsThumbnail(const std::string& name, const std::string& extension) {
     if (extension != ".png" && extension != ".jpg") return false;
     const size_t mark = name.rfind(media::kThumbnailMark);
@@ -63,13 +63,13 @@ void FolderListing::Read(const std::atomic<bool>& cancelled) {
 }
 
 void FolderListing::AddDirectory(const std::string& name) try {
-    if (name[0] == '.') return;  // hidden ones are left out whatever is asked for
+    if (name[0] == '.') return;  // hidden folders are never listed
     const bool keepEmpty = options_.exclude != ExcludeDirs::Empty &&
                            options_.exclude != ExcludeDirs::HiddenOrEmpty && !options_.onlyOwn;
     if (keepEmpty || !media::IsDirectoryEmpty(options_.directory + name, options_.onlyOwn))
         InsertDirectory(name);
 } catch (const std::bad_alloc&) {
-    throw;  // no matter of this folder: the next would fail as well
+    throw;  // not the fault of this folder: the next would fail as well
 } catch (const std::exception& error) {
     KXP_LOG(LogFailure, "Error inserting directory: %s", KXP::ExceptionText(error).c_str());
 }
@@ -99,7 +99,7 @@ void FolderListing::InspectFile(const std::string& name) try {
         return;
     }
     if (options_.onlyOwn && !found.isOwn) return;
-    // The pages could not show a picture of that size; they show its thumbnail.
+    // The pages cannot show a picture of that size, so they show its thumbnail.
     if (found.fileSubType == "SuperResolution_Oversized" &&
         !media::CheckIfThumbnailExistsForFile(path, ".jpg", thumbnail)) {
         KXP_LOG(KXP::LogDetail, "Skipping oversized Super Resolution image due to missing thumbnail file");

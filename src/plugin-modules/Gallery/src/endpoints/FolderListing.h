@@ -1,5 +1,5 @@
-// What one folder holds, as the pages browse it: files with what they are, newest first, and folders. Reads
-// the disk alone, and knows no request and no tracker.
+// The content of one folder as the pages browse it: its files with their types, newest first, and its
+// folders. Reads only the disk; knows neither requests nor the tracker.
 #pragma once
 
 #include <atomic>
@@ -15,15 +15,15 @@
 // Which folders a listing leaves out.
 enum class ExcludeDirs { None = 0, Hidden = 1, Empty = 2, HiddenAndEmpty = 3, HiddenOrEmpty = 4 };
 
-// The words of a request for them.
+// Their words in a request.
 extern const std::map<std::string, ExcludeDirs> kExcludeDirsWords;
 
 class FolderListing {
   public:
-    // File time in seconds since 1970, name, type, subtype, source, and the path of a thumbnail or nothing.
+    // File time in seconds since 1970, name, type, subtype, source, and the path of the thumbnail, if any.
     using FileItemData = std::tuple<int64_t, std::string, std::string, std::string, std::string, std::string>;
 
-    // By bytes, a shorter name before a longer one that begins with it.
+    // Compares bytes; a shorter name comes before a longer one that begins with it.
     struct DirectoryCompare {
         bool operator()(const std::string& a, const std::string& b) const;
     };
@@ -37,8 +37,8 @@ class FolderListing {
 
     explicit FolderListing(Options options) : options_(std::move(options)) {}
 
-    // Adds the content of the folder, until `cancelled` is set. What cannot be opened, told or named in UTF-8
-    // is logged and left out; a folder that cannot be opened is empty.
+    // Adds the content of the folder, until `cancelled` is set. A file that cannot be opened or inspected and
+    // a name that is not UTF-8 are logged and left out; a folder that cannot be opened counts as empty.
     void Read(const std::atomic<bool>& cancelled);
 
     void InsertIntoSet(const FileItemData& item) { files_.insert(item); }

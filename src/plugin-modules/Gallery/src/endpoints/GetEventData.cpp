@@ -5,7 +5,7 @@
 
 namespace {
 
-// Empty when the folder cannot be made, as on a drive that was unplugged.
+// Empty when the folder cannot be created, for instance because its drive was unplugged.
 std::string GalleryPathOf(ZvGalleryAPI& api) {
     try {
         return api.GetGalleryPath();
@@ -17,7 +17,7 @@ std::string GalleryPathOf(ZvGalleryAPI& api) {
 }  // namespace
 
 KXP::RetVal GetEventData::ExecuteAsync(const KXP::Value&) {
-    // One at a time: logs may take much memory.
+    // One request at a time: the logs may take much memory.
     static KXP::Turns reading;
     const KXP::Turn turn(reading, "");
     recents_.clear();

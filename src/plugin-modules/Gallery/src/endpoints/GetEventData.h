@@ -1,4 +1,4 @@
-// The request for what games have logged of their sessions.
+// The request for the activity logs of games.
 #pragma once
 
 #include <vector>

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Sums wrap, so that the order of the captures does not matter.
+// Sums wrap at 32 bits and do not depend on the order of the captures.
 uint32_t SumOf(const TrackedUGC& ugc) {
     uint32_t sum = 0;
     for (const std::string& text :

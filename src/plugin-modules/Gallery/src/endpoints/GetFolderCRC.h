@@ -1,4 +1,4 @@
-// The request for one number that changes with a folder and with what is known of its captures.
+// The request for a checksum of a folder and of the records of its captures.
 #pragma once
 
 #include <cstdint>

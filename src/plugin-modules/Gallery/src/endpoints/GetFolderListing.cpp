@@ -42,7 +42,7 @@ KXP::RetVal GetFolderListing::GetTracked(const std::string& directory) {
     }
     const size_t end = directory.size() - 1;  // of the "/"
     const size_t start = directory.rfind('/', end - 1) + 1;
-    // By name: no time is asked for, and nothing on disk.
+    // The times stay 0, so that the order is that of the names and nothing is read from disk.
     for (const TrackedUGC& ugc : tracker->GetGameUGC(directory.substr(start, end - start)))
         listing_->InsertIntoSet(
             {0, ugc.path.substr(ugc.path.rfind('/') + 1), ugc.fileType, ugc.fileSubType, ugc.fileSource, ""});

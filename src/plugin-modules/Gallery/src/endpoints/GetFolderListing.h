@@ -16,9 +16,9 @@ class GetFolderListing : public GalleryTaskBase<GetFolderListing> {
     void CancelTask() override { cancelled_ = true; }
 
   private:
-    // The folder as it is on disk.
+    // Lists the folder as it is on disk.
     KXP::RetVal GetNonZvFolders();
-    // What is on record: the games of the gallery, or the captures of one.
+    // Lists what is on record: the games of the gallery, or the captures of one game.
     KXP::RetVal GetTracked(const std::string& directory);
 
     std::atomic<bool> cancelled_{false};

@@ -1,4 +1,4 @@
-// The request for all that is known of one capture.
+// The request for the record of one capture, with a thumbnail if the page wants one.
 #pragma once
 
 #include <atomic>

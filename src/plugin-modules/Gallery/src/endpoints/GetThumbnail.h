@@ -1,4 +1,4 @@
-// The request for the picture of a file.
+// The request for a thumbnail of a file.
 #pragma once
 
 #include <atomic>
@@ -11,7 +11,7 @@ class GetThumbnail : public GalleryTaskBase<GetThumbnail> {
     using GalleryTaskBase::GalleryTaskBase;
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
-    // Writes nothing for a file without a picture, which is no failure.
+    // Writes nothing when there is no thumbnail; that is not a failure.
     void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
     void CancelTask() override { cancelled_ = true; }
 

@@ -37,7 +37,7 @@ std::vector<TrackedUGC> HighlightsOf(const UGCTracker& tracker, const GroupQuery
     return found;
 }
 
-// The request's own identifier stands for a message bus reference that the page left out.
+// When the page leaves out the message bus reference, the request's own identifier replaces it.
 Highlight ParseHighlight(const KXP::JSONMessage& message) {
     const KXP::Value& payload = message.payload();
     const KXP::Value& sent = KXP::JSONGetObject(payload, "highlight");

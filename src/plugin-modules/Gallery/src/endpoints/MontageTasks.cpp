@@ -20,7 +20,7 @@ namespace {
 
 constexpr int32_t kAlreadyInProgress = static_cast<int32_t>(0x800700D4);
 
-// What makes a page of a file for the browser inside the montage process.
+// The prefix that makes a file a page for the browser inside the montage process.
 constexpr const char* kMediaReference = "https://media-reference.localhost";
 
 constexpr const char* kInProgressText = "Transcode already in progress, cannot start another.";
@@ -47,14 +47,14 @@ std::string OverriddenScript(std::string script) {
     return script;
 }
 
-// A file that cannot be written leaves the process with the one from before.
+// When the file cannot be written, the process reads the previous one.
 void WriteStorage(const KXP::Value& params, const std::string& mediaFolder) {
     const std::string folder =
         KXP::CreateDirectoryPath(FolderParts(KXP::GetAppDataDirectory(KXP::LocalApp) + "/../" + MONTAGE_APP));
     (void)montage::WriteStorageFile(folder + "/" + STORAGE_FILE, params, mediaFolder);
 }
 
-// The last of the places that holds it; empty, and logged, when none does.
+// Returns the last of the places that exists; empty, with log lines, when none does.
 std::string FindExecutable() {
     std::string found;
     const std::vector<std::string> places = montage::ExecutablePlaces(KXP::GetDirName(KXP::GetExePath()));

@@ -1,4 +1,4 @@
-// The requests for montages, which a process of its own makes.
+// The requests that make montages. The work is done by a separate process.
 #pragma once
 
 #include <memory>
@@ -6,7 +6,7 @@
 #include "plugin-modules/Gallery/src/endpoints/GalleryTaskBase.h"
 #include "plugin-modules/Gallery/src/transcode/Transcoder.h"
 
-// By a script, which this platform takes and does nothing with.
+// Makes one from a script. This platform accepts the script and does nothing with it.
 class CreateMontage : public GalleryTaskBase<CreateMontage> {
   public:
     using GalleryTaskBase::GalleryTaskBase;
@@ -14,7 +14,7 @@ class CreateMontage : public GalleryTaskBase<CreateMontage> {
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
 };
 
-// By a recipe from the cloud, from captures. Lasts as long as the process does.
+// Makes one from captures by a recipe from the cloud. Runs as long as the process does.
 class CreateMontageFromRecipe : public GalleryTaskBase<CreateMontageFromRecipe> {
   public:
     CreateMontageFromRecipe(KXP::PluginModuleBase& module, std::unique_ptr<KXP::JSONMessage> request,
@@ -26,6 +26,6 @@ class CreateMontageFromRecipe : public GalleryTaskBase<CreateMontageFromRecipe> 
     KXP::RetVal CefMontage(const KXP::Value& params);
 
     const std::shared_ptr<Transcoder> transcoder_;
-    // From the request on, as a cancel that comes right behind it may be ahead of this task's thread.
+    // Exists from the request on: a cancel right after it may arrive before this task's thread runs.
     Transcoder::MontageRun run_;
 };

@@ -1,4 +1,4 @@
-// What requests say of the size of a picture.
+// The size of a picture in the parameters of a request.
 #pragma once
 
 #include "common/Json.h"

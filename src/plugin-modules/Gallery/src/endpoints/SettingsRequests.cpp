@@ -14,7 +14,7 @@ using KXP::Code::kInvalidArgument;
 struct SettingsRequests::Progress {
     bool parameterSeen = false;
     bool changed = false;
-    bool capacitySkip = false;  // the switch of the cap stayed as it was
+    bool capacitySkip = false;  // the cap was neither switched on nor off
 };
 
 KXP::RetVal SettingsRequests::GetSettings(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,

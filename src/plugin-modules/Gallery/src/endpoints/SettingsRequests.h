@@ -6,8 +6,8 @@
 
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
-// Worker. What is thrown on the way, such as JSONFieldError for a number out of range or Exception for a
-// gallery whose drive is gone, becomes the answer.
+// Worker. Exceptions, such as JSONFieldError for a number out of range or Exception for a gallery whose drive
+// is gone, become the answer.
 class SettingsRequests {
   public:
     // `api` outlives this object.

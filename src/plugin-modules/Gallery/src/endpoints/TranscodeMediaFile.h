@@ -1,4 +1,4 @@
-// The request to encode a file anew, smaller or with a meme.
+// The request to re-encode a file, smaller or with a meme.
 #pragma once
 
 #include <string>
@@ -26,6 +26,6 @@ class TranscodeMediaFile : public GalleryTaskBase<TranscodeMediaFile> {
     double newDuration_ = 0;
     std::string userData_;
     std::string memeImage_;  // base64; empty for none
-    // Width and height are the request's until an encoding has others.
+    // Width and height are those of the request until an encoder changes them.
     Transcoder::Output output_;
 };

@@ -1,4 +1,4 @@
-// The requests for captures on record: of a game, the latest of all, their numbers.
+// The requests for the captures on record: those of a game, the latest of all games, and their numbers.
 #pragma once
 
 #include <vector>

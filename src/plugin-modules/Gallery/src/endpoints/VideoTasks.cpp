@@ -20,14 +20,14 @@ void ReadCapture(const KXP::Value& params, CaptureRequestInfo& info) {
     ReadText(params, "DRSProfileName", info.profileName);
     ReadText(params, "DRSAppName", info.drsAppName);
     ReadText(params, "DRSShortName", info.shortName);
-    // The catalogue spells it with a capital letter, which nobody sends.
+    // The catalogue's spelling begins with a capital letter, but no page sends that.
     info.captureType = KXP::jsonGetValueOrDefault<bool>(params, "isAHighlight", false)
                            ? CaptureRequestInfo::kHighlight
                            : CaptureRequestInfo::kOrdinary;
     ReadText(params, "highlightDefinitionId", info.highlightId);
     ReadText(params, "highlightGroupId", info.highlightGroupId);
     info.tags = static_cast<uint32_t>(KXP::jsonGetValueOrDefault<int>(params, "highlightTags", 0));
-    // Into the tags as well: what the pages have engraved so far is read back like this.
+    // Overwrites the tags on purpose: the blocks that exist were engraved like this.
     info.tags = static_cast<uint32_t>(KXP::jsonGetValueOrDefault<int>(params, "highlightSignificance", 0));
     ReadText(params, "mediaType", info.mediaType);
 }

@@ -1,4 +1,4 @@
-// The requests that change a video or what is on record of it.
+// The requests that change a video or its record.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,7 @@ class TrimVideo : public GalleryTaskBase<TrimVideo> {
   public:
     using GalleryTaskBase::GalleryTaskBase;
 
-    // Done once the clip is on record, or after two seconds.
+    // Returns when the clip is on record, or after two seconds.
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
     void CancelTask() override;
 
@@ -28,6 +28,6 @@ class EngraveMP4 : public GalleryTaskBase<EngraveMP4> {
   public:
     using GalleryTaskBase::GalleryTaskBase;
 
-    // Success also when the file could not be engraved, which is logged.
+    // Succeeds even when the file cannot be engraved; that is logged.
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
 };

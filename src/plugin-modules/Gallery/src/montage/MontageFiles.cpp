@@ -22,7 +22,7 @@ const char* const STORAGE_FILE = "sharedstorage.json";
 namespace montage {
 namespace {
 
-// The layer of messages puts the first three into payloads; a page might send the last.
+// The message layer adds the first three to payloads; a page might send the last.
 constexpr const char* kForeignKeys[] = {"_return_code", "_return_status", "_return_internal",
                                         "mediaDirZorvex"};
 
@@ -83,7 +83,7 @@ bool OutputPlace::Identity::operator==(const Identity& other) const {
 
 OutputPlace::Identity OutputPlace::Look(const std::string& path) {
     struct stat status {};
-    // Not through a link: what it leads to is not ours.
+    // Links are not followed: their target is not a montage.
     if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
     return {true, status.st_dev, status.st_ino, status.st_size,
             static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};

@@ -1,4 +1,4 @@
-// The files of a montage: what it is made by, what it is told, and what it makes.
+// The files of a montage: its recipe, the input of the montage process, and its output.
 #pragma once
 
 #include <cstdint>
@@ -7,42 +7,40 @@
 
 #include "common/Json.h"
 
-// Where recipes lie, beneath the folders of data files.
+// The folder of recipes, relative to the folders of data files.
 extern const char* const RECIPE_PATH;
-// The folder of the montage process beside those of other applications, and the file there that tells it what
-// to do.
+// The montage process's folder among those of other applications, and the file in it with its input.
 extern const char* const MONTAGE_APP;
 extern const char* const STORAGE_FILE;
-// Where platforms without bundles have the process.
+// The executable on platforms without bundles.
 extern const char* const MONTAGE_EXE;
 extern const char* const MONTAGE_EXE_STAGE;
 
 namespace montage {
 
-// The script of a recipe, named relative to RECIPE_PATH. Empty when there is none, or the name leads out of
-// there.
+// Returns the path of a recipe's script, whose name is relative to RECIPE_PATH. Empty when there is none or
+// the name leads out of that folder.
 std::string FindRecipeScript(const std::string& recipe);
 
-// The folder that holds the recipes' media; empty when there is none.
+// Returns the folder of the recipes' media; empty when there is none.
 std::string FindMediaFolder();
 
-// The script that the product config prescribes for all recipes; empty for none.
+// Returns the script that the product config sets for all recipes; empty for none.
 std::string OverridingScript();
 
-// Writes {"recipeParams":...} with a copy of `params`, the place of the media, and without what the layer of
-// messages puts into payloads. Whoever reads the file finds the old text or the new one. False when it cannot
-// be written.
+// Writes {"recipeParams":...}: a copy of `params` with the media folder, without the members that the message
+// layer adds. A reader finds either the old text or the new one, whole. False when it cannot be written.
 bool WriteStorageFile(const std::string& path, const KXP::Value& params, const std::string& mediaFolder);
 
-// The places where the montage process is looked for, beside a program in `folder`.
+// Returns the paths at which the montage process may be, for a program in `folder`.
 std::vector<std::string> ExecutablePlaces(const std::string& folder);
 
-// What lay at the place of the output before, so that what was there already is not taken for the montage.
+// Remembers what is at the output's path before the montage, so that an older file is not taken for it.
 class OutputPlace {
   public:
     explicit OutputPlace(std::string path);
 
-    // Deletes the file unless it is the one from before, as it was.
+    // Deletes the file unless it is the older one, unchanged.
     void DeleteIfMade() const;
 
   private:
@@ -51,7 +49,7 @@ class OutputPlace {
         uint64_t device = 0;
         uint64_t file = 0;
         int64_t size = 0;
-        int64_t time = 0;  // of the last change, nanoseconds
+        int64_t time = 0;  // last modification, in nanoseconds
 
         bool operator==(const Identity& other) const;
     };

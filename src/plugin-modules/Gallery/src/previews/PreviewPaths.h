@@ -1,5 +1,4 @@
-// The files that the pages have named as their previews, which are deleted when they are done with, and what
-// may be deleted as one.
+// The files that pages have named as their previews, and the rule for which files may be deleted as previews.
 #pragma once
 
 #include <set>
@@ -8,15 +7,14 @@
 
 #include "common/RetVal.h"
 
-// Worker, or whoever has it last.
+// One thread at a time.
 class PreviewPaths {
   public:
     void Remember(const std::vector<std::string>& paths) { paths_.insert(paths.begin(), paths.end()); }
     const std::set<std::string>& All() const { return paths_; }
 
-    // Deletes a preview and forgets it. A page can name any path: it is one if it was remembered or lies in
-    // the folder for temporary files itself, and if it is a regular file. Else nothing is touched, and the
-    // answer is 0x80070057.
+    // Deletes a preview and forgets it. A page can name any path; it counts as a preview if it is a regular
+    // file and was remembered or lies directly in `tempFolder`. Any other is left alone: 0x80070057.
     KXP::RetVal Delete(const std::string& path, const std::string& tempFolder);
 
   private:

@@ -1,4 +1,4 @@
-// The files and folders that this module keeps under names of its own.
+// The names of the files and folders that this module keeps.
 #pragma once
 
 #include <string>
@@ -6,16 +6,17 @@
 // In the share folder.
 constexpr const char* kSettingsFileName = "GallerySettings.json";
 constexpr const char* kTrackerFileName = "UGCTracker.json";
-// The tracker of a gallery that is still being scanned: kept apart until the scan is complete.
+// The tracker file of a gallery that is still being scanned; it becomes kTrackerFileName when the scan is
+// complete.
 inline std::string UniqueTrackerFileName(int number) {
     return "UGCTracker_" + std::to_string(number) + ".json";
 }
 
-// Whether a file of the share folder may have this name.
+// Whether the module may keep a file of this name in the share folder.
 inline bool IsShareFileName(const std::string& name) {
     return name == kSettingsFileName || name.compare(0, 10, "UGCTracker") == 0;
 }
 
-// In the user's videos folder, one in the other: where captures go unless the user says otherwise.
+// The default gallery: the second inside the first, in the user's videos folder.
 constexpr const char* kVendorGalleryFolder = "ZORVEX";
 constexpr const char* kDefaultGalleryFolder = "Ovirastream";

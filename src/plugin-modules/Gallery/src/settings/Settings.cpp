@@ -16,9 +16,9 @@ using KXP::LogFailure;
 using KXP::LogMilestone;
 using KXP::MutexLock;
 
-// What the file functions of the system take for one place wherever the process runs. The tests of a folder
-// would find a relative path in the current folder and CreateDirectoryPath makes it under the root, and all
-// of them take a path up to its first zero byte.
+// Whether every function takes the path for the same place. Tests of a folder look for a relative path in the
+// current folder while CreateDirectoryPath creates it under the root, and the system ends a path at a zero
+// byte.
 bool IsWholePath(const std::string& path) {
     return !path.empty() && path.front() == '/' && path.find('\0') == std::string::npos;
 }
@@ -27,14 +27,14 @@ bool IsFolder(const std::string& path) {
     return IsWholePath(path) && KXP::DirectoryExists(path);
 }
 
-// The folder that a path of the old layout stands for, which need not be there.
+// Returns the gallery for a path of the old layout. The folder need not exist.
 std::string GalleryOfOldLayout(const std::string& path) {
     const bool oldDefault = path == KXP::GetSpecialDirectory(KXP::SD_MOVIES);
     if (!oldDefault && IsWholePath(path)) return path;
     return KXP::CreateDirectoryPath(Settings::GetDefaultGalleryFolder());
 }
 
-// A gallery on a drive that is unplugged gives the default one.
+// Falls back to the default gallery, for instance when the drive is unplugged.
 std::string GalleryThatExists(const std::string& path) {
     return IsFolder(path) ? path : KXP::CreateDirectoryPath(Settings::GetDefaultGalleryFolder());
 }
@@ -62,7 +62,7 @@ Settings::Settings() : JSONFile(GetShareFolderPath(), "", kSettingsFileName) {
         KXP_LOG(LogFailure, "Failed to read settings file, using defaults");
         SetDefaults();
     }
-    // In every case, so that the file has the layout of today from the first start on.
+    // In every case, so that the file has the current layout after the first start.
     WriteSettings();
 }
 
@@ -111,13 +111,13 @@ bool Settings::WriteSettings() {
     log.Add(LogMilestone, LogText("Settings::WriteSettings::", stored, totalDiskSpaceMB_));
     KXP::Document document;
     WriteStoredSettings(stored, document);
-    // The caller goes on with what is in memory; a file that cannot be written is in the log.
+    // On failure, which is logged, the caller continues with the values in memory.
     (void)WriteJSON(document, log);
     return true;
 }
 
 void Settings::Store(const StoredSettings& stored, uint32_t totalDiskSpaceMB) {
-    MutexLock fileLock(fileMutex_);  // no write of one half
+    MutexLock fileLock(fileMutex_);  // so that no write sees half of the values
     capEnabled_ = stored.capEnabled;
     maxSizePercent_ = stored.maxSizePercent;
     trackerUpdateState_ = stored.trackerUpdateState;
@@ -147,13 +147,13 @@ bool Settings::SetUserGalleryPath(const std::string& path) {
         try {
             if (IsWholePath(path)) KXP::CreateDirectoryPath({path});
         } catch (const KXP::Exception& error) {
-            // The measurement tells the caller.
+            // The measurement below fails as well.
             KXP_LOG(LogFailure, "%s", error.what());
         }
     }
     uint32_t freeMB = 0;
     uint32_t totalMB = 0;
-    // A file has a volume too, but no room for a gallery; the empty path has neither, and its failure value.
+    // A file also lies on a volume that can be measured, so the empty path stands for whatever is no folder.
     const bool measured = KXP::GetDriveSpace(IsFolder(path) ? path : "", freeMB, totalMB);
     totalDiskSpaceMB_ = totalMB;
     if (!measured) {

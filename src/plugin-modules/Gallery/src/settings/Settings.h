@@ -1,5 +1,5 @@
-// The gallery's small configuration: where captures and temporary files live, the cap on what they may take,
-// and how far the last rebuild of the tracker came.
+// The gallery's configuration: the folders for captures and for temporary files, the cap on the space that
+// captures may take, and whether the last rebuild of the tracker was completed.
 #pragma once
 
 #include <atomic>
@@ -11,22 +11,22 @@
 #include "common/Mutex.h"
 #include "plugin-modules/Gallery/src/settings/SettingsJson.h"
 
-// Any thread may call any function. Nothing but the constructor, WriteSettings and UpdateTrackerSettings
-// writes the file. Sizes are decimal megabytes.
+// Any thread may call any function. Only the constructor, WriteSettings and UpdateTrackerSettings write the
+// file. Sizes are decimal megabytes.
 class Settings : public KXP::JSONFile {
   public:
-    // Reads the file, or takes the defaults, and writes it in the layout of today. Throws KXP::Exception when
-    // neither the share folder nor a needed default folder can be made.
+    // Reads the file, or uses the defaults, and writes it in the current layout. Throws KXP::Exception when
+    // the share folder or a default folder that is needed cannot be created.
     Settings();
 
-    // False, with the members as they were, when the file cannot be used. Throws KXP::Exception, as
-    // SetDefaults does, when a default folder is needed and cannot be made.
+    // False, with the members unchanged, when the file cannot be used. Both throw KXP::Exception when a
+    // default folder is needed and cannot be created.
     bool ReadSettings() EXCLUDES(fileMutex_);
     void SetDefaults() EXCLUDES(fileMutex_);
-    // Always true; a failure is in the log.
+    // Always true; a failure is logged.
     bool WriteSettings() EXCLUDES(fileMutex_);
 
-    // In percent of the volume; any value is kept as it is.
+    // In percent of the volume; any value is accepted.
     unsigned GetMaxSizePercent() const { return maxSizePercent_; }
     void SetMaxSizePercent(unsigned percent) { maxSizePercent_ = percent; }
     unsigned GetCurrentSizeMB() const { return currentSizeMB_; }
@@ -38,19 +38,19 @@ class Settings : public KXP::JSONFile {
 
     // The folder as the user gave it.
     std::string GetUserGalleryPath() const EXCLUDES(pathMutex_);
-    // The same, made when it is not there. Throws KXP::Exception when it cannot be made, as when its drive is
-    // unplugged.
+    // The same, created if it does not exist. Throws KXP::Exception when it cannot be created, for instance
+    // because its drive is unplugged.
     std::string GetGalleryPath() const EXCLUDES(pathMutex_);
-    // Makes the folder and measures its volume. False, with the path as it was and GetTotalDiskSpaceMB at
-    // GetDriveSpace's failure value, when that cannot be done or the path is not absolute.
+    // Creates the folder if necessary and measures its volume. On failure, or when the path is not absolute,
+    // returns false, leaves the path and sets the disk space to GetDriveSpace's failure value.
     bool SetUserGalleryPath(const std::string& path) EXCLUDES(pathMutex_);
     std::string GetTempFolder() const EXCLUDES(pathMutex_);
-    // False for a path that is not absolute or leads to no folder.
+    // False for a path that is not absolute or not a folder.
     bool SetTempFolder(const std::string& path) EXCLUDES(pathMutex_);
 
     TrackerUpdateState GetTrackerUpdateState() const { return trackerUpdateState_; }
     void SetTrackerUpdateState(TrackerUpdateState state) { trackerUpdateState_ = state; }
-    // The same, and on disk before it returns.
+    // The same, and writes the file before it returns.
     bool UpdateTrackerSettings(TrackerUpdateState state) EXCLUDES(fileMutex_);
 
     static std::string GetDefaultGalleryFolderPath();
@@ -68,7 +68,7 @@ class Settings : public KXP::JSONFile {
     std::atomic<bool> capEnabled_{false};
     std::atomic<TrackerUpdateState> trackerUpdateState_{TrackerUpdateNotActive};
 
-    // Held for each use of the file as a whole, and taken before pathMutex_.
+    // Held while the file is read or written.
     KXP::Mutex fileMutex_ ACQUIRED_BEFORE(pathMutex_);
     mutable KXP::Mutex pathMutex_;
     std::string userGalleryPath_ GUARDED_BY(pathMutex_);

@@ -6,7 +6,7 @@ namespace {
 
 constexpr const char* kOldGalleryPath = "currentDirectory";
 
-// Every member of the file, in the order of writing.
+// Visits every member of the file, in the order of writing.
 template <typename Settings, typename Visitor>
 void VisitMembers(Settings& settings, Visitor visit) {
     visit("capEnabled", settings.capEnabled);
@@ -24,7 +24,7 @@ class Reader {
     void operator()(const char* key, T& member) const {
         member = KXP::jsonGetValueOrDefault<T>(object_, key, member);
     }
-    // Negative numbers too: nobody but the user is asked what a cap should be.
+    // A negative number is accepted and stored as unsigned: the cap is not checked.
     void operator()(const char* key, uint32_t& member) const {
         const auto fallback = static_cast<int>(member);
         const auto asSigned = static_cast<uint32_t>(KXP::jsonGetValueOrDefault<int>(object_, key, fallback));

@@ -1,4 +1,4 @@
-// What the settings file holds, and its JSON; knows nothing of the file, of the disk and of locks.
+// The values in the settings file and their JSON. No file, no disk, no locks.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 #include "common/Json.h"
 
-// How an update of the tracker stands. In the file InProgress is the mark of a rebuild that did not end.
+// The state of a tracker update. TrackerUpdateInProgress in the file marks a rebuild that was not completed.
 enum TrackerUpdateState : int {
     TrackerUpdateNotActive = 0,
     TrackerUpdateInProgress = 1,
@@ -16,9 +16,9 @@ enum TrackerUpdateState : int {
     CancelUpdate = 4,
 };
 
-// The names that files and messages know the states by.
+// Their names in files and messages.
 extern const std::map<std::string, TrackerUpdateState> kTrackerUpdateStateStrs;
-// Empty for a value that is none of the enumeration.
+// Empty for a value outside the enumeration.
 std::string TrackerUpdateStateName(TrackerUpdateState state);
 
 struct StoredSettings {
@@ -29,10 +29,10 @@ struct StoredSettings {
     TrackerUpdateState trackerUpdateState = TrackerUpdateNotActive;
 };
 
-// Leaves the members as they are that the file lacks or holds as another type; a state by an unknown name is
-// TrackerUpdateNotActive. `oldLayout` tells that the path is that of files before "currentDirectoryV2", and
-// then empty when it is no text. False when there are no settings in the file.
+// Leaves members unchanged that are missing or have another type; an unknown state becomes
+// TrackerUpdateNotActive. Sets `oldLayout` when the path is under the key that "currentDirectoryV2" replaced;
+// it is then empty if it is not a string. False when the file contains no settings.
 bool ReadStoredSettings(const KXP::Value& root, StoredSettings& settings, bool& oldLayout);
 
-// Replaces what `document` holds, in the layout of today.
+// Replaces the content of `document`, in the current layout.
 void WriteStoredSettings(const StoredSettings& settings, KXP::Document& document);
