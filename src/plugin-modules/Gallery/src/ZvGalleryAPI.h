@@ -116,9 +116,11 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // The file's picture in a box of `width` and `height` pixels, kept in aspect and never enlarged, as a
     // text that begins "data:image/png;base64,". False, and logged, for a file without one. Not on the
-    // worker: it may take as long as a decoder, and waits behind two others. Setting `cancelled` ends it.
+    // worker: it may take as long as a decoder, and waits for two others.
     bool GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
                       const std::atomic<bool>& cancelled, std::string& thumbnail);
+    // Sets `cancelled` and ends the GetThumbnail that was called with it.
+    void CancelThumbnail(std::atomic<bool>& cancelled) { thumbnailer_.Cancel(cancelled); }
 
     // Never null. Stays whole for who has it.
     std::shared_ptr<Transcoder> GetTranscoder() const { return transcoder_; }
