@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include "base/ReadWrite.h"
 #include "libraries/ovnx-media/Failure.h"
 
 namespace ovnxmedia {
@@ -19,16 +19,12 @@ SourceFile::SourceFile(int fd) : fd_(fd) {
 }
 
 size_t SourceFile::ReadAt(uint64_t position, char* bytes, size_t size) noexcept {
-    size_t done = 0;
-    // Beyond the known size an offset may not fit the kernel's type.
-    while (done < size && position + done < size_) {
-        const ssize_t got = pread(fd_, bytes + done, size - done, static_cast<off_t>(position + done));
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) hasFailed_ = true;
-        if (got <= 0) break;
-        done += static_cast<size_t>(got);
-    }
-    return done;
+    // An offset beyond the known size may not fit the kernel's type.
+    if (position >= size_) return 0;
+    size = static_cast<size_t>(std::min<uint64_t>(size, size_ - position));
+    const size_t got = KXP::ReadAt(fd_, position, bytes, size);
+    if (got < size && errno != 0) hasFailed_ = true;
+    return got;
 }
 
 bool SourceReader::Read(void* bytes, size_t size) noexcept {

@@ -1,14 +1,33 @@
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
 
 #include <array>
+#include <exception>
 #include <memory>
 
 #include <sys/stat.h>
 
+#include "CobalixUtil.h"
+#include "base/FileDescriptor.h"
 #include "common/Base64.h"
-#include "common/FileDescriptor.h"
+#include "common/Profile.h"
 
 namespace {
+
+std::unique_ptr<const ovnxmedia::MediaLibrary> OpenOrLog() {
+    try {
+        return std::make_unique<const ovnxmedia::MediaLibrary>(KXP::GetPluginBinaryDirectory() +
+                                                               "/Contents/Frameworks/dependencies");
+    } catch (const std::exception& error) {
+        KXP_LOG(KXP::LogFailure, "No thumbnails: %s", error.what());
+        return nullptr;
+    }
+}
+
+// Opened when it is first needed. Null, and logged that first time, when it cannot be.
+const ovnxmedia::MediaLibrary* Media() {
+    static const std::unique_ptr<const ovnxmedia::MediaLibrary> media = OpenOrLog();
+    return media.get();
+}
 
 int IsCancelled(void* context) {
     return *static_cast<const std::atomic<bool>*>(context) ? 1 : 0;
@@ -41,7 +60,7 @@ ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, 
         FillKey(status, key);
         if (ThumbnailCache::Text text = cache_.Find(key)) return text;
     }
-    const MediaModule* const media = MediaModule::Get();
+    const ovnxmedia::MediaLibrary* const media = Media();
     if (!media) {
         error = "there is no media module";
         return nullptr;
@@ -66,8 +85,9 @@ ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, 
     return text;
 }
 
-ThumbnailCache::Text Thumbnailer::Decode(const MediaModule& media, int file, const ThumbnailCache::Key& key,
-                                         const std::atomic<bool>& cancelled, std::string& error) {
+ThumbnailCache::Text Thumbnailer::Decode(const ovnxmedia::MediaLibrary& media, int file,
+                                         const ThumbnailCache::Key& key, const std::atomic<bool>& cancelled,
+                                         std::string& error) {
     std::array<char, 256> message{};
     OvnxMediaRequest request{};
     request.width = key.width;

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "libraries/ovnx-media/client/MediaLibrary.h"
 #include "plugin-modules/Gallery/src/thumbnails/DecoderSlots.h"
-#include "plugin-modules/Gallery/src/thumbnails/MediaModule.h"
 #include "plugin-modules/Gallery/src/thumbnails/ThumbnailCache.h"
 
 class Thumbnailer {
@@ -21,8 +21,9 @@ class Thumbnailer {
     void Cancel(std::atomic<bool>& cancelled) { slots_.Cancel(cancelled); }
 
   private:
-    static ThumbnailCache::Text Decode(const MediaModule& media, int file, const ThumbnailCache::Key& key,
-                                       const std::atomic<bool>& cancelled, std::string& error);
+    static ThumbnailCache::Text Decode(const ovnxmedia::MediaLibrary& media, int file,
+                                       const ThumbnailCache::Key& key, const std::atomic<bool>& cancelled,
+                                       std::string& error);
 
     ThumbnailCache cache_{32 << 20};
     DecoderSlots slots_;
