@@ -1,4 +1,5 @@
-# cmake -DREADELF=... -DLIBRARIES=... -P CheckNoCodecs.cmake: none of the libraries links a codec.
+# cmake -DREADELF=... -DLIBRARIES=... [-DALSO=...] -P CheckNoCodecs.cmake: none of the libraries links a codec, or
+# a library that the expression ALSO matches.
 foreach(library IN LISTS LIBRARIES)
   execute_process(COMMAND "${READELF}" --dynamic "${library}" OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
   string(REGEX MATCHALL "Shared library: [^\n]*" needed "${dynamic}")
@@ -7,5 +8,8 @@ foreach(library IN LISTS LIBRARIES)
   endif()
   if(needed MATCHES "libav|libsw|libpng|jpeg|OpenEXR|ovnxmedia")
     message(FATAL_ERROR "${library} links a codec: ${needed}")
+  endif()
+  if(ALSO AND needed MATCHES "${ALSO}")
+    message(FATAL_ERROR "${library} links what it must not: ${needed}")
   endif()
 endforeach()

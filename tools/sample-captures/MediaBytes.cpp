@@ -1,5 +1,7 @@
 #include "sample-captures/MediaBytes.h"
 
+#include <zlib.h>
+
 namespace samples {
 namespace {
 
@@ -8,16 +10,6 @@ std::string BigEndian(uint64_t value, int bytes) {
     for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8)
         out += static_cast<char>(value >> shift);
     return out;
-}
-
-uint32_t Crc32(std::string_view bytes) {
-    uint32_t crc = 0xFFFFFFFFu;
-    for (const char c : bytes) {
-        crc ^= static_cast<unsigned char>(c);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc >> 1) ^ ((crc & 1) ? 0xEDB88320u : 0);
-    }
-    return ~crc;
 }
 
 }  // namespace
@@ -36,7 +28,8 @@ std::string U64(uint64_t value) {
 
 std::string PngChunk(std::string_view type, std::string_view data) {
     const std::string body = std::string(type) + std::string(data);
-    return U32(static_cast<uint32_t>(data.size())) + body + U32(Crc32(body));
+    const uLong sum = crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()));
+    return U32(static_cast<uint32_t>(data.size())) + body + U32(static_cast<uint32_t>(sum));
 }
 
 std::string Mp4Box(std::string_view type, std::string_view payload) {

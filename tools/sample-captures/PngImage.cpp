@@ -1,30 +1,39 @@
 #include "sample-captures/PngImage.h"
 
+#include <new>
 #include <stdexcept>
 
+#include <zlib.h>
+
 #include "sample-captures/MediaBytes.h"
-#include "sample-captures/ZlibRuns.h"
 
 namespace samples {
 namespace {
 
 using namespace std::string_literals;
 
-// Row filter 1 writes each pixel as its difference from the one to its left, so that a row of one colour
-// becomes that colour and zeros.
-std::string FilteredRows(uint32_t width, uint32_t height, const Gradient& colours) {
-    const std::string zeros((static_cast<size_t>(width) - 1) * 3, '\0');
+// Filter 0 leads each row: its bytes as they are.
+std::string Rows(uint32_t width, uint32_t height, const Gradient& colours) {
     std::string rows;
-    rows.reserve((zeros.size() + 4) * height);
+    rows.reserve((size_t{width} * 3 + 1) * height);
     for (uint32_t row = 0; row < height; ++row) {
         const Rgb colour = ColourAt(colours, row, height);
-        rows += '\1';
-        rows += static_cast<char>(colour.red);
-        rows += static_cast<char>(colour.green);
-        rows += static_cast<char>(colour.blue);
-        rows += zeros;
+        rows += '\0';
+        for (uint32_t column = 0; column < width; ++column)
+            for (const uint8_t sample : {colour.red, colour.green, colour.blue})
+                rows += static_cast<char>(sample);
     }
     return rows;
+}
+
+std::string Compressed(const std::string& bytes) {
+    uLongf size = compressBound(bytes.size());
+    std::string out(size, '\0');
+    if (compress(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(bytes.data()),
+                 bytes.size()) != Z_OK)
+        throw std::bad_alloc();
+    out.resize(size);
+    return out;
 }
 
 std::string XmlText(std::string_view text) {
@@ -87,7 +96,7 @@ std::string PngImage(uint32_t width, uint32_t height, const Gradient& colours,
     png += PngChunk("IHDR", U32(width) + U32(height) + "\x08\x02\0\0\0"s);
     for (const std::string& chunk : chunks)
         png += chunk;
-    png += PngChunk("IDAT", ZlibCompressRuns(FilteredRows(width, height, colours)));
+    png += PngChunk("IDAT", Compressed(Rows(width, height, colours)));
     return png + PngChunk("IEND", "");
 }
 

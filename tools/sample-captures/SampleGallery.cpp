@@ -100,7 +100,8 @@ void AddPhotoFolder(std::vector<SampleFile>& files) {
     files.push_back({game + "/Gate.jps", JpegImage(1280, 360, kForest, exif("")), "stereo, JPS"});
     files.push_back({game + "/Valley.jpg", JpegImage(4096, 2304, kForest, exif("SuperResolution")),
                      "super resolution, JPEG"});
-    files.push_back({game + "/Panorama.jpg", JpegImage(8192, 8200, kSea, exif("SuperResolution")),
+    files.push_back({game + "/Panorama.jpg",
+                     WithClaimedSize(JpegImage(512, 512, kSea, exif("SuperResolution")), 8192, 8200),
                      "super resolution too large to show, JPEG"});
     files.push_back({game + "/Panorama Thumbnail.jpg", JpegImage(256, 256, kSea), "its thumbnail"});
     files.push_back({game + "/Lantern.exr", ExrImage(64, 36, kEmber), "raw light, EXR"});

@@ -6,14 +6,12 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "libraries/ovnx-media/Ffmpeg.h"
 #include "sample-media/MadeMedia.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 #include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
-#include <libswscale/swscale.h>
 }
 
 namespace made {
@@ -22,18 +20,6 @@ namespace {
 void Expect(bool good, const char* what) {
     if (!good) throw std::runtime_error(std::string("cannot play a video: ") + what);
 }
-
-template <auto Free>
-struct FreedBy {
-    template <typename T>
-    void operator()(T* object) const {
-        Free(&object);
-    }
-};
-using Format = std::unique_ptr<AVFormatContext, FreedBy<avformat_close_input>>;
-using Codec = std::unique_ptr<AVCodecContext, FreedBy<avcodec_free_context>>;
-using Packet = std::unique_ptr<AVPacket, FreedBy<av_packet_free>>;
-using Frame = std::unique_ptr<AVFrame, FreedBy<av_frame_free>>;
 
 int NumberOf(const AVFrame& frame) {
     std::vector<uint8_t> rgb(static_cast<size_t>(frame.width) * static_cast<size_t>(frame.height) * 3);
@@ -105,8 +91,8 @@ class Player {
     const AVStream& stream_;
     Decoded& decoded_;
     std::vector<float>* const sound_;  // null for a video
-    const Codec codec_;
-    const Frame frame_;
+    const ovnxmedia::CodecOwner codec_;
+    const ovnxmedia::FrameOwner frame_;
 };
 
 }  // namespace
@@ -114,7 +100,7 @@ class Player {
 Decoded Decode(const std::string& path) {
     AVFormatContext* opened = nullptr;
     Expect(avformat_open_input(&opened, path.c_str(), nullptr, nullptr) >= 0, path.c_str());
-    const Format format(opened);
+    const ovnxmedia::InputOwner format(opened);
     Expect(avformat_find_stream_info(opened, nullptr) >= 0, "streams");
     Decoded decoded;
     decoded.duration = static_cast<double>(opened->duration) / AV_TIME_BASE;
@@ -126,7 +112,7 @@ Decoded Decode(const std::string& path) {
         const bool isVideo = stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
         players.push_back(std::make_unique<Player>(stream, decoded, isVideo ? nullptr : &decoded.sounds[i]));
     }
-    const Packet packet(av_packet_alloc());
+    const ovnxmedia::PacketOwner packet(av_packet_alloc());
     bool shows = false;
     while (av_read_frame(opened, packet.get()) >= 0) {
         const bool isVideo = packet->stream_index == 0;

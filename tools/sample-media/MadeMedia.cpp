@@ -11,11 +11,10 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "libraries/ovnx-media/Ffmpeg.h"
 #include "sample-media/MadeBoxes.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/display.h>
 #include <libavutil/opt.h>
@@ -44,18 +43,13 @@ T* Check(T* object, const char* what) {
     return object;
 }
 
-using Packet = std::unique_ptr<AVPacket, void (*)(AVPacket*)>;
-using Frame = std::unique_ptr<AVFrame, void (*)(AVFrame*)>;
-using Codec = std::unique_ptr<AVCodecContext, void (*)(AVCodecContext*)>;
-
-Frame MakeFrame() {
-    return {Check(av_frame_alloc(), "frame"), [](AVFrame* frame) { av_frame_free(&frame); }};
-}
+using Packet = ovnxmedia::PacketOwner;
+using Frame = ovnxmedia::FrameOwner;
+using Codec = ovnxmedia::CodecOwner;
 
 Codec MakeCodec(const char* name) {
     const AVCodec* encoder = Check(avcodec_find_encoder_by_name(name), name);
-    Codec codec(Check(avcodec_alloc_context3(encoder), name),
-                [](AVCodecContext* context) { avcodec_free_context(&context); });
+    Codec codec(Check(avcodec_alloc_context3(encoder), name));
     codec->thread_count = 1;
     codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     return codec;
@@ -182,7 +176,7 @@ class Track {
     void Send(const AVFrame* frame, std::vector<std::pair<Packet, Track*>>& packets) {
         Check(avcodec_send_frame(codec_.get(), frame), "encoding");
         for (;;) {
-            Packet packet(Check(av_packet_alloc(), "packet"), [](AVPacket* each) { av_packet_free(&each); });
+            Packet packet(Check(av_packet_alloc(), "packet"));
             if (avcodec_receive_packet(codec_.get(), packet.get()) < 0) return;
             if (packet->duration == 0) packet->duration = codec_->frame_size ? codec_->frame_size : 1;
             packet->stream_index = stream_->index;
@@ -198,7 +192,7 @@ class Track {
 using Packets = std::vector<std::pair<Packet, Track*>>;
 
 void EncodeVideo(const Video& video, Track& track, Packets& packets) {
-    const Frame frame = MakeFrame();
+    const Frame frame(Check(av_frame_alloc(), "frame"));
     frame->format = track.codec().pix_fmt;
     frame->width = video.width;
     frame->height = video.height;
@@ -214,8 +208,7 @@ void EncodeVideo(const Video& video, Track& track, Packets& packets) {
     const size_t once = packets.size();
     for (int round = 1; round < video.repeat; ++round)
         for (size_t i = 0; i < once; ++i) {
-            Packet again(Check(av_packet_clone(packets[i].first.get()), "packet"),
-                         packets[i].first.get_deleter());
+            Packet again(Check(av_packet_clone(packets[i].first.get()), "packet"));
             again->pts += int64_t{round} * video.frames;
             again->dts += int64_t{round} * video.frames;
             packets.emplace_back(std::move(again), &track);
@@ -224,7 +217,7 @@ void EncodeVideo(const Video& video, Track& track, Packets& packets) {
 
 // A tone, higher from track to track.
 void EncodeAudio(const Video& video, int index, Track& track, Packets& packets) {
-    const Frame frame = MakeFrame();
+    const Frame frame(Check(av_frame_alloc(), "frame"));
     frame->format = AV_SAMPLE_FMT_FLTP;
     frame->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
     frame->sample_rate = kSampleRate;

@@ -1,46 +1,37 @@
+#include <atomic>
 #include <exception>
-#include <memory>
 
-#include "CobalixUtil.h"
-#include "common/Mutex.h"
+#include "base/Places.h"
 #include "libraries/ovnx-codelib/Trim.h"
 
 namespace {
 
-KXP::Mutex g_mutex;
-// Held by each call on its way, so that what it runs in stays.
-std::shared_ptr<const codelib::MediaLibrary> g_media GUARDED_BY(g_mutex);
+// Null while the library is not initialized. What it points to stays: calls in progress may use it.
+std::atomic<const ovnxmedia::MediaLibrary*> g_media{nullptr};
 
-std::shared_ptr<const codelib::MediaLibrary> Media() {
-    KXP::MutexLock lock(g_mutex);
-    return g_media;
-}
-
-void SetMedia(std::shared_ptr<const codelib::MediaLibrary> media) {
-    KXP::MutexLock lock(g_mutex);
-    g_media.swap(media);
+// The library beside this one. After a failure the next call tries again.
+const ovnxmedia::MediaLibrary& OpenMedia() {
+    static const ovnxmedia::MediaLibrary media(KXP::GetLibraryPath());
+    return media;
 }
 
 }  // namespace
 
 int32_t InitializeTranscoder(ovsxcodeapi::InitParams*) {
     try {
-        SetMedia(std::make_shared<const codelib::MediaLibrary>());
-        return 0;
-    } catch (const std::exception& error) {
-        KXP_LOG(KXP::LogFailure, "cannot open the library with the codecs: %s", error.what());
+        g_media = &OpenMedia();
+        return ovsxcodeapi::RemuxOk;
+    } catch (const std::exception&) {
         return ovsxcodeapi::RemuxNoMediaLibrary;
     }
 }
 
 int32_t OvsXcodeRemux(ovsxcodeapi::RemuxParams& params) {
-    const std::shared_ptr<const codelib::MediaLibrary> media = Media();
-    if (media) return codelib::Trim(*media, params);
-    KXP_LOG(KXP::LogFailure, "cannot cut without the library with the codecs");
-    return ovsxcodeapi::RemuxNoMediaLibrary;
+    const ovnxmedia::MediaLibrary* const media = g_media;
+    return media ? codelib::Trim(*media, params) : ovsxcodeapi::RemuxNoMediaLibrary;
 }
 
 int32_t ShutdownTranscoder() {
-    SetMedia(nullptr);
-    return 0;
+    g_media = nullptr;
+    return ovsxcodeapi::RemuxOk;
 }

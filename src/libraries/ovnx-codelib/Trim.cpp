@@ -2,69 +2,72 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <exception>
 #include <stdexcept>
 #include <string>
 
 #include <sys/stat.h>
 
-#include "CobalixUtil.h"
-#include "common/FileDescriptor.h"
-#include "common/TextUtil.h"
-#include "libraries/ovnx-codelib/ClipFile.h"
+#include "base/NewFile.h"
+#include "base/Text.h"
 
 namespace codelib {
 namespace {
 
-int32_t Fail(int32_t status, const char* what, const std::string& path, const char* reason) {
-    KXP_LOG(KXP::LogFailure, "%s %s: %s", what, path.c_str(), reason);
-    return status;
-}
+using namespace ovsxcodeapi;
 
-// Throws where there is nothing, no zero behind it, or no Unicode.
-std::string TextOf(const wchar_t (&text)[ovsxcodeapi::kTextSize]) {
-    const wchar_t* end = std::find(text, text + ovsxcodeapi::kTextSize, L'\0');
-    if (end == text || end == text + ovsxcodeapi::kTextSize)
-        throw std::invalid_argument("a path without an end");
+// What the library with the codecs returns is handed on as it is.
+static_assert(int{RemuxOk} == OVNX_MEDIA_OK && int{RemuxUnknownFormat} == OVNX_MEDIA_UNKNOWN_FORMAT &&
+              int{RemuxDamaged} == OVNX_MEDIA_DAMAGED && int{RemuxOverLimit} == OVNX_MEDIA_OVER_LIMIT &&
+              int{RemuxUnreadable} == OVNX_MEDIA_UNREADABLE && int{RemuxNoMemory} == OVNX_MEDIA_NO_MEMORY &&
+              int{RemuxEmptyRange} == OVNX_MEDIA_EMPTY_RANGE && int{RemuxNoVideo} == OVNX_MEDIA_NO_VIDEO &&
+              int{RemuxUnwritable} == OVNX_MEDIA_UNWRITABLE);
+
+// Throws for an empty text, one without a terminating zero, and one that is not Unicode.
+std::string TextOf(const wchar_t (&text)[kTextSize]) {
+    const wchar_t* end = std::find(text, text + kTextSize, L'\0');
+    if (end == text || end == text + kTextSize) throw std::invalid_argument("a path without an end");
     return KXP::WideToUtf8({text, static_cast<size_t>(end - text)});
 }
 
-const ovsxcodeapi::RemuxBlock& BlockOf(const ovsxcodeapi::RemuxParams& params) {
-    if (params.version != 1 || params.kind != 1 || params.blockSize != sizeof(ovsxcodeapi::RemuxBlock) ||
-        !params.block || params.block->version != 1)
+const RemuxBlock& BlockOf(const RemuxParams& params) {
+    if (params.version != 1 || params.kind != 1 || params.blockSize != sizeof(RemuxBlock) || !params.block ||
+        params.block->version != 1)
         throw std::invalid_argument("not a record of this version");
     return *params.block;
 }
 
-int32_t TrimFile(const MediaLibrary& media, const ovsxcodeapi::RemuxBlock& block, const std::string& from,
+// Whether a clip may be put where `clip` is to go.
+int32_t CheckPlace(const KXP::NewFile& clip, const struct stat& source) {
+    struct stat older {};
+    if (!clip.LookAtPlace(older)) return errno == ENOENT ? RemuxOk : RemuxUnwritable;
+    if (!S_ISREG(older.st_mode)) return RemuxUnwritable;
+    const bool isSource = older.st_dev == source.st_dev && older.st_ino == source.st_ino;
+    return isSource ? RemuxSameFile : RemuxOk;
+}
+
+int32_t TrimFile(const ovnxmedia::MediaLibrary& media, const RemuxBlock& block, const std::string& from,
                  const std::string& to) {
     struct stat source {};
-    const KXP::FileDescriptor input = KXP::OpenForRead(from);
-    if (!input.IsOpen() || fstat(input.get(), &source) != 0)
-        return Fail(OVNX_MEDIA_UNREADABLE, "cannot open", from, std::strerror(errno));
-    ClipFile clip;
-    // The owner may go on with the clip, also when the source is protected.
-    if (!clip.Create(to, (source.st_mode & 0777) | S_IRUSR | S_IWUSR))
-        return Fail(OVNX_MEDIA_UNWRITABLE, "cannot write", to, std::strerror(errno));
-    if (clip.Replaces(source))
-        return Fail(ovsxcodeapi::RemuxSameFile, "cannot cut", from, "the clip would replace it");
-    char message[256] = "";
-    const OvnxMediaRemuxRequest request{block.start, block.end, block.flags & ovsxcodeapi::RemuxAtKeyframe,
-                                        message, sizeof(message)};
-    const int32_t status = media.remux()(input.get(), clip.fd(), &request);
-    if (status != OVNX_MEDIA_OK) return Fail(status, "cannot cut", from, message);
-    if (!clip.Commit()) return Fail(OVNX_MEDIA_UNWRITABLE, "cannot write", to, std::strerror(errno));
-    return OVNX_MEDIA_OK;
+    const KXP::FileDescriptor input = KXP::OpenForRead(from, source);
+    if (!input.IsOpen()) return RemuxUnreadable;
+    // The owner can read and write the clip even if the source is protected.
+    KXP::NewFile clip(to, (source.st_mode & 0777) | S_IRUSR | S_IWUSR);
+    if (!clip.IsOpen()) return RemuxUnwritable;
+    if (const int32_t refusal = CheckPlace(clip, source)) return refusal;
+    const OvnxMediaRemuxRequest request{block.start, block.end, block.flags & RemuxAtKeyframe, nullptr, 0};
+    if (const int32_t failure = media.remux(input.get(), clip.descriptor().get(), &request)) return failure;
+    return clip.PutOver(KXP::Durability::ContentAndName) ? RemuxOk : RemuxUnwritable;
 }
 
 }  // namespace
 
-int32_t Trim(const MediaLibrary& media, const ovsxcodeapi::RemuxParams& params) {
+int32_t Trim(const ovnxmedia::MediaLibrary& media, const RemuxParams& params) noexcept {
     try {
-        const ovsxcodeapi::RemuxBlock& block = BlockOf(params);
+        const RemuxBlock& block = BlockOf(params);
         return TrimFile(media, block, TextOf(block.input), TextOf(block.output));
-    } catch (const std::exception& error) {
-        return Fail(ovsxcodeapi::RemuxBadRecord, "cannot take", "the request", error.what());
+    } catch (const std::exception&) {
+        return RemuxBadRecord;
     }
 }
 

@@ -1,12 +1,12 @@
 // One call of OvsXcodeRemux.
 #pragma once
 
-#include "libraries/ovnx-codelib/MediaLibrary.h"
 #include "libraries/ovnx-codelib/include/OvsXcodeApi.h"
+#include "libraries/ovnx-media/client/MediaLibrary.h"
 
 namespace codelib {
 
-// Gives the call's value, and logs one line for any but 0.
-int32_t Trim(const MediaLibrary& media, const ovsxcodeapi::RemuxParams& params);
+// Returns the value of the call.
+int32_t Trim(const ovnxmedia::MediaLibrary& media, const ovsxcodeapi::RemuxParams& params) noexcept;
 
 }  // namespace codelib

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "libraries/media-bytes/ByteView.h"
 #include "libraries/ovnx-media/Allowance.h"
 #include "libraries/ovnx-media/Failure.h"
 
@@ -85,17 +86,8 @@ class HeaderCursor {
     // Whether that much of the file, and of what headers may take, lies ahead.
     bool Has(uint64_t bytes) const { return position() <= size_ && bytes <= size_ - position(); }
 
-    uint8_t Byte() {
-        uint8_t byte = 0;
-        if (!Has(1) || !reader_.Read(&byte, 1)) Refuse("OpenEXR: a header cut short");
-        return byte;
-    }
-    uint32_t Word() {
-        uint32_t word = 0;
-        for (unsigned shift = 0; shift < 32; shift += 8)
-            word |= uint32_t{Byte()} << shift;
-        return word;
-    }
+    uint8_t Byte() { return static_cast<uint8_t>(Number(1)); }
+    uint32_t Word() { return Number(4); }
     int32_t Integer() { return static_cast<int32_t>(Word()); }
     std::string Name() {
         if (++names_ > kMaxNames) RefuseAsTooMuch("OpenEXR: too many names");
@@ -112,6 +104,12 @@ class HeaderCursor {
     }
 
   private:
+    uint32_t Number(size_t size) {
+        char bytes[4];
+        if (!Has(size) || !reader_.Read(bytes, size)) Refuse("OpenEXR: a header cut short");
+        return media::ByteView({bytes, size}).Little(0, size);
+    }
+
     SourceReader reader_;
     const uint64_t size_;
     unsigned names_ = 0;

@@ -4,10 +4,13 @@
 #include <cstddef>
 #include <cstring>
 
+#include "libraries/media-bytes/ByteView.h"
 #include "libraries/ovnx-media/Failure.h"
 
 namespace ovnxmedia {
 namespace {
+
+constexpr auto Number = media::_getU16BigEndianFromBytes;
 
 // ITU-T T.81, table B.1.
 constexpr uint8_t kStartOfImage = 0xD8;
@@ -48,7 +51,7 @@ class MarkerWalk {
     // The payload of the segment at hand, and steps behind it; one that is cut short ends the walk.
     const uint8_t* Segment(size_t& size) {
         if (end_ - at_ < 2) return nullptr;
-        const size_t length = static_cast<size_t>(at_[0] << 8 | at_[1]);
+        const size_t length = size_t{Number(at_)};
         if (length < 2 || length > static_cast<size_t>(end_ - at_)) return nullptr;
         const uint8_t* const payload = at_ + 2;
         at_ += length;
@@ -87,8 +90,7 @@ uint64_t CoefficientBytes(Size size, const uint8_t* components, unsigned count) 
 void ReadFrame(const uint8_t* frame, size_t size, JpegHeader& header) {
     if (header.components != 0) Refuse("JPEG: a second frame");
     if (size <= kComponentsAt) Refuse("JPEG: a frame cut short");
-    header.size = {static_cast<uint32_t>(frame[3] << 8 | frame[4]),
-                   static_cast<uint32_t>(frame[1] << 8 | frame[2])};
+    header.size = {Number(frame + 3), Number(frame + 1)};
     header.components = frame[kComponentsAt];
     if (header.components == 0 || size != kComponentsAt + 1 + header.components * kComponentSize)
         Refuse("JPEG: a frame of no use");

@@ -34,7 +34,7 @@ FileBytes ReadWhole(SourceFile& source, Allowance& allowance) {
     allowance.Take(source.size());
     const auto size = static_cast<size_t>(source.size());
     FileBytes file{std::unique_ptr<uint8_t[]>(new uint8_t[size]), 0};
-    file.size = source.ReadAt(0, file.bytes.get(), size);
+    file.size = source.ReadAt(0, reinterpret_cast<char*>(file.bytes.get()), size);
     return file;
 }
 

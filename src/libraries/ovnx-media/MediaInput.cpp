@@ -1,13 +1,7 @@
 #include "libraries/ovnx-media/MediaInput.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstring>
 #include <new>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace ovnxmedia {
 namespace {
@@ -16,14 +10,7 @@ namespace {
 constexpr int64_t kProbeBytes = 1 << 20;
 constexpr int64_t kProbeMicroseconds = 1000000;
 
-ssize_t ReadAt(int fd, uint8_t* buffer, size_t size, int64_t position) {
-    for (;;) {
-        const ssize_t got = pread(fd, buffer, size, static_cast<off_t>(position));
-        if (got >= 0 || errno != EINTR) return got;
-    }
-}
-
-// Tables of samples and the like may name other files; they are not looked at.
+// Tables of samples and the like may name other files, which are never opened.
 int RefuseFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
     return AVERROR(EPERM);
 }
@@ -36,26 +23,23 @@ std::string TextOf(int error) {
 
 }  // namespace
 
-const char* DemuxerOf(const uint8_t* bytes, size_t size) {
-    constexpr uint8_t kEbml[] = {0x1A, 0x45, 0xDF, 0xA3};
-    if (size >= sizeof(kEbml) && std::memcmp(bytes, kEbml, sizeof(kEbml)) == 0) return "matroska";
-    // What files of the family begin with; those older than "ftyp" have any of the others.
+const char* DemuxerOf(std::string_view start) {
+    if (start.substr(0, 4) == "\x1A\x45\xDF\xA3") return "matroska";
+    // The first boxes of this family; files older than "ftyp" begin with one of the others.
     for (const char* type : {"ftyp", "moov", "mdat", "wide", "free", "skip"})
-        if (size >= 8 && std::memcmp(bytes + 4, type, 4) == 0) return "mov";
+        if (start.size() >= kStartSize && start.substr(4, 4) == type) return "mov";
     return nullptr;
 }
 
 MediaInput::MediaInput(int fd, const Budget& budget, Limits limits)
-    : fd_(fd), budget_(budget), limits_(limits) {
+    : file_(fd), budget_(budget), limits_(limits) {
     PrepareFfmpeg();
-    struct stat status {};
-    std::array<uint8_t, 8> start{};
-    const ssize_t got = fstat(fd, &status) == 0 ? ReadAt(fd, start.data(), start.size(), 0) : -1;
-    if (got < 0) throw Failure(OVNX_MEDIA_UNREADABLE, std::strerror(errno));
-    size_ = status.st_size;
+    char start[kStartSize];
+    const size_t got = file_.ReadAt(0, start, sizeof(start));
+    if (file_.HasFailed()) throw Failure(OVNX_MEDIA_UNREADABLE, "cannot be read");
     // The samples of an honest file lie side by side; others could make any number of bytes of a few.
-    limits_.bytes = std::min(limits_.bytes, size() + kMaxHeadBytes);
-    const char* demuxer = DemuxerOf(start.data(), static_cast<size_t>(got));
+    limits_.bytes = std::min(limits_.bytes, file_.size() + kMaxHeadBytes);
+    const char* demuxer = DemuxerOf({start, got});
     if (!demuxer) throw Failure(OVNX_MEDIA_UNKNOWN_FORMAT, "no video");
     Open(demuxer);
 }
@@ -83,7 +67,7 @@ OvnxMediaStatus MediaInput::Allowed() const noexcept {
     return OVNX_MEDIA_OK;
 }
 
-// Of a file in fragments the demuxer learns piece by piece, behind the head.
+// The demuxer learns of a file in fragments piece by piece, after the head.
 bool MediaInput::HasTooManySamples() const noexcept {
     uint64_t samples = 0;
     for (unsigned i = 0; format_ && i < format_->nb_streams; ++i)
@@ -94,16 +78,17 @@ bool MediaInput::HasTooManySamples() const noexcept {
 int MediaInput::ReadSome(uint8_t* buffer, int size) noexcept {
     failure_ = Allowed();
     if (failure_ != OVNX_MEDIA_OK) return AVERROR_EXIT;
-    const ssize_t got = ReadAt(fd_, buffer, static_cast<size_t>(size), position_);
-    if (got < 0) failure_ = OVNX_MEDIA_UNREADABLE;
-    if (got < 0) return AVERROR(EIO);
+    const size_t got = file_.ReadAt(static_cast<uint64_t>(position_), reinterpret_cast<char*>(buffer),
+                                    static_cast<size_t>(size));
+    if (file_.HasFailed()) failure_ = OVNX_MEDIA_UNREADABLE;
+    if (file_.HasFailed()) return AVERROR(EIO);
     if (got == 0) return AVERROR_EOF;
-    if (inHead_ && !tally_.Take(static_cast<uint64_t>(position_), buffer, static_cast<size_t>(got))) {
+    if (inHead_ && !tally_.Take(static_cast<uint64_t>(position_), buffer, got)) {
         failure_ = OVNX_MEDIA_OVER_LIMIT;
         return AVERROR_EXIT;
     }
-    position_ += got;
-    bytesRead_ += static_cast<uint64_t>(got);
+    position_ += static_cast<int64_t>(got);
+    bytesRead_ += got;
     return static_cast<int>(got);
 }
 
@@ -113,7 +98,7 @@ int MediaInput::ReadBytes(void* self, uint8_t* buffer, int size) noexcept {
 
 int64_t MediaInput::SeekBytes(void* self, int64_t offset, int whence) noexcept {
     auto* input = static_cast<MediaInput*>(self);
-    if (whence == AVSEEK_SIZE) return input->size_;
+    if (whence == AVSEEK_SIZE) return static_cast<int64_t>(input->file_.size());
     if ((whence & ~AVSEEK_FORCE) != SEEK_SET || offset < 0) return AVERROR(EINVAL);
     return input->position_ = offset;
 }

@@ -1,21 +1,25 @@
-// A video file opened by FFmpeg's demuxer over a descriptor, and nothing but that descriptor: no path, no
-// protocol and no other file that the input may name.
+// A video file opened by FFmpeg's demuxer over a descriptor and nothing else: no path, no protocol, and none
+// of the other files that the input may name.
 //
-// Limits hold before anything is allocated for what the file claims: streams, the samples of its tables, the
-// bytes read and the packets taken, and time, which is asked at each read.
+// Limits apply before anything is allocated for what the file claims: to streams, to the samples of its
+// tables, to the bytes and packets read, and to time, which is checked at each read.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "libraries/ovnx-media/Budget.h"
 #include "libraries/ovnx-media/Ffmpeg.h"
 #include "libraries/ovnx-media/SampleTally.h"
+#include "libraries/ovnx-media/SourceFile.h"
 
 namespace ovnxmedia {
 
-// The name of the demuxer for a file of these first bytes, null when there is none.
-const char* DemuxerOf(const uint8_t* bytes, size_t size);
+// The name of the demuxer for a file with these first bytes, of which kStartSize suffice; null when there is
+// none.
+constexpr size_t kStartSize = 8;
+const char* DemuxerOf(std::string_view start);
 
 class MediaInput {
   public:
@@ -34,8 +38,9 @@ class MediaInput {
     MediaInput& operator=(const MediaInput&) = delete;
 
     AVFormatContext& format() const { return *format_; }
-    // Of the whole file, in bytes.
-    uint64_t size() const { return static_cast<uint64_t>(size_); }
+    // The same file, for readers of its boxes.
+    SourceFile& file() { return file_; }
+    const SourceFile& file() const { return file_; }
 
     // The first video stream that is no cover picture; null without one.
     AVStream* Video();
@@ -63,10 +68,9 @@ class MediaInput {
     bool HasTooManySamples() const noexcept;
     void Open(const char* demuxer);
 
-    const int fd_;
+    SourceFile file_;
     const Budget& budget_;
-    Limits limits_;  // and no more bytes than the file has, but for what is read twice
-    int64_t size_ = 0;
+    Limits limits_;  // and no more bytes than the file has, apart from those read twice
     int64_t position_ = 0;
     uint64_t bytesRead_ = 0;
     uint64_t packetsRead_ = 0;

@@ -70,7 +70,7 @@ class Remuxer {
     Remuxer(int input, int output, const ClipRange& range, const Budget& budget)
         : range_(range),
           input_(input, budget, kLimits),
-          userData_(ReadUserData(input, input_.size(), budget)),
+          userData_(ReadUserData(input_.file(), budget)),
           video_(CheckedVideo(input_, range)),
           output_(output),
           packet_(MakePacket()) {}
@@ -123,7 +123,7 @@ class Remuxer {
         uint64_t room = kRoomForMovie + userData_.size();
         for (const Written& track : tracks_)
             room += kRoomForMovie + static_cast<uint64_t>(track.stream->codecpar->extradata_size) +
-                    SamplesOf(track.source, input_.size()) * kRoomForSample;
+                    SamplesOf(track.source, input_.file().size()) * kRoomForSample;
         return room;
     }
 

@@ -7,10 +7,8 @@
 #include <new>
 #include <string>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include "libraries/ovnx-media/Budget.h"
+#include "libraries/media-bytes/Boxes.h"
+#include "libraries/ovnx-media/Failure.h"
 #include "libraries/ovnx-media/MovieBoxes.h"
 
 namespace ovnxmedia {
@@ -18,14 +16,6 @@ namespace {
 
 [[noreturn]] void ThrowUnwritable(int error) {
     throw Failure(OVNX_MEDIA_UNWRITABLE, std::strerror(error));
-}
-
-// What stands in the room behind the "moov".
-std::string FreeHeader(uint64_t size) {
-    std::string header;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        header += static_cast<char>(size >> shift);
-    return header + "free";
 }
 
 }  // namespace
@@ -96,13 +86,12 @@ void RemuxOutput::Finish(const std::vector<uint64_t>& durations, std::string_vie
 }
 
 void RemuxOutput::PutMovie(const std::vector<uint64_t>& durations, std::string_view userData) {
-    struct stat status {};
-    if (fstat(fd_, &status) != 0) ThrowUnwritable(errno);
-    const MovieRoom room = ReadMovieRoom(fd_, static_cast<uint64_t>(status.st_size));
+    SourceFile written(fd_);
+    const MovieRoom room = ReadMovieRoom(written);
     std::string movie = FinishMovie(room.movie, durations, userData);
     const uint64_t size = room.end - room.start;
     if (movie.size() + 8 > size) throw Failure(OVNX_MEDIA_OVER_LIMIT, "too much describes the clip");
-    movie += FreeHeader(size - movie.size());
+    movie += media::BoxHeader(size - movie.size(), "free");
     const auto* bytes = reinterpret_cast<const uint8_t*>(movie.data());
     if (!writer_.Write(static_cast<int64_t>(room.start), bytes, movie.size(), nullptr))
         ThrowUnwritable(errno);

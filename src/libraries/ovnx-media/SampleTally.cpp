@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "libraries/media-bytes/ByteView.h"
+
 namespace ovnxmedia {
 namespace {
 
-uint32_t Number(const uint8_t* bytes) {
-    return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
-}
+constexpr auto Number = media::_getU32BigEndianFromBytes;
 
 bool IsType(const uint8_t* bytes, const char* type) {
     return std::memcmp(bytes, type, 4) == 0;

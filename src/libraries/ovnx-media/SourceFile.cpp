@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include "base/ReadWrite.h"
 #include "libraries/ovnx-media/Failure.h"
 
 namespace ovnxmedia {
@@ -18,22 +18,17 @@ SourceFile::SourceFile(int fd) : fd_(fd) {
     size_ = static_cast<uint64_t>(status.st_size);
 }
 
-size_t SourceFile::ReadAt(uint64_t position, void* bytes, size_t size) noexcept {
-    size_t done = 0;
-    // Beyond the known size an offset may not fit the kernel's type.
-    while (done < size && position + done < size_) {
-        const ssize_t got =
-            pread(fd_, static_cast<char*>(bytes) + done, size - done, static_cast<off_t>(position + done));
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) hasFailed_ = true;
-        if (got <= 0) break;
-        done += static_cast<size_t>(got);
-    }
-    return done;
+size_t SourceFile::ReadAt(uint64_t position, char* bytes, size_t size) noexcept {
+    // An offset beyond the known size may not fit the kernel's type.
+    if (position >= size_) return 0;
+    size = static_cast<size_t>(std::min<uint64_t>(size, size_ - position));
+    const size_t got = KXP::ReadAt(fd_, position, bytes, size);
+    if (got < size && errno != 0) hasFailed_ = true;
+    return got;
 }
 
 bool SourceReader::Read(void* bytes, size_t size) noexcept {
-    auto* next = static_cast<uint8_t*>(bytes);
+    auto* next = static_cast<char*>(bytes);
     for (size_t wanted = size; wanted > 0;) {
         size_t got = TakeHeld(next, wanted);
         if (got == 0 && wanted >= buffer_.size()) {
@@ -51,7 +46,7 @@ bool SourceReader::Read(void* bytes, size_t size) noexcept {
     return true;
 }
 
-size_t SourceReader::TakeHeld(uint8_t* bytes, size_t size) noexcept {
+size_t SourceReader::TakeHeld(char* bytes, size_t size) noexcept {
     if (position_ < heldFrom_ || position_ - heldFrom_ >= held_) return 0;
     const auto from = static_cast<size_t>(position_ - heldFrom_);
     const size_t taken = std::min(size, held_ - from);

@@ -1,5 +1,6 @@
-// libovnxcodelib: cuts videos. The records and the three entries, whose layout its callers rely on; it is
-// opened at run time and never linked. Every entry may be called from any thread.
+// libovnxcodelib, which cuts videos without decoding them: its three entries and the records that they take,
+// whose layout is fixed. Callers open the library at run time and never link it; they, too, include this
+// header. Every entry may be called from any thread. The library does not log: a failure is a value.
 #pragma once
 
 #include <cstddef>
@@ -7,31 +8,31 @@
 
 namespace ovsxcodeapi {
 
-// Text is in 32-bit characters and ends in a zero.
+// Text has 32-bit characters and a terminating zero.
 constexpr size_t kTextSize = 260;
 
 struct InitParams {
-    uint32_t version;  // 1
-    uint32_t kind;     // 2
-    wchar_t productDirectory[kTextSize];
+    uint32_t version = 1;
+    uint32_t kind = 2;
+    wchar_t productDirectory[kTextSize] = {};
 };
 
 struct RemuxBlock {
-    uint32_t version;  // 1
-    uint32_t reserved;
-    uint64_t start;  // in units of 100 ns, as the end
-    uint64_t end;
-    wchar_t input[kTextSize];
-    wchar_t output[kTextSize];
-    uint32_t flags;  // of RemuxFlags
-    uint32_t reservedToo;
+    uint32_t version = 1;
+    uint32_t reserved = 0;
+    uint64_t start = 0;  // in units of 100 ns, as the end
+    uint64_t end = 0;
+    wchar_t input[kTextSize] = {};
+    wchar_t output[kTextSize] = {};
+    uint32_t flags = 0;  // of RemuxFlags
+    uint32_t reservedToo = 0;
 };
 
 struct RemuxParams {
-    uint32_t version;    // 1
-    uint32_t kind;       // 1
-    uint64_t blockSize;  // 2112
-    RemuxBlock* block;
+    uint32_t version = 1;
+    uint32_t kind = 1;
+    uint64_t blockSize = sizeof(RemuxBlock);
+    RemuxBlock* block = nullptr;
 };
 
 static_assert(sizeof(wchar_t) == 4);
@@ -44,29 +45,36 @@ static_assert(sizeof(RemuxParams) == 24);
 static_assert(offsetof(RemuxParams, blockSize) == 8 && offsetof(RemuxParams, block) == 16);
 
 enum RemuxFlags : uint32_t {
-    RemuxAtKeyframe =
-        1,  // the clip starts at the keyframe before the start, with nothing hidden in front of it
+    RemuxAtKeyframe = 1,  // start at the keyframe before `start`, with nothing hidden before it
 };
 
-// What OvsXcodeRemux gives beside 0 and the values of OvnxMediaStatus.
 enum RemuxStatus : int32_t {
+    RemuxOk = 0,
+    RemuxUnknownFormat = -1,
+    RemuxDamaged = -2,
+    RemuxOverLimit = -3,  // too many tracks or samples, or too much time
+    RemuxUnreadable = -5,
+    RemuxNoMemory = -6,
+    RemuxEmptyRange = -7,
+    RemuxNoVideo = -8,
+    RemuxUnwritable = -10,
     RemuxBadRecord = -20,
     RemuxSameFile = -21,        // the output is the input
-    RemuxNoMediaLibrary = -22,  // the library with the codecs is not there, or not open
+    RemuxNoMediaLibrary = -22,  // the library with the codecs is missing or not open
 };
 
 }  // namespace ovsxcodeapi
 
 extern "C" {
 
-// Opens what the others need; 0 or RemuxNoMediaLibrary.
+// Opens the library with the codecs. Returns RemuxOk or RemuxNoMediaLibrary.
 __attribute__((visibility("default"))) int32_t InitializeTranscoder(ovsxcodeapi::InitParams* params);
 
-// Writes the part of the input between the two times to the output; times behind the end mean the end. The
-// output appears whole and durable, in the place of an older regular file, or not at all. 0, or a negative
-// value and a line in the log.
+// Writes the part of the input between the two times to the output; a time after the end of the video means
+// its end. The output appears whole and durable, replacing an older regular file, or not at all. Returns a
+// RemuxStatus.
 __attribute__((visibility("default"))) int32_t OvsXcodeRemux(ovsxcodeapi::RemuxParams& params);
 
-// Lets go of what InitializeTranscoder has opened; calls that are on their way keep it until they end.
+// Releases what InitializeTranscoder opened; calls in progress keep it until they return.
 __attribute__((visibility("default"))) int32_t ShutdownTranscoder();
 }

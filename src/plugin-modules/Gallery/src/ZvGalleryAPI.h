@@ -57,9 +57,11 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // Sets `thumbnail` to the file's picture, scaled to fit `width` by `height` pixels and never enlarged, as
     // a text that begins "data:image/png;base64,". Returns false, and logs, when the file has none. Not on
-    // the worker: a decoder may take long, and only two run at a time. Setting `cancelled` ends it.
+    // the worker: a decoder may take long, and only two run at a time.
     bool GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
                       const std::atomic<bool>& cancelled, std::string& thumbnail);
+    // Sets `cancelled` and ends the GetThumbnail that was called with it.
+    void CancelThumbnail(std::atomic<bool>& cancelled) { thumbnailer_.Cancel(cancelled); }
     // Whether the file is the product's own, by its bytes. Returns 1, or a negative code when that cannot be
     // determined.
     static int32_t CheckIfZv(const std::string& path, bool& isOwn);

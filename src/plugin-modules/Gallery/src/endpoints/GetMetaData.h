@@ -14,7 +14,7 @@ class GetMetaData : public GalleryTaskBase<GetMetaData> {
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
     // Writes nothing for a file that is not on record.
     void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
-    void CancelTask() override { cancelled_ = true; }
+    void CancelTask() override { api().CancelThumbnail(cancelled_); }
 
   private:
     std::atomic<bool> cancelled_{false};

@@ -13,7 +13,7 @@ class GetThumbnail : public GalleryTaskBase<GetThumbnail> {
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
     // Writes nothing when there is no thumbnail; that is not a failure.
     void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
-    void CancelTask() override { cancelled_ = true; }
+    void CancelTask() override { api().CancelThumbnail(cancelled_); }
 
   private:
     std::atomic<bool> cancelled_{false};

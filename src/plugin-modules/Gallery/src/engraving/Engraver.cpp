@@ -6,7 +6,7 @@
 #include "plugin-modules/Gallery/src/engraving/EngravingFile.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingPlan.h"
 #include "plugin-modules/Gallery/src/engraving/MetadataText.h"
-#include "plugin-modules/Gallery/src/engraving/Mp4Boxes.h"
+#include "plugin-modules/Gallery/src/engraving/Mp4Layout.h"
 #include "plugin-modules/Gallery/src/media/Edits.h"
 
 namespace {

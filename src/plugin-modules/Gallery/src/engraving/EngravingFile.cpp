@@ -7,7 +7,7 @@
 
 #include <unistd.h>
 
-#include "common/System.h"
+#include "base/FileCalls.h"
 
 namespace engraving {
 namespace {

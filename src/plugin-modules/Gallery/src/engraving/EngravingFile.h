@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "common/FileDescriptor.h"
+#include "base/ReadWrite.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingPlan.h"
 
 namespace engraving {

@@ -74,10 +74,11 @@ class Planner {
         }
         const uint64_t size = movie.size + userData_.size();
         if (movie.headerSize == kHeaderSize)
-            plan_.steps.push_back({{movie.offset, BoxHeader(size, "moov").substr(0, 4)}});
+            plan_.steps.push_back({{movie.offset, media::BoxHeader(size, "moov").substr(0, 4)}});
         else
-            plan_.steps.push_back({{movie.offset + 8, BoxHeader(size >> 32, "").substr(0, 4) +
-                                                          BoxHeader(size & UINT32_MAX, "").substr(0, 4)}});
+            plan_.steps.push_back(
+                {{movie.offset + 8, media::BoxHeader(size >> 32, "").substr(0, 4) +
+                                        media::BoxHeader(size & UINT32_MAX, "").substr(0, 4)}});
         EndOldUserData();
         return true;
     }
@@ -91,10 +92,10 @@ class Planner {
         });
         if (hole != layout_.free.end()) {
             plan_.steps.push_back(NewMovie(hole->offset, size, "free"));
-            plan_.steps.front().front().bytes = BoxHeader(hole->size, "free");
+            plan_.steps.front().front().bytes = media::BoxHeader(hole->size, "free");
             AddRest(*hole, size);
             EndDeadMovies();
-            plan_.steps.push_back({{hole->offset, BoxHeader(size, "moov")}});
+            plan_.steps.push_back({{hole->offset, media::BoxHeader(size, "moov")}});
         } else if (!layout_.firstFragment) {
             plan_.steps.push_back(NewMovie(layout_.end, size, "moov"));
             EndDeadMovies();
@@ -115,7 +116,7 @@ class Planner {
     }
 
     Step NewMovie(uint64_t at, uint64_t size, const std::string& type) const {
-        Step step{{at, BoxHeader(size, type)}};
+        Step step{{at, media::BoxHeader(size, type)}};
         at += kHeaderSize;
         for (const Box& part : layout_.parts) {
             if (!IsKept(part)) continue;
@@ -141,7 +142,7 @@ class Planner {
 
     void AddRest(const Box& hole, uint64_t used) {
         if (used < hole.size)
-            plan_.steps.back().push_back({hole.offset + used, BoxHeader(hole.size - used, "free")});
+            plan_.steps.back().push_back({hole.offset + used, media::BoxHeader(hole.size - used, "free")});
     }
 
     // Readers take the first user data: these go when the new is in place, the first of them last.
@@ -168,14 +169,15 @@ class Planner {
 
 Plan PlanEngraving(media::ByteSource& source, const Mp4Layout& layout, const std::string& text) {
     // The text first: who looks for it need not step over the rest.
-    std::string content = BoxHeader(kHeaderSize + text.size(), "tagc") + text;
+    std::string content = media::BoxHeader(kHeaderSize + text.size(), "tagc") + text;
     std::vector<Box> old;
     for (const Box& part : layout.parts) {
         if (part.type != "udta") continue;
         content += OtherUserData(source, part);
         old.push_back(part);
     }
-    return Planner(layout, BoxHeader(kHeaderSize + content.size(), "udta") + content, std::move(old)).Make();
+    return Planner(layout, media::BoxHeader(kHeaderSize + content.size(), "udta") + content, std::move(old))
+        .Make();
 }
 
 }  // namespace engraving

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin-modules/Gallery/src/engraving/Mp4Boxes.h"
+#include "plugin-modules/Gallery/src/engraving/Mp4Layout.h"
 
 namespace engraving {
 

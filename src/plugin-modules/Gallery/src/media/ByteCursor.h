@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "plugin-modules/Gallery/src/media/ByteSource.h"
-#include "plugin-modules/Gallery/src/media/ByteView.h"
+#include "libraries/media-bytes/ByteSource.h"
+#include "libraries/media-bytes/ByteView.h"
 
 namespace media {
 

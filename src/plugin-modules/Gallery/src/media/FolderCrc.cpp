@@ -1,20 +1,18 @@
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 
 #include <cerrno>
-#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
-#include "common/FileDescriptor.h"
+#include "base/FolderReader.h"
+#include "base/Path.h"
+#include "base/Text.h"
 #include "common/FileUtil.h"
 #include "common/RetVal.h"
-#include "common/TextUtil.h"
 
 namespace media {
 namespace {
@@ -43,11 +41,6 @@ std::string Legible(std::string path) {
 std::string ErrorText(int error) {
     return std::generic_category().message(error);
 }
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { closedir(folder); }
-};
-using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
 
 class TreeWalk {
   public:
@@ -79,7 +72,7 @@ class TreeWalk {
 
     struct Folder {
         std::string path;
-        Identity identity;  // of the root it is taken when it is open
+        Identity identity;  // of the root, known only once it is open
         size_t parent;      // in walked_
     };
 
@@ -90,38 +83,22 @@ class TreeWalk {
     };
 
     bool Read(const Folder& folder) {
-        const OpenFolder open = Open(folder);
-        if (!open) return RefuseFolder(folder, errno);
+        // Only the root may be a link: the user chose that place. Below it, one may have taken the place of a
+        // folder since its entry was read.
+        const bool isRoot = folder.parent == kNone;
+        KXP::FolderReader entries(folder.path, isRoot ? KXP::Links::Follow : KXP::Links::Refuse);
+        if (!entries.IsOpen()) return RefuseFolder(folder, errno);
         Identity identity = folder.identity;
-        if (folder.parent == kNone) {
+        if (isRoot) {
             struct stat status {};
-            if (fstat(dirfd(open.get()), &status) != 0) return RefuseFolder(folder, errno);
+            if (fstat(entries.descriptor(), &status) != 0) return RefuseFolder(folder, errno);
             identity = {status.st_dev, status.st_ino};
         }
         walked_.push_back({identity, folder.parent});
         bool fileSeen = false;
-        for (;;) {
-            errno = 0;
-            const dirent* entry = readdir(open.get());
-            if (!entry) return errno == 0 || RefuseFolder(folder, errno);
-            if (!TakeEntry(folder, dirfd(open.get()), *entry, fileSeen)) return false;
-        }
-    }
-
-    // Only the root may be a link: the user chose that place. Below it one may have come since its entry was
-    // read.
-    static OpenFolder Open(const Folder& folder) {
-        const int follow = folder.parent == kNone ? 0 : O_NOFOLLOW;
-        // The system would take the text before a zero byte, which is another folder.
-        if (folder.path.find('\0') != std::string::npos) {
-            errno = EINVAL;
-            return nullptr;
-        }
-        KXP::FileDescriptor file(open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | follow));
-        if (!file.IsOpen()) return nullptr;
-        OpenFolder opened(fdopendir(file.get()));
-        if (opened) (void)file.Release();
-        return opened;
+        while (entries.NextOfAll())
+            if (!TakeEntry(folder, entries, fileSeen)) return false;
+        return entries.error() == 0 || RefuseFolder(folder, entries.error());
     }
 
     static bool RefuseFolder(const Folder& folder, int error) {
@@ -131,33 +108,25 @@ class TreeWalk {
         return false;
     }
 
-    bool TakeEntry(const Folder& folder, int descriptor, const dirent& entry, bool& fileSeen) {
+    bool TakeEntry(const Folder& folder, const KXP::FolderReader& entry, bool& fileSeen) {
         struct stat status {};
-        if (fstatat(descriptor, entry.d_name, &status, 0) != 0) return RefuseEntry(folder, entry, errno);
+        if (!entry.Look(status, KXP::Links::Follow)) return RefuseEntry(folder, entry.Name(), errno);
         AppendTime(timeBytes_, status.st_mtime);
-        if (IsFolder(descriptor, entry, status)) {
-            if (entry.d_name[0] != '.') AddFolder(folder, entry.d_name, {status.st_dev, status.st_ino});
+        if (entry.IsFolder()) {
+            if (entry.Name()[0] != '.') AddFolder(folder, entry.Name(), {status.st_dev, status.st_ino});
         } else if (!fileSeen) {
             fileSeen = true;
             lastFileBytes_.clear();
-            Append(lastFileBytes_, folder.path + "/" + entry.d_name);
+            Append(lastFileBytes_, folder.path + "/" + entry.Name());
         }
         return true;
     }
 
-    static bool RefuseEntry(const Folder& folder, const dirent& entry, int error) {
+    static bool RefuseEntry(const Folder& folder, const char* name, int error) {
         KXP_LOG(KXP::LogMilestone, "KXP::FileTime error %d", KXP::Code::kNotFound);
         KXP_LOG(KXP::LogFailure, "%s has no time and its tree cannot be summed: %s",
-                Legible(folder.path + "/" + entry.d_name).c_str(), ErrorText(error).c_str());
+                Legible(folder.path + "/" + name).c_str(), ErrorText(error).c_str());
         return false;
-    }
-
-    // `status` is that of the entry or, for a link, of what it leads to.
-    static bool IsFolder(int descriptor, const dirent& entry, const struct stat& status) {
-        if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
-        if (!S_ISDIR(status.st_mode)) return false;
-        struct stat own {};
-        return fstatat(descriptor, entry.d_name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(own.st_mode);
     }
 
     // Called while the last of walked_ is the folder that holds the entry.
@@ -199,8 +168,8 @@ uint32_t StringCRC(const std::string& s) {
 
 bool GetTreeData(const std::string& path, const std::string& galleryPath, Bytes& timeBytes, Bytes& dirBytes,
                  Bytes& lastFileBytes) {
-    // The tracker itself writes into the gallery's own folder. One that has no time cannot be opened either,
-    // which the walk tells.
+    // The tracker itself writes into the gallery's own folder. A folder that has no time cannot be opened
+    // either, which the walk logs.
     int64_t seconds = 0;
     if (path != galleryPath && KXP::FileTime(path, seconds) >= 0) AppendTime(timeBytes, seconds);
     return TreeWalk(timeBytes, dirBytes, lastFileBytes).Run(path);

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "plugin-modules/Gallery/src/media/ByteCursor.h"
+#include "plugin-modules/Gallery/src/media/FileSource.h"
 #include "plugin-modules/Gallery/src/media/JpegWalk.h"
 
 namespace media {
@@ -34,18 +35,8 @@ class HeadSource final : public ByteSource {
     ByteSource& source_;
 };
 
-// A little-endian number of up to four bytes; 0 when it would reach behind the end.
-uint32_t Little(ByteView bytes, uint64_t offset, int count) {
-    const ByteView part = bytes.Sub(offset, static_cast<uint64_t>(count));
-    if (part.size() < static_cast<size_t>(count)) return 0;
-    uint32_t value = 0;
-    for (int i = count; i-- > 0;)
-        value = value << 8 | static_cast<unsigned char>(part.text()[static_cast<size_t>(i)]);
-    return value;
-}
-
 int64_t SignedLittle(ByteView bytes, uint64_t offset) {
-    return static_cast<int32_t>(Little(bytes, offset, 4));
+    return static_cast<int32_t>(bytes.Little(offset, 4));
 }
 
 // https://www.w3.org/TR/png/#11IHDR
@@ -66,16 +57,16 @@ Found ReadJpeg(ByteCursor& cursor) {
 Found ReadGif(ByteCursor& cursor) {
     const ByteView head = cursor.Take(13);
     if (head.size() < 13 || (!head.HasAt(4, "7a") && !head.HasAt(4, "9a"))) return {};
-    return Sides{Little(head, 6, 2), Little(head, 8, 2)};
+    return Sides{head.Little(6, 2), head.Little(8, 2)};
 }
 
 // The oldest header has sides of 16 bits; in all others a negative height says that the top row comes first.
 Found ReadBmp(ByteCursor& cursor) {
     constexpr size_t kFileHeader = 14;
     const ByteView head = cursor.Take(kFileHeader + 16);
-    const uint32_t infoSize = Little(head, kFileHeader, 4);
+    const uint32_t infoSize = head.Little(kFileHeader, 4);
     if (infoSize == 12 && head.size() >= kFileHeader + 12)
-        return Sides{Little(head, 18, 2), Little(head, 20, 2)};
+        return Sides{head.Little(18, 2), head.Little(20, 2)};
     if (infoSize < 16 || head.size() < kFileHeader + 16) return {};
     return Sides{SignedLittle(head, 18), std::abs(SignedLittle(head, 22))};
 }
@@ -85,19 +76,19 @@ Found ReadWebP(ByteCursor& cursor) {
     const ByteView head = cursor.Take(30);
     if (!head.HasAt(8, "WEBP")) return {};
     if (head.HasAt(12, "VP8L") && head.HasAt(20, "\x2F") && head.size() >= 25) {
-        const uint32_t bits = Little(head, 21, 4);
+        const uint32_t bits = head.Little(21, 4);
         constexpr uint32_t kVersion = 0xE0000000;
         if (bits & kVersion) return {};
         return Sides{int64_t{bits & 0x3FFF} + 1, int64_t{bits >> 14 & 0x3FFF} + 1};
     }
     if (head.size() < 30) return {};
     if (head.HasAt(12, "VP8X"))
-        return Sides{int64_t{Little(head, 24, 3)} + 1, int64_t{Little(head, 27, 3)} + 1};
+        return Sides{int64_t{head.Little(24, 3)} + 1, int64_t{head.Little(27, 3)} + 1};
     constexpr uint32_t kNotKeyFrame = 1;
-    if (!head.HasAt(12, "VP8 ") || !head.HasAt(23, "\x9D\x01\x2A") || Little(head, 20, 1) & kNotKeyFrame)
+    if (!head.HasAt(12, "VP8 ") || !head.HasAt(23, "\x9D\x01\x2A") || head.Little(20, 1) & kNotKeyFrame)
         return {};
     // The two upper bits of each tell how a viewer may scale.
-    return Sides{Little(head, 26, 2) & 0x3FFF, Little(head, 28, 2) & 0x3FFF};
+    return Sides{head.Little(26, 2) & 0x3FFF, head.Little(28, 2) & 0x3FFF};
 }
 
 // An attribute of an OpenEXR header: name, type, size and value. The texts end with a NUL.
@@ -116,7 +107,7 @@ std::optional<ExrAttribute> ParseExrAttribute(ByteView bytes) {
     const size_t typeEnd = text.find('\0', nameEnd + 1);
     if (typeEnd == std::string_view::npos || text.size() - typeEnd < 5) return {};
     return ExrAttribute{text.substr(0, nameEnd), text.substr(nameEnd + 1, typeEnd - nameEnd - 1), typeEnd + 5,
-                        Little(bytes, typeEnd + 1, 4)};
+                        bytes.Little(typeEnd + 1, 4)};
 }
 
 // The corners are both inside.

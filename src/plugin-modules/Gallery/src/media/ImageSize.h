@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "plugin-modules/Gallery/src/media/ByteSource.h"
+#include "libraries/media-bytes/ByteSource.h"
 
 namespace media {
 

@@ -6,6 +6,7 @@
 #include "common/DirUtil.h"
 #include "common/RetVal.h"
 #include "plugin-modules/Gallery/src/media/ByteCursor.h"
+#include "plugin-modules/Gallery/src/media/FileSource.h"
 
 namespace media {
 namespace {

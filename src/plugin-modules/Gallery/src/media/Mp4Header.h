@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "plugin-modules/Gallery/src/media/ByteSource.h"
+#include "libraries/media-bytes/ByteSource.h"
 
 namespace media {
 

@@ -3,6 +3,7 @@
 #include "CobalixUtil.h"
 #include "common/DirUtil.h"
 #include "common/RetVal.h"
+#include "plugin-modules/Gallery/src/media/FileSource.h"
 #include "plugin-modules/Gallery/src/media/JpegWalk.h"
 #include "plugin-modules/Gallery/src/media/Mp4Walk.h"
 #include "plugin-modules/Gallery/src/media/PngWalk.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "plugin-modules/Gallery/src/media/ByteView.h"
+#include "libraries/media-bytes/ByteView.h"
 
 namespace media {
 namespace {

@@ -1,19 +1,33 @@
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
 
 #include <array>
-#include <chrono>
+#include <exception>
 #include <memory>
 
 #include <sys/stat.h>
 
+#include "CobalixUtil.h"
+#include "base/FileDescriptor.h"
 #include "common/Base64.h"
-#include "common/FileDescriptor.h"
+#include "common/Profile.h"
 
 namespace {
 
-constexpr unsigned kMaxAtOnce = 2;
-// How soon a request that waits for its turn notices that it is cancelled.
-constexpr std::chrono::milliseconds kLook{50};
+std::unique_ptr<const ovnxmedia::MediaLibrary> OpenOrLog() {
+    try {
+        return std::make_unique<const ovnxmedia::MediaLibrary>(KXP::GetPluginBinaryDirectory() +
+                                                               "/Contents/Frameworks/dependencies");
+    } catch (const std::exception& error) {
+        KXP_LOG(KXP::LogFailure, "No thumbnails: %s", error.what());
+        return nullptr;
+    }
+}
+
+// Opened when it is first needed. Null, and logged that first time, when it cannot be.
+const ovnxmedia::MediaLibrary* Media() {
+    static const std::unique_ptr<const ovnxmedia::MediaLibrary> media = OpenOrLog();
+    return media.get();
+}
 
 int IsCancelled(void* context) {
     return *static_cast<const std::atomic<bool>*>(context) ? 1 : 0;
@@ -24,25 +38,19 @@ void FillKey(const struct stat& status, ThumbnailCache::Key& key) {
     key.time = static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
 }
 
+// Frees a slot that was taken.
+class SlotOwner {
+  public:
+    explicit SlotOwner(DecoderSlots& slots) : slots_(slots) {}
+    ~SlotOwner() { slots_.Free(); }
+    SlotOwner(const SlotOwner&) = delete;
+    SlotOwner& operator=(const SlotOwner&) = delete;
+
+  private:
+    DecoderSlots& slots_;
+};
+
 }  // namespace
-
-Thumbnailer::Slot::Slot(Thumbnailer& owner, const std::atomic<bool>& cancelled) : owner_(owner) {
-    const KXP::MutexLock lock(owner_.mutex_);
-    while (owner_.busy_ >= kMaxAtOnce && !cancelled)
-        owner_.slotFree_.WaitUntil(owner_.mutex_, std::chrono::steady_clock::now() + kLook);
-    if (cancelled) return;
-    ++owner_.busy_;
-    taken_ = true;
-}
-
-Thumbnailer::Slot::~Slot() {
-    if (!taken_) return;
-    {
-        const KXP::MutexLock lock(owner_.mutex_);
-        --owner_.busy_;
-    }
-    owner_.slotFree_.NotifyAll();
-}
 
 ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, uint32_t height,
                                        const std::atomic<bool>& cancelled, std::string& error) {
@@ -52,24 +60,24 @@ ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, 
         FillKey(status, key);
         if (ThumbnailCache::Text text = cache_.Find(key)) return text;
     }
-    const MediaModule* const media = MediaModule::Get();
+    const ovnxmedia::MediaLibrary* const media = Media();
     if (!media) {
         error = "there is no media module";
         return nullptr;
     }
-    // Files are opened by whose turn it is alone, however many wait.
-    const Slot slot(*this, cancelled);
-    if (!slot.taken()) {
+    // Requests that wait hold no open file, however many they are.
+    if (!slots_.Take(cancelled)) {
         error = "cancelled";
         return nullptr;
     }
+    const SlotOwner slot(slots_);
     const KXP::FileDescriptor file = KXP::OpenForRead(path);
     if (!file.IsOpen() || fstat(file.get(), &status) != 0) {
         error = "it cannot be opened";
         return nullptr;
     }
     FillKey(status, key);
-    // Somebody else may have waited for the same.
+    // Another request may have made the same picture meanwhile.
     ThumbnailCache::Text text = cache_.Find(key);
     if (text) return text;
     text = Decode(*media, file.get(), key, cancelled, error);
@@ -77,8 +85,9 @@ ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, 
     return text;
 }
 
-ThumbnailCache::Text Thumbnailer::Decode(const MediaModule& media, int file, const ThumbnailCache::Key& key,
-                                         const std::atomic<bool>& cancelled, std::string& error) {
+ThumbnailCache::Text Thumbnailer::Decode(const ovnxmedia::MediaLibrary& media, int file,
+                                         const ThumbnailCache::Key& key, const std::atomic<bool>& cancelled,
+                                         std::string& error) {
     std::array<char, 256> message{};
     OvnxMediaRequest request{};
     request.width = key.width;

@@ -13,12 +13,42 @@ namespace {
 constexpr double kUnitsPerMillisecond = 10000;
 constexpr double kTwoTo64 = 18446744073709551616.0;
 
-// The time in units of 100 ns; false for one that these cannot tell.
+// The time in units of 100 ns; false where it has none.
 bool ToUnits(double milliseconds, uint64_t& units) {
     const double value = milliseconds * kUnitsPerMillisecond;
     if (!(value >= 0 && value < kTwoTo64)) return false;
     units = static_cast<uint64_t>(value);
     return true;
+}
+
+const char* ReasonOf(int32_t value) {
+    using namespace ovsxcodeapi;
+    switch (value) {
+        case RemuxUnknownFormat:
+            return "the source is no MP4 video";
+        case RemuxDamaged:
+            return "the source is damaged";
+        case RemuxOverLimit:
+            return "the source exceeds a limit";
+        case RemuxUnreadable:
+            return "the source cannot be read";
+        case RemuxNoMemory:
+            return "out of memory";
+        case RemuxEmptyRange:
+            return "there is nothing between the two times";
+        case RemuxNoVideo:
+            return "the source has no video track";
+        case RemuxUnwritable:
+            return "the clip cannot be written";
+        case RemuxBadRecord:
+            return "a path is not valid";
+        case RemuxSameFile:
+            return "the clip would replace its source";
+        case RemuxNoMediaLibrary:
+            return "libovnxmedia cannot be loaded";
+        default:
+            return "the library cannot cut videos";
+    }
 }
 
 std::unique_ptr<TranscoderPlatformContext> Open() {
@@ -59,13 +89,14 @@ int32_t Transcoder::TrimVideoFile(const std::string& input, const std::string& o
         KXP_LOG(KXP::LogFailure, "No time range: %g ms from %g ms on", length, start);
         return KXP::Code::kFailure;
     }
-    wcscpy_s(block->input, ovsxcodeapi::kMaxPath, KXP::Utf8ToWide(input).c_str());
-    wcscpy_s(block->output, ovsxcodeapi::kMaxPath, KXP::Utf8ToWide(output).c_str());
-    if (startOnKeyframe) block->flags |= ovsxcodeapi::kStartOnKeyframe;
+    wcscpy_s(block->input, ovsxcodeapi::kTextSize, KXP::Utf8ToWide(input).c_str());
+    wcscpy_s(block->output, ovsxcodeapi::kTextSize, KXP::Utf8ToWide(output).c_str());
+    if (startOnKeyframe) block->flags |= ovsxcodeapi::RemuxAtKeyframe;
     ovsxcodeapi::RemuxParams params;
     params.block = block.get();
     const int32_t value = TrimVideoFile(params);
     if (value == 0) return KXP::Code::kOk;
+    KXP_LOG(KXP::LogFailure, "cannot cut %s into %s: %s", input.c_str(), output.c_str(), ReasonOf(value));
     KXP_LOG(KXP::LogFailure, "Error returned from OvsXcodeRemux transcode lib: %d", value);
     return KXP::Code::kFailure;
 }

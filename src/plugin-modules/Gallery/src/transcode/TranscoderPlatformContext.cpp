@@ -48,7 +48,7 @@ bool TranscoderPlatformContext::Load(const std::string& folder) {
 void TranscoderPlatformContext::Initialize() {
     if (!initialize_) return;
     const auto params = std::make_unique<ovsxcodeapi::InitParams>();
-    wcscpy_s(params->productFolder, ovsxcodeapi::kMaxPath,
+    wcscpy_s(params->productDirectory, ovsxcodeapi::kTextSize,
              KXP::Utf8ToWide(KXP::GetProductBinaryDirectory()).c_str());
     (void)initialize_(params.get());
 }

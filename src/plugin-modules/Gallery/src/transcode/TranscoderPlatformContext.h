@@ -1,9 +1,9 @@
-// The remux library while the plug-in runs: loaded if it is there, never linked.
+// The library that cuts videos: loaded while the plug-in runs if it is there, never linked.
 #pragma once
 
 #include <string>
 
-#include "plugin-modules/Gallery/src/transcode/RemuxApi.h"
+#include "libraries/ovnx-codelib/include/OvsXcodeApi.h"
 
 class TranscoderPlatformContext {
   public:
@@ -13,19 +13,20 @@ class TranscoderPlatformContext {
     TranscoderPlatformContext(const TranscoderPlatformContext&) = delete;
     TranscoderPlatformContext& operator=(const TranscoderPlatformContext&) = delete;
 
-    // Loads libovnxcodelib from the folder. False, and logged, when that cannot be; an export that is missing
-    // is only logged.
+    // Loads libovnxcodelib from the folder. False, and logged, when that fails; a missing export is only
+    // logged.
     bool Load(const std::string& folder);
-    // Tells the library where the product is. Throws what GetProductBinaryDirectory and wcscpy_s throw.
+    // Initializes the library with the product's folder. Throws what GetProductBinaryDirectory and wcscpy_s
+    // throw.
     void Initialize();
     void Shutdown();
 
-    // The library's own value, negative for a failure; -9 when there is no library. Any thread.
+    // Returns the library's own value, negative for a failure, or -9 without the library. Any thread.
     int32_t Remux(ovsxcodeapi::RemuxParams& params) const;
 
   private:
     void* library_ = nullptr;
-    ovsxcodeapi::OvsXcodeRemuxFn remux_ = nullptr;
-    ovsxcodeapi::InitializeTranscoderFn initialize_ = nullptr;
-    ovsxcodeapi::ShutdownTranscoderFn shutdown_ = nullptr;
+    decltype(&OvsXcodeRemux) remux_ = nullptr;
+    decltype(&InitializeTranscoder) initialize_ = nullptr;
+    decltype(&ShutdownTranscoder) shutdown_ = nullptr;
 };

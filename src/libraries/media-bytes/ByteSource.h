@@ -1,11 +1,9 @@
-// Where the walks get their bytes from: a file, or memory.
+// Where the readers of media files get their bytes from: a file, or memory.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-
-#include "common/InputFileStream.h"
 
 namespace media {
 
@@ -13,22 +11,9 @@ class ByteSource {
   public:
     virtual ~ByteSource() = default;
 
-    // Fills `out` with up to `count` bytes from `position` on, which may lie anywhere; fewer come only at the
-    // end of the source.
+    // Fills `out` with up to `count` bytes from `position` on, which may lie anywhere, and returns their
+    // number. It is smaller than `count` only at the end of the source or after a failed read.
     virtual size_t ReadAt(uint64_t position, char* out, size_t count) = 0;
-};
-
-// Over an open file, which must outlive it.
-class FileSource final : public ByteSource {
-  public:
-    explicit FileSource(KXP::ifstream& file) : file_(file) {}
-
-    size_t ReadAt(uint64_t position, char* out, size_t count) override {
-        return file_.read_at(position, out, count);
-    }
-
-  private:
-    KXP::ifstream& file_;
 };
 
 // Over bytes that must outlive it.
