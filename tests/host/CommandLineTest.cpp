@@ -77,6 +77,17 @@ TEST(CommandLine, LogLinesAreShownOnRequestAndTamed) {
     EXPECT_TRUE(Contains(traced, "<- {\"system\":\"Host\"")) << traced;
 }
 
+TEST(CommandLine, DebuggingModesShowTheirOwnLinesOnly) {
+    EXPECT_EQ(RunHost({"-d", "watcher", "call", "Log"}).err,
+              "[now][4][Gallery FILE] Watch.cpp:1 seen at level 4\n");
+    const std::string timers = RunHost({"-d", "timers", "call", "Echo"}).err;
+    size_t at = 0;
+    for (const char* timed : {" ms  load\n", " ms  start\n", " ms  Echo\n", " ms  stop\n"}) {
+        at = timers.find(timed, at);
+        EXPECT_NE(at, std::string::npos) << timed << timers;
+    }
+}
+
 TEST(CommandLine, ListsAFolder) {
     const TempFolder folder;
     folder.MakeFolder("Some Game");

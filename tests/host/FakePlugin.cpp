@@ -237,7 +237,13 @@ void Handle(const std::string& text) {
     KXP::Value payload(request["payload"], allocator);
     if (method == "Notify") Notify(payload["method"].GetString());
     if (method == "UpdateMontageProgress") Notify("MontageNotification", ToText(payload));
-    if (method == "Log") Tell(ZvCefPluginLog, "a line with \x1b[31mcolour");
+    if (method == "Log") {
+        Tell(ZvCefPluginLog, "a line with \x1b[31mcolour");
+        Tell(ZvCefPluginLog,
+             "[now][4][Gallery FILE] Watch.cpp:1 seen at level " +
+                 std::string(std::getenv("COBALIX_LOG_LEVEL") ? std::getenv("COBALIX_LOG_LEVEL") : ""));
+        Tell(ZvCefPluginLog, "[now][3][Gallery TASK] Work.cpp:1 named ][Gallery FILE] x");
+    }
     if (method == "Big")
         payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);
     if (method == "GetSettings") payload.AddMember("settings", Settings(allocator), allocator);

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "gallery-host/Envelope.h"
-#include "gallery-host/GalleryTable.h"
-#include "gallery-host/Printable.h"
+#include "gallery-host/base/Printable.h"
+#include "gallery-host/message/Envelope.h"
+#include "gallery-host/output/GalleryTable.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/ScopedEnv.h"
 

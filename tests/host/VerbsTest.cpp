@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "gallery-host/Paths.h"
-#include "gallery-host/Progress.h"
-#include "gallery-host/Thumbnail.h"
+#include "gallery-host/base/Paths.h"
+#include "gallery-host/output/Progress.h"
+#include "gallery-host/verbs/Thumbnail.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"

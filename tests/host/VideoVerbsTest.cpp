@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "gallery-host/Progress.h"
-#include "gallery-host/TimeText.h"
+#include "gallery-host/commandline/TimeText.h"
+#include "gallery-host/output/Progress.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"
@@ -51,7 +51,7 @@ TEST_F(VideoVerbs, AskAndLookWhatCameOfIt) {
              R"(","headTrimMs":90000.0,"lengthMs":2500.0})",
          0,
          "",
-         clip + ": written\n"},
+         clip + ": the clip is there\n"},
         {{"trim", video_, "--length", "0.5", "--json"},
          R"("output":")" + video_ + R"(","headTrimMs":0.0,"lengthMs":500.0})",
          0,
@@ -61,7 +61,7 @@ TEST_F(VideoVerbs, AskAndLookWhatCameOfIt) {
          "",
          0,
          "",
-         outside + ": written, but not on record"},
+         outside + ": the clip is there; it is not on record"},
         {{"trim", broken, "-o", outside, "--length", "1"},
          "",
          1,

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "gallery-host/Envelope.h"
-#include "gallery-host/NotificationText.h"
+#include "gallery-host/message/Envelope.h"
+#include "gallery-host/output/NotificationText.h"
 #include "tests/host/HostRun.h"
 
 namespace {
