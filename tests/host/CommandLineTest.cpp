@@ -138,8 +138,8 @@ TEST(CommandLine, ListsTheGalleryOnceItIsComplete) {
     const Ended busy = RunHost({"list", "--timeout", "0.2"}, {}, "rebuilds");
     EXPECT_EQ(busy.status, 4);
     EXPECT_EQ(busy.out, "");
-    EXPECT_TRUE(Contains(busy.err, "the gallery is being looked through; waiting")) << busy.err;
-    EXPECT_TRUE(Contains(busy.err, "the gallery is not looked through within")) << busy.err;
+    EXPECT_TRUE(Contains(busy.err, "the gallery is being scanned; waiting")) << busy.err;
+    EXPECT_TRUE(Contains(busy.err, "the scan of the gallery did not end within")) << busy.err;
 }
 
 TEST(CommandLine, ListRefusesWhatIsNoFolder) {

@@ -23,7 +23,7 @@ bool WriteAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
-// The rights that a file gets which is made in the ordinary way.
+// The mode of a file that open creates with 0666.
 mode_t OrdinaryMode() {
     const mode_t mask = umask(0);
     umask(mask);
@@ -45,7 +45,7 @@ void WriteFileAtomically(const std::string& path, std::string_view bytes) {
         throw Failure(kExitFailed, "cannot write " + path + ": " + why);
     };
     struct stat there {};
-    if (stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) fail("it is no ordinary file");
+    if (stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) fail("it is not an ordinary file");
     std::string temporary = path.substr(0, path.rfind('/') + 1) + ".gallery-host-XXXXXX";
     const int descriptor = mkostemp(temporary.data(), O_CLOEXEC);
     if (descriptor < 0) fail(std::strerror(errno));

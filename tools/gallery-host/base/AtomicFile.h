@@ -6,9 +6,9 @@
 
 namespace host {
 
-// Writes beside the path and renames, so that the path holds the old bytes or all the new ones. Throws
-// Failure(kExitFailed) and leaves nothing behind; for what is there and no ordinary file as well, as a device
-// would be replaced.
+// Writes a temporary file beside the path and renames it, so that the path holds the old bytes or all the new
+// ones. On failure it removes the temporary file and throws Failure(kExitFailed). It refuses a path that
+// leads to anything but an ordinary file, because the rename would replace, say, a device.
 void WriteFileAtomically(const std::string& path, std::string_view bytes);
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// How the program ends, and the exception that carries an end up to main.
+// The exit statuses, and the exception that carries one up to main.
 #pragma once
 
 #include <stdexcept>
@@ -6,7 +6,7 @@
 
 namespace host {
 
-// What scripts test; also told by --help.
+// Scripts test these, and --help lists them.
 enum ExitStatus : int {
     kExitSuccess = 0,
     kExitFailed = 1,  // the request failed

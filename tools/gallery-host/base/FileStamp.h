@@ -8,7 +8,7 @@ namespace host {
 
 class FileStamp {
   public:
-    // Of what the path leads to; all zero where there is nothing.
+    // Follows links; all zero if there is no such file.
     explicit FileStamp(const std::string& path);
 
     bool operator!=(const FileStamp& other) const;

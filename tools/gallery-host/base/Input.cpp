@@ -45,7 +45,8 @@ std::string ReadAll(int descriptor, const std::string& name, Interrupt& interrup
 }
 
 std::string ReadFile(const std::string& path, Interrupt& interrupt) {
-    // Opening a pipe would wait for its writer where no interrupt is heard; reading waits where one is.
+    // Without O_NONBLOCK, open would wait for a pipe's writer and ignore interrupts; ReadAll waits and heeds
+    // them.
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (descriptor < 0) throw Failure(kExitUsage, "cannot read " + path + ": " + std::strerror(errno));
     const std::shared_ptr<void> closer(nullptr, [descriptor](void*) { close(descriptor); });

@@ -11,13 +11,13 @@
 namespace host {
 namespace {
 
-// The handlers' end of the pipe: they have no other way to their object.
+// The write end of the pipe; a signal handler has no other way to find it.
 volatile std::sig_atomic_t pipeForHandlers = -1;
 
 void OnSignal(int) {
     const int savedErrno = errno;
     const char byte = 0;
-    // A full pipe is as readable as can be, so the result does not matter.
+    // If the pipe is full, it is readable already.
     [[maybe_unused]] const ssize_t written = write(pipeForHandlers, &byte, 1);
     errno = savedErrno;
 }
@@ -59,7 +59,7 @@ void Interrupt::Handle(int signal, void (*handler)(int)) {
     if (previous.action.sa_handler == SIG_IGN) return;
     struct sigaction action {};
     action.sa_handler = handler;
-    // The plug-in's threads may get the signal in the middle of a system call.
+    // The signal may interrupt a system call on one of the plug-in's threads.
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     sigaction(signal, &action, nullptr);

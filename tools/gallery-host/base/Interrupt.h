@@ -1,8 +1,8 @@
 // Ctrl-C, SIGTERM and SIGHUP as something to poll for.
 //
-// Handlers write to a pipe. Blocking the signals and reading them elsewhere would do as well here, but the
-// programs that the plug-in starts would inherit the blocked mask and could not be ended by SIGTERM; handlers
-// vanish with exec. SIGPIPE gets an empty handler for the same reason.
+// Handlers write to a pipe. Blocked signals and a signalfd would work here too, but programs that the plug-in
+// starts would inherit the mask, and SIGTERM could not end them; exec resets handlers. SIGPIPE has an empty
+// handler for the same reason.
 #pragma once
 
 #include <array>
@@ -10,19 +10,19 @@
 
 namespace host {
 
-// One at a time. A signal that the parent had ignored stays ignored.
+// Only one may exist at a time. A signal that the parent process ignored stays ignored.
 class Interrupt {
   public:
     Interrupt();   // throws Failure when the system has no descriptors left
-    ~Interrupt();  // puts back what was there
+    ~Interrupt();  // restores the previous handlers
     Interrupt(const Interrupt&) = delete;
     Interrupt& operator=(const Interrupt&) = delete;
 
-    // Readable while a signal has come that was not taken.
+    // Readable while there are signals to take.
     int fd() const { return pipe_[0]; }
-    // True when a signal came since the last call.
+    // True if a signal has come since the last call.
     bool Take();
-    // How many signals were taken: more than one means that the user has lost patience.
+    // How many signals have come: after the second, the program leaves without waiting.
     int taken() const { return taken_; }
 
   private:

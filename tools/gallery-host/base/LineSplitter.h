@@ -1,4 +1,4 @@
-// Bytes to lines, with a bound on what a line may hold.
+// Splits bytes into lines of limited length.
 #pragma once
 
 #include <functional>
@@ -16,11 +16,11 @@ class LineSplitter {
     };
     using Consumer = std::function<void(const Line&)>;
 
-    // A line of more than `maxBytes` is passed over without being kept.
+    // Lines longer than `maxBytes` are skipped and reported as too long.
     LineSplitter(size_t maxBytes, Consumer consumer) : maxBytes_(maxBytes), consumer_(std::move(consumer)) {}
 
     void Feed(std::string_view bytes);
-    // Hands out what stands behind the last line end.
+    // Hands out what follows the last line end.
     void Finish();
 
   private:

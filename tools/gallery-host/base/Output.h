@@ -1,4 +1,4 @@
-// The two output streams: data on standard output, words for people on standard error.
+// The two output streams: data goes to standard output, messages for people to standard error.
 #pragma once
 
 #include <string_view>
@@ -11,8 +11,8 @@ class Output {
   public:
     explicit Output(Interrupt& interrupt) : interrupt_(interrupt) {}
 
-    // Writes all of it, however slowly it is read. False once nobody reads any more, which is no error.
-    // Throws Failure for a full disk and the like, and when interrupted.
+    // Waits until everything is written. False once the reader has closed the stream, which is no error.
+    // Throws Failure for errors such as a full disk, and when interrupted.
     bool Write(std::string_view data);
 
   private:
@@ -22,17 +22,17 @@ class Output {
 
 // One line "gallery-host: text" on standard error.
 void Say(std::string_view text);
-// One line on standard error as it is, but for what could steer a terminal.
+// One line on standard error, with control characters escaped.
 void SayRaw(std::string_view line);
 
-// One line at the end of standard error that the next takes the place of, as does all else that is written:
-// for a terminal only.
+// A status line at the end of standard error. Each further one, and all other output, replaces it. Only for a
+// terminal.
 void ShowStatus(std::string_view line);
 void ClearStatus();
-// True when standard error is a terminal that can take a line back.
+// True when standard error is a terminal that can erase a line.
 bool TakesStatus();
 
-// True when standard output is a terminal and the user did not ask for plain text: https://no-color.org.
+// True when standard output is a terminal and the user has not asked for plain text: https://no-color.org.
 bool WantsColour();
 
 }  // namespace host

@@ -16,8 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Symbolic links stay as the user wrote them: the gallery may be known by that path, and a link that is
-// removed is not what it leads to. Only ".." cannot be taken out of a path without following them.
+// Keeps symbolic links: the gallery may be known by that path, and rm of a link must not remove its target.
+// Only
+// ".." requires following them.
 fs::path Resolve(const fs::path& absolute) {
     if (std::find(absolute.begin(), absolute.end(), "..") == absolute.end())
         return absolute.lexically_normal();

@@ -1,4 +1,4 @@
-// The paths that users write, as messages carry them.
+// Turns paths that users write into paths that messages carry.
 #pragma once
 
 #include <chrono>
@@ -6,8 +6,8 @@
 
 namespace host {
 
-// An absolute path, whether or not there is anything. Throws Failure(kExitFailed) for a name that no message
-// can carry.
+// The absolute path, whether or not the file exists. Throws Failure(kExitFailed) for a name that is not
+// UTF-8, which no message can carry.
 std::string AbsolutePath(const std::string& path);
 
 // The absolute path of a folder that exists and can be read. Throws Failure(kExitFailed).
@@ -15,10 +15,11 @@ std::string FolderPath(const std::string& path);
 
 bool IsFolder(const std::string& path);
 
-// What a request that copies the file may take beside what any may: its bytes on a slow disk, 10 MB a second.
+// How much longer than others a request that copies the file may take: its size at 10 MB a second, a slow
+// disk.
 std::chrono::milliseconds TimeToCopy(const std::string& path);
 
-// Why the plug-in did not take a file, which says the same of one that is not there: "No such file or
+// Why the plug-in refused a file; its own answer does not distinguish a missing file. "No such file or
 // directory", "is a folder", or `otherwise`.
 std::string WhyNot(const std::string& path, const std::string& otherwise);
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr char32_t kInvalid = 0xFFFFFFFF;
 
-// Takes one character off the front; an invalid byte is taken alone and gives kInvalid.
+// Removes one character from the front. An invalid byte is removed alone and returned as kInvalid.
 char32_t TakeCharacter(std::string_view& text) {
     const auto byte = [&text](size_t at) { return static_cast<unsigned char>(text[at]); };
     const unsigned char first = byte(0);

@@ -1,5 +1,5 @@
-// Text from outside made fit for a terminal. File names, log lines and answers may hold anything, escape
-// sequences and characters that turn the writing direction included.
+// Makes text from outside safe for a terminal. File names, log lines and answers may contain escape sequences
+// and characters that change the writing direction.
 #pragma once
 
 #include <string>
@@ -7,14 +7,14 @@
 
 namespace host {
 
-// The text with what could steer a terminal written as "\x1b" or "\u202e", and bytes that are no UTF-8 as
-// "\xff". What is left fits one line.
+// The text on one line, with control characters written as "\x1b" or "\u202e" and bytes that are not UTF-8 as
+// "\xff".
 std::string Printable(std::string_view text);
 
 // Columns that a Printable text takes on a terminal.
 size_t DisplayWidth(std::string_view printable);
 
-// JSON text with the same characters as JSON escapes, so that it means what it meant.
+// JSON text with the same characters as JSON escapes, which keeps its meaning.
 std::string PrintableJson(std::string_view json);
 
 bool IsUtf8(std::string_view text);

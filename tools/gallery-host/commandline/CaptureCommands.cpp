@@ -22,15 +22,15 @@ namespace {
 constexpr const char* kThumbFooter = R"(Examples:
   gallery-host thumb "Photo finish.mp4" -o finish.png
   gallery-host thumb --size 640x360 "Photo finish.mp4" -o - | display
-OUT.png is replaced only when the thumbnail is all there.
+OUT.png is replaced only by a complete thumbnail.
 )";
 
 constexpr const char* kTransferFooter = R"(Examples:
   gallery-host cp "Photo finish.png" /tmp/finish.png
   gallery-host mv *.mp4 "$HOME/Videos/ZORVEX/Ovirastream/Rustwind Rally/"
-Only captures of the product are taken, and none that is there is overwritten. Into a folder, or a DEST that
-ends in "/", files go under their own names; mv makes the folder. After a file that fails the others still have
-their turn, and the exit status is 1. With --json each file is a line
+Only captures of the product are copied or moved, and no file is overwritten. If DEST is a folder or ends in "/",
+files go into it under their own names; mv creates the folder. After a failure the other files still have their turn,
+and the exit status is 1. With --json each file is a line
   {"file":"/home/me/a.png","destination":"/tmp/a.png","ok":true}
 or has "ok":false and the reason as "error".
 )";
@@ -38,8 +38,8 @@ or has "ok":false and the reason as "error".
 constexpr const char* kRemoveFooter = R"(Examples:
   gallery-host rm --dry-run *.png
   gallery-host rm "Second lap.mp4"
-Only captures that the gallery has on record are removed, and for good. After a file that fails the others still
-have their turn, and the exit status is 1. With --json each file is a line
+Only captures on record are removed, and they cannot be restored. After a failure the other files still have their
+turn, and the exit status is 1. With --json each file is a line
   {"file":"/home/me/a.png","ok":true}
 or has "ok":false and the reason as "error".
 )";
@@ -51,7 +51,7 @@ constexpr const char* kSettingsFooter = R"(Examples:
 )";
 
 constexpr const char* kSetFooter =
-    R"(With another gallery folder it waits until that is looked through; captures stay where they are.
+    R"(After a change of the gallery folder it waits for the scan; captures stay where they are.
 )";
 
 void AddRecent(CLI::App& app, Prepare& chosen) {
@@ -60,7 +60,7 @@ void AddRecent(CLI::App& app, Prepare& chosen) {
         bool json = false;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App* recent = app.add_subcommand("recent", "List the captures that came last, of all games.");
+    CLI::App* recent = app.add_subcommand("recent", "List the latest captures of all games.");
     recent->add_option("--count", arguments->count, "how many")
         ->type_name("N")
         ->capture_default_str()
@@ -81,7 +81,7 @@ struct Subject {
 void AddStats(CLI::App& app, Prepare& chosen) {
     const auto subject = std::make_shared<Subject>();
     CLI::App* stats = app.add_subcommand("stats", "Count the captures of a game.");
-    stats->add_option("GAME", subject->name, "the name of its folder, as \"list\" tells it")
+    stats->add_option("GAME", subject->name, "the name of its folder, as in \"list\"")
         ->required()
         ->type_name("")
         ->check([](const std::string& game) { return game.empty() ? "it is empty" : ""; });
@@ -95,7 +95,7 @@ void AddStats(CLI::App& app, Prepare& chosen) {
 
 void AddShow(CLI::App& app, Prepare& chosen) {
     const auto subject = std::make_shared<Subject>();
-    CLI::App* show = app.add_subcommand("show", "Tell all that is known of a capture.");
+    CLI::App* show = app.add_subcommand("show", "Show everything that is on record about a capture.");
     show->add_option("FILE", subject->name, "a capture on record")->required()->type_name("");
     show->add_flag("--json", subject->json, kJsonHelp);
     Choose(*show, chosen, [subject](const Preparation&) -> Job {
@@ -111,7 +111,7 @@ void CheckThumbOutput(ThumbOptions& options) {
         return;
     }
     if (options.json) throw Failure(kExitUsage, "--json and the image cannot both go to standard output");
-    if (isatty(STDOUT_FILENO) == 1) throw Failure(kExitUsage, "an image is nothing for a terminal");
+    if (isatty(STDOUT_FILENO) == 1) throw Failure(kExitUsage, "an image cannot go to a terminal");
 }
 
 void AddThumb(CLI::App& app, Prepare& chosen) {
@@ -120,12 +120,12 @@ void AddThumb(CLI::App& app, Prepare& chosen) {
         std::string size = "320x180";
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App* thumb = app.add_subcommand("thumb", "Write a small picture of an image or video.");
+    CLI::App* thumb = app.add_subcommand("thumb", "Write a thumbnail of an image or video.");
     thumb->add_option("FILE", arguments->options.name, "the image or video")->required()->type_name("");
-    thumb->add_option("-o,--output", arguments->options.out, "where to; \"-\" is standard output")
+    thumb->add_option("-o,--output", arguments->options.out, "the file to write; \"-\" is standard output")
         ->required()
         ->type_name("OUT.png");
-    thumb->add_option("--size", arguments->size, "how large, in pixels")
+    thumb->add_option("--size", arguments->size, "its size in pixels")
         ->type_name("WxH")
         ->capture_default_str()
         ->check([](const std::string& text) {
@@ -167,7 +167,7 @@ void AddTransfer(CLI::App& app, Prepare& chosen, const char* name, const char* a
                  RunFiles run) {
     const auto arguments = std::make_shared<FileArguments>();
     CLI::App* verb = app.add_subcommand(name, about);
-    verb->add_option("PATHS", arguments->paths, "the captures, and last where they go: FILE... DEST")
+    verb->add_option("PATHS", arguments->paths, "the captures, then their destination: FILE... DEST")
         ->required()
         ->type_name("")
         ->expected(2, -1);
@@ -182,7 +182,7 @@ void AddRemove(CLI::App& app, Prepare& chosen) {
         ->required()
         ->type_name("")
         ->expected(1, -1);
-    verb->add_flag("--dry-run", arguments->options.dryRun, "only tell what would be removed");
+    verb->add_flag("--dry-run", arguments->options.dryRun, "only list what would be removed");
     verb->footer(kRemoveFooter);
     ChooseFiles(*verb, chosen, arguments, PlanRemovals, RunRemove);
 }
@@ -193,8 +193,8 @@ void AddDrives(CLI::App& app, Prepare& chosen) {
         bool json = false;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App* drives = app.add_subcommand("drives", "List the drives and the room on them.");
-    drives->add_flag("--all", arguments->all, "list the system's own, too, as JSON always does");
+    CLI::App* drives = app.add_subcommand("drives", "List the drives and their free space.");
+    drives->add_flag("--all", arguments->all, "list drives of the system too, as JSON always does");
     drives->add_flag("--json", arguments->json, kJsonHelp);
     Choose(*drives, chosen, [arguments](const Preparation&) -> Job {
         return [arguments](Session& session, Output& output) {
@@ -212,12 +212,12 @@ struct SettingsArguments {
 
 void AddSettingsSet(CLI::App& settings, Prepare& chosen,
                     const std::shared_ptr<SettingsArguments>& arguments) {
-    CLI::App* set = settings.add_subcommand("set", "Change some.");
-    set->add_option("--path", arguments->change.path, "the gallery's folder; made if it is not there")
+    CLI::App* set = settings.add_subcommand("set", "Change settings.");
+    set->add_option("--path", arguments->change.path, "the gallery's folder; created if it does not exist")
         ->type_name("DIR");
     set->add_option("--temp", arguments->change.temporary, "the folder for temporary files")
         ->type_name("DIR");
-    CLI::Option* cap = set->add_option("--cap", arguments->cap, "whether the gallery's size is capped")
+    CLI::Option* cap = set->add_option("--cap", arguments->cap, "whether the gallery's size is limited")
                            ->type_name("on|off")
                            ->check(CLI::IsMember({"on", "off"}).description(""));
     CLI::Option* percent =

@@ -1,5 +1,5 @@
-// How verbs come onto the command line: each adds a subcommand with its options, and the one that the user
-// takes becomes the one to run.
+// The verbs on the command line: each adds a subcommand with its options, and the one that the user names
+// runs.
 #pragma once
 
 #include <functional>
@@ -21,13 +21,13 @@ struct Preparation {
 
 // What a verb does once the plug-in has started. May throw Failure.
 using Job = std::function<void(Session&, Output&)>;
-// What it does ahead of that, such as reading its input, so that a mistake does not start the plug-in. May
-// throw Failure.
+// What a verb does before the plug-in starts, such as reading its input, so that a mistake ends the program
+// early. May throw Failure.
 using Prepare = std::function<Job(const Preparation&)>;
 
 constexpr const char* kJsonHelp = "print JSON, for programs";
 
-// Makes `prepare` the chosen one when the command line names the subcommand.
+// Sets `chosen` to `prepare` if the command line names the subcommand.
 void Choose(CLI::App& subcommand, Prepare& chosen, Prepare prepare);
 
 // call, list, serve, watch and demo.

@@ -1,4 +1,4 @@
-// The command line of the verbs that drive the plug-in as such, or show it.
+// The command line of call, list, serve, watch and demo.
 #include <memory>
 #include <string>
 
@@ -16,22 +16,22 @@ namespace host {
 namespace {
 
 constexpr const char* kListFooter =
-    R"(Without DIR it lists what the gallery has on record, game by game, newest first, and waits while the gallery
-is still being looked through; with --json as
+    R"(Without DIR it lists the captures on record, game by game, newest first, and waits while the gallery is still
+being scanned; with --json as
   {"games":[{"name":"Rustwind Rally","ugc":[{"path":"/home/me/Videos/...","fileType":"video"}]}]}
 With DIR it lists folders first, then files, newest first; with --json as the payload of GetFolderListing.
 )";
 
 constexpr const char* kServeFooter =
-    R"(Each line of standard input is an envelope, or as much of one as there is to tell:
+    R"(Each line of standard input is an envelope; fields that it lacks are filled in:
   {"method":"GetFolderListing","payload":{"directory":"/home/me/Videos"}}
-Each message of the plug-in, response or notification, is a line of standard output. A line that is refused gives
+Each message of the plug-in, response or notification, is a line of standard output. A line that is refused is answered with
   {"error":{"line":3,"text":"what is wrong"},"reference_uniqueid":"the line's own, if it had one"}
-The plug-in's log goes to standard error. Notifications come without asking; an envelope of type 3073 with a
-notification's name as its method gets them under its own uniqueid. The end of standard input ends it, once all
-answers are there.
-Programs that the plug-in starts send such lines, of 64 KiB at most, as datagrams to the socket that the environment
-variable GALLERY_HOST_MESSAGES names; nothing comes back.
+The plug-in's log goes to standard error. All notifications are printed; an envelope of type 3073 with the name of a
+notification as its method subscribes to it under its own uniqueid. After the end of standard input the program waits
+for the remaining answers and ends.
+Programs that the plug-in starts can send such lines, of 64 KiB at most, as datagrams to the socket that the
+environment variable GALLERY_HOST_MESSAGES names; they receive no answers.
 )";
 
 constexpr const char* kWatchFooter =
@@ -40,7 +40,7 @@ constexpr const char* kWatchFooter =
   12:03:07  usage      1.2 GB of 512 GB (cap 50 %, on)
 A notification of another form is shown as its name and its payload. With --json each line is
   {"notification":"GalleryNotifications","payload":{"galleryIsFull":true}}
-Ctrl-C ends it with exit status 0; with --count, 130 tells that there were fewer than that.
+Ctrl-C ends it with exit status 0, or with 130 if there were fewer notifications than --count.
 )";
 
 void AddCall(CLI::App& app, Prepare& chosen) {
@@ -89,7 +89,7 @@ void AddList(CLI::App& app, Prepare& chosen) {
 
 void AddServe(CLI::App& app, Prepare& chosen) {
     CLI::App* serve =
-        app.add_subcommand("serve", "Talk JSON lines on standard input and output, for programs.");
+        app.add_subcommand("serve", "Exchange lines of JSON on standard input and output, for programs.");
     serve->footer(kServeFooter);
     Choose(*serve, chosen, [](const Preparation& preparation) -> Job {
         preparation.session.showLog = true;
@@ -105,7 +105,7 @@ void AddWatch(CLI::App& app, Prepare& chosen) {
     const auto options = std::make_shared<WatchOptions>();
     CLI::App* watch = app.add_subcommand("watch", "Print the gallery's notifications as they come.");
     watch->add_flag("--json", options->json, "print names and payloads, for programs");
-    watch->add_option("--count", options->count, "end after so many notifications")
+    watch->add_option("--count", options->count, "end after this many notifications")
         ->type_name("N")
         ->check(CLI::Range(1, 1000000000).description(""));
     watch->footer(kWatchFooter);
@@ -120,7 +120,7 @@ void AddDemo(CLI::App& app, Prepare& chosen) {
         "demo", "Make a small gallery in a temporary home and list it. The home is removed at the end.");
     demo->add_flag("--keep", *keep, "keep the temporary home and say where it is");
     Choose(*demo, chosen, [keep](const Preparation& preparation) -> Job {
-        // It goes with the job, behind the plug-in's end.
+        // The job owns it, so it is removed after the plug-in has ended.
         const auto home = std::make_shared<TemporaryHome>(*keep || preparation.session.debug.keepTemp);
         return [home, gallery = home->FillGallery()](Session& session, Output& output) {
             RunDemo(session, output, gallery);

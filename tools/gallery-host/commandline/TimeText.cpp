@@ -6,7 +6,7 @@
 namespace host {
 
 std::optional<double> ReadMilliseconds(const std::string& text) {
-    // Digits by number, so that every time is a sum without overflow.
+    // The number of digits is limited so that no sum overflows.
     static const std::regex form(R"((?:(?:(\d{1,6}):)?(\d{1,6}):)?(\d{1,9}(?:\.\d{1,9})?))");
     std::smatch parts;
     if (!std::regex_match(text, parts, form)) return std::nullopt;

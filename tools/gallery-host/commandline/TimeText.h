@@ -1,4 +1,4 @@
-// Times within a video, as people write them.
+// Reads times within a video.
 #pragma once
 
 #include <optional>
@@ -6,8 +6,8 @@
 
 namespace host {
 
-// Milliseconds of "90", "1.5", "1:30" or "1:02:03.5": seconds, with minutes and hours ahead of them, which
-// keep what follows below 60. Nothing for any other text.
+// Milliseconds of "90", "1.5", "1:30" or "1:02:03.5": seconds, or minutes and hours in front of seconds
+// below 60. Nothing for any other text.
 std::optional<double> ReadMilliseconds(const std::string& text);
 
 }  // namespace host

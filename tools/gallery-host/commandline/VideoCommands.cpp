@@ -1,4 +1,4 @@
-// The command line of the verbs that change videos, and make them.
+// The command line of trim, meme, engrave and montage.
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -19,12 +19,12 @@ namespace host {
 namespace {
 
 constexpr const char* kTrimFooter =
-    R"(TIME is in seconds, with minutes and hours ahead: 1.5, 90, 1:30 or 1:02:03.5.
+    R"(TIME is in seconds, or has minutes and hours in front: 1.5, 90, 1:30 or 1:02:03.5.
 Examples:
   gallery-host trim "Second lap.mp4" --from 1:30 --to 1:42.5
   gallery-host trim "Second lap.mp4" -o finish.mp4 --from 90 --length 12.5
-Without -o the clip takes the place of the video. A clip that is written, but is none that the gallery keeps on
-record, is a success. With --json
+Without -o the clip replaces the video. A clip outside of the gallery is a success too, but is not on record. With
+--json
   {"file":"/home/me/a.mp4","output":"/home/me/b.mp4","onRecord":true,"ok":true}
 or "ok":false and the reason as "error".
 )";
@@ -32,21 +32,21 @@ or "ok":false and the reason as "error".
 constexpr const char* kMemeFooter = R"(Examples:
   gallery-host meme "Second lap.mp4" --top "So close" --bottom "and yet so far"
   gallery-host meme "Second lap.mp4" --clear
-The texts are kept on record, and the video stays as it is. A bar without a text is empty.
+The texts are kept on record; the video itself does not change. A bar without a text is empty.
 )";
 
 constexpr const char* kEngraveFooter = R"(Examples:
   gallery-host engrave clip.mp4 --app "Rustwind Rally" --profile "Rustwind Rally"
   gallery-host engrave clip.mp4 --highlight --definition FINISH --group race-7 --significance 4
-The plug-in does not tell whether it worked, so the file is looked at: one that has not changed is a failure.
+The plug-in does not report a failure, so a file that has not changed counts as one.
 )";
 
 constexpr const char* kMontageFooter = R"(Examples:
   gallery-host montage release/recipe.js *.mp4 song.mp3 -o "Best of.mp4" --title "Best of"
-RECIPE is the script of a recipe, relative to those that come from the cloud. Ctrl-C cancels the montage and waits
-for its end; a second one does not wait. With --json
+RECIPE is the script of a recipe, relative to the recipes from the cloud. Ctrl-C cancels the montage and waits for its
+end; a second Ctrl-C does not wait. With --json each step is a line
   {"progress":12.5}
-comes for each step, and at the end {"output":"/home/me/Best of.mp4","ok":true}, or "ok":false and the reason.
+and the last line is {"output":"/home/me/Best of.mp4","ok":true}, or has "ok":false and the reason.
 )";
 
 void AddFile(CLI::App& verb, VideoSubject& file, const char* about) {
@@ -80,7 +80,7 @@ void AddTrim(CLI::App& app, Prepare& chosen) {
     CLI::App* trim = app.add_subcommand("trim", "Cut a clip out of a video, without loss.");
     AddFile(*trim, arguments->options.file, "the video");
     trim->add_option("-o,--output", arguments->options.target, "where the clip goes")->type_name("OUT");
-    AddTime(*trim, "--from", arguments->from, "where it begins; the beginning, if not told");
+    AddTime(*trim, "--from", arguments->from, "where it begins; by default the beginning");
     CLI::Option_group* end = trim->add_option_group("end");
     AddTime(*end, "--to", arguments->to, "where it ends");
     AddTime(*end, "--length", arguments->length, "how long it is");
@@ -93,7 +93,7 @@ void AddTrim(CLI::App& app, Prepare& chosen) {
         options.from = *ReadMilliseconds(arguments->from);
         options.length = arguments->length.empty() ? *ReadMilliseconds(arguments->to) - options.from
                                                    : *ReadMilliseconds(arguments->length);
-        if (options.length < 1) throw Failure(kExitUsage, "a clip lasts a millisecond at least");
+        if (options.length < 1) throw Failure(kExitUsage, "a clip lasts at least a millisecond");
         return
             [arguments](Session& session, Output& output) { RunTrim(session, output, arguments->options); };
     });
@@ -101,9 +101,9 @@ void AddTrim(CLI::App& app, Prepare& chosen) {
 
 void AddMeme(CLI::App& app, Prepare& chosen) {
     const auto options = std::make_shared<MemeOptions>();
-    CLI::App* meme = app.add_subcommand("meme", "Put texts over a video, or take them away.");
+    CLI::App* meme = app.add_subcommand("meme", "Put texts over a video, or remove them.");
     AddFile(*meme, options->file, "a capture on record");
-    CLI::Option* clear = meme->add_flag("--clear", "take the texts away");
+    CLI::Option* clear = meme->add_flag("--clear", "remove the texts");
     CLI::Option* top =
         meme->add_option("--top", options->top, "the text of the upper bar")->type_name("TEXT");
     CLI::Option* bottom =
@@ -120,7 +120,7 @@ void AddMeme(CLI::App& app, Prepare& chosen) {
 
 void AddEngrave(CLI::App& app, Prepare& chosen) {
     const auto options = std::make_shared<EngraveOptions>();
-    CLI::App* engrave = app.add_subcommand("engrave", "Write what is known of a video into its MP4 file.");
+    CLI::App* engrave = app.add_subcommand("engrave", "Write what is known about a video into its MP4 file.");
     AddFile(*engrave, options->file, "the video");
     const auto text = [engrave](const char* name, std::string& value, const char* type, const char* about) {
         engrave->add_option(name, value, about)->type_name(type);
@@ -130,7 +130,7 @@ void AddEngrave(CLI::App& app, Prepare& chosen) {
     text("--short-name", options->shortName, "NAME", "its short name");
     engrave->add_option("--cms-id", options->cmsId, "its CMS id")->type_name("N");
     engrave->add_flag("--highlight", options->highlight, "the video is a highlight");
-    text("--definition", options->definition, "ID", "what highlight");
+    text("--definition", options->definition, "ID", "the definition of the highlight");
     text("--group", options->group, "ID", "the group that it belongs to");
     engrave->add_option("--significance", options->significance, "how much it matters")->type_name("N");
     text("--media-type", options->mediaType, "WORD", "what kind of video, for example Montage");
@@ -145,7 +145,7 @@ void AddMontage(CLI::App& app, Prepare& chosen) {
     };
     const auto arguments = std::make_shared<Arguments>();
     CLI::App* montage = app.add_subcommand("montage", "Make one video of several captures.");
-    montage->add_option("RECIPE", arguments->options.recipe, "how it is made")
+    montage->add_option("RECIPE", arguments->options.recipe, "the script of the recipe")
         ->required()
         ->type_name("")
         ->check([](const std::string& recipe) { return recipe.empty() ? "it is empty" : ""; });
@@ -156,8 +156,7 @@ void AddMontage(CLI::App& app, Prepare& chosen) {
     montage->add_option("-o,--output", arguments->options.out, "the video to make")
         ->required()
         ->type_name("OUT");
-    montage->add_option("--title", arguments->options.title, "what stands at its beginning")
-        ->type_name("TEXT");
+    montage->add_option("--title", arguments->options.title, "the text at its beginning")->type_name("TEXT");
     montage->add_flag("--json", arguments->options.json, kJsonHelp);
     montage->footer(kMontageFooter);
     Choose(*montage, chosen, [arguments](const Preparation&) -> Job {
@@ -167,7 +166,7 @@ void AddMontage(CLI::App& app, Prepare& chosen) {
         if (!IsFolder(folder)) throw Failure(kExitFailed, "there is no folder " + folder);
         for (const std::string& input : arguments->inputs)
             options.inputs.push_back(ReadMontageInput(input));
-        // It goes with the job, behind the plug-in's end.
+        // The job owns it, so it is closed after the plug-in has ended.
         const auto messages = std::make_shared<MessageSocket>();
         return [arguments, messages](Session& session, Output& output) {
             session.Relay(*messages);

@@ -41,7 +41,7 @@ constexpr const char* kFooter = R"(Examples:
 
 Data goes to standard output, everything else to standard error. Exit status: 0 success, 1 the request failed,
 2 usage, 3 the plug-in could not be loaded or started, 4 no answer in time, 130 interrupted. An interrupt stops
-the plug-in in order, and is the ordinary end of watch, which then gives 0; a second one leaves at once.
+the plug-in in order, and ends watch with status 0; a second one leaves at once.
 )";
 
 struct Arguments {
@@ -60,13 +60,13 @@ std::string DefaultPlugin() {
 void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
     app.set_version_flag("--version", "gallery-host " GALLERY_VERSION);
     app.add_option("--plugin", arguments.session.plugin,
-                   "the plug-in's library; by default the one that came with this program")
+                   "the plug-in's library; by default the one beside this program")
         ->type_name("PATH");
     app.add_option("--timeout", arguments.timeout, "how long to wait for the plug-in")
         ->type_name("SECONDS")
         ->capture_default_str()
         ->check([](const std::string& text) {
-            // Not by a range of the library, which takes what is no number for one in it.
+            // CLI::Range would accept a text that is not a number.
             double seconds = 0;
             const bool number = CLI::detail::lexical_cast(text, seconds);
             return number && seconds >= 0.001 && seconds <= 86400 ? ""
@@ -79,7 +79,7 @@ void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
         ->check(CLI::IsMember(DebugModeNames()));
 }
 
-// Closed standard streams would give their numbers to descriptors that are opened later.
+// If a standard stream is closed, a descriptor that is opened later would take its number.
 void OpenStandardStreams() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
         if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) std::_Exit(kExitFailed);
@@ -98,7 +98,7 @@ ExitStatus Guarded(const std::function<void()>& job) {
     }
 }
 
-// Starts the plug-in, does the job and stops the plug-in, whatever came of the job. Sets `abandoned` when the
+// Starts the plug-in, does the job, and stops the plug-in even if the job fails. Sets `abandoned` if the
 // plug-in's threads still run.
 ExitStatus WithPlugin(const SessionOptions& options, Interrupt& interrupt, bool& abandoned, const Job& job,
                       Output& output) {
@@ -109,7 +109,7 @@ ExitStatus WithPlugin(const SessionOptions& options, Interrupt& interrupt, bool&
     });
     const ExitStatus stopped = session->Stop();
     abandoned = session->abandoned();
-    // Its threads still use it, until the process is gone.
+    // The plug-in's threads use it until the process ends.
     if (abandoned) static_cast<void>(session.release());
     return status != kExitSuccess ? status : stopped;
 }
@@ -119,11 +119,11 @@ void FillIn(Arguments& arguments) {
     if (arguments.session.debug.watcher) LogWatcherEvents();
     arguments.session.timeout = std::chrono::milliseconds(std::llround(arguments.timeout * 1000));
     if (arguments.session.plugin.empty()) arguments.session.plugin = DefaultPlugin();
-    // A name without a slash would be looked for among the system's libraries.
+    // dlopen would search the system's libraries for a name without a slash.
     arguments.session.plugin = fs::absolute(arguments.session.plugin).string();
 }
 
-// The exit status; does not come back when the plug-in had to be abandoned.
+// Returns the exit status; does not return if the plug-in had to be abandoned.
 int Run(Arguments& arguments) {
     ExitStatus status = kExitSuccess;
     bool abandoned = false;

@@ -39,7 +39,7 @@ void EntryThread::Run() {
 }
 
 void EntryThread::RunOne(const std::function<int()>& call) {
-    // A library may throw anything, types that only it knows included.
+    // A library may throw anything, including types that only it knows.
     try {
         events_.Push(Event::Kind::kReturned, call(), {});
     } catch (const std::exception& error) {

@@ -1,5 +1,5 @@
-// The one thread on which the plug-in's entry calls run. The plug-in wants them on one thread, one at a time
-// and never inside its callback; a thread of their own lets the main thread give up on one that hangs.
+// The thread on which the plug-in's entry calls run. The plug-in requires them on one thread, one at a time
+// and never inside its callback; on a separate thread, the main thread can give up on one that hangs.
 #pragma once
 
 #include <functional>
@@ -12,13 +12,13 @@ namespace host {
 
 class EntryThread {
   public:
-    // `events` gets a kReturned or kThrew for each call, and must outlive this object.
+    // `events` receives a kReturned or kThrew for each call and must outlive this object.
     explicit EntryThread(EventQueue& events);
     ~EntryThread();  // waits for the call that runs
     EntryThread(const EntryThread&) = delete;
     EntryThread& operator=(const EntryThread&) = delete;
 
-    // Runs `call` on the thread. The call before it must have come back.
+    // Runs `call` on the thread. The previous call must have returned.
     void Post(std::function<int()> call);
 
   private:

@@ -1,5 +1,5 @@
-// What the plug-in's threads tell, brought to the main thread in the order in which it came. The plug-in
-// calls back from many threads; everything else in this program runs on one.
+// Brings the plug-in's callbacks to the main thread, in their order. The plug-in calls back from many
+// threads; everything else in this program runs on one.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@ namespace host {
 struct Event {
     enum class Kind {
         kNotification,  // code: a ZvCefPluginNotification_t
-        kReturned,      // an entry call came back; code: its result
+        kReturned,      // an entry call returned; code: its result
         kThrew,         // an entry call threw; text: what it threw
     };
     Kind kind = Kind::kNotification;
@@ -28,7 +28,7 @@ struct Event {
 
 class EventQueue {
   public:
-    // A plug-in that talks faster than the output is read waits from here on.
+    // From here on Push waits, when a plug-in sends faster than the output is read.
     static constexpr size_t kMaxBytes = size_t{256} << 20;
 
     EventQueue();  // throws Failure when the system has no descriptors left
@@ -36,7 +36,7 @@ class EventQueue {
     EventQueue(const EventQueue&) = delete;
     EventQueue& operator=(const EventQueue&) = delete;
 
-    // From any thread; stamps the event with the calling thread and the time.
+    // May be called from any thread; records the calling thread and the time.
     void Push(Event::Kind kind, int code, std::string text);
     // The oldest event, if any.
     std::optional<Event> Take();

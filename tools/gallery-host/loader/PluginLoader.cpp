@@ -23,12 +23,12 @@ void OnNotification(ZvCefPluginNotification_t notification, const char* text, vo
     try {
         static_cast<EventQueue*>(context)->Push(Event::Kind::kNotification, notification, text ? text : "");
     } catch (...) {
-        // Out of memory inside a thread of the plug-in, which has no way to take an exception from us.
-        SayRaw("gallery-host: a notification was lost for want of memory");
+        // Out of memory on a thread of the plug-in, which cannot handle our exception.
+        SayRaw("gallery-host: a notification was lost: out of memory");
     }
 }
 
-// What the response of a failed command tells, or the text itself.
+// The result in the response of a failed command, or the text itself.
 std::string FailureText(const std::string& json) {
     KXP::Document response;
     std::string error;
@@ -70,7 +70,7 @@ int PluginLoader::Open(const std::string& path) {
 }
 
 void PluginLoader::Start() {
-    // A failed Initialize leaves an instance behind, which only Uninitialize removes.
+    // A failed Initialize leaves an instance that only Uninitialize removes.
     stage_ = Stage::kInitialized;
     auto failed = RunCommand(
         "_CmdInit_", [this] { return plugin_->Initialize(OnNotification, "{}", &events_); },
@@ -83,7 +83,7 @@ void PluginLoader::Start() {
 }
 
 std::string PluginLoader::Reason(const std::string& failure) const {
-    // The response of a failed command tells nothing; the log does, behind its place in the code.
+    // The response of a failed command has no reason. The log line does, after its place in the code.
     const size_t place = lastFault_.find("] ", lastFault_.find("][1]["));
     if (place == std::string::npos) return failure;
     const size_t text = lastFault_.find(' ', place + 2);
@@ -121,7 +121,7 @@ PluginLoader::Wake PluginLoader::Pump(Deadline deadline, int descriptor) {
 
 void PluginLoader::HeedInterrupt() {
     if (!interrupt_.Take()) return;
-    // The first one is what a stop in order is for; it may come during the stop as well.
+    // The first interrupt leads to an orderly stop; it may also come during the stop.
     if (!stopping_ || interrupt_.taken() > 1) throw Failure(kExitInterrupted, "interrupted");
     stopStatus_ = kExitInterrupted;
 }
@@ -131,7 +131,7 @@ ExitStatus PluginLoader::Stop() {
     try {
         StopInOrder();
     } catch (const Failure& failure) {
-        Say(std::string(failure.what()) + "; leaving without the plug-in's end");
+        Say(std::string(failure.what()) + "; leaving while the plug-in still runs");
         abandoned_ = true;
         stopStatus_ = failure.status();
     }
@@ -139,9 +139,9 @@ ExitStatus PluginLoader::Stop() {
 }
 
 void PluginLoader::StopInOrder() {
-    // 1. An interrupt may have left a call or a command running; nothing may overlap it.
+    // 1. After an interrupt a call or a command may still run; nothing may overlap it.
     Await([this] { return !busy_ && running_.empty(); }, "the plug-in's last command", kExitNoAnswer);
-    // 2. Only what was begun is ended, and a failure does not keep the next step from its turn.
+    // 2. End only what was started; go on after a failure.
     if (stage_ == Stage::kStarted) {
         const auto failed = RunCommand(
             "_CmdStop_", [this] { return plugin_->Stop(); }, "Stop of the plug-in", kExitNoAnswer);
@@ -158,7 +158,7 @@ void PluginLoader::StopInOrder() {
             stopStatus_ = kExitFailed;
         }
     }
-    // 3. Where it was opened, as its static objects may care.
+    // 3. Unload on the thread that loaded it, because static objects may depend on the thread.
     if (library_) Call([this] { return dlclose(library_); }, "unloading the plug-in", kExitNoAnswer);
     library_ = nullptr;
     stage_ = Stage::kEmpty;
@@ -166,7 +166,7 @@ void PluginLoader::StopInOrder() {
 
 PluginLoader::Returned PluginLoader::Call(std::function<int()> call, const std::string& name,
                                           ExitStatus late) {
-    // An interrupt may have left one.
+    // After an interrupt a call may still run.
     Await([this] { return !busy_; }, name, late);
     busy_ = true;
     entry_.Post(std::move(call));
@@ -191,7 +191,7 @@ void PluginLoader::Await(const std::function<bool()>& done, const std::string& w
     const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
     while (!done())
         if (Pump(deadline) == Wake::kDeadline)
-            throw Failure(late, what + " did not come to an end within " + Seconds(timeout_));
+            throw Failure(late, what + " did not end within " + Seconds(timeout_));
 }
 
 void PluginLoader::Dispatch(const Event& event) {
@@ -199,7 +199,7 @@ void PluginLoader::Dispatch(const Event& event) {
         busy_ = false;
         returned_ = {event.code, std::nullopt};
         if (event.kind == Event::Kind::kThrew) returned_.thrown = event.text;
-        // Of a command, only an accepted one goes on after its call.
+        // Only an accepted command goes on after its call.
         if (returned_.thrown || event.code != kAccepted) running_.clear();
     } else if (event.code == ZvCefPluginCommandSucceeded) {
         if (event.text == running_) running_.clear();

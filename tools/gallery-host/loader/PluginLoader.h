@@ -1,4 +1,4 @@
-// The plug-in as a shared library: opening it, its life cycle, and a time limit on everything it is asked.
+// Loads the plug-in, runs its life cycle, and limits the time of each call.
 #pragma once
 
 #include <chrono>
@@ -15,38 +15,38 @@
 
 namespace host {
 
-// For one thread, which is also the one that `listener` is called on.
+// For one thread, on which it also calls `listener`.
 class PluginLoader {
   public:
-    // Gets the notifications that are not the life cycle's: messages, events and log lines.
+    // Receives messages, events and log lines: all notifications but those of the life cycle.
     using Listener = std::function<void(const Event&)>;
     enum class Wake { kEvents, kDescriptor, kDeadline };
 
     // `timeout` bounds each entry call and each lifecycle command.
     PluginLoader(Interrupt& interrupt, std::chrono::milliseconds timeout, Listener listener);
-    // After Stop; never when that abandoned the plug-in.
+    // Only after Stop, and never if that abandoned the plug-in.
     ~PluginLoader() = default;
 
-    // Open and start the library. Throw Failure(kExitNoPlugin) when that does not work, and
-    // Failure(kExitInterrupted); Stop is due in either case.
+    // Load and start the library. Throw Failure(kExitNoPlugin) or Failure(kExitInterrupted); call Stop in
+    // either case.
     void Load(const std::string& path);
     void Start();
 
-    // Hands one envelope over. Gives the plug-in's words when it refuses the text. Throws
-    // Failure(kExitNoAnswer) when the call does not come back, and Failure(kExitInterrupted).
+    // Hands over one envelope. Returns the plug-in's error text if it refuses the envelope. Throws
+    // Failure(kExitNoAnswer) when the call does not return, and Failure(kExitInterrupted).
     std::optional<std::string> Send(const std::string& json);
 
-    // Waits for events and hands them to the listener, or for `descriptor` to be readable, or for the
-    // deadline; may come back early with kEvents. Throws Failure(kExitInterrupted).
+    // Waits for events, which it hands to the listener, for `descriptor` to be readable, or for the deadline;
+    // may return early with kEvents. Throws Failure(kExitInterrupted).
     Wake Pump(Deadline deadline, int descriptor = -1);
 
-    // From now on Pump calls `onReadable` while there is something to read, but only when nothing else is
-    // asked of the plug-in, so that it may call Send.
+    // From now on Pump calls `onReadable` while `descriptor` is readable and no call to the plug-in is
+    // pending, so that `onReadable` may call Send.
     void Watch(int descriptor, std::function<void()> onReadable);
 
-    // Stops, uninitializes and closes, as far as things have got, and says what goes wrong. When the plug-in
-    // does not come to an end in time, or at the second interrupt, it is abandoned: its threads still run,
-    // this object must not be destroyed, and the process has to leave without cleaning up.
+    // Stops, uninitializes and unloads what was started, and reports failures. If the plug-in does not end in
+    // time, or at the second interrupt, it is abandoned: its threads still run, this object must not be
+    // destroyed, and the process has to leave without cleaning up.
     ExitStatus Stop();
     bool abandoned() const { return abandoned_; }
 
@@ -78,11 +78,11 @@ class PluginLoader {
     Stage stage_ = Stage::kEmpty;
     void* library_ = nullptr;
     ZvCefPluginInfo* plugin_ = nullptr;
-    bool busy_ = false;  // an entry call is out
+    bool busy_ = false;  // an entry call is pending
     Returned returned_;
-    std::string running_;  // the method of the lifecycle command that has not ended
+    std::string running_;  // the method of the lifecycle command in progress
     std::optional<std::string> commandFailure_;
-    std::string lastFault_;  // the newest log line that tells of a failure
+    std::string lastFault_;  // the latest log line of a failure
     bool stopping_ = false;
     ExitStatus stopStatus_ = kExitSuccess;
     bool abandoned_ = false;

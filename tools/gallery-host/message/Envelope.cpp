@@ -129,7 +129,7 @@ int32_t ResultCode(const KXP::Document& envelope) {
     const KXP::Value* code = Find(Payload(envelope), "_return_code");
     if (!code) return 0;
     if (code->IsInt()) return code->GetInt();
-    // The same 32 bits written without a sign.
+    // The same 32 bits as an unsigned number.
     return code->IsUint() ? static_cast<int32_t>(code->GetUint()) : 0;
 }
 

@@ -40,7 +40,7 @@ int OpenSocket() {
     return fd;
 }
 
-// That there is a socket that nobody listens at.
+// Whether the folder is ours and nobody listens at its socket.
 bool IsLeftOver(const std::string& folder) {
     struct stat status {};
     if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid())
@@ -53,7 +53,7 @@ bool IsLeftOver(const std::string& folder) {
     return refused;
 }
 
-// What hosts have left that were killed.
+// Removes the folders of hosts that were killed.
 void RemoveLeftOvers(const fs::path& temporary) {
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(temporary, error)) {
@@ -104,7 +104,7 @@ bool MessageSocket::HasMore() const {
 
 std::optional<std::string> MessageSocket::Take() {
     std::string bytes(kMaxBytes, '\0');
-    // The flag makes it tell the whole length.
+    // With this flag recv returns the whole length.
     const ssize_t got = recv(fd_, bytes.data(), bytes.size(), MSG_TRUNC);
     if (got < 0) return std::nullopt;
     const auto length = static_cast<size_t>(got);

@@ -1,5 +1,5 @@
-// Where the plug-in's child processes send their messages: a datagram socket whose path they find in their
-// environment. Each datagram is one envelope, or as much of one as there is to tell.
+// Receives messages of the plug-in's child processes on a datagram socket, whose path is in their
+// environment. Each datagram is one envelope; fields that it lacks are filled in.
 #pragma once
 
 #include <cstddef>
@@ -13,17 +13,18 @@ class MessageSocket {
     static constexpr const char* kVariable = "GALLERY_HOST_MESSAGES";
     static constexpr size_t kMaxBytes = size_t{64} << 10;
 
-    // In a new folder that is this user's alone. Make it before there are threads, as the environment has no
-    // lock. What keeps it from being made is said, and it stays closed: the messages are only missed.
+    // Creates a new folder that only this user can open. Construct it before there are threads, because the
+    // environment has no lock. A failure is reported and leaves the socket closed: messages are then lost.
     MessageSocket();
-    ~MessageSocket();  // removes the folder; that of a host that was killed goes when the next is made
+    // Removes the folder. If the host is killed, the next one removes it.
+    ~MessageSocket();
     MessageSocket(const MessageSocket&) = delete;
     MessageSocket& operator=(const MessageSocket&) = delete;
 
     // Readable while there are messages; -1 when closed.
     int fd() const { return fd_; }
     bool HasMore() const;
-    // The oldest message, if there is one and it is not too long, which is said.
+    // The oldest message, if there is one. One that is too long is reported and dropped.
     std::optional<std::string> Take();
 
   private:

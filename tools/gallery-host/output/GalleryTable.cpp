@@ -21,14 +21,14 @@ std::string FileName(const KXP::Value& ugc) {
 TableRow MakeRow(const KXP::Value& ugc, const std::string& name) {
     const std::string type = Text(ugc, "fileType");
     const std::string date = Text(ugc, "date");
-    // A highlight that is announced has neither date nor size.
+    // A highlight that is only announced has neither date nor size.
     return {{name, HumanKind(type), HumanDetailOf(type, Text(ugc, "fileSubType")),
              date.empty() ? "" : HumanSize(SizeKB(ugc)), Printable(Text(ugc, "duration")),
              date.empty() ? "not saved yet" : HumanDate(date)}};
 }
 
-// Newest first. The plug-in's order is that in which it came to know of them, which after a rebuild is none;
-// what is not saved yet is newer than all.
+// Newest first, with those that are not saved yet at the top. The plug-in lists them in the order in which it
+// recorded them, which is arbitrary after a rebuild.
 std::vector<const KXP::Value*> ByDate(const KXP::Value& game) {
     std::vector<const KXP::Value*> captures;
     for (const KXP::Value& ugc : Elements(game, "ugc"))
@@ -63,7 +63,7 @@ std::string Heading(const KXP::Value& game, bool colour) {
 }  // namespace
 
 std::string GalleryTable(const KXP::Value& gallery, bool colour) {
-    std::vector<TableRow> rows;  // of all games, so that their columns stand one below the other
+    std::vector<TableRow> rows;  // of all games, so that their columns line up
     for (const KXP::Value& game : Elements(gallery, "games"))
         for (const KXP::Value* ugc : ByDate(game))
             rows.push_back(MakeRow(*ugc, FileName(*ugc)));

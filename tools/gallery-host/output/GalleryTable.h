@@ -1,4 +1,4 @@
-// The captures on record as people read them. Pure, but for the time zone that times are shown in.
+// Formats captures on record for people. Pure, except for the time zone.
 #pragma once
 
 #include <string>
@@ -7,9 +7,8 @@
 
 namespace host {
 
-// `gallery` is {"games":[{"name":...,"ugc":[...]}]} with captures as GetAppUGC tells them. For each game that
-// has any a heading and its captures, newest first; empty when there are none. Members of unexpected types
-// are passed over.
+// `gallery` is {"games":[{"name":...,"ugc":[...]}]} with captures as in the answer to GetAppUGC. Each game
+// that has captures gets a heading and its captures, newest first. Members of unexpected types are skipped.
 std::string GalleryTable(const KXP::Value& gallery, bool colour);
 
 // The captures of {"recents":[...]} in their order, each with the folder of its game; empty when there are

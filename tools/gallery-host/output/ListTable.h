@@ -1,4 +1,4 @@
-// A folder listing as people read it. Pure: payload in, text out.
+// Formats a folder listing for people. Pure: payload in, text out.
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace host {
 
-// The payload of a GetFolderListing response as a table, folders first, both in the order given; empty when
-// there is nothing to list. Members of unexpected types are passed over.
+// The payload of a GetFolderListing response as a table, folders first, both in their order; empty when there
+// is nothing to list. Members of unexpected types are skipped.
 std::string ListTable(const KXP::Value& payload, bool colour);
 
-// The folders of a listing, as they came.
+// The folders of a listing, in their order.
 std::vector<std::string> FolderNames(const KXP::Value& payload);
 
 // For example "2 folders, 1 file".

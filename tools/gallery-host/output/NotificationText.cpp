@@ -165,7 +165,7 @@ constexpr Teller kNotifications[] = {
     {"MontageNotification", "montage", Progress},
 };
 
-// GalleryNotifications carries many things; its one member tells which.
+// GalleryNotifications has one member, whose name is the kind of event.
 constexpr const char* kManifold = "GalleryNotifications";
 constexpr Teller kMembers[] = {
     {"captureSaved", "saved", CaptureSaved},

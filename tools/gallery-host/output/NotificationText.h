@@ -1,4 +1,4 @@
-// A notification of the gallery as people read it. Pure: name and payload in, one line out.
+// Formats a notification of the gallery for people. Pure: name and payload in, one line out.
 #pragma once
 
 #include <optional>
@@ -9,11 +9,11 @@
 namespace host {
 
 // The member "capacity" of a notification or of the settings, for example "on, 50 % of 512 GB (1.2 GB used)";
-// nothing for one of another form.
+// nothing if it has another form.
 std::optional<std::string> CapText(const KXP::Value& holder);
 
-// For example "saved      Rustwind Rally/Photo finish.png  image, highlight, 2.4 MB"; no time, no line end. A
-// notification that is not known, or not of the form known, becomes its name and its payload as JSON.
+// For example "saved      Rustwind Rally/Photo finish.png  image, highlight, 2.4 MB"; without time and line
+// end. A notification of an unknown name or form becomes its name and its payload as JSON.
 std::string NotificationText(const std::string& method, const KXP::Value& payload);
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// How far a verb is that takes many files, as a line on the terminal.
+// A status line on the terminal with the progress of a verb.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ std::string ProgressLine(const std::string& doing, size_t done, size_t total, si
 // "making  [########----------------]  33 %".
 std::string PercentLine(const std::string& doing, size_t percent, size_t columns);
 
-// Nothing is drawn for a single file, where standard error is no terminal, and of what is soon over.
+// Draws nothing for a single file, nor at the very start, nor if standard error is not a terminal.
 class Progress {
   public:
     Progress(std::string doing, size_t total);
@@ -21,9 +21,9 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void Advance();  // one more is done
+    void Advance();  // by one
     void Set(size_t done);
-    // When Draw is to be called next.
+    // When to call Draw next.
     Deadline due() const { return stale_ ? next_ : Deadline::max(); }
     void Draw();
 

@@ -17,7 +17,7 @@ std::vector<size_t> Widths(const std::vector<TableRow>& rows) {
 
 std::string Line(const TableRow& row, const std::vector<size_t>& widths, bool colour, size_t right) {
     std::string line;
-    size_t gap = 0;  // written only when something follows, so that no line ends in spaces
+    size_t gap = 0;  // written only before a cell, so that no line ends in spaces
     for (size_t column = 0; column < widths.size(); ++column) {
         const std::string& cell = row.cells[column];
         const size_t free = widths[column] - DisplayWidth(cell);

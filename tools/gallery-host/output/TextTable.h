@@ -1,4 +1,4 @@
-// Rows of cells as lines whose columns stand one below the other. Pure.
+// Formats rows of cells as lines with aligned columns. Pure.
 #pragma once
 
 #include <string>
@@ -14,11 +14,11 @@ struct TableRow {
 constexpr const char* kBold = "\x1b[1m";
 constexpr const char* kPlain = "\x1b[0m";
 
-// A line for each row, without its end; all rows have as many cells as the first. No line ends in spaces.
-// The column `right` is set to the right.
+// One line for each row, without its end; all rows have as many cells as the first. No line ends in spaces.
+// The column `right` is right-aligned.
 std::vector<std::string> TableLines(const std::vector<TableRow>& rows, bool colour,
                                     size_t right = std::string::npos);
-// The same as one text, every line with its end.
+// The same as one text, each line with its end.
 std::string TableText(const std::vector<TableRow>& rows, bool colour, size_t right = std::string::npos);
 
 }  // namespace host

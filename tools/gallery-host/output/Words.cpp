@@ -101,7 +101,7 @@ double SizeKB(const KXP::Value& ugc) {
 std::string HumanSize(double kilobytes) {
     constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB"};
     size_t unit = 0;
-    // From here on it would round to 1000.
+    // From here on the text would round to 1000.
     for (; kilobytes >= 999.5 && unit < 3; ++unit)
         kilobytes /= 1000;
     char text[40];

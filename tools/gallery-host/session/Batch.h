@@ -1,4 +1,4 @@
-// Requests about many things: some at once, their answers in order.
+// Sends many requests, several at a time, and returns their answers in order.
 #pragma once
 
 #include <chrono>
@@ -12,17 +12,17 @@
 namespace host {
 
 struct BatchRequest {
-    const char* method = nullptr;  // null: there is nothing to ask
+    const char* method = nullptr;  // null: no request
     KXP::Document payload;
-    std::chrono::milliseconds extra{0};  // what it may take beyond the session's timeout
+    std::chrono::milliseconds extra{0};  // added to the session's timeout
 };
 
-// Enough to keep the plug-in at work; more would only compete for the disk.
+// Enough to keep the plug-in busy; more would only compete for the disk.
 constexpr size_t kAtOnce = 4;
 
-// Asks `make` for each request from 0 to count - 1 and hands the answers, of whatever result, to `take` in
-// this order; where there was nothing to ask, `take` gets null in its turn. Throws Failure as Session::Ask
-// does, and then some that were sent may still be carried out.
+// Calls `make` for each request from 0 to count - 1 and hands the answers, whatever their results, to `take`
+// in this order; without a request, `take` receives null in its turn. Throws Failure as Session::Ask does;
+// requests that were sent may then still be carried out.
 void AskInOrder(Session& session, size_t count, const std::function<BatchRequest(size_t index)>& make,
                 const std::function<void(size_t index, const KXP::Document* answer)>& take,
                 Progress& progress, size_t atOnce = kAtOnce);

@@ -72,10 +72,10 @@ void Session::RelayOne(const std::string& text) {
         return;
     }
     if (IsPersistent(envelope) && !IsResponse(envelope)) {
-        Say("a child process sent a subscription, which nothing would come of");
+        Say("a child process sent a subscription, but cannot receive notifications");
         return;
     }
-    // Its own might be the one of somebody who waits for an answer.
+    // Its own identifier might be that of another request.
     const std::string id = NewUniqueId();
     SetText(envelope, "uniqueid", id);
     Complete(envelope);

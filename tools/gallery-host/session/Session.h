@@ -1,4 +1,4 @@
-// A conversation with the plug-in: messages out, answers and notifications in.
+// Sends messages to the plug-in, and receives its answers and notifications.
 #pragma once
 
 #include <chrono>
@@ -26,7 +26,7 @@ struct SessionOptions {
 // For one thread. Every call may throw Failure, see PluginLoader.
 class Session {
   public:
-    // `when` is the time at which the plug-in sent the message.
+    // `when` is when the plug-in sent the message.
     using MessageListener =
         std::function<void(KXP::Document& message, std::chrono::system_clock::time_point when)>;
 
@@ -37,22 +37,22 @@ class Session {
     bool abandoned() const { return loader_.abandoned(); }
     const SessionOptions& options() const { return options_; }
 
-    // Sends a request and waits for its answer, a response of whatever result, `extra` longer than any may
-    // take. Throws Failure(kExitNoAnswer) when it does not come in time, and Failure(kExitFailed) when the
-    // plug-in refuses the envelope.
+    // Sends a request and waits for its answer, whatever its result, for the timeout and `extra`. Throws
+    // Failure(kExitNoAnswer) when it does not come in time, and Failure(kExitFailed) when the plug-in refuses
+    // the envelope.
     KXP::Document Ask(const std::string& method, const KXP::Value& payload,
                       std::chrono::milliseconds extra = {});
 
-    // From now on the plug-in gets what its child processes send, and their answers are dropped. During calls
-    // of this class, which `messages` has to outlive.
+    // From now on, during calls of this class, hands the messages of child processes to the plug-in and drops
+    // the answers. `messages` has to outlive this object.
     void Relay(MessageSocket& messages);
-    // Until the plug-in has answered all that they have sent by now: the answer that their work was for may
-    // have come ahead of it.
+    // Waits until the plug-in has answered all messages of child processes so far: their last message may
+    // come after the answer to the request that started them.
     void FinishRelay(Deadline deadline);
 
-    // For callers that do their own matching. Send gives the plug-in's words when it refuses the envelope;
-    // the listener gets every message, during calls of this class, for as long as the result of Listen lives:
-    // messages still come after a failure, when what a listener uses may be gone.
+    // For callers that match answers themselves. Send returns the plug-in's error text if it refuses the
+    // envelope. The listener receives each message, during calls of this class, while the result of Listen
+    // lives: messages still come after a failure, when the objects that a listener uses may be gone.
     std::optional<std::string> Send(const KXP::Document& envelope);
     struct Unlisten {
         void operator()(Session* session) const { session->listener_ = nullptr; }
@@ -73,7 +73,7 @@ class Session {
 
     const SessionOptions options_;
     MessageSocket* messages_ = nullptr;
-    std::set<std::string> relayed_;  // what the answers to drop refer to
+    std::set<std::string> relayed_;  // identifiers of requests whose answers to drop
     MessageListener listener_;
     Timers timers_;
     PluginLoader loader_;

@@ -10,7 +10,7 @@ namespace host {
 void Subscriptions::Make(Session& session) {
     for (const std::string& method : NotificationMethods()) {
         const KXP::Document request = MakeRequest(method, KXP::Value(rapidjson::kObjectType), kPersistent);
-        // A notification may come before Send is back.
+        // A notification may come before Send returns.
         ids_[method] = Text(request, "uniqueid");
         const std::optional<std::string> refusal = session.Send(request);
         if (refusal) Say("the plug-in refused the subscription to " + method + ": " + *refusal);

@@ -8,14 +8,14 @@
 
 namespace host {
 
-// The plug-in keeps subscriptions for ever and sends a copy for each, so it gets one for each notification.
+// The plug-in never drops a subscription and sends a copy for each, so there is one for each notification.
 class Subscriptions {
   public:
-    // Says what the plug-in refuses. Throws Failure as Session::Send does.
+    // Reports what the plug-in refuses. Throws Failure as Session::Send does.
     void Make(Session& session);
 
     bool Has(const std::string& method) const { return ids_.count(method) != 0; }
-    // The message is a notification that comes of one of these.
+    // Whether the message is a notification for one of these.
     bool Match(const KXP::Document& message) const;
 
   private:

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What lies in a folder, foreign files too.
+// Lists all files of a folder, including foreign ones.
 void ListOne(Session& session, Output& output, const std::string& title, const std::string& directory) {
     ListOptions options;
     options.directory = directory;
@@ -34,7 +34,7 @@ TemporaryHome::TemporaryHome(bool keep) : keep_(keep) {
     path_ = (fs::temp_directory_path(error) / "gallery-demo-XXXXXX").string();
     if (!error && !mkdtemp(path_.data())) error.assign(errno, std::generic_category());
     if (error) throw Failure(kExitFailed, "cannot make a temporary folder: " + error.message());
-    // An older setting of the user must not lead out of the new home.
+    // Settings of the user must not lead out of the new home.
     setenv("HOME", path_.c_str(), 1);
     setenv("XDG_DATA_HOME", (path_ + "/.local/share").c_str(), 1);
     setenv("XDG_CONFIG_HOME", (path_ + "/.config").c_str(), 1);

@@ -1,4 +1,4 @@
-// A gallery of samples in a home of its own, so that the plug-in can be tried without touching the user's.
+// A gallery of samples in a temporary home, to try the plug-in without touching the user's files.
 #pragma once
 
 #include <string>
@@ -8,16 +8,16 @@
 
 namespace host {
 
-// A new folder that HOME and the XDG folders point into from then on. Make it before there are threads, as
-// the environment has no lock, and before the plug-in is loaded.
+// A new folder that HOME and the XDG variables point to from then on. Construct it before the plug-in is
+// loaded and before there are threads, because the environment has no lock.
 class TemporaryHome {
   public:
     explicit TemporaryHome(bool keep);  // throws Failure
-    ~TemporaryHome();                   // removes the folder, or says where it is
+    ~TemporaryHome();                   // removes the folder, or prints where it is
     TemporaryHome(const TemporaryHome&) = delete;
     TemporaryHome& operator=(const TemporaryHome&) = delete;
 
-    // Where the plug-in looks for the gallery by default; made and filled with samples. Throws Failure.
+    // Creates the gallery in its default place, fills it with samples and returns its path. Throws Failure.
     std::string FillGallery() const;
 
   private:
@@ -25,7 +25,7 @@ class TemporaryHome {
     const bool keep_;
 };
 
-// Lists what lies in the gallery's folder, and what the gallery has on record.
+// Lists the gallery's folder, then the captures on record.
 void RunDemo(Session& session, Output& output, const std::string& gallery);
 
 }  // namespace host

@@ -13,7 +13,7 @@ namespace host {
 namespace {
 
 BatchRequest MakeInfoRequest(const std::string& name) {
-    // The plug-in takes a name of one character for a drive's letter.
+    // For the plug-in a name of one character is a drive letter.
     BatchRequest request;
     request.method = "GetDriveInfo";
     request.payload = MakeTexts({{"drive", name == "/" ? "/." : name}});
@@ -27,7 +27,7 @@ void AddSpace(const KXP::Document& answer, KXP::Value& drive, KXP::Allocator& al
             drive.AddMember(rapidjson::StringRef(key), KXP::Value(*space, allocator), allocator);
 }
 
-// The system's own volumes, which nobody keeps captures on.
+// Volumes of the system, which hold no captures.
 bool IsReserved(const KXP::Value& drive) {
     return Text(drive, "type") == "reserved";
 }

@@ -10,11 +10,11 @@
 namespace host {
 
 // {"drives":[{"name":...,"type":...,"freeSpaceMB":...,"totalSpaceMB":...}]} as a table; the numbers may be
-// missing. Those of type "reserved" are left out unless `all`. Pure.
+// missing. Drives of type "reserved" are listed only with `all`. Pure.
 std::string DriveTable(const KXP::Value& drives, bool all, bool colour);
 
-// Throws Failure(kExitFailed); a drive that cannot be measured is listed without its numbers.
-// JSON has all.
+// Throws Failure(kExitFailed). A drive that cannot be measured is listed without numbers. JSON lists all
+// drives.
 void RunDrives(Session& session, Output& output, bool all, bool json);
 
 }  // namespace host

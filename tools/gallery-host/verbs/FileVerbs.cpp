@@ -32,7 +32,7 @@ constexpr Verb kMove{"MoveFile", "moving", "moved"};
 constexpr Verb kRemove{"RemoveGalleryItem", "removing", "removed"};
 constexpr Verb kLookUp{"GetFileMetadata", "looking up", "would be removed"};
 
-// A move on one volume takes no time, but the second in which the gallery finds the file there.
+// Moves on one volume do not compete for the disk.
 constexpr size_t kMovesAtOnce = 16;
 
 bool StaysOnItsVolume(const FileJob& job) {
@@ -57,7 +57,7 @@ BatchRequest MakeFileRequest(const Verb& verb, const FileJob& job) {
     return request;
 }
 
-// Plain words for what the plug-in answers, or its own.
+// The plug-in's reason in plain words where they are known.
 std::string PlainReason(const FileJob& job, const KXP::Document& answer) {
     const std::string text = Text(Payload(answer), "_return_status");
     const auto says = [&](const char* part) { return text.find(part) != std::string::npos; };
@@ -71,22 +71,22 @@ std::string PlainReason(const FileJob& job, const KXP::Document& answer) {
     return ResultText(answer);
 }
 
-// What is wrong with the answer; empty when the file is done.
+// Why the request failed; empty after a success.
 std::string Reason(const Verb& verb, const FileJob& job, const KXP::Document& answer) {
     if (ResultCode(answer) < 0) return PlainReason(job, answer);
-    // It succeeds for any file, and tells nothing of one that is not on record.
+    // GetFileMetadata succeeds for any file, with no members for one that is not on record.
     const bool missing = verb.method == kLookUp.method && !Find(Payload(answer), "fileType");
     return missing ? WhyNot(job.path, kNotOnRecord) : "";
 }
 
-// Tells of each file, and at the end of all.
+// Reports each file, and at the end all of them.
 class Report {
   public:
     Report(Output& output, const Verb& verb, size_t count, bool json)
         : output_(output), verb_(verb), count_(count), json_(json) {}
 
-    void Tell(const FileJob& job, const std::string& error) {
-        ++told_;
+    void Add(const FileJob& job, const std::string& error) {
+        ++reported_;
         if (json_) WriteLine(job, error);
         if (error.empty()) {
             ++done_;
@@ -106,7 +106,7 @@ class Report {
         if (done_ < count_) throw Failure(kExitFailed, Summary());
         Say(Summary());
     }
-    bool HasEnded() const { return told_ == count_; }
+    bool HasEnded() const { return reported_ == count_; }
 
   private:
     void WriteLine(const FileJob& job, const std::string& error) {
@@ -119,7 +119,7 @@ class Report {
     const Verb& verb_;
     const size_t count_;
     const bool json_;
-    size_t told_ = 0;
+    size_t reported_ = 0;
     size_t done_ = 0;
 };
 
@@ -132,13 +132,13 @@ void Run(Session& session, Output& output, const Verb& verb, const std::vector<F
             session, jobs.size(), [&](size_t index) { return MakeFileRequest(verb, jobs[index]); },
             [&](size_t index, const KXP::Document* answer) {
                 const FileJob& job = jobs[index];
-                report.Tell(job, answer ? Reason(verb, job, *answer) : job.error);
+                report.Add(job, answer ? Reason(verb, job, *answer) : job.error);
             },
             progress, atOnce);
     } catch (const Failure& failure) {
         if (report.HasEnded()) throw;
         throw Failure(failure.status(), std::string(failure.what()) + "; " + report.Summary() +
-                                            ", perhaps with some that were under way");
+                                            ", and perhaps some that were in progress");
     }
     report.End();
 }
@@ -163,7 +163,7 @@ std::vector<FileJob> PlanMoves(const std::vector<std::string>& paths) {
     std::vector<FileJob> jobs;
     for (size_t index = 0; index + 1 < paths.size(); ++index) {
         FileJob job = PlanOne(paths[index], destination, into);
-        // Which of two came first would be left to chance, as some are under way at once.
+        // Requests run at the same time, so chance would decide which of the two files stays.
         if (!taken.insert(job.destination).second) job.error = "another file goes to " + job.destination;
         jobs.push_back(std::move(job));
     }
@@ -194,7 +194,7 @@ void RunCopy(Session& session, Output& output, const std::vector<FileJob>& jobs,
 }
 
 void RunMove(Session& session, Output& output, const std::vector<FileJob>& jobs, const FileOptions& options) {
-    // While the gallery is looked through the plug-in would wait in vain for each file to be on record.
+    // During a scan of the gallery the plug-in would wait in vain for each file to be on record.
     AwaitGallery(session);
     const bool quick = std::all_of(jobs.begin(), jobs.end(), StaysOnItsVolume);
     Run(session, output, kMove, jobs, options.json, quick ? kMovesAtOnce : kAtOnce);

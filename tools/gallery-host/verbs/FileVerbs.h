@@ -14,24 +14,23 @@ struct FileOptions {
     bool json = false;
 };
 
-// One file, and what is to become of it.
+// What to do with one file.
 struct FileJob {
     std::string name;  // as the user wrote it
     std::string path;  // absolute
     std::string destination;
-    std::string error;  // why the plug-in is not even asked
+    std::string error;  // why no request is sent
 };
 
-// `paths` ends in the destination, and files go into it under their own names when it is a folder or ends in
-// "/". Throws Failure(kExitFailed) for several files and a destination that is neither. A move makes the
-// folder, a copy does not.
+// The last of `paths` is the destination. If it is a folder or ends in "/", files go into it under their own
+// names; if not, several files throw Failure(kExitFailed). A move creates the folder, a copy does not.
 std::vector<FileJob> PlanMoves(const std::vector<std::string>& paths);
 std::vector<FileJob> PlanCopies(const std::vector<std::string>& paths);
 // rm: each file once.
 std::vector<FileJob> PlanRemovals(const std::vector<std::string>& paths);
 
-// These go on after a file that fails, say why in one line, and throw Failure(kExitFailed) at the end. With
-// JSON each file is a line of standard output.
+// These report a failure in one line, go on with the next file, and throw Failure(kExitFailed) at the end.
+// With JSON each file is a line of standard output.
 void RunCopy(Session& session, Output& output, const std::vector<FileJob>& jobs, const FileOptions& options);
 void RunMove(Session& session, Output& output, const std::vector<FileJob>& jobs, const FileOptions& options);
 void RunRemove(Session& session, Output& output, const std::vector<FileJob>& jobs,

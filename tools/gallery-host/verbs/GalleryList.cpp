@@ -14,7 +14,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-// Between two looks at how far the gallery is. No notification tells the end of the look at its start.
+// How often to ask whether the scan has ended. No notification reports the end of the scan at the start.
 constexpr std::chrono::milliseconds kPollPeriod{100};
 
 void Wait(Session& session, Deadline deadline) {
@@ -38,10 +38,10 @@ KXP::Value AskGame(Session& session, const std::string& name, KXP::Allocator& al
 KXP::Document AskSettings(Session& session) {
     const KXP::Document answer = AskForSuccess(session, "GetSettings", KXP::Value(rapidjson::kObjectType));
     KXP::Document settings;
-    if (const KXP::Value* told = Find(Payload(answer), "settings"))
-        settings.CopyFrom(*told, settings.GetAllocator());
+    if (const KXP::Value* found = Find(Payload(answer), "settings"))
+        settings.CopyFrom(*found, settings.GetAllocator());
     if (Text(settings, "path").empty())
-        throw Failure(kExitFailed, "the plug-in does not tell the gallery's folder");
+        throw Failure(kExitFailed, "the plug-in does not name the gallery's folder");
     return settings;
 }
 
@@ -55,10 +55,9 @@ std::string AwaitGallery(Session& session) {
         const KXP::Document settings = AskSettings(session);
         if (IsComplete(settings)) return Text(settings, "path");
         if (steady_clock::now() >= deadline)
-            throw Failure(kExitNoAnswer, "the gallery is not looked through within " +
-                                             Seconds(session.options().timeout) +
-                                             "; a longer --timeout gives it more");
-        if (!said) Say("the gallery is being looked through; waiting for the end of that");
+            throw Failure(kExitNoAnswer, "the scan of the gallery did not end within " +
+                                             Seconds(session.options().timeout) + "; --timeout allows more");
+        if (!said) Say("the gallery is being scanned; waiting for the scan to end");
         Wait(session, std::min(deadline, steady_clock::now() + kPollPeriod));
     }
 }
@@ -94,8 +93,8 @@ void RunGalleryList(Session& session, Output& output, bool json) {
         Say(GallerySummary(gallery.games) + " in " + folder);
     } else {
         Say("no captures so far in " + folder);
-        Say("The product saves each in a folder of its game there. You can put some into such a folder as "
-            "well.");
+        Say("The product saves each in the folder of its game there. You can also copy captures into such a "
+            "folder.");
     }
 }
 

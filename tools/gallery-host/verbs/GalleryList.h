@@ -1,4 +1,4 @@
-// The list of all captures that the gallery has on record.
+// Lists all captures on record.
 #pragma once
 
 #include <string>
@@ -17,16 +17,16 @@ struct GalleryListing {
 
 // All of these throw Failure(kExitFailed) for a result below zero.
 
-// What GetSettings tells; there is a "path" in it.
+// The answer to GetSettings, which has a "path".
 KXP::Document AskSettings(Session& session);
-// Whether these say that the gallery is looked through.
+// Whether the gallery is scanned, according to the settings.
 bool IsComplete(const KXP::Value& settings);
 
-// The gallery's folder, once the gallery is looked through: until then the record misses captures. Waiting is
-// said once, and takes no longer than the session's timeout; throws Failure(kExitNoAnswer) then.
+// Waits until the gallery is scanned and returns its folder: before that, captures are missing from the
+// record. Reports once that it waits, and throws Failure(kExitNoAnswer) after the session's timeout.
 std::string AwaitGallery(Session& session);
 
-// The games that have captures on record; `folder` is the gallery's.
+// The games with captures on record; `folder` is the gallery's.
 std::vector<std::string> AskGames(Session& session, const std::string& folder);
 
 // Waits for the gallery as AwaitGallery does.

@@ -32,7 +32,7 @@ constexpr Ending kEndings[] = {
     {".m4a", "audio"}, {".aac", "audio"}, {".ogg", "audio"},  {".opus", "audio"}, {".flac", "audio"},
 };
 
-// What is on record of it; 0 of another one.
+// Of the record; 0 without one.
 double Duration(Session& session, const std::string& path) {
     const KXP::Document answer = session.Ask("GetFileMetadata", MakeTexts({{"file", path}}));
     const KXP::Value* duration = Find(Payload(answer), "msDuration");
@@ -71,7 +71,7 @@ KXP::Document MontageRequest(Session& session, const MontageOptions& options) {
     return request;
 }
 
-// The request that is out, and what comes of it.
+// A montage request, its progress and its answer.
 class Montage {
   public:
     Montage(Session& session, Output& output, bool json)
@@ -87,7 +87,7 @@ class Montage {
         Send(request);
     }
 
-    // False when it is not there by the deadline.
+    // False if there is no answer by the deadline.
     bool Await(Deadline deadline) {
         while (!answer_) {
             progress_.Draw();
@@ -103,7 +103,7 @@ class Montage {
 
     void Cancel() {
         ClearStatus();
-        Say("canceling the montage; another Ctrl-C does not wait for its end");
+        Say("canceling the montage; a second Ctrl-C leaves without waiting");
         Send(MakeRequest("CancelMontage", KXP::Value(rapidjson::kObjectType)));
         if (!Await(std::chrono::steady_clock::now() + session_.options().timeout))
             Say("the montage has not ended within " + Seconds(session_.options().timeout));
@@ -140,13 +140,13 @@ class Montage {
     Output& output_;
     const bool json_;
     std::string id_;
-    std::optional<double> progressed_;  // and not told yet
+    std::optional<double> progressed_;  // not reported yet
     std::optional<KXP::Document> answer_;
     Progress progress_{"making the montage"};
     const Session::Listening listening_;  // last: it fills the rest
 };
 
-// Whether the file bears the mark of a montage, as far as the listing of its folder tells.
+// Whether the file is engraved as a montage, according to the listing of its folder.
 bool IsMarked(Session& session, const std::string& path) {
     ListOptions options;
     options.directory = fs::path(path).parent_path().string();
@@ -191,14 +191,15 @@ void RunMontage(Session& session, Output& output, const MontageOptions& options)
     const FileStamp before(options.out);
     const KXP::Document request = MontageRequest(session, options);
     std::string error = MakeMontage(session, output, options, request);
-    // It succeeds whatever came of it.
+    // The request succeeds even if the montage process failed.
     if (error.empty() && !(FileStamp(options.out) != before))
         error = "the montage process has not written it; what it printed is in the log, which -v shows";
     if (options.json) WriteOutcome(output, MakeTexts({{"output", options.out}}), error);
     if (!error.empty()) throw Failure(kExitFailed, options.out + ": " + error);
-    Say(options.out + (IsMarked(session, options.out)
-                           ? ": written"
-                           : ": written, but it could not be engraved; the log, which -v shows, tells why"));
+    Say(options.out +
+        (IsMarked(session, options.out)
+             ? ": written"
+             : ": written, but it could not be engraved; the log, which -v shows, has the reason"));
 }
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// The verb montage: has the plug-in make one video of several captures.
+// The verb montage: makes one video of several captures.
 #pragma once
 
 #include <string>
@@ -22,11 +22,13 @@ struct MontageOptions {
     bool json = false;
 };
 
-// By the ending of its name. Throws Failure(kExitFailed) for another one, and for what is no file.
+// Finds the type by the extension. Throws Failure(kExitFailed) for an unknown one, and if there is no such
+// file.
 MontageInput ReadMontageInput(const std::string& name);
 
-// Until it is made, however long that takes. An interrupt cancels it, waits for its end and throws
-// Failure(kExitInterrupted). With JSON each step is a line {"progress":12.5}, and the outcome the last one.
+// Waits for the montage without a limit. An interrupt cancels it, waits for its end and throws
+// Failure(kExitInterrupted). With JSON each step is a line {"progress":12.5}, and the outcome is the last
+// line.
 void RunMontage(Session& session, Output& output, const MontageOptions& options);
 
 }  // namespace host

@@ -18,12 +18,12 @@ namespace {
 
 KXP::Document AskRecord(Session& session, const std::string& name, const std::string& path) {
     KXP::Document answer = AskForSuccess(session, "GetFileMetadata", MakeTexts({{"file", path}}));
-    // It succeeds for any file, and tells nothing of one that is not on record.
+    // The request succeeds for any file, with no members for one that is not on record.
     if (Find(Payload(answer), "fileType")) return answer;
     throw Failure(kExitFailed, name + ": " + WhyNot(path, kNotOnRecord));
 }
 
-// Adds how large an image is, as far as it can be read.
+// Adds the dimensions of an image, if they can be read.
 void AddDimensions(Session& session, const std::string& path, KXP::Document& record) {
     const KXP::Document answer = session.Ask("GetImageFileDimensions", MakeTexts({{"file", path}}));
     if (ResultCode(answer) < 0) return;
@@ -124,11 +124,11 @@ void RunStats(Session& session, Output& output, const std::string& game, bool js
     const unsigned videos = Count(Payload(answer), "videos");
     const unsigned screenshots = Count(Payload(answer), "screenshots");
     if (videos + screenshots == 0) {
-        // It counts none for a game that it does not know as well.
+        // An unknown game has the same answer.
         const std::vector<std::string> games = AskGames(session, folder);
         if (std::find(games.begin(), games.end(), game) == games.end())
             throw Failure(kExitFailed,
-                          "no game \"" + game + "\" on record; \"gallery-host list\" names those there are");
+                          "no game \"" + game + "\" on record; \"gallery-host list\" lists the games");
     }
     if (json) {
         KXP::Document stats = MakeTexts({{"game", game}});

@@ -1,4 +1,4 @@
-// The verbs that ask what is on record: show, recent and stats.
+// The verbs that show what is on record: show, recent and stats.
 #pragma once
 
 #include <string>
@@ -8,16 +8,16 @@
 
 namespace host {
 
-// All of these wait until the gallery is looked through and throw Failure(kExitFailed), with what is not on
-// record too.
+// All of these wait until the gallery is scanned. They throw Failure(kExitFailed), also for what is not on
+// record.
 
 // One capture; `path` is absolute, `name` as the user wrote it.
 void RunShow(Session& session, Output& output, const std::string& name, const std::string& path, bool json);
 
-// The captures that came last, of all games.
+// The latest captures of all games.
 void RunRecent(Session& session, Output& output, unsigned count, bool json);
 
-// How many captures one game has.
+// The number of captures of a game.
 void RunStats(Session& session, Output& output, const std::string& game, bool json);
 
 }  // namespace host

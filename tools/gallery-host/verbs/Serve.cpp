@@ -62,11 +62,11 @@ void Server::OnLine(const LineSplitter::Line& line) {
 }
 
 std::optional<std::string> Server::Forward(const KXP::Document& envelope) {
-    // The bus announces its members with these two; nobody answers.
+    // These two announce members of the bus and have no answer.
     const std::string method = Text(envelope, "method");
     if (IsResponse(envelope) || IsPersistent(envelope) || method == "JOIN" || method == "LEAVE")
         return session_.Send(envelope);
-    // The answer may come before Send is back.
+    // The answer may come before Send returns.
     const std::string id = Text(envelope, "uniqueid");
     outstanding_.insert(id);
     std::optional<std::string> refusal = session_.Send(envelope);

@@ -1,4 +1,4 @@
-// JSON lines in, JSON lines out: the way for programs to talk to the plug-in.
+// Lets programs talk to the plug-in in lines of JSON.
 #pragma once
 
 #include <map>
@@ -14,18 +14,18 @@
 
 namespace host {
 
-// Every line in is an envelope, or as much of one as the sender cares to give; the rest is filled in. Every
-// message of the plug-in is a line out. A line that is refused gives
+// Each line of standard input is an envelope; fields that it lacks are filled in. Each message of the plug-in
+// is a line of standard output. A line that is refused is answered with
 //   {"error":{"line":3,"text":"..."},"reference_uniqueid":"the line's own, if it had one"}
-// and serving goes on.
+// and the server goes on.
 //
-// The plug-in gets one subscription for each notification, made here. A notification goes out once for each
-// sender's subscription, under that one's identifier, or once under its method's name when nobody subscribed.
+// The server subscribes to each notification once. It writes a notification once for each subscription of a
+// sender, with its identifier, or once with the method's name if nobody subscribed.
 class Server {
   public:
     Server(Session& session, Output& output);
 
-    // Until standard input ends and what was asked is answered, or nobody reads the output any more. Throws
+    // Runs until standard input ends and all requests are answered, or until the output is closed. Throws
     // Failure, for example when answers do not come in time.
     void Run();
 
@@ -39,7 +39,7 @@ class Server {
     void ReadLines();
     void AwaitAnswers();
     void OnLine(const LineSplitter::Line& line);
-    // The plug-in's words when it refuses the envelope.
+    // The plug-in's error text if it refuses the envelope.
     std::optional<std::string> Forward(const KXP::Document& envelope);
     bool TakeSubscription(const KXP::Document& envelope);
     void Refuse(size_t lineNumber, const std::string& text, const std::string& id);
@@ -50,7 +50,7 @@ class Server {
     Session& session_;
     Output& output_;
     LineSplitter lines_;
-    bool open_ = true;  // somebody reads the output
+    bool open_ = true;  // the output
     std::multiset<std::string> outstanding_;
     Subscriptions subscriptions_;
     std::map<std::string, std::vector<Subscriber>> subscribers_;

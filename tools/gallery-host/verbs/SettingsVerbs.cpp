@@ -20,7 +20,7 @@ std::string SettingsTable(const KXP::Value& settings, bool colour) {
     };
     row("Gallery", Printable(Text(settings, "path")));
     row("Temporary", Printable(Text(settings, "tempFolderPath")));
-    row("State", IsComplete(settings) ? "" : "being looked through");
+    row("State", IsComplete(settings) ? "" : "being scanned");
     row("Cap", CapText(settings).value_or(""));
     return TableText(rows, colour);
 }
@@ -39,7 +39,7 @@ KXP::Document MakeChange(const SettingsChange& change) {
     return request;
 }
 
-// The plug-in does not tell which of the two folders it will not have.
+// The plug-in does not say which of the two folders it refuses.
 std::string RefusedFolders(const SettingsChange& change) {
     if (change.temporary.empty()) return change.path;
     return change.path.empty() ? change.temporary : change.path + " or " + change.temporary;
@@ -58,7 +58,7 @@ bool Apply(Session& session, const SettingsChange& change) {
 void SayGallery(Session& session) {
     const GalleryListing gallery = AskGallery(session);
     const bool empty = CaptureCount(gallery.games) == 0;
-    Say("the gallery is looked through: " + (empty ? "no captures" : GallerySummary(gallery.games)) + " in " +
+    Say("the gallery is scanned: " + (empty ? "no captures" : GallerySummary(gallery.games)) + " in " +
         gallery.folder);
 }
 
@@ -74,7 +74,7 @@ void RunSettingsGet(Session& session, Output& output, bool json) {
 
 void RunSettingsSet(Session& session, Output& output, const SettingsChange& change, bool json) {
     const bool changed = Apply(session, change);
-    Say(changed ? "settings saved" : "the settings are so already");
+    Say(changed ? "settings saved" : "no change: the settings have these values already");
     if (changed && !change.path.empty()) SayGallery(session);
     if (json) RunSettingsGet(session, output, json);
 }

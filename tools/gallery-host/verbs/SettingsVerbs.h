@@ -9,7 +9,7 @@
 
 namespace host {
 
-// What is to change; what is empty stays.
+// What to change; empty members stay as they are.
 struct SettingsChange {
     std::string path;  // absolute, as the next
     std::string temporary;
@@ -19,7 +19,7 @@ struct SettingsChange {
 
 // These throw Failure(kExitFailed).
 void RunSettingsGet(Session& session, Output& output, bool json);
-// With another folder it waits until that is looked through, as AwaitGallery does.
+// After a change of the folder it waits for the scan, as AwaitGallery does.
 void RunSettingsSet(Session& session, Output& output, const SettingsChange& change, bool json);
 
 }  // namespace host

@@ -43,7 +43,7 @@ void RunThumb(Session& session, Output& output, const ThumbOptions& options) {
     request.AddMember("width", options.width, request.GetAllocator());
     request.AddMember("height", options.height, request.GetAllocator());
     const KXP::Document answer = AskForSuccess(session, "GetThumbnail", request);
-    // Without one it succeeds as well.
+    // The request also succeeds without a thumbnail.
     if (!Find(Payload(answer), "thumbnail"))
         throw Failure(kExitFailed, options.name + ": the plug-in can make no thumbnail of it");
     const std::optional<std::string> png = ReadPngData(Text(Payload(answer), "thumbnail"));

@@ -19,14 +19,14 @@ struct ThumbOptions {
     bool json = false;
 };
 
-// The sides of "320x180"; nothing for what is no such text or beyond 16384.
+// The sides of "320x180", each from 1 to 16384; nothing for another text.
 struct ThumbSize {
     unsigned width;
     unsigned height;
 };
 std::optional<ThumbSize> ReadThumbSize(const std::string& text);
 
-// The PNG of a "data:image/png;base64," text; nothing for any other. Pure.
+// The PNG in a "data:image/png;base64," text; nothing for another text. Pure.
 std::optional<std::string> ReadPngData(std::string_view text);
 
 // Throws Failure(kExitFailed) when there is no thumbnail or it cannot be written.

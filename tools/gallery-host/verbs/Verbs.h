@@ -1,4 +1,4 @@
-// The verbs that ask one thing: call and list.
+// The verbs call and list, and requests that verbs share.
 #pragma once
 
 #include <string>
@@ -23,22 +23,22 @@ struct ListOptions {
     bool json = false;
 };
 
-// The payload that the words of the command line stand for: JSON text, "-" for standard input, "@file" for a
-// file, and an empty object when `text` is empty. Throws Failure(kExitUsage).
+// Reads the payload that `text` on the command line names: JSON, "-" for standard input, "@file" for a file;
+// an empty object if `text` is empty. Throws Failure(kExitUsage).
 KXP::Document ReadPayload(const std::string& text, Interrupt& interrupt);
 
 // These throw Failure(kExitFailed) with the code and text of a result below zero.
 void RunCall(Session& session, Output& output, const CallOptions& options);
 void RunList(Session& session, Output& output, const ListOptions& options);
 
-// Prints it for programs.
+// Prints a value for programs.
 void WriteJson(Output& output, const KXP::Value& value);
-// Prints what became of one thing, on a line: `line` with "ok", and with a reason if `error` is one.
+// Prints `line` with the member "ok", and with "error" unless `error` is empty.
 void WriteOutcome(Output& output, KXP::Document line, const std::string& error);
 
-// The response to a request; throws as these do.
+// Sends a request and returns its response; throws like these.
 KXP::Document AskForSuccess(Session& session, const std::string& method, const KXP::Value& payload);
-// The same for the request that list makes.
+// The same for the request of list.
 KXP::Document AskListing(Session& session, const ListOptions& options);
 
 }  // namespace host

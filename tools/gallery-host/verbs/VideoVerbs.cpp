@@ -12,7 +12,7 @@
 namespace host {
 namespace {
 
-constexpr const char* kSeeLog = "; the plug-in's log, which -v shows, tells why";
+constexpr const char* kSeeLog = "; the plug-in's log, which -v shows, has the reason";
 
 void End(Output& output, const VideoSubject& file, KXP::Document line, const std::string& error) {
     if (file.json) WriteOutcome(output, std::move(line), error);
@@ -48,7 +48,7 @@ KXP::Document EngraveRequest(const EngraveOptions& options) {
 
 void RunTrim(Session& session, Output& output, const TrimOptions& options) {
     const VideoSubject& file = options.file;
-    // While the gallery is looked through the plug-in would wait in vain for the clip to be on record.
+    // During a scan of the gallery the plug-in would wait in vain for the clip to be on record.
     AwaitGallery(session);
     const FileStamp before(options.target);
     KXP::Document request = MakeTexts({{"input", file.path}, {"output", options.target}});
@@ -86,7 +86,7 @@ void RunEngrave(Session& session, Output& output, const EngraveOptions& options)
     const KXP::Document answer = session.Ask("EngraveMP4", EngraveRequest(options), TimeToCopy(file.path));
     std::string error;
     if (ResultCode(answer) < 0) error = ResultText(answer);
-    // It succeeds whatever came of it.
+    // The request succeeds even if the file could not be engraved.
     else if (!(FileStamp(file.path) != before))
         error = WhyNot(file.path, std::string("could not be engraved") + kSeeLog);
     End(output, file, MakeTexts({{"file", file.path}}), error);

@@ -1,4 +1,4 @@
-// The verbs that change a video or what is on record of it: trim, meme and engrave.
+// The verbs that change a video or its record: trim, meme and engrave.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace host {
 
-// What these have in common: the file as the user wrote it, and its absolute path.
+// The file of a verb: its name as the user wrote it, and its absolute path.
 struct VideoSubject {
     std::string name;
     std::string path;
@@ -24,7 +24,7 @@ struct TrimOptions {
 
 struct MemeOptions {
     VideoSubject file;
-    std::string top;  // both empty to take them away
+    std::string top;  // both empty to remove them
     std::string bottom;
 };
 
@@ -41,7 +41,7 @@ struct EngraveOptions {
     std::string mediaType;
 };
 
-// These throw Failure(kExitFailed) with plain words; with JSON the outcome is a line of standard output too.
+// These throw Failure(kExitFailed). With JSON the outcome is also a line of standard output.
 void RunTrim(Session& session, Output& output, const TrimOptions& options);
 void RunMeme(Session& session, Output& output, const MemeOptions& options);
 void RunEngrave(Session& session, Output& output, const EngraveOptions& options);

@@ -14,7 +14,7 @@ namespace {
 
 using Time = std::chrono::system_clock::time_point;
 
-// The payload whatever it is: what is no object is shown as well.
+// The payload, even if it is not an object.
 const KXP::Value& RawPayload(const KXP::Document& message) {
     const KXP::Value* payload = Find(message, "payload");
     return payload ? *payload : Payload(message);

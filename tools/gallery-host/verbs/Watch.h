@@ -1,4 +1,4 @@
-// The verb watch: what the gallery notifies of, while it happens.
+// The verb watch: prints notifications as they come.
 #pragma once
 
 #include <cstdint>
@@ -10,12 +10,11 @@ namespace host {
 
 struct WatchOptions {
     bool json = false;
-    uint64_t count = 0;  // notifications to end after; 0: none
+    uint64_t count = 0;  // how many notifications to print; 0: no limit
 };
 
-// Writes a line for each notification, until there were as many as asked for or nobody reads the output any
-// more. Without a number to come to, an interrupt while it watches is the ordinary end of it; any other
-// throws Failure(kExitInterrupted).
+// Prints a line for each notification until it has printed `count` of them or the output is closed. Without a
+// count, an interrupt while it watches ends it with success; any other throws Failure(kExitInterrupted).
 void RunWatch(Session& session, Output& output, const WatchOptions& options);
 
 }  // namespace host
