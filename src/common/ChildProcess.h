@@ -10,7 +10,7 @@
 
 #include <sys/types.h>
 
-#include "common/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 #include "common/Mutex.h"
 
 namespace KXP {

@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/FolderReader.h"
+#include "base/Path.h"
 #include "common/Exception.h"
 #include "common/System.h"
 #include "common/TextUtil.h"
@@ -44,9 +46,7 @@ std::string ExtensionOf(const std::string& name) {
 }  // namespace
 
 bool DirectoryExists(const std::string& path) {
-    if (path.find('\0') != std::string::npos || access(path.c_str(), F_OK) != 0) return false;
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
-    return folder != nullptr;
+    return IsUsablePath(path) && access(path.c_str(), F_OK) == 0 && OpenFolder(path).IsOpen();
 }
 
 bool DirectoryWritable(const std::string& path) {
@@ -126,6 +126,11 @@ std::string CreateDirectoryPath(SpecialDirectory directory, const std::vector<st
 
 int DirectoryRemove(const std::string& path) {
     return rmdir(path.c_str());
+}
+
+void LogIllegibleNames(const FolderReader& reader, const std::string& folder) {
+    if (reader.illegible() == 0) return;
+    KXP_LOG(LogFailure, "Passed over %d names in %s that are not UTF-8", reader.illegible(), folder.c_str());
 }
 
 std::vector<std::string> GetFilesInDir(const std::string& folder) {

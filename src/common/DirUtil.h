@@ -11,6 +11,8 @@
 
 namespace KXP {
 
+class FolderReader;
+
 // Something is at the path and it can be opened as a folder.
 bool DirectoryExists(const std::string& path);
 
@@ -61,6 +63,9 @@ void MakeDirectoryWritable(const std::string& path);
 // to a file is copied as that file; links to folders, pipes, devices and links to nowhere are passed over
 // with a log line. Throws boost::filesystem::filesystem_error when a file cannot be copied.
 bool DirectoryCopy(const std::string& source, const std::string& destination, int count);
+
+// For a reader that has reached the end of the folder: logs how many names were passed over, if any.
+void LogIllegibleNames(const FolderReader& reader, const std::string& folder);
 
 // Names without the folder, in the folder's own order; none when it cannot be read. Links count as what they
 // lead to. The extension is matched by case and has no dot.

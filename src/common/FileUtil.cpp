@@ -10,12 +10,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/FileCalls.h"
+#include "base/NewFile.h"
+#include "base/Path.h"
+#include "base/ReadWrite.h"
 #include "common/DirUtil.h"
-#include "common/FileDescriptor.h"
 #include "common/HeldLog.h"
-#include "common/NewFile.h"
 #include "common/RetVal.h"
-#include "common/System.h"
 
 namespace KXP {
 namespace {
@@ -78,14 +79,12 @@ void CopyOwnerAndMode(const struct stat& from, const FileDescriptor& to) {
 }  // namespace
 
 bool FileExists(const std::string& path) {
-    // The system would take the text before a zero byte, which is another file.
-    return path.find('\0') == std::string::npos && access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
+    return IsUsablePath(path) && access(path.c_str(), F_OK) == 0 && !DirectoryExists(path);
 }
 
 bool IsRegularFile(const std::string& path) {
     struct stat status {};
-    return path.find('\0') == std::string::npos && lstat(path.c_str(), &status) == 0 &&
-           S_ISREG(status.st_mode);
+    return IsUsablePath(path) && lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 int FileCopy(const std::string& source, const std::string& destination) {
@@ -126,7 +125,7 @@ int FileMove(const std::string& source, const std::string& destination) {
 }
 
 int FileMoveNew(const std::string& source, const std::string& destination) {
-    if (Platform::RenameNoReplace(source, destination)) return Code::kOk;
+    if (Platform::RenameNoReplace(AT_FDCWD, source, AT_FDCWD, destination)) return Code::kOk;
     LogMoveFailed(source, destination);
     return Code::kFailure;
 }

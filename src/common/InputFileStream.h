@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "common/FileDescriptor.h"
+#include "base/ReadWrite.h"
 
 namespace KXP {
 

@@ -11,11 +11,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/FileCalls.h"
+#include "base/ReadWrite.h"
 #include "common/DirUtil.h"
-#include "common/FileDescriptor.h"
 #include "common/FileUtil.h"
 #include "common/JsonParse.h"
-#include "common/System.h"
 
 namespace KXP {
 namespace {

@@ -1,7 +1,7 @@
 #include "common/JsonHelpers.h"
 
 #include "CobalixUtil.h"
-#include "common/FileDescriptor.h"
+#include "base/ReadWrite.h"
 #include "common/JsonParse.h"
 #include "common/TextUtil.h"
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "base/Path.h"
 #include "common/DirUtil.h"
 #include "common/Exception.h"
 #include "common/FileUtil.h"
@@ -78,8 +79,7 @@ std::string GetAppDataDirectory(Profile profile) {
 }
 
 std::string GetExeName() {
-    const std::string path = GetExePath();
-    return path.substr(path.rfind('/') + 1);
+    return NameOf(GetExePath());
 }
 
 std::string GetLibraryName() {
@@ -91,7 +91,7 @@ std::string GetLibraryNameNoPrefix() {
 }
 
 std::string LibraryNameOfPath(const std::string& path) {
-    const std::string name = path.substr(path.rfind('/') + 1);
+    const std::string name = NameOf(path);
     return name.substr(0, name.rfind('.'));
 }
 

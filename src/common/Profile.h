@@ -7,7 +7,7 @@
 #include <string>
 
 #include "CobalixUtil.h"
-#include "libraries/cobalix-util/Places.h"
+#include "base/Places.h"
 
 namespace KXP {
 

@@ -1,9 +1,5 @@
-#include <cerrno>
-
 #import <Foundation/Foundation.h>
-#include <fcntl.h>
 #include <sys/event.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "common/System.h"
@@ -34,13 +30,6 @@ std::string GetOsLocale() {
 
 namespace Platform {
 
-const char* const kLibrarySuffix = ".dylib";
-
-// Names carry the library that they are of.
-int OwnScopeFlag() {
-    return 0;
-}
-
 int OpenExitDescriptor(pid_t pid) {
     const int queue = kqueue();
     if (queue < 0) return -1;
@@ -54,34 +43,6 @@ int OpenExitDescriptor(pid_t pid) {
 const int kSpawnCloses = POSIX_SPAWN_CLOEXEC_DEFAULT;
 
 void CloseOtherDescriptors(posix_spawn_file_actions_t*) {}
-
-int OpenNameless(int, unsigned) {
-    errno = ENOTSUP;
-    return -1;
-}
-
-bool GiveName(int, int, const std::string&) {
-    errno = ENOTSUP;
-    return false;
-}
-
-// fsync leaves it in the drive's own memory.
-bool MakeDurable(int fd) {
-    return fcntl(fd, F_FULLFSYNC) == 0 || fsync(fd) == 0;
-}
-
-bool ReserveFileSpace(int fd, int64_t size) {
-    struct stat status {};
-    if (fstat(fd, &status) != 0) return false;
-    if (size <= status.st_size) return true;
-    fstore_t store{};
-    store.fst_flags = F_ALLOCATEALL;
-    store.fst_posmode = F_PEOFPOSMODE;
-    store.fst_length = size - status.st_size;
-    // A volume that cannot reserve says so, and is written without.
-    if (fcntl(fd, F_PREALLOCATE, &store) != 0 && errno != ENOTSUP) return false;
-    return ftruncate(fd, size) == 0;
-}
 
 }  // namespace Platform
 }  // namespace KXP

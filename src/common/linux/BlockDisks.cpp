@@ -9,7 +9,7 @@
 #include <libudev.h>
 #include <sys/sysmacros.h>
 
-#include "common/FileDescriptor.h"
+#include "base/ReadWrite.h"
 
 namespace KXP {
 namespace {

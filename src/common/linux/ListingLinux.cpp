@@ -1,4 +1,5 @@
-#include "common/FolderReader.h"
+#include "base/FolderReader.h"
+#include "common/DirUtil.h"
 #include "common/System.h"
 
 namespace KXP::Platform {
@@ -10,6 +11,7 @@ std::vector<std::string> ListFolder(const std::string& folder, bool folders) {
         if (reader.Kind() == (folders ? EntryKind::Folder : EntryKind::Other))
             names.emplace_back(reader.Name());
     }
+    LogIllegibleNames(reader, folder);
     return names;
 }
 

@@ -4,7 +4,8 @@
 
 #include <unistd.h>
 
-#include "common/FileDescriptor.h"
+#include "base/Path.h"
+#include "base/ReadWrite.h"
 #include "common/Profile.h"
 #include "common/TextUtil.h"
 
@@ -34,7 +35,7 @@ std::string VideosFolderOfLine(const std::string& line, const std::string& home)
         folder += line[at];
     }
     if (at >= line.size()) return "";
-    return WithoutEndingSlash(folder);
+    return WithoutSlash(folder);
 }
 
 }  // namespace

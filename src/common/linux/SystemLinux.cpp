@@ -1,11 +1,7 @@
-#include <cerrno>
-
-#include <dlfcn.h>
-#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "common/FileDescriptor.h"
+#include "base/ReadWrite.h"
 #include "common/System.h"
 #include "common/TextUtil.h"
 
@@ -55,16 +51,6 @@ std::string GetOsLocale() {
 
 namespace Platform {
 
-const char* const kLibrarySuffix = ".so";
-
-int OwnScopeFlag() {
-#ifdef GALLERY_SANITIZED
-    return 0;  // the sanitizer's own malloc would not be found first
-#else
-    return RTLD_DEEPBIND;
-#endif
-}
-
 int OpenExitDescriptor(pid_t pid) {
     // The C library's declaration of the call is not one for C++.
     return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
@@ -74,28 +60,6 @@ const int kSpawnCloses = 0;
 
 void CloseOtherDescriptors(posix_spawn_file_actions_t* actions) {
     posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
-}
-
-int OpenNameless(int folder, unsigned mode) {
-    return openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, static_cast<mode_t>(mode));
-}
-
-bool GiveName(int fd, int folder, const std::string& name) {
-    const std::string file = "/proc/self/fd/" + std::to_string(fd);
-    return linkat(AT_FDCWD, file.c_str(), folder, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
-}
-
-bool MakeDurable(int fd) {
-    return fdatasync(fd) == 0;
-}
-
-bool ReserveFileSpace(int fd, int64_t size) {
-    int error = 0;
-    do {
-        error = posix_fallocate(fd, 0, size);
-    } while (error == EINTR);
-    errno = error;
-    return error == 0;
 }
 
 }  // namespace Platform

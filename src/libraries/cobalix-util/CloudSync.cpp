@@ -3,7 +3,7 @@
 #include <exception>
 
 #include "CobalixUtil.h"
-#include "libraries/cobalix-util/Places.h"
+#include "base/Places.h"
 #include "libraries/cobalix-util/cloud/Sync.h"
 
 namespace KXP {

@@ -20,18 +20,6 @@ TEST(TextUtil, SplittingAtACharacterHasNoLastEmptyPiece) {
     EXPECT_EQ(Thrown([] { SplitString("a", ""); }), "0x80070057[0]: Empty delimeter string");
 }
 
-TEST(TextUtil, ConversionIsStrict) {
-    for (const char* bad : {"\x80", "\xC0\x80", "\xC3", "\xE2\x82", "\xE0\x80\x80", "\xED\xA0\x80",
-                            "\xF0\x80\x80\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "12345678\xFF"}) {
-        EXPECT_FALSE(IsValidUtf8(bad));
-        EXPECT_THROW(Utf8ToWide(bad), std::range_error);
-    }
-    EXPECT_THROW(WideToUtf8(std::wstring(1, static_cast<wchar_t>(0xD800))), std::range_error);
-    EXPECT_THROW(WideToUtf8(std::wstring(1, static_cast<wchar_t>(0x110000))), std::range_error);
-    EXPECT_THROW(Utf16LEToUtf8(std::u16string{u'\xD800', u'a'}), std::range_error);
-    EXPECT_THROW(Utf16LEToUtf8(std::u16string(1, u'\xDC00')), std::range_error);
-}
-
 TEST(TimeUtil, DurationsCountWholeMillisecondsBehindTheDot) {
     LogCapture log;
     EXPECT_EQ(HHMMSSTimeTo100ns("1:02:03.4"), 37230040000);

@@ -1,11 +1,16 @@
 #include "gallery-host/verbs/Thumbnail.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <system_error>
 
+#include <sys/stat.h>
+
+#include "base/NewFile.h"
+#include "base/ReadWrite.h"
 #include "common/Base64.h"
-#include "gallery-host/base/AtomicFile.h"
 #include "gallery-host/message/Envelope.h"
 #include "gallery-host/verbs/Verbs.h"
 
@@ -15,6 +20,20 @@ namespace {
 constexpr std::string_view kPrefix = "data:image/png;base64,";
 constexpr std::string_view kPngSignature = "\x89PNG\r\n\x1a\n";
 constexpr unsigned kMaxSide = 16384;
+constexpr unsigned kOrdinaryMode = 0666;
+
+// The path holds the old file or the whole new one. Refuses anything but an ordinary file, because a device,
+// say, would be replaced.
+void WriteImage(const std::string& path, const std::string& png) {
+    const auto fail = [&](const std::string& why) {
+        throw Failure(kExitFailed, "cannot write " + path + ": " + why);
+    };
+    struct stat there {};
+    if (stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) fail("it is not an ordinary file");
+    KXP::NewFile file(path, kOrdinaryMode);
+    if (!file.IsOpen() || !KXP::WriteFully(file.descriptor(), png) || !file.PutOver(KXP::Durability::Content))
+        fail(std::strerror(errno));
+}
 
 }  // namespace
 
@@ -52,7 +71,7 @@ void RunThumb(Session& session, Output& output, const ThumbOptions& options) {
         output.Write(*png);
         return;
     }
-    WriteFileAtomically(options.out, *png);
+    WriteImage(options.out, *png);
     if (!options.json) return;
     KXP::Document written = MakeTexts({{"file", options.path}, {"thumbnail", options.out}});
     written.AddMember("bytes", static_cast<uint64_t>(png->size()), written.GetAllocator());

@@ -4,9 +4,10 @@
 #include <new>
 
 #include "CobalixUtil.h"
+#include "base/FolderReader.h"
+#include "common/DirUtil.h"
 #include "common/Exception.h"
 #include "common/FileUtil.h"
-#include "common/FolderReader.h"
 #include "common/TextUtil.h"
 #include "libraries/share-common/PageWords.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
@@ -59,6 +60,7 @@ void FolderListing::Read(const std::atomic<bool>& cancelled) {
             InspectFile(folder.Name());
         }
     }
+    KXP::LogIllegibleNames(folder, options_.directory);
 }
 
 void FolderListing::AddDirectory(const std::string& name) try {

@@ -3,8 +3,9 @@
 #include <filesystem>
 
 #include "CobalixUtil.h"
+#include "base/FolderReader.h"
+#include "common/DirUtil.h"
 #include "common/FileUtil.h"
-#include "common/FolderReader.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 namespace media {
@@ -36,6 +37,7 @@ bool IsDirectoryEmpty(const std::string& path, bool onlyOwn) {
         if (folder.Name()[0] == '.' || folder.Kind() == KXP::EntryKind::Folder) continue;
         if (!onlyOwn || CountsAsOwn(path + "/" + folder.Name())) return false;
     }
+    KXP::LogIllegibleNames(folder, path);
     return true;
 }
 

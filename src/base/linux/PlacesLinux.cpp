@@ -5,7 +5,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include "libraries/cobalix-util/Places.h"
+#include "base/Path.h"
+#include "base/Places.h"
 
 namespace KXP::Platform {
 namespace {
@@ -13,7 +14,7 @@ namespace {
 // By the base directory rules a relative path counts as unset.
 std::string FolderFromEnvironment(const char* name, const std::string& fallback) {
     const char* folder = std::getenv(name);
-    return folder && *folder == '/' ? WithoutEndingSlash(folder) : fallback;
+    return folder && *folder == '/' ? WithoutSlash(folder) : fallback;
 }
 
 std::string HomeOfPasswordEntry() {
@@ -33,7 +34,7 @@ std::string AppSupportFolder() {
 
 std::string HomeFolder() {
     const char* home = std::getenv("HOME");
-    return WithoutEndingSlash(home && *home ? home : HomeOfPasswordEntry());
+    return WithoutSlash(home && *home ? home : HomeOfPasswordEntry());
 }
 
 std::string LibraryFolder() {

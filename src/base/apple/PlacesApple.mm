@@ -1,6 +1,6 @@
 #import <Foundation/Foundation.h>
 
-#include "libraries/cobalix-util/Places.h"
+#include "base/Places.h"
 
 namespace KXP::Platform {
 namespace {

@@ -1,6 +1,6 @@
-// Where the product's files lie, as far as this library and those above it must agree on it. A static library
-// of its own, linked by each of them; common/Profile.h has the rest. Paths are UTF-8 without a "/" at the
-// end. Every call may be made from any thread.
+// The product's places on disk that the utility library and the libraries above it must agree on;
+// common/Profile.h has the rest. Paths are UTF-8 without a "/" at the end. Every call may be made from any
+// thread.
 #pragma once
 
 #include <string>
@@ -11,15 +11,13 @@ namespace KXP {
 constexpr const char* kProductFolder = "/ZORVEX/OvirastreamX";
 
 // The name under which the loader knows the shared library (or program) that this code is linked into; empty
-// when it does not.
+// when it knows none.
 std::string LoadedLibraryName();
 
-// The same as a whole real path; throws std::runtime_error when it cannot be told. GetLibraryPath is its
-// folder.
+// The same as a whole real path; throws std::runtime_error when there is no such name. GetLibraryPath returns
+// its folder.
 std::string GetLibraryFilePath();
 std::string GetLibraryPath();
-
-std::string WithoutEndingSlash(std::string folder);
 
 // The user's folders, which need not exist: application data, home, and settings.
 namespace Platform {

@@ -1,4 +1,4 @@
-#include "libraries/cobalix-util/Places.h"
+#include "base/Places.h"
 
 #include <climits>
 #include <cstdlib>
@@ -9,7 +9,7 @@
 namespace KXP {
 
 std::string LoadedLibraryName() {
-    // A static address, which no other library that links this code can take the place of.
+    // The address of something static, which no other library that links this code can replace.
     static const char anchor = 0;
     Dl_info info{};
     if (dladdr(&anchor, &info) == 0 || !info.dli_fname) return "";
@@ -20,7 +20,7 @@ std::string GetLibraryFilePath() {
     const std::string name = LoadedLibraryName();
     if (name.empty()) throw std::runtime_error("dladdr failed");
     char resolved[PATH_MAX];
-    // A library that was replaced while it runs has no real path any more; its old one still tells the
+    // A library that was replaced while it runs has no real path any more; its old one still names the
     // folder.
     return realpath(name.c_str(), resolved) ? resolved : name;
 }
@@ -29,12 +29,6 @@ std::string GetLibraryPath() {
     const std::string path = GetLibraryFilePath();
     const size_t slash = path.rfind('/');
     return slash == std::string::npos ? "" : path.substr(0, slash);
-}
-
-std::string WithoutEndingSlash(std::string folder) {
-    while (folder.size() > 1 && folder.back() == '/')
-        folder.pop_back();
-    return folder;
 }
 
 }  // namespace KXP

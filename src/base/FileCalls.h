@@ -1,0 +1,30 @@
+// The file calls that differ between systems. Those that return a bool set errno on failure.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace KXP::Platform {
+
+// For open: a folder that is only the start of other calls' paths, which needs no right to read it.
+extern const int kFolderForLookup;
+
+// Returns when what was written to the file would outlast a loss of power.
+bool MakeDurable(int fd);
+
+// Gives the file disk space for `size` bytes, at least one, and at least that length. The content stays and
+// zero bytes follow it. False when there is no room; the length may then have grown.
+bool ReserveFileSpace(int fd, int64_t size);
+
+// Renames unless anything, even a link to nowhere, has the new name: EEXIST. Each path starts at its open
+// folder, or at the current one for AT_FDCWD. Where the volume cannot do both in one step, a file that
+// appears at that very moment is replaced.
+bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, const std::string& to);
+
+// Copies up to `size` bytes from `position` of one file to the same position of another inside the kernel;
+// on volumes that can share blocks the two files then share them. Returns the number of bytes, or less than 1
+// at the end of the file and where this cannot be done.
+int64_t CopyFileRange(int from, int to, uint64_t position, size_t size);
+
+}  // namespace KXP::Platform

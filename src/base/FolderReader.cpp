@@ -1,0 +1,57 @@
+#include "base/FolderReader.h"
+
+#include <cerrno>
+#include <string_view>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "base/Text.h"
+
+namespace KXP {
+
+FolderReader::FolderReader(const std::string& path, Links links) : FolderReader(OpenFolder(path, links)) {}
+
+FolderReader::FolderReader(FileDescriptor folder)
+    : folder_(folder.IsOpen() ? fdopendir(folder.get()) : nullptr) {
+    if (folder_) (void)folder.Release();
+}
+
+bool FolderReader::Next() {
+    while (NextOfAll()) {
+        const std::string_view name = entry_->d_name;
+        if (name == "." || name == "..") continue;
+        if (IsValidUtf8(name)) return true;
+        ++illegible_;
+    }
+    return false;
+}
+
+bool FolderReader::NextOfAll() {
+    if (!folder_) return false;
+    errno = 0;  // the only way to tell a failure from the end
+    entry_ = readdir(folder_.get());
+    if (!entry_) error_ = errno;
+    return entry_ != nullptr;
+}
+
+EntryKind FolderReader::Kind() const {
+    if (entry_->d_type == DT_DIR) return EntryKind::Folder;
+    if (entry_->d_type != DT_UNKNOWN && entry_->d_type != DT_LNK) return EntryKind::Other;
+    struct stat status {};
+    if (!Look(status, Links::Follow)) return EntryKind::Unreachable;
+    return S_ISDIR(status.st_mode) ? EntryKind::Folder : EntryKind::Other;
+}
+
+bool FolderReader::IsFolder() const {
+    if (entry_->d_type != DT_UNKNOWN) return entry_->d_type == DT_DIR;
+    struct stat status {};
+    return Look(status, Links::Refuse) && S_ISDIR(status.st_mode);
+}
+
+bool FolderReader::Look(struct stat& status, Links links) const {
+    const int flags = links == Links::Follow ? 0 : AT_SYMLINK_NOFOLLOW;
+    return fstatat(descriptor(), entry_->d_name, &status, flags) == 0;
+}
+
+}  // namespace KXP

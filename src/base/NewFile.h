@@ -1,0 +1,54 @@
+// A file that appears under its name whole or not at all. Until then it has no name, or on volumes without
+// nameless files a hidden random one beside its place. Nobody else can have put anything there, so no link is
+// followed and no reader finds half a file; what is not put into its place is removed.
+#pragma once
+
+#include <string>
+
+#include "base/FileDescriptor.h"
+
+namespace KXP {
+
+// What outlasts a loss of power when Put returns.
+enum class Durability {
+    None,            // whatever the system has written by then
+    Content,         // the bytes, before the file gets its name: there is the old file or the whole new one
+    ContentAndName,  // the name as well, on volumes that can promise it
+};
+
+class NewFile {
+  public:
+    static constexpr unsigned kPrivate = 0600;
+
+    // Creates an empty file in the folder of `place` with `mode` less the umask. IsOpen is false, with errno
+    // set, when that fails.
+    explicit NewFile(const std::string& place, unsigned mode = kPrivate);
+    // The same for a name in an open folder; closed, with errno as it is, when the folder is.
+    NewFile(FileDescriptor folder, std::string name, unsigned mode = kPrivate);
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    bool IsOpen() const { return file_.IsOpen(); }
+    // For reading and writing.
+    const FileDescriptor& descriptor() const { return file_; }
+
+    // What is in the place now; a link itself. False with errno set, ENOENT among others.
+    bool LookAtPlace(struct stat& status) const;
+
+    // Ends the writing and puts the file into its place, once: PutNew where nothing may be yet (EEXIST),
+    // PutOver in place of the file or link that is there. False with errno set.
+    bool PutNew(Durability durability = Durability::None) { return Put(false, durability); }
+    bool PutOver(Durability durability = Durability::None) { return Put(true, durability); }
+
+  private:
+    void Create(unsigned mode);
+    bool Put(bool replace, Durability durability);
+
+    FileDescriptor folder_;
+    const std::string name_;
+    std::string hidden_;  // empty while the file has no name
+    FileDescriptor file_;
+};
+
+}  // namespace KXP

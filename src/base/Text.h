@@ -1,0 +1,22 @@
+// Text and its encodings. Wide text holds 32-bit characters.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace KXP {
+
+// Byte by byte; UTF-8 beyond ASCII stays as it is in the C locale.
+std::string ToLower(std::string text);
+
+// Strict: malformed bytes, lone surrogates and values beyond U+10FFFF throw std::range_error.
+std::wstring Utf8ToWide(std::string_view text);
+std::string WideToUtf8(std::wstring_view text);
+
+// Whether Utf8ToWide would accept the text.
+bool IsValidUtf8(std::string_view text);
+
+// The text with U+FFFD in place of each byte that belongs to no valid sequence.
+std::string ToValidUtf8(std::string_view text);
+
+}  // namespace KXP

@@ -1,0 +1,50 @@
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/FileCalls.h"
+
+namespace KXP::Platform {
+
+const int kFolderForLookup = O_SEARCH;
+
+// fsync leaves it in the drive's own memory.
+bool MakeDurable(int fd) {
+    return fcntl(fd, F_FULLFSYNC) == 0 || fsync(fd) == 0;
+}
+
+bool ReserveFileSpace(int fd, int64_t size) {
+    struct stat status {};
+    if (fstat(fd, &status) != 0) return false;
+    if (size <= status.st_size) return true;
+    fstore_t store{};
+    store.fst_flags = F_ALLOCATEALL;
+    store.fst_posmode = F_PEOFPOSMODE;
+    store.fst_length = size - status.st_size;
+    // A volume that cannot reserve says so, and is written without.
+    if (fcntl(fd, F_PREALLOCATE, &store) != 0 && errno != ENOTSUP) return false;
+    return ftruncate(fd, size) == 0;
+}
+
+bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, const std::string& to) {
+    if (renameatx_np(fromFolder, from.c_str(), toFolder, to.c_str(), RENAME_EXCL) == 0) return true;
+    if (errno != ENOTSUP && errno != EINVAL) return false;
+    // Some volumes know the plain call alone.
+    struct stat status {};
+    if (fstatat(toFolder, to.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return renameat(fromFolder, from.c_str(), toFolder, to.c_str()) == 0;
+}
+
+int64_t CopyFileRange(int, int, uint64_t, size_t) {
+    // The system clones whole files by name, which cannot be stopped half-way.
+    errno = ENOTSUP;
+    return -1;
+}
+
+}  // namespace KXP::Platform
