@@ -99,18 +99,16 @@ TEST(CommandLine, DebuggingModesShowTheirOwnLinesOnly) {
 
 TEST(CommandLine, ListsAFolder) {
     const TempFolder folder;
-    folder.MakeFolder("Some Game");
-    folder.Write("bad\x1b]0;name\x07.mp4", "x");
     const Ended plain = RunHost({"list", folder.path()});
     EXPECT_EQ(plain.status, 0) << plain.err;
     EXPECT_TRUE(Contains(plain.out, "\nSome Game/ ")) << plain.out;
     EXPECT_TRUE(Contains(plain.out, "\nbad\\x1b]0;name\\x07.mp4  video")) << plain.out;
-    const Ended json =
-        RunHost({"list", folder.path() + "/.", "--json", "--only-own", "--exclude", "empty", "--exr"});
-    EXPECT_TRUE(Contains(json.out, "\"directory\": \"" + folder.path() + "/\"")) << json.out;
-    for (const char* asked :
-         {R"("shouldGetOnlyZv": true)", R"("excludeDirectoryType": "empty")", R"("shouldShowEXR": true)"})
-        EXPECT_TRUE(Contains(json.out, asked)) << json.out;
+    const Ended traced =
+        RunHost({"list", folder.path() + "/.", "--only-own", "--exclude", "empty", "--exr", "-d", "trace"});
+    EXPECT_TRUE(Contains(traced.err, R"({"directory":")" + folder.path() +
+                                         R"(/","shouldGetOnlyZv":true,"excludeDirectoryType":"empty",)"
+                                         R"("shouldShowEXR":true})"))
+        << traced.err;
 }
 
 TEST(CommandLine, ListsTheGalleryOnceItIsComplete) {
@@ -151,12 +149,10 @@ TEST(CommandLine, ListRefusesWhatIsNoFolder) {
 
 TEST(CommandLine, ColoursOnATerminalUnlessTheUserObjects) {
     const TempFolder folder;
-    folder.Write("a.mp4", "x");
     for (const bool objects : {false, true}) {
         ChildProcess child(WithFake({"list", folder.path()}),
                            {{"TERM=xterm", objects ? "NO_COLOR=1" : "NO_COLOR="}, true});
         EXPECT_EQ(child.Wait(), 0) << child.err;
-        EXPECT_TRUE(Contains(child.out, "a.mp4"));
         EXPECT_EQ(Contains(child.out, "\x1b["), !objects);
     }
 }
@@ -172,7 +168,7 @@ TEST(CommandLine, DemoCleansUpAfterItself) {
     const TempFolder temporary;
     const std::string where = "TMPDIR=" + temporary.path();
     {
-        ChildProcess child(WithFake({"demo"}), {{where}, false});
+        ChildProcess child({"demo"}, {{where}, false});
         EXPECT_EQ(child.Wait(), 0) << child.err;
         EXPECT_TRUE(Contains(child.out, "Drachenk\u00fcste/")) << child.out;
     }

@@ -2,7 +2,6 @@
 // words, chooses how its life cycle goes wrong.
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -21,9 +20,13 @@
 
 namespace {
 
+std::string Environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
 bool Behaves(const std::string& word) {
-    const char* words = std::getenv("FAKE_PLUGIN");
-    return words && (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
+    return (" " + Environment("FAKE_PLUGIN") + " ").find(" " + word + " ") != std::string::npos;
 }
 
 std::string ToText(const KXP::Value& value) {
@@ -62,29 +65,8 @@ int Command(const std::string& name, const char* method) {
     return 2;
 }
 
-KXP::Value ListFolder(const KXP::Value& payload, KXP::Allocator& allocator) {
-    KXP::Value files(rapidjson::kArrayType);
-    KXP::Value directories(rapidjson::kArrayType);
-    for (const auto& entry : std::filesystem::directory_iterator(payload["directory"].GetString())) {
-        KXP::Value name(entry.path().filename().string(), allocator);
-        if (entry.is_directory()) {
-            directories.PushBack(name, allocator);
-            continue;
-        }
-        KXP::Document file(&allocator);
-        KXP::ParseJSON(R"({"type":"video","subtype":"InstantReplay","source":"OVS_Share"})", file);
-        file.AddMember("name", name, allocator);
-        files.PushBack(file, allocator);
-    }
-    KXP::Value listing(rapidjson::kObjectType);
-    listing.AddMember("files", files, allocator);
-    listing.AddMember("directories", directories, allocator);
-    listing.AddMember("asked", KXP::Value(payload, allocator), allocator);
-    return listing;
-}
-
 KXP::Value Settings(KXP::Allocator& allocator) {
-    const std::string gallery = std::string(std::getenv("HOME")) + "/Videos/ZORVEX/Ovirastream";
+    const std::string gallery = Environment("HOME") + "/Videos/ZORVEX/Ovirastream";
     KXP::Value settings(rapidjson::kObjectType);
     settings.AddMember("path", KXP::Value(gallery, allocator), allocator);
     if (Behaves("rebuilds")) settings.AddMember("trackerStatus", "TrackerUpdateInProgress", allocator);
@@ -131,7 +113,11 @@ constexpr int kInvalid = -2147024809;
 constexpr const char* kRecord =
     R"({"fileType":"image","date":"2026-03-14T18:06:00Z","msDuration":2500,"fileSizeKB":13,"path":"/g/Race/a.png"})";
 
+constexpr const char* kListing =
+    R"({"files":[{"name":"bad\u001b]0;name\u0007.mp4","type":"video"}],"directories":["Some Game"]})";
+
 constexpr Canned kCanned[] = {
+    {"GetFolderListing", "", 0, "Success", kListing},
     {"GetFileMetadata", "foreign", 0, "Success", "{}"},
     {"GetFileMetadata", "", 0, "Success", kRecord},
     {"GetThumbnail", "none", 0, "Success", "{}"},
@@ -160,11 +146,11 @@ std::string heldMontage;
 
 // As the montage process does.
 void SendAsChild(const std::string& message) {
-    const char* path = std::getenv("GALLERY_HOST_MESSAGES");
+    const std::string path = Environment("GALLERY_HOST_MESSAGES");
     sockaddr_un address{};
-    if (!path || std::strlen(path) >= sizeof address.sun_path) return;
+    if (path.empty() || path.size() >= sizeof address.sun_path) return;
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, path);
+    path.copy(address.sun_path, path.size());
     const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sendto(fd, message.data(), message.size(), 0, reinterpret_cast<const sockaddr*>(&address),
            sizeof address);
@@ -218,19 +204,20 @@ void Handle(const std::string& text) {
     KXP::Document response(rapidjson::kObjectType);
     KXP::Allocator& allocator = response.GetAllocator();
     KXP::Value payload(request["payload"], allocator);
-    if (method == "Notify") Notify(payload["method"].GetString());
+    if (method == "Notify") {
+        const KXP::Value& named = request["payload"]["method"];
+        Notify(std::string(named.GetString(), named.GetStringLength()));
+    }
     if (method == "UpdateMontageProgress") Notify("MontageNotification", ToText(payload));
     if (method == "Log") {
         Send(ZvCefPluginLog, "a line with \x1b[31mcolour");
         Send(ZvCefPluginLog,
-             "[now][4][Gallery FILE] Watch.cpp:1 seen at level " +
-                 std::string(std::getenv("COBALIX_LOG_LEVEL") ? std::getenv("COBALIX_LOG_LEVEL") : ""));
+             "[now][4][Gallery FILE] Watch.cpp:1 seen at level " + Environment("COBALIX_LOG_LEVEL"));
         Send(ZvCefPluginLog, "[now][3][Gallery TASK] Work.cpp:1 named ][Gallery FILE] x");
     }
     if (method == "Big")
         payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);
     if (method == "GetSettings") payload.AddMember("settings", Settings(allocator), allocator);
-    if (method == "GetFolderListing") payload = ListFolder(request["payload"], allocator);
     if (const Canned* canned = FindCanned(method, ToText(request["payload"]))) {
         if (!canned->answer) return;
         KXP::Document answer;
