@@ -40,7 +40,7 @@ void Config::FillFolders() {
     appDataDirs_.push_back(GetProductDataDirectory(ProfileProduct));
     for (const std::string& folder : JSONGetStrings(productConfig_, "additionalDataDirs"))
         appDataDirs_.push_back(PathIsAbsolute(folder) ? folder
-                                                      : FileJoin({GetPluginBinaryDirectory(), folder}, ""));
+                                                      : FileJoin({GetPluginBinaryDirectory(), folder}));
     appDataDirs_.push_back(GetPluginBinaryDataDirectory() + "/appdata/");
     for (std::string& folder : JSONGetStrings(productConfig_, "mediaDirs"))
         mediaDirs_.push_back(std::move(folder));
@@ -48,7 +48,7 @@ void Config::FillFolders() {
 
 std::string Config::FindAppData(const std::string& relativePath) const {
     for (const std::string& folder : appDataDirs_) {
-        std::string path = FileJoin({folder, relativePath}, "");
+        std::string path = FileJoin({folder, relativePath});
         struct stat status {};
         if (stat(path.c_str(), &status) == 0) return path;
     }

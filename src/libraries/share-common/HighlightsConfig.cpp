@@ -61,6 +61,9 @@ void TakeUserChoices(const HighlightUserConfigData& choices, HighlightConfigData
     }
 }
 
+// Where the product kept the file before; on this platform, nowhere.
+constexpr const char* kLegacyFile = "";
+
 // `locale` in lower case, as the table's keys are; null when neither it nor its language is there.
 const std::string* FindName(const std::map<std::string, std::string>& names, const std::string& locale) {
     auto found = names.find(locale);
@@ -73,9 +76,7 @@ const std::string* FindName(const std::map<std::string, std::string>& names, con
 KXP::Mutex g_configFileMutex;
 
 HighlightsConfig::HighlightsConfig(const std::string& applicationName) : file_(FileOf(applicationName)) {
-    // Nothing to migrate where the product never kept the file elsewhere; other platforms have such a folder.
-    const std::string legacyFile = KXP::FileJoin({}, "config.json");
-    if (!file_.path().empty()) KXP::FileMigrate(legacyFile, file_.path());
+    if (!file_.path().empty()) KXP::FileMigrate(kLegacyFile, file_.path());
 }
 
 RetVal HighlightsConfig::readConfig(HighlightConfigData& config, HeldLog& log) const {
