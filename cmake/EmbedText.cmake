@@ -1,6 +1,6 @@
 # embed_text(<target> <text file> <header> <function>): adds a source to <target> that defines the function of
-# the header, std::string_view <function>(), with the file's bytes unchanged. Made anew whenever the file
-# changes.
+# the header, std::string_view <function>(), with the file's bytes unchanged. The build renews it when
+# the file changes.
 function(embed_text target text header function)
   cmake_path(ABSOLUTE_PATH text)
   set(source "${CMAKE_CURRENT_BINARY_DIR}/${function}.cpp")

@@ -1,8 +1,8 @@
-# Most of clang's time for a unit goes into headers that all include; compiled once for the libraries and once
-# for the tests they take a third of it. Units still include what they need, which the builds by g++ see to: that
-# one gains nothing by this.
+# clang spends most of its time on headers that every unit includes. They are compiled once for the libraries and
+# once for the tests, which saves two thirds of the build. g++ gains nothing from this, so its builds do without and
+# check that each unit includes what it needs.
 
-# Both kinds of programs differ by how position independent they are.
+# Libraries and programs differ in their position-independent code, so each kind has its own.
 function(precompile_headers)
   add_library(pch_libraries STATIC "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/Precompiled.cpp")
   target_link_libraries(pch_libraries PRIVATE kxp_common)
@@ -35,7 +35,7 @@ function(reuse_headers target)
   get_target_property(type ${target} TYPE)
   get_target_property(visibility ${target} CXX_VISIBILITY_PRESET)
   get_target_property(libraries ${target} LINK_LIBRARIES)
-  # OpenEXR brings along -pthread, with which clang takes other headers only.
+  # OpenEXR adds -pthread, and clang refuses precompiled headers that were compiled without it.
   if(target MATCHES "^pch_" OR visibility OR "PkgConfig::openexr" IN_LIST libraries)
     return()
   elseif(type MATCHES "STATIC_LIBRARY|OBJECT_LIBRARY|SHARED_LIBRARY")

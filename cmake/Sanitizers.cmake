@@ -7,7 +7,7 @@ if(GALLERY_SANITIZE)
     add_compile_options("-fsanitize-ignorelist=${CMAKE_CURRENT_LIST_DIR}/sanitizer-ignore.txt")
   endif()
 endif()
-# libFuzzer steers by the branches of everything that it links.
+# libFuzzer needs the branches of everything that it links.
 if(GALLERY_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

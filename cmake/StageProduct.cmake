@@ -1,4 +1,4 @@
-# The product root: build/<preset>/OvirastreamX.app runs where it stands and wherever it is copied, because
+# The product root: build/<preset>/OvirastreamX.app runs in place and wherever it is copied, because
 # targets are built straight into it and libraries find each other by a run path relative to themselves.
 set(PRODUCT_ROOT "${CMAKE_BINARY_DIR}/OvirastreamX.app")
 set(PRODUCT_HOST_DIR "${PRODUCT_ROOT}/Contents/MacOS")

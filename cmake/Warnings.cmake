@@ -1,5 +1,5 @@
 # gallery_warnings: what every target of ours compiles with. Log lines and exceptions carry file names
-# relative to the source tree, so that a build tells nothing of the machine that made it.
+# relative to the source tree, so that a build does not reveal the machine that made it.
 add_library(gallery_warnings INTERFACE)
 target_compile_options(gallery_warnings INTERFACE
   -Wall -Wextra -Werror

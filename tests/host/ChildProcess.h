@@ -28,7 +28,7 @@ class ChildProcess {
     bool ReadErrUntil(const std::string& text) { return ReadUntil(err, text); }
     // Waits until there is more to read, but no longer than this, and reads it.
     void ReadWithin(int milliseconds);
-    // Closes the input, reads to the end and gives the exit status, or the negative number of a signal.
+    // Closes the input, reads to the end and returns the exit status, or the negative number of a signal.
     int Wait();
 
     std::string out;  // what was read so far

@@ -2,7 +2,6 @@
 // words, chooses how its life cycle goes wrong.
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -21,9 +20,13 @@
 
 namespace {
 
+std::string Environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
 bool Behaves(const std::string& word) {
-    const char* words = std::getenv("FAKE_PLUGIN");
-    return words && (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
+    return (" " + Environment("FAKE_PLUGIN") + " ").find(" " + word + " ") != std::string::npos;
 }
 
 std::string ToText(const KXP::Value& value) {
@@ -43,12 +46,12 @@ struct Fake {
 };
 std::unique_ptr<Fake> fake;
 
-void Tell(ZvCefPluginNotification_t notification, const std::string& text) {
+void Send(ZvCefPluginNotification_t notification, const std::string& text) {
     fake->callback(notification, text.c_str(), fake->context);
 }
 
 int Command(const std::string& name, const char* method) {
-    Tell(ZvCefPluginLog, "fake: " + name);
+    Send(ZvCefPluginLog, "fake: " + name);
     if (Behaves(name + "-refuses")) return 0;
     if (Behaves(name + "-throws")) throw std::runtime_error(name + " threw");
     if (Behaves(name + "-done")) return 1;
@@ -57,41 +60,15 @@ int Command(const std::string& name, const char* method) {
         const std::string failure = std::string(R"({"method":")") + method +
                                     R"(","payload":{"_return_code":-2147467259,)"
                                     R"("_return_status":"it is broken"}})";
-        Tell(fails ? ZvCefPluginCommandFailed : ZvCefPluginCommandSucceeded, fails ? failure : method);
+        Send(fails ? ZvCefPluginCommandFailed : ZvCefPluginCommandSucceeded, fails ? failure : method);
     });
     return 2;
 }
 
-KXP::Value ListFolder(const KXP::Value& payload, KXP::Allocator& allocator) {
-    KXP::Value files(rapidjson::kArrayType);
-    KXP::Value directories(rapidjson::kArrayType);
-    for (const auto& entry : std::filesystem::directory_iterator(payload["directory"].GetString())) {
-        KXP::Value name(entry.path().filename().string(), allocator);
-        if (entry.is_directory()) {
-            directories.PushBack(name, allocator);
-            continue;
-        }
-        KXP::Document file(&allocator);
-        KXP::ParseJSON(R"({"type":"video","subtype":"InstantReplay","source":"OVS_Share"})", file);
-        if (entry.path().filename() == "montage.mp4") file["subtype"] = "Montage";
-        file.AddMember("name", name, allocator);
-        files.PushBack(file, allocator);
-    }
-    KXP::Value listing(rapidjson::kObjectType);
-    listing.AddMember("files", files, allocator);
-    listing.AddMember("directories", directories, allocator);
-    listing.AddMember("asked", KXP::Value(payload, allocator), allocator);
-    return listing;
-}
-
 KXP::Value Settings(KXP::Allocator& allocator) {
-    const std::string gallery = std::string(std::getenv("HOME")) + "/Videos/ZORVEX/Ovirastream";
+    const std::string gallery = Environment("HOME") + "/Videos/ZORVEX/Ovirastream";
     KXP::Value settings(rapidjson::kObjectType);
     settings.AddMember("path", KXP::Value(gallery, allocator), allocator);
-    KXP::Document capacity(&allocator);
-    KXP::ParseJSON(R"({"enabled":true,"capacityPercent":50,"usageMB":1200,"totalDiskSpaceMB":512000})",
-                   capacity);
-    settings.AddMember("capacity", capacity, allocator);
     if (Behaves("rebuilds")) settings.AddMember("trackerStatus", "TrackerUpdateInProgress", allocator);
     return settings;
 }
@@ -107,7 +84,7 @@ void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& res
     payload.AddMember("_return_code", code, allocator);
     payload.AddMember("_return_status", rapidjson::StringRef(status), allocator);
     response.AddMember("payload", payload, allocator);
-    Tell(ZvCefPluginJsonMessage, ToText(response));
+    Send(ZvCefPluginJsonMessage, ToText(response));
 }
 
 void Notify(const std::string& method, const std::string& payload = R"({"n":1,"path":"/g\u001b[2J"})") {
@@ -119,7 +96,7 @@ void Notify(const std::string& method, const std::string& payload = R"({"n":1,"p
         KXP::Allocator& allocator = notification.GetAllocator();
         notification.AddMember("method", KXP::Value(method, allocator), allocator);
         notification.AddMember("reference_uniqueid", KXP::Value(id, allocator), allocator);
-        Tell(ZvCefPluginJsonMessage, ToText(notification));
+        Send(ZvCefPluginJsonMessage, ToText(notification));
     }
 }
 
@@ -134,37 +111,29 @@ struct Canned {
 
 constexpr int kInvalid = -2147024809;
 constexpr const char* kRecord =
-    R"({"fileType":"image","fileSubType":"Highlight","fileSource":"OVS_SDK","date":"2026-03-14T18:06:00Z",)"
-    R"("msDuration":2500,"fileSizeKB":13,"eventTimeStamp":"2026-03-14T18:05:59.500Z","DRSName":"Ra\u001bce","cmsId":7,)"
-    R"("path":"/g/Race/a.png"})";
-constexpr const char* kRecents =
-    R"({"recents":[{"path":"/g/Race/a.png","fileType":"image","fileSizeKB":13,"date":"2026-03-14T18:06:00Z"}]})";
+    R"({"fileType":"image","date":"2026-03-14T18:06:00Z","msDuration":2500,"fileSizeKB":13,"path":"/g/Race/a.png"})";
+
+constexpr const char* kListing =
+    R"({"files":[{"name":"bad\u001b]0;name\u0007.mp4","type":"video"}],"directories":["Some Game"]})";
 
 constexpr Canned kCanned[] = {
+    {"GetFolderListing", "", 0, "Success", kListing},
     {"GetFileMetadata", "foreign", 0, "Success", "{}"},
     {"GetFileMetadata", "", 0, "Success", kRecord},
-    {"GetImageFileDimensions", "", 0, "Success", R"({"width":640,"height":360})"},
     {"GetThumbnail", "none", 0, "Success", "{}"},
     {"GetThumbnail", "broken", 0, "Success", R"({"thumbnail":"data:image/png;base64,iVBOR"})"},
     {"GetThumbnail", "", 0, "Success", R"({"thumbnail":"data:image/png;base64,iVBORw0KGgo="})"},
     {"CopyFile", "never", 0, "", nullptr},
     {"CopyFile", "foreign", kInvalid, "'source' is not a valid ZORVEX file", "{}"},
-    {"CopyFile", "gone", kInvalid, "'source' is not a valid file", "{}"},
     {"CopyFile", "taken", kInvalid, "'destination' already exists", "{}"},
     {"RemoveGalleryItem", "foreign", kInvalid, "File path is not ZORVEX tracked UGC file", "{}"},
-    {"RemoveGalleryItem", "", 0, "Unable to delete matching thumbnail file", "{}"},
-    {"GetRecentUGC", "", 0, "Success", kRecents},
     {"GetAppStats", "Race", 0, "Success", R"({"screenshots":3,"videos":1})"},
-    {"GetAppStats", "", 0, "Success", R"({"screenshots":0,"videos":0})"},
-    {"EnumerateDrives", "", 0, "Success",
-     R"({"drives":[{"name":"/","type":"fixed"},{"name":"/out","type":"removable"},{"name":"/sys","type":"reserved"}]})"},
-    {"GetDriveInfo", "/.", 0, "Success", R"({"freeSpaceMB":81000,"totalSpaceMB":2147483647})"},
+    {"EnumerateDrives", "", 0, "Success", R"({"drives":[{"name":"/","type":"fixed"}]})"},
     {"GetDriveInfo", "", -2147467259, "Failed to get drive information", "{}"},
     {"Trim", "outside", -2147467259, "Gallery Trim failed", "{}"},
     {"AddMeme", "foreign", -2147024894, "UGC not found", "{}"},
     {"CreateMontageFromRecipe", "nowhere", -2147467259, "Cloud sync fetch montage recipe failed", "{}"},
     {"SetSettings", "bad", kInvalid, "Invalid path defined", "{}"},
-    {"SetSettings", "99", 0, "No action taken as all provided values are the same as existing ones", "{}"},
 };
 
 const Canned* FindCanned(const std::string& method, const std::string& asked) {
@@ -177,18 +146,18 @@ std::string heldMontage;
 
 // As the montage process does.
 void SendAsChild(const std::string& message) {
-    const char* path = std::getenv("GALLERY_HOST_MESSAGES");
+    const std::string path = Environment("GALLERY_HOST_MESSAGES");
     sockaddr_un address{};
-    if (!path || std::strlen(path) >= sizeof address.sun_path) return;
+    if (path.empty() || path.size() >= sizeof address.sun_path) return;
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, path);
+    path.copy(address.sun_path, path.size());
     const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sendto(fd, message.data(), message.size(), 0, reinterpret_cast<const sockaddr*>(&address),
            sizeof address);
     close(fd);
 }
 
-// It is answered once its progress was told, or, if it says so, never but when it is canceled.
+// The answer waits for the progress that it sends, or, for a request that says "never", for the cancel.
 bool HoldMontage(const std::string& text) {
     if (heldMontage == text) return false;
     heldMontage = text;
@@ -212,7 +181,7 @@ void Change(const std::string& method, const KXP::Value& payload) {
 
 void Handle(const std::string& text) {
     if (Behaves("reverses") && text.find("CopyFile") != std::string::npos) {
-        // The answer to the first of two comes behind that to the second.
+        // The answer to the first of two comes after the answer to the second.
         static std::string first;
         if (first.empty()) {
             first = text;
@@ -235,13 +204,20 @@ void Handle(const std::string& text) {
     KXP::Document response(rapidjson::kObjectType);
     KXP::Allocator& allocator = response.GetAllocator();
     KXP::Value payload(request["payload"], allocator);
-    if (method == "Notify") Notify(payload["method"].GetString());
+    if (method == "Notify") {
+        const KXP::Value& named = request["payload"]["method"];
+        Notify(std::string(named.GetString(), named.GetStringLength()));
+    }
     if (method == "UpdateMontageProgress") Notify("MontageNotification", ToText(payload));
-    if (method == "Log") Tell(ZvCefPluginLog, "a line with \x1b[31mcolour");
+    if (method == "Log") {
+        Send(ZvCefPluginLog, "a line with \x1b[31mcolour");
+        Send(ZvCefPluginLog,
+             "[now][4][Gallery FILE] Watch.cpp:1 seen at level " + Environment("COBALIX_LOG_LEVEL"));
+        Send(ZvCefPluginLog, "[now][3][Gallery TASK] Work.cpp:1 named ][Gallery FILE] x");
+    }
     if (method == "Big")
         payload.AddMember("big", KXP::Value(std::string(1 << 20, 'x'), allocator), allocator);
     if (method == "GetSettings") payload.AddMember("settings", Settings(allocator), allocator);
-    if (method == "GetFolderListing") payload = ListFolder(request["payload"], allocator);
     if (const Canned* canned = FindCanned(method, ToText(request["payload"]))) {
         if (!canned->answer) return;
         KXP::Document answer;
@@ -272,7 +248,7 @@ int Nothing() {
 }
 
 int Uninitialize() {
-    Tell(ZvCefPluginLog, "fake: uninit");
+    Send(ZvCefPluginLog, "fake: uninit");
     fake->worker.join();
     fake.reset();
     return 1;

@@ -60,7 +60,7 @@ TEST(Lifecycle, NothingIsWaitedForWithoutEnd) {
     const Ended stop = RunHost({"--timeout", "1", "call", "Echo"}, {}, "stop-never");
     EXPECT_EQ(stop.status, 4);
     EXPECT_TRUE(Contains(stop.out, "Success"));
-    EXPECT_TRUE(Contains(stop.err, "Stop of the plug-in did not come to an end within 1 s")) << stop.err;
+    EXPECT_TRUE(Contains(stop.err, "Stop of the plug-in did not end within 1 s")) << stop.err;
     EXPECT_EQ(RunHost({"call", "Echo"}, {}, "stop-fails").status, 1);
 }
 
@@ -80,7 +80,7 @@ TEST(Lifecycle, AnInterruptDuringTheStopLetsItEnd) {
     ASSERT_TRUE(child.ReadErrUntil("fake: stop"));
     child.Signal(SIGINT);
     EXPECT_EQ(child.Wait(), 4);
-    EXPECT_TRUE(Contains(child.err, "did not come to an end")) << child.err;
+    EXPECT_TRUE(Contains(child.err, "did not end")) << child.err;
 }
 
 TEST(Lifecycle, TheSecondInterruptLeavesAtOnceAndADemoNothingBehind) {

@@ -7,8 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "gallery-host/Progress.h"
-#include "gallery-host/TimeText.h"
+#include "gallery-host/commandline/TimeText.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"
@@ -36,141 +35,73 @@ class VideoVerbs : public testing::Test {
 
 TEST_F(VideoVerbs, AskAndLookWhatCameOfIt) {
     const std::string broken = Make("broken.mp4");
-    const std::string foreign = Make("foreign.mp4");
     const std::string clip = folder_ / "clip.mp4";
     const std::string outside = folder_ / "outside.mp4";
     const struct {
         std::vector<std::string> arguments;
-        std::string asked;
         int status;
-        std::string out;
-        std::string err;
+        std::string err;  // a part of an envelope that goes out, or of the reason
     } cases[] = {
         {{"trim", video_, "-o", clip, "--from", "1:30", "--to", "92.5"},
+         0,
          R"("payload":{"input":")" + video_ + R"(","output":")" + clip +
-             R"(","headTrimMs":90000.0,"lengthMs":2500.0})",
+             R"(","headTrimMs":90000.0,"lengthMs":2500.0})"},
+        {{"trim", video_, "--length", "0.5"},
          0,
-         "",
-         clip + ": written\n"},
-        {{"trim", video_, "--length", "0.5", "--json"},
-         R"("output":")" + video_ + R"(","headTrimMs":0.0,"lengthMs":500.0})",
-         0,
-         R"({"file":")" + video_ + R"(","output":")" + video_ + R"(","onRecord":true,"ok":true})" + "\n",
-         ""},
+         R"("output":")" + video_ + R"(","headTrimMs":0.0,"lengthMs":500.0})"},
         {{"trim", video_, "-o", outside, "--length", "1"},
-         "",
          0,
-         "",
-         outside + ": written, but not on record"},
-        {{"trim", broken, "-o", outside, "--length", "1"},
-         "",
-         1,
-         "",
-         "broken.mp4: could not be cut; the plug-in"},
-        {{"trim", folder_ / "broken", "-o", outside, "--length", "1"}, "", 1, "", "No such file"},
-        {{"meme", video_, "--top", "So close", "--bottom", "so far"},
-         R"("memeInfo":{"topBarText":"So close","bottomBarText":"so far"})",
+         outside + ": the clip is there; it is not on record"},
+        {{"trim", broken, "-o", outside, "--length", "1"}, 1, "could not be cut"},
+        {{"trim", folder_ / "broken", "-o", outside, "--length", "1"}, 1, "No such file"},
+        {{"meme", video_, "--top", "x", "--bottom", "y"},
          0,
-         "",
-         ""},
-        {{"meme", video_, "--clear"}, R"("memeInfo":{"topBarText":"","bottomBarText":""})", 0, "", ""},
-        {{"meme", foreign, "--clear", "--json"},
-         "",
-         1,
-         R"({"file":")" + foreign +
-             R"(","ok":false,"error":"not a capture that the gallery has on record"})" + "\n",
-         "foreign.mp4: not a capture"},
+         R"("memeInfo":{"topBarText":"x","bottomBarText":"y"})"},
+        {{"meme", video_, "--clear"}, 0, R"("memeInfo":{"topBarText":"","bottomBarText":""})"},
+        {{"meme", Make("foreign.mp4"), "--clear"}, 1, "not a capture"},
         {{"engrave", video_, "--app", "Race", "--cms-id", "7", "--highlight", "--definition", "D", "--group",
           "G", "--significance", "4", "--media-type", "Montage", "--short-name", "r"},
-         R"("DRSProfileName":"","DRSAppName":"Race","DRSShortName":"r","highlightDefinitionId":"D",)"
-         R"("highlightGroupId":"G","mediaType":"Montage","cmsId":7,"isAHighlight":true,)"
-         R"("highlightSignificance":4})",
          0,
-         "",
-         ""},
-        {{"engrave", broken}, "", 1, "", "broken.mp4: could not be engraved; the plug-in"},
+         R"("DRSProfileName":"","DRSAppName":"Race","DRSShortName":"r","highlightDefinitionId":"D",)"
+         R"("highlightGroupId":"G","mediaType":"Montage","cmsId":7,"isAHighlight":true,"highlightSignificance":4})"},
+        {{"engrave", broken}, 1, "could not be engraved"},
     };
     for (const auto& one : cases) {
         const Ended ended = Run(one.arguments);
         const std::string what = testing::PrintToString(one.arguments) + ended.err;
         EXPECT_EQ(ended.status, one.status) << what;
-        EXPECT_EQ(ended.out, one.out) << what;
-        EXPECT_TRUE(Contains(ended.err, one.asked) && Contains(ended.err, one.err)) << what;
+        EXPECT_TRUE(Contains(ended.err, one.err)) << what;
     }
-}
-
-TEST_F(VideoVerbs, RefuseWhatCannotBeMeant) {
-    const std::vector<std::string> wrong[] = {
-        {"trim", video_},
-        {"trim", video_, "--from", "1", "--to", "2", "--length", "1"},
-        {"trim", video_, "--from", "2", "--to", "2"},
-        {"trim", video_, "--length", "1:60"},
-        {"trim", video_, "--length", "-1"},
-        {"meme", video_},
-        {"meme", video_, "--clear", "--top", "x"},
-        {"engrave", video_, "--cms-id", "x"},
-        {"montage", "recipe.js", "-o", "x.mp4"},
-        {"montage", "", video_, "-o", "x.mp4"},
-    };
-    for (const auto& arguments : wrong)
-        EXPECT_EQ(Run(arguments).status, 2) << testing::PrintToString(arguments);
-    const std::string text = Make("a.txt");
-    const std::pair<std::string, std::string> inputs[] = {{text, "a.txt: neither a video"},
-                                                          {folder_ / "b.mp4", "No such file"},
-                                                          {folder_.path(), "is a folder"}};
-    for (const auto& [input, error] : inputs)
-        EXPECT_TRUE(Contains(Run({"montage", "r", video_, input, "-o", folder_ / "x.mp4"}).err, error))
-            << error;
-    EXPECT_TRUE(
-        Contains(Run({"montage", "r", video_, "-o", folder_ / "no/x.mp4"}).err, "there is no folder"));
 }
 
 TEST_F(VideoVerbs, MakeAMontage) {
     const std::string out = folder_ / "montage.mp4";
-    const std::string song = Make("b.MP3");
-    const std::string foreign = Make("foreign.png");
-    const Ended ended = Run({"montage", "r.js", video_, foreign, song, "-o", out, "--title", "T", "--json"});
+    const Ended ended = Run(
+        {"montage", "r.js", video_, Make("foreign.png"), Make("b.MP3"), "-o", out, "--title", "T", "--json"});
     EXPECT_EQ(ended.status, 0) << ended.err;
-    EXPECT_EQ(ended.out, R"({"progress":42.5})"
-                         "\n"
-                         R"({"output":")" +
-                             out + R"(","ok":true})" + "\n");
-    EXPECT_TRUE(Contains(
-        ended.err,
-        R"("payload":{"recipe":"r.js","output":")" + out +
-            R"(","inputs":[)"
-            R"({"details":{"path":")" +
-            video_ +
-            R"(","duration":2500.0},"inputFileType":"video"},)"
-            R"({"details":{"path":")" +
-            foreign +
-            R"(","duration":0.0},"inputFileType":"image"},)"
-            R"({"details":{"path":")" +
-            song +
-            R"(","duration":2500.0},"inputFileType":"audio"}],)"
-            R"("storyboard":{"titleSequence":{"seqType":"titleBasic","seqDetails":{"txtTitle":"T"}}}})"))
-        << ended.err;
-    EXPECT_TRUE(Contains(ended.err, out + ": written\n"));
+    EXPECT_EQ(ended.out, "{\"progress\":42.5}\n{\"output\":\"" + out + "\",\"ok\":true}\n");
+    for (const std::string& asked :
+         {R"("recipe":"r.js","output":")" + out + R"(","inputs":[{"details":{"path":")" + video_ +
+              R"(","duration":2500.0},"inputFileType":"video"})",
+          std::string(R"(foreign.png","duration":0.0},"inputFileType":"image"})"),
+          std::string(R"(b.MP3","duration":2500.0},"inputFileType":"audio"}])"),
+          std::string(R"({"titleSequence":{"seqType":"titleBasic","seqDetails":{"txtTitle":"T"}}})")})
+        EXPECT_TRUE(Contains(ended.err, asked)) << asked << ended.err;
     EXPECT_TRUE(std::filesystem::is_empty(temporary_)) << "the socket's folder is removed";
 
-    const std::pair<const char*, const char*> failures[] = {
-        {"nowhere.mp4", "0x80004005: Cloud sync fetch montage recipe failed"},
-        {"broken.mp4", "the montage process has not written it"}};
-    for (const auto& [name, error] : failures) {
-        const Ended failed = RunHost({"montage", "r.js", video_, "-o", folder_ / name});
-        EXPECT_EQ(failed.status, 1);
-        EXPECT_TRUE(Contains(failed.err, error)) << failed.err;
-    }
-    EXPECT_TRUE(Contains(RunHost({"montage", "r.js", video_, "-o", folder_ / "plain.mp4"}).err,
-                         "written, but it could not be engraved"));
+    const std::pair<const char*, int> outcomes[] = {{"nowhere.mp4", 1}, {"broken.mp4", 1}, {"plain.mp4", 0}};
+    for (const auto& [name, status] : outcomes)
+        EXPECT_EQ(RunHost({"montage", "r.js", video_, "-o", folder_ / name}).status, status) << name;
+    for (const std::string& input : {Make("a.txt"), folder_ / "missing.mp4", folder_.path()})
+        EXPECT_EQ(RunHost({"montage", "r", video_, input, "-o", out}).status, 1) << input;
+    EXPECT_EQ(RunHost({"montage", "r", video_, "-o", folder_ / "no/x.mp4"}).status, 1);
 }
 
 TEST_F(VideoVerbs, AnInterruptCancelsTheMontageFirst) {
     // Longer than any other request may take.
     ChildProcess child(WithFake({"montage", "r.js", video_, "-o", folder_ / "never.mp4", "--timeout", "10"}),
                        {{"TERM=xterm"}, false, true});
-    ASSERT_TRUE(child.ReadErrUntil("\rmaking the montage  [##########--------------]  42 %\x1b[K"))
-        << child.err;
+    ASSERT_TRUE(child.ReadErrUntil("  42 %\x1b[K")) << child.err;
     child.Signal(SIGINT);
     EXPECT_EQ(child.Wait(), 130);
     EXPECT_TRUE(Contains(child.err, "\r\x1b[Kgallery-host: canceling the montage")) << child.err;
@@ -231,7 +162,6 @@ TEST(HostParts, ReadTimes) {
     for (const char* wrong : {"", "-1", "1.", ".5", "1:60", "1:60:00", "1:2:3:4", "1e3", "1 ", ":1", "inf",
                               "1:1.5:00", "9999999999"})
         EXPECT_FALSE(host::ReadMilliseconds(wrong)) << wrong;
-    EXPECT_EQ(host::PercentLine("making", 33, 80), "making  [#######-----------------]  33 %");
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "gallery-host/Envelope.h"
-#include "gallery-host/NotificationText.h"
+#include "gallery-host/message/Envelope.h"
+#include "gallery-host/output/NotificationText.h"
 #include "tests/host/HostRun.h"
 
 namespace {
@@ -17,37 +17,21 @@ struct Case {
 };
 
 constexpr const char* kGallery = "GalleryNotifications";
-constexpr const char* kSummary = R"({"openSummary":{"ugc":[{}]},"galleryIsFull":true})";
-constexpr const char* kHalf =
-    R"({"capacity":{"enabled":true,"capacityPercent":50,"totalDiskSpaceMB":512000}})";
 
 constexpr Case kCases[] = {
     {kGallery,
-     R"({"captureSaved":{"ugc":{"path":"/v/Rustwind Rally/Photo finish.png","fileType":"image",)"
-     R"("fileSubType":"Highlight","fileSizeKB":2412,"duration":"","highlightName":""},"unannounced":false},)"
+     R"({"captureSaved":{"ugc":{"path":"/v/Rustwind Rally/Photo\u001b[2J.png","fileType":"image",)"
+     R"("fileSubType":"Highlight","fileSizeKB":2412,"duration":"","highlightName":"Goal"},"unannounced":true},)"
      R"("_return_code":0})",
-     "saved      Rustwind Rally/Photo finish.png  image, highlight, 2.4 MB"},
-    {kGallery,
-     R"({"captureSaved":{"ugc":{"path":"/a.mp4","fileType":"video","fileSubType":"Unknown","fileSizeKB":-1,)"
-     R"("highlightName":"\u001b[2J","duration":"00:01:15"},"unannounced":true}})",
-     "saved      /a.mp4  video, \"\\x1b[2J\", 00:01:15, unannounced"},
-    {kGallery, R"({"ugcDeleted":{"ugc":{"path":"a/b\u202e.png","fileType":"image","fileSizeKB":999600}}})",
-     "deleted    a/b\\u202e.png  image, screenshot, 1.0 GB"},
+     "saved      Rustwind Rally/Photo\\x1b[2J.png  image, highlight, \"Goal\", 2.4 MB, unannounced"},
     {kGallery, R"({"highlightCaptureFailed":{"errorCode":-2147024894}})",
      "failed     highlight, error 0x80070002"},
-    {kGallery,
-     R"({"highlightCanceled":{"highlight":{"path":"","type":"video","name":"Goal","app":{"name":7}}}})",
-     "canceled   highlight  video, \"Goal\""},
-    {"GalleryUpdatedNotification",
-     R"({"capacity":{"enabled":true,"capacityPercent":50,"totalDiskSpaceMB":512000,"usageMB":1234}})",
-     "usage      1.2 GB of 512 GB (cap 50 %, on)"},
     {"GalleryCapStateChangeNotification",
      R"({"capacity":{"enabled":false,"capacityPercent":5,"totalDiskSpaceMB":2147483647,"usageMB":0}})",
      "cap        off, 5 % of an unknown size (0 kB used)"},
-    {"MontageNotification", R"({"progress":45.5})", "montage    45.5 %"},
     // Not of the form known.
-    {"GalleryUpdatedNotification", kHalf, nullptr},
-    {kGallery, kSummary, nullptr},
+    {"GalleryUpdatedNotification", R"({"capacity":{"enabled":true,"capacityPercent":50}})", nullptr},
+    {kGallery, R"({"openSummary":{"ugc":[{}]},"galleryIsFull":true})", nullptr},
     {kGallery, R"({"captureSaved":{"ugc":[]}})", nullptr},
     {"MontageNotification", R"({"progress":"half"})", nullptr},
     {"Later", R"({"any":[1,"x"]})", nullptr},

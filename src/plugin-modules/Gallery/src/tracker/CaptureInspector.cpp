@@ -12,6 +12,7 @@
 #include "common/FileUtil.h"
 #include "common/InputFileStream.h"
 #include "common/TimeUtil.h"
+#include "plugin-modules/Gallery/src/media/FileSource.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 

@@ -1,0 +1,141 @@
+// The command line of call, list, serve, watch and demo.
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "gallery-host/base/Paths.h"
+#include "gallery-host/commandline/CommandLine.h"
+#include "gallery-host/verbs/Demo.h"
+#include "gallery-host/verbs/GalleryList.h"
+#include "gallery-host/verbs/Serve.h"
+#include "gallery-host/verbs/Verbs.h"
+#include "gallery-host/verbs/Watch.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kListFooter =
+    R"(Without DIR it lists the captures on record, game by game, newest first, and waits while the gallery is still
+being scanned; with --json as
+  {"games":[{"name":"Rustwind Rally","ugc":[{"path":"/home/me/Videos/...","fileType":"video"}]}]}
+With DIR it lists folders first, then files, newest first; with --json as the payload of GetFolderListing.
+)";
+
+constexpr const char* kServeFooter =
+    R"(Each line of standard input is an envelope; fields that it lacks are filled in:
+  {"method":"GetFolderListing","payload":{"directory":"/home/me/Videos"}}
+Each message of the plug-in, response or notification, is a line of standard output. A line that is refused is answered with
+  {"error":{"line":3,"text":"what is wrong"},"reference_uniqueid":"the line's own, if it had one"}
+The plug-in's log goes to standard error. All notifications are printed; an envelope of type 3073 with the name of a
+notification as its method subscribes to it under its own uniqueid. After the end of standard input the program waits
+for the remaining answers and ends.
+Programs that the plug-in starts can send such lines, of 64 KiB at most, as datagrams to the socket that the
+environment variable GALLERY_HOST_MESSAGES names; they receive no answers.
+)";
+
+constexpr const char* kWatchFooter =
+    R"(A line is the time, what happened, and what it happened to:
+  12:03:07  saved      Rustwind Rally/Photo finish.png  image, highlight, 2.4 MB
+  12:03:07  usage      1.2 GB of 512 GB (cap 50 %, on)
+A notification of another form is shown as its name and its payload. With --json each line is
+  {"notification":"GalleryNotifications","payload":{"galleryIsFull":true}}
+Ctrl-C ends it with exit status 0, or with 130 if there were fewer notifications than --count.
+)";
+
+void AddCall(CLI::App& app, Prepare& chosen) {
+    struct Arguments {
+        CallOptions options;
+        std::string payload;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* call = app.add_subcommand("call", "Make one request and print the payload of its response.");
+    call->add_option("METHOD", arguments->options.method, "for example GetSettings")
+        ->required()
+        ->check([](const std::string& method) { return method.empty() ? "it is empty" : ""; });
+    call->add_option("PAYLOAD", arguments->payload,
+                     "a JSON object; \"-\" reads it from standard input, \"@file\" from a file");
+    call->add_flag("--raw", arguments->options.raw, "print the whole response on one line");
+    Choose(*call, chosen, [arguments](const Preparation& preparation) -> Job {
+        arguments->options.payload = ReadPayload(arguments->payload, preparation.interrupt);
+        return
+            [arguments](Session& session, Output& output) { RunCall(session, output, arguments->options); };
+    });
+}
+
+void AddList(CLI::App& app, Prepare& chosen) {
+    const auto options = std::make_shared<ListOptions>();
+    CLI::App* list = app.add_subcommand("list", "List the gallery's captures, or what is in a folder.");
+    CLI::Option* folder = list->add_option("DIR", options->directory, "a folder, instead of the gallery");
+    list->add_flag("--json", options->json, kJsonHelp);
+    list->add_flag("--only-own", options->onlyOwn,
+                   "only the product's own captures in DIR, as the gallery has them on record")
+        ->needs(folder);
+    list->add_option("--exclude", options->exclude, "folders in DIR to leave out")
+        ->capture_default_str()
+        ->needs(folder)
+        ->check(CLI::IsMember({"none", "hidden", "empty", "hiddenOrEmpty", "hiddenAndEmpty"}));
+    list->add_flag("--exr", options->exr, "list EXR files that have a thumbnail, too")->needs(folder);
+    list->footer(kListFooter);
+    Choose(*list, chosen, [options, folder](const Preparation&) -> Job {
+        if (folder->count() == 0)
+            return [options](Session& session, Output& output) {
+                RunGalleryList(session, output, options->json);
+            };
+        options->directory = FolderPath(options->directory);
+        return [options](Session& session, Output& output) { RunList(session, output, *options); };
+    });
+}
+
+void AddServe(CLI::App& app, Prepare& chosen) {
+    CLI::App* serve =
+        app.add_subcommand("serve", "Exchange lines of JSON on standard input and output, for programs.");
+    serve->footer(kServeFooter);
+    Choose(*serve, chosen, [](const Preparation& preparation) -> Job {
+        preparation.session.showLog = true;
+        const auto messages = std::make_shared<MessageSocket>();
+        return [messages](Session& session, Output& output) {
+            session.Relay(*messages);
+            Server(session, output).Run();
+        };
+    });
+}
+
+void AddWatch(CLI::App& app, Prepare& chosen) {
+    const auto options = std::make_shared<WatchOptions>();
+    CLI::App* watch = app.add_subcommand("watch", "Print the gallery's notifications as they come.");
+    watch->add_flag("--json", options->json, "print names and payloads, for programs");
+    watch->add_option("--count", options->count, "end after this many notifications")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1000000000).description(""));
+    watch->footer(kWatchFooter);
+    Choose(*watch, chosen, [options](const Preparation&) -> Job {
+        return [options](Session& session, Output& output) { RunWatch(session, output, *options); };
+    });
+}
+
+void AddDemo(CLI::App& app, Prepare& chosen) {
+    const auto keep = std::make_shared<bool>(false);
+    CLI::App* demo = app.add_subcommand(
+        "demo", "Make a small gallery in a temporary home and list it. The home is removed at the end.");
+    demo->add_flag("--keep", *keep, "keep the temporary home and say where it is");
+    Choose(*demo, chosen, [keep](const Preparation& preparation) -> Job {
+        // The job owns it, so it is removed after the plug-in has ended.
+        const auto home = std::make_shared<TemporaryHome>(*keep || preparation.session.debug.keepTemp);
+        return [home, gallery = home->FillGallery()](Session& session, Output& output) {
+            RunDemo(session, output, gallery);
+        };
+    });
+}
+
+}  // namespace
+
+void AddHostVerbs(CLI::App& app, Prepare& chosen) {
+    AddCall(app, chosen);
+    AddList(app, chosen);
+    AddServe(app, chosen);
+    AddWatch(app, chosen);
+    AddDemo(app, chosen);
+}
+
+}  // namespace host

@@ -1,0 +1,59 @@
+// Lets programs talk to the plug-in in lines of JSON.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "gallery-host/base/LineSplitter.h"
+#include "gallery-host/base/Output.h"
+#include "gallery-host/session/Session.h"
+#include "gallery-host/session/Subscriptions.h"
+
+namespace host {
+
+// Each line of standard input is an envelope; fields that it lacks are filled in. Each message of the plug-in
+// is a line of standard output. A line that is refused is answered with
+//   {"error":{"line":3,"text":"..."},"reference_uniqueid":"the line's own, if it had one"}
+// and the server goes on.
+//
+// The server subscribes to each notification once. It writes a notification once for each subscription of a
+// sender, with its identifier, or once with the method's name if nobody subscribed.
+class Server {
+  public:
+    Server(Session& session, Output& output);
+
+    // Runs until standard input ends and all requests are answered, or until the output is closed. Throws
+    // Failure, for example when answers do not come in time.
+    void Run();
+
+  private:
+    struct Subscriber {
+        std::string system;
+        std::string module;
+        std::string id;
+    };
+
+    void ReadLines();
+    void AwaitAnswers();
+    void OnLine(const LineSplitter::Line& line);
+    // The plug-in's error text if it refuses the envelope.
+    std::optional<std::string> Forward(const KXP::Document& envelope);
+    bool TakeSubscription(const KXP::Document& envelope);
+    void Refuse(size_t lineNumber, const std::string& text, const std::string& id);
+    void OnMessage(KXP::Document& message);
+    void FanOut(KXP::Document& notification);
+    void Write(const KXP::Value& line);
+
+    Session& session_;
+    Output& output_;
+    LineSplitter lines_;
+    bool open_ = true;  // the output
+    std::multiset<std::string> outstanding_;
+    Subscriptions subscriptions_;
+    std::map<std::string, std::vector<Subscriber>> subscribers_;
+};
+
+}  // namespace host
