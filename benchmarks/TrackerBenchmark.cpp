@@ -19,9 +19,9 @@
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
-#include "plugin-modules/Gallery/src/tracker/RecordStore.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+#include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TempGallery.h"
 

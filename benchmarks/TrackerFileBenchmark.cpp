@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 #include "common/JSONFile.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "common/JsonParse.h"
 #include "fuzz/QuietLog.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "common/JSONFile.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 struct TrackerRecords {
     std::map<std::string, int> ids;                           // by path

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "plugin-modules/Gallery/src/tracker/EventWindow.h"
+#include "plugin-modules/Gallery/src/watcher/EventWindow.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
 
-#include "plugin-modules/Gallery/src/linux/Inotify.h"
-#include "plugin-modules/Gallery/src/tracker/FileWatcher.h"
+#include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
+#include "plugin-modules/Gallery/src/watcher/linux/Inotify.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin-modules/Gallery/src/tracker/RecordStore.h"
+#include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "common/JsonHelpers.h"
-#include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include "common/JSONFile.h"
 #include "common/JsonParse.h"
-#include "plugin-modules/Gallery/src/tracker/RecordFields.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
+#include "plugin-modules/Gallery/src/tracker/record/RecordFields.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
 

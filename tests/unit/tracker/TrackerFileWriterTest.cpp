@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin-modules/Gallery/src/tracker/TrackerFileWriter.h"
+#include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 #include "tests/support/TempFolder.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin-modules/Gallery/src/tracker/WatchDecision.h"
-#include "plugin-modules/Gallery/src/tracker/WatchDispatch.h"
+#include "plugin-modules/Gallery/src/watcher/WatchDecision.h"
+#include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"

@@ -4,11 +4,11 @@
 #include <stdexcept>
 
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "common/DirUtil.h"
 #include "common/FileUtil.h"
 #include "common/JsonHelpers.h"
 #include "common/TextUtil.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 
 namespace {
 
@@ -18,7 +18,7 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kLongestWait{2000};
 
 void MakeFolderOf(const std::string& path) {
-    const std::string folder = ParentOf(path);
+    const std::string folder = KXP::ParentOf(path);
     KXP_LOG(KXP::LogMilestone, "Check if this folder exists %s", folder.c_str());
     if (KXP::DirectoryExists(folder)) return;
     KXP_LOG(KXP::LogMilestone, "It does not, creating!");

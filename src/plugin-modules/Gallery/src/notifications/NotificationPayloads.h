@@ -9,7 +9,7 @@
 #include "common/Json.h"
 #include "libraries/share-common/Highlight.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
-#include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 namespace notifications {
 

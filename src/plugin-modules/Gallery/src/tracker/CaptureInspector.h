@@ -5,7 +5,7 @@
 #include <string>
 
 #include "common/RetVal.h"
-#include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 // Fills `record`, of which id and captions stay as they are, with what the file at `path` tells. A file that
 // is not the product's own is a failure, "Not a ZV File"; other failures are logged. Any thread.

@@ -6,7 +6,7 @@
 #include "libraries/share-common/Highlight.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/tracker/Announcements.h"
-#include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 // Called from the tracker's threads. The Notify functions and UpdateGalleryUsage end in the container's
 // callback: the tracker holds none of its locks across them.

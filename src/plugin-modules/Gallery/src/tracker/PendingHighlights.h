@@ -7,7 +7,7 @@
 
 #include "common/Mutex.h"
 #include "libraries/share-common/Highlight.h"
-#include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 // Any thread. Its mutex is a leaf.
 class PendingHighlights {

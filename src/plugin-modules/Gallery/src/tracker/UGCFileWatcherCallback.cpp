@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "base/Path.h"
 #include "common/DirUtil.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 UGCFileWatcherCallback::UGCFileWatcherCallback(UGCTracker* tracker, std::string ownFolder)
@@ -22,5 +22,5 @@ void UGCFileWatcherCallback::Untrack(std::string path) {
 bool UGCFileWatcherCallback::IsOwnFile(const std::string& path) const {
     // A gallery may be anywhere, also beside the folder where the tracker writes with each capture. By name
     // first: the comparison of folders asks the disk.
-    return IsShareFileName(NameOf(path)) && KXP::SamePath(ParentOf(path), ownFolder_);
+    return IsShareFileName(KXP::NameOf(path)) && KXP::SamePath(KXP::ParentOf(path), ownFolder_);
 }

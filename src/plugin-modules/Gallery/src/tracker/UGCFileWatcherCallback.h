@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "plugin-modules/Gallery/src/tracker/FileWatcher.h"
+#include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
 
 class UGCTracker;
 

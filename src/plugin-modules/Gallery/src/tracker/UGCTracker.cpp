@@ -4,12 +4,12 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "common/DirUtil.h"
 #include "libraries/share-common/ShareFolder.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCFileWatcherCallback.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 namespace {
 
@@ -46,9 +46,9 @@ UGCTracker::~UGCTracker() {
 }
 
 void UGCTracker::StartWatcher(WatcherOptions options) {
-    options.gallery = WithoutSlash(gallery_);
+    options.gallery = KXP::WithoutSlash(gallery_);
     const std::string shareFolder = KXP::CreateDirectoryPath(GetShareFolderPath());
-    watcher_ = CreateFileWatcher(ParentOf(options.gallery),
+    watcher_ = CreateFileWatcher(KXP::ParentOf(options.gallery),
                                  std::make_unique<UGCFileWatcherCallback>(this, shareFolder), options);
 }
 

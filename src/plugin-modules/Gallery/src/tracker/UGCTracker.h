@@ -24,14 +24,14 @@
 #include "common/plugincommon/task/TaskQueue.h"
 #include "plugin-modules/Gallery/src/tracker/Backlog.h"
 #include "plugin-modules/Gallery/src/tracker/CapacityWatch.h"
-#include "plugin-modules/Gallery/src/tracker/FileWatcher.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 #include "plugin-modules/Gallery/src/tracker/IgnoreList.h"
 #include "plugin-modules/Gallery/src/tracker/News.h"
 #include "plugin-modules/Gallery/src/tracker/PendingHighlights.h"
-#include "plugin-modules/Gallery/src/tracker/RecordStore.h"
-#include "plugin-modules/Gallery/src/tracker/TrackedUGC.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerJournal.h"
+#include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
+#include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
 
 class UGCTracker : private IJournalSource {
   public:

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
+#include "base/Path.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 using KXP::RetVal;
@@ -56,7 +56,7 @@ void UGCTracker::Announce(const std::string& path, const Announcement& announcem
     }
     if (!oldId) return TrackFile(path);
     if (announcement.ofHighlight) {
-        KXP_LOG(KXP::LogFailure, "UpdateHighlightInfo %s %d HL id %d", NameOf(path).c_str(), *oldId,
+        KXP_LOG(KXP::LogFailure, "UpdateHighlightInfo %s %d HL id %d", KXP::NameOf(path).c_str(), *oldId,
                 announcement.highlight.GetId());
         // On the worker: the caller is the thread of the messages, and nobody waits for the file.
         queue_.EnqueueNotification(queue_.Now(), [this] {

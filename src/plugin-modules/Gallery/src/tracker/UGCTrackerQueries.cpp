@@ -3,10 +3,10 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "common/DirUtil.h"
 #include "common/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 using KXP::RetVal;
@@ -118,7 +118,7 @@ RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
     const bool keep = KXP::FileExists(record.path) && !media::MayDeleteCapture(record.path, gallery_);
     deleted.code = keep ? Code::kAccessDenied : KXP::FileDelete(record.path, false);
     if (deleted.Failed()) deleted.text = "Failed to delete file";
-    KXP::DirectoryRemove(ParentOf(record.path));
+    KXP::DirectoryRemove(KXP::ParentOf(record.path));
     return deleted;
 }
 

@@ -1,10 +1,11 @@
 // The road of one path: onto the record and off it again.
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "common/DirUtil.h"
 #include "common/Exception.h"
 #include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
+#include "plugin-modules/Gallery/src/tracker/CapturePath.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 namespace {
@@ -24,7 +25,7 @@ void UGCTracker::TrackFile(const std::string& path) {
 }
 
 void UGCTracker::TrackWatchedFile(const std::string& path) {
-    if (ParentOf(path) != WithoutSlash(gallery_) && !ignoreList_.Has(path)) EnqueueTrack(path);
+    if (KXP::ParentOf(path) != KXP::WithoutSlash(gallery_) && !ignoreList_.Has(path)) EnqueueTrack(path);
 }
 
 void UGCTracker::EnqueueTrack(const std::string& path) {
@@ -36,8 +37,8 @@ void UGCTracker::EnqueueTrack(const std::string& path) {
 
 void UGCTracker::TrackFolder(const std::string& path) {
     EnqueueWork(nullptr, [this, path] {
-        const std::string gallery = WithoutSlash(gallery_);
-        if (path == gallery || path == ParentOf(gallery)) return UpdateTracker();
+        const std::string gallery = KXP::WithoutSlash(gallery_);
+        if (path == gallery || path == KXP::ParentOf(gallery)) return UpdateTracker();
         for (const std::string& file : ScanFolder(path))
             TrackFile(file);
     });
@@ -132,7 +133,7 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
 
 void UGCTracker::EnterRecord(TrackedUGC record) {
     // The folder, and not what the file says of itself, decides the game: users sort their captures.
-    record.profileName = NameOf(ParentOf(record.path));
+    record.profileName = KXP::NameOf(KXP::ParentOf(record.path));
     Highlight highlight;
 
     const KXP::MutexLock lock(mutex_);

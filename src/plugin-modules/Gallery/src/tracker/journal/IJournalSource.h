@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/RetVal.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFileWriter.h"
+#include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 
 // Called by whichever thread writes, which has the journal's turn and holds no lock.
 class IJournalSource {

@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "common/DirUtil.h"
 #include "common/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerPaths.h"
 
 namespace {
 
@@ -74,7 +74,7 @@ bool TrackerJournal::MeasureFolder(uint32_t& crc) {
     try {
         KXP::CreateDirectoryPath({gallery_});
         const KXP::TimePoint start = clock_.Now();
-        media::CalculateFolderCRC(gallery_, WithoutSlash(gallery_), crc);
+        media::CalculateFolderCRC(gallery_, KXP::WithoutSlash(gallery_), crc);
         sumTook_ = clock_.Now() - start;
         return true;
     } catch (const std::exception&) {

@@ -20,9 +20,9 @@
 #include "common/RetVal.h"
 #include "common/Turns.h"
 #include "common/plugincommon/task/Clock.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFile.h"
-#include "plugin-modules/Gallery/src/tracker/TrackerFileWriter.h"
 #include "plugin-modules/Gallery/src/tracker/journal/IJournalSource.h"
+#include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 class TrackerJournal {
   public:

@@ -1,0 +1,123 @@
+// The members of a record in its two JSON forms, as lists that readers, writers and tests walk, so that they
+// cannot drift apart.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <variant>
+
+#include "libraries/share-common/PageWords.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
+
+struct RecordField;
+
+// The members of an object in the object, all of which are texts.
+struct RecordFields {
+    const RecordField* first;
+    size_t count;
+
+    const RecordField* begin() const { return first; }
+    const RecordField* end() const;
+    const RecordField& operator[](size_t index) const;
+};
+
+// Kinds of record, as bits; each field names those that it is written for. Readers take every field.
+enum RecordKind : unsigned {
+    kAnyRecord = 1,
+    kVideoRecord = 2,
+    kHighlightRecord = 4,
+    kNoScreenshot = 8,
+};
+
+using WordForPages = std::string_view(std::string_view word);
+
+struct RecordField {
+    std::string_view key;
+    std::variant<std::string TrackedUGC::*, int32_t TrackedUGC::*, uint32_t TrackedUGC::*,
+                 uint64_t TrackedUGC::*, RecordFields>
+        member;
+    RecordKind writtenFor = kAnyRecord;
+    WordForPages* word = nullptr;  // what stands for the text in the form of the requests
+};
+
+inline const RecordField* RecordFields::end() const {
+    return first + count;
+}
+inline const RecordField& RecordFields::operator[](size_t index) const {
+    return first[index];
+}
+
+// The bits of the kinds that the record is.
+inline unsigned KindsOf(const TrackedUGC& record) {
+    return kAnyRecord | (record.fileType == "video" ? kVideoRecord : 0u) |
+           (TrackedUGC::IsAHighlight(record) ? kHighlightRecord : 0u) |
+           (record.fileSubType == "Screenshot" ? 0u : kNoScreenshot);
+}
+
+namespace record_fields {
+
+using R = TrackedUGC;
+
+inline constexpr RecordField kFileCaptions[] = {
+    {"top", &R::topBarText},
+    {"bottom", &R::bottomBarText},
+};
+
+// In the tracker's file, in the order in which they stand there.
+inline constexpr RecordField kFile[] = {
+    {"id", &R::id},
+    {"path", &R::path},
+    {"type", &R::fileType},
+    {"subType", &R::fileSubType},
+    {"source", &R::fileSource},
+    {"sizeKB", &R::sizeKB},
+    {"date", &R::date},
+    {"profileName", &R::profileName},
+    {"drsName", &R::drsName},
+    {"shortName", &R::shortName},
+    {"cmsId", &R::cmsId},
+    {"duration", &R::duration, kVideoRecord},
+    {"msDuration", &R::msDuration, kVideoRecord},
+    {"audioType", &R::audioType, kVideoRecord},
+    {"highlightDefinitionId", &R::highlightDefinitionId, kHighlightRecord},
+    {"highlightName", &R::highlightName, kHighlightRecord},
+    {"highlightGroupId", &R::highlightGroupId, kHighlightRecord},
+    {"highlightTags", &R::highlightTags, kHighlightRecord},
+    {"highlightSignificance", &R::highlightSignificance, kHighlightRecord},
+    {"highlightEventTimeStamp", &R::eventTimeStamp, kHighlightRecord},
+    {"meme", RecordFields{kFileCaptions, std::size(kFileCaptions)}},
+};
+
+inline constexpr RecordField kApiCaptions[] = {
+    {"topBarText", &R::topBarText},
+    {"bottomBarText", &R::bottomBarText},
+};
+
+// In answers to requests, which tell no short name and leave out no field but the subtype of a screenshot.
+inline constexpr RecordField kApi[] = {
+    {"id", &R::id},
+    {"path", &R::path},
+    {"fileType", &R::fileType, kAnyRecord, TypeForPages},
+    {"fileSubType", &R::fileSubType, kNoScreenshot, SubtypeForPages},
+    {"fileSource", &R::fileSource, kAnyRecord, SourceForPages},
+    {"fileSizeKB", &R::sizeKB},
+    {"date", &R::date},
+    {"DRSName", &R::drsName},
+    {"DRSProfileName", &R::profileName},
+    {"cmsId", &R::cmsId},
+    {"duration", &R::duration},
+    {"msDuration", &R::msDuration},
+    {"audioType", &R::audioType},
+    {"highlightDefinitionId", &R::highlightDefinitionId},
+    {"highlightName", &R::highlightName},
+    {"highlightGroupId", &R::highlightGroupId},
+    {"highlightTags", &R::highlightTags},
+    {"highlightSignificance", &R::highlightSignificance},
+    {"eventTimeStamp", &R::eventTimeStamp},
+    {"memeInfo", RecordFields{kApiCaptions, std::size(kApiCaptions)}},
+};
+
+}  // namespace record_fields
+
+inline constexpr RecordFields kRecordFileFields{record_fields::kFile, std::size(record_fields::kFile)};
+inline constexpr RecordFields kRecordApiFields{record_fields::kApi, std::size(record_fields::kApi)};

@@ -1,0 +1,247 @@
+#include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
+
+#include <algorithm>
+
+namespace {
+
+// Takes the ids out in one pass, however many there are.
+void Erase(std::vector<int>& from, const std::set<int>& ids) {
+    from.erase(std::remove_if(from.begin(), from.end(), [&](int id) { return ids.count(id) > 0; }),
+               from.end());
+}
+
+void EraseFromGroup(TrackedUGCGame& game, const std::string& group, const std::set<int>& ids) {
+    const auto found = game.groups.find(group);
+    if (found == game.groups.end()) return;
+    Erase(found->second, ids);
+    if (found->second.empty()) game.groups.erase(found);
+}
+
+}  // namespace
+
+void RecordStore::Clear() {
+    ++generation_;
+    byPath_.clear();
+    byId_.clear();
+    records_.clear();
+    games_.clear();
+    lastId_ = 0;
+    usageKB_ = 0;
+}
+
+int32_t RecordStore::NextId() {
+    if (lastId_ < INT32_MAX) ++lastId_;
+    return lastId_;
+}
+
+void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t lastId) {
+    Clear();
+    lastId_ = lastId;
+    for (TrackedUGC& record : records)
+        Append(std::move(record));
+    games_ = std::move(games);
+}
+
+RecordStore::RecordPtr RecordStore::Track(TrackedUGC record) {
+    RecordPtr entered = Append(std::move(record));
+    TrackedUGCGame& game = games_[entered->profileName];
+    game.appName = entered->profileName;
+    game.recents.push_back(entered->id);
+    if (TrackedUGC::IsAHighlight(*entered) && !entered->highlightGroupId.empty())
+        game.groups[entered->highlightGroupId].push_back(entered->id);
+    return entered;
+}
+
+RecordStore::RecordPtr RecordStore::Append(TrackedUGC record) {
+    const uint64_t place = nextPlace_++;
+    RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
+    records_.emplace_hint(records_.end(), place, entered);
+    usageKB_ += std::min(entered->sizeKB, UINT32_MAX - usageKB_);
+    Index(place, *entered);
+    return entered;
+}
+
+void RecordStore::Index(uint64_t place, const TrackedUGC& record) {
+    byPath_.emplace(record.path, place);
+    byId_.emplace(record.id, place);
+}
+
+void RecordStore::Unindex(uint64_t place, const TrackedUGC& record) {
+    const auto [first, end] = byPath_.equal_range(record.path);
+    byPath_.erase(std::find_if(first, end, [&](const auto& entry) { return entry.second == place; }));
+    byId_.erase({record.id, place});
+}
+
+RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths, uint64_t before) {
+    std::set<uint64_t> places;
+    // Each path once: in a file that repeats one for all its records the work would be their square.
+    for (const std::string_view path : std::set<std::string_view>(paths.begin(), paths.end())) {
+        const auto [first, end] = byPath_.equal_range(path);
+        for (auto entry = first; entry != end; ++entry)
+            if (entry->second < before) places.insert(entry->second);
+    }
+    Removed removed;
+    for (const uint64_t place : places) {
+        removed.records.push_back(Detach(records_.find(place)));
+        usageKB_ -= std::min(usageKB_, removed.records.back()->sizeKB);
+    }
+    removed.withoutGame = RemoveFromGames(removed.records);
+    return removed;
+}
+
+RecordStore::RecordPtr RecordStore::Detach(Records::iterator record) {
+    ++generation_;
+    RecordPtr detached = record->second;
+    Unindex(record->first, *detached);
+    records_.erase(record);
+    return detached;
+}
+
+RecordStore::RecordPtr RecordStore::Take(int32_t id, const std::string& game, const std::string& group) {
+    for (auto entry = byId_.lower_bound({id, 0}); entry != byId_.end() && entry->first == id; ++entry) {
+        const auto record = records_.find(entry->second);
+        if (record->second->profileName == game && record->second->highlightGroupId == group)
+            return Detach(record);
+    }
+    return nullptr;
+}
+
+int RecordStore::RemoveFromGames(const std::vector<RecordPtr>& records) {
+    int withoutGame = 0;
+    std::map<std::string_view, std::set<int>> byGame;
+    std::map<std::pair<std::string_view, std::string>, std::set<int>> byGroup;
+    for (const RecordPtr& record : records) {
+        if (games_.count(record->profileName) == 0) {
+            ++withoutGame;
+            continue;
+        }
+        byGame[record->profileName].insert(record->id);
+        if (TrackedUGC::IsAHighlight(*record))
+            byGroup[{record->profileName, record->highlightGroupId}].insert(record->id);
+    }
+    for (const auto& [key, ids] : byGroup)
+        EraseFromGroup(games_[std::string(key.first)], key.second, ids);
+    for (const auto& [name, ids] : byGame) {
+        const auto game = games_.find(std::string(name));
+        Erase(game->second.recents, ids);
+        if (game->second.recents.empty() && game->second.groups.empty()) games_.erase(game);
+    }
+    return withoutGame;
+}
+
+RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
+    const auto found = FirstOfPath(record.path);
+    if (found == records_.end()) return nullptr;
+    const RecordPtr old = found->second;
+    RecordPtr entered = Exchange(found, std::move(record));
+    TrackedUGCGame& game = games_[old->profileName];
+    game.appName = old->profileName;
+    std::replace(game.recents.begin(), game.recents.end(), old->id, entered->id);
+    std::vector<int>& group = game.groups[entered->highlightGroupId];
+    std::replace(group.begin(), group.end(), old->id, entered->id);
+    return entered;
+}
+
+RecordStore::RecordPtr RecordStore::Change(TrackedUGC record) {
+    const auto found = FirstOfPath(record.path);
+    return found == records_.end() ? nullptr : Exchange(found, std::move(record));
+}
+
+RecordStore::RecordPtr RecordStore::Exchange(Records::const_iterator place, TrackedUGC record) {
+    ++generation_;
+    const uint64_t number = place->first;
+    Unindex(number, *place->second);
+    RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
+    records_[number] = entered;
+    Index(number, *entered);
+    return entered;
+}
+
+RecordStore::Records::const_iterator RecordStore::FirstOfPath(const std::string& path) const {
+    const auto [first, end] = byPath_.equal_range(path);
+    const auto earliest =
+        std::min_element(first, end, [](const auto& a, const auto& b) { return a.second < b.second; });
+    return earliest == end ? records_.end() : records_.find(earliest->second);
+}
+
+RecordStore::RecordPtr RecordStore::FindByPath(const std::string& path) const {
+    const auto found = FirstOfPath(path);
+    return found == records_.end() ? nullptr : found->second;
+}
+
+RecordStore::RecordPtr RecordStore::FindById(int32_t id) const {
+    const auto found = byId_.lower_bound({id, 0});
+    if (found == byId_.end() || found->first != id) return nullptr;
+    return records_.find(found->second)->second;
+}
+
+std::vector<RecordStore::RecordPtr> RecordStore::Under(const std::string& prefix) const {
+    std::vector<uint64_t> places;
+    for (auto entry = byPath_.lower_bound(prefix);
+         entry != byPath_.end() && entry->first.substr(0, prefix.size()) == prefix; ++entry)
+        places.push_back(entry->second);
+    std::sort(places.begin(), places.end());
+    std::vector<RecordPtr> found;
+    found.reserve(places.size());
+    for (const uint64_t place : places)
+        found.push_back(records_.find(place)->second);
+    return found;
+}
+
+std::vector<RecordStore::RecordPtr> RecordStore::Collect(const std::vector<int>& ids) const {
+    std::vector<RecordPtr> found;
+    for (const int id : ids)
+        if (RecordPtr record = FindById(id)) found.push_back(std::move(record));
+    return found;
+}
+
+std::vector<RecordStore::RecordPtr> RecordStore::OfGame(const std::string& game) const {
+    const auto found = games_.find(game);
+    return found == games_.end() ? std::vector<RecordPtr>{} : Collect(found->second.recents);
+}
+
+std::vector<RecordStore::RecordPtr> RecordStore::OfGroup(const std::string& game,
+                                                         const std::string& group) const {
+    const auto found = games_.find(game);
+    if (found == games_.end()) return {};
+    const auto ids = found->second.groups.find(group);
+    if (ids == found->second.groups.end()) return {};
+    std::vector<RecordPtr> records = Collect(ids->second);
+    records.erase(std::remove_if(records.begin(), records.end(),
+                                 [](const RecordPtr& record) { return !TrackedUGC::IsAHighlight(*record); }),
+                  records.end());
+    return records;
+}
+
+std::vector<RecordStore::RecordPtr> RecordStore::Newest(size_t count, IdKey& end) const {
+    std::vector<RecordPtr> found;
+    for (auto entry = byId_.lower_bound(end); entry != byId_.begin() && found.size() < count;) {
+        --entry;
+        end = *entry;
+        found.push_back(records_.find(entry->second)->second);
+    }
+    return found;
+}
+
+std::vector<RecordStore::RecordPtr> RecordStore::From(uint64_t place) const {
+    std::vector<RecordPtr> found;
+    if (place == 0) found.reserve(records_.size());
+    for (auto entry = records_.lower_bound(place); entry != records_.end(); ++entry)
+        found.push_back(entry->second);
+    return found;
+}
+
+uint64_t RecordStore::SumKB() const {
+    uint64_t sum = 0;
+    for (const auto& [place, record] : records_)
+        sum += record->sizeKB;
+    return sum;
+}
+
+void RecordStore::RemoveFromGroup(const std::string& game, const std::string& group,
+                                  const std::set<int>& ids) {
+    const auto found = games_.find(game);
+    if (found == games_.end()) return;
+    EraseFromGroup(found->second, group, ids);
+    Erase(found->second.recents, ids);
+}

@@ -1,0 +1,255 @@
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "CobalixUtil.h"
+#include "common/JsonHelpers.h"
+#include "common/TextUtil.h"
+#include "plugin-modules/Gallery/src/tracker/record/RecordFields.h"
+
+namespace {
+
+using KXP::PrettyJsonWriter;
+using KXP::Value;
+
+struct InfoNumber {
+    const char* key;
+    std::variant<int32_t TrackerInfo::*, uint32_t TrackerInfo::*> member;
+};
+
+constexpr InfoNumber kInfoNumbers[] = {
+    {"lastUGCIdUsed", &TrackerInfo::lastUGCIdUsed},
+    {"version", &TrackerInfo::version},
+    {"folderCRC", &TrackerInfo::folderCRC},
+};
+
+std::string_view ViewOf(const Value& text) {
+    return {text.GetString(), text.GetStringLength()};
+}
+
+void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record);
+
+// Sets one member of a record when the value has its type.
+struct ReadMember {
+    TrackedUGC& record;
+    const Value& value;
+
+    void operator()(std::string TrackedUGC::*text) const {
+        if (value.IsString()) record.*text = ViewOf(value);
+    }
+    void operator()(int32_t TrackedUGC::*number) const {
+        if (value.IsInt()) record.*number = value.GetInt();
+    }
+    void operator()(uint32_t TrackedUGC::*number) const {
+        if (value.IsUint()) record.*number = value.GetUint();
+    }
+    // Only the low half is taken, because numbers of the catalogue have no more.
+    void operator()(uint64_t TrackedUGC::*number) const {
+        if (value.IsUint64()) record.*number = static_cast<uint32_t>(value.GetUint64());
+    }
+    void operator()(RecordFields fields) const { ReadFields(value, fields, record); }
+};
+
+// Looks for each member's field from the one behind the last on: our own files hold them in this order, so
+// that one comparison or two find it. Of members with the same name the first counts.
+void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record) {
+    if (!object.IsObject()) return;
+    uint32_t seen = 0;
+    size_t at = 0;
+    for (const auto& member : object.GetObject()) {
+        const std::string_view key = ViewOf(member.name);
+        size_t tried = 0;
+        while (tried < fields.count && fields[at].key != key) {
+            at = at + 1 == fields.count ? 0 : at + 1;
+            ++tried;
+        }
+        if (tried == fields.count) continue;
+        if ((seen >> at & 1u) == 0) std::visit(ReadMember{record, member.value}, fields[at].member);
+        seen |= 1u << at;
+        at = at + 1 == fields.count ? 0 : at + 1;
+    }
+}
+
+// What is no whole number of 32 bits is passed over.
+std::vector<int> ReadIds(const Value& array) {
+    std::vector<int> ids;
+    for (const Value& id : array.GetArray()) {
+        if (id.IsInt()) ids.push_back(id.GetInt());
+    }
+    return ids;
+}
+
+TrackedUGCGame ReadGame(const Value& element, std::string name) {
+    TrackedUGCGame game;
+    game.appName = std::move(name);
+    game.recents = ReadIds(KXP::JSONGetArrayOrEmpty(element, "recents"));
+    for (const auto& group : KXP::JSONGetObjectOrEmpty(element, "groups").GetObject()) {
+        if (group.value.IsArray())
+            game.groups.try_emplace(std::string(ViewOf(group.name)), ReadIds(group.value));
+    }
+    return game;
+}
+
+void WriteKey(std::string_view key, PrettyJsonWriter& writer) {
+    writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+}
+
+std::string_view AsUtf8(const std::string& text, std::string& room) {
+    if (KXP::IsValidUtf8(text)) return text;
+    return room = KXP::ToValidUtf8(text);
+}
+
+void WriteText(const std::string& text, PrettyJsonWriter& writer) {
+    std::string room;
+    const std::string_view valid = AsUtf8(text, room);
+    writer.String(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
+}
+
+struct WriteMember {
+    const TrackedUGC& record;
+    unsigned kinds;
+    PrettyJsonWriter& writer;
+
+    void operator()(std::string TrackedUGC::*text) const { WriteText(record.*text, writer); }
+    void operator()(int32_t TrackedUGC::*number) const { writer.Int(record.*number); }
+    void operator()(uint32_t TrackedUGC::*number) const { writer.Uint(record.*number); }
+    void operator()(uint64_t TrackedUGC::*number) const { writer.Uint64(record.*number); }
+    void operator()(RecordFields fields) const {
+        writer.StartObject();
+        for (const RecordField& field : fields) {
+            if ((field.writtenFor & kinds) == 0) continue;
+            WriteKey(field.key, writer);
+            std::visit(*this, field.member);
+        }
+        writer.EndObject();
+    }
+};
+
+void WriteIds(const std::vector<int>& ids, PrettyJsonWriter& writer) {
+    writer.StartArray();
+    for (const int id : ids)
+        writer.Int(id);
+    writer.EndArray();
+}
+
+void WriteGroups(const TrackedUGCGame& game, PrettyJsonWriter& writer) {
+    const auto isEmpty = [](const auto& group) { return group.second.empty(); };
+    if (std::all_of(game.groups.begin(), game.groups.end(), isEmpty)) return;
+    writer.Key("groups");
+    writer.StartObject();
+    std::string room;
+    for (const auto& [name, ids] : game.groups) {
+        if (ids.empty()) continue;
+        WriteKey(AsUtf8(name, room), writer);
+        WriteIds(ids, writer);
+    }
+    writer.EndObject();
+}
+
+void WriteGame(const std::string& name, const TrackedUGCGame& game, PrettyJsonWriter& writer) {
+    writer.StartObject();
+    writer.Key("appName");
+    WriteText(name, writer);
+    if (!game.recents.empty()) {
+        writer.Key("recents");
+        WriteIds(game.recents, writer);
+    }
+    WriteGroups(game, writer);
+    writer.EndObject();
+}
+
+void WriteInfo(const TrackerInfo& info, PrettyJsonWriter& writer) {
+    writer.StartObject();
+    for (const InfoNumber& number : kInfoNumbers) {
+        writer.Key(number.key);
+        std::visit([&](auto member) { writer.Int64(info.*member); }, number.member);
+    }
+    writer.EndObject();
+}
+
+const TrackedUGC& RecordOf(const TrackedUGC& record) {
+    return record;
+}
+const TrackedUGC& RecordOf(const std::shared_ptr<const TrackedUGC>& record) {
+    return *record;
+}
+
+template <typename Records>
+void WriteTracker(const Records& records, const TrackedUGCGames& games, const TrackerInfo& info,
+                  PrettyJsonWriter& writer, const std::function<void()>& behindRecords) {
+    writer.StartObject();
+    writer.Key("UGC");
+    writer.StartArray();
+    for (const auto& entry : records) {
+        const TrackedUGC& record = RecordOf(entry);
+        WriteMember{record, KindsOf(record), writer}(kRecordFileFields);
+    }
+    behindRecords();
+    writer.EndArray();
+    writer.Key("apps");
+    writer.StartArray();
+    for (const auto& [name, game] : games)
+        WriteGame(name, game, writer);
+    writer.EndArray();
+    writer.Key("info");
+    WriteInfo(info, writer);
+    writer.EndObject();
+}
+
+}  // namespace
+
+std::vector<TrackedUGC> ParseUGCFromJSON(const Value& root) {
+    KXP_LOG(KXP::LogMilestone, "ParseUGCFromJSON");
+    std::vector<TrackedUGC> ugc;
+    const Value& elements = KXP::JSONGetArrayOrEmpty(root, "UGC");
+    ugc.reserve(elements.Size());
+    // Every element gives a record, also one that is no object: it has the defaults alone, and goes with the
+    // next look at which files are still there.
+    for (const Value& element : elements.GetArray()) {
+        TrackedUGC& record = ugc.emplace_back();
+        record.id = -1;
+        ReadFields(element, kRecordFileFields, record);
+    }
+    return ugc;
+}
+
+KXP::RetVal ParseUGCGamesFromJSON(const Value& root, TrackedUGCGames& games) {
+    games.clear();
+    if (!root.IsObject()) {
+        KXP_LOG(KXP::LogFailure, "ParseUGCGamesFromJSON::Could not parse tracker");
+        return {KXP::Code::kInvalidData, "Could not parse tracker", 0};
+    }
+    for (const Value& element : KXP::JSONGetArrayOrEmpty(root, "apps").GetArray()) {
+        const Value* name = element.IsObject() ? KXP::jsonFindMember(element, "appName", false) : nullptr;
+        if (!name || !name->IsString()) {
+            KXP_LOG(KXP::LogFailure, "ParseUGCGamesFromJSON::Not using corrupt tracked highlight game");
+            continue;
+        }
+        std::string key(ViewOf(*name));
+        games[key] = ReadGame(element, key);
+    }
+    return {};
+}
+
+void ParseTrackerInfoFromJSON(const Value& root, TrackerInfo& info) {
+    const Value& object = KXP::JSONGetObjectOrEmpty(root, "info");
+    for (const InfoNumber& number : kInfoNumbers) {
+        std::visit(
+            [&](auto member) {
+                auto& target = info.*member;
+                target = KXP::jsonGetValueOrDefault(object, number.key, target);
+            },
+            number.member);
+    }
+}
+
+void WriteTrackerJSON(const TrackerContent& content, PrettyJsonWriter& writer) {
+    WriteTracker(content.ugc, content.games, content.info, writer, [] {});
+}
+
+void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
+                      const TrackerInfo& info, PrettyJsonWriter& writer,
+                      const std::function<void()>& behindRecords) {
+    WriteTracker(ugc, games, info, writer, behindRecords);
+}

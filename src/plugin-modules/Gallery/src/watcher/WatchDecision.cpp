@@ -1,0 +1,33 @@
+#include "plugin-modules/Gallery/src/watcher/WatchDecision.h"
+
+#include <cstddef>
+#include <iterator>
+
+namespace watcher {
+namespace {
+
+// By bit, the lowest first.
+constexpr const char* kFlagNames[] = {
+    "MustScanSubDirs",  "UserDropped", "KernelDropped", "EventIdsWrapped",   "HistoryDone",
+    "RootChanged",      "Mount",       "Unmount",       "ItemCreated",       "ItemRemoved",
+    "ItemInodeMetaMod", "ItemRenamed", "ItemModified",  "ItemFinderInfoMod", "ItemChangeOwner",
+    "ItemXattrMod",     "ItemIsFile",  "ItemIsDir",     "ItemIsSymlink",     "OwnEvent",
+};
+
+}  // namespace
+
+WatchAction DecideWatchAction(uint32_t flags, bool exists) {
+    if (exists && (flags & (ItemCreated | ItemRenamed | ItemModified)) != 0) return WatchAction::Track;
+    if (!exists && (flags & (ItemRemoved | ItemRenamed)) != 0) return WatchAction::Untrack;
+    return WatchAction::None;
+}
+
+std::string DescribeWatchFlags(uint32_t flags) {
+    std::string text = "kFSEventStreamEventFlags:";
+    for (size_t bit = 0; bit < std::size(kFlagNames); ++bit) {
+        if ((flags >> bit & 1U) != 0) text.append(" ").append(kFlagNames[bit]);
+    }
+    return text;
+}
+
+}  // namespace watcher

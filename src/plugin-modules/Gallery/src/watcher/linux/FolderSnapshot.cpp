@@ -1,0 +1,59 @@
+#include "plugin-modules/Gallery/src/watcher/linux/FolderSnapshot.h"
+
+#include <ctime>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "base/FolderReader.h"
+
+namespace watcher {
+namespace {
+
+int64_t Nanoseconds(const timespec& time) {
+    return static_cast<int64_t>(time.tv_sec) * 1000000000 + time.tv_nsec;
+}
+
+Item ItemOf(const struct stat& status) {
+    Item item;
+    item.kind = S_ISDIR(status.st_mode)   ? ItemKind::Folder
+                : S_ISREG(status.st_mode) ? ItemKind::File
+                                          : ItemKind::Other;
+    item.stamp = {item.kind == ItemKind::Folder, status.st_ino, status.st_size, Nanoseconds(status.st_mtim)};
+    item.volume = status.st_dev;
+    item.changedNs = Nanoseconds(status.st_ctim);
+    item.links = status.st_nlink;
+    return item;
+}
+
+}  // namespace
+
+Item LookAt(const std::string& path, bool follow) {
+    struct stat status {};
+    const int flags = follow ? 0 : AT_SYMLINK_NOFOLLOW;
+    if (fstatat(AT_FDCWD, path.empty() ? "/" : path.c_str(), &status, flags) != 0) return {};
+    return ItemOf(status);
+}
+
+int64_t FileClockNs() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return Nanoseconds(now);
+}
+
+bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool>& stop,
+                  FolderSnapshot& snapshot) {
+    KXP::FolderReader reader(folder.empty() ? "/" : folder, follow ? KXP::Links::Follow : KXP::Links::Refuse);
+    struct stat status {};
+    if (!reader.IsOpen() || fstat(reader.descriptor(), &status) != 0) return false;
+    snapshot.folder = ItemOf(status);
+    while (!stop && reader.Next()) {
+        if (!reader.Look(status, KXP::Links::Refuse)) continue;  // gone by now
+        Item item = ItemOf(status);
+        if (item.kind != ItemKind::Other) snapshot.entries.push_back({reader.Name(), item});
+    }
+    snapshot.illegible = reader.illegible();
+    return !stop && reader.error() == 0;
+}
+
+}  // namespace watcher

@@ -1,0 +1,57 @@
+// What is on disk: one item, or the files and folders in one folder. Links, pipes and devices do not count.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
+
+namespace watcher {
+
+// By which an item is known again. A folder is the same whatever becomes of its content.
+struct Stamp {
+    bool folder = false;
+    uint64_t inode = 0;
+    int64_t size = 0;
+    int64_t modifiedNs = 0;  // since 1970
+
+    bool operator==(const Stamp& other) const {
+        if (folder != other.folder || inode != other.inode) return false;
+        return folder || (size == other.size && modifiedNs == other.modifiedNs);
+    }
+    bool operator!=(const Stamp& other) const { return !(*this == other); }
+};
+
+struct Item {
+    ItemKind kind = ItemKind::None;
+    Stamp stamp;
+    uint64_t volume = 0;
+    int64_t changedNs = 0;  // since 1970; naming, linking and moving count as a change
+    uint64_t links = 0;
+};
+
+// Nothing there when it cannot be looked at. `follow` follows a link.
+Item LookAt(const std::string& path, bool follow = false);
+
+// Now, on the clock of the times above.
+int64_t FileClockNs();
+
+struct FoundItem {
+    std::string name;
+    Item item;
+};
+
+struct FolderSnapshot {
+    Item folder;  // as it was before its entries were read
+    std::vector<FoundItem> entries;
+    int illegible = 0;  // names passed over that are not UTF-8
+};
+
+// Follows a link at `folder` itself with `follow` alone. False when the folder cannot be read to its end, or
+// `stop` came before that.
+bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool>& stop,
+                  FolderSnapshot& snapshot);
+
+}  // namespace watcher

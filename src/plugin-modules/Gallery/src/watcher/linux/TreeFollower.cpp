@@ -1,0 +1,232 @@
+#include "plugin-modules/Gallery/src/watcher/linux/TreeFollower.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <utility>
+
+#include "CobalixUtil.h"
+#include "base/Path.h"
+#include "plugin-modules/Gallery/src/watcher/linux/PathRange.h"
+
+namespace watcher {
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kStep{10};
+constexpr size_t kPollStep = 64;  // folders
+// The clock of files lags behind the real one by up to a tick.
+constexpr int64_t kFileTickNs = 20000000;
+// The tracker knows files by whole seconds.
+constexpr int64_t kYoungNs = 2000000000;
+
+// What stands before "/" and a name: empty for the root.
+std::string PrefixOf(const std::string& folder) {
+    return folder == "/" ? "" : KXP::WithoutSlash(folder);
+}
+
+}  // namespace
+
+TreeFollower::TreeFollower(const std::string& root, const WatcherOptions& options, int64_t newsFromNs,
+                           EventWindow& window, const std::atomic<bool>& stop)
+    : root_(PrefixOf(root)),
+      gallery_(options.gallery.empty() ? root_ : PrefixOf(options.gallery)),
+      options_(options),
+      stop_(stop),
+      ledger_(gallery_, options.settle, window),
+      tree_(options.maxWatches) {
+    ledger_.SetNewsFrom(newsFromNs - kFileTickNs);
+}
+
+TreeFollower::Identity TreeFollower::IdentityOf(const Item& item) {
+    if (item.kind != ItemKind::Folder) return {};
+    return {true, item.volume, item.stamp.inode};
+}
+
+void TreeFollower::Begin(bool silent) {
+    galleryJobs_.clear();
+    otherJobs_.clear();
+    queuedWhole_.clear();
+    poll_.Clear();
+    eventsLost_ = false;
+    OpenTree();
+    rootSeen_ = IdentityOf(LookAt(root_, true));
+    gallerySeen_ = IdentityOf(LookAt(gallery_, true));
+    onNetwork_ = IsOnNetwork(gallery_);
+    rootsDue_ = steady_clock::now() + options_.pollInterval;
+    pollDue_ = rootsDue_;
+    // Outside the gallery there is nothing to compare with, so only what is new from now on is told.
+    if (root_ != gallery_) Look({root_, true});
+    Push({gallery_, silent});
+}
+
+void TreeFollower::OpenTree() {
+    if (options_.polling || tree_.Reopen()) return;
+    if (!std::exchange(toldNoEvents_, true))
+        KXP_LOG(KXP::LogFailure, "No file events to be had (%s), looking at folders instead",
+                std::strerror(errno));
+}
+
+void TreeFollower::Recover() {
+    KXP_LOG(KXP::LogFailure, "File events were lost, comparing with the disk");
+    ledger_.SetNewsFrom(FileClockNs() - kFileTickNs);
+    Begin(false);
+}
+
+void TreeFollower::Push(Job job) {
+    if (job.deep && !job.silent && !queuedWhole_.insert(job.folder).second) return;
+    (ledger_.IsInGallery(job.folder) ? galleryJobs_ : otherJobs_).push_back(std::move(job));
+}
+
+void TreeFollower::RunJobs(TimePoint until) {
+    while (!stop_ && !(galleryJobs_.empty() && otherJobs_.empty()) && steady_clock::now() < until) {
+        auto& jobs = galleryJobs_.empty() ? otherJobs_ : galleryJobs_;
+        const Job job = std::move(jobs.front());
+        jobs.pop_front();
+        if (job.deep && !job.silent) queuedWhole_.erase(job.folder);
+        Look(job);
+    }
+}
+
+// The order is binding: what comes between the watch and the reading is found by either, often by both.
+void TreeFollower::Look(const Job& job) {
+    const bool inGallery = ledger_.IsInGallery(job.folder);
+    const Watched watched = tree_.Watch(job.folder, inGallery, IsNamed(job.folder));
+    if (watched == Watched::LeftOut) NoteLeftOut(job.folder);
+    if (watched == Watched::Gone || (watched == Watched::LeftOut && !inGallery)) return;
+
+    FolderSnapshot snapshot;
+    const bool taken = TakeSnapshot(job.folder, IsNamed(job.folder), stop_, snapshot);
+    // One that is there and cannot be read, for want of descriptors for example, is tried again.
+    if (inGallery && !taken && LookAt(job.folder).kind == ItemKind::Folder) poll_.AddUnread(job.folder);
+    if (!taken) return;
+    if (inGallery && (watched != Watched::Yes || onNetwork_)) poll_.Add(job.folder, snapshot.folder);
+    if (snapshot.illegible > 0) NoteIllegible(job.folder);
+
+    const ReportLedger::Folders folders = ledger_.Compare(job.folder, snapshot, job.silent);
+    for (const std::string& gone : folders.gone)
+        LoseFolder(gone, ItemRemoved);
+    PushFoldersIn(job, snapshot, folders.appeared);
+}
+
+void TreeFollower::PushFoldersIn(const Job& job, const FolderSnapshot& snapshot,
+                                 const std::vector<std::string>& appeared) {
+    const bool inGallery = ledger_.IsInGallery(job.folder);
+    const std::unordered_set<std::string> news(appeared.begin(), appeared.end());
+    for (const FoundItem& entry : snapshot.entries) {
+        if (entry.item.kind != ItemKind::Folder) continue;
+        const std::string path = job.folder + "/" + entry.name;
+        const bool isNew = news.count(path) > 0;
+        if (!inGallery) {
+            // Other volumes beneath are of no concern, and some have no end. The gallery has a job already.
+            if (entry.item.volume != snapshot.folder.volume || (path == gallery_ && !isNew)) continue;
+        }
+        if (job.deep || isNew) Push({path, job.silent && !isNew});
+    }
+}
+
+void TreeFollower::NoteLeftOut(const std::string& folder) {
+    if (!tree_.inotify().IsOpen() || std::exchange(toldLeftOut_, true)) return;
+    KXP_LOG(KXP::LogFailure, "No more watches to be had for %s and other folders: %s", folder.c_str(),
+            std::strerror(errno));
+}
+
+void TreeFollower::NoteIllegible(const std::string& folder) {
+    if (std::exchange(toldIllegible_, true)) return;
+    KXP_LOG(KXP::LogFailure, "Passed over names in %s that are not UTF-8", folder.c_str());
+}
+
+void TreeFollower::AppearFolder(const std::string& path, uint32_t flag) {
+    // Watches of a folder that was here before lead elsewhere by now.
+    tree_.UnwatchWithBeneath(path);
+    ledger_.FolderAppeared(path, flag);
+    if (path == gallery_) gallerySeen_ = IdentityOf(LookAt(path, true));
+    Push({path});
+}
+
+void TreeFollower::LoseFolder(const std::string& path, uint32_t flag) {
+    tree_.UnwatchWithBeneath(path);
+    poll_.RemoveWithBeneath(path);
+    ledger_.FolderGone(path, flag);
+    EraseWithBeneath(unfinished_, path);
+    if (path == gallery_) gallerySeen_ = {};
+}
+
+// Finds what no event tells: that a folder above was renamed, that a volume came or went, that either folder
+// is back.
+void TreeFollower::CheckRoots() {
+    rootsDue_ = steady_clock::now() + options_.pollInterval;
+    const Identity root = IdentityOf(LookAt(root_, true));
+    const Identity gallery = IdentityOf(LookAt(gallery_, true));
+    if (root != rootSeen_) {
+        if (rootSeen_.exists) LoseRoot();
+        if (!root.exists) return;
+        KXP_LOG(KXP::LogMilestone, "Watched folder %s is there", root_.c_str());
+        ledger_.FolderAppeared(root_, ItemCreated);
+        if (gallery.exists && root_ != gallery_) ledger_.FolderAppeared(gallery_, ItemCreated);
+        Begin(false);
+    } else if (gallery != gallerySeen_) {
+        if (gallerySeen_.exists) LoseFolder(gallery_, ItemRemoved);
+        if (gallery.exists) AppearFolder(gallery_, ItemCreated);
+    }
+}
+
+void TreeFollower::LoseRoot() {
+    KXP_LOG(KXP::LogMilestone, "Watched folder %s is gone", root_.c_str());
+    galleryJobs_.clear();
+    otherJobs_.clear();
+    queuedWhole_.clear();
+    tree_.Close();
+    poll_.Clear();
+    ledger_.FolderGone(root_, ItemRemoved);
+    rootSeen_ = {};
+    gallerySeen_ = {};
+}
+
+void TreeFollower::StepPoll(TimePoint now) {
+    if (!poll_.InRound() && now >= pollDue_ && !poll_.IsEmpty()) poll_.StartRound();
+    if (!poll_.InRound()) return;
+    for (std::string& folder : poll_.Step(kPollStep))
+        Push({std::move(folder), false, false});
+    if (poll_.InRound()) return;
+    pollDue_ = now + (onNetwork_ ? options_.networkPollInterval : options_.pollInterval);
+}
+
+void TreeFollower::Step() {
+    const TimePoint now = steady_clock::now();
+    // A comparison under way is brought to its end first, or a steady flood would never let one finish.
+    if (eventsLost_ && galleryJobs_.empty()) Recover();
+    if (now >= rootsDue_) CheckRoots();
+    StepPoll(now);
+    ledger_.LookAgain(now);
+    RunJobs(now + kStep);
+}
+
+std::optional<std::vector<std::string>> TreeFollower::Awaited(size_t most) {
+    if (!readAll_ || eventsLost_ || !galleryJobs_.empty()) return std::nullopt;
+    std::vector<std::string> awaited = ledger_.UnsettledPaths();
+    // Of what was made and never closed only a file that was written a moment ago counts: a later write gives
+    // any other a new time, by which it is known to have changed.
+    const int64_t young = FileClockNs() - kYoungNs;
+    for (auto path = unfinished_.begin(); path != unfinished_.end() && awaited.size() <= most;) {
+        const Item item = LookAt(*path);
+        if (item.kind != ItemKind::File) {
+            path = unfinished_.erase(path);
+            continue;
+        }
+        if (item.stamp.modifiedNs >= young) awaited.push_back(*path);
+        ++path;
+    }
+    if (awaited.size() > most) return std::nullopt;
+    return awaited;
+}
+
+TimePoint TreeFollower::NextDue() const {
+    if (eventsLost_ || poll_.InRound() || !galleryJobs_.empty() || !otherJobs_.empty()) return {};
+    const TimePoint due = std::min(rootsDue_, ledger_.NextLook());
+    return poll_.IsEmpty() ? due : std::min(due, pollDue_);
+}
+
+}  // namespace watcher

@@ -1,0 +1,150 @@
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreServices/CoreServices.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include <sys/stat.h>
+
+#include "CobalixUtil.h"
+#include "common/Mutex.h"
+#include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
+#include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
+
+namespace {
+
+// A path that is not UTF-8 gives no string, and so an array and a stream of nothing.
+CFStringRef CreatePath(const std::string& path) {
+    return CFStringCreateWithCString(kCFAllocatorDefault, path.c_str(), kCFStringEncodingUTF8);
+}
+
+CFArrayRef CreatePaths(CFStringRef path) {
+    if (!path) return nullptr;
+    const void* values[] = {path};
+    return CFArrayCreate(kCFAllocatorDefault, values, 1, &kCFTypeArrayCallBacks);
+}
+
+watcher::ItemKind KindAt(const char* path) {
+    struct stat status {};
+    if (stat(path, &status) != 0) return watcher::ItemKind::None;
+    return S_ISDIR(status.st_mode) ? watcher::ItemKind::Folder : watcher::ItemKind::File;
+}
+
+void ReleaseIfAny(CFTypeRef object) {
+    if (object) CFRelease(object);
+}
+
+class FileWatcher : public IFileWatcher {
+  public:
+    FileWatcher(const std::string& path, std::chrono::duration<double> latency,
+                std::unique_ptr<IFileWatcherCallback>&& callback)
+        : callback_(std::move(callback)), path_(CreatePath(path)), paths_(CreatePaths(path_)) {
+        CreateStream(latency.count());
+        thread_ = std::thread([this] { Run(); });
+    }
+    ~FileWatcher() override;
+
+    std::optional<std::vector<std::string>> Untold() override {
+        if (stream_) FSEventStreamFlushSync(stream_);
+        return std::vector<std::string>{};
+    }
+
+  private:
+    void CreateStream(double latency);
+    void Run();
+    static void FsEventStreamCallback(ConstFSEventStreamRef stream, void* info, size_t count, void* paths,
+                                      const FSEventStreamEventFlags* flags, const FSEventStreamEventId* ids);
+
+    const std::unique_ptr<IFileWatcherCallback> callback_;
+    CFStringRef path_ = nullptr;
+    CFArrayRef paths_ = nullptr;
+    FSEventStreamRef stream_ = nullptr;
+    CFRunLoopRef runLoop_ = nullptr;  // the thread's; retained, for it is used when the thread has ended
+    std::thread thread_;
+    KXP::Mutex dispatchMutex_;
+    KXP::CondVar runningChanged_;
+    KXP::Mutex runningMutex_;
+    bool running_ GUARDED_BY(runningMutex_) = false;
+};
+
+void FileWatcher::CreateStream(double latency) {
+    FSEventStreamContext context = {0, this, nullptr, nullptr, nullptr};
+    if (paths_)
+        stream_ = FSEventStreamCreate(kCFAllocatorDefault, &FileWatcher::FsEventStreamCallback, &context,
+                                      paths_, kFSEventStreamEventIdSinceNow, latency,
+                                      kFSEventStreamCreateFlagFileEvents);
+    if (!stream_) KXP_LOG(KXP::LogFailure, "No file events to be had");
+}
+
+void FileWatcher::Run() {
+    KXP::LogNameThread("Gallery", "FILE");
+    runLoop_ = static_cast<CFRunLoopRef>(const_cast<void*>(CFRetain(CFRunLoopGetCurrent())));
+    // Without any source a loop ends at once, and the destructor would wait for one that never waits.
+    CFRunLoopSourceContext idle = {};
+    const CFRunLoopSourceRef keepAlive = CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &idle);
+    CFRunLoopAddSource(runLoop_, keepAlive, kCFRunLoopDefaultMode);
+    if (stream_) {
+        FSEventStreamScheduleWithRunLoop(stream_, runLoop_, kCFRunLoopDefaultMode);
+        FSEventStreamStart(stream_);
+    }
+    {
+        KXP::MutexLock lock(runningMutex_);
+        running_ = true;
+        runningChanged_.NotifyAll();
+    }
+    CFRunLoopRun();
+    CFRunLoopRemoveSource(runLoop_, keepAlive, kCFRunLoopDefaultMode);
+    CFRelease(keepAlive);
+}
+
+// The dispatch mutex belongs to this thread alone and is not taken by anything that a callback may call.
+void FileWatcher::FsEventStreamCallback(ConstFSEventStreamRef, void* info, size_t count, void* paths,
+                                        const FSEventStreamEventFlags* flags,
+                                        const FSEventStreamEventId* ids) {
+    auto* self = static_cast<FileWatcher*>(info);
+    const auto* names = static_cast<const char* const*>(paths);
+    KXP::MutexLock lock(self->dispatchMutex_);
+    for (size_t i = 0; i < count; ++i) {
+        watcher::DispatchWatchEvent(static_cast<int>(i), ids[i], {names[i], static_cast<uint32_t>(flags[i])},
+                                    KindAt(names[i]), *self->callback_);
+    }
+}
+
+// The order is binding: the loop is not stopped while an event is being handled, and the stream outlives it.
+FileWatcher::~FileWatcher() {
+    {
+        KXP::MutexLock lock(runningMutex_);
+        while (!running_) runningChanged_.Wait(runningMutex_);
+    }
+    while (!CFRunLoopIsWaiting(runLoop_)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    CFRunLoopStop(runLoop_);
+    thread_.join();
+    if (stream_) {
+        FSEventStreamStop(stream_);
+        FSEventStreamUnscheduleFromRunLoop(stream_, runLoop_, kCFRunLoopDefaultMode);
+        FSEventStreamInvalidate(stream_);
+        FSEventStreamRelease(stream_);
+    }
+    CFRelease(runLoop_);
+    ReleaseIfAny(paths_);
+    ReleaseIfAny(path_);
+}
+
+}  // namespace
+
+std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
+                                                std::unique_ptr<IFileWatcherCallback>&& callback,
+                                                const WatcherOptions& options) {
+    try {
+        return std::make_unique<FileWatcher>(path, options.window, std::move(callback));
+    } catch (const std::system_error& error) {
+        KXP_LOG(KXP::LogFailure, "No thread for the file watcher: %s", error.what());
+        return nullptr;
+    }
+}
+
+void StopAndJoinFileWatcher() {}
