@@ -145,10 +145,9 @@ int FileDelete(const std::string& path, bool, HeldLog& log) {
     return Code::kFailure;
 }
 
-int FileAttrNormal(const std::string& path) {
+void FileAttrNormal(const std::string& path) {
     // Best effort; where it matters, the call that follows reports. Fails on a symbolic link, as it should.
     (void)fchmodat(AT_FDCWD, path.c_str(), kNormalMode, AT_SYMLINK_NOFOLLOW);
-    return Code::kOk;
 }
 
 int FileTime(const std::string& path, int64_t& seconds) {

@@ -39,8 +39,8 @@ int FileDelete(const std::string& path, bool force);
 // The same for a caller that holds a lock.
 int FileDelete(const std::string& path, bool force, HeldLog& log);
 
-// Makes the file readable and writable, except through a symbolic link. Always 0.
-int FileAttrNormal(const std::string& path);
+// Makes the file readable and writable, except through a symbolic link.
+void FileAttrNormal(const std::string& path);
 
 // Modification time in seconds since 1970; 0x80070002 when there is no such file.
 int FileTime(const std::string& path, int64_t& seconds);
