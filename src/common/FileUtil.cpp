@@ -10,12 +10,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "CobalixUtil.h"
 #include "base/FileCalls.h"
 #include "base/NewFile.h"
 #include "base/Path.h"
 #include "base/ReadWrite.h"
 #include "common/DirUtil.h"
-#include "common/HeldLog.h"
 #include "common/RetVal.h"
 
 namespace KXP {
@@ -131,17 +131,10 @@ int FileMigrate(const std::string& legacyFile, const std::string& newFile) {
     return Code::kFailure;
 }
 
-int FileDelete(const std::string& path, bool force) {
-    HeldLog log;
-    return FileDelete(path, force, log);
-}
-
-int FileDelete(const std::string& path, bool, HeldLog& log) {
+int FileDelete(const std::string& path, bool) {
     FileAttrNormal(path);
     if (std::remove(path.c_str()) == 0) return Code::kOk;
-    char error[16];
-    std::snprintf(error, sizeof error, "0x%08x", static_cast<unsigned>(errno));
-    log.Add(LogFailure, "Failed to delete file " + path + ": " + error);
+    KXP_LOG(LogFailure, "Failed to delete file %s: 0x%08x", path.c_str(), static_cast<unsigned>(errno));
     return Code::kFailure;
 }
 

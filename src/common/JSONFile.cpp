@@ -245,13 +245,8 @@ bool JSONFile::ReadStamp(Stamp& stamp) const {
 }
 
 RetVal JSONFile::RemoveFile() const {
-    HeldLog log;
-    return RemoveFile(log);
-}
-
-RetVal JSONFile::RemoveFile(HeldLog& log) const {
     RetVal result;
-    result.code = FileDelete(path_, true, log);
+    result.code = FileDelete(path_, true);
     DirectoryRemove(directory_);
     return result;
 }

@@ -67,7 +67,6 @@ class JSONFile {
 
     // Deletes the file, and its folder when that is then empty. The text is "Success" whatever the code.
     RetVal RemoveFile() const;
-    RetVal RemoveFile(HeldLog& log) const;
 
   private:
     RetVal Overwrite(size_t keep, std::string_view tail, HeldLog& log) const;

@@ -1,7 +1,6 @@
 #include <array>
 #include <functional>
 
-#include "libraries/share-common/HighlightsConfig.h"
 #include "libraries/share-common/PageWords.h"
 #include "tests/unit/hub/HubTest.h"
 
@@ -31,13 +30,13 @@ std::string Saved(const TrackedUGC& ugc, bool unannounced) {
            ",\"unannounced\":" + (unannounced ? "true}}|" : "false}}|");
 }
 
-void DefineHighlight() {
-    HighlightConfigData config;
-    config.defaultLocale = "en-US";
-    config.drsName = config.profileName = config.shortName = "racer";
-    config.highlights["win"].id = "win";
-    config.highlights["win"].names = {{"en-us", "Victory"}, {"de", "Sieg"}};
-    EXPECT_FALSE(HighlightsConfig("racer").WriteConfig(config).Failed());
+// As the application writes it, with a name in two languages.
+void DefineHighlight(const TemporaryHome& home) {
+    home.folder().Write(
+        "data/ZORVEX/OvirastreamX/Share/Highlights/racer/config.json",
+        R"({"highlights":{"win":{"significance":0,"highlightTags":0,"userInterest":false,"name":)"
+        R"({"en-us":"Victory","de":"Sieg"}}},"defaultLocale":"en-US","drsName":"racer",)"
+        R"("profileName":"racer","shortName":"racer"})");
 }
 
 }  // namespace
@@ -129,7 +128,7 @@ TEST_F(HubTest, AnAddedFileIsToldAsItsNotificationHasIt) {
     hub_.NotifyUGCAdded(highlight);
     EXPECT_EQ(module_.TakeSent(), Saved(highlight, true)) << "nothing waits: the file came by itself";
 
-    DefineHighlight();
+    DefineHighlight(home_);
     const ScopedEnv german("LC_ALL", "de_DE.UTF-8");
     const auto announce = [&](const std::string& path, bool unannounced) {
         const std::string payload =
@@ -164,7 +163,7 @@ TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
         EXPECT_EQ(ugc.highlightName, "as it was");
         EXPECT_EQ(module_.TakeSent(), Saved(ugc, true));
     };
-    DefineHighlight();
+    DefineHighlight(home_);
     notify("racer", "no such");
     EXPECT_TRUE(log_.HasLine(1, "NotifyHighlightSaved: Unknown highlight definition ID [no such], skip it"));
     int told = 0;
