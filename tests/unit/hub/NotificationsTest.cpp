@@ -133,8 +133,8 @@ TEST_F(HubTest, AnAddedFileIsToldAsItsNotificationHasIt) {
     const auto announce = [&](const std::string& path, bool unannounced) {
         const std::string payload =
             R"({"highlight":{"path":")" + path + R"("},"unannounced":)" + (unannounced ? "true}" : "false}");
-        hub_.OnHighlightSaved(std::make_unique<KXP::JSONMessage>("s", "m", "HighlightSavedNotification", "id",
-                                                                 payload.c_str(), nullptr, nullptr));
+        hub_.OnHighlightSaved(
+            KXP::Message::CreateRequest("s", "m", "HighlightSavedNotification", "", "", payload.c_str()));
     };
     announce("/gallery/other.mp4", false);
     hub_.NotifyUGCAdded(highlight);
@@ -175,8 +175,7 @@ TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
 
 TEST_F(HubTest, TakesTheProgressOfAMontageAndNothingElse) {
     const auto handle = [&](const char* method, const char* payload) {
-        return hub_.HandleMsg(
-            std::make_unique<KXP::JSONMessage>("s", "m", method, "id", payload, nullptr, nullptr));
+        return hub_.HandleMsg(KXP::Message::CreateRequest("s", "m", method, "", "", payload));
     };
     EXPECT_FALSE(handle("GetSettings", R"({"progress":1})"));
     EXPECT_THROW(handle("UpdateMontageProgress", "{}"), KXP::JSONFieldError);
