@@ -1,7 +1,6 @@
 #include <array>
 #include <functional>
 
-#include "libraries/share-common/HighlightsConfig.h"
 #include "libraries/share-common/PageWords.h"
 #include "tests/unit/hub/HubTest.h"
 
@@ -31,13 +30,13 @@ std::string Saved(const TrackedUGC& ugc, bool unannounced) {
            ",\"unannounced\":" + (unannounced ? "true}}|" : "false}}|");
 }
 
-void DefineHighlight() {
-    HighlightConfigData config;
-    config.defaultLocale = "en-US";
-    config.drsName = config.profileName = config.shortName = "racer";
-    config.highlights["win"].id = "win";
-    config.highlights["win"].names = {{"en-us", "Victory"}, {"de", "Sieg"}};
-    EXPECT_FALSE(HighlightsConfig("racer").WriteConfig(config).Failed());
+// As the application writes it, with a name in two languages.
+void DefineHighlight(const TemporaryHome& home) {
+    home.folder().Write(
+        "data/ZORVEX/OvirastreamX/Share/Highlights/racer/config.json",
+        R"({"highlights":{"win":{"significance":0,"highlightTags":0,"userInterest":false,"name":)"
+        R"({"en-us":"Victory","de":"Sieg"}}},"defaultLocale":"en-US","drsName":"racer",)"
+        R"("profileName":"racer","shortName":"racer"})");
 }
 
 }  // namespace
@@ -132,7 +131,7 @@ TEST_F(HubTest, AnAddedFileIsReportedAsItsAnnouncementHasIt) {
     hub_.NotifyUGCAdded(highlight, Found::OthersWait, false);
     EXPECT_EQ(module_.TakeSent(), "") << "another file is waited for";
 
-    DefineHighlight();
+    DefineHighlight(home_);
     const ScopedEnv german("LC_ALL", "de_DE.UTF-8");
     TrackedUGC named = highlight;
     named.highlightName = "Sieg";
@@ -147,7 +146,7 @@ TEST_F(HubTest, AnAddedFileIsReportedAsItsAnnouncementHasIt) {
 // What the message says waits for its file, over a change of the gallery as well.
 TEST_F(HubTest, AnnouncementsWaitForTheirFiles) {
     const auto message = [&](const char* method, const std::string& payload) {
-        return std::make_unique<KXP::JSONMessage>("s", "m", method, "id", payload.c_str(), nullptr, nullptr);
+        return KXP::Message::CreateRequest("s", "m", method, "", "", payload.c_str());
     };
     hub_.OnHighlightSaved(message("HighlightSavedNotification",
                                   R"({"highlight":{"path":"/g/a.mp4","id":7},"unannounced":true})"));
@@ -174,7 +173,7 @@ TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
         EXPECT_EQ(ugc.highlightName, "as it was");
         EXPECT_EQ(module_.TakeSent(), Saved(ugc, true));
     };
-    DefineHighlight();
+    DefineHighlight(home_);
     notify("racer", "no such");
     EXPECT_TRUE(log_.HasLine(1, "NotifyHighlightSaved: Unknown highlight definition ID [no such], skip it"));
     int told = 0;
@@ -186,8 +185,7 @@ TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
 
 TEST_F(HubTest, TakesTheProgressOfAMontageAndNothingElse) {
     const auto handle = [&](const char* method, const char* payload) {
-        return hub_.HandleMsg(
-            std::make_unique<KXP::JSONMessage>("s", "m", method, "id", payload, nullptr, nullptr));
+        return hub_.HandleMsg(KXP::Message::CreateRequest("s", "m", method, "", "", payload));
     };
     EXPECT_FALSE(handle("GetSettings", R"({"progress":1})"));
     EXPECT_THROW(handle("UpdateMontageProgress", "{}"), KXP::JSONFieldError);
