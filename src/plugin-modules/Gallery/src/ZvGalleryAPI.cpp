@@ -88,10 +88,6 @@ int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn, std::strin
     return code;
 }
 
-int32_t ZvGalleryAPI::CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {
-    return media::CheckIfJPGFileSizeIsValid(path, isValid);
-}
-
 bool ZvGalleryAPI::IsDirectoryEmpty(const std::string& path, bool onlyOwn) {
     return media::IsDirectoryEmpty(path, onlyOwn);
 }

@@ -144,8 +144,6 @@ class ZvGalleryAPI : public ITrackerHost {
     static int32_t CheckIfZv(const std::string& path, bool& isOwn);
     static int32_t CheckIfZv(const std::string& path, bool& isOwn, std::string& type, std::string& subtype,
                              std::string& source);
-    // Whether a JPEG is small enough to be shown whole. Gives 1, or 0x80070006 when it cannot be opened.
-    static int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
     static bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
     // A video's duration in seconds, audio layout and picture size, as media::FindMP4HeaderInfo tells them:
     // the size with `wantSize`, the two others without.

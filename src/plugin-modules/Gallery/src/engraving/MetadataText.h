@@ -8,6 +8,3 @@
 // The outer object, {"Source":...,"B64":...}. Throws std::range_error for a text with characters that are
 // none.
 std::string MakeMetadata(const CaptureRequestInfo* info);
-
-// The same facts as one flat object, for who takes no base64.
-std::string MakeMetadataOvs(const CaptureRequestInfo* info);

@@ -17,8 +17,4 @@ namespace media {
 // file made of nothing but markers or boxes is read along their chain.
 int32_t SniffFile(const std::string& path, SniffResult& result);
 
-// Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
-// opened; `isValid` is then false.
-int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
-
 }  // namespace media
