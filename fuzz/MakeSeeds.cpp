@@ -106,7 +106,7 @@ void MakeJpeg(Corpus corpus) {
     corpus.Add(Jpeg({{0x000B, 512, 472}, {0xC6F6, 513, 0}, {0x010F, 9, ValuesAt(3)}}, "ZvCamera", frame));
     for (const uint16_t first : {25, 26, 27, 492, 493})
         corpus.Add(captures::OwnJpeg(1, 1).replace(4, 2, U16(first)));
-    // A subtype ahead of a name, in the place of the second entry.
+    // A subtype before a name, in place of the second entry.
     corpus.Add(Jpeg({{0x010F, 7, ValuesAt(3)}, {}, {0x000B, 4, ValuesAt(3) + 7}}, "ZORVEX.Name", frame)
                    .replace(captures::kTiffBase + 22, 12, "Stereo......"));
     std::string late = captures::OwnJpeg(1, 1);

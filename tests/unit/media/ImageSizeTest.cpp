@@ -27,7 +27,7 @@ std::string Png(uint32_t width, uint32_t height) {
            samples::PngChunk("IHDR", U32(width) + U32(height) + std::string("\x08\2\0\0\0", 5));
 }
 
-// Up to the count of components, behind a comment and a fill byte.
+// Up to the count of components, after a comment and a fill byte.
 std::string Jpeg(uint16_t height, uint16_t width) {
     return "\xFF\xD8\xFF\xFE" + U16(6) + "\xFF\xC0\xFF\xD9\xFF" +
            captures::FrameHeader(height, width).substr(0, 10);

@@ -36,7 +36,7 @@ const char* SourceOf(const CaptureRequestInfo& info) {
     return "Ovirastream SHARE";
 }
 
-// Readers take the profile from "DRSProfileName" alone, so that one stands in for the other.
+// Readers look for the profile in "DRSProfileName" alone, so it also gets the other one.
 void PutProfiles(Writer& writer, const CaptureRequestInfo& info) {
     const std::string drsProfile = TextOf(info.drsProfileName);
     const std::string profile = TextOf(info.profileName);

@@ -9,13 +9,13 @@ namespace media {
 // A folder that cannot be opened is empty; a file that cannot be inspected counts as own.
 bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
 
-// Whether a thumbnail stands beside `path`: the same name with " Thumbnail" behind it, and ".png" for the
-// extension ".exr" or ".jpg" for ".jpg". Fills `thumbnail` with its path when there is one.
+// Whether the folder of `path` holds a thumbnail of it: the same name followed by " Thumbnail", with ".png"
+// for the extension ".exr" and ".jpg" for ".jpg". Sets `thumbnail` to its path if there is one.
 bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& extension,
                                    std::string& thumbnail);
 
-// Whether a capture that is on record may be deleted. The record's file can be edited by anybody and name any
-// path: what goes is a regular file, and no link, that lies in the gallery or is own by its bytes.
+// Whether a recorded capture may be deleted. Anybody can edit the file of records, which may thus name any
+// path: only a regular file, and no link, that lies in the gallery or is own by its bytes may go.
 bool MayDeleteCapture(const std::string& path, const std::string& gallery);
 
 }  // namespace media

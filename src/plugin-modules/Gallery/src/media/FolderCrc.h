@@ -1,7 +1,7 @@
 // One number for a tree of folders, from the modification times of its entries and the names of its folders,
-// so that the tracker can tell at its start whether anything changed while nobody watched. No file is opened.
+// so that the tracker can see at its start whether anything has changed since it stopped. No file is opened.
 //
-// The order in which a folder gives its entries is part of the sum.
+// The order in which a folder lists its entries is part of the sum.
 #pragma once
 
 #include <array>
@@ -47,7 +47,7 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath,
                  std::vector<unsigned char>& lastFileBytes);
 
 // The sum of the CRCs of these three and of `path`, without the "/" that it may end in. Always a success:
-// when the tree cannot be walked, `crc` keeps its value, by which the caller tells.
+// when the tree cannot be walked, `crc` keeps its value, which is how the caller notices.
 KXP::RetVal CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc);
 
 }  // namespace media

@@ -10,7 +10,7 @@
 namespace media {
 
 // Inspects one file. First resets the own flag, type, subtype, source, the three names and the CMS id of
-// `result`; highlight fields and the time stamp keep what they held unless the file tells them. Returns 1,
+// `result`; highlight fields and the time stamp keep their values unless the file has them. Returns 1,
 // own or not, or a negative code: 0x80004005 when the file cannot be opened (a pipe, device or folder counts
 // as such and never blocks) or read on, 0x8007000D for a malformed MP4. Fields set before a failure stay.
 // Writes log lines for failures. Any thread. Reads a page or two of an ordinary capture, whatever its size; a
