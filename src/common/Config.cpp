@@ -28,10 +28,9 @@ RetVal Config::ReadConfigs() {
     const std::string productPath = GetProductConfigFilePath();
     if (!ReadJSON(productPath, productConfig_)) return CouldNotRead("product", productPath);
     const std::string pluginPath = GetPluginConfigFile();
-    if (FileExists(pluginPath) && !ReadJSON(pluginPath, pluginConfig_))
+    Document pluginConfig;
+    if (FileExists(pluginPath) && !ReadJSON(pluginPath, pluginConfig))
         return CouldNotRead("plugin", pluginPath);
-    const std::string appPath = GetAppConfigFilePath();
-    if (FileExists(appPath)) ReadJSON(appPath, appConfig_);
     FillFolders();
     return {};
 }
@@ -40,15 +39,13 @@ void Config::FillFolders() {
     appDataDirs_.push_back(GetProductDataDirectory(ProfileProduct));
     for (const std::string& folder : JSONGetStrings(productConfig_, "additionalDataDirs"))
         appDataDirs_.push_back(PathIsAbsolute(folder) ? folder
-                                                      : FileJoin({GetPluginBinaryDirectory(), folder}, ""));
+                                                      : FileJoin({GetPluginBinaryDirectory(), folder}));
     appDataDirs_.push_back(GetPluginBinaryDataDirectory() + "/appdata/");
-    for (std::string& folder : JSONGetStrings(productConfig_, "mediaDirs"))
-        mediaDirs_.push_back(std::move(folder));
 }
 
 std::string Config::FindAppData(const std::string& relativePath) const {
     for (const std::string& folder : appDataDirs_) {
-        std::string path = FileJoin({folder, relativePath}, "");
+        std::string path = FileJoin({folder, relativePath});
         struct stat status {};
         if (stat(path.c_str(), &status) == 0) return path;
     }

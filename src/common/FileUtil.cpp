@@ -10,22 +10,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "CobalixUtil.h"
 #include "base/FileCalls.h"
 #include "base/NewFile.h"
 #include "base/Path.h"
 #include "base/ReadWrite.h"
 #include "common/DirUtil.h"
-#include "common/HeldLog.h"
 #include "common/RetVal.h"
 
 namespace KXP {
 namespace {
 
-constexpr size_t kCopyBlock = 1024;
-// What a cancelled copy still does.
+// What a cancelled copy still finishes.
 constexpr size_t kCopyStep = size_t{8} << 20;
 constexpr size_t kCopyBuffer = size_t{1} << 20;
-constexpr mode_t kNewFileMode = 0644;
 constexpr mode_t kNormalMode = 0776;
 
 int Failed(const char* text) {
@@ -38,17 +36,6 @@ void LogMoveFailed(const std::string& source, const std::string& destination) {
             destination.c_str());
 }
 
-bool CopyBytes(const FileDescriptor& source, const FileDescriptor& destination) {
-    char block[kCopyBlock];
-    size_t offset = 0;
-    long got = 0;
-    while ((got = ReadSome(source, block, sizeof block)) > 0) {
-        if (!WriteFullyAt(destination, block, static_cast<size_t>(got), offset)) return false;
-        offset += static_cast<size_t>(got);
-    }
-    return got == 0;
-}
-
 // The next bytes from `position` on, at least one. False when a read or write fails or the file has ended.
 bool CopyStep(const FileDescriptor& source, const FileDescriptor& destination, uint64_t& position,
               uint64_t size, std::vector<char>& buffer) {
@@ -59,7 +46,7 @@ bool CopyStep(const FileDescriptor& source, const FileDescriptor& destination, u
             position += static_cast<uint64_t>(copied);
             return true;
         }
-        // Whatever stopped it, a full disk included, shows anew when the bytes go by hand.
+        // Whatever stopped it, a full disk included, stops the copy by hand as well.
         buffer.resize(kCopyBuffer);
     }
     const size_t got = ReadAt(source, position, buffer.data(), std::min(step, buffer.size()));
@@ -85,18 +72,6 @@ bool FileExists(const std::string& path) {
 bool IsRegularFile(const std::string& path) {
     struct stat status {};
     return IsUsablePath(path) && lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-}
-
-int FileCopy(const std::string& source, const std::string& destination) {
-    const FileDescriptor from = OpenForRead(source);
-    if (!from.IsOpen()) return Failed("FileCopy open source failed");
-    FileDescriptor to = OpenForWrite(destination, kNewFileMode);
-    if (!to.IsOpen()) return Failed("FileCopy open destination failed");
-    if (!CopyBytes(from, to)) return Failed("FileCopy failed to copy the content");
-    struct stat status {};
-    if (fstat(from.get(), &status) != 0) return Failed("FileCopy fopen source failed");
-    CopyOwnerAndMode(status, to);
-    return to.Close() ? Code::kOk : Failed("FileCopy failed to copy the content");
 }
 
 int FileCopyNew(const std::string& source, const std::string& destination,
@@ -156,24 +131,16 @@ int FileMigrate(const std::string& legacyFile, const std::string& newFile) {
     return Code::kFailure;
 }
 
-int FileDelete(const std::string& path, bool force) {
-    HeldLog log;
-    return FileDelete(path, force, log);
-}
-
-int FileDelete(const std::string& path, bool, HeldLog& log) {
+int FileDelete(const std::string& path, bool) {
     FileAttrNormal(path);
     if (std::remove(path.c_str()) == 0) return Code::kOk;
-    char error[16];
-    std::snprintf(error, sizeof error, "0x%08x", static_cast<unsigned>(errno));
-    log.Add(LogFailure, "Failed to delete file " + path + ": " + error);
+    KXP_LOG(LogFailure, "Failed to delete file %s: 0x%08x", path.c_str(), static_cast<unsigned>(errno));
     return Code::kFailure;
 }
 
-int FileAttrNormal(const std::string& path) {
+void FileAttrNormal(const std::string& path) {
     // Best effort; where it matters, the call that follows reports. Fails on a symbolic link, as it should.
     (void)fchmodat(AT_FDCWD, path.c_str(), kNormalMode, AT_SYMLINK_NOFOLLOW);
-    return Code::kOk;
 }
 
 int FileTime(const std::string& path, int64_t& seconds) {

@@ -8,8 +8,6 @@
 
 namespace KXP {
 
-class HeldLog;
-
 // Something is at the path and it cannot be opened as a folder. A folder that may not be read thus counts as
 // a file; callers only ask about what they may read.
 bool FileExists(const std::string& path);
@@ -17,34 +15,28 @@ bool FileExists(const std::string& path);
 // A regular file itself, and no link to one.
 bool IsRegularFile(const std::string& path);
 
-// Copies bytes, and owner and mode as far as the volume takes them; gives a code. Not truncating: a longer
-// old destination keeps its tail. Only regular files are copied, and links are followed. The destination is
-// partly written after a failure.
-int FileCopy(const std::string& source, const std::string& destination);
-
-// The same to a place where nothing is yet, as long as the source is when it is opened. The copy is there
-// once it is whole, and nothing stays of one that fails or is cancelled, which gives 0x80004004.
+// Copies the bytes of a regular file to a place where nothing is yet, as many as there are when it is opened,
+// and its owner and mode as far as the volume takes them; returns a code. Links are followed. The copy
+// appears once it is whole, and nothing is left of one that fails or is cancelled (0x80004004).
 int FileCopyNew(const std::string& source, const std::string& destination,
                 const std::atomic<bool>& cancelled);
 
-// Renames; gives a code. Never copies, so it fails between volumes.
+// Renames; returns a code. Never copies, so it fails between volumes.
 int FileMove(const std::string& source, const std::string& destination);
 // The same to a place where nothing is yet.
 int FileMoveNew(const std::string& source, const std::string& destination);
 
-// Moves a file from its legacy place to its new one; made to be called on every start. Gives 1 when there is
-// nothing to move or the new file is there already, which wins, and 0x80004005 when the move failed. The
-// legacy file is given up in either of the last two cases.
+// Moves a file from its legacy place to its new one; made to be called on every start. Returns 1 when both
+// paths are the same or the new file exists already, which wins, and 0x80004005 when the move failed. The
+// legacy file is deleted in the last two cases.
 int FileMigrate(const std::string& legacyFile, const std::string& newFile);
 
-// Removes a file, a symbolic link (never what it leads to) or an empty folder; gives a code. `force` is for
+// Removes a file, a symbolic link (never what it leads to) or an empty folder; returns a code. `force` is for
 // platforms where a write-protected file needs it.
 int FileDelete(const std::string& path, bool force);
-// The same for a caller that holds a lock.
-int FileDelete(const std::string& path, bool force, HeldLog& log);
 
-// Makes the file readable and writable, except through a symbolic link. Always 0.
-int FileAttrNormal(const std::string& path);
+// Makes the file readable and writable, except through a symbolic link.
+void FileAttrNormal(const std::string& path);
 
 // Modification time in seconds since 1970; 0x80070002 when there is no such file.
 int FileTime(const std::string& path, int64_t& seconds);

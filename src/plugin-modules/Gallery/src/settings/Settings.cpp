@@ -186,7 +186,7 @@ bool Settings::UpdateTrackerSettings(TrackerUpdateState state) {
 }
 
 std::string Settings::GetDefaultGalleryFolderPath() {
-    return KXP::FileJoin(GetDefaultGalleryFolder(), "");
+    return KXP::FileJoin(GetDefaultGalleryFolder());
 }
 
 std::vector<std::string> Settings::GetDefaultGalleryFolder() {
