@@ -30,7 +30,7 @@ std::string Movie() {
                     samples::Mp4Box("trak", samples::Mp4Box("mdia", std::string(kTrackBytes, '\1'))));
 }
 
-// With the movie in front or behind.
+// With the movie before or after the data.
 std::string MakeFile(const TempFolder& folder, bool inFront) {
     const std::string path = folder / (inFront ? "front.mp4" : "behind.mp4");
     std::ofstream out(path, std::ios::binary);

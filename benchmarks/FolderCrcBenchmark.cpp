@@ -1,5 +1,5 @@
-// What the sum over a tree of folders costs beside what no sum can save: reading the folders and asking for
-// the time of each entry. The target is 1.1 times that floor (the counter "ratio").
+// What the sum over a tree of folders costs compared with what is unavoidable: reading the folders and asking
+// for the time of each entry. The target is 1.1 times that floor (the counter "ratio").
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -49,7 +49,7 @@ class Tree {
     fs::path path_;
 };
 
-// The floor; gives the sum of the times, so that nothing is left out.
+// The floor. Returns the sum of the times, so that nothing is optimised away.
 int64_t ReadAndStat(const std::string& path) {
     int64_t sum = 0;
     std::vector<std::string> folders;

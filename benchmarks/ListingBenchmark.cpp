@@ -1,4 +1,4 @@
-// What the listing of a folder costs beside what no listing can save: reading the folder, and for each file
+// What the listing of a folder costs compared with what is unavoidable: reading the folder, and for each file
 // its times, one read and its place in an ordered text. The target is 1.4 times that floor, of one run.
 #include <algorithm>
 #include <string>

@@ -103,7 +103,7 @@ size_t ResidentKb() {
     return 0;
 }
 
-// Reports the median and the 99th percentile of single requests beside the mean.
+// Reports the median and the 99th percentile of single requests besides the mean.
 void RoundTrip(benchmark::State& state, const std::string& request) {
     Container container;
     std::vector<double> times;
@@ -120,7 +120,7 @@ void RoundTrip(benchmark::State& state, const std::string& request) {
 BENCHMARK_CAPTURE(RoundTrip, OnTheWorker, kCount)->Iterations(20000)->UseRealTime();
 BENCHMARK_CAPTURE(RoundTrip, WithATaskOfItsOwn, kTask)->Iterations(20000)->UseRealTime();
 
-// Resident memory behind 20,000 requests against that behind the first 2,000 of them.
+// Resident memory after 20,000 requests compared with that after the first 2,000.
 void MemoryOfRequests(benchmark::State& state) {
     while (state.KeepRunning()) {
         Container container;

@@ -1,5 +1,5 @@
-// What the ownership test costs beside what no test can save: opening each file, one read and the closing.
-// The target for a folder scan is 1.3 times that floor (SniffFolder over FloorOfFolder, of one run).
+// What the ownership test costs compared with what is unavoidable: opening each file, one read and the
+// closing. The target for a folder scan is 1.3 times that floor (SniffFolder over FloorOfFolder, of one run).
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/CaptureFolder.h"

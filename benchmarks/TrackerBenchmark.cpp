@@ -203,7 +203,7 @@ void LiveCapture(benchmark::State& state) {
         }));
         cpu.push_back(CpuSeconds() - cpuStart);
         state.SetIterationTime(times.back());
-        // Captures come further apart than the sum takes that a large gallery has made behind them.
+        // Captures are further apart than the sum takes that follows them in a large gallery.
         WaitForWorker(*tracker);
     }
     state.counters["median_ms"] = Median(times) * 1000;

@@ -1,6 +1,6 @@
 // The tracker's file with 100,000 records, about 60 MB: read from the disk's cache into records, and written
 // out of them, against RapidJSON alone on text in memory. The baseline runs in turn with what is measured,
-// and the counter "ratio" tells how much longer ours took.
+// and the counter "ratio" shows how much longer ours took.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -233,7 +233,7 @@ void WriteTrackerText(benchmark::State& state) {
     state.counters["ratio"] = ratios.Middle();
 }
 
-// With the file: the text is written twice, once behind the old one.
+// With the file: the text is written twice, once after the old one.
 void WriteTrackerFile(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         if (Sample().Write().Failed()) state.SkipWithError("file not written");

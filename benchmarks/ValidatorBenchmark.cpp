@@ -1,4 +1,4 @@
-// What the check of a payload costs with its schema kept, with it compiled anew for each message, and with it
+// What the check of a payload costs with its schema kept, with it recompiled for each message, and with it
 // compiled anew over the whole catalogue.
 #include <stdexcept>
 #include <string>

@@ -1,5 +1,5 @@
-// What the thumbnail of a video costs beside what no one can save: opening the file, going to a tenth of it,
-// and decoding and scaling one keyframe. The target is 1.15 times those bare calls (VideoFrame over
+// What the thumbnail of a video costs compared with what is unavoidable: opening the file, going to a tenth
+// of it, and decoding and scaling one keyframe. The target is 1.15 times those bare calls (VideoFrame over
 // BareCalls, of one run), with at most 30 MiB of memory more; "peak_MiB" is what the process had at most
 // above its start.
 #include <stdexcept>

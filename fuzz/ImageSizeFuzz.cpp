@@ -7,7 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     media::ImageSize found;
     const bool told = media::ReadImageSize(source, found);
     const auto isSide = [](unsigned int pixels) { return pixels > 0 && pixels <= INT32_MAX; };
-    // What is told must fit the integers of an answer.
+    // What is found must fit the integers of a response.
     if (told && !(isSide(found.width) && isSide(found.height))) std::abort();
     return 0;
 }

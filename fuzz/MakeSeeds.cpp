@@ -68,6 +68,22 @@ void MakePng(Corpus corpus) {
     corpus.Add(Png(samples::PngChunk("tEXt", "DRSName") + samples::PngChunk("iTXt", "XML:com.adobe.xmp")));
     corpus.Add(
         Png(samples::PngChunk("eXIf", std::string(4097, 'x')) + PngText("Software", "Ovirastream LUMIS")));
+    const std::string sdk = PngText("Software", "Ovirastream SDK");
+    const std::string other = PngText("Source", "OTHERS");
+    std::string chunks;
+    for (int i = 0; i < 5; ++i, chunks += samples::PngChunk("gAMA", "1234"))
+        corpus.Add(Png(chunks + sdk + PngText("Source", "ZORVEX")));
+    corpus.Add(Png(chunks + sdk));
+    corpus.Add(Png(chunks + other + sdk));
+    corpus.Add(Png(samples::PngChunk("IDAT", "") + sdk));
+    corpus.Add(Png(PngText("DRSName", "Name") + PngText("DRSProfileName", "Profile") + sdk));
+    corpus.Add(Png(other + PngText("Source", "ZORVEX")));
+    std::string text("Software\0Ovirastream SHARE", 26);
+    for (const size_t size : {4096, 4097}) {
+        text.resize(size);
+        corpus.Add(Png(samples::PngChunk("tEXt", text) + sdk));
+    }
+    corpus.Add(Png(U32(0xFFFFFFFC) + "fake" + sdk));
 }
 
 void MakeJpeg(Corpus corpus) {
@@ -81,6 +97,24 @@ void MakeJpeg(Corpus corpus) {
                      {0x000B, 4, ValuesAt(4) + 24},
                      {0xC6F6, 600, 0xFFFFFFFF}},
                     std::string("Lumis\0Ovirastream SHARE\0Name360Stereo", 37), "\xFF\xFF\xDB" + U16(2)));
+    const std::string frame = FrameHeader(1080, 1920);
+    corpus.Add(Jpeg({{0x010F, 3, 0}, {0x0110, 6, ValuesAt(2)}}, "Lumis", frame));
+    corpus.Add(Jpeg({{0x0110, 9, ValuesAt(2)}, {0x010F, 3, 0}}, "ZvCamera", frame));
+    corpus.Add(Jpeg({{0x010F, 7, ValuesAt(2)}, {0x010F, 7, 0}}, "ZORVEX", frame));
+    corpus.Add(Jpeg({{0x010F, 7, ValuesAt(2)}, {0x010F, 5, 0}}, "ZORVEX", frame));
+    corpus.Add(Jpeg({{0x0131, 5, 0}, {0x0131, 18, ValuesAt(2)}}, "Ovirastream SHARE", frame));
+    corpus.Add(Jpeg({{0x000B, 512, 472}, {0xC6F6, 513, 0}, {0x010F, 9, ValuesAt(3)}}, "ZvCamera", frame));
+    for (const uint16_t first : {25, 26, 27, 492, 493})
+        corpus.Add(captures::OwnJpeg(1, 1).replace(4, 2, U16(first)));
+    // A subtype before a name, in place of the second entry.
+    corpus.Add(Jpeg({{0x010F, 7, ValuesAt(3)}, {}, {0x000B, 4, ValuesAt(3) + 7}}, "ZORVEX.Name", frame)
+                   .replace(captures::kTiffBase + 22, 12, "Stereo......"));
+    std::string late = captures::OwnJpeg(1, 1);
+    corpus.Add(late.replace(496, 16, "SuperResolution."));
+    corpus.Add(late.replace(496, 16, "\0SuperResolution", 16));
+    for (const std::string& between : {"\xFF\xC4" + U16(2) + "\xFF\xC8" + U16(3) + "x", "\xFF\xE1" + U16(1),
+                                       std::string("\xFF\xD9"), "\xFF\xDA" + U16(2)})
+        corpus.Add("\xFF\xD8" + between + frame);
 }
 
 void MakeMp4(Corpus corpus) {
@@ -92,6 +126,19 @@ void MakeMp4(Corpus corpus) {
     corpus.Add(U32(1) + "free" + U64(UINT64_MAX));
     corpus.Add(U32(7) + "free");
     corpus.Add(U32(0) + "mdat");
+    const std::string tags = Mp4Box("tagc", block);
+    corpus.Add(Mp4Box("udta", Mp4Box("tagc", "{}") + "{}" + tags));
+    corpus.Add(Mp4Box("udta", "") + captures::Movie(block));
+    corpus.Add(Mp4Box("moov", "") + Mp4Box("moov", tags));
+    corpus.Add(Mp4Box("tagc", std::string(5000, ' ')) + std::string(4096, '\0') + tags);
+    corpus.Add(Mp4Box("tagc", block + std::string(4096 - block.size(), ' ') + "x"));
+    corpus.Add(U32(2000) + "tagc" + block);
+    // The walk would overstep the tags by as much.
+    corpus.Add(captures::Movie(block) + std::string(block.size(), ' ') + U32(7) + "free");
+    corpus.Add(captures::Movie(Block("Ovirastream SHARE ", kInner)));
+    corpus.Add(U32(1) + "mdat" + std::string(7, '\0'));
+    for (const uint64_t size : {15, 16, 24})
+        corpus.Add(U32(1) + "mdat" + U64(size) + captures::Movie(block));
 }
 
 void MakeMp4Header(Corpus corpus) {
@@ -106,6 +153,14 @@ void MakeMp4Header(Corpus corpus) {
                Mp4Box("moov", Mp4Box("mvhd", "\1" + std::string(111, '\2')) +
                                   Mp4Box("trak", Mp4Box("tkhd", std::string(96, '\1')))));
     corpus.Add(U32(1) + "moov" + U32(16) + "mvhd" + std::string(200, '\0'));
+    for (const uint64_t size : {uint64_t{15}, uint64_t{16}, uint64_t{INT64_MAX}, UINT64_MAX})
+        corpus.Add(Mp4Box("free", "") + U32(1) + "wide" + U64(size) + std::string(120, '\0'));
+    for (const uint32_t tracks : {3, 4})
+        corpus.Add(Mp4Box("moov", Mp4Box("mvhd", std::string(96, '\0') + U32(tracks))) +
+                   std::string(120, '\0'));
+    for (const size_t size : {76, 80, 88})
+        corpus.Add(Mp4Box("moov", Mp4Box("trak", Mp4Box("tkhd", std::string(size, '\1') + U64(size)))) +
+                   std::string(120, '\0'));
 }
 
 void MakeImageSize(Corpus corpus) {

@@ -1,43 +1,77 @@
-// Runs a fuzz target over the empty input and every file of the folders given, once each: the corpus as an
-// ordinary test, for builds without libFuzzer.
+// Runs a fuzz target over the empty input, every file of a folder, and a number of damaged copies of each:
+// the corpus as an ordinary test, for builds without libFuzzer. The damage is the same on every run. Usage:
+// <target>_fuzz <folder> <copies>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
+#include <set>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace {
 
-// How many files were run.
-int ReplayFolder(const std::filesystem::path& folder) {
-    int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        if (!entry.is_regular_file()) continue;
-        std::ifstream file(entry.path(), std::ios::binary);
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-        // An own block of exactly the size, so that the sanitizers see a step behind its end.
-        const std::vector<uint8_t> input(bytes.begin(), bytes.end());
-        LLVMFuzzerTestOneInput(input.data(), input.size());
-        ++count;
+using Input = std::vector<uint8_t>;
+
+void Run(const Input& bytes) {
+    // Of exactly the size, so that the sanitizers see a step beyond its end.
+    const Input input(bytes);
+    LLVMFuzzerTestOneInput(input.data(), input.size());
+}
+
+Input Read(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// Sizes and counts that readers decide by, mostly in the first bytes, and an end that comes too early.
+Input Damaged(Input bytes, std::mt19937& random) {
+    constexpr uint8_t kBytes[] = {0, 1, 2, 3, 7, 8, 9, 15, 16, 17, 0x7F, 0x80, 0xFF};
+    if (bytes.empty()) return bytes;
+    if (random() % 4 == 0) bytes.resize(random() % bytes.size());
+    for (unsigned changes = random() % 4; changes > 0 && !bytes.empty(); --changes) {
+        const size_t range = random() % 2 == 0 ? std::min<size_t>(bytes.size(), 64) : bytes.size();
+        const size_t at = random() % range;
+        if (random() % 8 == 0)
+            bytes[at] = static_cast<uint8_t>(bytes[at] ^ 1u << random() % 8);
+        else if (random() % 8 == 0)
+            bytes.erase(bytes.begin() + static_cast<std::ptrdiff_t>(at));
+        else
+            bytes[at] = kBytes[random() % std::size(kBytes)];
     }
-    return count;
+    return bytes;
+}
+
+// How many files were run.
+int ReplayFolder(const std::filesystem::path& folder, int copies) {
+    std::mt19937 random(1);  // NOLINT(bugprone-random-generator-seed)
+    std::set<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        if (entry.is_regular_file()) files.insert(entry.path());
+    for (const std::filesystem::path& file : files) {
+        const Input input = Read(file);
+        Run(input);
+        for (int i = 0; i < copies; ++i)
+            Run(Damaged(input, random));
+    }
+    return static_cast<int>(files.size());
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
-        const uint8_t nothing = 0;
-        LLVMFuzzerTestOneInput(&nothing, 0);
-        for (int i = 1; i < argc; ++i) {
-            const int count = ReplayFolder(argv[i]);
-            std::printf("%s: %d inputs\n", argv[i], count);
-            if (count == 0) return 1;  // a corpus that is not there must not pass
-        }
+        if (argc != 3) return 2;
+        Run({});
+        const int count = ReplayFolder(argv[1], std::atoi(argv[2]));
+        std::printf("%s: %d inputs\n", argv[1], count);
+        if (count == 0) return 1;  // a corpus that is missing must not pass
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

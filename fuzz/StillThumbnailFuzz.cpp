@@ -1,4 +1,4 @@
-// Every reader of still pictures behind one entry: the first bytes decide which.
+// All readers of still pictures: the first bytes select one.
 #include <cstdio>
 #include <cstdlib>
 #include <memory>

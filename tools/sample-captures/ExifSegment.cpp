@@ -20,7 +20,7 @@ struct Entry {
 constexpr uint16_t kAscii = 2;
 constexpr uint16_t kUndefined = 7;
 
-// The product scans byte by byte. It looks for every value behind the directory, but one of up to four bytes
+// The product scans byte by byte. It looks for every value after the directory, but one of up to four bytes
 // lies in its entry; and it takes 00 0B for the tag of the DRS name, though a count of 11 reads the same.
 void CheckReadable(const Entry& entry, bool hasDrsName) {
     const size_t size = entry.value.size();

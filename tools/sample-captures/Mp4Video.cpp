@@ -46,7 +46,7 @@ std::string Descriptor(char tag, const std::string& data) {
 std::string ElementaryStream() {
     constexpr char kJpeg = 0x6C;
     constexpr char kVisual = 0x11;
-    const std::string rates(3 + 4 + 4, '\0');  // buffer size, largest and mean bit rate: not told
+    const std::string rates(3 + 4 + 4, '\0');  // buffer size, largest and mean bit rate: unknown
     const std::string decoder = Descriptor(4, std::string{kJpeg, kVisual} + rates);
     return Mp4Box("esds", Full(0, 0) + Descriptor(3, "\0\0\0"s + decoder + Descriptor(6, "\2")));
 }
@@ -128,7 +128,7 @@ std::string Mp4Video(const Mp4Options& options, const Gradient& colours) {
     const std::string mdat = Mp4Box("mdat", data);
     constexpr size_t kBoxHeader = 8;
     size_t chunkOffset = type.size() + kBoxHeader;
-    // The offset has one size whatever its value, so a moov made with a wrong one tells how long it will be.
+    // The offset has one size whatever its value, so a moov made with a wrong one shows how long it will be.
     if (!options.moovBehind) chunkOffset += Movie(options, frames, 0).size();
     const std::string moov = Movie(options, frames, static_cast<uint32_t>(chunkOffset));
     return options.moovBehind ? type + mdat + moov : type + moov + mdat;

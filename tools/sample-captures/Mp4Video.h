@@ -14,7 +14,7 @@ struct Mp4Options {
     uint32_t timeScale = 600;  // units per second
     uint32_t duration = 1200;  // in these units
     uint32_t frames = 12;      // spread evenly over the duration
-    bool moovBehind = false;   // moov behind mdat, as a recorder leaves it, instead of in front
+    bool moovBehind = false;   // moov after mdat, as a recorder writes it, instead of before
     std::string tagc;          // the payload of moov/udta/tagc; empty for none
 };
 

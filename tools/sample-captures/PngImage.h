@@ -17,7 +17,7 @@ std::string PngTextChunk(std::string_view keyword, std::string_view text);
 // element out.
 std::string PngXmpChunk(std::string_view creatorTool, std::string_view description);
 
-// A picture of 8-bit RGB. `chunks` are whole chunks and stand between IHDR and IDAT in this order.
+// A picture of 8-bit RGB. `chunks` are whole chunks, inserted between IHDR and IDAT in this order.
 // Throws std::invalid_argument when a side is zero.
 std::string PngImage(uint32_t width, uint32_t height, const Gradient& colours,
                      const std::vector<std::string>& chunks = {});

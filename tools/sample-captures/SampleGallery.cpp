@@ -23,7 +23,7 @@ std::string Png(const Gradient& colours, const std::vector<std::string>& chunks)
     return PngImage(640, 360, colours, chunks);
 }
 
-// A game's name stands under the application and under its profile.
+// The name of a game is that of the application and of its profile.
 std::vector<BlockMember> GameMembers(const std::string& game, const std::string& shortName, int64_t cmsId) {
     return {{"DRSAppName", game}, {"DRSProfileName", game}, {"ShortName", shortName}, {"CmsId", cmsId}};
 }

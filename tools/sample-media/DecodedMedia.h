@@ -14,10 +14,10 @@ struct ShownFrame {
 struct Decoded {
     std::vector<ShownFrame> frames;  // of the first video track
     int hiddenAtStart = 0;           // packets that are decoded but not shown, before any is shown
-    double duration = 0;             // as the file tells
+    double duration = 0;             // by the file
     // Of each audio track the first channel, from time zero on.
     std::vector<std::vector<float>> sounds;
-    // A line for each track: what it is, and all that is told of it beside its frames.
+    // A line for each track: its kind, and all that the file says about it apart from its frames.
     std::string tracks;
 };
 

@@ -26,7 +26,7 @@ std::string MakeBox(const std::string& type, std::string_view content) {
     return Big(content.size() + 8, 4) + type + std::string(content);
 }
 
-// The boxes again, with one at `path` put behind its siblings, and the boxes that lead there made if need be.
+// The boxes with one appended at `path`, after its siblings; missing boxes on the way are made.
 std::string WithBox(std::string_view bytes, std::string_view path, std::string_view content) {
     const size_t slash = path.find('/');
     const std::string type(path.substr(0, slash));
@@ -40,7 +40,7 @@ std::string WithBox(std::string_view bytes, std::string_view path, std::string_v
     return std::string(bytes) + MakeBox(type, WithBox("", rest, content));
 }
 
-// The chunks' places are what a moved file has to be told anew. Recurses into whatever leads to the tables.
+// Corrects the positions of chunks after frames were moved. Recurses into the boxes on the way to the tables.
 void MoveChunks(std::string& bytes, size_t from, size_t to, uint64_t by) {
     for (const Box& box : Boxes(std::string_view(bytes).substr(from, to - from))) {
         const size_t content = from + box.content;

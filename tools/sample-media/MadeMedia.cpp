@@ -80,7 +80,7 @@ std::array<int, 3> ToYuv(Rgb colour, const Video& video) {
     return {put((video.fullRange ? 0 : 16) + y * toLuma), put(128 + cb * toChroma), put(128 + cr * toChroma)};
 }
 
-// One row of one plane; a sample stands for a square of `step` pixels.
+// One row of one plane; a sample covers a square of `step` pixels.
 void PaintRow(uint8_t* row, int plane, int y, int step, int number, const Video& video) {
     const bool isBlack = number < video.blackFrames;
     for (int x = 0; x * step < video.width; ++x) {
@@ -144,7 +144,7 @@ Codec VideoEncoder(const Video& video) {
         codec->color_trc = AVCOL_TRC_BT709;
     }
     if (video.bitRate > 0) codec->bit_rate = video.bitRate;
-    // Options that an encoder does not have are passed over.
+    // An encoder ignores options that it does not have.
     av_opt_set(codec->priv_data, "preset", video.bFrames > 0 ? "superfast" : "ultrafast", 0);
     av_opt_set(codec->priv_data, "x264-params", "scenecut=0:open-gop=0:log=-1", 0);
     Check(avcodec_open2(codec.get(), nullptr, nullptr), "video encoder");

@@ -9,7 +9,7 @@ namespace {
 // Null while the library is not initialized. What it points to stays: calls in progress may use it.
 std::atomic<const ovnxmedia::MediaLibrary*> g_media{nullptr};
 
-// The library beside this one. After a failure the next call tries again.
+// Opens the library in the same folder as this one. After a failure the next call tries again.
 const ovnxmedia::MediaLibrary& OpenMedia() {
     static const ovnxmedia::MediaLibrary media(KXP::GetLibraryPath());
     return media;

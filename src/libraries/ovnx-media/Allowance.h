@@ -1,4 +1,4 @@
-// The memory that one input may cost. What its header asks for is taken from here before it is allocated.
+// The memory that one input may take. What its header demands is deducted here before it is allocated.
 #pragma once
 
 #include <cstdint>

@@ -18,7 +18,7 @@ class BoxAxis {
     uint32_t box() const { return box_; }
     uint32_t pixel() const { return pixel_; }
 
-    // The first box that a pixel falls into, its weight there, and the rest of it, in the box behind.
+    // The first box that a pixel falls into, its weight there, and the rest, which falls into the next box.
     struct Share {
         uint32_t box;
         uint16_t weight;

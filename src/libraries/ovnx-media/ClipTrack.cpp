@@ -8,10 +8,10 @@
 namespace ovnxmedia {
 namespace {
 
-// Frames wait for others in the decoder, but never for many. What is held beyond is given away: it does no
-// harm.
+// Frames wait for others in the decoder, but never for many. Beyond that number packets go into the clip,
+// where they do no harm.
 constexpr size_t kMostHeld = 64;
-// About as far from zero as times can be added and scaled without a thought.
+// Times up to here can be added and scaled without overflow.
 constexpr int64_t kFurthest = int64_t{1} << 56;
 
 }  // namespace
@@ -28,7 +28,7 @@ void ClipTrack::Take(AVPacket& packet, const Sink& sink) {
     for (const int64_t time : {packet.dts, packet.pts, packet.duration})
         if (time < -kFurthest || time > kFurthest)
             throw Failure(OVNX_MEDIA_DAMAGED, "a packet without a time");
-    // Not every table tells how long a packet lasts. Those before it will do: only of the last it matters.
+    // Not every table has durations. That of the packet before will do: only the last one matters.
     if (packet.duration <= 0 && lastTime_ != AV_NOPTS_VALUE)
         packet.duration = std::max<int64_t>(0, packet.dts - lastTime_);
     lastTime_ = packet.dts;
@@ -53,7 +53,7 @@ void ClipTrack::TakeVideo(AVPacket& packet, const Sink& sink) {
         if (!(packet.flags & AV_PKT_FLAG_KEY)) return;
         keyTime_ = packet.pts;
     }
-    // Those of before it that come behind it cannot be decoded without what came before.
+    // Packets shown before the keyframe but stored after it cannot be decoded without earlier ones.
     if (packet.pts < keyTime_) return;
     if (packet.pts >= end_) {
         PacketOwner held = MakePacket();

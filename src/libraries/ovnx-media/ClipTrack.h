@@ -14,18 +14,18 @@ class ClipTrack {
   public:
     using Sink = std::function<void(AVPacket&)>;
 
-    // The clip shows what lies from `start` to before `end`. `hides` tells whether packets may be taken along
-    // that are not shown but are needed for those that are.
+    // The clip shows what lies from `start` to before `end`. With `hides` it may contain packets that are not
+    // shown but are needed to decode those that are.
     ClipTrack(AVStream& stream, int64_t start, int64_t end, bool hides);
 
     AVStream& stream() const { return *stream_; }
 
-    // The packets of the track, in the order of the file and from the last keyframe at or before the start
-    // on. Hands those that the clip takes to `sink`, which takes what the packet holds. Throws Failure for
-    // packets that no track can have.
+    // To be called with the packets of the track in the order of the file, starting at the last keyframe at
+    // or before `start`. Passes those that belong in the clip to `sink`, which may move their content away.
+    // Throws Failure for packets that no track can have.
     void Take(AVPacket& packet, const Sink& sink);
 
-    // Whether all that follows is behind the clip.
+    // Whether all packets that follow lie after the clip.
     bool IsDone() const { return isDone_; }
 
     int64_t start() const { return start_; }
@@ -44,11 +44,11 @@ class ClipTrack {
     int64_t end_;
     bool hides_;
     bool isDone_ = false;
-    bool goesOn_ = false;                // something is shown from the end on
+    bool goesOn_ = false;                // something is shown after the end
     int64_t keyTime_ = AV_NOPTS_VALUE;   // when the first keyframe is shown
     int64_t lastTime_ = AV_NOPTS_VALUE;  // when the last packet is decoded
     int64_t shownEnd_;
-    std::vector<PacketOwner> held_;  // shown behind the end; needed only by what is shown before it
+    std::vector<PacketOwner> held_;  // shown after the end; needed only to decode what is shown before it
 };
 
 }  // namespace ovnxmedia

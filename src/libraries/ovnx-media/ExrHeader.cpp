@@ -38,9 +38,8 @@ constexpr std::array<uint32_t, 10> kLinesPerBlock{1, 1, 1, 16, 32, 16, 32, 32, 3
 constexpr const char* kScanLines = "scanlineimage";
 constexpr const char* kTiles = "tiledimage";
 
-// What the decoder reads of an attribute goes by its type, whatever size the file tells: were the two to
-// differ, it would find other attributes behind it than are found here. Types that are not listed are read by
-// the size.
+// The decoder reads these attributes by their type and ignores the size in the file: if the two differed, it
+// would find other attributes after them than this reader. It reads types that are not listed by their size.
 struct FixedType {
     std::string_view name;
     uint32_t size;
@@ -136,7 +135,7 @@ void ReadDataWindow(HeaderCursor& cursor, Part& part) {
     CheckPixels(part.size);
 }
 
-// What all channels take of a pixel; those with fewer samples count in full.
+// The bits of one pixel in all channels; subsampled channels count in full.
 uint64_t ReadChannels(HeaderCursor& cursor) {
     constexpr uint32_t kHalf = 1;
     uint64_t bits = 0;
@@ -176,7 +175,7 @@ void ReadAttribute(HeaderCursor& cursor, const std::string& name, uint32_t size,
     if (name == "type") ReadType(cursor, size, part);
 }
 
-// What is known of the attribute by its type, with the cursor left anywhere within it.
+// Reads what the attribute's type defines; leaves the cursor anywhere within it.
 void ReadTyped(HeaderCursor& cursor, const std::string& name, const std::string& type, uint32_t size,
                Part& part) {
     const uint64_t end = cursor.position() + size;
@@ -195,7 +194,7 @@ void ReadTyped(HeaderCursor& cursor, const std::string& name, const std::string&
     ReadAttribute(cursor, name, size, part);
 }
 
-// One header with the empty name behind it. False when there is none, which ends the headers of many parts.
+// One header and the empty name that ends it. False when there is none, which ends the headers of many parts.
 bool ReadPart(HeaderCursor& cursor, Part& part) {
     std::set<std::string> names;
     for (std::string name = cursor.Name(); !name.empty(); name = cursor.Name()) {
@@ -214,7 +213,7 @@ uint64_t Quotient(uint32_t a, uint32_t b) {
     return (uint64_t{a} + b - 1) / b;
 }
 
-// Of one part the version tells how it is stored, of many each its type.
+// How a single part is stored follows from the version; of many parts each has a type.
 bool IsTiled(const Part& part, uint32_t version) {
     if ((version & kHasManyParts) != 0) return part.type == kTiles;
     const bool isTiled = (version & kHasOnePartTiled) != 0;
@@ -222,7 +221,7 @@ bool IsTiled(const Part& part, uint32_t version) {
     return isTiled;
 }
 
-// Holds the part against the limits; gives the number of its blocks.
+// Checks the part against the limits and returns the number of its blocks.
 uint64_t CheckPart(const Part& part, uint32_t version) {
     if (part.size.width == 0 || part.bitsPerPixel == 0 || part.linesPerBlock == 0)
         Refuse("OpenEXR: an attribute is missing");

@@ -9,8 +9,8 @@
 
 namespace ovnxmedia {
 
-// Throws Failure for a file that breaks a limit in any of its parts, is cut short in its headers, or is of a
-// kind that holds no plain picture: deep samples, or tiles at several resolutions.
+// Throws Failure for a file that exceeds a limit in any of its parts, is cut short in its headers, or holds
+// no plain picture but deep samples or tiles at several resolutions.
 void CheckExrHeaders(SourceFile& file);
 
 }  // namespace ovnxmedia

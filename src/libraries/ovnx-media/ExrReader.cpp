@@ -22,9 +22,9 @@ namespace {
 
 // Blocks as read and as decompressed, tables and what the methods keep, by the limits of the headers.
 constexpr uint64_t kDecoderBytes = 160 << 20;
-// The most that a half-precision number holds stands for what is brighter, and for infinity.
+// The largest half-precision number; brighter light and infinity become this.
 constexpr float kMostLight = 65504;
-// How far the aspect of a preview may be off for it to show the same picture.
+// How far the aspect of a preview may differ for it to show the same picture.
 constexpr double kAspectTolerance = 0.02;
 
 class ExrStream : public Imf::IStream {
@@ -139,7 +139,7 @@ Picture FromLight(Imf::InputPart& part, Size result, Allowance& allowance, const
     return picture;
 }
 
-// A second line behind the checks of the headers. The decoder holds the limits for all threads.
+// A second line of defence after the checks of the headers. The decoder's limits apply to all threads.
 void LimitDecoder() {
     static const bool isDone = [] {
         Imf::Header::setMaxImageSize(OVNX_MEDIA_MAX_PIXELS, OVNX_MEDIA_MAX_PIXELS);

@@ -9,8 +9,8 @@
 
 namespace ovnxmedia {
 
-// Fits inside `box`. Of several parts the first with the channels R, G and B, or Y, counts. Colours are
-// stored as they look over black, and are shown so: alpha is left out. Throws Failure.
+// Fits inside `box`. The first part with the channels R, G and B, or Y, counts. Colours are stored as they
+// look over black and shown that way, without alpha. Throws Failure.
 Picture ReadExr(SourceFile& file, Size box, Allowance& allowance, const Budget& budget);
 
 }  // namespace ovnxmedia

@@ -1,4 +1,4 @@
-// How everything in here fails: by an exception with the status that the C interface gives.
+// How everything in this library fails: by an exception with the status that the C interface returns.
 #pragma once
 
 #include <stdexcept>

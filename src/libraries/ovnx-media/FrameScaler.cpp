@@ -16,7 +16,7 @@ namespace {
 
 using ScalerOwner = std::unique_ptr<SwsContext, decltype(&sws_freeContext)>;
 
-// libswscale takes means of a limited number of pixels, so that what is scaled further goes in steps.
+// libswscale averages a limited number of pixels, so larger reductions are made in steps.
 constexpr int kMostAtOnce = 128;
 
 bool IsFullRange(const AVFrame& frame) {
@@ -32,7 +32,7 @@ bool IsFullRange(const AVFrame& frame) {
     }
 }
 
-// Where the video does not tell, what players take: by its height.
+// Where the video names no matrix, players choose one by its height.
 int MatrixOf(const AVFrame& frame) {
     if (frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RGB)
         return frame.colorspace;

@@ -1,5 +1,5 @@
-// Writes what comes piece by piece in few large steps: a file takes a megabyte at once in less time than in
-// parts that end within its pages. Pieces of packets are referred to until then, not copied.
+// Collects small pieces and writes them in few large steps: a megabyte at once takes less time than parts
+// that end within the file's pages. Pieces of packets are referred to until then, not copied.
 #pragma once
 
 #include <cstddef>
@@ -17,18 +17,18 @@ class GatheredWriter {
   public:
     explicit GatheredWriter(int fd) : fd_(fd) {}
 
-    // Bytes for a position of the file, in any order. `buffer` is what keeps them, or null when they are to
-    // be written at once. False with errno set when anything cannot be written.
+    // Writes bytes at a position of the file, in any order. `buffer` keeps them in memory; without one they
+    // are written at once. False with errno set when anything cannot be written.
     bool Write(int64_t position, const uint8_t* bytes, size_t size, const AVBufferRef* buffer);
 
-    // Writes what waits.
+    // Writes what has been collected.
     bool Flush();
 
   private:
     using Reference = std::unique_ptr<AVBufferRef, FreedBy<av_buffer_unref>>;
 
     const int fd_;
-    int64_t start_ = 0;  // of what waits
+    int64_t start_ = 0;  // of what has been collected
     size_t size_ = 0;
     std::vector<iovec> pieces_;
     std::vector<Reference> references_;

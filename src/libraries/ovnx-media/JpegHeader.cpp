@@ -33,8 +33,8 @@ class MarkerWalk {
   public:
     explicit MarkerWalk(const FileBytes& file) : at_(file.bytes.get()), end_(at_ + file.size) {}
 
-    // Steps behind the next marker; false at the end. What stands between segments, the data of a scan above
-    // all, is passed over, with its stuffed and restarting codes.
+    // Moves past the next marker; false at the end. Skips what lies between segments, which is mostly the
+    // data of scans with its stuffed bytes and restart markers.
     bool Next(uint8_t& marker) {
         while (at_ < end_) {
             at_ = static_cast<const uint8_t*>(std::memchr(at_, 0xFF, static_cast<size_t>(end_ - at_)));
@@ -48,7 +48,7 @@ class MarkerWalk {
         return false;
     }
 
-    // The payload of the segment at hand, and steps behind it; one that is cut short ends the walk.
+    // Returns the payload of the current segment and moves past it; null for one that is cut short.
     const uint8_t* Segment(size_t& size) {
         if (end_ - at_ < 2) return nullptr;
         const size_t length = size_t{Number(at_)};

@@ -1,4 +1,4 @@
-// What a JPEG file asks for, by its markers alone: nothing is allocated and nothing decoded.
+// What decoding a JPEG file will need, read from its markers alone: nothing is allocated or decoded.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ struct JpegHeader {
     Size size;
     unsigned components = 0;
     unsigned scans = 0;
-    // What decoders keep of the whole picture when it takes more than one scan, 0 otherwise.
+    // What decoders keep of the whole picture when it has more than one scan, otherwise 0.
     uint64_t coefficientBytes = 0;
 };
 

@@ -59,8 +59,7 @@ Size ReducedSize(Size source, Size wanted) {
     return best;
 }
 
-// The decoder goes by its own reading of the header, which is to be the one that the limits were held
-// against.
+// The decoder reads the header itself, and must find the size that was checked against the limits.
 void CheckAgreement(tjhandle decoder, const FileBytes& file, Size size) {
     int width = 0;
     int height = 0;
@@ -78,8 +77,8 @@ uint8_t MarkAt(size_t i) {
     return static_cast<uint8_t>(i * 37 + 11);
 }
 
-// The decoder tells of doubts and of having given up in the same way once it had a doubt. Rows come from the
-// top: when it went through, the marks are gone from the last one.
+// After a warning the decoder reports giving up no differently. It writes rows from the top: when it has
+// finished, the marks are gone from the last one.
 std::vector<uint8_t> Decode(tjhandle decoder, const FileBytes& file, Size size, bool isCmyk) {
     const size_t stride = size_t{size.width} * (isCmyk ? kCmykSamples : 3);
     std::vector<uint8_t> samples(stride * size.height);
@@ -97,7 +96,7 @@ std::vector<uint8_t> Decode(tjhandle decoder, const FileBytes& file, Size size, 
     return samples;
 }
 
-// Files hold the inks inverted, as one program began it and all followed.
+// Files hold the inks inverted; this is how all programs write them.
 void ConvertCmyk(const uint8_t* inks, size_t pixels, uint8_t* rgb) {
     for (size_t i = 0; i < pixels; ++i, inks += kCmykSamples, rgb += 3) {
         for (size_t c = 0; c < 3; ++c)

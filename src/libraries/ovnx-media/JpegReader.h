@@ -8,8 +8,8 @@
 
 namespace ovnxmedia {
 
-// Fits inside `box`. Throws Failure. Data that is merely doubtful, as where a file was cut short within its
-// last scan, gives the picture that the decoder makes of it; what the decoder gives up at is a failure.
+// Fits inside `box`. Throws Failure. From doubtful data, such as a file cut short within its last scan, it
+// returns the picture that the decoder makes; only what the decoder gives up on is a failure.
 Picture ReadJpeg(SourceFile& file, Size box, Allowance& allowance, const Budget& budget);
 
 }  // namespace ovnxmedia

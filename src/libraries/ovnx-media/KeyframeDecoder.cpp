@@ -26,7 +26,7 @@ const AVCodec* DecoderFor(AVCodecID id) {
     return nullptr;
 }
 
-// Above what the decoder itself makes of a frame: its sides are rounded up, and some decoders keep an edge.
+// More than the decoder allocates for a frame: it rounds the sides up, and some decoders add an edge.
 uint64_t BytesOf(const AVFrame& frame) {
     constexpr int kEdge = 256;
     const int bytes = av_image_get_buffer_size(static_cast<AVPixelFormat>(frame.format), frame.width + kEdge,
@@ -66,7 +66,7 @@ int KeyframeDecoder::GetBuffer(AVCodecContext* codec, AVFrame* frame, int flags)
 bool KeyframeDecoder::Decode(const AVPacket& packet, AVFrame& frame) {
     av_frame_unref(&frame);
     allocated_ = 0;
-    // The end behind the packet makes the decoder give the frame at once, without those that would follow.
+    // The end after the packet makes the decoder return the frame at once, without waiting for others.
     const bool taken = avcodec_send_packet(codec_.get(), &packet) >= 0;
     const bool got = taken && avcodec_send_packet(codec_.get(), nullptr) >= 0 &&
                      avcodec_receive_frame(codec_.get(), &frame) >= 0;

@@ -8,14 +8,14 @@ namespace ovnxmedia {
 
 class KeyframeDecoder {
   public:
-    // Frames of this stream are to be scaled to the size given. Throws Failure when there is no decoder for
-    // it or its pictures are too large.
+    // The caller will scale the frames to `scaled`. Throws Failure when there is no decoder for the stream or
+    // its pictures are too large.
     KeyframeDecoder(const AVCodecParameters& parameters, Size scaled);
-    // The context knows the decoder's place.
+    // The context holds the decoder's address.
     KeyframeDecoder(const KeyframeDecoder&) = delete;
     KeyframeDecoder& operator=(const KeyframeDecoder&) = delete;
 
-    // False when the packet gives no frame. Throws Failure where a limit is met.
+    // False when there is no frame in the packet. Throws Failure when a limit is exceeded.
     bool Decode(const AVPacket& packet, AVFrame& frame);
 
   private:

@@ -49,7 +49,7 @@ void MediaInput::Open(const char* demuxer) {
     AVFormatContext* format = avformat_alloc_context();
     if (!format) throw std::bad_alloc();
     format->pb = io_.get();
-    // What the tables tell of packets is what is to be known; parsers would only look for more within them.
+    // The tables say all that is needed about packets; parsers would only look for more in their data.
     format->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_NOPARSE;
     format->io_open = RefuseFile;
     format->max_streams = kMaxStreams;
@@ -138,7 +138,7 @@ bool MediaInput::SeekBack(const AVStream& stream, int64_t time) {
 void MediaInput::Expect(int result, const char* doing) const {
     if (failure_ != OVNX_MEDIA_OK) throw Failure(failure_, std::string(doing) + " was ended");
     if (result >= 0) return;
-    // What the limits refuse is told as want of memory.
+    // FFmpeg reports what the limits refuse as lack of memory.
     const auto status = result == AVERROR(ENOMEM) ? OVNX_MEDIA_OVER_LIMIT : OVNX_MEDIA_DAMAGED;
     throw Failure(status, std::string(doing) + ": " + TextOf(result));
 }

@@ -24,7 +24,7 @@ const char* DemuxerOf(std::string_view start);
 class MediaInput {
   public:
     static constexpr unsigned kMaxStreams = 32;
-    // What a head may have that describes SampleTally::kLimit samples.
+    // Enough for a head that describes SampleTally::kLimit samples.
     static constexpr uint64_t kMaxHeadBytes = 64u << 20;
 
     struct Limits {
@@ -45,17 +45,16 @@ class MediaInput {
     // The first video stream that is no cover picture; null without one.
     AVStream* Video();
 
-    // Reads frames where the container does not tell what streams are. Costly, so only for those who must
-    // know.
+    // Reads frames to learn about the streams what the container does not say. Costly.
     void Probe();
 
     // The next packet; false at the end of the file.
     bool Read(AVPacket& packet);
 
-    // Moves to the last keyframe of the stream at or before the time; false when no way leads there.
+    // Moves to the last keyframe of the stream at or before the time; false when there is none.
     bool SeekBack(const AVStream& stream, int64_t time);
 
-    // Throws what the result of a call of FFmpeg stands for, unless it is a good one.
+    // Throws the Failure that the result of a call of FFmpeg means, unless the call succeeded.
     void Expect(int result, const char* doing) const;
 
   private:

@@ -14,12 +14,12 @@ namespace {
 
 // libpng keeps two rows of up to 8 bytes for a pixel, and there is one of ours.
 constexpr uint64_t kRowBytesPerColumn = 2 * 8 + 4;
-// Nothing that is kept of a file comes near, for the chunks that can be long are passed over.
+// More than any chunk that is kept needs: those that can be long are skipped.
 constexpr png_alloc_size_t kMaxChunk = 1 << 20;
 constexpr uint32_t kRowsBetweenChecks = 16;
 
-// libpng fails by longjmp, which must not pass over objects with destructors: every call into it that can
-// fail stands in a lambda that Run calls, and neither these nor the callbacks hold such objects.
+// libpng fails by longjmp, which must not skip destructors: every call into it that can fail is made in a
+// lambda that Run calls, and neither these lambdas nor the callbacks hold objects with destructors.
 class PngDecoder {
   public:
     PngDecoder(SourceFile& file, const Budget& budget) : reader_(file), budget_(budget) {
@@ -42,7 +42,7 @@ class PngDecoder {
         });
     }
 
-    // From here on rows are of 8-bit RGB or RGBA; those of an interlaced picture are the rows of its passes.
+    // Rows are now 8-bit RGB or RGBA; those of an interlaced picture are the rows of its passes.
     void StartRows() {
         Run([this] {
             png_set_expand(png_);

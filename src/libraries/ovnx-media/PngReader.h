@@ -1,5 +1,5 @@
 // Thumbnails of PNG files, averaged down row by row, so that memory does not grow with the picture. Every
-// colour type and depth comes out as 8-bit RGB, or RGBA where the file tells transparency.
+// colour type and depth becomes 8-bit RGB, or RGBA where the file has transparency.
 #pragma once
 
 #include "libraries/ovnx-media/Allowance.h"
@@ -9,7 +9,7 @@
 
 namespace ovnxmedia {
 
-// Fits inside `box`. Throws Failure; a wrong CRC is one, wherever it stands in front of the last pixel.
+// Fits inside `box`. Throws Failure, also for a wrong CRC anywhere before the last pixel.
 Picture ReadPng(SourceFile& file, Size box, Allowance& allowance, const Budget& budget);
 
 }  // namespace ovnxmedia

@@ -18,8 +18,8 @@ constexpr AVRational kMovieUnit{1, RemuxOutput::kMovieTimescale};
 // Nothing lasts this long, and it can be scaled.
 constexpr uint64_t kLastTick = uint64_t{1} << 52;
 constexpr MediaInput::Limits kLimits{UINT64_MAX, 2 * SampleTally::kLimit};
-// What a "moov" takes at most: beside its samples, for the movie and for each track; and for each sample in
-// the tables of sizes, times, offsets of times, keyframes and chunks.
+// The most that a "moov" takes: for the movie and for each track, not counting samples; and for each sample
+// in the tables of sizes, times, time offsets, keyframes and chunks.
 constexpr uint64_t kRoomForMovie = 4096;
 constexpr uint64_t kRoomForSample = 4 + 8 + 8 + 4 + 12 + 8 + 4;
 
@@ -43,12 +43,12 @@ AVStream& CheckedVideo(MediaInput& input, const ClipRange& range) {
     return *video;
 }
 
-// The samples that the clip may take of a track, and some more. Throws Failure when any of them lies behind
-// the end of the file: so one that has lost its end fails before anything is copied.
+// The number of samples that the clip may take from a track, rounded up. Throws Failure when any of them lies
+// beyond the end of the file, so that a file that has lost its end fails before anything is copied.
 uint64_t SamplesOf(const ClipTrack& track, uint64_t fileSize) {
     AVStream* stream = &track.stream();
-    // The table knows when frames are decoded, and which is the last keyframe to be shown by then is another
-    // question; it may be the one before.
+    // The table has the times at which frames are decoded. The last keyframe shown by then may be the one
+    // before.
     int first = av_index_search_timestamp(stream, track.start(), AVSEEK_FLAG_BACKWARD);
     if (first > 0)
         first = av_index_search_timestamp(stream, avformat_index_get_entry(stream, first)->timestamp - 1,
@@ -97,7 +97,7 @@ class Remuxer {
         while (input_.Read(*packet_))
             if (packet_->stream_index == video_.index && packet_->flags & AV_PKT_FLAG_KEY)
                 return packet_->pts;
-        throw Failure(OVNX_MEDIA_EMPTY_RANGE, "the range is behind the end");
+        throw Failure(OVNX_MEDIA_EMPTY_RANGE, "the range is after the end");
     }
 
     void ChooseTracks() {
@@ -166,15 +166,14 @@ class Remuxer {
         return av_rescale_q(track.ShownEnd() - track.start(), track.stream().time_base, kMovieUnit);
     }
 
-    // What the clip shows at most: the last packet of a sound reaches beyond the end, by what it was filled
-    // up with.
+    // The most that the clip shows: the last packet of a sound track is padded and extends beyond the end.
     int64_t Longest() const {
         const ClipTrack& video =
             tracks_[static_cast<size_t>(trackOf_[static_cast<size_t>(video_.index)])].source;
         const int64_t shown = DurationOf(video);
-        if (shown == 0) throw Failure(OVNX_MEDIA_EMPTY_RANGE, "the range is behind the end");
+        if (shown == 0) throw Failure(OVNX_MEDIA_EMPTY_RANGE, "the range is after the end");
         const int64_t told = input_.format().duration;
-        // A file in fragments does not tell.
+        // A file in fragments has no duration.
         if (told <= 0) return std::numeric_limits<int64_t>::max();
         return std::max(shown, av_rescale_q(told, AV_TIME_BASE_Q, kMovieUnit) -
                                    av_rescale_q(video.start(), video_.time_base, kMovieUnit));
@@ -195,7 +194,7 @@ class Remuxer {
     RemuxOutput output_;
     const PacketOwner packet_;
     std::vector<Written> tracks_;
-    std::vector<int> trackOf_;  // by the input's streams, -1 for those that stay behind
+    std::vector<int> trackOf_;  // by the input's streams, -1 for those left out
 };
 
 }  // namespace

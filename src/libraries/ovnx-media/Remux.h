@@ -11,11 +11,11 @@ namespace ovnxmedia {
 struct ClipRange {
     uint64_t start;
     uint64_t end;
-    bool atKeyframe;  // starts at the keyframe before the start instead, and hides nothing
+    bool atKeyframe;  // start at the keyframe before `start` instead and hide nothing
 };
 
-// As OvnxMediaRemux; throws Failure. What it needs of memory does not depend on the length of the input, but
-// for the demuxer's tables.
+// As OvnxMediaRemux; throws Failure. Apart from the demuxer's tables, the memory that it needs does not
+// depend on the length of the input.
 void Remux(int input, int output, const ClipRange& range, const Budget& budget);
 
 }  // namespace ovnxmedia

@@ -1,4 +1,4 @@
-// The clip as it is written: an MP4 file with room for its "moov" in front of the frames.
+// Writes the clip: an MP4 file with room for its "moov" before the frames.
 #pragma once
 
 #include <cstdint>
@@ -12,17 +12,17 @@ namespace ovnxmedia {
 
 class RemuxOutput {
   public:
-    // `fd` is lent, an empty file opened for reading and writing. All of these throw Failure,
-    // OVNX_MEDIA_UNWRITABLE where the file cannot be written.
+    // `fd` is an empty file, open for reading and writing, and stays the caller's. All members throw Failure,
+    // with OVNX_MEDIA_UNWRITABLE when the file cannot be written.
     explicit RemuxOutput(int fd);
     RemuxOutput(const RemuxOutput&) = delete;
     RemuxOutput& operator=(const RemuxOutput&) = delete;
 
-    // A track that is described as that one is.
+    // Adds a track with the same description.
     AVStream& AddTrack(const AVStream& like);
 
-    // Begins the file, behind the last AddTrack. `room` is what the "moov" may take, `source` the movie that
-    // the tracks come from.
+    // Begins the file, after the last AddTrack. `room` is the most that the "moov" may take, `source` the
+    // movie that the tracks come from.
     void Begin(const AVFormatContext& source, uint64_t room);
 
     // Times in the units of the track's stream.
@@ -31,7 +31,7 @@ class RemuxOutput {
     // Ends the file, with durations and user data as in FinishMovie, which takes part of the room.
     void Finish(const std::vector<uint64_t>& durations, std::string_view userData);
 
-    // The units of the movie, in a second.
+    // Units of the movie in a second.
     static constexpr int kMovieTimescale = 90000;
 
   private:

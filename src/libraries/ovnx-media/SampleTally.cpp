@@ -14,8 +14,8 @@ bool IsType(const uint8_t* bytes, const char* type) {
     return std::memcmp(bytes, type, 4) == 0;
 }
 
-// The samples that the table at `bytes` promises; 0 where there is none, or one that lists each of them and
-// so is as long as what it makes.
+// The samples that the table at `bytes` declares; 0 where there is no table, or one that lists each sample
+// and so is no shorter than what it declares.
 uint64_t Promised(const uint8_t* bytes) {
     if (IsType(bytes, "stsz") && Number(bytes + 8) != 0) return Number(bytes + 12);
     if (IsType(bytes, "trun")) return Number(bytes + 8);

@@ -1,9 +1,8 @@
-// Counts the samples that the tables of an MP4 file promise, while the file's head goes by.
+// Counts the samples that the tables of an MP4 file declare, while the file's head is being read.
 //
-// A table may give all samples one size, and then a dozen bytes stand for any number of them; the demuxer
-// makes an entry in memory for each. So what it is about to read is looked through for the tables' counts
-// first. The boxes around them are not followed: the demuxer takes a table in almost any place, and this must
-// miss none.
+// A table may declare one size for all samples, so that a dozen bytes stand for any number of them, and the
+// demuxer makes an entry in memory for each. So whatever it reads is first searched for the counts of tables.
+// The search does not follow the boxes: the demuxer accepts a table almost anywhere, and none may be missed.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +15,7 @@ class SampleTally {
     // About 12 hours of video at 60 frames with sound.
     static constexpr uint64_t kLimit = 4u << 20;
 
-    // Bytes that are about to be read from `position` of the file. False once there are too many samples.
+    // To be called with what is read from `position` of the file. False once there are too many samples.
     bool Take(uint64_t position, const uint8_t* bytes, size_t size);
 
   private:

@@ -1,4 +1,4 @@
-// The bytes of a lent descriptor of a regular file. They are read at offsets, so that the descriptor's
+// The bytes of a borrowed descriptor of a regular file. They are read at offsets, so that the descriptor's
 // position is neither used nor moved.
 #pragma once
 

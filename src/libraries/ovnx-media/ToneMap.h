@@ -5,9 +5,9 @@
 
 namespace ovnxmedia {
 
-// What is dark or middling stays as it is, and brighter light is drawn together, so that the brightest still
-// tells from the bright: 1, the white of an ordinary picture, becomes 0.75 of what the screen can give. The
-// result is coded as sRGB. No light for what is negative or no number.
+// Dark and middle tones stay as they are, and brighter ones are compressed, so that the brightest can still
+// be distinguished: 1, the white of an ordinary picture, becomes 0.75 of what the screen can show. The result
+// is coded as sRGB. Negative numbers and NaN become 0.
 uint8_t ScreenSample(double light);
 
 }  // namespace ovnxmedia

@@ -67,7 +67,7 @@ Size Swapped(Size size, bool swap) {
     return swap ? Size{size.height, size.width} : size;
 }
 
-// The time of a tenth of the video, in the stream's units; its beginning where the length is not told.
+// The time of a tenth of the video, in the stream's units; its beginning where the length is unknown.
 int64_t TenthOf(const AVFormatContext& format, const AVStream& stream) {
     int64_t length = stream.duration;
     if (length <= 0 && format.duration > 0)
@@ -76,13 +76,13 @@ int64_t TenthOf(const AVFormatContext& format, const AVStream& stream) {
     return start / 2 + std::max<int64_t>(length, 0) / 10 + (start - start / 2);
 }
 
-// Goes to the place and leaves out all but keyframes of the stream. The demuxer of MP4 then passes over the
-// others by its tables, without reading them.
+// Seeks there and drops all but keyframes of the stream. The MP4 demuxer then skips the others by its tables,
+// without reading them.
 void StartAtTenth(MediaInput& input, AVStream& stream) {
     for (unsigned i = 0; i < input.format().nb_streams; ++i)
         input.format().streams[i]->discard = AVDISCARD_ALL;
     stream.discard = AVDISCARD_NONKEY;
-    // Where no way leads there the beginning does.
+    // If it cannot seek, it stays at the beginning.
     input.SeekBack(stream, TenthOf(input.format(), stream));
 }
 

@@ -6,9 +6,9 @@
 
 namespace ovnxmedia {
 
-// The keyframe at a tenth of the video's length, as RGB, upright and as wide as it is meant to be shown,
-// fitted into the box. While that is nearly one colour, as in a lead-in, the keyframes behind it are tried,
-// five at most; of those the most varied is taken. Throws Failure.
+// Returns the keyframe at a tenth of the video's length, as RGB, upright, with its intended aspect, fitted
+// into the box. If it is nearly one colour, as in a lead-in, the keyframes after it are tried, at most five
+// in all, and the most varied one is returned. Throws Failure.
 Picture DecodeVideoFrame(int fd, Size box, const Budget& budget);
 
 }  // namespace ovnxmedia

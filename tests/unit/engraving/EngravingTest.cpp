@@ -97,19 +97,19 @@ TEST(Engraving, LeavesAWholeMovieWhereverItEnds) {
             engraving::PlanEngraving(source, engraving::ReadLayout(source, before.size()), kNew);
         const std::string old = AppOf(before);
         std::string file = before.substr(0, plan.length);
-        for (const engraving::Step& step : plan.steps) {
+        for (const engraving::Batch& batch : plan.batches) {
             const std::string atStep = file;
-            for (size_t done = 0; done <= step.size(); ++done) {
+            for (size_t done = 0; done <= batch.size(); ++done) {
                 // Torn ones too, but for those of a switch, which is a few bytes at once.
-                const size_t torn = done < step.size() && step[done].bytes.size() > 8 ? 21 : 0;
+                const size_t torn = done < batch.size() && batch[done].bytes.size() > 8 ? 21 : 0;
                 std::string cut = atStep;
                 for (size_t i = 0; i < done; ++i)
-                    Apply(step[i], atStep, SIZE_MAX, cut);
-                if (torn > 0) Apply(step[done], atStep, torn, cut);
+                    Apply(batch[i], atStep, SIZE_MAX, cut);
+                if (torn > 0) Apply(batch[done], atStep, torn, cut);
                 ExpectPlays(cut, before);
                 const std::string app = AppOf(cut);
                 EXPECT_TRUE(app == old || app == "a new one, and longer") << app;
-                if (done == step.size()) file = cut;
+                if (done == batch.size()) file = cut;
             }
         }
         EXPECT_EQ(AppOf(file), "a new one, and longer");
@@ -124,8 +124,8 @@ TEST(Engraving, UsesTheRoomThatThereIs) {
         const engraving::Mp4Layout layout = engraving::ReadLayout(source, before.size());
         const engraving::Plan plan = engraving::PlanEngraving(source, layout, kNew);
         uint64_t end = 0;
-        for (const engraving::Step& step : plan.steps)
-            for (const engraving::Write& write : step)
+        for (const engraving::Batch& batch : plan.batches)
+            for (const engraving::Write& write : batch)
                 end = std::max(end, write.at + write.bytes.size() + write.copySize);
         const bool hasHole = before.find(std::string(300, 'x')) != std::string::npos;
         EXPECT_EQ(end > layout.end, !hasHole);

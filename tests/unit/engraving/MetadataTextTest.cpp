@@ -59,16 +59,10 @@ TEST(MetadataText, ReadsBackWithATextThatFillsItsField) {
     CaptureRequestInfo info = Info(5);
     std::wmemset(info.highlightName, L'\U0001F600', 256);
     std::wcscpy(info.drsProfileName, L"drs");
-    std::wcscpy(info.profileName, L"own");
     MetadataFields fields;
     ReadMetadataBlock(std::string_view(MakeMetadata(&info)), fields);
     EXPECT_EQ(fields.drsProfileName, "drs");
     EXPECT_EQ(fields.highlightName.size(), 4u * 256);
-    EXPECT_EQ(
-        MakeMetadataOvs(&info).rfind(R"({"DRSAppName":"","ProfileName":"own","ShortName":"","MediaType":"",)"
-                                     R"("HighlightName":")",
-                                     0),
-        0u);
 }
 
 }  // namespace

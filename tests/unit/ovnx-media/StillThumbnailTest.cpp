@@ -66,34 +66,24 @@ Thumbnail Make(const std::string& bytes, uint32_t width = 320, uint32_t height =
 
 using Pixel = std::vector<int>;
 
-TEST(PngThumbnail, TakesEveryKind) {
+TEST(PngThumbnail, IsTheMeanOfWhatShows) {
     const struct {
         PngKind kind;
         std::array<uint16_t, 4> left, right;
         bool hasTransparency;
         Pixel mean;
     } cases[] = {
-        {{PNG_COLOR_TYPE_RGB}, {10, 20, 30}, {30, 60, 90}, false, {20, 40, 60, 255}},
-        {{PNG_COLOR_TYPE_RGB}, {0, 0, 0}, {30, 60, 90}, true, {30, 60, 90, 128}},
         {{PNG_COLOR_TYPE_RGB, 16}, {0x4040, 0, 0xFFFF}, {0x8080, 0, 0xFFFF}, false, {96, 0, 255, 255}},
         {{PNG_COLOR_TYPE_RGB_ALPHA}, {200, 0, 0, 0}, {0, 0, 99, 200}, false, {0, 0, 99, 100}},
-        {{PNG_COLOR_TYPE_GRAY, 1}, {0}, {1}, false, {128, 128, 128, 255}},
         {{PNG_COLOR_TYPE_GRAY, 4}, {0}, {15}, true, {255, 255, 255, 128}},
-        {{PNG_COLOR_TYPE_GRAY_ALPHA, 16}, {0xFFFF, 0}, {0x1111, 0xFFFF}, false, {17, 17, 17, 128}},
-        {{PNG_COLOR_TYPE_PALETTE, 2}, {0}, {1}, true, {0, 0, 255, 128}},
-        {{PNG_COLOR_TYPE_PALETTE, 8}, {1}, {2}, false, {0, 128, 128, 255}}};
-    for (auto [kind, left, right, hasTransparency, mean] : cases) {
+        {{PNG_COLOR_TYPE_PALETTE, 2}, {0}, {1}, true, {0, 0, 255, 128}}};
+    for (const auto& [kind, left, right, hasTransparency, mean] : cases) {
         const auto halves = [&left = left, &right = right](uint32_t x, uint32_t) {
             return x < 5 ? left : right;
         };
-        for (const bool interlaced : {false, true}) {
-            kind.interlaced = interlaced;
-            const Thumbnail one = Make(Png(10, 20, kind, halves, hasTransparency), 1, 2);
-            EXPECT_EQ(one.message, "");
-            ASSERT_EQ(one.rgba.size(), 8U) << kind.colours;
-            EXPECT_EQ(one.PixelAt(0, 0), mean) << kind.colours << " of " << kind.depth;
-            EXPECT_EQ(one.PixelAt(0, 1), mean);
-        }
+        const Thumbnail one = Make(Png(10, 20, kind, halves, hasTransparency), 1, 2);
+        EXPECT_EQ(one.message, "");
+        EXPECT_EQ(one.PixelAt(0, 1), mean) << kind.colours;
     }
 }
 
@@ -114,13 +104,10 @@ TEST(PngThumbnail, IsTheSameOfAnInterlacedFile) {
     }
 }
 
-TEST(JpegThumbnail, TakesEveryKind) {
+TEST(JpegThumbnail, HasEverySizeAndTheColoursOfItsInks) {
     const auto halves = [](int x, int) { return x < 320 ? Rgb{200, 100, 50} : Rgb{100, 50, 200}; };
-    const auto of = [&](int subsampling, int flags, int format = TJPF_RGB) {
-        return Jpeg(640, 320, subsampling, flags, halves, format);
-    };
-    for (const std::string& file : {of(TJSAMP_444, 0), of(TJSAMP_420, 0), of(TJSAMP_440, 0),
-                                    of(TJSAMP_411, TJFLAG_PROGRESSIVE), of(TJSAMP_444, 0, TJPF_CMYK)}) {
+    for (const int format : {TJPF_RGB, TJPF_CMYK}) {
+        const std::string file = Jpeg(640, 320, TJSAMP_444, 0, halves, format);
         for (const uint32_t width : {640U, 333U, 50U, 2U}) {
             const Thumbnail one = Make(file, width, 1000);
             ASSERT_EQ(one.message, "");
@@ -131,7 +118,6 @@ TEST(JpegThumbnail, TakesEveryKind) {
             }
         }
     }
-    EXPECT_EQ(Make(of(TJSAMP_GRAY, 0), 1, 1).PixelAt(0, 0), (Pixel{103, 103, 103, 255}));
 }
 
 TEST(ExrThumbnail, FitsLightToAScreen) {
@@ -152,16 +138,14 @@ TEST(ExrThumbnail, FitsLightToAScreen) {
     }
 }
 
-TEST(ExrThumbnail, TakesEveryKind) {
+TEST(ExrThumbnail, IsOfTheFirstPartWithColours) {
     const auto colours = [](size_t channel, int, int y) {
         return y < 50 ? 0.0F : 0.5F * static_cast<float>(channel == 1);
     };
     const Pixel green{0, 188, 0, 255};
     // Channels are written in the order given and read by their names.
     const std::vector<std::string> rgba{"R", "G", "B", "A"};
-    for (const ExrKind& kind : {ExrKind{Imf::NO_COMPRESSION},
-                                {Imf::PIZ_COMPRESSION, true, 1, rgba},
-                                {Imf::DWAB_COMPRESSION, false, 3, rgba, 0, {-7, 9}},
+    for (const ExrKind& kind : {ExrKind{Imf::DWAB_COMPRESSION, false, 3, rgba, 0, {-7, 9}},
                                 {Imf::ZIP_COMPRESSION, true, 2, rgba, 0, {100, -50}}}) {
         const Thumbnail one = Make(Exr(200, 100, kind, colours), 20, 20);
         ASSERT_EQ(one.message, "");

@@ -8,8 +8,8 @@
 namespace ovnxmedia {
 
 struct MediaLibrary {
-    // Opens the library in `folder` for good: it is never closed, because its own libraries leave data of
-    // threads behind. Throws std::runtime_error, with the linker's reason, when it cannot be opened or lacks
+    // Opens the library in `folder` for good: it is never closed, because its dependencies keep
+    // data of threads. Throws std::runtime_error, with the linker's reason, when it cannot be opened or lacks
     // an export.
     explicit MediaLibrary(const std::string& folder);
 

@@ -2,13 +2,13 @@
  * libovnxmedia: pictures of media files and remuxing, and the one library of the product that links codecs.
  *
  * The product runs inside a browser that carries codecs of its own, so this library is opened at run time, in
- * a symbol scope of its own, and speaks C. Its users know it by this header alone and never link it.
+ * a symbol scope of its own, and has a C interface. Its users include this header and never link it.
  *
- * Inputs are descriptors of regular files, opened for reading and lent for the length of a call; they are
- * read at offsets of the library's own, so that their position is neither used nor kept. What they hold is
- * taken for hostile: pixels, bytes, streams, packets and time are limited before anything is allocated for
- * them. The functions may be called from any thread, at once on different files. None of them logs; a failure
- * is told by its code, and in words by `message`.
+ * Inputs are descriptors of regular files, open for reading, which the library uses only during a call. It
+ * reads at offsets of its own, so that their position is neither used nor moved. Their content is considered
+ * hostile: pixels, bytes, streams, packets and time are limited before anything is allocated for them. The
+ * functions may be called from any thread, concurrently on different files. None of them logs; a failure is
+ * reported by its code, and in words by `message`.
  */
 #ifndef OVNX_MEDIA_H
 #define OVNX_MEDIA_H
@@ -43,16 +43,16 @@ enum OvnxMediaKind {
     OVNX_MEDIA_KIND_VIDEO = 2  /* MP4 and its family, Matroska */
 };
 
-/* What a caller wants of a picture, and how it hears of failures. */
+/* What a caller wants of a picture, and where failures are described. */
 struct OvnxMediaRequest {
-    /* The box that the picture is to fit in, in pixels, both at least 1. Its aspect is kept, and it is never
+    /* The box that the picture must fit into, in pixels, both at least 1. Its aspect is kept, and it is never
      * larger than the source. */
     uint32_t width;
     uint32_t height;
-    /* Asked now and then on the calling thread; other than 0 ends the work. May be null. */
+    /* Called now and then on the calling thread; any result but 0 ends the work. May be null. */
     int (*stop)(void* context);
     void* context;
-    /* Filled with one line of text on failure, cut to what there is room for. May be null. */
+    /* Filled with one line of text on failure, truncated to `messageSize`. May be null. */
     char* message;
     size_t messageSize;
 };
@@ -65,11 +65,12 @@ struct OvnxMediaPicture {
     uint32_t height;
 };
 
-/* What the file is by its first bytes, of enum OvnxMediaKind, or a negative status. Decodes nothing. */
+/* Returns the kind of the file by its first bytes, of enum OvnxMediaKind, or a negative status. Decodes
+ * nothing. */
 __attribute__((visibility("default"))) int32_t OvnxMediaProbe(int fd);
 
-/* Both give a status of enum OvnxMediaStatus and fill `picture` on success alone. The video frame is a
- * keyframe from a tenth of the video's length on, and a later one while the picture is nearly one colour. */
+/* Both return a status of enum OvnxMediaStatus and fill `picture` only on success. The video frame is the
+ * keyframe at a tenth of the video's length, or a later one if that is nearly one colour. */
 __attribute__((visibility("default"))) int32_t OvnxMediaStillThumbnail(int fd,
                                                                        const struct OvnxMediaRequest* request,
                                                                        struct OvnxMediaPicture* picture);
@@ -86,18 +87,18 @@ enum OvnxMediaRemuxFlags {
 /* A part of a video, by times in units of 100 ns. */
 struct OvnxMediaRemuxRequest {
     uint64_t start;
-    uint64_t end; /* what lies behind the end of the video is cut off */
+    uint64_t end; /* limited to the end of the video */
     uint32_t flags;
     /* As in OvnxMediaRequest. */
     char* message;
     size_t messageSize;
 };
 
-/* Copies that part of an MP4 file, without coding anything anew, to `output`: an empty regular file, opened
- * for reading and writing and lent as the input is. Frames are copied from the last keyframe at or before the
- * start on, and players are told to show the part alone. All video and audio tracks come along, with their
- * languages, dispositions, rotation and colours, as does the content of moov/udta byte for byte; the "moov"
- * stands in front. Neither made durable nor removed after a failure. Gives a status of enum OvnxMediaStatus.
+/* Copies that part of an MP4 file, without re-encoding, to `output`: an empty regular file, open for reading
+ * and writing. Frames are copied from the last keyframe at or before the start, and an edit list makes
+ * players show only the part. All video and audio tracks are copied, with their languages, dispositions,
+ * rotation and colours, as is the content of moov/udta, byte for byte; the "moov" precedes the frames. The
+ * output is not made durable, nor removed after a failure. Returns a status of enum OvnxMediaStatus.
  */
 __attribute__((visibility("default"))) int32_t OvnxMediaRemux(int input, int output,
                                                               const struct OvnxMediaRemuxRequest* request);

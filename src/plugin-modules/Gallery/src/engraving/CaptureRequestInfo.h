@@ -1,9 +1,9 @@
-// What the capture service tells of a capture, in the form that is engraved from.
+// What the capture service reports about a capture, as the input of an engraving.
 #pragma once
 
 #include <cstdint>
 
-// Zeroed by whoever fills it; texts end in a zero character.
+// Whoever fills it zeroes it first; texts have a terminating zero.
 struct CaptureRequestInfo {
     static constexpr uint32_t kOrdinary = 0;
     static constexpr uint32_t kHighlight = 5;

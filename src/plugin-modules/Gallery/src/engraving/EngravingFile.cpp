@@ -24,18 +24,18 @@ void EngravingFile::CarryOut(const Plan& plan) {
     const bool hasRemnant = plan.length < size_;
     if (hasRemnant && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
         throw EngravingError(std::strerror(errno));
-    for (const Step& step : plan.steps) {
-        if (TakeStep(step)) continue;
+    for (const Batch& batch : plan.batches) {
+        if (WriteBatch(batch)) continue;
         const int error = errno;
-        // What it has written beyond the end; the rest went into free space.
-        if (&step == &plan.steps.front() && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
+        // Removes what it has written beyond the end; the rest went into free space.
+        if (&batch == &plan.batches.front() && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
             throw EngravingError(std::strerror(errno));
         throw EngravingError(std::strerror(error));
     }
 }
 
-bool EngravingFile::TakeStep(const Step& step) {
-    for (const Write& write : step) {
+bool EngravingFile::WriteBatch(const Batch& batch) {
+    for (const Write& write : batch) {
         if (!KXP::WriteFullyAt(file_, write.bytes.data(), write.bytes.size(), write.at)) return false;
         if (write.copySize > 0 && !Copy(write)) return false;
     }

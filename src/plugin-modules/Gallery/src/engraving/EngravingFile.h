@@ -1,4 +1,4 @@
-// Carries an engraving out on a file.
+// Carries out an engraving on a file.
 #pragma once
 
 #include <string>
@@ -17,7 +17,7 @@ class EngravingFile {
     uint64_t size() const { return size_; }
     media::ByteSource& source() { return source_; }
 
-    // Throws EngravingError when the disk does not take it; a failure of the first step leaves no trace.
+    // Throws EngravingError when the disk does not take it; a failure of the first batch leaves no trace.
     void CarryOut(const Plan& plan);
 
   private:
@@ -33,7 +33,7 @@ class EngravingFile {
         const KXP::FileDescriptor& file_;
     };
 
-    bool TakeStep(const Step& step);
+    bool WriteBatch(const Batch& batch);
     bool Copy(const Write& write);
 
     uint64_t size_ = 0;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr uint64_t kHeaderSize = 8;
 constexpr uint64_t kMaxBoxSize = UINT32_MAX;
-// User data may hold a cover picture; more than this is none of ours to copy through the memory.
+// User data may hold a cover picture; more than this is not copied through memory.
 constexpr uint64_t kMaxUserData = 64 << 20;
 
 std::string ReadBytes(media::ByteSource& source, uint64_t from, uint64_t size) {
@@ -19,7 +19,7 @@ std::string ReadBytes(media::ByteSource& source, uint64_t from, uint64_t size) {
     return bytes;
 }
 
-// What a box of user data holds besides tags.
+// The content of a box of user data apart from tags.
 std::string OtherUserData(media::ByteSource& source, const Box& userData) {
     std::string kept;
     for (const Box& box : ReadBoxes(source, userData.content(), userData.end(), ListEnd::MayBeZero)) {
@@ -43,13 +43,13 @@ class Planner {
     }
 
     Plan Make() {
-        if (!InsideMovie() && !BehindMovie() && !MovieElsewhere())
+        if (!InsideMovie() && !AfterMovie() && !MovieElsewhere())
             throw EngravingError("it has fragments, and no room for a larger movie ahead of them");
         return std::move(plan_);
     }
 
   private:
-    // Into free space that the movie itself has.
+    // Puts the user data into free space within the movie.
     bool InsideMovie() {
         for (const Box& hole : layout_.parts) {
             if (!hole.IsFree() || !Fits(userData_.size(), hole)) continue;
@@ -60,13 +60,13 @@ class Planner {
         return false;
     }
 
-    // At the movie's end, where the file ends too or free space follows: first as a box that players pass
-    // over, which the movie's new size then takes in.
-    bool BehindMovie() {
+    // Puts it at the movie's end, where the file ends too or free space follows: first as a box that players
+    // skip, which the movie's new size then includes.
+    bool AfterMovie() {
         const Box& movie = layout_.movie;
         if (movie.headerSize == kHeaderSize && movie.size + userData_.size() > kMaxBoxSize) return false;
         if (movie.end() == layout_.end) {
-            plan_.steps.push_back({{movie.end(), userData_}});
+            plan_.batches.push_back({{movie.end(), userData_}});
         } else {
             const Box* hole = HoleAt(movie.end());
             if (!hole) return false;
@@ -74,16 +74,16 @@ class Planner {
         }
         const uint64_t size = movie.size + userData_.size();
         if (movie.headerSize == kHeaderSize)
-            plan_.steps.push_back({{movie.offset, media::BoxHeader(size, "moov").substr(0, 4)}});
+            plan_.batches.push_back({{movie.offset, media::BoxHeader(size, "moov").substr(0, 4)}});
         else
-            plan_.steps.push_back(
+            plan_.batches.push_back(
                 {{movie.offset + 8, media::BoxHeader(size >> 32, "").substr(0, 4) +
                                         media::BoxHeader(size & UINT32_MAX, "").substr(0, 4)}});
         EndOldUserData();
         return true;
     }
 
-    // A new movie, in free space or at the file's end; the old one becomes free.
+    // Makes a new movie, in free space or at the file's end; the old one becomes free space.
     bool MovieElsewhere() {
         const uint64_t size = NewMovieSize();
         if (size > kMaxBoxSize) throw EngravingError("the movie's header is too large");
@@ -91,18 +91,18 @@ class Planner {
             return Fits(size, box) && (!layout_.firstFragment || box.end() <= *layout_.firstFragment);
         });
         if (hole != layout_.free.end()) {
-            plan_.steps.push_back(NewMovie(hole->offset, size, "free"));
-            plan_.steps.front().front().bytes = media::BoxHeader(hole->size, "free");
+            plan_.batches.push_back(NewMovie(hole->offset, size, "free"));
+            plan_.batches.front().front().bytes = media::BoxHeader(hole->size, "free");
             AddRest(*hole, size);
             EndDeadMovies();
-            plan_.steps.push_back({{hole->offset, media::BoxHeader(size, "moov")}});
+            plan_.batches.push_back({{hole->offset, media::BoxHeader(size, "moov")}});
         } else if (!layout_.firstFragment) {
-            plan_.steps.push_back(NewMovie(layout_.end, size, "moov"));
+            plan_.batches.push_back(NewMovie(layout_.end, size, "moov"));
             EndDeadMovies();
         } else {
             return false;
         }
-        plan_.steps.push_back({{layout_.movie.offset + 4, "free"}});
+        plan_.batches.push_back({{layout_.movie.offset + 4, "free"}});
         return true;
     }
 
@@ -115,16 +115,16 @@ class Planner {
         return size;
     }
 
-    Step NewMovie(uint64_t at, uint64_t size, const std::string& type) const {
-        Step step{{at, media::BoxHeader(size, type)}};
+    Batch NewMovie(uint64_t at, uint64_t size, const std::string& type) const {
+        Batch batch{{at, media::BoxHeader(size, type)}};
         at += kHeaderSize;
         for (const Box& part : layout_.parts) {
             if (!IsKept(part)) continue;
-            step.push_back({at, "", part.offset, part.size});
+            batch.push_back({at, "", part.offset, part.size});
             at += part.size;
         }
-        step.push_back({at, userData_});
-        return step;
+        batch.push_back({at, userData_});
+        return batch;
     }
 
     const Box* HoleAt(uint64_t offset) const {
@@ -133,30 +133,32 @@ class Planner {
         return nullptr;
     }
 
-    // All but the first bytes, which still say that there is nothing; these then, in one small write.
+    // Writes all but the header, which still says that there is free space; then the header, in one small
+    // write.
     void FillHole(const Box& hole, const std::string& box) {
-        plan_.steps.push_back({{hole.offset + kHeaderSize, box.substr(kHeaderSize)}});
+        plan_.batches.push_back({{hole.offset + kHeaderSize, box.substr(kHeaderSize)}});
         AddRest(hole, box.size());
-        plan_.steps.push_back({{hole.offset, box.substr(0, kHeaderSize)}});
+        plan_.batches.push_back({{hole.offset, box.substr(0, kHeaderSize)}});
     }
 
     void AddRest(const Box& hole, uint64_t used) {
         if (used < hole.size)
-            plan_.steps.back().push_back({hole.offset + used, media::BoxHeader(hole.size - used, "free")});
+            plan_.batches.back().push_back({hole.offset + used, media::BoxHeader(hole.size - used, "free")});
     }
 
-    // Readers take the first user data: these go when the new is in place, the first of them last.
+    // Readers use the first user data. The old boxes become free once the new one is in place, the first of
+    // them last.
     void EndOldUserData() {
-        Step step;
+        Batch batch;
         for (auto box = oldUserData_.rbegin(); box != oldUserData_.rend(); ++box)
-            step.push_back({box->offset + 4, "free"});
-        if (!step.empty()) plan_.steps.push_back(std::move(step));
+            batch.push_back({box->offset + 4, "free"});
+        if (!batch.empty()) plan_.batches.push_back(std::move(batch));
     }
 
-    // Else one of them would be the first when the present movie is none any more.
+    // Otherwise one of them would be the first movie once the present one is free.
     void EndDeadMovies() {
         for (const Box& movie : layout_.deadMovies)
-            plan_.steps.front().push_back({movie.offset + 4, "free"});
+            plan_.batches.front().push_back({movie.offset + 4, "free"});
     }
 
     const Mp4Layout& layout_;
@@ -168,7 +170,7 @@ class Planner {
 }  // namespace
 
 Plan PlanEngraving(media::ByteSource& source, const Mp4Layout& layout, const std::string& text) {
-    // The text first: who looks for it need not step over the rest.
+    // The text comes first, so that readers need not skip the rest.
     std::string content = media::BoxHeader(kHeaderSize + text.size(), "tagc") + text;
     std::vector<Box> old;
     for (const Box& part : layout.parts) {

@@ -36,7 +36,7 @@ const char* SourceOf(const CaptureRequestInfo& info) {
     return "Ovirastream SHARE";
 }
 
-// Readers take the profile from "DRSProfileName" alone, so that one stands in for the other.
+// Readers look for the profile in "DRSProfileName" alone, so it also gets the other one.
 void PutProfiles(Writer& writer, const CaptureRequestInfo& info) {
     const std::string drsProfile = TextOf(info.drsProfileName);
     const std::string profile = TextOf(info.profileName);
@@ -87,19 +87,5 @@ std::string MakeMetadata(const CaptureRequestInfo* info) {
     Put(writer, "B64", KXP::EncodeBase64(inner));
     writer.EndObject();
     KXP_LOG(KXP::LogTrace, "MakeMetadata metadata string:%s", buffer.GetString());
-    return {buffer.GetString(), buffer.GetSize()};
-}
-
-std::string MakeMetadataOvs(const CaptureRequestInfo* info) {
-    KXP::JsonBuffer buffer;
-    Writer writer(buffer);
-    writer.StartObject();
-    Put(writer, "DRSAppName", TextOf(info->drsAppName));
-    Put(writer, "ProfileName", TextOf(info->profileName));
-    Put(writer, "ShortName", TextOf(info->shortName));
-    Put(writer, "MediaType", TextOf(info->mediaType));
-    PutHighlight(writer, *info);
-    writer.EndObject();
-    KXP_LOG(KXP::LogTrace, "MakeMetadataOvs metadata string:%s", buffer.GetString());
     return {buffer.GetString(), buffer.GetSize()};
 }

@@ -12,15 +12,15 @@ namespace media {
 // Starts at position 0. The source must outlive it. About 16 KiB, meant to be a local variable.
 class ByteCursor {
   public:
-    // The most that one Take gives.
+    // The most that one Take returns.
     static constexpr size_t kMaxTake = 4096;
 
     explicit ByteCursor(ByteSource& source) : source_(source) {}
     ByteCursor(const ByteCursor&) = delete;
     ByteCursor& operator=(const ByteCursor&) = delete;
 
-    // The next `count` bytes, at most kMaxTake; fewer only at the end of the source. The position moves
-    // behind them. The view is valid until the next Take.
+    // Returns the next `count` bytes, at most kMaxTake, and moves past them; fewer only at the end of the
+    // source. The view is valid until the next Take.
     ByteView Take(size_t count) {
         const uint64_t offset = position_ - windowStart_;
         if (position_ < windowStart_ || offset >= windowSize_ || count > windowSize_ - offset)
@@ -29,20 +29,20 @@ class ByteCursor {
         return ByteView({window_ + offset, count});
     }
 
-    // Moves forward, to wherever that leads: a position behind the end is no fault, it only gives no bytes.
+    // Moves forward. A position after the end is no error; there are just no bytes.
     void Skip(uint64_t count) { position_ += std::min(count, UINT64_MAX - position_); }
 
     void Rewind() { position_ = 0; }
 
-    // Moves to any place. A step to what the window still holds costs no read.
+    // Moves to any position. Within the window this costs no read.
     void MoveTo(uint64_t position) { position_ = position; }
 
-    // Whether a Take has come short. Stays so, whatever is skipped afterwards.
+    // Whether any Take so far has returned too few bytes.
     bool CameShort() const { return cameShort_; }
 
   private:
-    // Most captures tell all within the first window, and a scan of thousands of files feels every byte
-    // copied; what lies elsewhere is worth a larger read.
+    // For most captures the first window is enough, and in a scan of thousands of files every copied byte
+    // counts; for what lies elsewhere a larger read pays off.
     static constexpr size_t kFirstWindow = 2048;
     static constexpr size_t kNextWindow = 16384;
 

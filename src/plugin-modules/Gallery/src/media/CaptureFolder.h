@@ -17,8 +17,8 @@ bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
 bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& extension,
                                    std::string& thumbnail);
 
-// Whether a capture that is on record may be deleted. The record's file can be edited by anybody and name any
-// path: what goes is a regular file, and no link, that lies in the gallery or is own by its bytes.
+// Whether a recorded capture may be deleted. Anybody can edit the file of records, which may thus name any
+// path: only a regular file, and no link, that lies in the gallery or is own by its bytes may go.
 bool MayDeleteCapture(const std::string& path, const std::string& gallery);
 
 }  // namespace media

@@ -1,7 +1,7 @@
 // One number for a tree of folders, from the modification times of its entries and the names of its folders,
-// so that the tracker can tell at its start whether anything changed while nobody watched. No file is opened.
+// so that the tracker can see at its start whether anything has changed since it stopped. No file is opened.
 //
-// The order in which a folder gives its entries is part of the sum.
+// The order in which a folder lists its entries is part of the sum.
 #pragma once
 
 #include <array>

@@ -11,7 +11,7 @@
 namespace media {
 namespace {
 
-// Wide enough for every number that a header can hold, so that differences and negative sides are told.
+// Wide enough for every number that a header can hold, so that differences and negative sides show.
 struct Sides {
     int64_t width;
     int64_t height;
@@ -60,7 +60,7 @@ Found ReadGif(ByteCursor& cursor) {
     return Sides{head.Little(6, 2), head.Little(8, 2)};
 }
 
-// The oldest header has sides of 16 bits; in all others a negative height says that the top row comes first.
+// The oldest header has sides of 16 bits; in all others a negative height means that the top row comes first.
 Found ReadBmp(ByteCursor& cursor) {
     constexpr size_t kFileHeader = 14;
     const ByteView head = cursor.Take(kFileHeader + 16);
@@ -87,7 +87,7 @@ Found ReadWebP(ByteCursor& cursor) {
     constexpr uint32_t kNotKeyFrame = 1;
     if (!head.HasAt(12, "VP8 ") || !head.HasAt(23, "\x9D\x01\x2A") || head.Little(20, 1) & kNotKeyFrame)
         return {};
-    // The two upper bits of each tell how a viewer may scale.
+    // The two upper bits of each are a hint for scaling.
     return Sides{head.Little(26, 2) & 0x3FFF, head.Little(28, 2) & 0x3FFF};
 }
 
@@ -120,7 +120,7 @@ Found ReadBox(ByteView box) {
 Found ReadExr(ByteCursor& cursor) {
     constexpr size_t kMaxText = 256;  // with its NUL
     constexpr size_t kMaxAttributeHead = 2 * kMaxText + 4;
-    uint64_t position = 8;  // behind magic number and version
+    uint64_t position = 8;  // after magic number and version
     for (;;) {
         cursor.MoveTo(position);
         const std::optional<ExrAttribute> attribute = ParseExrAttribute(cursor.Take(kMaxAttributeHead));

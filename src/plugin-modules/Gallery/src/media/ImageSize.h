@@ -1,4 +1,4 @@
-// How large a picture is, by its file's own header: PNG, JPEG, OpenEXR, GIF, BMP and WebP, known by their
+// The size of a picture, from its file's header: PNG, JPEG, OpenEXR, GIF, BMP and WebP, recognised by their
 // bytes and not by their names. No pixel is decoded.
 #pragma once
 
@@ -14,7 +14,7 @@ struct ImageSize {
     unsigned int height = 0;
 };
 
-// False, with `size` untouched, for what is none of these formats, for a header that is cut off or damaged,
+// False, with `size` untouched, for any other format, for a header that is cut off or damaged,
 // and for a picture without pixels. Looks at no more than the first 64 MiB. The size is that of the stored
 // picture, before a viewer turns it; of an OpenEXR file that of the display window, which is what viewers
 // show, and of an animation that of its canvas.

@@ -13,7 +13,7 @@ constexpr std::string_view kSubTypes[] = {"SuperResolution", "360Mono", "Stereo"
 // One entry of a TIFF directory. Only big-endian data is looked for: the tools write no other.
 struct Entry {
     uint32_t count;
-    uint64_t value;  // its place in the block, which may lie behind the end
+    uint64_t value;  // its position in the block, which may lie after the end
 };
 
 class TagScan {
@@ -46,7 +46,7 @@ class TagScan {
                 TestMake(EntryAt(at));
                 break;
             case 0x0110:
-                // A maker, once told, outranks the model.
+                // A maker, once seen, outranks the model.
                 if (!makeSeen_) TestModel(EntryAt(at));
                 break;
             case 0x0131:
@@ -64,7 +64,7 @@ class TagScan {
         }
     }
 
-    // A count that fits no name leaves the verdict; one that does overwrites it.
+    // A count that fits no name keeps the verdict; one that does overwrites it.
     void TestMake(const Entry& entry) {
         makeSeen_ = true;
         if (entry.count == 9) makeMatch_ = block_.HasAt(entry.value, "ZvCamera");
@@ -76,7 +76,8 @@ class TagScan {
         if (entry.count == 9) modelMatch_ = block_.HasAt(entry.value, "ZvCamera");
     }
 
-    // The whole value, unlike in a PNG: the count includes the ending NUL, so a version behind it differs.
+    // The whole value, unlike in a PNG: the count includes the terminating NUL, so a version after the name
+    // makes a difference.
     void TestSoftware(const Entry& entry) {
         softwareSeen_ = true;
         for (const Tag& tag : g_zvSourceTags) {

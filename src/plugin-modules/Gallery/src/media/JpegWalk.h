@@ -1,5 +1,5 @@
 // Ownership from the EXIF tags of a JPEG, and the size of its picture. A scan of the first block for tags,
-// not a parser of segments: capture tools put theirs right behind the JFIF segment.
+// not a parser of segments: capture tools put theirs right after the JFIF segment.
 #pragma once
 
 #include <cstdint>
@@ -18,12 +18,12 @@ struct JpegFrame {
     uint16_t height;
 };
 
-// The sides told by the first frame header that the markers from the cursor on lead to; they may be 0.
-// Nothing when the chain of markers is broken or reaches the picture's data without one.
+// The sides in the first frame header on the chain of markers that starts at the cursor; they may be 0.
+// Nothing when the chain is broken or reaches the picture's data first.
 std::optional<JpegFrame> FindJpegFrame(ByteCursor& cursor);
 
-// Whether a frame header is found by following the markers from the cursor on, and tells of no more than
-// 64 Mi pixels. Bytes that no marker chain leads to are never searched.
+// Whether the chain of markers has such a frame header, with at most 64 Mi pixels. Bytes outside the chain
+// are never searched.
 bool JpegSizeIsValid(ByteCursor& cursor);
 
 }  // namespace media

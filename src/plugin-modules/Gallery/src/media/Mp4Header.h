@@ -10,8 +10,8 @@
 namespace media {
 
 struct Mp4HeaderInfo {
-    // Seconds: the file's number over its time scale, as it stands. A time scale of 0 makes it infinite or no
-    // number at all, and a hostile one of 64 bits larger than any integer: test it before it becomes one.
+    // Seconds: the file's number divided by its time scale, unchecked. With a time scale of 0 it is infinite
+    // or NaN, and a hostile file can make it larger than any integer: check it before converting it.
     double duration = 0;
     std::string audioType;  // "Single" or "Separate"
     unsigned int width = 0;
@@ -21,7 +21,7 @@ struct Mp4HeaderInfo {
 // Walks forward over the boxes, into moov and, with `wantSize`, into tracks, until the first header of a
 // track (`wantSize`) or of the movie. Returns 1 when done, whether or not there is one; 0x80004005 when the
 // walk comes to where there is nothing to read; 0x8007000D for a malformed file. First sets the numbers of
-// `info` to 0; the audio type keeps what it held unless the file tells it. A box that begins within the last
+// `info` to 0; the audio type keeps its value unless the file has one. A box that begins within the last
 // 120 bytes of the source is not looked at.
 int32_t ReadMp4Header(ByteSource& source, bool wantSize, Mp4HeaderInfo& info);
 

@@ -90,8 +90,8 @@ int32_t WalkMp4(ByteCursor& cursor, SniffResult& result) {
         userDataEntered = userDataEntered || isUserData;
         if (isTags)
             if (const Ending ending = ReadTags(cursor, payload, result)) return *ending;
-        // From behind what was read of the tags, so that this oversteps as many bytes. It has always done so,
-        // and a box found in them now would change what files in the field are taken for.
+        // Counted from the end of the tags that were read, so that it skips as many bytes too many. It has
+        // always done so, and a box found in those bytes now would change how existing files are classified.
         cursor.Skip(payload);
         if (cursor.CameShort()) return KXP::Code::kInvalidData;
     }

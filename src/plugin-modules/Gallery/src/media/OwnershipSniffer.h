@@ -11,7 +11,7 @@
 namespace media {
 
 // Inspects one file. First resets the own flag, type, subtype, source, the three names and the CMS id of
-// `result`; highlight fields and the time stamp keep what they held unless the file tells them. Returns 1,
+// `result`; highlight fields and the time stamp keep their values unless the file has them. Returns 1,
 // own or not, or a negative code: 0x80004005 when the file cannot be opened (a pipe, device or folder counts
 // as such and never blocks) or read on, 0x8007000D for a malformed MP4. Fields set before a failure stay.
 // Writes log lines for failures. Any thread. Reads a page or two of an ordinary capture, whatever its size; a
@@ -20,9 +20,5 @@ int32_t SniffFile(const std::string& path, SniffResult& result);
 // The same, and leaves the file open in `file` for further questions; a file that is known by its name not to
 // be own is not opened.
 int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result);
-
-// Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
-// opened; `isValid` is then false.
-int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
 
 }  // namespace media

@@ -22,7 +22,7 @@ void ApplySource(const Tag& tag, SniffResult& result) {
         result.fileSubType = "Normal";
 }
 
-// By prefix: tools write their version behind the name.
+// By prefix: tools append their version to the name.
 bool TakeSource(ByteView software, SniffResult& result) {
     for (const Tag& tag : g_zvSourceTags) {
         if (!software.StartsWith(tag.key)) continue;
@@ -51,7 +51,7 @@ void TakeText(ByteView data, bool& sourceSettled, SniffResult& result) {
     }
 }
 
-// The text behind the header of an iTXt chunk: keyword, two bytes on compression, and the language tag and
+// The text after the header of an iTXt chunk: keyword, two bytes on compression, and the language tag and
 // the translated keyword, each ended by a NUL.
 ByteView InternationalText(ByteView data) {
     size_t at = kXmpKeyword.size() + 3;

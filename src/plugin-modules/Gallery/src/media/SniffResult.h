@@ -1,4 +1,4 @@
-// What the inspection of a media file finds out, and the tags by which captures are known.
+// The result of inspecting a media file, and the tags that identify captures.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 namespace media {
 
-// Names that come from PNG text or JPEG tags are the file's bytes as they stand: they need not be valid UTF-8
-// and may hold zero bytes. Whoever puts them into JSON has to make them fit.
+// Names from PNG text or JPEG tags are the file's bytes unchanged: they need not be valid UTF-8 and may hold
+// zero bytes. Whoever puts them into JSON has to convert them.
 struct SniffResult : MetadataFields {
     bool isOwn = false;
     std::string fileType;               // "image", "video" or "other"
@@ -27,14 +27,14 @@ struct Tag {
     std::string_view value;
 };
 
-// The software name that a capture tool writes, and the source it stands for. In order of the keys.
+// The software name that a capture tool writes, and the source that it means. Sorted by key.
 inline constexpr Tag g_zvSourceTags[] = {
     {"Ovirastream LUMIS", "OVS_Lumis"},
     {"Ovirastream SDK", "OVS_SDK"},
     {"Ovirastream SHARE", "OVS_Share"},
 };
 
-// The "Source" member of the block in an MP4, and the subtype it stands for.
+// The "Source" member of the block in an MP4, and the subtype that it means.
 inline constexpr Tag g_mp4EncodingTags[] = {
     {"Ovirastream SDK", "Highlight"},
     {"Ovirastream SHARE", "Normal"},

@@ -25,7 +25,7 @@ const Entity* FindEntity(ByteView text) {
     return nullptr;
 }
 
-// The "<" of the closing tag at or behind `from`. One that is not ended by a ">" is none.
+// The "<" of the closing tag at or after `from`. A tag without a ">" is none.
 size_t FindClosingTag(std::string_view range, std::string_view name, size_t from) {
     const ByteView view(range);
     size_t at = range.find('<', from);
@@ -33,7 +33,7 @@ size_t FindClosingTag(std::string_view range, std::string_view name, size_t from
         const bool closes = view.HasAt(at + 1, "/");
         if (closes && view.HasAt(at + 2, name))
             return range.find('>', at + 2 + name.size()) == kNone ? kNone : at;
-        // What was looked at is used up: a "<" right behind a "<" opens nothing.
+        // The characters compared are consumed: a "<" right after a "<" opens nothing.
         at = range.find('<', at + (closes ? 3 : 2));
     }
     return kNone;
@@ -45,7 +45,7 @@ int XMPMeta::Descend(const char* tag) {
     const std::string_view name(tag);
     const std::string_view range(text_, end_);
     size_t at = range.find('<', start_);
-    // Anywhere behind the bracket: a prefix may stand before the name.
+    // Anywhere after the bracket: the name may have a prefix.
     if (at != kNone) at = range.find(name, at + 1);
     if (at != kNone) at = range.find('>', at + name.size());
     if (at == kNone) return 0;

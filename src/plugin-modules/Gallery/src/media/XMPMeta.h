@@ -1,5 +1,5 @@
-// A cursor over one XMP text: just enough to reach an element by its path. It is no XML parser; it takes what
-// it finds, and a missing element leaves the cursor on what there was.
+// A cursor over one XMP text: just enough to reach an element by its path. It is no XML parser and accepts
+// anything; at a missing element the cursor stays where it was.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// The front of all media processing: cutting videos, through a library that is loaded while the plug-in runs,
-// the montage process, and encodings, which this platform does not have. Any thread.
+// The front of all media processing: cutting videos, through a library that is loaded at run time, the
+// montage process, and encodings, which this platform does not have. Any thread.
 #pragma once
 
 #include <chrono>
@@ -19,7 +19,7 @@ class Transcoder {
     enum class EncodeQuality { Low = 0, Medium = 1, High = 2, Ultra = 3 };
     enum class EncodeFps { Low = 0, Medium = 1, High = 2, Ultra = 3 };
 
-    // What an encoding has made.
+    // The result of an encoding.
     struct Output {
         std::string newFile;
         uint64_t newFileSize = 0;  // bytes
@@ -28,18 +28,17 @@ class Transcoder {
         uint32_t iterations = 0;
     };
 
-    // Never throws for want of the library: what needs it then fails, and the rest works.
+    // Does not throw when the library is missing: cutting then fails, and the rest works.
     Transcoder();
 
-    // Cuts `length` milliseconds from `start` on out of a video into a new file. 0, or 0x80004005 and logged.
-    // Throws std::runtime_error for a path of 260 characters and more. Any thread.
+    // Copies `length` milliseconds of a video, beginning at `start`, into a new file. Returns 0, or
+    // 0x80004005 after logging the reason. Throws std::runtime_error for a path of 260 characters or more.
     int32_t TrimVideoFile(const std::string& input, const std::string& output, double start, double length,
                           bool startOnKeyframe) const;
-    // The library's value; -9, and logged, without it.
+    // Returns the library's value, or -9, and logs, without the library.
     int32_t TrimVideoFile(ovsxcodeapi::RemuxParams& params) const { return context_->Remux(params); }
 
-    // A montage from its request on. A cancel in that time is meant for it, also when its process is not
-    // started yet.
+    // A montage, from its request to its end. Cancelling also ends one whose process has not started yet.
     class MontageRun {
       public:
         explicit MontageRun(Transcoder& owner);
@@ -56,18 +55,18 @@ class Transcoder {
         KXP::ChildProcess* process_ = nullptr;  // while it runs
     };
 
-    // Runs the program until it ends, and logs what it prints. 0 however it ended, and for a run that was
-    // canceled before; 0x80004005, and logged, when it could not be started.
+    // Runs the program until it ends, and logs what it prints. Returns 0 however it ended, and for a run that
+    // was canceled before; 0x80004005, and logs, when it could not be started.
     int32_t CreateCefMontageProcess(MontageRun& run, const std::string& launchPath,
                                     const std::vector<std::string>& arguments) EXCLUDES(montageMutex_);
     // Ends all montages, by force when they take longer than `grace`.
     void CancelMontage(std::chrono::milliseconds grace = std::chrono::seconds(5)) EXCLUDES(montageMutex_);
-    // The same for good: a montage that begins later is canceled from its start on.
+    // The same for good: a montage that begins later is canceled at once.
     void EndMontages(std::chrono::milliseconds grace) EXCLUDES(montageMutex_);
     bool WasMontageCanceled(const MontageRun& run) const EXCLUDES(montageMutex_);
 
-    // Encoders are the matter of other platforms; here each of these does nothing, with success: 0, and the
-    // output as it was. `maxSizeMB` 0 is any size; `meme` is a bitmap to lay over.
+    // Other platforms have encoders. Here each of these does nothing and succeeds: it returns 0 and leaves
+    // `output` unchanged. `maxSizeMB` 0 is any size; `meme` is a bitmap to overlay.
     int32_t CreateMontage(const std::string& script) const;
     int32_t TranscodeImageFile(const std::string& source, int maxSizeMB, EncodeQuality quality,
                                const std::string& targetFolder, Output& output) const;
@@ -88,6 +87,6 @@ class Transcoder {
     bool ended_ GUARDED_BY(montageMutex_) = false;
 };
 
-// The words of requests.
+// The words of requests for these values.
 extern const std::map<std::string, Transcoder::EncodeQuality> kTranscodeQualityJsonStrs;
 extern const std::map<std::string, Transcoder::EncodeFps> kTranscodeFpsJsonStrs;
