@@ -12,7 +12,7 @@
 namespace {
 
 // Both ends of the chain: writes out what reaches it, as the container would get it.
-class Writer : public KXP::MessageSink<KXP::JSONMessage> {
+class Writer : public KXP::MessageSink {
   public:
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message) override {
         KXP::JsonBuffer buffer;
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static Chain chain;
     const std::string text(reinterpret_cast<const char*>(data), size);
     try {
-        auto message = KXP::Message::CreateMessage<KXP::JSONMessage>(text.c_str());
+        auto message = KXP::Message::CreateMessage(text.c_str());
         chain.writer.SendMsg(KXP::Message::CreateResponse(*message));
         chain.writer.SendMsg(KXP::Message::CreateCopy(*message));
         chain.validator.SendMsg(std::move(message));

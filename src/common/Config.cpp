@@ -28,10 +28,9 @@ RetVal Config::ReadConfigs() {
     const std::string productPath = GetProductConfigFilePath();
     if (!ReadJSON(productPath, productConfig_)) return CouldNotRead("product", productPath);
     const std::string pluginPath = GetPluginConfigFile();
-    if (FileExists(pluginPath) && !ReadJSON(pluginPath, pluginConfig_))
+    Document pluginConfig;
+    if (FileExists(pluginPath) && !ReadJSON(pluginPath, pluginConfig))
         return CouldNotRead("plugin", pluginPath);
-    const std::string appPath = GetAppConfigFilePath();
-    if (FileExists(appPath)) ReadJSON(appPath, appConfig_);
     FillFolders();
     return {};
 }
@@ -42,8 +41,6 @@ void Config::FillFolders() {
         appDataDirs_.push_back(PathIsAbsolute(folder) ? folder
                                                       : FileJoin({GetPluginBinaryDirectory(), folder}));
     appDataDirs_.push_back(GetPluginBinaryDataDirectory() + "/appdata/");
-    for (std::string& folder : JSONGetStrings(productConfig_, "mediaDirs"))
-        mediaDirs_.push_back(std::move(folder));
 }
 
 std::string Config::FindAppData(const std::string& relativePath) const {

@@ -10,12 +10,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "CobalixUtil.h"
 #include "base/FileCalls.h"
 #include "base/NewFile.h"
 #include "base/Path.h"
 #include "base/ReadWrite.h"
 #include "common/DirUtil.h"
-#include "common/HeldLog.h"
 #include "common/RetVal.h"
 
 namespace KXP {
@@ -131,24 +131,16 @@ int FileMigrate(const std::string& legacyFile, const std::string& newFile) {
     return Code::kFailure;
 }
 
-int FileDelete(const std::string& path, bool force) {
-    HeldLog log;
-    return FileDelete(path, force, log);
-}
-
-int FileDelete(const std::string& path, bool, HeldLog& log) {
+int FileDelete(const std::string& path, bool) {
     FileAttrNormal(path);
     if (std::remove(path.c_str()) == 0) return Code::kOk;
-    char error[16];
-    std::snprintf(error, sizeof error, "0x%08x", static_cast<unsigned>(errno));
-    log.Add(LogFailure, "Failed to delete file " + path + ": " + error);
+    KXP_LOG(LogFailure, "Failed to delete file %s: 0x%08x", path.c_str(), static_cast<unsigned>(errno));
     return Code::kFailure;
 }
 
-int FileAttrNormal(const std::string& path) {
+void FileAttrNormal(const std::string& path) {
     // Best effort; where it matters, the call that follows reports. Fails on a symbolic link, as it should.
     (void)fchmodat(AT_FDCWD, path.c_str(), kNormalMode, AT_SYMLINK_NOFOLLOW);
-    return Code::kOk;
 }
 
 int FileTime(const std::string& path, int64_t& seconds) {

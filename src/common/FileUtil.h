@@ -8,8 +8,6 @@
 
 namespace KXP {
 
-class HeldLog;
-
 // Something is at the path and it cannot be opened as a folder. A folder that may not be read thus counts as
 // a file; callers only ask about what they may read.
 bool FileExists(const std::string& path);
@@ -36,11 +34,9 @@ int FileMigrate(const std::string& legacyFile, const std::string& newFile);
 // Removes a file, a symbolic link (never what it leads to) or an empty folder; returns a code. `force` is for
 // platforms where a write-protected file needs it.
 int FileDelete(const std::string& path, bool force);
-// The same for a caller that holds a lock.
-int FileDelete(const std::string& path, bool force, HeldLog& log);
 
-// Makes the file readable and writable, except through a symbolic link. Always 0.
-int FileAttrNormal(const std::string& path);
+// Makes the file readable and writable, except through a symbolic link.
+void FileAttrNormal(const std::string& path);
 
 // Modification time in seconds since 1970; 0x80070002 when there is no such file.
 int FileTime(const std::string& path, int64_t& seconds);

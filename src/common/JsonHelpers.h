@@ -1,7 +1,7 @@
 // Typed access to JSON values, in pairs: a required form that throws JSONFieldError (code 0x8008F001) and an
-// optional form that falls back to a default. An optional member of the wrong type gives its default too,
-// with nothing logged. Nothing converts between strings and numbers. Accessors only read, so any number of
-// threads may use one value at a time that nobody writes.
+// optional form that falls back to a default. An optional member of the wrong type counts as missing, with
+// nothing logged. Nothing converts between strings and numbers. Accessors only read, so any number of threads
+// may use a value at the same time while nobody writes it.
 #pragma once
 
 #include <map>
@@ -23,7 +23,7 @@ bool ReadJSON(const std::string& path, Document& document);
 // Compact text, which ends at the first zero byte that it would hold.
 std::string WriteJSONToString(const Value& value);
 
-// The names of an object's members and of the objects in it, for log lines that must not tell values, for
+// The names of an object's members and of the objects in it, for log lines that must not show values, for
 // example "{a,b{c}}". Arrays are not entered. Empty for what is no object.
 std::string WriteJSONToKeys(const Value& value);
 
@@ -100,28 +100,13 @@ T jsonGetValueOrDefault(const Value& value, std::string_view key, T fallback) {
     return jsonGetValueOrDefault_impl<T>(value, key, std::move(fallback), false);
 }
 
-// Enums travel as words, matched by case. An optional word that the map does not know gives the default: a
-// newer client may send words that this one has not learnt.
-template <typename E>
-E jsonGetEnumOrDefault_impl(const Value& value, std::string_view key, const std::map<std::string, E>& words,
-                            E fallback, bool required) {
-    const char* text = jsonGetValueOrDefault_impl<const char*>(value, key, "", required);
-    const auto found = words.find(text);
-    if (found != words.end()) return found->second;
-    if (!required) return fallback;
-    throw JSONFieldError("Found a string at key '" + std::string(key) + "' with value '" + text +
-                         "', but cannot map that to an enum value");
-}
-
-template <typename E>
-E jsonGetEnum(const Value& value, std::string_view key, const std::map<std::string, E>& words) {
-    return jsonGetEnumOrDefault_impl<E>(value, key, words, E{}, true);
-}
-
+// Enums travel as words, matched by case. A word that the map does not know means the default: a newer client
+// may send words that this one does not know.
 template <typename E>
 E jsonGetEnumOrDefault(const Value& value, std::string_view key, const std::map<std::string, E>& words,
                        E fallback) {
-    return jsonGetEnumOrDefault_impl<E>(value, key, words, fallback, false);
+    const auto found = words.find(jsonGetValueOrDefault<const char*>(value, key, ""));
+    return found == words.end() ? fallback : found->second;
 }
 
 // The member as it stands, or for the second forms a shared empty value that nobody writes. A member of the
@@ -135,6 +120,5 @@ const Value& JSONGetObjectOrEmpty(const Value& value, std::string_view key);
 std::vector<std::string> JSONGetStrings(const Value& value, std::string_view key);
 
 std::wstring JSONGetStrW(const Value& value, std::string_view key);
-std::wstring JSONGetStrWOrDefault(const Value& value, std::string_view key, const char* fallback);
 
 }  // namespace KXP

@@ -39,7 +39,7 @@ std::string FindProductRoot() {
 
 }  // namespace
 
-std::string GetSpecialDirectoryPath(SpecialDirectory directory) {
+std::string GetSpecialDirectory(SpecialDirectory directory) {
     switch (directory) {
         case SD_APP_SUPPORT:
             return Platform::AppSupportFolder();
@@ -56,10 +56,6 @@ std::string GetSpecialDirectoryPath(SpecialDirectory directory) {
             throw Exception(Code::kInvalidArgument, "SD_PROGRAM_FILES is not supported on Mac OS", 0);
     }
     throw Exception(Code::kInvalidArgument, "Unknown SpecialDirectory Identifier", 0);
-}
-
-std::string GetSpecialDirectory(SpecialDirectory directory) {
-    return GetSpecialDirectoryPath(directory);
 }
 
 std::string GetProductDataDirectory(Profile profile) {
@@ -127,10 +123,6 @@ std::string GetProductConfigFilePath() {
 
 std::string GetPluginConfigFile() {
     return GetProductBinaryDirectory() + kConfigsFolder + GetLibraryNameNoPrefix() + ".json";
-}
-
-std::string GetAppConfigFilePath() {
-    return "";
 }
 
 }  // namespace KXP

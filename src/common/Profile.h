@@ -1,7 +1,7 @@
 // Where the product lives on disk: the user's folders, the product's data folders, and the root of the
 // installed product with its configuration files. Paths are UTF-8 without a "/" at the end. Every call may be
-// made from any thread. KXP::Profile, which selects a family of data folders, comes with the log, the path of
-// this library and the other folders of the platform with Places.h.
+// made from any thread. KXP::Profile, which selects a family of data folders, is declared with the log; the
+// path of this library and the other folders of the platform are in base/Places.h.
 #pragma once
 
 #include <string>
@@ -21,7 +21,6 @@ enum SpecialDirectory : int {
 };
 
 // Throws Exception 0x80070057 for a folder that this platform does not have.
-std::string GetSpecialDirectoryPath(SpecialDirectory directory);
 std::string GetSpecialDirectory(SpecialDirectory directory);
 
 // Both throw Exception 0x80070057 for a profile out of range. The application data directory of LocalApp is
@@ -50,10 +49,9 @@ std::string GetPluginBinaryDataDirectory();
 // again by the next call.
 std::string GetProductBinaryDirectory();
 
-// The configuration files. This product has no application config, so its path is empty.
+// The configuration files.
 std::string GetProductConfigFilePath();
 std::string GetPluginConfigFile();
-std::string GetAppConfigFilePath();
 
 namespace Platform {
 // The user's videos; the folder need not exist.

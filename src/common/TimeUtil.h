@@ -1,5 +1,4 @@
-// Clocks and times as text. Results named "code" are those of RetVal.h. A time that the calendar cannot tell
-// gives an empty text.
+// Times as text.
 #pragma once
 
 #include <cstdint>
@@ -7,28 +6,12 @@
 
 namespace KXP {
 
-// The monotonic clock, in units of 100 ns.
-uint64_t GetTime100ns();
-
-// The wall clock, in milliseconds since 1970.
-int64_t GetSystemTimeMs();
-
-// UTC with milliseconds, for example "2021-03-07T14:05:09.042Z"; the second form from milliseconds since
-// 1970.
-std::string GetISO8601Time();
+// UTC with milliseconds, for example "2021-03-07T14:05:09.042Z", from milliseconds since 1970; empty for a
+// time beyond the calendar.
 std::string GetISO8601TimeFromMs(uint64_t milliseconds);
 
-// Local time for file names, without padding and with a dot at the end: "2021.3.7-14.5.9."
-std::string GetCurrentLocalTime();
-
-// "1:02:03.4" in units of 100 ns. What stands behind the dot counts whole milliseconds, so ".5" is 5 ms. 0
-// and a log line for anything else; null is allowed.
-int64_t HHMMSSTimeTo100ns(const char* text);
-
-// The modification time in UTC without milliseconds, "2021-03-07T14:05:09Z"; gives a code.
+// The modification time in UTC without milliseconds, "2021-03-07T14:05:09Z". Returns a code of RetVal.h:
+// 0, or 0x80070002 when there is no such file or its time is beyond the calendar.
 int FileDate(const std::string& path, std::string& date);
-
-// Milliseconds since the last modification, despite the name; 0 for a file from the future. Gives a code.
-int MilisecsFromFileCreation(const std::string& path, uint64_t& milliseconds);
 
 }  // namespace KXP

@@ -6,7 +6,7 @@
 
 namespace KXP {
 
-// Counts one forward, also past an exception: a count that stays up would let Stop wait for ever.
+// Counts one forward, also when it throws: a count that is never lowered would let Stop wait for ever.
 class InitQueue::InFlight {
   public:
     explicit InFlight(InitQueue& queue) : queue_(queue) { Add(1); }
@@ -57,8 +57,8 @@ void InitQueue::StartForwardingMessages() {
         for (;;) {
             std::unique_ptr<JSONMessage> message;
             {
-                // Messages that arrive while this drains are kept behind the others, so the gate opens only
-                // once none is left.
+                // Messages that arrive meanwhile are kept after the others, so the gate opens only once none
+                // is left.
                 MutexLock lock(queueMutex_);
                 message = TakeOldest();
                 readyToForward_ = !message;

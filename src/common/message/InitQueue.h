@@ -8,12 +8,12 @@
 
 namespace KXP {
 
-class InitQueue : public MessageHandler<JSONMessage> {
+class InitQueue : public MessageHandler {
   public:
-    // Hands the message on, or keeps it. Any thread.
+    // Passes the message on, or keeps it. Any thread.
     bool SendMsg(std::unique_ptr<JSONMessage> message) override EXCLUDES(queueMutex_, inFlightMutex_);
 
-    // Hands on what was kept, oldest first, and opens the gate behind it.
+    // Passes on what was kept, oldest first, and then opens the gate.
     void StartForwardingMessages() EXCLUDES(queueMutex_, inFlightMutex_);
 
     // Closes the gate and waits for forwards in progress. Not from inside a forward.

@@ -20,39 +20,22 @@ void CheckRequiredString(const Value& object, const char* key) {
     if (!member->value.IsString())
         throw JSONFieldError(required + " unexpected type " + JsonTypeName(member->value));
     if (member->value.GetStringLength() == 0) throw JSONFieldError(required + " is empty");
-    // Everybody reads these as C strings, which would see another text.
+    // All readers take these as C strings and would see another text.
     if (std::strlen(member->value.GetString()) != member->value.GetStringLength())
         throw JSONFieldError(required + " holds a zero character");
 }
 
 }  // namespace
 
-JSONMessage::JSONMessage(BusMessage first, BusMessage second)
-    : first_(std::move(first)), second_(std::move(second)) {
+JSONMessage::JSONMessage() {
     set_uniqueid(GenerateGUID().c_str());
     set_type(kOrdinary);
 }
 
-JSONMessage::JSONMessage(const std::string& json, BusMessage first, BusMessage second)
-    : first_(std::move(first)), second_(std::move(second)) {
-    Parse(json, "Unable to parse JSON payload");
-}
-
-JSONMessage::JSONMessage(const char* system, const char* module, const char* method, const char* uniqueid,
-                         const char* payload, BusMessage first, BusMessage second)
-    : first_(std::move(first)), second_(std::move(second)) {
-    set_uniqueid(uniqueid);
-    set_type(kOrdinary);
-    set_target_system(system);
-    set_target_module(module);
-    set_method(method);
-    set_payload(payload ? payload : "{}");
-}
-
-void JSONMessage::Parse(std::string_view json, const char* parseError) {
+void JSONMessage::Parse(std::string_view json) {
     if (ParseJSON(json, document_).IsError() || !document_.IsObject()) {
         document_.SetObject();
-        throw JSONFieldError(parseError);
+        throw JSONFieldError("Unable to parse JSON envelope");
     }
     CheckEnvelope();
 }
@@ -66,8 +49,6 @@ void JSONMessage::CheckEnvelope() {
 
 void JSONMessage::CopyFrom(const JSONMessage& other) {
     document_.CopyFrom(other.document_, document_.GetAllocator());
-    first_ = other.first_;
-    second_ = other.second_;
 }
 
 bool JSONMessage::Serialize(JsonBuffer& buffer) const {

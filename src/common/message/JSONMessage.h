@@ -1,16 +1,11 @@
-// The message that the chain carries. A message is owned by one unique_ptr at a time and moves along the
-// handler chain; it has no lock. Messages are made and inspected through the helpers of Message.h.
+// The message that the handler chain carries. A message is owned by one unique_ptr at a time and has no lock.
+// Messages are made and inspected through the helpers of Message.h.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include "common/Json.h"
-
-namespace MessageBusClient {
-class IBusMessage;
-}
 
 namespace KXP {
 
@@ -22,29 +17,19 @@ namespace KXP {
 //   type                               kOrdinary or kPersistent, optional
 class JSONMessage {
   public:
-    using BusMessage = std::shared_ptr<MessageBusClient::IBusMessage>;
-
     static constexpr int kOrdinary = 3072;
     static constexpr int kPersistent = 3073;
 
-    // Takes every field from elsewhere.
+    // Without any field, for one that Parse or CopyFrom fills.
     struct Empty {};
-
-    // A message with a new uniqueid, ordinary type and nothing else.
-    explicit JSONMessage(BusMessage first = nullptr, BusMessage second = nullptr);
     explicit JSONMessage(Empty) {}
-    // Parses an envelope and checks it; throws JSONFieldError.
-    JSONMessage(const std::string& json, BusMessage first, BusMessage second);
-    // An ordinary message; a null payload text stands for an empty object. Throws JSONFieldError when the
-    // payload is no JSON object.
-    JSONMessage(const char* system, const char* module, const char* method, const char* uniqueid,
-                const char* payload, BusMessage first, BusMessage second);
+    // With a new uniqueid, ordinary type and nothing else.
+    JSONMessage();
     JSONMessage(const JSONMessage&) = delete;
     JSONMessage& operator=(const JSONMessage&) = delete;
 
-    // Takes the text's fields in place of what the message holds; `parseError` is the text of the exception
-    // for a text that is no JSON object.
-    void Parse(std::string_view json, const char* parseError);
+    // Parses and checks an envelope, which replaces the fields. Throws JSONFieldError.
+    void Parse(std::string_view json);
     void CopyFrom(const JSONMessage& other);
 
     // Compact text, without a terminating NUL. False, with a log line, when it cannot be encoded.
@@ -93,10 +78,7 @@ class JSONMessage {
     void CheckEnvelope();
 
     Document document_{rapidjson::kObjectType};
-    Value absent_;  // what payload() gives without one; set anew by each use
-    // Kept for the bus that a message came from; nothing here looks at them.
-    BusMessage first_;
-    BusMessage second_;
+    Value absent_;  // what payload() returns without one; reset by each use
 };
 
 }  // namespace KXP

@@ -8,10 +8,6 @@ namespace KXP {
 
 bool PluginModuleBase::HandleMsg(std::unique_ptr<JSONMessage> message) {
     taskQueue_.AssertOnWorker();
-    if (!started_) {
-        KXP_LOG(LogFailure, "Module has not been started");
-        return false;
-    }
     const std::string method = Message::Method(*message);
     if (Message::IsResponse(*message)) return HandleResponse(method, std::move(message));
     if (Message::IsPersistent(*message)) return false;
@@ -21,15 +17,9 @@ bool PluginModuleBase::HandleMsg(std::unique_ptr<JSONMessage> message) {
     if (handler == apiHandlers_.end()) return AnswerUnknown(method, std::move(response));
 
     const RetVal value = CallHandler(handler->second, std::move(message), *response);
-    if (value.code == Code::kPending) return true;  // the task has a response of its own
+    if (value.code == Code::kPending) return true;  // the task sends its own response
     if (value.Failed()) ReportError(value, method);
     return SendResponse(std::move(response), value);
-}
-
-bool PluginModuleBase::HandleMsg(std::unique_ptr<GenericMessage>) {
-    // No generic message has a handler.
-    if (!started_) KXP_LOG(LogFailure, "Module has not been started");
-    return started_;
 }
 
 bool PluginModuleBase::HandleResponse(const std::string& method, std::unique_ptr<JSONMessage> message) {
@@ -46,7 +36,7 @@ bool PluginModuleBase::HandleResponse(const std::string& method, std::unique_ptr
 }
 
 bool PluginModuleBase::AnswerUnknown(const std::string& method, std::unique_ptr<JSONMessage> response) {
-    // The bus announces its members with these; nobody waits for an answer.
+    // The bus announces its members with these; nobody expects an answer.
     if (method == "JOIN" || method == "LEAVE") return true;
     const RetVal value{Code::kNotImplemented, "Could not find registered API for " + method, 0};
     KXP_LOG(LogFailure, "%s", ToStr(value).c_str());

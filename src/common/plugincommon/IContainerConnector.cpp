@@ -2,13 +2,12 @@
 
 namespace KXP {
 
-void IContainerConnector::SetContainerCallback(ContainerCallback callback, void* context) {
+void IContainerConnector::SetContainerCallback(ContainerCallback callback) {
     callback_ = std::move(callback);
-    context_ = context;
 }
 
 void IContainerConnector::NotifyContainer(NotificationType type, std::unique_ptr<JSONMessage> message) {
-    if (callback_) callback_(type, std::move(message), context_);
+    if (callback_) callback_(type, std::move(message));
 }
 
 }  // namespace KXP

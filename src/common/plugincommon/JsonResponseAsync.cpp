@@ -33,7 +33,7 @@ TaskStatus JsonResponseAsyncBase::ExecuteTask(TaskQueue&) {
 
 void JsonResponseAsyncBase::FinishTask() {
     module_.task_queue().AssertOnWorker();
-    // A task that said Pending is finished by now; that code is never sent.
+    // A task that returned Pending is finished by now; that code is never sent.
     if (result_.code == Code::kPending) result_ = {};
     if (!result_.Failed()) {
         try {
@@ -46,7 +46,7 @@ void JsonResponseAsyncBase::FinishTask() {
     try {
         sendResponse(std::move(response_), result_);
     } catch (...) {
-        // Too large to be written, most likely. Without a body the request is answered all the same.
+        // Too large to be written, most likely. The request is still answered, without a body.
         result_ = LogCaught("sendResponse");
         sendResponse(Message::CreateResponse(*request_), result_);
     }
@@ -55,19 +55,6 @@ void JsonResponseAsyncBase::FinishTask() {
 void JsonResponseAsyncBase::sendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value) {
     if (!module_.SendResponse(std::move(response), value))
         KXP_LOG(LogFailure, "Unable to send JSON response");
-}
-
-JSONAsyncNotificationBase::JSONAsyncNotificationBase(PluginModuleBase& module,
-                                                     std::unique_ptr<JSONMessage> message)
-    : ITask(message->uniqueid()), module_(module), message_(std::move(message)) {}
-
-TaskStatus JSONAsyncNotificationBase::ExecuteTask(TaskQueue&) {
-    try {
-        ExecuteAsync(std::as_const(*message_).payload());
-    } catch (...) {
-        static_cast<void>(LogCaught("ExecuteAsync"));
-    }
-    return TaskStatusDone;
 }
 
 }  // namespace KXP

@@ -35,8 +35,8 @@ class JsonResponseAsyncBase : public ITask {
     RetVal result_;
 };
 
-// Gives T, a task with the constructor T(PluginModuleBase&, std::unique_ptr<JSONMessage>), the factory that
-// PluginModuleBase::RegisterAsyncTask takes.
+// Provides T, a task with the constructor T(PluginModuleBase&, std::unique_ptr<JSONMessage>), with the
+// factory that PluginModuleBase::RegisterAsyncTask takes.
 template <typename T>
 class JsonResponseAsync : public JsonResponseAsyncBase {
   public:
@@ -45,25 +45,6 @@ class JsonResponseAsync : public JsonResponseAsyncBase {
     static JsonResponseAsyncBase* Launch(PluginModuleBase& module, std::unique_ptr<JSONMessage> request) {
         return new T(module, std::move(request));
     }
-};
-
-// Work started by a notification; there is nobody to answer.
-class JSONAsyncNotificationBase : public ITask {
-  public:
-    JSONAsyncNotificationBase(PluginModuleBase& module, std::unique_ptr<JSONMessage> message);
-
-    TaskStatus ExecuteTask(TaskQueue& queue) override;
-    void FinishTask() override {}
-    void FailTask(const RetVal&) override {}
-
-    virtual void ExecuteAsync(const Value& payload) = 0;
-
-  protected:
-    PluginModuleBase& module() { return module_; }
-
-  private:
-    PluginModuleBase& module_;
-    const std::unique_ptr<JSONMessage> message_;
 };
 
 }  // namespace KXP

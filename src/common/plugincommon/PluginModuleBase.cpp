@@ -23,8 +23,7 @@ double MillisecondsSince(WallTime start) {
 }
 
 // Each node's request side is the next node, and its response side the one before.
-template <typename T>
-void Link(const std::vector<IMessageHandler<T>*>& nodes) {
+void Link(const std::vector<IMessageHandler*>& nodes) {
     for (size_t i = 1; i < nodes.size(); ++i) {
         nodes[i - 1]->SetRequestHandler(nodes[i]);
         nodes[i]->SetResponseHandler(nodes[i - 1]);
@@ -60,11 +59,8 @@ void PluginModuleBase::TakeBack(IContainerConnector* instance) {
         std::move(static_cast<CommandQueue*>(instance)->owned_);
 }
 
-int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
-                                 std::unique_ptr<JSONMessage> initMessage,
-                                 IMessageHandler<GenericMessage>* genericHandler) {
+int PluginModuleBase::Initialize(IMessageHandler* jsonHandler, std::unique_ptr<JSONMessage>) {
     taskQueue_.AssertOnWorker();
-    configuration_.CopyFrom(std::as_const(*initMessage).payload(), configuration_.GetAllocator());
     jsonHandler_ = jsonHandler;
     if (!jsonHandler_) {
         KXP_LOG(LogFailure, "%s requires a JSON communication channel", moduleName_.c_str());
@@ -72,7 +68,7 @@ int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
     }
     const WallTime start = std::chrono::system_clock::now();
     try {
-        BuildChain(genericHandler);
+        BuildChain();
         return Result(ReadConfiguration() && RunInitializeHook());
     } catch (const std::exception& error) {
         // Also when the product's files cannot even be looked for.
@@ -84,28 +80,22 @@ int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
     return Failed;
 }
 
-void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandler) {
+void PluginModuleBase::BuildChain() {
     inboundQueue_ = std::make_shared<InitQueue>();
     outboundQueue_ = std::make_shared<InitQueue>();
-    requestCallbacks_ = std::make_shared<RequestCallbackManager<JSONMessage>>(taskQueue_, QueueResponses);
-    persistentResponses_ =
-        std::make_shared<PersistentResponseHandler<JSONMessage>>(taskQueue_, QueueRequests);
+    requestCallbacks_ = std::make_shared<RequestCallbackManager>(taskQueue_, QueueResponses);
+    persistentResponses_ = std::make_shared<PersistentResponseHandler>(taskQueue_, QueueRequests);
     validator_ = std::make_shared<MessageValidator>(apiSchema_);
-    responder_ = std::make_shared<MessageResponder<JSONMessage>>(systemName_, moduleName_);
+    responder_ = std::make_shared<MessageResponder>(systemName_, moduleName_);
 
     // The module and the container end both lists; on the container the inbound list sets the request side.
-    IMessageHandler<JSONMessage>* const module = static_cast<MessageSink<JSONMessage>*>(this);
-    Link<JSONMessage>({module, requestCallbacks_.get(), outboundQueue_.get(), jsonHandler_});
-    Link<JSONMessage>({jsonHandler_, persistentResponses_.get(), validator_.get(), inboundQueue_.get(),
-                       responder_.get(), module});
-    if (!genericHandler) return;
-    genericCallbacks_ = std::make_shared<RequestCallbackManager<GenericMessage>>(taskQueue_, QueueResponses);
-    IMessageHandler<GenericMessage>* const genericModule = static_cast<MessageSink<GenericMessage>*>(this);
-    Link<GenericMessage>({genericModule, genericCallbacks_.get(), genericHandler});
+    Link({this, requestCallbacks_.get(), outboundQueue_.get(), jsonHandler_});
+    Link({jsonHandler_, persistentResponses_.get(), validator_.get(), inboundQueue_.get(), responder_.get(),
+          this});
 }
 
 bool PluginModuleBase::ReadConfiguration() {
-    // Once for the process: another instance of the module finds what the first has read.
+    // Once for the process: another instance of the module uses what the first has read.
     static std::atomic<bool> configsRead{false};
     if (!configsRead && Config::Instance().ReadConfigs().Failed()) {
         KXP_LOG(LogFailure, "Could not read config for %s", moduleName_.c_str());
@@ -141,7 +131,7 @@ bool PluginModuleBase::RunHook(const char* name, bool (PluginModuleBase::*hook)(
 int PluginModuleBase::Start(std::shared_ptr<JSONMessage>) {
     taskQueue_.AssertOnWorker();
     if (!outboundQueue_) return Failed;
-    // The module can send while it starts; requests reach it only behind that.
+    // The module can send while it starts; requests reach it only afterwards.
     outboundQueue_->StartForwardingMessages();
     const bool succeeded = RunHook("Start", &PluginModuleBase::Start);
     inboundQueue_->StartForwardingMessages();
@@ -181,7 +171,8 @@ int PluginModuleBase::Uninitialize(std::shared_ptr<JSONMessage>) {
 
 void PluginModuleBase::LeaveContainer() {
     if (!inboundQueue_) return;
-    // The container's handler goes after this, while an abandoned task may still hold the module and send.
+    // The container's handler is destroyed after this, while an abandoned task may still hold the module and
+    // send.
     inboundQueue_->StopForwardingMessages();
     outboundQueue_->StopForwardingMessages();
     persistentResponses_->SetResponseHandler(nullptr);

@@ -19,9 +19,7 @@
 
 namespace KXP {
 
-class PluginModuleBase : public IContainerConnector,
-                         public MessageSink<JSONMessage>,
-                         public MessageSink<GenericMessage> {
+class PluginModuleBase : public IContainerConnector, public MessageSink {
   public:
     using RequestHandler = std::function<RetVal(std::unique_ptr<JSONMessage>, Value&, Allocator&)>;
     using NotificationListener = std::function<void(std::unique_ptr<JSONMessage>)>;
@@ -32,15 +30,14 @@ class PluginModuleBase : public IContainerConnector,
     PluginModuleBase(std::string systemName, std::string moduleName, std::string_view apiSchemaText);
     ~PluginModuleBase() override;
 
-    // Gives `module` to its own command queue, which is what a container holds, and to the threads of its
+    // Passes `module` to its own command queue, which is what a container holds, and to the threads of its
     // tasks.
     static IContainerConnector* HandOver(std::shared_ptr<PluginModuleBase> module);
-    // Lets go of the module behind `instance`: it ends now, or with the last thread that still uses it. Does
+    // Releases the module that owns `instance`: it ends now, or with the last thread that still uses it. Does
     // nothing for null.
     static void TakeBack(IContainerConnector* instance);
 
-    int Initialize(IMessageHandler<JSONMessage>* jsonHandler, std::unique_ptr<JSONMessage> initMessage,
-                   IMessageHandler<GenericMessage>* genericHandler) override;
+    int Initialize(IMessageHandler* jsonHandler, std::unique_ptr<JSONMessage> initMessage) override;
     int Start(std::shared_ptr<JSONMessage> message) override;
     int Stop(std::shared_ptr<JSONMessage> message) override;
     int Pause(std::shared_ptr<JSONMessage> message) override;
@@ -49,7 +46,7 @@ class PluginModuleBase : public IContainerConnector,
     std::string GetSystemName() const override { return systemName_; }
     std::string GetModuleName() const override { return moduleName_; }
 
-    // Told of every failed request, once.
+    // Called once for every failed request.
     virtual void ReportError(const RetVal& value, const std::string& method);
 
     // The module's hooks; one that is not overridden succeeds. An exception counts as false.
@@ -61,7 +58,6 @@ class PluginModuleBase : public IContainerConnector,
     virtual void Uninitialize() {}
 
     bool HandleMsg(std::unique_ptr<JSONMessage> message) override;
-    bool HandleMsg(std::unique_ptr<GenericMessage> message) override;
 
     // Sends an answer or a notification as this module, from any thread.
     virtual bool SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value);
@@ -72,11 +68,6 @@ class PluginModuleBase : public IContainerConnector,
     TaskQueue& task_queue() { return taskQueue_; }
 
   protected:
-    // The payload of the container's init message.
-    const Value& configuration() const { return configuration_; }
-    // A module that is not started refuses every message; all are from the beginning.
-    void set_started(bool started) { started_ = started; }
-
     // Registration is for the Initialize and Start hooks; the tables are read without a lock afterwards.
     // A synchronous method writes its results into the value it is given.
     template <typename T, typename Base>
@@ -111,17 +102,8 @@ class PluginModuleBase : public IContainerConnector,
                                    });
     }
 
-    template <typename Factory>
-    void RegisterNotificationAsyncTask(const std::string& system, const std::string& module,
-                                       const std::string& method, Factory factory) {
-        RegisterNotificationSyncFn(system, module, method,
-                                   [this, factory](std::unique_ptr<JSONMessage> message) {
-                                       RunTask(factory(*this, std::move(message)));
-                                   });
-    }
-
   private:
-    void BuildChain(IMessageHandler<GenericMessage>* genericHandler);
+    void BuildChain();
     bool ReadConfiguration();
     bool RunInitializeHook();
     bool RunHook(const char* name, bool (PluginModuleBase::*hook)());
@@ -134,39 +116,35 @@ class PluginModuleBase : public IContainerConnector,
     const std::string systemName_;
     const std::string moduleName_;
     const std::string_view apiSchemaText_;
-    bool started_ = true;
 
     // Filled by Initialize and the hooks on the worker, read there afterwards.
     Document apiSchema_;
-    Document configuration_;
     std::unordered_map<std::string, RequestHandler> apiHandlers_;
     std::unordered_map<std::string, NotificationListener> notificationListeners_;
-    IMessageHandler<JSONMessage>* jsonHandler_ = nullptr;
+    IMessageHandler* jsonHandler_ = nullptr;
 
     // The chain; made by Initialize. The validator reads the schema above.
     std::shared_ptr<InitQueue> inboundQueue_;
     std::shared_ptr<InitQueue> outboundQueue_;
-    std::shared_ptr<RequestCallbackManager<JSONMessage>> requestCallbacks_;
-    std::shared_ptr<RequestCallbackManager<GenericMessage>> genericCallbacks_;
-    std::shared_ptr<PersistentResponseHandler<JSONMessage>> persistentResponses_;
+    std::shared_ptr<RequestCallbackManager> requestCallbacks_;
+    std::shared_ptr<PersistentResponseHandler> persistentResponses_;
     std::shared_ptr<MessageValidator> validator_;
-    std::shared_ptr<MessageResponder<JSONMessage>> responder_;
+    std::shared_ptr<MessageResponder> responder_;
 
-    // Behind the chain, so that the worker ends before what its entries use.
+    // After the chain, so that the worker ends before what its entries use.
     TaskQueue taskQueue_;
     std::unique_ptr<CommandQueue> commandQueue_;
 };
 
-// What the container holds in place of a module: it moves each command of the life cycle onto the module's
-// worker, and tells the container how the command ended.
+// What the container holds in place of a module: it moves each lifecycle command onto the module's worker and
+// reports to the container how the command ended.
 class PluginModuleBase::CommandQueue : public IContainerConnector {
   public:
     CommandQueue(PluginModuleBase& module, TaskQueue& taskQueue, std::string systemName,
                  std::string moduleName);
 
     // All but Uninitialize return Accepted at once.
-    int Initialize(IMessageHandler<JSONMessage>* jsonHandler, std::unique_ptr<JSONMessage> initMessage,
-                   IMessageHandler<GenericMessage>* genericHandler) override;
+    int Initialize(IMessageHandler* jsonHandler, std::unique_ptr<JSONMessage> initMessage) override;
     int Start(std::shared_ptr<JSONMessage> message) override;
     int Stop(std::shared_ptr<JSONMessage> message) override;
     int Pause(std::shared_ptr<JSONMessage> message) override;

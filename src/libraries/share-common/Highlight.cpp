@@ -1,20 +1,33 @@
 #include "libraries/share-common/Highlight.h"
 
-#include "common/FileUtil.h"
 #include "common/JsonHelpers.h"
 
 namespace {
 
-KXP::Value Text(const std::string& text, KXP::Allocator& allocator) {
+KXP::Value ValueOf(const std::string& text, KXP::Allocator& allocator) {
     return {text, allocator};
 }
 
-std::string TextOf(const KXP::Value& value, const char* key) {
-    return KXP::jsonGetValueOrDefault<std::string>(value, key, "");
+KXP::Value ValueOf(int number, KXP::Allocator&) {
+    return KXP::Value(number);
 }
 
-int NumberOf(const KXP::Value& value, const char* key) {
-    return KXP::jsonGetValueOrDefault<int>(value, key, 0);
+KXP::Value ValueOf(HighlightType type, KXP::Allocator& allocator) {
+    std::string word;
+    HighlightEnumToString(type, word);
+    return ValueOf(word, allocator);
+}
+
+void Take(const KXP::Value& value, const char* key, std::string& text) {
+    text = KXP::jsonGetValueOrDefault<std::string>(value, key, "");
+}
+
+void Take(const KXP::Value& value, const char* key, int& number) {
+    number = KXP::jsonGetValueOrDefault<int>(value, key, 0);
+}
+
+void Take(const KXP::Value& value, const char* key, HighlightType& type) {
+    HighlightStringToEnum(KXP::jsonGetValueOrDefault<std::string>(value, key, ""), type);
 }
 
 }  // namespace
@@ -53,26 +66,29 @@ void Highlight::SetMessageBusRefid(const std::string& reference) {
     if (reference.empty() || reference.back() != '\0') messageBusRefid_ += '\0';
 }
 
-bool Highlight::MediaFileExists() const {
-    return KXP::FileExists(path_);
+template <typename AnyHighlight, typename Visit>
+void Highlight::ForEachField(AnyHighlight& highlight, Visit visit) {
+    visit("id", highlight.id_);
+    visit("definitionId", highlight.definitionId_);
+    visit("name", highlight.name_);
+    visit("groupId", highlight.groupId_);
+    visit("path", highlight.path_);
+    visit("type", highlight.type_);
+    visit("tags", highlight.tags_);
+    visit("significance", highlight.significance_);
+    visit("messageBusReferenceId", highlight.messageBusRefid_);
+    visit("videoLengthSeconds", highlight.videoLength_);
+    visit("startDelta", highlight.startDelta_);
+    visit("endDelta", highlight.endDelta_);
+    visit("eventTimeStamp", highlight.timeStamp_);
 }
 
 void Highlight::CreateHighlightJSONValue(const Highlight& highlight, KXP::Value& out,
                                          KXP::Allocator& allocator) {
     out.SetObject();
-    out.AddMember("id", highlight.id_, allocator);
-    out.AddMember("definitionId", Text(highlight.definitionId_, allocator), allocator);
-    out.AddMember("name", Text(highlight.name_, allocator), allocator);
-    out.AddMember("groupId", Text(highlight.groupId_, allocator), allocator);
-    out.AddMember("path", Text(highlight.path_, allocator), allocator);
-    out.AddMember("type", Text(highlight.GetTypeAsString(), allocator), allocator);
-    out.AddMember("tags", highlight.tags_, allocator);
-    out.AddMember("significance", highlight.significance_, allocator);
-    out.AddMember("messageBusReferenceId", Text(highlight.messageBusRefid_, allocator), allocator);
-    out.AddMember("videoLengthSeconds", highlight.videoLength_, allocator);
-    out.AddMember("startDelta", highlight.startDelta_, allocator);
-    out.AddMember("endDelta", highlight.endDelta_, allocator);
-    out.AddMember("eventTimeStamp", Text(highlight.timeStamp_, allocator), allocator);
+    ForEachField(highlight, [&](const char* key, const auto& field) {
+        out.AddMember(rapidjson::StringRef(key), ValueOf(field, allocator), allocator);
+    });
     KXP::Value app;
     CreateAppJSONValue(highlight.app_, app, allocator);
     out.AddMember("app", app, allocator);
@@ -80,30 +96,19 @@ void Highlight::CreateHighlightJSONValue(const Highlight& highlight, KXP::Value&
 
 void Highlight::CreateAppJSONValue(const SDKAppInfo& app, KXP::Value& out, KXP::Allocator& allocator) {
     out.SetObject();
-    out.AddMember("appShortName", Text(app.appShortName, allocator), allocator);
-    out.AddMember("profileName", Text(app.profileName, allocator), allocator);
-    out.AddMember("name", Text(app.name, allocator), allocator);
+    out.AddMember("appShortName", ValueOf(app.appShortName, allocator), allocator);
+    out.AddMember("profileName", ValueOf(app.profileName, allocator), allocator);
+    out.AddMember("name", ValueOf(app.name, allocator), allocator);
 }
 
 void Highlight::ParseHighlightJSON(Highlight& highlight, const KXP::Value& value) {
-    highlight.SetId(NumberOf(value, "id"));
-    highlight.SetHighlightDefinitionId(TextOf(value, "definitionId"));
-    highlight.SetHighlightName(TextOf(value, "name"));
-    highlight.SetGroupId(TextOf(value, "groupId"));
-    highlight.SetPath(TextOf(value, "path"));
-    HighlightStringToEnum(TextOf(value, "type"), highlight.type_);
-    highlight.SetTags(NumberOf(value, "tags"));
-    highlight.SetSignificance(NumberOf(value, "significance"));
-    highlight.SetMessageBusRefid(TextOf(value, "messageBusReferenceId"));
-    highlight.SetVideoLength(NumberOf(value, "videoLengthSeconds"));
-    highlight.SetStartDelta(NumberOf(value, "startDelta"));
-    highlight.SetEndDelta(NumberOf(value, "endDelta"));
-    highlight.SetTimeStamp(TextOf(value, "eventTimeStamp"));
+    ForEachField(highlight, [&](const char* key, auto& field) { Take(value, key, field); });
+    highlight.SetMessageBusRefid(highlight.messageBusRefid_);
     ParseAppJSON(highlight.app_, KXP::JSONGetObjectOrEmpty(value, "app"));
 }
 
 void Highlight::ParseAppJSON(SDKAppInfo& app, const KXP::Value& value) {
-    app.appShortName = TextOf(value, "appShortName");
-    app.profileName = TextOf(value, "profileName");
-    app.name = TextOf(value, "name");
+    Take(value, "appShortName", app.appShortName);
+    Take(value, "profileName", app.profileName);
+    Take(value, "name", app.name);
 }

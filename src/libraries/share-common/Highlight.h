@@ -12,9 +12,9 @@ enum class HighlightType { Video = 1, Screenshot = 2 };
 // The words for it in messages.
 extern const std::map<std::string, HighlightType> kHighlightTypeJsonStrs;
 
-// A word that is not known gives Video, and false.
+// False, and Video, for an unknown word.
 bool HighlightStringToEnum(const std::string& word, HighlightType& type);
-// False, and `word` as it was, for a value that is none of the enumeration.
+// False, and `word` unchanged, for a value that is none of the enumeration.
 bool HighlightEnumToString(HighlightType type, std::string& word);
 
 // What is known of the application; messages carry the three names alone.
@@ -62,17 +62,19 @@ class Highlight {
     int GetEndDelta() const { return endDelta_; }  // milliseconds
     void SetEndDelta(int milliseconds) { endDelta_ = milliseconds; }
 
-    bool MediaFileExists() const;
-
     // `out` becomes an object with every member, whatever is in it.
     static void CreateHighlightJSONValue(const Highlight& highlight, KXP::Value& out,
                                          KXP::Allocator& allocator);
     static void CreateAppJSONValue(const SDKAppInfo& app, KXP::Value& out, KXP::Allocator& allocator);
-    // Members that are missing or of another type give 0 or the empty text.
+    // Members that are missing or of another type become 0 or the empty text.
     static void ParseHighlightJSON(Highlight& highlight, const KXP::Value& value);
     static void ParseAppJSON(SDKAppInfo& app, const KXP::Value& value);
 
   private:
+    // Calls `visit` with the name and the member of each field but the application, in the order of the JSON.
+    template <typename AnyHighlight, typename Visit>
+    static void ForEachField(AnyHighlight& highlight, Visit visit);
+
     int id_ = 0;
     std::string groupId_;
     std::string definitionId_;

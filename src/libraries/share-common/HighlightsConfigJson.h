@@ -1,13 +1,9 @@
-// The text of a highlights configuration, taken apart and put together; knows nothing of files and locks.
+// The text of a highlights configuration; knows nothing of files.
 #pragma once
 
-#include "common/HeldLog.h"
 #include "common/Json.h"
 #include "libraries/share-common/HighlightsConfig.h"
 
-// False, with `config` as it was, when the root is not that of a configuration. A damaged definition is left
+// False, with `config` unchanged, when the root is not that of a configuration. A damaged definition is left
 // out and logged. Of members with the same name the first counts.
-bool ReadHighlightsConfig(const KXP::Value& root, HighlightConfigData& config, KXP::HeldLog& log);
-
-// Replaces what `document` holds. Locales are written in lower case.
-void WriteHighlightsConfig(const HighlightConfigData& config, KXP::Document& document);
+bool ReadHighlightsConfig(const KXP::Value& root, HighlightConfigData& config);

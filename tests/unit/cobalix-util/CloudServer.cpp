@@ -5,82 +5,88 @@
 #include <list>
 #include <map>
 #include <mutex>
+#include <stdexcept>
+#include <string_view>
 #include <thread>
 
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/write.hpp>
-#include <boost/beast/core.hpp>
-#include <boost/beast/http.hpp>
+#include <arpa/inet.h>
+#include <sys/socket.h>
 
-namespace asio = boost::asio;
-namespace http = boost::beast::http;
-using asio::ip::tcp;
+#include "base/FileDescriptor.h"
 
 namespace {
 
 constexpr std::chrono::seconds kPatience(20);
 constexpr std::chrono::milliseconds kTrickle(5);
 
-// Waits for the other end to go, or for the server to shut the connection.
-void AwaitEnd(tcp::socket& socket) {
-    boost::system::error_code error;
+// Waits until the client goes or the server shuts the connection.
+void AwaitEnd(int connection) {
     char byte = 0;
-    while (!error)
-        socket.read_some(asio::buffer(&byte, 1), error);
-}
-
-bool Write(tcp::socket& socket, const std::string& bytes) {
-    boost::system::error_code error;
-    asio::write(socket, asio::buffer(bytes), error);
-    return !error;
-}
-
-void AnswerBadly(tcp::socket& socket, const CloudAnswer& answer) {
-    const bool part = answer.manner == CloudAnswer::kShort || answer.manner == CloudAnswer::kStalling;
-    if (answer.manner != CloudAnswer::kSilent)
-        Write(socket, "HTTP/1.1 200 OK\r\nConnection: close\r\n" +
-                          (part ? "Content-Length: " + std::to_string(answer.body.size()) + "\r\n" : "") +
-                          "\r\n");
-    if (part) Write(socket, answer.body.substr(0, answer.body.size() / 2));
-    if (answer.manner == CloudAnswer::kStalling || answer.manner == CloudAnswer::kSilent) AwaitEnd(socket);
-    while (answer.manner == CloudAnswer::kEndless && Write(socket, answer.body)) {
+    while (recv(connection, &byte, 1, 0) > 0) {
     }
-    while (answer.manner == CloudAnswer::kTrickling && Write(socket, "x"))
-        std::this_thread::sleep_for(kTrickle);
-    boost::system::error_code error;
-    socket.shutdown(tcp::socket::shutdown_both, error);
 }
 
-bool AnswerWell(tcp::socket& socket, const http::request<http::empty_body>& request,
-                const CloudAnswer& answer) {
-    http::response<http::string_body> response(static_cast<http::status>(answer.status), request.version());
-    if (!answer.location.empty()) response.set(http::field::location, answer.location);
-    response.body() = answer.body;
-    response.keep_alive(true);
-    response.prepare_payload();
-    boost::system::error_code error;
-    http::write(socket, response, error);
-    return !error;
+bool Send(int connection, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t sent = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent <= 0) return false;
+        bytes.remove_prefix(static_cast<size_t>(sent));
+    }
+    return true;
+}
+
+// Empty when the client goes before its request is whole.
+std::string ReadTarget(int connection) {
+    std::string request;
+    char block[1024];
+    while (request.find("\r\n\r\n") == std::string::npos) {
+        const ssize_t got = recv(connection, block, sizeof block, 0);
+        if (got <= 0) return "";
+        request.append(block, static_cast<size_t>(got));
+    }
+    const size_t from = request.find(' ') + 1;
+    return request.substr(from, request.find(' ', from) - from);
+}
+
+void Respond(int connection, const CloudAnswer& answer) {
+    if (answer.manner == CloudAnswer::kSilent) return AwaitEnd(connection);
+    const bool endless = answer.manner == CloudAnswer::kEndless || answer.manner == CloudAnswer::kTrickling;
+    std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " Answer\r\nConnection: close\r\n";
+    if (!endless) head += "Content-Length: " + std::to_string(answer.body.size()) + "\r\n";
+    if (!answer.location.empty()) head += "Location: " + answer.location + "\r\n";
+    const size_t part = answer.manner == CloudAnswer::kWell ? answer.body.size() : answer.body.size() / 2;
+    Send(connection, head + "\r\n" + (endless ? "" : answer.body.substr(0, part)));
+    if (answer.manner == CloudAnswer::kStalling) AwaitEnd(connection);
+    while (answer.manner == CloudAnswer::kEndless && Send(connection, answer.body)) {
+    }
+    while (answer.manner == CloudAnswer::kTrickling && Send(connection, "x"))
+        std::this_thread::sleep_for(kTrickle);
 }
 
 }  // namespace
 
 class CloudServer::State {
   public:
-    State() : acceptor_(context_, tcp::endpoint(asio::ip::address_v4::loopback(), 0)) {
-        port_ = acceptor_.local_endpoint().port();
+    State() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        socklen_t size = sizeof address_;
+        address_.sin_family = AF_INET;
+        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        auto* address = reinterpret_cast<sockaddr*>(&address_);
+        if (bind(listener_.get(), address, size) != 0 || listen(listener_.get(), SOMAXCONN) != 0 ||
+            getsockname(listener_.get(), address, &size) != 0)
+            throw std::runtime_error("no server");
         accepting_ = std::thread([this] { Accept(); });
     }
     ~State() {
-        ::shutdown(acceptor_.native_handle(), SHUT_RDWR);
+        shutdown(listener_.get(), SHUT_RDWR);
         accepting_.join();
         for (Connection& each : connections_)
-            ::shutdown(each.socket.native_handle(), SHUT_RDWR);
+            shutdown(each.socket.get(), SHUT_RDWR);
         for (Connection& each : connections_)
             each.thread.join();
     }
 
-    unsigned short port() const { return port_; }
+    int port() const { return ntohs(address_.sin_port); }
 
     void Serve(const std::string& target, CloudAnswer answer) {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -97,17 +103,16 @@ class CloudServer::State {
 
   private:
     struct Connection {
-        tcp::socket socket;
+        KXP::FileDescriptor socket;
         std::thread thread;
     };
 
     void Accept() {
         for (;;) {
-            boost::system::error_code error;
-            tcp::socket socket = acceptor_.accept(error);
-            if (error) return;
+            KXP::FileDescriptor socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+            if (!socket.IsOpen()) return;
             Connection& connection = connections_.emplace_back(Connection{std::move(socket), {}});
-            connection.thread = std::thread([this, &connection] { Talk(connection.socket); });
+            connection.thread = std::thread([this, fd = connection.socket.get()] { Talk(fd); });
             {
                 std::lock_guard<std::mutex> lock(mutex_);
                 ++accepted_;
@@ -116,17 +121,10 @@ class CloudServer::State {
         }
     }
 
-    void Talk(tcp::socket& socket) {
-        boost::beast::flat_buffer buffer;
-        for (bool open = true; open;) {
-            http::request<http::empty_body> request;
-            boost::system::error_code error;
-            http::read(socket, buffer, request, error);
-            if (error) return AwaitEnd(socket);
-            const CloudAnswer answer = AnswerTo(std::string(request.target()));
-            open = answer.manner == CloudAnswer::kWell && AnswerWell(socket, request, answer);
-            if (answer.manner != CloudAnswer::kWell) AnswerBadly(socket, answer);
-        }
+    void Talk(int connection) {
+        const std::string target = ReadTarget(connection);
+        if (!target.empty()) Respond(connection, AnswerTo(target));
+        shutdown(connection, SHUT_RDWR);
     }
 
     CloudAnswer AnswerTo(const std::string& target) {
@@ -136,10 +134,9 @@ class CloudServer::State {
         return found == answers_.end() ? CloudAnswer{"none", CloudAnswer::kWell, 404, ""} : found->second;
     }
 
-    asio::io_context context_;
-    tcp::acceptor acceptor_;
-    unsigned short port_ = 0;
-    std::list<Connection> connections_;  // the accepting thread's, and the destructor's behind its end
+    const KXP::FileDescriptor listener_;
+    sockaddr_in address_{};
+    std::list<Connection> connections_;  // the accepting thread's, and after its end the destructor's
     std::mutex mutex_;                   // guards what follows
     std::condition_variable changed_;
     std::map<std::string, CloudAnswer> answers_;

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -156,20 +155,6 @@ TEST_F(CloudSyncFiles, StopsBetweenFilesAndGoesOnLater) {
     EXPECT_LE(Files().size(), 1u);
     EXPECT_EQ(Run(), "");
     EXPECT_EQ(Files(), (Paths{"a", "b", "c"}));
-}
-
-TEST_F(CloudSyncFiles, TwoAtOnceDoNoHarm) {
-    for (int i = 0; i < 20; ++i)
-        Offer("f" + std::to_string(i), std::string(50000, static_cast<char>('a' + i)));
-    std::string other = "not run";
-    std::thread thread([&] { other = Run(); });
-    EXPECT_EQ(Run(), "");
-    thread.join();
-    EXPECT_EQ(other, "");
-    EXPECT_EQ(Files().size(), 20u);
-    const int before = server_.Requests();
-    EXPECT_EQ(Run(), "");
-    EXPECT_EQ(server_.Requests() - before, 1);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include "libraries/cobalix-util/cloud/Error.h"
 #include "libraries/cobalix-util/cloud/Manifest.h"
-#include "libraries/cobalix-util/cloud/Sha256.h"
 
 namespace KXP::Cloud {
 namespace {
@@ -50,56 +49,25 @@ TEST(CloudSyncManifest, RefusesPathsThatLeaveTheirFolder) {
     EXPECT_FALSE(IsPlainPath(deep));
 }
 
-TEST(CloudSyncManifest, RefusesWhatHasAnotherForm) {
-    const std::string size = "a size that is none";
-    const std::string type = "a value of a wrong type";
-    const struct {
-        std::string text;
-        std::string error;
-    } cases[] = {
-        {"", "no JSON"},
-        {"{\"\xE0", "no JSON"},
-        {"[]", type},
-        {"1", type},
-        {"{\"m\":{}}", type},
-        {"{\"m\":null}", type},
-        {"{\"m\":[[]]}", type},
-        {"{\"m\":[\"a\"]}", type},
-        {"{\"m\":[{\"path\":1}]}", type},
-        {"{\"m\":[{\"path\":[\"a\"]}]}", type},
-        {"{\"m\":[{\"size\":\"1\"}]}", type},
-        {"{\"m\":[{\"sha256\":true}]}", type},
-        {"{\"m\":[{}]}", "without all its fields"},
-        {"{\"m\":[{\"path\":\"a\",\"size\":1}]}", "without all its fields"},
-        {"{\"m\":[" + Entry("a", "-1") + "]}", size},
-        {"{\"m\":[" + Entry("a", "1.0") + "]}", size},
-        {"{\"m\":[" + Entry("a", "1e-99999999999999999999") + "]}", size},
-        {"{\"m\":[" + Entry("a", "4294967297") + "]}", size},
-        {"{\"m\":[" + Entry("a", "18446744073709551617") + "]}", size},
-        {"{\"m\":[" + Entry("a", "1", ",\"size\":1") + "]}", size},
+// What no fuzz target can tell from a good manifest.
+TEST(CloudSyncManifest, RefusesFieldsThatOnlyLookRight) {
+    const std::pair<std::string, const char*> rows[] = {
+        {R"({"m":[{"path":"a","size":1}]})", "without all its fields"},
+        {R"({"m":[{"size":"1"}]})", "a value of a wrong type"},
+        {"{\"m\":[" + Entry("a", "1.0") + "]}", "a size that is none"},
         {"{\"m\":[" + Entry("a", "1", ",\"path\":\"b\"") + "]}", "a file of two paths"},
         {"{\"m\":[{\"sha256\":\"BA" + kDigest.substr(2) + "\"}]}", "a digest that is none"},
-        {"{\"m\":[{\"sha256\":\"" + kDigest + "0\"}]}", "a digest that is none"},
         {"{\"m\":[" + Entry("a", "1") + "],\"n\":[" + Entry("a", "2") + "]}", "two files of one path"},
         {"{\"m\":[" + Entry("a", "1", ",\"x\":" + std::string(100000, '[')) + "]}", "too deep"},
-        {"{\"m\":[" + Entry("\xC3(") + "]}", "no JSON"},
         {std::string("{}\0{", 4), "no text"},
         {"{}" + std::string(kMaxManifestBytes, ' '), "too large"},
     };
-    for (const auto& each : cases)
-        EXPECT_NE(ErrorOf(each.text).find(each.error), std::string::npos)
-            << each.text.substr(0, 200) << ": " << ErrorOf(each.text);
+    for (const auto& [text, error] : rows)
+        EXPECT_NE(ErrorOf(text).find(error), std::string::npos) << text.substr(0, 200) << ErrorOf(text);
     std::string many = "{\"m\":[" + Entry("0");
     for (size_t i = 1; i <= kMaxManifestFiles; ++i)
         many += "," + Entry(std::to_string(i));
     EXPECT_EQ(ErrorOf(many + "]}"), "the manifest holds too many files");
-}
-
-TEST(CloudSyncManifest, DigestsAreThoseOfSha256) {
-    Sha256 digest;
-    digest.Add("a", 1);
-    digest.Add("bc", 2);
-    EXPECT_EQ(digest.Finish(), kDigest);
 }
 
 }  // namespace

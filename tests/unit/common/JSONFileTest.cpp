@@ -1,12 +1,10 @@
-#include <csignal>
-
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "common/JSONFile.h"
 #include "common/JsonHelpers.h"
 #include "common/JsonParse.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
 
@@ -75,16 +73,10 @@ TEST_F(JSONFileTest, OldTextSurvivesAFullDisk) {
     large.SetObject();
     large.AddMember("text", Value(std::string(1 << 20, 'x'), large.GetAllocator()), large.GetAllocator());
 
-    // The limit on file sizes stands in for a disk that has no more room.
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
-    const rlimit tight = {1 << 16, limit.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
-    const RetVal result = file_.WriteJSON(large);
-    setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, oldHandler);
-
+    const RetVal result = [&] {
+        const FileSizeLimit fullDisk(1 << 16);
+        return file_.WriteJSON(large);
+    }();
     EXPECT_EQ(static_cast<uint32_t>(result.code), 0x80004005u);
     EXPECT_EQ(log_.Count("][1]["), 1);
     EXPECT_EQ(folder_.Read("f.json"), old);

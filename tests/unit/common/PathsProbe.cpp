@@ -13,16 +13,12 @@ std::string Answer(const std::string& question) {
     KXP::Config config;
     const KXP::RetVal result = config.ReadConfigs();
     if (result.Failed()) return KXP::ToStr(result);
-    if (question != "media folders") return config.FindAppData(question);
-    std::string folders;
-    for (const std::string& folder : config.GetMediaDirs())
-        folders += folder + "|";
-    return folders;
+    return config.FindAppData(question);
 }
 
 }  // namespace
 
-// What is no question of the four is the name of a data file, to which the answer is its place.
+// Any other question is the name of a data file, and the answer its place.
 extern "C" __attribute__((visibility("default"))) void ProbePaths(const std::string& question,
                                                                   std::string& answer) {
     try {

@@ -5,15 +5,6 @@
 namespace KXP {
 namespace {
 
-TEST(RetVal, NotFoundIsCalledAccessDenied) {
-    EXPECT_STREQ(CodeText(static_cast<int32_t>(0x80070002)), "KXP: General access denied error");
-    EXPECT_STREQ(CodeText(static_cast<int32_t>(0x80070003)),
-                 "KXP: The system cannot find the specified file");
-    EXPECT_STREQ(CodeText(static_cast<int32_t>(0x8008F001)), "Unknown error");
-    EXPECT_EQ(RetVal::Pending().code, 0x103);
-    EXPECT_FALSE(RetVal::Pending().Failed());
-}
-
 TEST(Exception, EveryExceptionEndsInAValueWithBothNumbersInHexadecimal) {
     const Exception ours(static_cast<int>(0x80070057), "m", 26);
     EXPECT_STREQ(ours.what(), "0x80070057[1a]: m");

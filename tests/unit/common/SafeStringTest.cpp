@@ -9,15 +9,15 @@ constexpr const char* kInvalidPointer = "0x8000ffff[0]: KXP::Error::InvalidPoint
 constexpr const char* kInvalidArg = "0x8000ffff[0]: KXP::Error::InvalidArg";
 
 TEST(SafeString, ArgumentsAreCheckedAndTheDestinationEmptied) {
-    char buffer[8] = "old";
-    EXPECT_EQ(Thrown([&] { strcpy_s(buffer, 0, nullptr); }), kInvalidArg);
-    EXPECT_STREQ(buffer, "old");
-    EXPECT_EQ(Thrown([&] { strcpy_s(buffer, 8, nullptr); }), kInvalidPointer);
-    EXPECT_STREQ(buffer, "");
-    EXPECT_EQ(strcpy_s(buffer, 4, "abc"), 0);
-    EXPECT_EQ(Thrown([&] { strcpy_s(buffer + 2, 6, buffer); }), kInvalidArg) << "overlap";
-    EXPECT_EQ(Thrown([&] { strcpy_s(buffer, 4, "abcd"); }), kInvalidArg);
-    EXPECT_STREQ(buffer, "");
+    wchar_t buffer[8] = L"old";
+    EXPECT_EQ(Thrown([&] { wcscpy_s(buffer, 0, nullptr); }), kInvalidArg);
+    EXPECT_STREQ(buffer, L"old");
+    EXPECT_EQ(Thrown([&] { wcscpy_s(buffer, 8, nullptr); }), kInvalidPointer);
+    EXPECT_STREQ(buffer, L"");
+    EXPECT_EQ(wcscpy_s(buffer, 4, L"abc"), 0);
+    EXPECT_EQ(Thrown([&] { wcscpy_s(buffer + 2, 6, buffer); }), kInvalidArg) << "overlap";
+    EXPECT_EQ(Thrown([&] { wcscpy_s(buffer, 4, L"abcd"); }), kInvalidArg);
+    EXPECT_STREQ(buffer, L"");
 }
 
 TEST(SafeString, TheCountCutsOrRefuses) {

@@ -1,7 +1,6 @@
 #include <array>
 #include <functional>
 
-#include "libraries/share-common/HighlightsConfig.h"
 #include "libraries/share-common/PageWords.h"
 #include "tests/unit/hub/HubTest.h"
 
@@ -31,13 +30,13 @@ std::string Saved(const TrackedUGC& ugc, bool unannounced) {
            ",\"unannounced\":" + (unannounced ? "true}}|" : "false}}|");
 }
 
-void DefineHighlight() {
-    HighlightConfigData config;
-    config.defaultLocale = "en-US";
-    config.drsName = config.profileName = config.shortName = "racer";
-    config.highlights["win"].id = "win";
-    config.highlights["win"].names = {{"en-us", "Victory"}, {"de", "Sieg"}};
-    EXPECT_FALSE(HighlightsConfig("racer").WriteConfig(config).Failed());
+// As the application writes it, with a name in two languages.
+void DefineHighlight(const TemporaryHome& home) {
+    home.folder().Write(
+        "data/ZORVEX/OvirastreamX/Share/Highlights/racer/config.json",
+        R"({"highlights":{"win":{"significance":0,"highlightTags":0,"userInterest":false,"name":)"
+        R"({"en-us":"Victory","de":"Sieg"}}},"defaultLocale":"en-US","drsName":"racer",)"
+        R"("profileName":"racer","shortName":"racer"})");
 }
 
 }  // namespace
@@ -129,13 +128,13 @@ TEST_F(HubTest, AnAddedFileIsToldAsItsNotificationHasIt) {
     hub_.NotifyUGCAdded(highlight);
     EXPECT_EQ(module_.TakeSent(), Saved(highlight, true)) << "nothing waits: the file came by itself";
 
-    DefineHighlight();
+    DefineHighlight(home_);
     const ScopedEnv german("LC_ALL", "de_DE.UTF-8");
     const auto announce = [&](const std::string& path, bool unannounced) {
         const std::string payload =
             R"({"highlight":{"path":")" + path + R"("},"unannounced":)" + (unannounced ? "true}" : "false}");
-        hub_.OnHighlightSaved(std::make_unique<KXP::JSONMessage>("s", "m", "HighlightSavedNotification", "id",
-                                                                 payload.c_str(), nullptr, nullptr));
+        hub_.OnHighlightSaved(
+            KXP::Message::CreateRequest("s", "m", "HighlightSavedNotification", "", "", payload.c_str()));
     };
     announce("/gallery/other.mp4", false);
     hub_.NotifyUGCAdded(highlight);
@@ -164,7 +163,7 @@ TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
         EXPECT_EQ(ugc.highlightName, "as it was");
         EXPECT_EQ(module_.TakeSent(), Saved(ugc, true));
     };
-    DefineHighlight();
+    DefineHighlight(home_);
     notify("racer", "no such");
     EXPECT_TRUE(log_.HasLine(1, "NotifyHighlightSaved: Unknown highlight definition ID [no such], skip it"));
     int told = 0;
@@ -176,8 +175,7 @@ TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
 
 TEST_F(HubTest, TakesTheProgressOfAMontageAndNothingElse) {
     const auto handle = [&](const char* method, const char* payload) {
-        return hub_.HandleMsg(
-            std::make_unique<KXP::JSONMessage>("s", "m", method, "id", payload, nullptr, nullptr));
+        return hub_.HandleMsg(KXP::Message::CreateRequest("s", "m", method, "", "", payload));
     };
     EXPECT_FALSE(handle("GetSettings", R"({"progress":1})"));
     EXPECT_THROW(handle("UpdateMontageProgress", "{}"), KXP::JSONFieldError);

@@ -79,7 +79,7 @@ class TestModule : public KXP::PluginModuleBase {
 };
 
 RetVal Result(const std::string& text) {
-    return KXP::Message::GetReturnValue(*KXP::Message::CreateMessage<JSONMessage>(text.c_str()));
+    return KXP::Message::GetReturnValue(*KXP::Message::CreateMessage(text.c_str()));
 }
 
 }  // namespace

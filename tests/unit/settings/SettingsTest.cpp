@@ -74,21 +74,14 @@ TEST_F(SettingsTest, WordsAndNumbersOfTheFile) {
         {R"("trackerUpdateState":"CancelUpdate","capSizePercent":250,"capEnabled":true,"currentDirectoryV2":")" +
              other + R"(","tempDirectory":")" + other + "\"",
          Text("true", "250", other, other, "CancelUpdate")},
-        {R"("capSizePercent":0)", Text("false", "0", gallery_, temp_, "TrackerUpdateNotActive")},
-        {R"("capSizePercent":-1)", Text("false", "4294967295", gallery_, temp_, "TrackerUpdateNotActive")},
-        {R"("capSizePercent":"1","capEnabled":1)", DefaultText()},
-        {R"("trackerUpdateState":"Unknown")", DefaultText()},
-        {R"("trackerUpdateState":2)", DefaultText()},
+        {R"("trackerUpdateState":"Unknown","capSizePercent":-1,"capEnabled":1)",
+         Text("false", "4294967295", gallery_, temp_, "TrackerUpdateNotActive")},
     };
     for (const auto& [members, text] : rows) {
         WriteFile(members);
         const Settings settings;
         EXPECT_EQ(folder_.Read(file_), text) << members;
-        const Settings again;
-        EXPECT_EQ(folder_.Read(file_), text) << members;
     }
-    EXPECT_TRUE(log_.Has("Settings::ReadSettings:: enabled(true), capacityPercent(250), totalDiskSpaceMB("));
-    EXPECT_TRUE(log_.Has("), trackerUpdateState(CancelUpdate)"));
 }
 
 TEST_F(SettingsTest, GalleryOfEitherLayout) {

@@ -1,7 +1,6 @@
 // What a task queue runs on a thread of its own.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -11,8 +10,8 @@ namespace KXP {
 
 class TaskQueue;
 
-// How an asynchronous function ended. Pending: it has handed its completion to something else, which calls
-// TaskQueue::FinishAsync later.
+// How an asynchronous function ended. Pending: something else completes it and calls TaskQueue::FinishAsync
+// later.
 enum TaskStatus { TaskStatusDone = 0, TaskStatusPending = 1 };
 
 class ITask {
@@ -26,7 +25,7 @@ class ITask {
     // Asks the work to end soon, because the queue stops. Called on the worker, before ExecuteTask or while
     // it is running.
     virtual void CancelTask() {}
-    // Called on the worker instead of ExecuteTask when no thread could be had; FinishTask follows.
+    // Called on the worker instead of ExecuteTask when no thread could be started; FinishTask follows.
     virtual void FailTask(const RetVal& reason) = 0;
 
     // The name under which the queue keeps the task.
@@ -40,14 +39,5 @@ class ITask {
   private:
     const std::string identifier_;
 };
-
-// Lets a closure that owns move-only state enter a std::function, whose copies then share the one closure.
-template <typename F>
-auto make_copyable(F&& closure) {
-    auto shared = std::make_shared<std::decay_t<F>>(std::forward<F>(closure));
-    return [shared](auto&&... arguments) -> decltype(auto) {
-        return (*shared)(std::forward<decltype(arguments)>(arguments)...);
-    };
-}
 
 }  // namespace KXP

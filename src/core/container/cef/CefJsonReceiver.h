@@ -6,11 +6,11 @@
 #include "common/message/MessageHandler.h"
 #include "core/container/cef/ContainerCallback.h"
 
-class CefJsonReceiver : public KXP::MessageSink<KXP::JSONMessage> {
+class CefJsonReceiver : public KXP::MessageSink {
   public:
     CefJsonReceiver(ZvCefPluginCallback callback, void* context) : callback_(callback, context) {}
 
-    // The last step of every outgoing message: hands it to the container as JSON. Any thread.
+    // The last step of every outgoing message: passes it to the container as JSON. Any thread.
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message) override;
 
     const ContainerCallback& container() const { return callback_; }
