@@ -38,6 +38,7 @@ std::string Line(const TableRow& row, const std::vector<size_t>& widths, bool co
 std::vector<std::string> TableLines(const std::vector<TableRow>& rows, bool colour, size_t right) {
     const std::vector<size_t> widths = Widths(rows);
     std::vector<std::string> lines;
+    lines.reserve(rows.size());
     for (const TableRow& row : rows)
         lines.push_back(Line(row, widths, colour, right));
     return lines;

@@ -89,7 +89,7 @@ class Montage {
 
     // False if there is no answer by the deadline.
     bool Await(Deadline deadline) {
-        while (!answer_) {
+        while (!answered_) {
             progress_.Draw();
             if (session_.Pump(std::min(deadline, progress_.due())) == PluginLoader::Wake::kDeadline &&
                 std::chrono::steady_clock::now() >= deadline)
@@ -109,7 +109,7 @@ class Montage {
             Say("the montage has not ended within " + Seconds(session_.options().timeout));
     }
 
-    const KXP::Document& answer() const { return *answer_; }
+    const KXP::Document& answer() const { return answer_; }
 
   private:
     void Send(const KXP::Document& envelope) {
@@ -123,6 +123,7 @@ class Montage {
             if (progress && progress->IsNumber()) progressed_ = progress->GetDouble();
         } else if (!id_.empty() && Text(message, "reference_uniqueid") == id_) {
             answer_ = std::move(message);
+            answered_ = true;
         }
     }
 
@@ -141,7 +142,8 @@ class Montage {
     const bool json_;
     std::string id_;
     std::optional<double> progressed_;  // not reported yet
-    std::optional<KXP::Document> answer_;
+    KXP::Document answer_;
+    bool answered_ = false;
     Progress progress_{"making the montage"};
     const Session::Listening listening_;  // last: it fills the rest
 };
