@@ -29,7 +29,7 @@ bool FolderReader::Next() {
 
 bool FolderReader::NextOfAll() {
     if (!folder_) return false;
-    errno = 0;  // the only way to tell a failure from the end
+    errno = 0;  // the only way to distinguish a failure from the end
     entry_ = readdir(folder_.get());
     if (!entry_) error_ = errno;
     return entry_ != nullptr;

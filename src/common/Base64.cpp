@@ -19,7 +19,7 @@ int Length(std::string_view text) {
 }  // namespace
 
 std::string EncodeBase64(std::string_view bytes) {
-    // The encoder breaks lines after 72 characters, and behind the last.
+    // The encoder breaks lines after 72 characters and after the last.
     std::string text((bytes.size() + 2) / 3 * 4 + bytes.size() / 54 + 2, '\0');
     base64::encoder encoder;
     int length = encoder.encode(bytes.data(), Length(bytes), text.data());
@@ -35,7 +35,7 @@ bool DecodeBase64(std::string_view text, std::string& bytes) {
 }
 
 std::string DecodeBase64Loosely(std::string_view text) {
-    // The decoder writes and reads one byte behind what it has decoded.
+    // The decoder writes and reads one byte beyond what it has decoded.
     std::string bytes(text.size() / 4 * 3 + text.size() % 4 + 1, '\0');
     base64::decoder decoder;
     // The constructor's own initialisation is all the state there is: one block, one call.

@@ -9,7 +9,8 @@ namespace KXP {
 
 std::string EncodeBase64(std::string_view bytes);
 
-// Strict: what EncodeBase64 gives, and nothing else. False, with `bytes` unspecified, for any other text.
+// Strict: accepts what EncodeBase64 returns and nothing else. False, with `bytes` unspecified, for any other
+// text.
 bool DecodeBase64(std::string_view text, std::string& bytes);
 
 // Skips characters outside the alphabet; an end that is no whole byte is dropped.

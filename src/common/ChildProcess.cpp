@@ -22,7 +22,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// How often to look, in milliseconds, where no descriptor tells.
+// How often to check for the end, in milliseconds, where no descriptor reports it.
 constexpr int kLook = 20;
 
 [[noreturn]] void Fail(int error, const char* what) {
@@ -158,7 +158,7 @@ void ChildProcess::Terminate(milliseconds grace) {
     (void)!write(wakeUp_[1].get(), "", 1);
 }
 
-// Kills when it is time for that. -1 while there is no such time.
+// Kills the group when the time has come. Otherwise the time left, or -1 when none is set.
 int ChildProcess::MillisecondsToKill() {
     const MutexLock lock(mutex_);
     if (!terminating_) return -1;
@@ -196,7 +196,7 @@ void ChildProcess::Wait(const OnLine& onLine) {
         }
         if (watched[2].revents != 0) printing = output.Read(output_);
     }
-    // No more than a pipe holds, as somebody may go on printing into it.
+    // No more than a pipe holds, because a process of the group may go on printing into it.
     for (int block = 0; block < 16 && printing; ++block) {
         pollfd rest{output_.get(), POLLIN, 0};
         printing = poll(&rest, 1, 0) > 0 && output.Read(output_);

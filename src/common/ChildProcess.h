@@ -1,5 +1,5 @@
 // A program run beside ours, in a process group of its own: whatever it starts ends with it. It gets no input
-// and none of our descriptors; what it prints comes line by line.
+// and none of our descriptors; its output is read line by line.
 #pragma once
 
 #include <chrono>
@@ -26,19 +26,19 @@ class ChildProcess {
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // Until it has ended, whether or not its output has; what its group still runs is then killed, unless the
-    // host ignores or reaps its children, when the group's number may be another's by then. Hands over each
-    // line that it prints, cut to kMaxLine bytes, on this thread. Once.
+    // Waits until the program has ended, even if its output is still open, then kills what its group still
+    // runs; not so in a host that ignores or reaps its children, where the group's number may be another's by
+    // then. Calls `onLine` on this thread with each line printed, cut to kMaxLine bytes. May be called once.
     void Wait(const OnLine& onLine) EXCLUDES(mutex_);
 
-    // Asks it to end; what has not ended after `grace` is killed by whoever waits. Any thread, any number of
-    // times: the earliest end holds.
+    // Asks the group to end; the waiting thread kills what has not ended after `grace`. Any thread, any
+    // number of times: the earliest time holds.
     void Terminate(std::chrono::milliseconds grace) EXCLUDES(mutex_);
 
     static constexpr size_t kMaxLine = 4096;
 
   private:
-    // What is left of a line, and of the lines.
+    // The output that is not yet a whole line.
     class Output;
 
     void Signal(int signal) REQUIRES(mutex_);
@@ -47,10 +47,10 @@ class ChildProcess {
     void Reap() EXCLUDES(mutex_);
 
     FileDescriptor output_;     // what it prints
-    FileDescriptor exited_;     // can be read once it has ended; closed when it had before we could look
-    FileDescriptor wakeUp_[2];  // tells the waiting thread that there is a time to kill
+    FileDescriptor exited_;     // readable once it has ended; closed when it had ended before this was opened
+    FileDescriptor wakeUp_[2];  // wakes the waiting thread when a time to kill is set
     Mutex mutex_;
-    pid_t pid_ GUARDED_BY(mutex_) = -1;  // -1 once it is reaped: the number may be another's then
+    pid_t pid_ GUARDED_BY(mutex_) = -1;  // -1 once it is reaped: the number may then be another's
     bool terminating_ GUARDED_BY(mutex_) = false;
     std::chrono::steady_clock::time_point killAt_ GUARDED_BY(mutex_);
 };

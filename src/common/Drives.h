@@ -11,29 +11,29 @@
 namespace KXP {
 
 // Fills `drives` with a word for each mount point: "reserved" (read-only, hidden or of unknown place),
-// "network", "removable", "external" or "fixed". 0, or 0x80004005 with none when the system does not tell.
+// "network", "removable", "external" or "fixed". 0, or 0x80004005 and no drives when the system has no
+// answer.
 int EnumDrives(std::map<std::string, std::string>& drives);
 
 // Free space for an unprivileged user and the whole size, in units of 1,000,000 bytes, rounded down; what is
-// beyond 32 bits gives the largest number. False leaves 0 free of 0x7FFFFFFF.
+// beyond 32 bits becomes the largest number. When false, 0 free of 0x7FFFFFFF.
 bool GetDriveSpace(const std::string& path, uint32_t& freeMB, uint32_t& totalMB);
 
-// About the volume that holds the path; false when that cannot be told.
+// About the volume that holds the path; also false when that is unknown.
 bool IsVolumeRemovable(const std::string& path);
 bool IsVolumeLocal(const std::string& path);
 
-// Whether the path's disk is inside the machine. 0x80004005 when its volume has no disk or none that is
-// known.
+// Whether the path's disk is inside the machine. 0x80004005 when its volume has no known disk.
 int InternalDiskForPath(const std::string& path, bool& internal);
 
-// One mount, as the platform tells it.
+// One mount, as the platform describes it.
 struct Mount {
     std::string type;
     std::string path;    // UTF-8
     uint32_t flags = 0;  // the system's own, for the log
     bool readOnly = false;
     bool hidden = false;     // from browsing
-    bool localFlag = false;  // what the table of mounts says; `local` is what the volume says
+    bool localFlag = false;  // by the table of mounts; `local` is by the volume
     bool local = false;
     bool removable = false;
     // InternalDiskForPath for this mount, asked only where the answer decides.
@@ -50,7 +50,7 @@ uint32_t WholeMegabytes(uint64_t blocks, uint64_t blockSize);
 
 namespace Platform {
 
-// False when the system does not tell.
+// False when the system has no answer.
 bool ListMounts(std::vector<Mount>& mounts);
 
 struct VolumeBlocks {

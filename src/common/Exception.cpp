@@ -13,7 +13,7 @@ RetVal ExceptionToRetVal() {
     } catch (const std::exception& error) {
         return {Code::kUnexpected, error.what(), 0};
     } catch (...) {
-        // The failure code keeps the default text: there is nothing to tell, and clients match on the code.
+        // The failure code keeps the default text: there is nothing to add, and clients match on the code.
         return {Code::kUnexpected, "Success", 0};
     }
 }

@@ -34,7 +34,7 @@ class JSONFieldError : public Exception {
 // Turns the exception in flight into a value. Call it inside a catch block only; it does not throw.
 RetVal ExceptionToRetVal();
 
-// The text for a caller who is told what was wrong: the plain message of a framework exception, what() of any
+// The text for a caller's answer: the plain message of a framework exception, what() of any
 // other.
 std::string ExceptionText(const std::exception& error);
 

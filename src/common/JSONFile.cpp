@@ -47,7 +47,7 @@ bool ToUtf8(std::string_view text, std::string& utf8) {
     return true;
 }
 
-// What stands behind a zero byte when only the end of a text is rewritten: "@", how much of the text stays, "
+// What follows the zero byte when only the end of a text is rewritten: "@", how much of the text stays, "
 // ", the size of the new end, a line feed, and that end. No JSON text begins like that.
 constexpr char kTailMark = '@';
 
@@ -64,7 +64,7 @@ bool TakeNumber(std::string_view& text, char end, size_t& number) {
 }
 
 // Whether `text`, which begins at `start` of the file, is a whole end for the text at the file's beginning.
-// Gives what of that stays, and leaves the end alone in `text`.
+// Sets `keep` to the size of the part of that text that stays, and leaves only the end in `text`.
 bool TakeTail(std::string_view& text, size_t start, size_t& keep) {
     if (text.empty() || text.front() != kTailMark) return false;
     std::string_view rest = text.substr(1);
@@ -88,7 +88,7 @@ bool ParseWithTail(FileBytes& file, size_t keep, std::string_view tail, Document
 // write was stopped half-way. Each try overwrites no text but its own.
 bool ParseLastText(FileBytes& file, Document& document) {
     std::string_view text = file.view();
-    // Looked for from the front first, which is the faster way through a file that has none.
+    // Searched from the front first, which is faster through a file without one.
     if (text.find('\0') == std::string_view::npos)
         return !ParseJSONInPlace(file.bytes.get(), text.size(), document).IsError();
     for (int i = 0; i < kMaxTextsTried; ++i) {
@@ -100,7 +100,7 @@ bool ParseLastText(FileBytes& file, Document& document) {
         if (TakeTail(tail, start, keep)) return ParseWithTail(file, keep, tail, document);
         const bool parsed = !ParseJSONInPlace(&file.bytes[start], text.size() - start, document).IsError();
         if (start == 0) return parsed;
-        // What a write leaves is an object; anything else behind a zero byte belongs to nobody.
+        // A write leaves an object; anything else after a zero byte is not ours.
         if (parsed && document.IsObject()) return true;
         text = text.substr(0, start);
     }
@@ -124,8 +124,8 @@ bool WriteSpaces(const FileDescriptor& file, size_t from, size_t to) {
     return true;
 }
 
-// Puts `text` behind the first `keep` bytes of the old text. One large write may be cut by a kill, so it is
-// first written whole behind the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is
+// Puts `text` after the first `keep` bytes of the old text. A kill may cut one large write, so the new text
+// is first written whole after the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is
 // complete.
 bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view text) {
     struct stat status {};

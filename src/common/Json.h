@@ -28,7 +28,7 @@ namespace KXP {
 
 namespace KXP {
 
-// RapidJSON writes to whatever its allocator gives, null included; this one throws std::bad_alloc instead.
+// RapidJSON writes to whatever its allocator returns, null included; this one throws std::bad_alloc instead.
 class ThrowingAllocator {
   public:
     static const bool kNeedFree = true;

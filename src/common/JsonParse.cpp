@@ -25,7 +25,7 @@ inline Word ZeroBytes(Word word) {
 }
 
 // Marks by its high bit the first byte of a little-endian word that is a quote, a backslash, a control
-// character or beyond ASCII, and perhaps some bytes behind it. 0 when there is none.
+// character or beyond ASCII, and perhaps some bytes after it. 0 when there is none.
 inline Word SpecialBytes(Word word) {
     const Word control = word - kEachByte * 0x20;
     const Word quotes = ZeroBytes(word ^ (kEachByte * '"'));
@@ -38,7 +38,7 @@ inline bool IsBeyondAscii(char c) {
 }
 
 // A text whose strings are unescaped where they stand. Unlike RapidJSON's own stream of this kind it passes
-// over plain characters by the word, for which there must be readable bytes behind the zero byte at its end.
+// over plain characters by the word, which needs readable bytes after the zero byte at its end.
 class JsonTextStream {
   public:
     using Ch = char;
@@ -87,7 +87,7 @@ inline void SkipWhitespace(JsonTextStream& text) {
     text.SkipSpace();
 }
 
-// Stands for UTF-8 where the reader is told its encodings.
+// Names UTF-8 in the reader's template arguments.
 struct JsonTextUtf8 : rapidjson::UTF8<> {};
 
 }  // namespace KXP
@@ -206,7 +206,7 @@ bool IsLongExponent(std::string_view text, size_t at) {
     return at - first > static_cast<size_t>(kMaxExponentDigits);
 }
 
-// Whether among the bytes behind the first there is an "e" with a digit, or what may pass for one, before it.
+// Whether any byte after the first is an "e" that follows a digit, or what may pass for one.
 // A loop without branches over a fixed number of bytes, which compilers turn into vector instructions.
 constexpr size_t kBlock = 64;
 bool BlockMayHoldExponent(const char* bytes) {
@@ -219,7 +219,7 @@ bool BlockMayHoldExponent(const char* bytes) {
     return found != 0;
 }
 
-// With no regard to what is a string, because this comes before every parse.
+// Ignores what is a string, to stay cheap: this precedes every parse.
 bool MayHoldLongExponent(std::string_view text) {
     const auto lookAt = [&](size_t from, size_t to) {
         for (size_t at = from; at < to; ++at) {
@@ -234,7 +234,7 @@ bool MayHoldLongExponent(std::string_view text) {
     return lookAt(at, text.size());
 }
 
-// Each skip returns the position behind what it skips, or the end of an unfinished one.
+// Each skip returns the position after what it skips, or beyond the end for one that is unfinished.
 size_t SkipString(std::string_view text, size_t at) {
     while (at < text.size() && text[at] != '"')
         at += text[at] == '\\' ? 2 : 1;
@@ -250,7 +250,7 @@ size_t SkipComment(std::string_view text, size_t at) {
     return end + (block ? 2 : 1);
 }
 
-// Tells the exponents of numbers from what strings and comments hold.
+// Checks the exponents of numbers, passing over strings and comments.
 rapidjson::ParseResult CheckExponents(std::string_view text) {
     for (size_t at = 0; at < text.size();) {
         const char c = text[at++];

@@ -1,4 +1,4 @@
-// The one road from JSON text to a document. RapidJSON is safe on hostile text only within limits that are
+// The one way from JSON text to a document. RapidJSON is safe on hostile text only within limits that are
 // kept here: nesting, and the digits of an exponent.
 #pragma once
 
@@ -16,8 +16,8 @@ constexpr int kMaxExponentDigits = 9;
 constexpr size_t kMaxJsonFileBytes = size_t{1} << 30;
 
 // Parses UTF-8 text, with or without its byte-order mark, comments allowed, strings checked for their
-// encoding. On failure the result tells the error and its byte offset, and `document` is not to be used. Text
-// that breaks a limit gives kParseErrorTermination. A zero byte ends the text as RapidJSON has it.
+// encoding. On failure the result holds the error and its byte offset, and `document` is not to be used. Text
+// that breaks a limit fails with kParseErrorTermination. A zero byte ends the text, as in RapidJSON.
 rapidjson::ParseResult ParseJSON(std::string_view text, Document& document);
 
 // The same for a text that may be overwritten, without the copy that ParseJSON takes. A zero byte ends it at

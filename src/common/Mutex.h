@@ -1,4 +1,4 @@
-// Mutex, MutexLock and CondVar: the standard ones, told to clang's thread-safety analysis.
+// Mutex, MutexLock and CondVar: the standard ones, annotated for clang's thread-safety analysis.
 #pragma once
 
 #include <chrono>

@@ -28,13 +28,13 @@ std::string GetSpecialDirectory(SpecialDirectory directory);
 std::string GetProductDataDirectory(Profile profile);
 std::string GetAppDataDirectory(Profile profile);
 
-// The whole real path of the running program, and its file name. Throw std::runtime_error when it cannot be
-// had.
+// The whole real path of the running program, and its file name. Throw std::runtime_error when it is
+// unknown.
 std::string GetExePath();
 std::string GetExeName();
 
 // The library's file name up to the last ".", for example "libGallery", and the same without a leading "lib".
-// Empty when it cannot be told.
+// Empty when it is unknown.
 std::string GetLibraryName();
 std::string GetLibraryNameNoPrefix();
 std::string LibraryNameOfPath(const std::string& path);

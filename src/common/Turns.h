@@ -1,4 +1,4 @@
-// Work on one thing at a time, where the work is too long, or logs too much, for a lock to be held meanwhile.
+// One worker at a time for each thing, where the work takes too long, or logs too much, to hold a lock.
 #pragma once
 
 #include <set>
@@ -9,10 +9,10 @@
 
 namespace KXP {
 
-// The things that somebody is at work on, by name. Any thread.
+// The things that are being worked on, by name. Any thread.
 class Turns {
   public:
-    // Waits until nobody else is at work on the thing. Nobody may wait for a second one.
+    // Waits until nobody else works on the thing. A thread holds one turn at a time.
     void Take(const std::string& name) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         while (!taken_.insert(name).second)
@@ -32,7 +32,7 @@ class Turns {
     std::set<std::string> taken_ GUARDED_BY(mutex_);
 };
 
-// From here to the end of the scope.
+// Holds a turn until the end of the scope.
 class Turn {
   public:
     Turn(Turns& turns, std::string name) : turns_(turns), name_(std::move(name)) { turns_.Take(name_); }

@@ -61,7 +61,7 @@ struct ExifEntry {
 
 constexpr uint32_t kTiffBase = 30;  // where Jpeg puts the TIFF header
 
-// The offset of the first value behind the directory of `entries` entries.
+// The offset of the first value after the directory of `entries` entries.
 constexpr uint32_t ValuesAt(uint32_t entries) {
     return 8 + 2 + 12 * entries + 4;
 }

@@ -18,6 +18,6 @@ class FakeClock : public KXP::Clock {
     void Advance(std::chrono::nanoseconds by) { now_ += by.count(); }
 
   private:
-    // An hour after the epoch, well behind the fixed times of commands and tasks.
+    // An hour after the epoch, well after the fixed times of commands and tasks.
     std::atomic<int64_t> now_{3600LL * 1000000000};
 };

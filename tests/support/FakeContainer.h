@@ -1,4 +1,4 @@
-// A container that records what the callback of the library tells it. Everything is kept in the order of
+// A container that records every call of the library's callback. Everything is kept in the order of
 // arrival; a test waits for what it needs.
 #pragma once
 
@@ -32,13 +32,13 @@ class FakeContainer {
         if (react) react(notification, text);
     }
 
-    // Called inside every callback, behind the record of it.
+    // Called inside every callback, after it is recorded.
     void React(std::function<void(int, const std::string&)> react) {
         std::lock_guard<std::mutex> lock(mutex_);
         react_ = std::move(react);
     }
 
-    // Waits until notifications of this kind whose text holds `part` have come `count` times, and gives the
+    // Waits until notifications of this kind whose text holds `part` have come `count` times, and returns the
     // last of them; an empty record after a minute.
     Told WaitFor(int notification, const std::string& part = "", size_t count = 1) {
         std::unique_lock<std::mutex> lock(mutex_);

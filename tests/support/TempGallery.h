@@ -12,7 +12,7 @@ class TempGallery {
     const std::string& path() const { return gallery_; }
     const TempFolder& home() const { return home_.folder(); }
 
-    // A screenshot of the product's own; gives its path.
+    // A screenshot of the product's own; returns its path.
     std::string AddImage(const std::string& name) const {
         return Add(name, captures::Png(captures::PngText("Software", "Ovirastream SHARE")));
     }

@@ -1,5 +1,5 @@
 // A home of its own for what the product keeps there; the user's own is never touched. Made before other
-// threads run, and ended behind them.
+// threads run, and destroyed after them.
 #pragma once
 
 #include <string>

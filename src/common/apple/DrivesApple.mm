@@ -9,7 +9,7 @@
 namespace KXP {
 namespace {
 
-// Releases what a "create" or "copy" function gave.
+// Releases what a "create" or "copy" function returned.
 template <typename T>
 class Owned {
   public:

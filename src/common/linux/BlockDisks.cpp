@@ -84,7 +84,7 @@ bool IsPlug(const fs::path& device) {
     if (bus == "usb" || bus == "firewire" || bus == "thunderbolt") return true;
     // The bus of SD cards is also that of memory soldered to the board, which says "MMC".
     if (bus == "mmc") return Attribute(device / "type") != "MMC";
-    // What Thunderbolt tunnels are devices of PCI, and the port they came through is marked.
+    // Devices behind Thunderbolt appear on PCI, and the port that they are plugged into is marked.
     return bus == "pci" && Attribute(device / "removable") == "removable";
 }
 
@@ -105,9 +105,9 @@ std::optional<VolumeDisk> BlockDisks::Find(dev_t device, const std::string& sour
     return found;
 }
 
-// File systems of several devices, btrfs among them, show an anonymous one, and the source tells the first of
-// theirs. A source may be any text of whoever mounted it, and must not lead out of /dev, to a dead server
-// say.
+// File systems of several devices, btrfs among them, show an anonymous device, and their
+// source names the first of their own. A source may be any text of whoever mounted it, and must not lead out
+// of /dev, for example to a dead server.
 fs::path BlockDisks::FolderOf(dev_t device, const std::string& source) const {
     if (sysfs_.empty()) return {};
     if (major(device) != 0)

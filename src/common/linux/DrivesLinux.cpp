@@ -25,8 +25,8 @@ std::optional<Mount> MountAt(const std::string& path) {
     return DescribeMount(*entry, MachineDisks());
 }
 
-// An automounter stays in the table beneath what it has mounted, and as the first at that place it would give
-// the word.
+// An automounter stays in the table beneath what it has mounted; as the first entry at that place it would
+// decide the word.
 bool IsCoveredAutomounter(const MountEntry& entry, const std::vector<MountEntry>& entries) {
     return entry.type == "autofs" &&
            std::any_of(entries.begin(), entries.end(), [&](const MountEntry& other) {
@@ -37,7 +37,7 @@ bool IsCoveredAutomounter(const MountEntry& entry, const std::vector<MountEntry>
 }  // namespace
 
 Mount DescribeMount(const MountEntry& entry, const BlockDisks& disks) {
-    // Behind a pseudo file system or a server there is no disk of this machine.
+    // A pseudo file system or a server has no disk of this machine.
     const std::optional<VolumeDisk> disk =
         entry.pseudo || entry.network ? std::nullopt : disks.Find(entry.device, entry.source);
     Mount mount;

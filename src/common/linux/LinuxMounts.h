@@ -10,11 +10,11 @@
 
 namespace KXP {
 
-// What the entry and its disk tell together.
+// The mount by its entry and its disk.
 Mount DescribeMount(const MountEntry& entry, const BlockDisks& disks);
 
 // All of them. Those whose mount points are not UTF-8 are passed over, which is logged once; so are
-// automounters that have done their work. False when the table cannot be read.
+// automounters that have mounted their volume. False when the table cannot be read.
 bool ListMounts(const std::string& table, const BlockDisks& disks, std::vector<Mount>& mounts);
 
 }  // namespace KXP

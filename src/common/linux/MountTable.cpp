@@ -51,7 +51,7 @@ bool ReadMountTable(const std::string& file, std::vector<MountEntry>& entries) {
 
 const MountEntry* MountOfPath(const std::vector<MountEntry>& entries, const std::string& path) {
     struct statx status {};
-    // The identity, not the device: btrfs gives its files devices that are in no table.
+    // The identity, not the device: files on btrfs report devices that are in no table.
     if (statx(AT_FDCWD, path.c_str(), AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC, STATX_MNT_ID, &status) != 0 ||
         !(status.stx_mask & STATX_MNT_ID))
         return nullptr;

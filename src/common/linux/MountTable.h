@@ -23,7 +23,7 @@ struct MountEntry {
     bool hidden = false;  // by an option for file managers
 };
 
-// In the kernel's order. A line that cannot be read is left out; false when the table cannot.
+// In the kernel's order. A line that cannot be read is left out; false when the table cannot be read.
 bool ReadMountTable(const std::string& file, std::vector<MountEntry>& entries);
 
 // The entry of the mount that holds the path, or null.

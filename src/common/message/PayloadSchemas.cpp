@@ -43,8 +43,8 @@ void CollectReached(const Value& schema, const Value& definitions, Names& reache
     }
 }
 
-// `schema` with the definitions that it reaches beside its own members: failure texts tell places in the
-// schema, and these must read as they would with the whole catalogue in this place.
+// `schema` with the definitions that it reaches beside its own members: failure texts name places in the
+// schema, which must read as if the whole catalogue stood here.
 Document SchemaWithDefinitions(const Value& schema, const Value& definitions) {
     Names reached;
     CollectReached(schema, definitions, reached);
@@ -100,7 +100,7 @@ struct PayloadSchemas::Compiled {
     explicit Compiled(const Document& source) : memory(kChunkBytes), schema(source, nullptr, &memory) {}
 
     static constexpr size_t kChunkBytes = 4096;
-    // Before the schema, which lies in it: a schema that fails half made leaves nothing behind.
+    // Before the schema, which lies in it: one that fails half made leaves no memory allocated.
     Allocator memory;
     SchemaDocument schema;
 };
@@ -123,8 +123,8 @@ RetVal PayloadSchemas::Validate(const std::string& method, const Value& payload,
     }
 }
 
-// Compiles with the mutex free, because that may log. Threads that come to a schema together each compile it,
-// and one of the results is kept.
+// Compiles with the mutex free, because that may log. Threads that need a schema at the same time each
+// compile it, and one of the results is kept.
 const PayloadSchemas::Compiled& PayloadSchemas::Find(const Value& schema, const Value& definitions) {
     {
         MutexLock lock(mutex_);

@@ -26,9 +26,9 @@ class PayloadSchemas {
     PayloadSchemas& operator=(const PayloadSchemas&) = delete;
 
     // `kind` is "parameters" for a request or "return" for a response. A method or kind that the API does not
-    // list accepts every payload. A wrong payload gives code 0x8008F001 and a text that tells the place in
-    // the payload, the place in the schema and the violated keyword; it is logged with the names, not the
-    // values, of the payload's members. A schema that does not compile gives its failure in the same way.
+    // list accepts every payload. A wrong payload fails with 0x8008F001 and a text with the place in the
+    // payload, the place in the schema and the violated keyword; it is logged with the names, not the values,
+    // of the payload's members. A schema that does not compile fails in the same way.
     RetVal Validate(const std::string& method, const Value& payload, const char* kind);
 
   private:
@@ -39,8 +39,8 @@ class PayloadSchemas {
     const Document& api_;
 
     Mutex mutex_;
-    // Under the address of the schema in the API document, so that no method name from outside can make it
-    // grow. What is in it stays until the end.
+    // By the address of the schema in the API document, so that no method name from outside can make it grow.
+    // Entries stay until the end.
     std::unordered_map<const Value*, std::unique_ptr<const Compiled>> compiled_ GUARDED_BY(mutex_);
 };
 

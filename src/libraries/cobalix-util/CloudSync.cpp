@@ -9,23 +9,23 @@
 namespace KXP {
 namespace {
 
-// A call is over once this differs from what it was at the call's start; so an abort needs no list of calls,
-// and those that come later know nothing of it.
+// A call is aborted once this differs from its value at the call's start; so an abort needs no list of calls
+// and does not affect later ones.
 std::atomic<unsigned> aborts{0};
 
 Cloud::StopAsked AbortedFromNowOn() {
     return [before = aborts.load()] { return aborts.load() != before; };
 }
 
-// The source that comes with the product lies at the place that this library has in it.
+// The product's own source has a fixed place relative to this library.
 Cloud::Url BaseUrl() {
     const char* base = std::getenv("COBALIX_CLOUD_SYNC_URL");
     if (base && *base) return Cloud::Url(base);
     return Cloud::Url::OfFolder(GetLibraryPath() + "/../../Resources/data/cloudsync");
 }
 
-// False, and told in the log, for whatever goes wrong: callers are in the middle of other things, and most of
-// them without a cloud for most of their life.
+// Returns false and logs whatever goes wrong: callers are in the middle of other work, and most of them have
+// no cloud most of the time.
 template <typename Work>
 bool Try(const char* remoteFolder, const Work& work) {
     try {

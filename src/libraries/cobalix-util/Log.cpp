@@ -114,7 +114,7 @@ std::string FormatText(const char* format, va_list arguments) {
     const int length = std::vsnprintf(text, sizeof text, format, arguments);
     std::string result;
     if (length < 0) {
-        // An argument that the C library cannot convert; the format alone still tells what happened.
+        // An argument that the C library cannot convert; the format alone still says what happened.
         result = format;
     } else if (static_cast<size_t>(length) < sizeof text) {
         result.assign(text, static_cast<size_t>(length));

@@ -8,7 +8,7 @@
 
 #include "common/Json.h"
 
-// What a block can tell of a media file. Texts are UTF-8 and may hold any character, U+0000 among them.
+// What a block can say about a media file. Texts are UTF-8 and may hold any character, U+0000 among them.
 struct MetadataFields {
     std::string fileSubType;
     std::string drsName;

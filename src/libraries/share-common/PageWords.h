@@ -4,7 +4,8 @@
 
 #include <string_view>
 
-// Each gives a word of the schema, the same one for those that it knows. The results live as long as `word`.
+// Each returns a word of the schema: known words unchanged, a replacement for the others. The results live as
+// long as `word`.
 std::string_view TypeForPages(std::string_view word);
 std::string_view SubtypeForPages(std::string_view word);
 std::string_view SourceForPages(std::string_view word);

@@ -1,4 +1,4 @@
-// An HTTP server on loopback for as long as it lives, which answers as it is told to, or does not.
+// An HTTP server on loopback whose answers a test chooses.
 #pragma once
 
 #include <memory>
@@ -27,7 +27,7 @@ class CloudServer {
     // "http://127.0.0.1:<port>" and the target; "https" instead for a client that speaks to the wrong door.
     std::string Url(const std::string& target = "", const char* scheme = "http") const;
 
-    // The answer to a target from now on; others get a 404.
+    // Sets the answer to a target; others get a 404.
     void Serve(const std::string& target, CloudAnswer answer);
 
     // Requests so far, and a wait for that many connections, with a bound.

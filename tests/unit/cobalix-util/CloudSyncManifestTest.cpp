@@ -49,7 +49,7 @@ TEST(CloudSyncManifest, RefusesPathsThatLeaveTheirFolder) {
     EXPECT_FALSE(IsPlainPath(deep));
 }
 
-// What no fuzz target can tell from a good manifest.
+// What the fuzz target cannot distinguish from a good manifest.
 TEST(CloudSyncManifest, RefusesFieldsThatOnlyLookRight) {
     const std::pair<std::string, const char*> rows[] = {
         {R"({"m":[{"path":"a","size":1}]})", "without all its fields"},

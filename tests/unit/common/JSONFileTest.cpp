@@ -97,7 +97,7 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
     for (size_t written = 0; written < newText.size(); ++written) {
         const std::string place = newText.substr(0, written) + oldText.substr(written);
         EXPECT_EQ(valueIn(copied(place)), "new") << written;
-        // And stopped again while the next text was written behind these.
+        // And stopped again while the next text was written after these.
         EXPECT_EQ(valueIn(copied(place).append("\0{\"a\":\"ne", 9)), "new") << written;
     }
 }
@@ -120,7 +120,7 @@ TEST_F(JSONFileTest, AStoppedTailLeavesTheOldTextOrTheNew) {
         const std::string front =
             place.substr(0, kKeep) + tail.substr(0, written) + place.substr(kKeep + written);
         EXPECT_EQ(valueIn(front + second), "longer") << written;
-        // And stopped again while a whole text was written behind these.
+        // And stopped again while a whole text was written after these.
         EXPECT_EQ(valueIn(front + second + std::string("\0{\"a\":\"ne", 9)), "longer") << written;
     }
     for (const std::string head :

@@ -146,7 +146,7 @@ TEST_F(PluginTest, SynchronousRequestsAnswerOnTheWorker) {
               std::string::npos)
         << answer;
     EXPECT_NE(container_.All(3).back().thread, std::this_thread::get_id());
-    // The handler throws: the client is told, and the worker goes on.
+    // The handler throws: the client receives the failure, and the worker goes on.
     const RetVal failed = Result(Ask("Echo", "{}", "second"));
     EXPECT_EQ(static_cast<uint32_t>(failed.code), 0x8008F001u);
     EXPECT_EQ(failed.text, "Missing mandatory field number");

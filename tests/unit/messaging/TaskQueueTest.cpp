@@ -67,7 +67,7 @@ TEST(TaskQueue, RunsInOrderOfTimeWithCommandsAheadOfAll) {
 
 TEST(TaskQueue, AStalledTaskHoldsTheStopForASecondAtMost) {
     LogCapture log;
-    // Never destroyed: the thread of the late task may be abandoned before it tells its end.
+    // Never destroyed: the thread of the late task may be abandoned before it reports its end.
     static FakeClock& clock = *new FakeClock;
     static Course& late = *new Course;
     const auto start = clock.Now();
@@ -155,7 +155,7 @@ TEST(TaskQueue, ManyFunctionsShareABoundedNumberOfThreads) {
 }
 
 TEST(TaskQueue, ThreadsThatRunOutFailHeldTasksOneByOne) {
-    // Held behind the first threads is a queue that no recursion would survive.
+    // So many tasks are held after the first threads that no recursion would survive.
     struct FewThreads : TaskQueue {
         using TaskQueue::TaskQueue;
         std::thread StartThread(std::function<void()> body) override {

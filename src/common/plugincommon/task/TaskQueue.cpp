@@ -178,7 +178,7 @@ void TaskQueue::StartAsync(const RunKey& key, AsyncFunction fn) {
         } catch (...) {
             LogEscaped();
         }
-        fn = nullptr;  // before the end is told, so that the worker destroys the task
+        fn = nullptr;  // before the end is enqueued, so that the worker destroys the task
         auto end = [this, key, status] {
             if (status == TaskStatusPending) {
                 Release(key);

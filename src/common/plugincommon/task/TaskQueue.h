@@ -25,7 +25,7 @@ class TaskQueue {
     static constexpr int kStallTimeoutMs = 1000;
 
     explicit TaskQueue(std::string name, Clock& clock = Clock::Steady());
-    // Stops and joins the worker when nobody has.
+    // Stops and joins the worker if nobody has.
     virtual ~TaskQueue();
     TaskQueue(const TaskQueue&) = delete;
     TaskQueue& operator=(const TaskQueue&) = delete;
@@ -34,7 +34,7 @@ class TaskQueue {
     bool Start();
 
     // Lets the worker end once nothing is pending, or after a second of silence, and joins it. Functions that
-    // still run then are abandoned: they keep alive what they use, and their end is not heard. Not from the
+    // still run then are abandoned: they keep alive what they use, and their end is ignored. Not from the
     // worker.
     void StopAndJoin();
 
@@ -48,15 +48,15 @@ class TaskQueue {
             when, std::make_unique<Notification<std::decay_t<F>>>(std::forward<F>(closure)));
     }
 
-    // The same with a tag, by which NextDueIs tells entries of one kind.
+    // The same with a tag, by which NextDueIs recognises entries of one kind.
     template <typename F>
     void EnqueueTagged(TimePoint when, const void* tag, F&& closure) {
         queue_->EnqueueNotification(
             when, std::make_unique<Notification<std::decay_t<F>>>(std::forward<F>(closure), tag));
     }
 
-    // Whether the entry that would run next, right now, has this tag: work of one kind that comes in numbers
-    // can then share its cost.
+    // Whether the entry that would run next, right now, has this tag: many entries of one kind can then share
+    // the cost of their work.
     bool NextDueIs(const void* tag) { return queue_->TagOfNextDue() == tag; }
 
     // Enqueues a command of the life cycle: these run ahead of everything else, in their order.
@@ -75,8 +75,8 @@ class TaskQueue {
     // Takes ownership of the task and runs it under its identifier. Throws KXP::Exception for a null task.
     void ExecuteTask(ITask* task, const TimePoint& when);
 
-    // Ends a function or task that has said TaskStatusPending, or is about to. With several under one name
-    // the first that has said it is meant, else the latest; the second form tells them apart.
+    // Ends a function or task that has returned TaskStatusPending, or is about to. Of several under one name
+    // it ends the first that has returned Pending, or else the latest; the second form names one of them.
     void FinishAsync(const std::string& name);
     void FinishAsync(const ITask& task);
 
@@ -92,7 +92,7 @@ class TaskQueue {
     bool Step();
 
   protected:
-    // Throws std::system_error when no thread can be had.
+    // Throws std::system_error when no thread can be started.
     virtual std::thread StartThread(std::function<void()> body) { return std::thread(std::move(body)); }
 
   private:

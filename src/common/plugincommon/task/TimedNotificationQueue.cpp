@@ -43,7 +43,7 @@ const void* TimedNotificationQueue::TagOfNextDue() {
 }
 
 void TimedNotificationQueue::RefuseLaterThan(std::chrono::milliseconds horizon) {
-    std::vector<Entry> dropped;  // destroyed behind the lock: an entry's end may enqueue
+    std::vector<Entry> dropped;  // destroyed after the unlock: an entry's destructor may enqueue
     MutexLock lock(mutex_);
     horizon_ = horizon;
     const TimePoint limit = clock_.Now() + horizon;

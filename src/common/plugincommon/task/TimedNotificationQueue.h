@@ -25,7 +25,7 @@ class TimedNotificationQueue {
     void EnqueueNotification(TimePoint when, std::unique_ptr<Notification> notification) EXCLUDES(mutex_);
 
     // Waits for the first entry to fall due and takes it. `timeoutMs` bounds only the wait for an entry to
-    // exist, 0 being no bound; an empty pointer tells that it ran out.
+    // exist, 0 being no bound; an empty pointer means that it ran out.
     std::unique_ptr<Notification> WaitDequeueNotification(int timeoutMs) EXCLUDES(mutex_);
 
     // The tag of the entry that would be taken now; null when none is due.

@@ -1,4 +1,4 @@
-// The entry calls of the library, and the translation of what a plug-in tells its container.
+// The entry calls of the library, and the translation of a plug-in's notifications for its container.
 
 #include <memory>
 #include <string>

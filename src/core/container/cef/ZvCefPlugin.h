@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// What the container's callback is told, and what its text then holds.
+// The notifications that the container's callback receives, and what its text then holds.
 enum ZvCefPluginNotification_t : int {
     ZvCefPluginCommandSucceeded = 1,  // the lifecycle command's method, such as "_CmdStart_"
     ZvCefPluginCommandFailed = 2,     // the command's response as JSON
@@ -20,8 +20,8 @@ enum ZvCefPluginNotification_t : int {
 using ZvCefPluginCallback = void (*)(ZvCefPluginNotification_t notification, const char* text, void* context);
 
 // Ten slots of 64 bits. The entry calls run on one thread of the container, one at a time, and never from
-// inside the callback. Those of the life cycle return 0 for failure, 1 for done, 2 for accepted: the end then
-// comes as a notification 1 or 2.
+// inside the callback. Lifecycle calls return 0 for failure, 1 for done, 2 for accepted: the end is then
+// notified as 1 or 2.
 struct ZvCefPluginInfo {
     int64_t version;         // 1
     const char* pluginName;  // the library's file name without its ending; owned by the library
@@ -47,6 +47,6 @@ static_assert(offsetof(ZvCefPluginInfo, Stop) == 56, "slot 7");
 static_assert(offsetof(ZvCefPluginInfo, Uninitialize) == 64, "slot 8");
 static_assert(offsetof(ZvCefPluginInfo, OnJsonMessage) == 72, "slot 9");
 
-// The exported symbol, and its type for whoever looks it up by name.
+// The exported symbol, and its type for looking it up by name.
 extern "C" ZvCefPluginInfo* ZvCefPluginGetInfo();
 using ZvCefPluginGetInfoFn = ZvCefPluginInfo* (*)();

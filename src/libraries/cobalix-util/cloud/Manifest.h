@@ -1,5 +1,5 @@
 // The manifest of a remote folder: an object whose members are arrays of
-// {"path": relative path, "size": bytes, "sha256": lower-case hex}. What else an entry holds is passed over.
+// {"path": relative path, "size": bytes, "sha256": lower-case hex}. Other members of an entry are ignored.
 #pragma once
 
 #include <cstdint>
@@ -18,11 +18,11 @@ struct ManifestFile {
     std::string sha256;
 };
 
-// The files in the order of the text; one that is told twice alike comes once. Throws Error for a text of
+// The files in the order of the text; an identical repetition is left out. Throws Error for a text of
 // another form or beyond the limits, for a path that may not be used, and for two files of one path.
 std::vector<ManifestFile> ParseManifest(const std::string& text);
 
-// Whether a relative path can be put behind a folder's without leaving it and names a file the same way here
+// Whether a relative path can be appended to a folder's without leaving it and names a file the same way here
 // and in an address: parts with "/" between them, none of them empty, "." or "..", no backslash, no control
 // character, and no longer than file systems take.
 bool IsPlainPath(const std::string& path);

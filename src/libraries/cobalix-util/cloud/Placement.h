@@ -14,7 +14,7 @@ namespace KXP::Cloud {
 
 class LocalFolder {
   public:
-    // Made when it is missing, with the folders above it. Throws Error when it cannot be had.
+    // Made when it is missing, with the folders above it. Throws Error when that fails.
     explicit LocalFolder(const std::string& path);
 
     // Whether the file is there with the size and the digest that the manifest states. Costs reading a file

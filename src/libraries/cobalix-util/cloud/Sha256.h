@@ -1,4 +1,4 @@
-// The SHA-256 digest of bytes that come piece by piece.
+// The SHA-256 digest of bytes that arrive in pieces.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,9 @@ namespace KXP::Cloud {
 
 class Sha256 {
   public:
-    Sha256();  // throws Error when the digest cannot be had
+    Sha256();  // throws Error when the library has no such digest
     void Add(const char* bytes, size_t size);
-    // Lower-case hexadecimal. Nothing can be added behind it.
+    // Lower-case hexadecimal. Nothing can be added afterwards.
     std::string Finish();
 
   private:

@@ -13,7 +13,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// How often a fetch that waits for bytes looks at the clock and asks whether it is to stop.
+// How often a fetch that waits for bytes checks the clock and whether it is to stop.
 constexpr int kTickMs = 100;
 constexpr long kOk = 200;
 

@@ -51,10 +51,10 @@ void LogNameThread(const char* prefix, const char* suffix);
 // this machine, or a file's; without it the one that comes with the product. The manifest of a remote folder
 // is its file manifest.json: an object whose members are arrays of
 // {"path": relative path, "size": bytes, "sha256": lower-case hex}. Calls block, each wait of them with a
-// bound; they never throw, and tell in the log why they failed. Any number may run at once.
+// bound; they never throw, and log why they failed. Any number may run at once.
 
 // Fetches the manifest of a remote folder as JSON text. True with `manifest` filled on success; else it is
-// empty. `context` is handed to the matching CloudSyncFetchManifestEnd, which must be called in either case.
+// empty. `context` is passed to the matching CloudSyncFetchManifestEnd, which must be called in either case.
 bool CloudSyncFetchManifestBegin(const char* remoteFolder, std::string& manifest, void*& context);
 
 // Ends what CloudSyncFetchManifestBegin began. `manifest` is the JSON text that the caller goes on with.
@@ -63,8 +63,8 @@ void CloudSyncFetchManifestEnd(const char* remoteFolder, const char* localFolder
 
 // Brings the files that `manifest` names from the remote folder into the local folder, which lies under the
 // product data directory; those that are there with the right digest are not fetched. False when any of them
-// could not be had, and those behind it were not tried. Nothing is fetched when a path would leave the local
-// folder or the manifest is faulty otherwise.
+// could not be fetched; those after it are then not tried. Nothing is fetched when a path would leave the
+// local folder or the manifest is faulty otherwise.
 bool CloudSyncObject(const char* remoteFolder, const char* localFolder, const std::string& manifest);
 
 // Fails the calls that are in progress on other threads, which return within a second. Later calls work.
