@@ -1,0 +1,196 @@
+// How long a page waits for what the product itself does to captures: a move within the gallery, and a trim
+// into a file of its own and in place, through the staged library. The target, with 1,000 and with 100,000
+// captures on record, and without the system's file events as with them: 50 ms median and 150 ms for
+// "p99_ms". A trim is measured without the cut itself, which is made by the bare library in turn ("cut_ms").
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <dlfcn.h>
+#include <sys/inotify.h>
+
+#include "base/FileDescriptor.h"
+#include "core/container/cef/ZvCefPlugin.h"
+#include "sample-media/MadeMedia.h"
+#include "tests/support/FakeContainer.h"
+#include "tests/support/TempGallery.h"
+#include "tests/unit/ovnx-codelib/CodecLibrary.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kFilesPerGame = 200;
+constexpr std::chrono::minutes kPatience{5};
+
+// Takes all of the user's inotify instances, so that the plug-in gets none.
+class NoFileEvents {
+  public:
+    NoFileEvents() {
+        for (int fd = inotify_init1(IN_CLOEXEC); fd >= 0; fd = inotify_init1(IN_CLOEXEC))
+            taken_.emplace_back(fd);
+    }
+
+  private:
+    std::vector<KXP::FileDescriptor> taken_;
+};
+
+// The plug-in as a container has it.
+class Product {
+  public:
+    Product() {
+        void* const library = dlopen(PRODUCT_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+        if (!library) throw std::runtime_error(dlerror());
+        plugin_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(library, "ZvCefPluginGetInfo"))();
+        // The answer and the line of a finished scan may come in either order.
+        Expect("Tracker update done");
+        plugin_->Initialize(&Product::Callback, "{}", this);
+        (void)Await();
+        plugin_->Start();
+    }
+    ~Product() {
+        plugin_->Stop();
+        plugin_->Uninitialize();
+    }
+    Product(const Product&) = delete;
+    Product& operator=(const Product&) = delete;
+
+    // Milliseconds until the answer, which is "Success".
+    double Ask(const std::string& method, const std::string& payload) {
+        const std::string id = "ask" + std::to_string(++asked_);
+        Expect("\"reference_uniqueid\":\"" + id + "\"");
+        const Clock::time_point start = Clock::now();
+        plugin_->OnJsonMessage(Envelope(method, id, payload).c_str());
+        const std::string answer = Await();
+        const double taken = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        if (answer.find("\"Success\"") == std::string::npos) throw std::runtime_error(answer);
+        return taken;
+    }
+
+  private:
+    static void Callback(ZvCefPluginNotification_t, const char* text, void* context) {
+        auto* self = static_cast<Product*>(context);
+        const std::lock_guard<std::mutex> lock(self->mutex_);
+        if (self->found_ || std::string_view(text).find(self->wanted_) == std::string_view::npos) return;
+        self->found_ = text;
+        self->changed_.notify_all();
+    }
+    void Expect(std::string part) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        wanted_ = std::move(part);
+        found_.reset();
+    }
+    std::string Await() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, kPatience, [&] { return found_.has_value(); });
+        return found_.value_or("no answer");
+    }
+
+    ZvCefPluginInfo* plugin_ = nullptr;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::string wanted_;
+    std::optional<std::string> found_;
+    int asked_ = 0;
+};
+
+double Quantile(std::vector<double> values, double share) {
+    std::sort(values.begin(), values.end());
+    return values[std::min(values.size() - 1,
+                           static_cast<size_t>(share * static_cast<double>(values.size())))];
+}
+
+void Report(benchmark::State& state, const std::vector<double>& times) {
+    state.counters["median_ms"] = Quantile(times, 0.5);
+    state.counters["p99_ms"] = Quantile(times, 0.99);
+}
+
+// `count` screenshots on record, and a video to work on.
+class Gallery : public TempGallery {
+  public:
+    explicit Gallery(int64_t count) {
+        const std::string image = captures::Png(captures::PngText("Software", "Ovirastream SHARE"));
+        for (int64_t i = 0; i < count; ++i)
+            Add("Game " + std::to_string(i / kFilesPerGame) + "/" + std::to_string(i) + ".png", image);
+        made::Video video;
+        video.tagc = captures::Block("Ovirastream SHARE", "{}");
+        std::filesystem::create_directories(Path("Live"));
+        std::filesystem::copy_file(made::Path(video), Path("Live/source.mp4"));
+    }
+};
+
+// The second argument tells whether the plug-in has the system's file events.
+std::optional<NoFileEvents> EventsOf(const benchmark::State& state) {
+    std::optional<NoFileEvents> none;
+    if (state.range(1) == 0) none.emplace();
+    return none;
+}
+
+std::string Quoted(const std::string& name, const std::string& value) {
+    return "\"" + name + "\":\"" + value + "\"";
+}
+
+void Move(benchmark::State& state) {
+    const Gallery gallery(state.range(0));
+    const std::optional<NoFileEvents> none = EventsOf(state);
+    Product product;
+    std::vector<double> times;
+    while (state.KeepRunning()) {
+        const std::string name = "/" + std::to_string(times.size()) + ".mp4";
+        std::filesystem::copy_file(gallery.Path("Live/source.mp4"), gallery.home() / name.substr(1));
+        product.Ask("MoveFile", "{" + Quoted("source", gallery.home() / name.substr(1)) + "," +
+                                    Quoted("destination", gallery.Path("Live" + name)) + "}");
+        times.push_back(product.Ask("MoveFile", "{" + Quoted("source", gallery.Path("Live" + name)) + "," +
+                                                    Quoted("destination", gallery.Path("Moved" + name)) +
+                                                    "}"));
+        state.SetIterationTime(times.back() / 1000);
+    }
+    Report(state, times);
+}
+
+void Trim(benchmark::State& state, bool inPlace) {
+    const Gallery gallery(state.range(0));
+    const std::optional<NoFileEvents> none = EventsOf(state);
+    const CodecLibrary library;
+    Product product;
+    std::vector<double> times;
+    std::vector<double> cuts;
+    while (state.KeepRunning()) {
+        const std::string name = std::to_string(times.size()) + ".mp4";
+        const Clock::time_point start = Clock::now();
+        if (library.Remux(gallery.Path("Live/source.mp4"), gallery.home() / name, 0.5, 1.5) != 0)
+            state.SkipWithError("not cut");
+        cuts.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+        std::string source = gallery.Path("Live/source.mp4");
+        if (inPlace) {
+            source = gallery.Path("Live/in place.mp4");
+            std::filesystem::copy_file(gallery.Path("Live/source.mp4"), source,
+                                       std::filesystem::copy_options::overwrite_existing);
+        }
+        const double whole =
+            product.Ask("Trim", "{" + Quoted("input", source) + "," +
+                                    Quoted("output", inPlace ? source : gallery.Path("Live/" + name)) +
+                                    ",\"headTrimMs\":500,\"lengthMs\":1000}");
+        times.push_back(std::max(whole - cuts.back(), 0.0));
+        state.SetIterationTime(times.back() / 1000);
+    }
+    Report(state, times);
+    state.counters["cut_ms"] = Quantile(cuts, 0.5);
+}
+
+void Cases(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgNames({"captures", "events"})->UseManualTime()->Unit(benchmark::kMillisecond);
+    benchmark->Iterations(100)->Args({1000, 1})->Args({1000, 0})->Args({100000, 1})->Args({100000, 0});
+}
+BENCHMARK(Move)->Apply(Cases);
+BENCHMARK_CAPTURE(Trim, IntoAFileOfItsOwn, false)->Apply(Cases);
+BENCHMARK_CAPTURE(Trim, InPlace, true)->Apply(Cases);
+
+}  // namespace
