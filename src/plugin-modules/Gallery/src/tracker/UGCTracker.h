@@ -188,7 +188,8 @@ class UGCTracker : private IJournalSource {
     std::atomic<Rebuilding> rebuilding_;
     std::atomic<bool> stopping_{false};
 
-    mutable KXP::Mutex mutex_;
+    // Comes before the mutexes of Announcements, PendingHighlights, Backlog and News.
+    mutable KXP::OuterMutex mutex_;
     mutable KXP::CondVar entered_;  // a record, or the end of a wait
     RecordStore records_ GUARDED_BY(mutex_);
 

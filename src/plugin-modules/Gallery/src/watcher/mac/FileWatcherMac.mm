@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -65,7 +66,7 @@ class FileWatcher : public IFileWatcher {
     FSEventStreamRef stream_ = nullptr;
     CFRunLoopRef runLoop_ = nullptr;  // the thread's; retained, for it is used when the thread has ended
     std::thread thread_;
-    KXP::Mutex dispatchMutex_;
+    std::mutex dispatchMutex_;  // not a KXP::Mutex: the callback locks those under it
     KXP::CondVar runningChanged_;
     KXP::Mutex runningMutex_;
     bool running_ GUARDED_BY(runningMutex_) = false;
@@ -107,7 +108,7 @@ void FileWatcher::FsEventStreamCallback(ConstFSEventStreamRef, void* info, size_
                                         const FSEventStreamEventId* ids) {
     auto* self = static_cast<FileWatcher*>(info);
     const auto* names = static_cast<const char* const*>(paths);
-    KXP::MutexLock lock(self->dispatchMutex_);
+    const std::lock_guard<std::mutex> lock(self->dispatchMutex_);
     for (size_t i = 0; i < count; ++i) {
         watcher::DispatchWatchEvent(static_cast<int>(i), ids[i], {names[i], static_cast<uint32_t>(flags[i])},
                                     KindAt(names[i]), *self->callback_);
