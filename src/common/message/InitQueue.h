@@ -24,7 +24,7 @@ class InitQueue : public MessageHandler {
 
     std::unique_ptr<JSONMessage> TakeOldest() REQUIRES(queueMutex_);
 
-    Mutex queueMutex_ ACQUIRED_BEFORE(inFlightMutex_);
+    OuterMutex queueMutex_ ACQUIRED_BEFORE(inFlightMutex_);
     bool readyToForward_ GUARDED_BY(queueMutex_) = false;
     std::deque<std::unique_ptr<JSONMessage>> held_ GUARDED_BY(queueMutex_);  // newest in front
 

@@ -119,23 +119,23 @@ TEST_P(FileWatcherTest, KnowsWhetherMoreIsToCome) {
     options_.window = milliseconds(200);
     Watch();
     using Paths = std::vector<std::string>;
-    EXPECT_EQ(watcher_->Untold(), Paths());
+    EXPECT_EQ(watcher_->Unreported(), Paths());
     Write("a");
-    std::optional<Paths> untold;
-    while (!(untold = watcher_->Untold()))
+    std::optional<Paths> unreported;
+    while (!(unreported = watcher_->Unreported()))
         std::this_thread::yield();
-    EXPECT_EQ(*untold, Paths{At("a")});
+    EXPECT_EQ(*unreported, Paths{At("a")});
     EXPECT_TRUE(told_.WaitForCall("+" + At("a")));
     std::ofstream open(At("b"));
     Write("c");
     EXPECT_TRUE(told_.WaitForCall("+" + At("c")));
-    while (!(untold = watcher_->Untold()))
+    while (!(unreported = watcher_->Unreported()))
         std::this_thread::yield();
-    EXPECT_EQ(*untold, Paths{At("b")}) << "it is being written, and was a moment ago";
+    EXPECT_EQ(*unreported, Paths{At("b")}) << "it is being written, and was a moment ago";
     open.close();
     fs::remove(At("b"));
     EXPECT_TRUE(told_.WaitForCall("-" + At("b")));
-    while (watcher_->Untold() != Paths())
+    while (watcher_->Unreported() != Paths())
         std::this_thread::yield();
 }
 

@@ -10,7 +10,7 @@ using KXP::Value;
 namespace notifications {
 namespace {
 
-// The payload's one member `name`: an object with the one member `key`.
+// Adds to the payload its only member, `name`, an object whose only member is `key`.
 void WriteNested(Value& payload, Allocator& allocator, const char* name, const char* key, Value inner) {
     Value object(rapidjson::kObjectType);
     object.AddMember(rapidjson::StringRef(key), inner, allocator);
@@ -40,7 +40,7 @@ void WriteCapacity(Value& payload, Allocator& allocator, const Capacity& capacit
 }
 
 void WritePath(Value& payload, Allocator& allocator, const std::string& path) {
-    // A folder's name comes from the file system, and a message holds UTF-8 alone.
+    // The path comes from the file system and may not be UTF-8, as messages must be.
     payload.AddMember("path", Value(KXP::ToValidUtf8(path), allocator), allocator);
 }
 

@@ -1,5 +1,5 @@
-// What the notifications carry. Each function adds the members of one notification to its empty payload, and
-// knows nothing of messages and of who sends them.
+// The payloads of notifications. Each function adds the members of one notification to its empty payload; the
+// hub makes the messages and sends them.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace notifications {
 
-// The cap on what the gallery may take, and what it takes.
+// The cap on the gallery's size, and the current size.
 struct Capacity {
     bool enabled = false;
     uint32_t percent = 0;  // of the volume

@@ -69,7 +69,7 @@ class Settings : public KXP::JSONFile {
     std::atomic<TrackerUpdateState> trackerUpdateState_{TrackerUpdateNotActive};
 
     // Held while the file is read or written.
-    KXP::Mutex fileMutex_ ACQUIRED_BEFORE(pathMutex_);
+    KXP::OuterMutex fileMutex_ ACQUIRED_BEFORE(pathMutex_);
     mutable KXP::Mutex pathMutex_;
     std::string userGalleryPath_ GUARDED_BY(pathMutex_);
     std::string tempFolder_ GUARDED_BY(pathMutex_);

@@ -1,4 +1,4 @@
-// What the capture service has said of files that are not on record yet.
+// What the capture service has announced of files that are not on record yet.
 #pragma once
 
 #include <map>
@@ -8,22 +8,22 @@
 #include "libraries/share-common/Highlight.h"
 
 struct Announcement {
-    bool ofHighlight = false;  // else of a capture, and `highlight` is what its message held, mostly nothing
-    bool unannounced = false;  // what the pages are to read of a highlight
+    bool ofHighlight = false;  // if not, `highlight` is what the message held, mostly nothing
+    bool unannounced = false;  // the member of that name in a highlight's notification
     Highlight highlight;
 };
 
-// Any thread. Its mutex is a leaf, taken under the tracker's as well.
+// Any thread. Its mutex may be taken under the tracker's.
 class Announcements {
   public:
-    // What waited when a file was notified of.
+    // Which announcements waited when a file got on record.
     enum class Found { NothingWaits, OthersWait, ThisWaited };
 
-    // Replaces what waited for `path`. What never gets on record stays until the end.
+    // Replaces an announcement that waits for `path`. It is kept until the file gets on record.
     void Put(const std::string& path, const Announcement& announcement) EXCLUDES(mutex_);
-    // Takes out what waits for `path`; `unannounced` is set for ThisWaited alone.
+    // Removes the announcement that waits for `path`; sets `unannounced` only for ThisWaited.
     Found Take(const std::string& path, bool& unannounced) EXCLUDES(mutex_);
-    // The highlight that waits for `path`. False, and `highlight` as it was, when nothing waits for the path.
+    // Returns false, with `highlight` unchanged, when no announcement waits for `path`.
     bool GetHighlightInfo(const std::string& path, Highlight& highlight) const EXCLUDES(mutex_);
 
   private:

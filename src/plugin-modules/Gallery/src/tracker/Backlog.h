@@ -1,5 +1,5 @@
-// What has become known of the gallery and is not worked off yet, and files that were looked at and are none
-// of the product's: with both, whether the record is complete can be answered.
+// Counts the changes that wait to be tracked, and remembers files that were inspected and refused. Both are
+// needed to decide whether the record is complete.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,7 @@
 
 #include "common/Mutex.h"
 
-// Any thread. Its mutex is a leaf.
+// Any thread. Its mutex may be taken under the tracker's.
 class Backlog {
   public:
     void Begin() { ++entries_; }
@@ -29,7 +29,7 @@ class Backlog {
   private:
     static constexpr size_t kMostRefused = 4096;
 
-    std::atomic<size_t> entries_{0};  // of the tracker's queue that work on paths
+    std::atomic<size_t> entries_{0};  // in the tracker's queue, for paths
     mutable KXP::Mutex mutex_;
-    std::set<std::string> refused_ GUARDED_BY(mutex_);  // the last ones
+    std::set<std::string> refused_ GUARDED_BY(mutex_);  // lately
 };

@@ -23,7 +23,7 @@ void CapacityWatch::UpdateGalleryUsage(uint32_t usageKB) {
                                [this, full] { host_.NotifyGalleryIsFull(full); });
 }
 
-// In the 32-bit arithmetic that the pages' own figures come from. A volume of no size counts as not measured.
+// In 32-bit arithmetic, like the figures that pages get. A volume of size 0 counts as not measured.
 CapacityWatch::Crossing CapacityWatch::Cross(uint32_t usageMB, uint32_t totalMB, uint32_t maxPercent) {
     const uint32_t percent = totalMB == 0 ? 0 : usageMB * 100 / totalMB;
     const KXP::MutexLock lock(mutex_);

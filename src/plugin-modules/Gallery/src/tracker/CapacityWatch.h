@@ -1,4 +1,4 @@
-// How much of the user's share of the volume the gallery takes, and whether the volumes are nearly full.
+// Watches how much of its share of the volume the gallery uses, and whether the volumes are nearly full.
 #pragma once
 
 #include <cstdint>
@@ -7,16 +7,17 @@
 #include "common/plugincommon/task/TaskQueue.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 
-// `queue` is the tracker's; its worker does what is delayed. Both arguments outlive this object.
+// `queue` is the tracker's; its worker runs delayed notifications and checks. Both arguments outlive this
+// object.
 class CapacityWatch {
   public:
     CapacityWatch(ITrackerHost& host, KXP::TaskQueue& queue) : host_(host), queue_(queue) {}
 
-    // Reports the usage, and 8 seconds later that the cap was crossed, once in each direction. A crossing
-    // while the cap is off is not reported later. Any thread, with no lock held.
+    // Reports the usage to the host and, 8 seconds later, that it has crossed the cap, once for each
+    // crossing. A crossing while the cap is off is never reported. Any thread, with no lock held.
     void UpdateGalleryUsage(uint32_t usageKB) EXCLUDES(mutex_);
 
-    // Looks at the volumes every 60 seconds from now on.
+    // Checks the volumes every 60 seconds from now on.
     void MonitorDiskSpace();
 
   private:
@@ -27,6 +28,6 @@ class CapacityWatch {
     ITrackerHost& host_;
     KXP::TaskQueue& queue_;
     KXP::Mutex mutex_;
-    bool capNotifyArmed_ GUARDED_BY(mutex_) = true;  // below the cap, as far as is known
-    bool lowDiskResetFlag_ = false;                  // worker
+    bool capNotifyArmed_ GUARDED_BY(mutex_) = true;  // the usage was last below the cap
+    bool lowDiskResetFlag_ = false;                  // used by the worker alone
 };

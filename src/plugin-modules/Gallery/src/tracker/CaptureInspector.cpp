@@ -92,7 +92,7 @@ bool FormatDuration(double seconds, std::string& text, uint32_t& milliseconds) {
 RetVal InspectCapture(const std::string& path, TrackedUGC& record) {
     record.path = path;
     (void)KXP::FileUnlockedCheckAndWait(path, 40);
-    // Opened once: all questions go to the same file, also when another takes its path meanwhile.
+    // Opened once, so that all data come from the same file even if another takes its path meanwhile.
     KXP::ifstream file;
     if (RetVal owner = CheckOwner(path, file, record); owner.Failed()) return owner;
     if (RetVal measured = MeasureFile(file.status(), record); measured.Failed()) return measured;

@@ -15,18 +15,18 @@ class ITrackerHost {
     virtual ~ITrackerHost() = default;
 
     virtual Settings* GetGallerySettings() = 0;
-    // They outlast each tracker, for they may be of a file that another gallery's tracker comes to know.
+    // They outlive the tracker, because an announced file may be found by the next gallery's tracker.
     virtual Announcements& GetAnnouncements() = 0;
-    // The gallery of a tracker that is made now. Ends in "/". Throws KXP::Exception when the folder is not
-    // there and cannot be made.
+    // The current gallery. Ends in "/". Throws KXP::Exception when the folder does not exist and cannot be
+    // created.
     virtual std::string GetGalleryPath() = 0;
     // Whether the user's volume or the gallery's is nearly full.
     virtual bool CheckLowDiskSpace() = 0;
 
     virtual void UpdateGalleryUsage(unsigned usageMB) = 0;
-    // A file has come on record. `unannounced` is that of its announcement, if one waited.
+    // A file got on record. `unannounced` is that of its announcement, if one waited.
     virtual void NotifyUGCAdded(TrackedUGC ugc, Announcements::Found announced, bool unannounced) = 0;
-    // A file that was on record when it was announced.
+    // A file was announced that is on record.
     virtual void NotifyCaptureSaved(const TrackedUGC& ugc, bool unannounced) = 0;
     virtual void NotifyHighlightSaved(TrackedUGC& ugc, bool unannounced) = 0;
     virtual void NotifyUGCDeleted(const TrackedUGC& ugc) = 0;

@@ -1,4 +1,4 @@
-// Paths whose events the tracker passes over, because the product itself is at work on them.
+// Paths whose changes the tracker ignores while the product itself works on them.
 #pragma once
 
 #include <set>
@@ -7,14 +7,14 @@
 
 #include "common/Mutex.h"
 
-// Any thread. Its mutex is a leaf.
+// Any thread.
 class IgnoreList {
   public:
     void Add(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
         KXP::MutexLock lock(mutex_);
         paths_.insert(paths.begin(), paths.end());
     }
-    // All or none: false when one of them is there already.
+    // Adds all or none: returns false if one of them is there already.
     bool AddIfNone(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
         KXP::MutexLock lock(mutex_);
         for (const std::string& path : paths)
@@ -22,7 +22,7 @@ class IgnoreList {
         paths_.insert(paths.begin(), paths.end());
         return true;
     }
-    // Once is enough, however often a path was added.
+    // Removes each path, however often it was added.
     void Remove(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
         KXP::MutexLock lock(mutex_);
         for (const std::string& path : paths)

@@ -50,7 +50,7 @@ void News::ReleaseCovered(const KXP::RetVal& written) {
 std::vector<News::Change> News::TakeCovered(bool written) {
     std::vector<Change> failed;
     const KXP::MutexLock lock(mutex_);
-    // What was added since and needs no write waits for nothing but those before it.
+    // What was added after the cover and needs no write has waited only for the covered ones.
     while (covered_ < waiting_.size() && waiting_[covered_].change == Change::None)
         ++covered_;
     for (; covered_ > 0; --covered_, waiting_.pop_front()) {

@@ -1,8 +1,8 @@
-// What the plug-in is to be notified of, in the order of the changes: a change that has to be in the
-// tracker's file first waits for the write, and later news waits for what stands before it.
+// Notifications for the plug-in, in the order of the changes. One whose change has to be written to the
+// tracker's file first waits for the write, and later ones wait for those before them.
 //
-// Any thread. News is added while the lock of what has changed is held, which fixes the order, and delivered
-// by Drain with none held. Its mutex is a leaf.
+// Any thread. They are added under the lock of the data that changed, which fixes their order, and delivered
+// by Drain with no lock held. The mutex here may be taken under the tracker's.
 #pragma once
 
 #include <chrono>
@@ -19,30 +19,31 @@ class News {
   public:
     using Event = std::function<void()>;
 
-    // The change that news is of. What a write decides on is dropped and logged when the write fails.
+    // What has changed. Except for None the notification depends on a write: when that fails, it is logged
+    // and dropped.
     enum class Change {
         Tracked,
         Untracked,
-        None,  // no write decides on it
+        None,  // does not depend on a write
     };
 
     explicit News(KXP::Clock& clock) : clock_(clock) {}
 
-    // `notify` may be null, for a change that has to be written and that nobody is notified of.
+    // `notify` may be null for a change that has to be written without a notification.
     void Add(Change change, Event notify) EXCLUDES(mutex_);
-    // Ahead of all that waits for a write.
+    // Adds it before all that wait for a write.
     void AddAtOnce(Event notify) EXCLUDES(mutex_);
 
     bool HasUnwritten() const EXCLUDES(mutex_);
-    // Whether the oldest of what waits, if anything does, has waited for less than `limit`.
+    // Whether every notification has waited for less than `limit`.
     bool MayWait(std::chrono::milliseconds limit) const EXCLUDES(mutex_);
-    // What waits now is what the next ReleaseCovered is about. One writer at a time.
+    // The next ReleaseCovered applies to all that wait now. One writer at a time.
     void CoverAll() EXCLUDES(mutex_);
-    // What was covered has been written, or could not be.
+    // The covered changes have been written, or the write has failed.
     void ReleaseCovered(const KXP::RetVal& written) EXCLUDES(mutex_);
 
-    // Delivers what waits for nothing, one after the other. While one thread does, others leave theirs to
-    // that one, so that the order holds; an event may add more. What an event throws is logged.
+    // Delivers the notifications that are ready, one after another. Only one thread delivers at a time, also
+    // what others add meanwhile; this keeps the order. An event may add more, and its exceptions are logged.
     void Drain() EXCLUDES(mutex_);
 
   private:
@@ -57,7 +58,7 @@ class News {
     mutable KXP::Mutex mutex_;
     std::deque<Item> waiting_ GUARDED_BY(mutex_);
     KXP::TimePoint waitsSince_ GUARDED_BY(mutex_);
-    size_t covered_ GUARDED_BY(mutex_) = 0;  // of `waiting_`
+    size_t covered_ GUARDED_BY(mutex_) = 0;  // how many of `waiting_`, from the front
     std::deque<Event> ready_ GUARDED_BY(mutex_);
     bool draining_ GUARDED_BY(mutex_) = false;
 };

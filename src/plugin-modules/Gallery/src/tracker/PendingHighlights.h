@@ -1,4 +1,4 @@
-// The highlights in flight: announced, with their final id, while their files are yet to come.
+// Highlights in flight: announced, with the id that their captures will have, before their files exist.
 #pragma once
 
 #include <map>
@@ -9,14 +9,14 @@
 #include "libraries/share-common/Highlight.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
-// Any thread. Its mutex is a leaf.
+// Any thread. Its mutex may be taken under the tracker's.
 class PendingHighlights {
   public:
-    // Keeps it under its message bus reference, in place of an earlier one.
+    // Replaces one with the same message bus reference.
     void Enqueue(const Highlight& highlight) EXCLUDES(mutex_);
-    // Forgets the one with the same reference; false when there is none.
+    // Removes the one with the same reference; returns false when there is none.
     bool Dequeue(const Highlight& highlight) EXCLUDES(mutex_);
-    // Appends those of the game and, unless that is empty, of the group.
+    // Appends those of the game, or only those of `group` unless it is empty.
     void AppendTo(std::vector<TrackedUGC>& out, const std::string& game, const std::string& group) const
         EXCLUDES(mutex_);
 

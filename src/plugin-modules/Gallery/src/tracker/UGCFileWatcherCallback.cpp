@@ -20,7 +20,7 @@ void UGCFileWatcherCallback::Untrack(std::string path) {
 }
 
 bool UGCFileWatcherCallback::IsOwnFile(const std::string& path) const {
-    // A gallery may be anywhere, also beside the folder where the tracker writes with each capture. By name
-    // first: the comparison of folders asks the disk.
+    // The watched tree may contain the share folder, which the tracker writes to with each capture. The name
+    // is compared first because comparing folders takes system calls.
     return IsShareFileName(KXP::NameOf(path)) && KXP::SamePath(KXP::ParentOf(path), ownFolder_);
 }

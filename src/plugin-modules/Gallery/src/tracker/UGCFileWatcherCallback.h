@@ -1,4 +1,4 @@
-// From the watcher to the tracker.
+// Passes the watcher's reports to the tracker.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ class UGCTracker;
 
 class UGCFileWatcherCallback : public IFileWatcherCallback {
   public:
-    // The watcher ends before the tracker. `ownFolder` holds the product's own files.
+    // `tracker` outlives it. `ownFolder` holds the product's own files, which are not captures.
     UGCFileWatcherCallback(UGCTracker* tracker, std::string ownFolder);
 
     void Track(std::string path, bool isFolder) override;

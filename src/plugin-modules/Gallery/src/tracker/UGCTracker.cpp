@@ -32,8 +32,8 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
       capacity_(host_, queue_) {
     if (!useUniqueFile) DeleteUniqueTrackerFiles();
     journal_.Open(useUniqueFile);
-    // Watched first and worked off last: what changes while the file is read and compared is in the queue
-    // when the worker starts, after what a rebuild has queued, and nothing falls between.
+    // The watcher starts first and the worker last: changes made while the file is read and compared are in
+    // the queue when the worker starts, after the entries of a rebuild, and none is missed.
     if (parts.watch) StartWatcher(parts.watcher);
     ParseTracker();
     capacity_.MonitorDiskSpace();
@@ -58,7 +58,7 @@ void UGCTracker::Stop() {
     DeleteUniqueTrackerFiles();
     KXP_LOG(KXP::LogMilestone, "Stop tracker");
     queue_.StopAndJoin();
-    // While the watcher can still say whether there is more to come.
+    // While the watcher can still report whether there are more changes.
     if (news_.HasUnwritten()) (void)journal_.WriteUGCToTracker(Sum::Renew);
     PaySum();
     journal_.Close();
@@ -69,7 +69,7 @@ void UGCTracker::Stop() {
 void UGCTracker::ParseTracker() {
     KXP::Document document;
     TrackerInfo info;
-    // A mark of a rebuild that is still in the settings is from a start that did not end it.
+    // If the settings still say that a rebuild is in progress, an earlier start did not finish it.
     if (journal_.Read(document, info).Failed() || info.version != kTrackerVersion ||
         host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress)
         return Rebuild("ParseTracker::rebuilding from GalleryPath");
@@ -113,9 +113,9 @@ void UGCTracker::UpdateTracker() {
     const std::vector<std::string> files = ScanGallery(gallery_);
     Rebuilding none = Rebuilding::No;
     rebuilding_.compare_exchange_strong(none, Rebuilding::Silently);
-    // On disk before the first file is queued: whatever ends the process now, the next start rebuilds.
+    // Written before the first file is queued, so that the next start rebuilds if the process ends now.
     host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateInProgress);
-    // The scan has seen what each is and where it lies.
+    // Without TrackFile's checks of kind and folder, which the scan has made.
     for (const std::string& path : files)
         if (!ignoreList_.Has(path)) EnqueueTrack(path);
     if (rebuilding_ == Rebuilding::InOneFile)

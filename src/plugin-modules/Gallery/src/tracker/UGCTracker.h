@@ -1,13 +1,13 @@
-// The captures of the gallery, kept in memory and mirrored in a file, and kept true to the disk: compared
-// with it at the start, followed by a watcher afterwards, and checked whenever a list is asked for.
+// The captures of the gallery, kept in memory and mirrored in a file. The record is compared with the disk at
+// the start, a watcher keeps it up to date afterwards, and each list is checked when it is requested.
 //
-// Threads: the "UGC_" worker tracks what the watcher and the capture service report; what the product itself
-// does to a file is tracked by the thread that does it. Any thread may ask. The host is notified of a change
-// when the function that made it returns or, when another thread is notifying at that moment, by that thread,
-// and always in the order of the changes.
+// Threads: the "UGC_" worker tracks what the watcher and the capture service report; when the product itself
+// changes a file, the thread that does so tracks it. Any thread may query. The host is notified of a change
+// before the function that made it returns or, if another thread is notifying at that moment, by that thread;
+// always in the order of the changes.
 //
-// A write costs as much as the gallery is large, so files that are tracked one after the other share one:
-// each is on record at once, and the host is notified when it is in the file (see journal/TrackerJournal.h).
+// A write costs as much as the gallery is large, so files that are tracked in a row share one: each is on
+// record at once, and the host is notified when it is in the file (see journal/TrackerJournal.h).
 #pragma once
 
 #include <atomic>
@@ -41,45 +41,46 @@ class UGCTracker : private IJournalSource {
     // What a test replaces.
     struct Parts {
         KXP::Clock& clock = KXP::Clock::Steady();
-        bool startWorker = true;  // else the test steps queue()
+        bool startWorker = true;  // without it the test calls queue().Step()
         bool watch = true;
-        WatcherOptions watcher;  // but for its gallery
-        // The host is notified of captures before a sum of the gallery's tree that takes longer.
+        WatcherOptions watcher;  // except its gallery, which is always the host's
+        // If summing up the gallery's tree takes longer, the host is notified of captures before it.
         std::chrono::milliseconds sumInPassing{5};
     };
 
-    // Starts with what the file holds or, when that is not true to the disk, with a rebuild that goes on
-    // after the constructor. With `useUniqueFile` it always rebuilds, into a file of its own that replaces
-    // the tracker's at the end. `host` outlives it. Throws KXP::Exception when the share folder cannot be
-    // made, and std::runtime_error when no unique name is left.
+    // Starts with the file's content or, if that does not match the disk, with a rebuild that continues after
+    // the constructor has returned. With `useUniqueFile` it always rebuilds, into a file of its own that
+    // replaces the tracker's file at the end. `host` outlives it. Throws KXP::Exception when the share folder
+    // cannot be created, and std::runtime_error when no unique name is left.
     UGCTracker(ITrackerHost* host, bool useUniqueFile) : UGCTracker(host, useUniqueFile, Parts{}) {}
     UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& parts);
-    // Stops; on any thread but its own worker and watcher.
+    // Stops. On any thread but the tracker's worker and the watcher's.
     ~UGCTracker() override;
     UGCTracker(const UGCTracker&) = delete;
     UGCTracker& operator=(const UGCTracker&) = delete;
 
-    // Ends worker and watcher and writes what is not written. Nothing touches the file afterwards; what is on
-    // record can still be asked for.
+    // Ends the worker and the watcher and writes what is not written yet. Nothing touches the file
+    // afterwards, and queries are still answered.
     void Stop();
-    // Ends in "/". A tracker belongs to one gallery; another folder gets a tracker of its own.
+    // Ends in "/". It never changes; another gallery gets another tracker.
     const std::string& gallery() const { return gallery_; }
 
-    // Queues a look at the whole gallery, which only adds.
+    // Queues a scan of the whole gallery, which only adds records.
     void UpdateTracker();
-    // Queue the work for one path; for a folder, what lies in it, and the whole gallery for that itself.
-    // TrackWatchedFile is for a path that is known to be no folder.
+    // Each queues the work for one path. TrackFolder tracks the files in a folder; for the gallery, or the
+    // folder that holds it, the whole gallery. TrackWatchedFile is for a path that is known not to be a
+    // folder.
     void TrackFile(const std::string& path);
     void TrackWatchedFile(const std::string& path);
     void TrackFolder(const std::string& path);
     void UntrackFile(const std::string& path);
 
-    // What the product itself has just done to a file: on record, or off it, when the call returns, and
-    // written by the worker later. A path that can never be on record changes nothing.
+    // For what the product itself has just done to a file: the record is there, or gone, when the call
+    // returns; the worker writes the file later. A path that can never be on record has no effect.
     void TrackNow(const std::string& path);
     void UntrackNow(const std::string& path);
-    // Waits until the file at the path is on record. False at `until`, after Stop, when `cancelled` is set
-    // and WakeWaiting called after that, and at once for a path that can never be on record.
+    // Waits until the file at the path is on record. Returns false at `until`, after Stop, when `cancelled`
+    // is set and WakeWaiting called after that, and at once for a path that can never be on record.
     bool AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
                       const std::atomic<bool>& cancelled) const;
     void WakeWaiting();
@@ -91,32 +92,33 @@ class UGCTracker : private IJournalSource {
     // 0x80070002 for a path that is not on record.
     KXP::RetVal GetUGCData(const std::string& path, TrackedUGC& out) const;
     std::vector<std::string> GetTrackedGames() const;
-    // The game's captures whose files are there, oldest first. The others go off the record.
+    // The game's captures whose files exist, oldest first. Removes the records of the others.
     std::vector<TrackedUGC> GetSanatizedGameUGC(const std::string& game);
-    // The same and its highlights in flight, newest first.
+    // The same together with the game's highlights in flight, newest first.
     std::vector<TrackedUGC> GetGameUGC(const std::string& game);
     // Of all games, newest first.
     std::vector<TrackedUGC> GetRecentUGC(unsigned count);
     void GetAppStats(const std::string& game, unsigned& videos, unsigned& images);
     unsigned GetCurrentSizeMB() const;
-    // Deletes the file, and its folder when that is then empty. The watcher takes it off the record.
+    // Deletes the file, and its folder if that is then empty. The watcher's report removes the record.
     KXP::RetVal DeleteUGC(const TrackedUGC& record);
-    // The texts laid over a capture, both empty for none. 0x80070002 for a path that is not on record.
+    // Sets the texts shown over a capture; both are empty for none. 0x80070002 for a path that is not on
+    // record.
     KXP::RetVal AddMeme(const std::string& path, const std::string& topBarText,
                         const std::string& bottomBarText);
 
-    // What the capture service says of a file that it has saved: the host is notified of it now when the file
-    // is on record, and when it has come on record otherwise.
+    // For a file that the capture service reports as saved: the host is notified now if the file is on
+    // record, and otherwise when it gets on record.
     void Announce(const std::string& path, const Announcement& announcement);
 
-    // Highlights. The first gives `highlight` the id that its capture will have; unless its file comes within
-    // a minute of its end, it is cancelled.
+    // Highlights. EnqueuePendingHighlight sets the id of `highlight`, which its capture will have. A
+    // highlight whose file has not come a minute after its end is cancelled.
     void EnqueuePendingHighlight(Highlight& highlight);
     bool DequeuePendingHighlight(const Highlight& highlight) { return pendingHighlights_.Dequeue(highlight); }
     // 0x80070002 when there is none, in flight or tracked.
     KXP::RetVal GetHighlights(std::vector<TrackedUGC>& out, const std::string& game,
                               const std::string& group) const;
-    // A mask of 0 lets all pass.
+    // A mask of 0 matches all.
     KXP::RetVal GetFilteredHighlights(std::vector<TrackedUGC>& out, const std::string& game,
                                       const std::string& group, int tagMask, int significanceMask) const;
     KXP::RetVal DeleteTrackedHighlights(const std::vector<TrackedUGC>& records);
@@ -129,11 +131,11 @@ class UGCTracker : private IJournalSource {
     using RecordPtr = RecordStore::RecordPtr;
     using Sum = TrackerJournal::Sum;
 
-    // The one truth about a rebuild, whose mark in the settings is for the next start alone.
+    // Whether a rebuild is in progress, and which kind. The state in the settings serves only the next start.
     enum class Rebuilding {
         No,
-        Silently,   // at a start, or when the gallery itself has come back
-        InOneFile,  // after a change of the gallery; pages see each file count
+        Silently,   // at a start, or after the gallery's folder has come back; pages are not notified
+        InOneFile,  // after a change of the gallery; pages are notified of its progress
     };
 
     // Start and rebuild.
@@ -148,7 +150,7 @@ class UGCTracker : private IJournalSource {
     void EnqueueTrack(const std::string& path);
     void UntrackPath(const std::string& path, uint64_t before) EXCLUDES(mutex_);
     bool MayWaitForNext();
-    void EndStep();
+    void FinishEntry();
 
     // Any thread.
     void TrackOrLog(const std::string& path);
@@ -178,7 +180,7 @@ class UGCTracker : private IJournalSource {
     ITrackerHost& host_;
     const std::string gallery_;
 
-    // With synchronisation of their own.
+    // Each has its own synchronisation.
     Announcements& announcements_;
     IgnoreList ignoreList_;
     PendingHighlights pendingHighlights_;
@@ -188,13 +190,15 @@ class UGCTracker : private IJournalSource {
     std::atomic<Rebuilding> rebuilding_;
     std::atomic<bool> stopping_{false};
 
-    mutable KXP::Mutex mutex_;
-    mutable KXP::CondVar entered_;  // a record, or the end of a wait
+    // Comes before the mutexes of Announcements, PendingHighlights, Backlog and News.
+    mutable KXP::OuterMutex mutex_;
+    mutable KXP::CondVar entered_;  // a record was added, or a wait has to end
     RecordStore records_ GUARDED_BY(mutex_);
 
-    // The constructor's and Stop's; in between whoever has the journal's turn.
+    // Set by the constructor and Stop; in between the thread that has the journal's turn uses it.
     std::unique_ptr<IFileWatcher> watcher_;
-    // Entries of the queue use all of the above. Stop ends it before the watcher, whose events it drops then.
+    // Its entries use all of the above. Stop ends it before the watcher, and then drops the watcher's
+    // reports.
     KXP::TaskQueue queue_;
     CapacityWatch capacity_;
 };

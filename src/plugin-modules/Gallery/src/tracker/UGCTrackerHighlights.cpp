@@ -1,4 +1,4 @@
-// Announced files and highlights: in flight, tied to their files, and by group.
+// Announced files, and highlights: in flight, matched with their files, and by group.
 #include <algorithm>
 #include <chrono>
 #include <map>
@@ -14,7 +14,7 @@ namespace Code = KXP::Code;
 
 namespace {
 
-// How long after its end a highlight may still come.
+// How long after a highlight's end its file may still come.
 constexpr std::chrono::milliseconds kHighlightGrace{60000};
 
 void KeepMatching(std::vector<TrackedUGC>& records, int32_t TrackedUGC::*bits, int mask) {
@@ -41,7 +41,8 @@ void UGCTracker::EnqueuePendingHighlight(Highlight& highlight) {
     });
 }
 
-// One critical section: an announcement finds the record, or the record finds the announcement.
+// In one critical section: either the announcement finds the record, or the record will find the
+// announcement.
 void UGCTracker::Announce(const std::string& path, const Announcement& announcement) {
     std::optional<int32_t> oldId;
     {
@@ -58,7 +59,7 @@ void UGCTracker::Announce(const std::string& path, const Announcement& announcem
     if (announcement.ofHighlight) {
         KXP_LOG(KXP::LogFailure, "UpdateHighlightInfo %s %d HL id %d", KXP::NameOf(path).c_str(), *oldId,
                 announcement.highlight.GetId());
-        // On the worker: the caller is the thread of the messages, and nobody waits for the file.
+        // On the tracker's worker: the caller is the module's worker, and nobody waits for the file.
         queue_.EnqueueNotification(queue_.Now(), [this] {
             (void)journal_.WriteUGCToTracker(Sum::Keep);
             news_.Drain();
@@ -84,7 +85,7 @@ int32_t UGCTracker::UpdateHighlightInfo(const RecordPtr& found, const Highlight&
 }
 
 void UGCTracker::NotifyAnnounced(const std::string& path, const Announcement& announcement) {
-    // An earlier announcement of the same file that nothing has taken up since.
+    // Drops an earlier announcement of the same file that nothing has used.
     bool unannounced = false;
     (void)announcements_.Take(path, unannounced);
     TrackedUGC record;
@@ -122,7 +123,7 @@ RetVal UGCTracker::DeleteTrackedHighlights(const std::vector<TrackedUGC>& record
     {
         KXP::MutexLock lock(mutex_);
         for (TrackedUGC& record : doomed) {
-            // The usage stays: the next rebuild counts afresh, and until then it errs on the safe side.
+            // The usage is not reduced: it is too high, which is safe, until the next rebuild counts again.
             const RecordPtr taken = records_.Take(record.id, record.profileName, record.highlightGroupId);
             if (!taken) continue;
             record.path = taken->path;

@@ -1,4 +1,4 @@
-// What can be asked of the record, and changes to single records.
+// Queries, and changes to single records.
 #include <algorithm>
 #include <utility>
 
@@ -33,7 +33,7 @@ std::vector<std::string> UGCTracker::GetTrackedGames() const {
     return names;
 }
 
-// Takes the records whose files are gone out of `list`, and off the record.
+// Removes the captures whose files are gone, from `list` and from the record.
 void UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
     const auto gone = std::stable_partition(
         list.begin(), list.end(), [](const TrackedUGC& record) { return record.MediaFileExists(); });
@@ -83,7 +83,7 @@ std::vector<TrackedUGC> UGCTracker::GetRecentUGC(unsigned count) {
         if (count > 0) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
         return out;
     }
-    // From the newest down until there are enough: what is gone further down is found when it is asked for.
+    // From the newest on until there are enough; older records are not checked.
     std::vector<std::string> gone;
     RecordStore::IdKey end = RecordStore::NewestEnd();
     std::vector<RecordPtr> next;

@@ -1,4 +1,4 @@
-// The road of one path: onto the record and off it again.
+// How a path gets on record, and how its record is removed.
 #include "CobalixUtil.h"
 #include "base/Path.h"
 #include "common/DirUtil.h"
@@ -10,12 +10,12 @@
 
 namespace {
 
-// How long a file that is on record may wait for the write. Somebody is watching what comes in live; a
-// rebuild, whose mark is on disk, only has to be done.
+// How long a new record may wait to be written. A user may be waiting to see a new capture; a rebuild may
+// take its time, and is repeated if it does not finish.
 constexpr std::chrono::milliseconds kLiveRun{100};
 constexpr std::chrono::milliseconds kRebuildRun{1000};
 
-// Marks the queue's entries that track or untrack, which share their write with the next of the kind.
+// Marks the queue's entries that track or untrack a file; those in a row share a write.
 const char kRunTag = 0;
 
 }  // namespace
@@ -31,7 +31,7 @@ void UGCTracker::TrackWatchedFile(const std::string& path) {
 void UGCTracker::EnqueueTrack(const std::string& path) {
     EnqueueWork(&kRunTag, [this, path] {
         TrackOrLog(path);
-        EndStep();
+        FinishEntry();
     });
 }
 
@@ -53,11 +53,11 @@ void UGCTracker::UntrackFile(const std::string& path) {
     }
     EnqueueWork(&kRunTag, [this, path, before] {
         UntrackPath(path, before);
-        EndStep();
+        FinishEntry();
     });
 }
 
-// While an entry waits to be begun, more is known than is on record.
+// The backlog counts an entry until it begins: until then a known change is missing from the record.
 void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
     backlog_.Begin();
     queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
@@ -66,7 +66,7 @@ void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
     });
 }
 
-void UGCTracker::EndStep() {
+void UGCTracker::FinishEntry() {
     queue_.AssertOnWorker();
     if (!MayWaitForNext() && news_.HasUnwritten()) (void)journal_.WriteUGCToTracker(Sum::Later);
     news_.Drain();
@@ -82,14 +82,14 @@ void UGCTracker::TrackNow(const std::string& path) {
     const std::optional<std::string> place = CapturePathOf(path, gallery_);
     if (!place) return;
     TrackOrLog(*place);
-    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { EndStep(); });
+    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { FinishEntry(); });
 }
 
 void UGCTracker::UntrackNow(const std::string& path) {
     const std::optional<std::string> place = CapturePathOf(path, gallery_);
     if (!place || Untrack({*place}, UINT64_MAX) == 0) return;
     AddUntrackedNews();
-    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { EndStep(); });
+    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { FinishEntry(); });
 }
 
 bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
@@ -104,7 +104,7 @@ bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock
     return true;
 }
 
-// With the mutex taken once, so that no wait misses what was changed before the call.
+// Takes the mutex so that no wait misses what was changed before the call.
 void UGCTracker::WakeWaiting() {
     const KXP::MutexLock lock(mutex_);
     entered_.NotifyAll();
@@ -132,14 +132,14 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
 }
 
 void UGCTracker::EnterRecord(TrackedUGC record) {
-    // The folder, and not what the file says of itself, decides the game: users sort their captures.
+    // The folder decides which game it is, not the file's own metadata, because users sort their captures.
     record.profileName = KXP::NameOf(KXP::ParentOf(record.path));
     Highlight highlight;
 
     const KXP::MutexLock lock(mutex_);
-    // Another thread may have been faster.
+    // Another thread may have tracked it meanwhile.
     if (records_.FindByPath(record.path)) return;
-    // Asked for under the lock: an announcement that comes too late to be found here finds the record.
+    // Looked up under the lock: an announcement that comes later finds the record.
     if (TrackedUGC::IsAHighlight(record) && announcements_.GetHighlightInfo(record.path, highlight)) {
         TakeHighlight(highlight, record);
     } else {
@@ -180,7 +180,7 @@ void UGCTracker::TakeHighlight(const Highlight& highlight, TrackedUGC& record) {
     pendingHighlights_.Dequeue(highlight);
 }
 
-// A folder goes with all that was in it. What came on record after the news is another file.
+// For a folder this removes all records in it. A record that was added after the report is of another file.
 void UGCTracker::UntrackPath(const std::string& path, uint64_t before) {
     queue_.AssertOnWorker();
     if (Untrack({path}, before) == 0 && Untrack(PathsUnder(path), before) == 0) {

@@ -1,4 +1,4 @@
-// What the journal asks of the record, and who writes when.
+// Writes of the tracker's file, and what the journal asks of the record.
 #include <algorithm>
 #include <chrono>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// After the watcher's window for what was known to come.
+// Longer than the watcher's window, so that the changes known now have been reported by then.
 constexpr std::chrono::milliseconds kReleaseDelay{1500};
 
 }  // namespace
@@ -46,12 +46,12 @@ TrackerFileWriter::Content UGCTracker::TakeContent(const TrackerFileWriter& writ
 bool UGCTracker::KnowsAll() {
     if (!backlog_.IsEmpty()) return false;
     if (!watcher_) return true;
-    const auto untold = watcher_->Untold();
-    return untold &&
-           std::all_of(untold->begin(), untold->end(), [this](const auto& path) { return IsSettled(path); });
+    const auto unreported = watcher_->Unreported();
+    return unreported && std::all_of(unreported->begin(), unreported->end(),
+                                     [this](const auto& path) { return IsSettled(path); });
 }
 
-// Whether what is on disk at the path is what is on record.
+// Whether the record agrees with the disk about the path.
 bool UGCTracker::IsSettled(const std::string& path) const {
     struct stat status {};
     const bool exists = stat(path.c_str(), &status) == 0;

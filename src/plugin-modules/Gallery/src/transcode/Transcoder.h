@@ -82,7 +82,7 @@ class Transcoder {
 
   private:
     const std::unique_ptr<TranscoderPlatformContext> context_;
-    mutable KXP::Mutex montageMutex_;
+    mutable KXP::OuterMutex montageMutex_;  // then that of a montage's process
     std::set<MontageRun*> montages_ GUARDED_BY(montageMutex_);
     bool ended_ GUARDED_BY(montageMutex_) = false;
 };

@@ -1,5 +1,5 @@
-// Reports what happens to files and folders beneath a folder. One thread of its own, "FILE", makes every call
-// of the callback; what the callback throws is logged and goes no further.
+// Reports changes of files and folders below a folder. The watcher's own thread, "FILE", makes every call of
+// the callback; an exception from the callback is logged and dropped.
 #pragma once
 
 #include <chrono>
@@ -9,51 +9,51 @@
 #include <string>
 #include <vector>
 
-// Both calls may come for what is known already, or known to be gone: the callback is idempotent. Neither may
-// destroy the watcher.
+// Both calls may repeat what the callback knows already, so it has to be idempotent. Neither may destroy the
+// watcher.
 class IFileWatcherCallback {
   public:
     virtual ~IFileWatcherCallback() = default;
-    // A file that is complete, or a folder, is there: new, moved in or changed.
+    // There is a complete file or a folder at the path: new, moved in or changed.
     virtual void Track(std::string path, bool isFolder) = 0;
-    // What was at the path is gone; a folder goes with all that was in it.
+    // The file or folder at the path is gone; for a folder this includes its contents.
     virtual void Untrack(std::string path) = 0;
 };
 
-// Destroying it ends the thread between two calls of the callback; what was not reported by then is dropped.
+// The destructor ends the thread between two calls of the callback and drops changes not reported by then.
 class IFileWatcher {
   public:
     virtual ~IFileWatcher() = default;
 
-    // The paths of news that the callback has not heard of at the time of the call, and of files that are
-    // being written at that time. No value when these are not known or too many. Waits for the watcher's
-    // thread, some 100 ms at most. Any thread but that one.
-    virtual std::optional<std::vector<std::string>> Untold() = 0;
+    // The paths of changes that have not been reported to the callback at the time of the call, and of files
+    // that are being written then. No value when they are unknown or too many. Waits for the watcher's
+    // thread, about 100 ms at most. Any thread but the watcher's.
+    virtual std::optional<std::vector<std::string>> Unreported() = 0;
 };
 
 struct WatcherOptions {
-    // The folder beneath the watched one where nothing may be missed; empty stands for the whole.
+    // The folder below the watched one in which no change may be missed; empty means the whole tree.
     std::string gallery;
-    // The first event of a quiet watcher and all that follow for this long are reported together.
+    // An event opens a window of this length; all events in it are reported together.
     std::chrono::milliseconds window{1000};
-    // For this long a file must stay as it is where nothing but its times can show that it is complete.
+    // How long a file must stay unchanged to count as complete when no event says that it was closed.
     std::chrono::milliseconds settle{1000};
-    // How often folders are looked at from which no events come, and the watched folder itself.
+    // How often folders without events are checked, and whether the watched folder is still the same one.
     std::chrono::milliseconds pollInterval{5000};
     std::chrono::milliseconds networkPollInterval{30000};
-    // How long the constructor may wait until the whole gallery is watched.
+    // How long CreateFileWatcher may wait until the whole gallery is watched.
     std::chrono::milliseconds startLimit{500};
-    // Watches to be had from the system; 0 asks it.
+    // The most watches to use; 0 takes the system's limit.
     size_t maxWatches = 0;
-    // Without events from the system, by looking at folders alone.
+    // Uses no events of the system and only polls folders.
     bool polling = false;
 };
 
-// Watches `path` and all beneath it. What is there when the call returns is taken as known. Null, and logged,
-// when there is no thread to be had.
+// Watches `path` and everything below it. Files that exist when the call returns count as known. Returns
+// null, and logs, when no thread can be started.
 std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
                                                 std::unique_ptr<IFileWatcherCallback>&& callback,
                                                 const WatcherOptions& options = {});
 
-// Nothing is shared between watchers, so there is nothing to stop.
+// Does nothing: each watcher ends in its destructor.
 void StopAndJoinFileWatcher();

@@ -6,7 +6,7 @@
 namespace watcher {
 namespace {
 
-// By bit, the lowest first.
+// Indexed by bit, lowest first.
 constexpr const char* kFlagNames[] = {
     "MustScanSubDirs",  "UserDropped", "KernelDropped", "EventIdsWrapped",   "HistoryDone",
     "RootChanged",      "Mount",       "Unmount",       "ItemCreated",       "ItemRemoved",

@@ -1,5 +1,5 @@
-// What an event about a path means for the tracker, from its flags and from what is on disk. Pure, and the
-// same for every platform: each turns its own events into these flags.
+// What an event means for the tracker, given its flags and what is on disk. Pure functions, the same on every
+// platform: each platform translates its events into these flags.
 #pragma once
 
 #include <cstdint>
@@ -32,16 +32,16 @@ enum WatchFlag : uint32_t {
 
 struct WatchEvent {
     std::string path;
-    uint32_t flags = 0;  // of WatchFlag
+    uint32_t flags = 0;  // WatchFlag bits
 };
 
 enum class WatchAction { None, Track, Untrack };
 
-// Both ends of a rename carry ItemRenamed: `exists` tells the new one from the old. An item that came and
-// went also resolves by what is there now.
+// Both paths of a rename carry ItemRenamed; `exists` distinguishes the new path from the old one. For an item
+// that appeared and disappeared within a window, what is there now decides as well.
 WatchAction DecideWatchAction(uint32_t flags, bool exists);
 
-// "kFSEventStreamEventFlags:", and a blank and the name for each flag.
+// For the log: "kFSEventStreamEventFlags:", then a blank and the name of each flag.
 std::string DescribeWatchFlags(uint32_t flags);
 
 }  // namespace watcher

@@ -1,4 +1,4 @@
-// From an event to the callback: decides by what is on disk, logs and calls.
+// Takes an event to the callback: decides by what is on disk, logs, and calls.
 #pragma once
 
 #include <cstdint>
@@ -8,14 +8,15 @@
 
 namespace watcher {
 
-// What lies at a path. Links, pipes and devices are neither file nor folder, and so nothing.
+// What is at a path. Links, pipes and devices count as neither file nor folder.
 enum class ItemKind { None, File, Folder, Other };
 
-// Whether `there`, found at the event's path, is of the kind that the event is about.
+// Whether `there`, which was found at the event's path, is the kind of item that the event names.
 bool WatchedItemExists(const WatchEvent& event, ItemKind there);
 
-// `index` counts within a batch, `id` across them. Never throws: what the callback throws is logged. No lock
-// may be held. Returns what was decided.
+// `index` numbers the events of one window, `id` those of the watcher; both are for the log. Call it with no
+// KXP::Mutex held. An exception from the callback is logged; the result is then None. Returns the action
+// taken.
 WatchAction DispatchWatchEvent(int index, uint64_t id, const WatchEvent& event, ItemKind there,
                                IFileWatcherCallback& callback) noexcept;
 

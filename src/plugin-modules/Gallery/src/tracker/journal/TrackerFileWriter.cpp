@@ -5,10 +5,10 @@
 
 namespace {
 
-// How each text of the file begins.
+// How the text of every tracker file begins.
 constexpr std::string_view kHead = "{\n\t\"UGC\": [";
 
-// Makes of a whole text what comes behind the last record of another.
+// Turns a whole text into one that continues after the last record of another.
 std::string TailOf(std::string_view text, bool hasRecords) {
     return (hasRecords ? "," : "\n\t") + std::string(text.substr(kHead.size()));
 }

@@ -1,8 +1,7 @@
-// Writes the tracker's file, and does not write again what stands in it already: the records of a gallery
-// come in at the end, and what follows them, games and sum, is small beside them. The text is the same either
-// way.
+// Writes the tracker's file. If records were only added since the last write, it writes the new ones and what
+// follows them, which is small; the resulting text is the same as that of a whole write.
 //
-// Not locked; one thread at a time. What it knows of the file is checked against the disk before it is used.
+// Not locked; one thread at a time. Recheck compares what it knows of the file with the disk.
 #pragma once
 
 #include <cstddef>
@@ -18,9 +17,9 @@
 
 class TrackerFileWriter {
   public:
-    // What is to be in the file.
+    // What the file will hold.
     struct Content {
-        // Takes all but the records that are written already: those from `firstPlace` on.
+        // Takes the records from `firstPlace` on; those before it are written already.
         Content(const RecordStore& store, uint64_t firstPlace);
 
         uint64_t firstPlace;
@@ -28,23 +27,23 @@ class TrackerFileWriter {
         uint64_t generation;
         std::vector<RecordStore::RecordPtr> records;
         TrackedUGCGames games;
-        TrackerInfo info;  // the sum is the caller's
+        TrackerInfo info;  // the caller sets the sum
     };
 
-    // Forgets what it has written when `file` is not as that write left it. Touches the disk: call it outside
-    // of locks, ahead of FirstPlace.
+    // Makes the next write a whole one if `file` is not as the last write left it. Accesses the disk, so call
+    // it with no lock held, before FirstPlace.
     void Recheck(const KXP::JSONFile& file);
-    // From which place on the records of `store` are to be written; 0 for all.
+    // The place from which the records of `store` have to be written; 0 for all.
     uint64_t FirstPlace(const RecordStore& store) const;
     KXP::RetVal Write(const KXP::JSONFile& file, const Content& content, KXP::HeldLog& log);
 
   private:
-    // The last write, of one record at least.
+    // The last write, if it left at least one record in the file.
     struct Written {
         KXP::JSONFile::Stamp stamp;
         uint64_t generation;
         uint64_t endPlace;
-        size_t recordsEnd;  // behind the "}" of the last record
+        size_t recordsEnd;  // offset after the "}" of the last record
     };
     std::optional<Written> written_;
 };

@@ -14,11 +14,11 @@
 namespace {
 
 constexpr int kUniqueNames = 100;
-// There is one file, so all wait for the same turn.
+// Turns have names; there is one file and so one turn.
 constexpr const char* kFileTurn = "file";
 
 KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::string& name) {
-    // Not rand(): its sequence is the client's, and the same in every start.
+    // Not rand(): the client seeds it, and its sequence is the same after every start.
     std::random_device random;
     for (int attempt = 0; attempt < kUniqueNames; ++attempt) {
         const std::string candidate = UniqueTrackerFileName(random() % kUniqueNames);
@@ -33,7 +33,7 @@ KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::s
     return {KXP::Code::kFailure, "Unable to create unique tracker file name", 0};
 }
 
-// Files of rebuilds that a crash or a cancelled change of the gallery has left behind.
+// Deletes the files of rebuilds that a crash or a cancelled change of the gallery has left.
 void RemoveStaleTrackerFiles(const std::string& shareFolder) {
     for (int number = 0; number < kUniqueNames; ++number) {
         const std::string path = shareFolder + "/" + UniqueTrackerFileName(number);
@@ -101,8 +101,8 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
     return written;
 }
 
-// Before the records are taken: a file that comes between the two is in the file and not in the sum, which
-// costs a rebuild after a crash. The other way round it would be lost.
+// The sum is taken before the records: a capture that comes between the two is in the file but not in the
+// sum, which costs a rebuild. In the other order it would be in the sum alone and be lost.
 void TrackerJournal::RenewSum(bool pending) {
     sumOwed_ = false;
     if (!MeasureFolder(folderCRC_))
@@ -142,7 +142,7 @@ void TrackerJournal::TakeOver() {
 void TrackerJournal::Close() {
     const KXP::Turn turn(turns_, kFileTurn);
     closed_ = true;
-    // A change of the gallery that was cancelled: nobody will ever read what its rebuild has gathered.
+    // The change of the gallery was cancelled, so the file of its rebuild is of no use.
     if (replaceTrackerFile_ && KXP::FileExists(trackerFile_.path()))
         KXP::FileDelete(trackerFile_.path(), true);
 }

@@ -1,14 +1,14 @@
-// The tracker's file, and the sum of the gallery's tree in it, which lets the next start skip the look at
-// each capture.
+// The tracker's file, with the sum of the gallery's tree that lets the next start skip inspecting the
+// captures.
 //
 // The sum must not cover a file that is not on record: the next start would find the sum right and never look
-// for that file. So while the source knows of news that is not on record yet, the file holds a sum that fits
-// no tree ("withheld"), and the right one follows when all is known. A process that ends in between costs a
-// rebuild. In a gallery whose sum takes long, a write may also leave the sum for later ("owed"), so that
-// captures are notified without waiting for it.
+// for that file. So while the source knows of changes that are not on record, the file holds a sum that
+// matches no tree ("withheld"); the right one is written when everything is on record. If the process ends in
+// between, the next start rebuilds. In a gallery that takes long to sum up, a write may also postpone the sum
+// ("owed"), so that notifications of captures do not wait for it.
 //
-// One thread at a time uses the file; the others wait for their turn. A turn is no lock that is held, because
-// writing and summing log, and whoever has it may take the locks of its source.
+// One thread at a time uses the file; the others wait for their turn. This is not a mutex, because writing
+// and summing log, and the thread that has the turn may take the source's locks.
 #pragma once
 
 #include <atomic>
@@ -26,11 +26,11 @@
 
 class TrackerJournal {
   public:
-    // What a write does about the sum. A change that waits renews the sum with Keep as well.
+    // What a write does with the sum. If a change waits for the write, Keep renews it too.
     enum class Sum {
         Keep,
         Renew,
-        Later,  // renewed, or owed when the last one took longer than `sumInPassing`
+        Later,  // Renew, but owed if the last sum took longer than `sumInPassing`
     };
 
     // `source` outlives it. `gallery` ends in "/".
@@ -39,11 +39,11 @@ class TrackerJournal {
 
     // Before other threads use the journal:
 
-    // Names the file: that of the share folder or, for a rebuild, one of its own that TakeOver puts in its
-    // place. Throws std::runtime_error when no unique name is left.
+    // Selects the file: the tracker's file or, for a rebuild, a unique one that TakeOver moves to its place.
+    // Throws std::runtime_error when no unique name is left.
     void Open(bool useUniqueFile);
-    // Fails when there is no such file or it holds no JSON object. The file's sum stays in force until it is
-    // renewed.
+    // Fails when there is no such file or it holds no JSON object. Writes keep the file's sum until one
+    // renews it.
     KXP::RetVal Read(KXP::Document& document, TrackerInfo& info);
 
     // Any thread, with none of the source's locks held:
@@ -52,11 +52,11 @@ class TrackerJournal {
     bool MeasureFolder(uint32_t& crc);
     KXP::RetVal WriteUGCToTracker(Sum sum);
     bool OwesSum() const { return sumOwed_; }
-    // Puts the right sum into the file when it was withheld and all is known now.
+    // Writes the right sum if it was withheld and everything is on record now.
     void ReleaseSum();
-    // The file of a rebuild becomes the tracker's file.
+    // Makes the file of a rebuild the tracker's file.
     void TakeOver();
-    // Nothing touches the file after this. Deletes that of a rebuild that was not taken over.
+    // Nothing touches the file after this. Deletes the file of a rebuild that was not taken over.
     void Close();
 
   private:
@@ -71,11 +71,11 @@ class TrackerJournal {
     KXP::Turns turns_;
     std::atomic<bool> sumOwed_{false};
 
-    // By turn.
+    // Used by the thread that has the turn.
     KXP::JSONFile trackerFile_;
     TrackerFileWriter writer_;
     uint32_t folderCRC_ = 0;
-    std::chrono::nanoseconds sumTook_{0};  // the last time
+    std::chrono::nanoseconds sumTook_{0};  // last time
     bool sumWithheld_ = false;
     bool releaseQueued_ = false;
     bool replaceTrackerFile_ = false;

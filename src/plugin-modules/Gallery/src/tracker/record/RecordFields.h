@@ -1,5 +1,4 @@
-// The members of a record in its two JSON forms, as lists that readers, writers and tests walk, so that they
-// cannot drift apart.
+// The members of a record in its two JSON forms, as lists that readers, writers and tests share.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +10,7 @@
 
 struct RecordField;
 
-// The members of an object in the object, all of which are texts.
+// A list of fields; also that of an object inside the record, whose fields are all texts.
 struct RecordFields {
     const RecordField* first;
     size_t count;
@@ -21,7 +20,7 @@ struct RecordFields {
     const RecordField& operator[](size_t index) const;
 };
 
-// Kinds of record, as bits; each field names those that it is written for. Readers take every field.
+// Kinds of records, as bits. Each field is written for certain kinds only and read for all.
 enum RecordKind : unsigned {
     kAnyRecord = 1,
     kVideoRecord = 2,
@@ -37,7 +36,7 @@ struct RecordField {
                  uint64_t TrackedUGC::*, RecordFields>
         member;
     RecordKind writtenFor = kAnyRecord;
-    WordForPages* word = nullptr;  // what stands for the text in the form of the requests
+    WordForPages* word = nullptr;  // replaces the text by a word that pages know
 };
 
 inline const RecordField* RecordFields::end() const {
@@ -47,7 +46,7 @@ inline const RecordField& RecordFields::operator[](size_t index) const {
     return first[index];
 }
 
-// The bits of the kinds that the record is.
+// The kinds of the record, as bits.
 inline unsigned KindsOf(const TrackedUGC& record) {
     return kAnyRecord | (record.fileType == "video" ? kVideoRecord : 0u) |
            (TrackedUGC::IsAHighlight(record) ? kHighlightRecord : 0u) |
@@ -63,7 +62,7 @@ inline constexpr RecordField kFileCaptions[] = {
     {"bottom", &R::bottomBarText},
 };
 
-// In the tracker's file, in the order in which they stand there.
+// Of the tracker's file, in its order.
 inline constexpr RecordField kFile[] = {
     {"id", &R::id},
     {"path", &R::path},
@@ -93,7 +92,7 @@ inline constexpr RecordField kApiCaptions[] = {
     {"bottomBarText", &R::bottomBarText},
 };
 
-// In answers to requests, which tell no short name and leave out no field but the subtype of a screenshot.
+// Of responses, which have no short name; only the subtype of a screenshot is ever left out.
 inline constexpr RecordField kApi[] = {
     {"id", &R::id},
     {"path", &R::path},

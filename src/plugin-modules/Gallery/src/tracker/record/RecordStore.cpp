@@ -4,7 +4,7 @@
 
 namespace {
 
-// Takes the ids out in one pass, however many there are.
+// In one pass, however many ids there are.
 void Erase(std::vector<int>& from, const std::set<int>& ids) {
     from.erase(std::remove_if(from.begin(), from.end(), [&](int id) { return ids.count(id) > 0; }),
                from.end());
@@ -74,7 +74,7 @@ void RecordStore::Unindex(uint64_t place, const TrackedUGC& record) {
 
 RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths, uint64_t before) {
     std::set<uint64_t> places;
-    // Each path once: in a file that repeats one for all its records the work would be their square.
+    // Each path once: if a file had the same path in all records, the time would be quadratic.
     for (const std::string_view path : std::set<std::string_view>(paths.begin(), paths.end())) {
         const auto [first, end] = byPath_.equal_range(path);
         for (auto entry = first; entry != end; ++entry)

@@ -1,5 +1,5 @@
-// The captures on record, in the order in which they were tracked, with the indexes that find them fast, the
-// ids that were given out and the space that all take. Pure data: no disk, no lock; its owner guards it.
+// The captures on record in the order of tracking, with indexes by path and id, the last id given out, and
+// the total size. Pure data without disk access or locks; its owner guards it.
 #pragma once
 
 #include <cstdint>
@@ -15,74 +15,75 @@
 
 class RecordStore {
   public:
-    // Records never change once they are in: a change replaces them. So a snapshot costs pointers alone, and
-    // stays what it was while others track on.
+    // A record never changes; a change replaces it. So a snapshot copies only pointers and stays valid.
     using RecordPtr = std::shared_ptr<const TrackedUGC>;
     using Games = std::map<std::string, TrackedUGCGame>;
-    // A place in the order of ids; equal ids stand in the order of tracking.
+    // A position in the order of ids; equal ids are in the order of tracking.
     using IdKey = std::pair<int32_t, uint64_t>;
 
     RecordStore() = default;
     RecordStore(const RecordStore&) = delete;
     RecordStore& operator=(const RecordStore&) = delete;
 
-    // Ids start again from 1.
+    // Removes everything; ids start again from 1.
     void Clear();
-    // Takes what a file held, as it stands: ids may repeat, and games may name ids that no record has.
+    // Takes the content of a file unchecked: ids may repeat, and games may list ids that no record has.
     void Load(std::vector<TrackedUGC> records, Games games, int32_t lastId);
 
-    // An id that was not given before.
+    // Returns an id that was not given out before.
     int32_t NextId();
     int32_t lastId() const { return lastId_; }
-    // The sum of the records' sizes, but for those that Take took out. It stops at its largest value.
+    // The total size of the records and of those removed by Take. It stops at the largest value.
     uint32_t usageKB() const { return usageKB_; }
 
     // Adds the record at the end, and its id to its game and, for a highlight, to its group.
     RecordPtr Track(TrackedUGC record);
 
     struct Removed {
-        std::vector<RecordPtr> records;  // in their order
-        int withoutGame = 0;             // of these, those whose game was not there
+        std::vector<RecordPtr> records;  // in the order of tracking
+        int withoutGame = 0;             // how many of them had no game
     };
-    // Removes all records of these paths that stand before the place, and their ids from their games. A game
-    // without ids goes.
+    // Removes all records of these paths that were tracked before place `before`, and their ids from their
+    // games. Removes a game that has no ids left.
     Removed Remove(const std::vector<std::string>& paths, uint64_t before = UINT64_MAX);
 
-    // Puts `record` in the place of the first one with its path and its id. Null when there is no such path.
+    // Replaces the first record with the path of `record`. Null when there is no such path.
     RecordPtr Change(TrackedUGC record);
 
-    // Puts `record` in the place of the first one with its path, under a new id if need be: its game, made
-    // when it is missing, and there the group of `record` then hold the new id where they held the old. Null
-    // when there is no such path.
+    // The same for a record whose id may have changed: in its game, which is added if it is missing, and in
+    // the group of `record` there, the new id replaces the old one.
     RecordPtr Replace(TrackedUGC record);
 
     // The first record of the path or id; null when there is none.
     RecordPtr FindByPath(const std::string& path) const;
     RecordPtr FindById(int32_t id) const;
-    // Those whose path begins with `prefix`, in their order.
+    // The records whose path begins with `prefix`, in the order of tracking.
     std::vector<RecordPtr> Under(const std::string& prefix) const;
-    // Those of the game's ids that have a record, in the order of the ids in the game.
+    // The records of the game's ids, in the order of those ids. Ids without a record are skipped.
     std::vector<RecordPtr> OfGame(const std::string& game) const;
-    // The highlights of a group, likewise.
+    // The highlights of a group, in the same way.
     std::vector<RecordPtr> OfGroup(const std::string& game, const std::string& group) const;
-    // At most `count` records below `end`, highest id first; `end` becomes the place of the last of them.
+    // At most `count` records before `end`, highest id first; `end` is set to the position of the last of
+    // them.
     std::vector<RecordPtr> Newest(size_t count, IdKey& end) const;
     static IdKey NewestEnd() { return {INT32_MAX, UINT64_MAX}; }
 
     size_t size() const { return records_.size(); }
     std::vector<RecordPtr> Snapshot() const { return From(0); }
-    // Those that were tracked at place `place` or later. Places are given in order and never twice.
+    // The records tracked at `place` or later. A place is a number that grows with each record and never
+    // repeats.
     std::vector<RecordPtr> From(uint64_t place) const;
     uint64_t nextPlace() const { return nextPlace_; }
-    // Another number after each change but those that only add records at the end.
+    // Changes with every change except one that only adds records at the end.
     uint64_t generation() const { return generation_; }
     uint64_t SumKB() const;
     const Games& games() const { return games_; }
 
-    // Takes a record out and leaves its game and the usage as they are. Null when no record is all three.
+    // Removes the record with this id, game and group, and leaves its game and the usage unchanged. Null when
+    // there is none.
     RecordPtr Take(int32_t id, const std::string& game, const std::string& group);
-    // Takes ids out of a game's recents and one of its groups, which goes when it is then empty; the game
-    // stays.
+    // Removes ids from a game's recents and from one of its groups. Removes a group that is then empty, but
+    // not the game.
     void RemoveFromGroup(const std::string& game, const std::string& group, const std::set<int>& ids);
 
   private:
@@ -97,11 +98,11 @@ class RecordStore {
     std::vector<RecordPtr> Collect(const std::vector<int>& ids) const;
     int RemoveFromGames(const std::vector<RecordPtr>& records);
 
-    // By the number that each got when it was tracked.
+    // By place.
     Records records_;
     uint64_t nextPlace_ = 0;
     uint64_t generation_ = 0;
-    // The texts are those of the records.
+    // The texts belong to the records.
     std::multimap<std::string_view, uint64_t> byPath_;
     std::set<IdKey> byId_;
     Games games_;

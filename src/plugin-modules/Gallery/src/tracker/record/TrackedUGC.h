@@ -1,4 +1,4 @@
-// One capture on record, and its two JSON forms: that of the tracker's file and that of the requests.
+// One capture on record, and its form in responses; TrackerFile.h has that of the tracker's file.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +11,13 @@
 
 struct TrackedUGC {
     TrackedUGC() = default;
-    // A highlight that is still in flight: a record without size, date and length.
+    // The record of a highlight in flight: without size, date and duration.
     explicit TrackedUGC(const Highlight& highlight);
 
     bool MediaFileExists() const;
     static bool IsAHighlight(const TrackedUGC& ugc);
-    // The form of the requests: every member, but for the subtype of a screenshot, in words that the pages
-    // know. Bytes that are not UTF-8 become U+FFFD.
+    // The form in responses: all members but the subtype of a screenshot, in words that pages know. Bytes
+    // that are not UTF-8 become U+FFFD.
     static void CreateUGCJSONValue(const TrackedUGC& ugc, KXP::Value& out, KXP::Allocator& allocator);
 
     int32_t id = 0;
@@ -26,8 +26,8 @@ struct TrackedUGC {
     std::string fileSubType;
     std::string fileSource;
     uint32_t sizeKB = 0;      // units of 1000 bytes
-    std::string date;         // as KXP::FileDate gives it
-    std::string profileName;  // the name of the file's folder, which stands for the game
+    std::string date;         // from KXP::FileDate
+    std::string profileName;  // the name of the file's folder, which names the game
     std::string drsName;
     std::string shortName;
     uint64_t cmsId = 0;
@@ -44,7 +44,7 @@ struct TrackedUGC {
     uint32_t msDuration = 0;
 };
 
-// What belongs to one game, which its key in a map of games names.
+// The captures of one game. The game's name is its key in a map of games.
 struct TrackedUGCGame {
     std::string appName;
     std::vector<int> recents;                        // ids, oldest first

@@ -44,15 +44,15 @@ struct ReadMember {
     void operator()(uint32_t TrackedUGC::*number) const {
         if (value.IsUint()) record.*number = value.GetUint();
     }
-    // Only the low half is taken, because numbers of the catalogue have no more.
+    // Only the low 32 bits, because numbers of the catalogue have no more.
     void operator()(uint64_t TrackedUGC::*number) const {
         if (value.IsUint64()) record.*number = static_cast<uint32_t>(value.GetUint64());
     }
     void operator()(RecordFields fields) const { ReadFields(value, fields, record); }
 };
 
-// Looks for each member's field from the one behind the last on: our own files hold them in this order, so
-// that one comparison or two find it. Of members with the same name the first counts.
+// Starts each search at the field after the last one: our own files hold the fields in this order, so one or
+// two comparisons find it. Of members with the same name the first counts.
 void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record) {
     if (!object.IsObject()) return;
     uint32_t seen = 0;
@@ -71,7 +71,7 @@ void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record) {
     }
 }
 
-// What is no whole number of 32 bits is passed over.
+// Skips elements that are not 32-bit integers.
 std::vector<int> ReadIds(const Value& array) {
     std::vector<int> ids;
     for (const Value& id : array.GetArray()) {
@@ -177,7 +177,7 @@ const TrackedUGC& RecordOf(const std::shared_ptr<const TrackedUGC>& record) {
 
 template <typename Records>
 void WriteTracker(const Records& records, const TrackedUGCGames& games, const TrackerInfo& info,
-                  PrettyJsonWriter& writer, const std::function<void()>& behindRecords) {
+                  PrettyJsonWriter& writer, const std::function<void()>& afterRecords) {
     writer.StartObject();
     writer.Key("UGC");
     writer.StartArray();
@@ -185,7 +185,7 @@ void WriteTracker(const Records& records, const TrackedUGCGames& games, const Tr
         const TrackedUGC& record = RecordOf(entry);
         WriteMember{record, KindsOf(record), writer}(kRecordFileFields);
     }
-    behindRecords();
+    afterRecords();
     writer.EndArray();
     writer.Key("apps");
     writer.StartArray();
@@ -204,8 +204,8 @@ std::vector<TrackedUGC> ParseUGCFromJSON(const Value& root) {
     std::vector<TrackedUGC> ugc;
     const Value& elements = KXP::JSONGetArrayOrEmpty(root, "UGC");
     ugc.reserve(elements.Size());
-    // Every element gives a record, also one that is no object: it has the defaults alone, and goes with the
-    // next look at which files are still there.
+    // An element that is not an object also becomes a record, with defaults; it is removed when the next list
+    // finds that it has no file.
     for (const Value& element : elements.GetArray()) {
         TrackedUGC& record = ugc.emplace_back();
         record.id = -1;
@@ -250,6 +250,6 @@ void WriteTrackerJSON(const TrackerContent& content, PrettyJsonWriter& writer) {
 
 void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
                       const TrackerInfo& info, PrettyJsonWriter& writer,
-                      const std::function<void()>& behindRecords) {
-    WriteTracker(ugc, games, info, writer, behindRecords);
+                      const std::function<void()>& afterRecords) {
+    WriteTracker(ugc, games, info, writer, afterRecords);
 }

@@ -1,6 +1,5 @@
-// What stands in the tracker's file: its reader and its writer, over data alone. docs/tracker-file.md tells
-// the format. No function keeps state or takes a lock. The readers log, so no mutex may be held that a log
-// line could come back to.
+// Reads and writes the content of the tracker's file, whose format docs/tracker-file.md describes. The
+// functions keep no state and take no lock. The readers log, so hold no mutex that a log callback may need.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +15,7 @@
 
 constexpr int32_t kTrackerVersion = 6;
 
-using TrackedUGCGames = std::map<std::string, TrackedUGCGame>;  // by the name of the profile
+using TrackedUGCGames = std::map<std::string, TrackedUGCGame>;  // by the game's name
 
 struct TrackerInfo {
     int32_t lastUGCIdUsed = 0;
@@ -30,18 +29,18 @@ struct TrackerContent {
     TrackerInfo info;
 };
 
-// The records of the file; none when there is no array of them.
+// Returns the records of the file; none when it has no array of them.
 std::vector<TrackedUGC> ParseUGCFromJSON(const KXP::Value& root);
 
 // Replaces `games`. A game without a name is left out with a log line. 0x8007000D when `root` is no object.
 KXP::RetVal ParseUGCGamesFromJSON(const KXP::Value& root, TrackedUGCGames& games);
 
-// A number that is missing, or of another type, leaves its member as it was.
+// A number that is missing or of another type leaves its member unchanged.
 void ParseTrackerInfoFromJSON(const KXP::Value& root, TrackerInfo& info);
 
-// Writes the whole file in valid UTF-8: bytes of a record that are none become U+FFFD.
+// Writes the whole file in valid UTF-8: other bytes of a record become U+FFFD.
 void WriteTrackerJSON(const TrackerContent& content, KXP::PrettyJsonWriter& writer);
-// `behindRecords` is called when the last record is written and the end of their array is not.
+// Calls `afterRecords` between the last record and the end of their array.
 void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
                       const TrackerInfo& info, KXP::PrettyJsonWriter& writer,
-                      const std::function<void()>& behindRecords);
+                      const std::function<void()>& afterRecords);

@@ -27,17 +27,17 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// Between two looks at the kernel's queue.
-constexpr size_t kDispatchStep = 256;
+// Events reported between two reads of the kernel's queue.
+constexpr size_t kEventsPerPass = 256;
 constexpr milliseconds kLongestWait{60000};
-// The longest wait where no descriptor was left to wake the thread with.
+// The longest wait when there was no descriptor left for waking the thread.
 constexpr milliseconds kWithoutWake{20};
-// How long a question may wait while the thread is at a slow disk.
+// How long Unreported waits when the thread is busy with a slow disk.
 constexpr milliseconds kAnswerLimit{100};
-// More than this is not told by name.
-constexpr size_t kMostUntold = 256;
+// Unreported returns no more paths than this from the window, and from the follower.
+constexpr size_t kMostUnreported = 256;
 
-// Reports the events of closed windows, in their order, a few at a time.
+// Reports the events of a closed window in their order, some at a time.
 class Dispatcher {
   public:
     Dispatcher(IFileWatcherCallback& callback, TreeFollower& follower)
@@ -45,7 +45,7 @@ class Dispatcher {
 
     bool IsIdle() const { return events_.empty(); }
     void Begin(std::deque<WatchEvent> events) { events_ = std::move(events); }
-    void Step(const std::atomic<bool>& stop);
+    void ReportSome(const std::atomic<bool>& stop);
 
   private:
     bool WentWithItsFolder(const WatchEvent& event, ItemKind there) const;
@@ -54,13 +54,13 @@ class Dispatcher {
     IFileWatcherCallback& callback_;
     TreeFollower& follower_;
     std::deque<WatchEvent> events_;
-    std::set<std::string> goneFolders_;  // untracked in this batch
+    std::set<std::string> goneFolders_;  // untracked in this window
     int index_ = 0;
     uint64_t id_ = 0;
 };
 
-void Dispatcher::Step(const std::atomic<bool>& stop) {
-    for (size_t left = kDispatchStep; left > 0 && !events_.empty() && !stop; --left) {
+void Dispatcher::ReportSome(const std::atomic<bool>& stop) {
+    for (size_t left = kEventsPerPass; left > 0 && !events_.empty() && !stop; --left) {
         const WatchEvent event = std::move(events_.front());
         events_.pop_front();
         const Item item = LookAt(event.path, follower_.IsNamed(event.path));
@@ -77,7 +77,7 @@ void Dispatcher::End() {
     index_ = 0;
 }
 
-// A folder is untracked with all that was in it, which need not be reported again for each file.
+// Untracking a folder includes its files, so their own events are not reported.
 bool Dispatcher::WentWithItsFolder(const WatchEvent& event, ItemKind there) const {
     if (goneFolders_.empty() || WatchedItemExists(event, there)) return false;
     for (size_t slash = event.path.rfind('/'); slash != std::string::npos && slash > 0;
@@ -93,14 +93,14 @@ class FileWatcher : public IFileWatcher {
                 std::unique_ptr<IFileWatcherCallback>&& callback);
     ~FileWatcher() override;
 
-    std::optional<std::vector<std::string>> Untold() override EXCLUDES(mutex_);
+    std::optional<std::vector<std::string>> Unreported() override EXCLUDES(mutex_);
 
   private:
     void Run();
-    void Turn();
+    void RunOnce();
     void Wait(milliseconds time);
     milliseconds TimeToWait() const;
-    void TellReady() EXCLUDES(mutex_);
+    void ReportReady() EXCLUDES(mutex_);
     void Wake();
     void Answer(uint64_t asked) EXCLUDES(mutex_);
 
@@ -113,19 +113,19 @@ class FileWatcher : public IFileWatcher {
     KXP::Mutex mutex_;
     KXP::CondVar readyChanged_;
     bool ready_ GUARDED_BY(mutex_) = false;
-    // Questions what is not told yet, by number, and the last that has an answer.
+    // Calls of Unreported are numbered; the thread answers all up to the last one at once.
     KXP::CondVar answered_;
     uint64_t lastAsked_ GUARDED_BY(mutex_) = 0;
     uint64_t lastAnswered_ GUARDED_BY(mutex_) = 0;
-    std::optional<std::vector<std::string>> untold_ GUARDED_BY(mutex_);
+    std::optional<std::vector<std::string>> unreported_ GUARDED_BY(mutex_);
 
-    // Thread only.
+    // Used by the thread alone.
     EventWindow window_;
     TreeFollower follower_;
     Dispatcher dispatcher_;
     bool learning_ = true;
 
-    std::thread thread_;  // last, for it uses all of the above
+    std::thread thread_;  // last: it uses all of the above
 };
 
 FileWatcher::FileWatcher(const std::string& path, const WatcherOptions& options,
@@ -156,7 +156,7 @@ void FileWatcher::Wake() {
         KXP_LOG(KXP::LogDetail, "File watcher was woken already");
 }
 
-std::optional<std::vector<std::string>> FileWatcher::Untold() {
+std::optional<std::vector<std::string>> FileWatcher::Unreported() {
     const TimePoint limit = steady_clock::now() + kAnswerLimit;
     uint64_t asked = 0;
     {
@@ -168,19 +168,20 @@ std::optional<std::vector<std::string>> FileWatcher::Untold() {
     while (lastAnswered_ < asked && steady_clock::now() < limit)
         answered_.WaitUntil(mutex_, limit);
     if (lastAnswered_ < asked) return std::nullopt;
-    return untold_;
+    return unreported_;
 }
 
-// For questions that were asked before the events of this turn were read.
+// Answers the calls that were made before the events of this pass were read.
 void FileWatcher::Answer(uint64_t asked) {
-    std::optional<std::vector<std::string>> untold;
-    if (dispatcher_.IsIdle() && window_.size() <= kMostUntold) untold = follower_.Awaited(kMostUntold);
-    if (untold) {
+    std::optional<std::vector<std::string>> unreported;
+    if (dispatcher_.IsIdle() && window_.size() <= kMostUnreported)
+        unreported = follower_.IncompleteFiles(kMostUnreported);
+    if (unreported) {
         for (const WatchEvent& event : window_.events())
-            untold->push_back(event.path);
+            unreported->push_back(event.path);
     }
     KXP::MutexLock lock(mutex_);
-    untold_ = std::move(untold);
+    unreported_ = std::move(unreported);
     lastAnswered_ = asked;
     answered_.NotifyAll();
 }
@@ -191,19 +192,20 @@ void FileWatcher::Run() {
     while (!stop_) {
         try {
             if (!std::exchange(started, true)) follower_.Start();
-            Turn();
+            RunOnce();
         } catch (const std::exception& error) {
             KXP_LOG(KXP::LogFailure, "File watcher failed: %s", error.what());
             follower_.DistrustEvents();
-            TellReady();
+            ReportReady();
             Wait(recoverAfter_);
         }
     }
-    TellReady();
+    ReportReady();
 }
 
-// The kernel's queue is read in every turn, also while a window is open or being told: it holds only so much.
-void FileWatcher::Turn() {
+// Reads the kernel's queue in every pass, also while a window is open or being reported, because the queue is
+// bounded.
+void FileWatcher::RunOnce() {
     uint64_t asked = 0;
     bool isAsked = false;
     {
@@ -212,15 +214,15 @@ void FileWatcher::Turn() {
         isAsked = asked > lastAnswered_;
     }
     follower_.ReadEvents();
-    follower_.Step();
-    if (learning_ && (follower_.HasLearntGallery() || steady_clock::now() >= startLimit_)) TellReady();
+    follower_.DoDueWork();
+    if (learning_ && (follower_.HasLearntGallery() || steady_clock::now() >= startLimit_)) ReportReady();
     if (dispatcher_.IsIdle() && window_.IsDue(steady_clock::now())) dispatcher_.Begin(window_.Take());
-    dispatcher_.Step(stop_);
+    dispatcher_.ReportSome(stop_);
     if (isAsked) Answer(asked);
     Wait(TimeToWait());
 }
 
-void FileWatcher::TellReady() {
+void FileWatcher::ReportReady() {
     learning_ = false;
     KXP::MutexLock lock(mutex_);
     ready_ = true;
@@ -235,7 +237,7 @@ milliseconds FileWatcher::TimeToWait() const {
     return std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(due - now, kLongestWait));
 }
 
-// Ends early for events and for the destructor.
+// Ends early for events, for Unreported and for the destructor.
 void FileWatcher::Wait(milliseconds time) {
     if (!wake_.IsOpen()) time = std::min(time, kWithoutWake);
     pollfd sources[] = {{wake_.get(), POLLIN, 0}, {follower_.Descriptor(), POLLIN, 0}};

@@ -10,11 +10,11 @@
 namespace watcher {
 namespace {
 
-// Some volumes know times by two seconds.
+// The coarsest resolution of times on a volume, that of FAT.
 constexpr int64_t kCoarsestTimeNs = 2000000000;
 
-// Of linux/magic.h, and of file systems whose magic number is in no header: NFS, SMB 1 to 3, AFS, Ceph, Coda,
-// 9P; and FUSE, which does not tell the network's from the others.
+// NFS, SMB 1 to 3, AFS, Ceph, Coda and 9P, some of which no header names; and FUSE, where a local file system
+// cannot be distinguished from one on the network.
 constexpr uint32_t kNetworkTypes[] = {0x6969,     0x517B,     0xFF534D42, 0xFE534D42, 0x5346414F,
                                       0x00C36400, 0x73757245, 0x01021997, 0x65735546};
 
@@ -42,13 +42,13 @@ void FolderPoll::StartRound() {
     inRound_ = true;
 }
 
-std::vector<std::string> FolderPoll::Step(size_t count) {
+std::vector<std::string> FolderPoll::CheckNext(size_t count) {
     std::vector<std::string> changed;
     auto entry = folders_.upper_bound(reached_);
     for (; entry != folders_.end() && count > 0; ++entry, --count) {
         reached_ = entry->first;
         const Item item = LookAt(reached_, true);
-        if (item.kind != ItemKind::Folder) continue;  // its parent tells that
+        if (item.kind != ItemKind::Folder) continue;  // its parent reports that
         const Stamp& before = entry->second;
         if (item.stamp.inode != before.inode || item.stamp.modifiedNs != before.modifiedNs)
             changed.push_back(reached_);

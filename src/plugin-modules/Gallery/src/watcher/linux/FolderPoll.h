@@ -1,4 +1,4 @@
-// Looks at the times of folders from which no events come: a round over all of them, in small steps.
+// Polls the modification times of folders that send no events: in rounds over all of them, some at a time.
 #pragma once
 
 #include <cstddef>
@@ -10,15 +10,15 @@
 
 namespace watcher {
 
-// Whether other machines may change the volume, of which the kernel tells nothing.
+// Whether the volume may be changed by other machines, for which the kernel sends no events.
 bool IsOnNetwork(const std::string& path);
 
 class FolderPoll {
   public:
-    // The folder as it was before its content was read. One that has just changed is due again at once, for
-    // the next change might leave its time as it is.
+    // `state` is the folder as it was before its content was read. A folder that has just changed counts as
+    // changed in the next round too: a second change within the clock's resolution would not show.
     void Add(const std::string& folder, const Item& state);
-    // Read in the next round whatever its time.
+    // Counts as changed in the next round.
     void AddUnread(const std::string& folder) { folders_[folder] = {}; }
     void RemoveWithBeneath(const std::string& folder);
     void Clear() { folders_.clear(); }
@@ -26,12 +26,12 @@ class FolderPoll {
 
     void StartRound();
     bool InRound() const { return inRound_; }
-    // Goes on with the round; gives the folders that have changed, of the next `count`.
-    std::vector<std::string> Step(size_t count);
+    // Continues the round with the next `count` folders and returns those that have changed.
+    std::vector<std::string> CheckNext(size_t count);
 
   private:
     std::map<std::string, Stamp> folders_;
-    std::string reached_;  // by the round
+    std::string reached_;  // the folder checked last in this round
     bool inRound_ = false;
 };
 

@@ -48,7 +48,7 @@ bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool
     if (!reader.IsOpen() || fstat(reader.descriptor(), &status) != 0) return false;
     snapshot.folder = ItemOf(status);
     while (!stop && reader.Next()) {
-        if (!reader.Look(status, KXP::Links::Refuse)) continue;  // gone by now
+        if (!reader.Look(status, KXP::Links::Refuse)) continue;  // gone meanwhile
         Item item = ItemOf(status);
         if (item.kind != ItemKind::Other) snapshot.entries.push_back({reader.Name(), item});
     }

@@ -1,4 +1,4 @@
-// What is on disk: one item, or the files and folders in one folder. Links, pipes and devices do not count.
+// What is on disk: one item, or the files and folders in one folder, without links, pipes and devices.
 #pragma once
 
 #include <atomic>
@@ -10,7 +10,7 @@
 
 namespace watcher {
 
-// By which an item is known again. A folder is the same whatever becomes of its content.
+// Shows whether an item has changed. A folder stays the same whatever happens to its content.
 struct Stamp {
     bool folder = false;
     uint64_t inode = 0;
@@ -32,10 +32,10 @@ struct Item {
     uint64_t links = 0;
 };
 
-// Nothing there when it cannot be looked at. `follow` follows a link.
+// The kind is None when nothing is there or it cannot be read. `follow` follows a link at the path itself.
 Item LookAt(const std::string& path, bool follow = false);
 
-// Now, on the clock of the times above.
+// The current time, on the clock of the times above.
 int64_t FileClockNs();
 
 struct FoundItem {
@@ -46,11 +46,11 @@ struct FoundItem {
 struct FolderSnapshot {
     Item folder;  // as it was before its entries were read
     std::vector<FoundItem> entries;
-    int illegible = 0;  // names passed over that are not UTF-8
+    int illegible = 0;  // how many names were skipped because they are not UTF-8
 };
 
-// Follows a link at `folder` itself with `follow` alone. False when the folder cannot be read to its end, or
-// `stop` came before that.
+// `follow` follows a link at `folder` itself. Returns false when the folder cannot be read to its end or
+// `stop` is set meanwhile.
 bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool>& stop,
                   FolderSnapshot& snapshot);
 

@@ -11,7 +11,7 @@ bool NextKernelEvent(std::string_view& bytes, KernelEvent& event) {
     if (bytes.size() < sizeof head) return false;
     std::memcpy(&head, bytes.data(), sizeof head);
     if (head.len > bytes.size() - sizeof head) return false;
-    // The name is padded with zero bytes, or is none.
+    // The name is padded with zero bytes and may be missing.
     const std::string_view name = bytes.substr(sizeof head, head.len);
     event = {head.wd, head.mask, name.substr(0, name.find('\0'))};
     bytes.remove_prefix(sizeof head + head.len);
@@ -25,7 +25,7 @@ bool Inotify::Open() {
 
 int Inotify::Watch(const std::string& folder, bool itself, bool follow) {
     uint32_t mask = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
-    // A file that is written on after its removal is of no interest.
+    // Without events of files that are removed and still written to.
     mask |= IN_ONLYDIR | IN_EXCL_UNLINK;
     if (itself) mask |= IN_DELETE_SELF | IN_MOVE_SELF;
     if (!follow) mask |= IN_DONT_FOLLOW;

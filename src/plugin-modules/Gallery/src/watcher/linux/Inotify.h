@@ -1,4 +1,4 @@
-// The kernel's events as they come: bytes into watch descriptor, mask and name. Knows nothing of paths.
+// The kernel's events, parsed from bytes into watch descriptor, mask and name. Knows nothing of paths.
 #pragma once
 
 #include <cstdint>
@@ -12,26 +12,27 @@ namespace watcher {
 struct KernelEvent {
     int watch = -1;
     uint32_t mask = 0;
-    std::string_view name;  // of the entry in the watched folder; empty when the event is about the folder
+    std::string_view name;  // of the entry in the watched folder; empty for an event of the folder itself
 };
 
-// Takes the first event off `bytes`. False when they do not begin with a whole event.
+// Removes the first event from `bytes`. Returns false when they do not begin with a whole event.
 bool NextKernelEvent(std::string_view& bytes, KernelEvent& event);
 
 class Inotify {
   public:
-    // False with errno set when the user may have no more of them.
+    // Returns false, with errno set, when the user may open no more of them.
     bool Open();
     void Close() { file_.Close(); }
     bool IsOpen() const { return file_.IsOpen(); }
     int Descriptor() const { return file_.get(); }
 
-    // Watches a folder: what comes, goes, moves and is written in it, and with `itself` what becomes of it.
-    // Links are followed with `follow` alone. -1 with errno set.
+    // Watches what is created, removed, moved and written in a folder and, with `itself`, the removal or move
+    // of the folder. A link at `folder` is followed only with `follow`. Returns the watch descriptor, or -1
+    // with errno set.
     int Watch(const std::string& folder, bool itself, bool follow);
     void Unwatch(int watch);
 
-    // Number of bytes; 0 when nothing is there or reading fails.
+    // Returns the number of bytes; 0 when there are none or reading fails.
     size_t Read(char* buffer, size_t size);
 
   private:

@@ -1,4 +1,4 @@
-// What lies beneath a folder, in a map that is ordered by path.
+// The entries below a folder in a map ordered by path.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ inline bool IsBeneath(const std::string& path, const std::string& folder) {
            path.compare(0, folder.size(), folder) == 0;
 }
 
-// The elements beneath `folder`, without the folder itself. '0' is the character behind '/'.
+// The elements below `folder`, without the folder itself. '0' is the character after '/'.
 template <typename Map>
 auto Beneath(Map& map, const std::string& folder) {
     return std::make_pair(map.lower_bound(folder + '/'), map.lower_bound(folder + '0'));

@@ -14,7 +14,7 @@ uint32_t KindFlag(const Stamp& stamp) {
 
 uint32_t ChangeOf(const Stamp* known, const Stamp& disk) {
     if (!known) return ItemCreated | KindFlag(disk);
-    // In place of a folder there is another one, or a file and a folder have changed places.
+    // Another folder has taken the folder's place, or a file that of a folder, or the other way round.
     if (known->folder || disk.folder) return ItemCreated | ItemRemoved | KindFlag(disk);
     return ItemModified | ItemIsFile;
 }

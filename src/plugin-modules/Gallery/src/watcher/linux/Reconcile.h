@@ -1,4 +1,4 @@
-// What was last told of each folder of the gallery, and how that differs from what is on disk.
+// What was last reported of each folder of the gallery, and how the disk differs from it.
 #pragma once
 
 #include <map>
@@ -15,26 +15,26 @@ using KnownItems = std::unordered_map<std::string, Stamp>;  // by name
 
 struct Difference {
     std::string name;
-    uint32_t flags = 0;                // of WatchFlag
-    const FoundItem* found = nullptr;  // in the snapshot; null for what is gone
+    uint32_t flags = 0;                // WatchFlag bits
+    const FoundItem* found = nullptr;  // in the snapshot; null for an item that is gone
 };
 
-// What is gone comes first.
+// Items that are gone come first.
 std::vector<Difference> Reconcile(const KnownItems& known, const FolderSnapshot& disk);
 
-// Grows with the number of files in the gallery and no further.
+// Its size is bounded by the number of files in the gallery.
 class KnownTree {
   public:
-    // Makes an empty folder of one that is not known.
+    // Adds the folder, empty, if it is not known.
     KnownItems& Folder(const std::string& path) { return folders_[path]; }
 
-    // What is in no known folder is not kept: it is found when the folder is looked at.
+    // Does nothing if the folder of `path` is not known: reading that folder will find the item.
     void Set(const std::string& path, const Stamp& stamp);
     void Erase(const std::string& path);
-    // Something is known to have been told there, but not what it was: it counts as changed.
+    // Something has been reported at the path, but its state is unknown: it will count as changed.
     void SetUnseen(const std::string& path, bool folder);
 
-    // Forgets all that is beneath a folder and gives it as events.
+    // Forgets everything below a folder and returns one event for each item.
     std::vector<WatchEvent> TakeBeneath(const std::string& folder, uint32_t flags);
 
   private:

@@ -10,18 +10,19 @@ bool ReportLedger::IsInGallery(const std::string& path) const {
     return path == gallery_ || IsBeneath(path, gallery_);
 }
 
-void ReportLedger::Tell(const std::string& path, uint32_t flags) {
+void ReportLedger::Report(const std::string& path, uint32_t flags) {
     window_.Add(path, flags, std::chrono::steady_clock::now());
 }
 
 void ReportLedger::FileComplete(const std::string& path, uint32_t flag) {
     unsettled_.erase(path);
-    Tell(path, flag | ItemIsFile);
+    Report(path, flag | ItemIsFile);
 }
 
 void ReportLedger::FileNamed(const std::string& path) {
     const Item item = LookAt(path);
-    // The name that a file was linked from may be gone by now, but linking is no change of content.
+    // Linking changes a file's change time only. The old name may be gone, so the count of links is not
+    // enough.
     const bool linked = item.links > 1 || item.changedNs > item.stamp.modifiedNs;
     if (item.kind == ItemKind::File && linked) FileComplete(path, ItemCreated);
 }
@@ -29,26 +30,26 @@ void ReportLedger::FileNamed(const std::string& path) {
 void ReportLedger::FileGone(const std::string& path, uint32_t flag) {
     known_.Erase(path);
     unsettled_.erase(path);
-    Tell(path, flag | ItemIsFile);
+    Report(path, flag | ItemIsFile);
 }
 
 void ReportLedger::FolderAppeared(const std::string& path, uint32_t flag) {
     const Item item = LookAt(path);
     if (item.kind == ItemKind::Folder && IsInGallery(path)) known_.Set(path, item.stamp);
-    Tell(path, flag | ItemIsDir);
+    Report(path, flag | ItemIsDir);
 }
 
 void ReportLedger::FolderGone(const std::string& path, uint32_t flag) {
     known_.Erase(path);
     unsettled_.erase(path);
-    Tell(path, flag | ItemIsDir);
-    // Each for itself, for another folder may have come in its place before this is told.
+    Report(path, flag | ItemIsDir);
+    // One event each, because another folder may take the place of this one before they are reported.
     for (const WatchEvent& event : known_.TakeBeneath(path, flag))
-        Tell(event.path, event.flags);
-    // Also those not told of: who was told of the folder has looked into it.
+        Report(event.path, event.flags);
+    // Unreported files too: the listener may have found them when the folder was reported.
     const auto [first, last] = Beneath(unsettled_, path);
     for (auto entry = first; entry != last; ++entry)
-        Tell(entry->first, flag | ItemIsFile);
+        Report(entry->first, flag | ItemIsFile);
     unsettled_.erase(first, last);
 }
 
@@ -83,7 +84,7 @@ void ReportLedger::Found(const std::string& path, const Difference& difference, 
     if (young) AwaitSettled(path, stamp, news);
     if (young && news) return;
     known_.Set(path, stamp);
-    if (news) Tell(path, difference.flags);
+    if (news) Report(path, difference.flags);
 }
 
 void ReportLedger::NoteReported(const WatchEvent& event, WatchAction action, const Item& item) {
@@ -94,7 +95,7 @@ void ReportLedger::NoteReported(const WatchEvent& event, WatchAction action, con
     known_.SetUnseen(event.path, (event.flags & ItemIsDir) != 0);
 }
 
-// A time in the future, by another machine's clock, says nothing about the age.
+// A time in the future comes from another machine's clock and says nothing about the age.
 bool ReportLedger::IsYoung(const Item& item) const {
     const int64_t age = FileClockNs() - item.stamp.modifiedNs;
     return age >= 0 && age < std::chrono::nanoseconds(settle_).count();
@@ -123,7 +124,7 @@ void ReportLedger::LookAgain(TimePoint now) {
 bool ReportLedger::HasSettled(const std::string& path, Unsettled& entry, TimePoint now) {
     if (now < entry.seen + settle_) return false;
     const Item item = LookAt(path);
-    if (item.kind == ItemKind::None) Tell(path, ItemRemoved | ItemIsFile);
+    if (item.kind == ItemKind::None) Report(path, ItemRemoved | ItemIsFile);
     if (item.kind != ItemKind::File) return true;
     if (item.stamp != entry.stamp) {
         entry = {item.stamp, now, true};
@@ -131,7 +132,7 @@ bool ReportLedger::HasSettled(const std::string& path, Unsettled& entry, TimePoi
     }
     if (!entry.news) return true;
     if (IsInGallery(path)) known_.Set(path, item.stamp);
-    Tell(path, ItemCreated | ItemIsFile);
+    Report(path, ItemCreated | ItemIsFile);
     return true;
 }
 

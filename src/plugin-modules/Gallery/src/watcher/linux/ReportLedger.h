@@ -1,5 +1,5 @@
-// Decides what is an event, puts it into the window, and keeps account of it so that nothing is told twice or
-// forgotten. Inside the gallery that account is complete; elsewhere there is none. One thread.
+// Decides what has to be reported, puts it into the window, and records it so that nothing is reported twice
+// or forgotten. That record covers the gallery; outside of it there is none. One thread.
 #pragma once
 
 #include <chrono>
@@ -21,31 +21,31 @@ class ReportLedger {
 
     bool IsInGallery(const std::string& path) const;
 
-    // What has changed since then, by the clock of files, is told also when it is found silently.
+    // An item that has changed since this time, by the clock of files, is reported even by a silent Compare.
     void SetNewsFrom(int64_t changedNs) { newsFromNs_ = changedNs; }
     bool IsNews(const Item& item) const { return item.changedNs >= newsFromNs_; }
 
-    // The file at the path was closed after writing, or moved or linked there, by the flag given.
+    // The file was closed after writing, moved or linked there; `flag` says which.
     void FileComplete(const std::string& path, uint32_t flag);
-    // A name for a file is new: a linked file is complete, one that was made is yet to be written.
+    // A file has got this name. A linked file is complete; a created one has yet to be written.
     void FileNamed(const std::string& path);
     void FileGone(const std::string& path, uint32_t flag);
 
-    // The folder alone; its content is found by looking at it.
+    // Reports the folder alone; reading it finds its content.
     void FolderAppeared(const std::string& path, uint32_t flag);
-    // With everything in it.
+    // Reports the folder and everything in it.
     void FolderGone(const std::string& path, uint32_t flag);
 
-    // Tells how the folder differs from what was told of it, or only notes that with `silent`. Gives the
-    // folders in it that are new and those that are gone, by path.
+    // Reports how the folder differs from what was reported of it; with `silent` it only records that.
+    // Returns the paths of the folders in it that are new and of those that are gone.
     struct Folders {
         std::vector<std::string> appeared;
         std::vector<std::string> gone;
     };
     Folders Compare(const std::string& folder, const FolderSnapshot& disk, bool silent);
 
-    // What became of an event, and what lay at its path then. A file that went may have come back by then:
-    // the listener still knows it, so it must be reported when it goes again.
+    // Records the action taken for an event and what was at its path. If an item that disappeared is back by
+    // then, the listener still knows it, so its next disappearance must be reported.
     void NoteReported(const WatchEvent& event, WatchAction action, const Item& item);
 
     std::vector<std::string> UnsettledPaths() const {
@@ -54,7 +54,7 @@ class ReportLedger {
             paths.push_back(path);
         return paths;
     }
-    // Looks again at files that may not have been complete, once that is due.
+    // When LookAgain is due, which reports the files that have become complete.
     TimePoint NextLook() const { return nextLook_; }
     void LookAgain(TimePoint now);
 
@@ -62,10 +62,10 @@ class ReportLedger {
     struct Unsettled {
         Stamp stamp;
         TimePoint seen;
-        bool news = true;  // to be told even if it stays as it was
+        bool news = true;  // has to be reported even if it does not change any more
     };
 
-    void Tell(const std::string& path, uint32_t flags);
+    void Report(const std::string& path, uint32_t flags);
     void Found(const std::string& path, const Difference& difference, bool news);
     bool IsYoung(const Item& item) const;
     void AwaitSettled(const std::string& path, const Stamp& stamp, bool news);

@@ -15,14 +15,14 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kStep{10};
-constexpr size_t kPollStep = 64;  // folders
-// The clock of files lags behind the real one by up to a tick.
+constexpr std::chrono::milliseconds kWorkSlice{10};
+constexpr size_t kFoldersPerPoll = 64;
+// The clock of files may be late by one tick.
 constexpr int64_t kFileTickNs = 20000000;
-// The tracker knows files by whole seconds.
+// The sum of the gallery's tree sees changes of files by whole seconds.
 constexpr int64_t kYoungNs = 2000000000;
 
-// What stands before "/" and a name: empty for the root.
+// The path to which "/" and a name are appended: empty for the root.
 std::string PrefixOf(const std::string& folder) {
     return folder == "/" ? "" : KXP::WithoutSlash(folder);
 }
@@ -57,14 +57,14 @@ void TreeFollower::Begin(bool silent) {
     onNetwork_ = IsOnNetwork(gallery_);
     rootsDue_ = steady_clock::now() + options_.pollInterval;
     pollDue_ = rootsDue_;
-    // Outside the gallery there is nothing to compare with, so only what is new from now on is told.
+    // Outside the gallery there is no record to compare with, so only changes from now on are reported.
     if (root_ != gallery_) Look({root_, true});
     Push({gallery_, silent});
 }
 
 void TreeFollower::OpenTree() {
     if (options_.polling || tree_.Reopen()) return;
-    if (!std::exchange(toldNoEvents_, true))
+    if (!std::exchange(loggedNoEvents_, true))
         KXP_LOG(KXP::LogFailure, "No file events to be had (%s), looking at folders instead",
                 std::strerror(errno));
 }
@@ -90,7 +90,7 @@ void TreeFollower::RunJobs(TimePoint until) {
     }
 }
 
-// The order is binding: what comes between the watch and the reading is found by either, often by both.
+// Watch first, then read: what appears in between is found by the watch, the reading, or both.
 void TreeFollower::Look(const Job& job) {
     const bool inGallery = ledger_.IsInGallery(job.folder);
     const Watched watched = tree_.Watch(job.folder, inGallery, IsNamed(job.folder));
@@ -99,7 +99,7 @@ void TreeFollower::Look(const Job& job) {
 
     FolderSnapshot snapshot;
     const bool taken = TakeSnapshot(job.folder, IsNamed(job.folder), stop_, snapshot);
-    // One that is there and cannot be read, for want of descriptors for example, is tried again.
+    // A folder that cannot be read, for instance because no descriptor is left, is tried again.
     if (inGallery && !taken && LookAt(job.folder).kind == ItemKind::Folder) poll_.AddUnread(job.folder);
     if (!taken) return;
     if (inGallery && (watched != Watched::Yes || onNetwork_)) poll_.Add(job.folder, snapshot.folder);
@@ -120,7 +120,7 @@ void TreeFollower::PushFoldersIn(const Job& job, const FolderSnapshot& snapshot,
         const std::string path = job.folder + "/" + entry.name;
         const bool isNew = news.count(path) > 0;
         if (!inGallery) {
-            // Other volumes beneath are of no concern, and some have no end. The gallery has a job already.
+            // Other volumes are not watched; some have no end. The gallery has a job of its own.
             if (entry.item.volume != snapshot.folder.volume || (path == gallery_ && !isNew)) continue;
         }
         if (job.deep || isNew) Push({path, job.silent && !isNew});
@@ -128,18 +128,18 @@ void TreeFollower::PushFoldersIn(const Job& job, const FolderSnapshot& snapshot,
 }
 
 void TreeFollower::NoteLeftOut(const std::string& folder) {
-    if (!tree_.inotify().IsOpen() || std::exchange(toldLeftOut_, true)) return;
+    if (!tree_.inotify().IsOpen() || std::exchange(loggedLeftOut_, true)) return;
     KXP_LOG(KXP::LogFailure, "No more watches to be had for %s and other folders: %s", folder.c_str(),
             std::strerror(errno));
 }
 
 void TreeFollower::NoteIllegible(const std::string& folder) {
-    if (std::exchange(toldIllegible_, true)) return;
+    if (std::exchange(loggedIllegible_, true)) return;
     KXP_LOG(KXP::LogFailure, "Passed over names in %s that are not UTF-8", folder.c_str());
 }
 
 void TreeFollower::AppearFolder(const std::string& path, uint32_t flag) {
-    // Watches of a folder that was here before lead elsewhere by now.
+    // Watches under this path belong to a folder that was here before and may have moved.
     tree_.UnwatchWithBeneath(path);
     ledger_.FolderAppeared(path, flag);
     if (path == gallery_) gallerySeen_ = IdentityOf(LookAt(path, true));
@@ -154,8 +154,8 @@ void TreeFollower::LoseFolder(const std::string& path, uint32_t flag) {
     if (path == gallery_) gallerySeen_ = {};
 }
 
-// Finds what no event tells: that a folder above was renamed, that a volume came or went, that either folder
-// is back.
+// Detects what no event reports: a folder further up was renamed, a volume was mounted or unmounted, or one
+// of the two folders is back.
 void TreeFollower::CheckRoots() {
     rootsDue_ = steady_clock::now() + options_.pollInterval;
     const Identity root = IdentityOf(LookAt(root_, true));
@@ -185,42 +185,42 @@ void TreeFollower::LoseRoot() {
     gallerySeen_ = {};
 }
 
-void TreeFollower::StepPoll(TimePoint now) {
+void TreeFollower::PollFolders(TimePoint now) {
     if (!poll_.InRound() && now >= pollDue_ && !poll_.IsEmpty()) poll_.StartRound();
     if (!poll_.InRound()) return;
-    for (std::string& folder : poll_.Step(kPollStep))
+    for (std::string& folder : poll_.CheckNext(kFoldersPerPoll))
         Push({std::move(folder), false, false});
     if (poll_.InRound()) return;
     pollDue_ = now + (onNetwork_ ? options_.networkPollInterval : options_.pollInterval);
 }
 
-void TreeFollower::Step() {
+void TreeFollower::DoDueWork() {
     const TimePoint now = steady_clock::now();
-    // A comparison under way is brought to its end first, or a steady flood would never let one finish.
+    // Not before the current comparison has ended: under a steady flood of events none would ever finish.
     if (eventsLost_ && galleryJobs_.empty()) Recover();
     if (now >= rootsDue_) CheckRoots();
-    StepPoll(now);
+    PollFolders(now);
     ledger_.LookAgain(now);
-    RunJobs(now + kStep);
+    RunJobs(now + kWorkSlice);
 }
 
-std::optional<std::vector<std::string>> TreeFollower::Awaited(size_t most) {
+std::optional<std::vector<std::string>> TreeFollower::IncompleteFiles(size_t most) {
     if (!readAll_ || eventsLost_ || !galleryJobs_.empty()) return std::nullopt;
-    std::vector<std::string> awaited = ledger_.UnsettledPaths();
-    // Of what was made and never closed only a file that was written a moment ago counts: a later write gives
-    // any other a new time, by which it is known to have changed.
+    std::vector<std::string> incomplete = ledger_.UnsettledPaths();
+    // Of files that were never closed only those written a moment ago count: a later write to any other gives
+    // it a new time, which shows that it has changed.
     const int64_t young = FileClockNs() - kYoungNs;
-    for (auto path = unfinished_.begin(); path != unfinished_.end() && awaited.size() <= most;) {
+    for (auto path = unfinished_.begin(); path != unfinished_.end() && incomplete.size() <= most;) {
         const Item item = LookAt(*path);
         if (item.kind != ItemKind::File) {
             path = unfinished_.erase(path);
             continue;
         }
-        if (item.stamp.modifiedNs >= young) awaited.push_back(*path);
+        if (item.stamp.modifiedNs >= young) incomplete.push_back(*path);
         ++path;
     }
-    if (awaited.size() > most) return std::nullopt;
-    return awaited;
+    if (incomplete.size() > most) return std::nullopt;
+    return incomplete;
 }
 
 TimePoint TreeFollower::NextDue() const {

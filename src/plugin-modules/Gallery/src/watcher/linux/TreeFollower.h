@@ -1,6 +1,6 @@
-// Follows a tree of folders: sets the watches, turns the kernel's events into entries of the ledger, and
-// looks at the disk where events do not tell enough. Works in short steps, so that one thread can read the
-// kernel's queue in between. One thread.
+// Follows a tree of folders: sets watches, turns the kernel's events into entries of the ledger, and reads
+// the disk where events are not enough. Works in short slices, so that its thread can read the kernel's queue
+// in between. One thread.
 #pragma once
 
 #include <atomic>
@@ -22,48 +22,48 @@ namespace watcher {
 
 class TreeFollower {
   public:
-    // What is in the gallery is learnt silently; but what has changed from `newsFromNs` on, by the clock of
-    // files, is told when it is learnt after that.
+    // The existing content of the gallery is learnt without a report, except for items that have changed
+    // since `newsFromNs` by the clock of files.
     TreeFollower(const std::string& root, const WatcherOptions& options, int64_t newsFromNs,
                  EventWindow& window, const std::atomic<bool>& stop);
 
-    // Begins to watch.
+    // Starts watching.
     void Start() { Begin(true); }
-    // Whether all of the gallery that could be had a watch has one.
+    // Whether every folder of the gallery that can be watched is watched.
     bool HasLearntGallery() const { return galleryJobs_.empty(); }
 
-    // To wait on for events; -1 without the kernel's events.
+    // Readable when there are events; -1 without the kernel's events.
     int Descriptor() { return tree_.inotify().Descriptor(); }
     void ReadEvents();
 
-    // What became of an event, and what lay at its path then.
+    // See ReportLedger.
     void NoteReported(const WatchEvent& event, WatchAction action, const Item& item) {
         ledger_.NoteReported(event, action, item);
     }
-    // Whether the path is one of the two folders that the user has named, which may be links.
+    // Whether the path is that of the watched folder or the gallery, which users name and which may be links.
     bool IsNamed(const std::string& folder) const { return folder == root_ || folder == gallery_; }
 
-    // Does what is due, for some milliseconds at most where that can be helped.
-    void Step();
-    // When there is something to do; in the past when there is now.
+    // Does what is due, for about 10 milliseconds; a single slow folder may take longer.
+    void DoDueWork();
+    // When there is something to do next; a time in the past means now.
     TimePoint NextDue() const;
 
-    // The files of the gallery that are yet to be complete or settled; no value when more than `most` are, or
-    // when something waits to be read, as of the last ReadEvents.
-    std::optional<std::vector<std::string>> Awaited(size_t most);
+    // The files of the gallery that were not complete at the last ReadEvents. No value when they are more
+    // than `most`, or when events or folders wait to be read.
+    std::optional<std::vector<std::string>> IncompleteFiles(size_t most);
 
-    // Events were lost: to begin anew and compare what is there with what was told.
+    // Events were lost: start again and compare the disk with what was reported.
     void DistrustEvents() { eventsLost_ = true; }
 
   private:
-    // A folder to be watched and then read.
+    // A folder that has to be watched and then read.
     struct Job {
         std::string folder;
         bool silent = false;
-        bool deep = true;  // with all folders in it, not only new ones
+        bool deep = true;  // with all folders in it, not only the new ones
     };
 
-    // Which folder lies at a path, if one does.
+    // Which folder is at a path, if any.
     struct Identity {
         bool exists = false;
         uint64_t volume = 0;
@@ -94,7 +94,7 @@ class TreeFollower {
     void LoseFolder(const std::string& path, uint32_t flag);
     void CheckRoots();
     void LoseRoot();
-    void StepPoll(TimePoint now);
+    void PollFolders(TimePoint now);
 
     const std::string root_;
     const std::string gallery_;
@@ -107,19 +107,20 @@ class TreeFollower {
     Identity rootSeen_;
     Identity gallerySeen_;
     bool onNetwork_ = false;
-    std::deque<Job> galleryJobs_;  // ahead of the others
+    std::deque<Job> galleryJobs_;  // before the others
     std::deque<Job> otherJobs_;
-    // Files of the gallery that were made and, as far as is known, not closed.
+    // Files of the gallery that were created and, as far as is known, not closed since.
     std::set<std::string> unfinished_;
-    bool readAll_ = true;                          // the last time
+    bool readAll_ = true;                          // by the last ReadEvents
     std::unordered_set<std::string> queuedWhole_;  // folders of queued jobs that are deep and not silent
 
     TimePoint rootsDue_;
     TimePoint pollDue_;
     bool eventsLost_ = false;
-    bool toldNoEvents_ = false;
-    bool toldLeftOut_ = false;
-    bool toldIllegible_ = false;
+    // Each of these lines is logged once.
+    bool loggedNoEvents_ = false;
+    bool loggedLeftOut_ = false;
+    bool loggedIllegible_ = false;
 };
 
 }  // namespace watcher

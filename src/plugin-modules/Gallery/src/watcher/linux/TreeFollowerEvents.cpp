@@ -1,4 +1,4 @@
-// What each of the kernel's events means for the tree.
+// How the kernel's events change the tree.
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -31,7 +31,7 @@ void TreeFollower::ReadEvents() {
     KernelEvent event;
     while (!stop_ && NextKernelEvent(bytes, event))
         Handle(event);
-    // Whatever the rest may be, what it told is to be found on disk.
+    // The rest cannot be parsed; a comparison with the disk finds what it reported.
     if (!stop_ && !bytes.empty()) eventsLost_ = true;
 }
 
@@ -60,7 +60,7 @@ void TreeFollower::HandleFile(const std::string& path, uint32_t mask) {
     if (ledger_.IsInGallery(path)) unfinished_.insert(path);
 }
 
-// A volume was unmounted, or the folder is gone, of which its parent tells as well.
+// The volume was unmounted, or the folder is gone, which its parent reports as well.
 void TreeFollower::HandleLostWatch(const KernelEvent& event, const std::string& folder) {
     if ((event.mask & (IN_IGNORED | IN_UNMOUNT | IN_DELETE_SELF | IN_MOVE_SELF)) == 0) return;
     if ((event.mask & IN_IGNORED) != 0) tree_.Forget(event.watch);

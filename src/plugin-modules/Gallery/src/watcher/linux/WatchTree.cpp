@@ -8,7 +8,7 @@
 namespace watcher {
 namespace {
 
-constexpr size_t kUsualLimit = 8192;  // where the system does not tell
+constexpr size_t kUsualLimit = 8192;  // when the system's limit cannot be read
 
 size_t SystemLimit() {
     size_t limit = 0;
@@ -48,7 +48,7 @@ void WatchTree::Enter(const std::string& folder, int watch) {
     const auto old = byPath_.find(folder);
     if (old != byPath_.end() && old->second == watch) return;
     if (old != byPath_.end()) Leave(old);
-    // A folder that has moved keeps its watch: the path it had is not its own any more.
+    // A folder that was moved keeps its watch, so the path that the watch had is out of date.
     const auto moved = byWatch_.find(watch);
     if (moved != byWatch_.end()) {
         byPath_.erase(moved->second);

@@ -1,4 +1,4 @@
-// Which folders are watched, by path and by the kernel's descriptor, within what the user may have.
+// The watched folders, by path and by the kernel's descriptor, within the user's limit of watches.
 #pragma once
 
 #include <cstddef>
@@ -12,28 +12,28 @@ namespace watcher {
 
 enum class Watched {
     Yes,
-    LeftOut,  // no watch to be had
-    Gone,     // no folder there
+    LeftOut,  // there was no watch for it
+    Gone,     // there is no such folder
 };
 
 class WatchTree {
   public:
-    // 0 asks the system for the limit.
+    // 0 takes the system's limit.
     explicit WatchTree(size_t maxWatches);
 
-    // Starts anew, without a watch. False with errno set when the kernel has no more instances; then every
-    // folder is left out.
+    // Starts again without any watch. Returns false, with errno set, when the kernel has no more instances;
+    // then every folder is left out.
     bool Reopen();
     void Close();
     Inotify& inotify() { return inotify_; }
 
-    // Watches a folder, or goes on watching it. One that is not of the gallery gets a watch only while a
-    // quarter of the limit is not used up. A `named` folder, which the user has told us, may be a link, and
-    // tells of its own end.
+    // Watches a folder, or keeps watching it. A folder outside the gallery gets a watch only while less than
+    // a quarter of the limit is in use. A `named` folder, one that the user has chosen, may be a link, and
+    // its own removal or move is reported.
     Watched Watch(const std::string& folder, bool ofGallery, bool named);
     void UnwatchWithBeneath(const std::string& folder);
 
-    // Null for a watch that is no more, whose last events may still come. Valid until the next change.
+    // Null for a watch that has ended; its last events may still arrive. Valid until the next change.
     const std::string* FolderOf(int watch) const;
     // The kernel has ended the watch.
     void Forget(int watch);

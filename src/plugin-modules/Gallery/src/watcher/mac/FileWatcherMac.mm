@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -17,7 +18,7 @@
 
 namespace {
 
-// A path that is not UTF-8 gives no string, and so an array and a stream of nothing.
+// Null for a path that is not UTF-8; there is then no array and no stream either.
 CFStringRef CreatePath(const std::string& path) {
     return CFStringCreateWithCString(kCFAllocatorDefault, path.c_str(), kCFStringEncodingUTF8);
 }
@@ -48,7 +49,7 @@ class FileWatcher : public IFileWatcher {
     }
     ~FileWatcher() override;
 
-    std::optional<std::vector<std::string>> Untold() override {
+    std::optional<std::vector<std::string>> Unreported() override {
         if (stream_) FSEventStreamFlushSync(stream_);
         return std::vector<std::string>{};
     }
@@ -63,9 +64,9 @@ class FileWatcher : public IFileWatcher {
     CFStringRef path_ = nullptr;
     CFArrayRef paths_ = nullptr;
     FSEventStreamRef stream_ = nullptr;
-    CFRunLoopRef runLoop_ = nullptr;  // the thread's; retained, for it is used when the thread has ended
+    CFRunLoopRef runLoop_ = nullptr;  // the thread's; retained, because the destructor uses it after the thread has ended
     std::thread thread_;
-    KXP::Mutex dispatchMutex_;
+    std::mutex dispatchMutex_;  // not a KXP::Mutex: the callback locks those under it
     KXP::CondVar runningChanged_;
     KXP::Mutex runningMutex_;
     bool running_ GUARDED_BY(runningMutex_) = false;
@@ -83,7 +84,7 @@ void FileWatcher::CreateStream(double latency) {
 void FileWatcher::Run() {
     KXP::LogNameThread("Gallery", "FILE");
     runLoop_ = static_cast<CFRunLoopRef>(const_cast<void*>(CFRetain(CFRunLoopGetCurrent())));
-    // Without any source a loop ends at once, and the destructor would wait for one that never waits.
+    // A loop without a source would end at once, and the destructor would never see it waiting.
     CFRunLoopSourceContext idle = {};
     const CFRunLoopSourceRef keepAlive = CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &idle);
     CFRunLoopAddSource(runLoop_, keepAlive, kCFRunLoopDefaultMode);
@@ -101,20 +102,20 @@ void FileWatcher::Run() {
     CFRelease(keepAlive);
 }
 
-// The dispatch mutex belongs to this thread alone and is not taken by anything that a callback may call.
+// Only this thread takes the dispatch mutex, and nothing that a callback may call takes it.
 void FileWatcher::FsEventStreamCallback(ConstFSEventStreamRef, void* info, size_t count, void* paths,
                                         const FSEventStreamEventFlags* flags,
                                         const FSEventStreamEventId* ids) {
     auto* self = static_cast<FileWatcher*>(info);
     const auto* names = static_cast<const char* const*>(paths);
-    KXP::MutexLock lock(self->dispatchMutex_);
+    const std::lock_guard<std::mutex> lock(self->dispatchMutex_);
     for (size_t i = 0; i < count; ++i) {
         watcher::DispatchWatchEvent(static_cast<int>(i), ids[i], {names[i], static_cast<uint32_t>(flags[i])},
                                     KindAt(names[i]), *self->callback_);
     }
 }
 
-// The order is binding: the loop is not stopped while an event is being handled, and the stream outlives it.
+// The order matters: the loop is not stopped while an event is being handled, and the stream outlives the loop.
 FileWatcher::~FileWatcher() {
     {
         KXP::MutexLock lock(runningMutex_);
