@@ -1,10 +1,8 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <deque>
 #include <exception>
 #include <iterator>
-#include <set>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -18,8 +16,9 @@
 #include "common/Mutex.h"
 #include "plugin-modules/Gallery/src/watcher/EventWindow.h"
 #include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
-#include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
+#include "plugin-modules/Gallery/src/watcher/linux/Dispatcher.h"
 #include "plugin-modules/Gallery/src/watcher/linux/TreeFollower.h"
+#include "plugin-modules/Gallery/src/watcher/linux/UnreportedQuery.h"
 
 namespace watcher {
 namespace {
@@ -27,8 +26,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// Events reported between two reads of the kernel's queue.
-constexpr size_t kEventsPerPass = 256;
 constexpr milliseconds kLongestWait{60000};
 // The longest wait when there was no descriptor left for waking the thread.
 constexpr milliseconds kWithoutWake{20};
@@ -37,63 +34,13 @@ constexpr milliseconds kAnswerLimit{100};
 // Unreported returns no more paths than this from the window, and from the follower.
 constexpr size_t kMostUnreported = 256;
 
-// Reports the events of a closed window in their order, some at a time.
-class Dispatcher {
-  public:
-    Dispatcher(IFileWatcherCallback& callback, TreeFollower& follower)
-        : callback_(callback), follower_(follower) {}
-
-    bool IsIdle() const { return events_.empty(); }
-    void Begin(std::deque<WatchEvent> events) { events_ = std::move(events); }
-    void ReportSome(const std::atomic<bool>& stop);
-
-  private:
-    bool WentWithItsFolder(const WatchEvent& event, ItemKind there) const;
-    void End();
-
-    IFileWatcherCallback& callback_;
-    TreeFollower& follower_;
-    std::deque<WatchEvent> events_;
-    std::set<std::string> goneFolders_;  // untracked in this window
-    int index_ = 0;
-    uint64_t id_ = 0;
-};
-
-void Dispatcher::ReportSome(const std::atomic<bool>& stop) {
-    for (size_t left = kEventsPerPass; left > 0 && !events_.empty() && !stop; --left) {
-        const WatchEvent event = std::move(events_.front());
-        events_.pop_front();
-        const Item item = LookAt(event.path, follower_.IsNamed(event.path));
-        if (WentWithItsFolder(event, item.kind)) continue;
-        const WatchAction action = DispatchWatchEvent(index_++, ++id_, event, item.kind, callback_);
-        follower_.NoteReported(event, action, item);
-        if (action == WatchAction::Untrack && (event.flags & ItemIsDir) != 0) goneFolders_.insert(event.path);
-    }
-    if (events_.empty()) End();
-}
-
-void Dispatcher::End() {
-    goneFolders_.clear();
-    index_ = 0;
-}
-
-// Untracking a folder includes its files, so their own events are not reported.
-bool Dispatcher::WentWithItsFolder(const WatchEvent& event, ItemKind there) const {
-    if (goneFolders_.empty() || WatchedItemExists(event, there)) return false;
-    for (size_t slash = event.path.rfind('/'); slash != std::string::npos && slash > 0;
-         slash = event.path.rfind('/', slash - 1)) {
-        if (goneFolders_.count(event.path.substr(0, slash)) > 0) return true;
-    }
-    return false;
-}
-
 class FileWatcher : public IFileWatcher {
   public:
     FileWatcher(const std::string& path, const WatcherOptions& options,
                 std::unique_ptr<IFileWatcherCallback>&& callback);
     ~FileWatcher() override;
 
-    std::optional<std::vector<std::string>> Unreported() override EXCLUDES(mutex_);
+    std::optional<std::vector<std::string>> Unreported() override;
 
   private:
     void Run();
@@ -102,7 +49,7 @@ class FileWatcher : public IFileWatcher {
     milliseconds TimeToWait() const;
     void ReportReady() EXCLUDES(mutex_);
     void Wake();
-    void Answer(uint64_t asked) EXCLUDES(mutex_);
+    void Answer(uint64_t asked);
 
     const std::unique_ptr<IFileWatcherCallback> callback_;
     const milliseconds recoverAfter_;
@@ -113,11 +60,7 @@ class FileWatcher : public IFileWatcher {
     KXP::Mutex mutex_;
     KXP::CondVar readyChanged_;
     bool ready_ GUARDED_BY(mutex_) = false;
-    // Calls of Unreported are numbered; the thread answers all up to the last one at once.
-    KXP::CondVar answered_;
-    uint64_t lastAsked_ GUARDED_BY(mutex_) = 0;
-    uint64_t lastAnswered_ GUARDED_BY(mutex_) = 0;
-    std::optional<std::vector<std::string>> unreported_ GUARDED_BY(mutex_);
+    UnreportedQuery query_;
 
     // Used by the thread alone.
     EventWindow window_;
@@ -158,17 +101,9 @@ void FileWatcher::Wake() {
 
 std::optional<std::vector<std::string>> FileWatcher::Unreported() {
     const TimePoint limit = steady_clock::now() + kAnswerLimit;
-    uint64_t asked = 0;
-    {
-        KXP::MutexLock lock(mutex_);
-        asked = ++lastAsked_;
-    }
+    const uint64_t asked = query_.Ask();
     Wake();
-    KXP::MutexLock lock(mutex_);
-    while (lastAnswered_ < asked && steady_clock::now() < limit)
-        answered_.WaitUntil(mutex_, limit);
-    if (lastAnswered_ < asked) return std::nullopt;
-    return unreported_;
+    return query_.Await(asked, limit);
 }
 
 // Answers the calls that were made before the events of this pass were read.
@@ -180,10 +115,7 @@ void FileWatcher::Answer(uint64_t asked) {
         for (const WatchEvent& event : window_.events())
             unreported->push_back(event.path);
     }
-    KXP::MutexLock lock(mutex_);
-    unreported_ = std::move(unreported);
-    lastAnswered_ = asked;
-    answered_.NotifyAll();
+    query_.Answer(asked, std::move(unreported));
 }
 
 void FileWatcher::Run() {
@@ -206,19 +138,13 @@ void FileWatcher::Run() {
 // Reads the kernel's queue in every pass, also while a window is open or being reported, because the queue is
 // bounded.
 void FileWatcher::RunOnce() {
-    uint64_t asked = 0;
-    bool isAsked = false;
-    {
-        KXP::MutexLock lock(mutex_);
-        asked = lastAsked_;
-        isAsked = asked > lastAnswered_;
-    }
+    const std::optional<uint64_t> asked = query_.Pending();
     follower_.ReadEvents();
     follower_.DoDueWork();
     if (learning_ && (follower_.HasLearntGallery() || steady_clock::now() >= startLimit_)) ReportReady();
     if (dispatcher_.IsIdle() && window_.IsDue(steady_clock::now())) dispatcher_.Begin(window_.Take());
     dispatcher_.ReportSome(stop_);
-    if (isAsked) Answer(asked);
+    if (asked) Answer(*asked);
     Wait(TimeToWait());
 }
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <unordered_set>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -31,40 +32,39 @@ std::string PrefixOf(const std::string& folder) {
 
 TreeFollower::TreeFollower(const std::string& root, const WatcherOptions& options, int64_t newsFromNs,
                            EventWindow& window, const std::atomic<bool>& stop)
-    : root_(PrefixOf(root)),
-      gallery_(options.gallery.empty() ? root_ : PrefixOf(options.gallery)),
+    : root_{PrefixOf(root), {}},
+      gallery_{options.gallery.empty() ? root_.path : PrefixOf(options.gallery), {}},
       options_(options),
       stop_(stop),
-      ledger_(gallery_, options.settle, window),
+      ledger_(gallery_.path, options.settle, window),
       tree_(options.maxWatches) {
     ledger_.SetNewsFrom(newsFromNs - kFileTickNs);
 }
 
-TreeFollower::Identity TreeFollower::IdentityOf(const Item& item) {
+TreeFollower::Identity TreeFollower::NamedFolder::Look() const {
+    const Item item = LookAt(path, true);
     if (item.kind != ItemKind::Folder) return {};
     return {true, item.volume, item.stamp.inode};
 }
 
 void TreeFollower::Begin(bool silent) {
-    galleryJobs_.clear();
-    otherJobs_.clear();
-    queuedWhole_.clear();
+    jobs_.Clear();
     poll_.Clear();
     eventsLost_ = false;
     OpenTree();
-    rootSeen_ = IdentityOf(LookAt(root_, true));
-    gallerySeen_ = IdentityOf(LookAt(gallery_, true));
-    onNetwork_ = IsOnNetwork(gallery_);
+    root_.seen = root_.Look();
+    gallery_.seen = gallery_.Look();
+    onNetwork_ = IsOnNetwork(gallery_.path);
     rootsDue_ = steady_clock::now() + options_.pollInterval;
     pollDue_ = rootsDue_;
     // Outside the gallery there is no record to compare with, so only changes from now on are reported.
-    if (root_ != gallery_) Look({root_, true});
-    Push({gallery_, silent});
+    if (root_.path != gallery_.path) Look({root_.path, true});
+    Push({gallery_.path, silent});
 }
 
 void TreeFollower::OpenTree() {
     if (options_.polling || tree_.Reopen()) return;
-    if (!std::exchange(loggedNoEvents_, true))
+    if (!std::exchange(logged_.noEvents, true))
         KXP_LOG(KXP::LogFailure, "No file events to be had (%s), looking at folders instead",
                 std::strerror(errno));
 }
@@ -75,23 +75,18 @@ void TreeFollower::Recover() {
     Begin(false);
 }
 
-void TreeFollower::Push(Job job) {
-    if (job.deep && !job.silent && !queuedWhole_.insert(job.folder).second) return;
-    (ledger_.IsInGallery(job.folder) ? galleryJobs_ : otherJobs_).push_back(std::move(job));
+void TreeFollower::Push(FolderJob job) {
+    const bool ofGallery = ledger_.IsInGallery(job.folder);
+    jobs_.Push(std::move(job), ofGallery);
 }
 
 void TreeFollower::RunJobs(TimePoint until) {
-    while (!stop_ && !(galleryJobs_.empty() && otherJobs_.empty()) && steady_clock::now() < until) {
-        auto& jobs = galleryJobs_.empty() ? otherJobs_ : galleryJobs_;
-        const Job job = std::move(jobs.front());
-        jobs.pop_front();
-        if (job.deep && !job.silent) queuedWhole_.erase(job.folder);
-        Look(job);
-    }
+    while (!stop_ && !jobs_.IsEmpty() && steady_clock::now() < until)
+        Look(jobs_.Pop());
 }
 
 // Watch first, then read: what appears in between is found by the watch, the reading, or both.
-void TreeFollower::Look(const Job& job) {
+void TreeFollower::Look(const FolderJob& job) {
     const bool inGallery = ledger_.IsInGallery(job.folder);
     const Watched watched = tree_.Watch(job.folder, inGallery, IsNamed(job.folder));
     if (watched == Watched::LeftOut) NoteLeftOut(job.folder);
@@ -111,7 +106,7 @@ void TreeFollower::Look(const Job& job) {
     PushFoldersIn(job, snapshot, folders.appeared);
 }
 
-void TreeFollower::PushFoldersIn(const Job& job, const FolderSnapshot& snapshot,
+void TreeFollower::PushFoldersIn(const FolderJob& job, const FolderSnapshot& snapshot,
                                  const std::vector<std::string>& appeared) {
     const bool inGallery = ledger_.IsInGallery(job.folder);
     const std::unordered_set<std::string> news(appeared.begin(), appeared.end());
@@ -121,20 +116,20 @@ void TreeFollower::PushFoldersIn(const Job& job, const FolderSnapshot& snapshot,
         const bool isNew = news.count(path) > 0;
         if (!inGallery) {
             // Other volumes are not watched; some have no end. The gallery has a job of its own.
-            if (entry.item.volume != snapshot.folder.volume || (path == gallery_ && !isNew)) continue;
+            if (entry.item.volume != snapshot.folder.volume || (path == gallery_.path && !isNew)) continue;
         }
         if (job.deep || isNew) Push({path, job.silent && !isNew});
     }
 }
 
 void TreeFollower::NoteLeftOut(const std::string& folder) {
-    if (!tree_.inotify().IsOpen() || std::exchange(loggedLeftOut_, true)) return;
+    if (!tree_.inotify().IsOpen() || std::exchange(logged_.leftOut, true)) return;
     KXP_LOG(KXP::LogFailure, "No more watches to be had for %s and other folders: %s", folder.c_str(),
             std::strerror(errno));
 }
 
 void TreeFollower::NoteIllegible(const std::string& folder) {
-    if (std::exchange(loggedIllegible_, true)) return;
+    if (std::exchange(logged_.illegible, true)) return;
     KXP_LOG(KXP::LogFailure, "Passed over names in %s that are not UTF-8", folder.c_str());
 }
 
@@ -142,7 +137,7 @@ void TreeFollower::AppearFolder(const std::string& path, uint32_t flag) {
     // Watches under this path belong to a folder that was here before and may have moved.
     tree_.UnwatchWithBeneath(path);
     ledger_.FolderAppeared(path, flag);
-    if (path == gallery_) gallerySeen_ = IdentityOf(LookAt(path, true));
+    if (path == gallery_.path) gallery_.seen = gallery_.Look();
     Push({path});
 }
 
@@ -151,38 +146,36 @@ void TreeFollower::LoseFolder(const std::string& path, uint32_t flag) {
     poll_.RemoveWithBeneath(path);
     ledger_.FolderGone(path, flag);
     EraseWithBeneath(unfinished_, path);
-    if (path == gallery_) gallerySeen_ = {};
+    if (path == gallery_.path) gallery_.seen = {};
 }
 
 // Detects what no event reports: a folder further up was renamed, a volume was mounted or unmounted, or one
 // of the two folders is back.
 void TreeFollower::CheckRoots() {
     rootsDue_ = steady_clock::now() + options_.pollInterval;
-    const Identity root = IdentityOf(LookAt(root_, true));
-    const Identity gallery = IdentityOf(LookAt(gallery_, true));
-    if (root != rootSeen_) {
-        if (rootSeen_.exists) LoseRoot();
+    const Identity root = root_.Look();
+    const Identity gallery = gallery_.Look();
+    if (root != root_.seen) {
+        if (root_.seen.exists) LoseRoot();
         if (!root.exists) return;
-        KXP_LOG(KXP::LogMilestone, "Watched folder %s is there", root_.c_str());
-        ledger_.FolderAppeared(root_, ItemCreated);
-        if (gallery.exists && root_ != gallery_) ledger_.FolderAppeared(gallery_, ItemCreated);
+        KXP_LOG(KXP::LogMilestone, "Watched folder %s is there", root_.path.c_str());
+        ledger_.FolderAppeared(root_.path, ItemCreated);
+        if (gallery.exists && root_.path != gallery_.path) ledger_.FolderAppeared(gallery_.path, ItemCreated);
         Begin(false);
-    } else if (gallery != gallerySeen_) {
-        if (gallerySeen_.exists) LoseFolder(gallery_, ItemRemoved);
-        if (gallery.exists) AppearFolder(gallery_, ItemCreated);
+    } else if (gallery != gallery_.seen) {
+        if (gallery_.seen.exists) LoseFolder(gallery_.path, ItemRemoved);
+        if (gallery.exists) AppearFolder(gallery_.path, ItemCreated);
     }
 }
 
 void TreeFollower::LoseRoot() {
-    KXP_LOG(KXP::LogMilestone, "Watched folder %s is gone", root_.c_str());
-    galleryJobs_.clear();
-    otherJobs_.clear();
-    queuedWhole_.clear();
+    KXP_LOG(KXP::LogMilestone, "Watched folder %s is gone", root_.path.c_str());
+    jobs_.Clear();
     tree_.Close();
     poll_.Clear();
-    ledger_.FolderGone(root_, ItemRemoved);
-    rootSeen_ = {};
-    gallerySeen_ = {};
+    ledger_.FolderGone(root_.path, ItemRemoved);
+    root_.seen = {};
+    gallery_.seen = {};
 }
 
 void TreeFollower::PollFolders(TimePoint now) {
@@ -197,7 +190,7 @@ void TreeFollower::PollFolders(TimePoint now) {
 void TreeFollower::DoDueWork() {
     const TimePoint now = steady_clock::now();
     // Not before the current comparison has ended: under a steady flood of events none would ever finish.
-    if (eventsLost_ && galleryJobs_.empty()) Recover();
+    if (eventsLost_ && !jobs_.HasGalleryJobs()) Recover();
     if (now >= rootsDue_) CheckRoots();
     PollFolders(now);
     ledger_.LookAgain(now);
@@ -205,7 +198,7 @@ void TreeFollower::DoDueWork() {
 }
 
 std::optional<std::vector<std::string>> TreeFollower::IncompleteFiles(size_t most) {
-    if (!readAll_ || eventsLost_ || !galleryJobs_.empty()) return std::nullopt;
+    if (!readAll_ || eventsLost_ || jobs_.HasGalleryJobs()) return std::nullopt;
     std::vector<std::string> incomplete = ledger_.UnsettledPaths();
     // Of files that were never closed only those written a moment ago count: a later write to any other gives
     // it a new time, which shows that it has changed.
@@ -224,7 +217,7 @@ std::optional<std::vector<std::string>> TreeFollower::IncompleteFiles(size_t mos
 }
 
 TimePoint TreeFollower::NextDue() const {
-    if (eventsLost_ || poll_.InRound() || !galleryJobs_.empty() || !otherJobs_.empty()) return {};
+    if (eventsLost_ || poll_.InRound() || !jobs_.IsEmpty()) return {};
     const TimePoint due = std::min(rootsDue_, ledger_.NextLook());
     return poll_.IsEmpty() ? due : std::min(due, pollDue_);
 }

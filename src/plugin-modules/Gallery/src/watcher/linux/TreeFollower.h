@@ -5,15 +5,14 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <set>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "plugin-modules/Gallery/src/watcher/EventWindow.h"
 #include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
+#include "plugin-modules/Gallery/src/watcher/linux/FolderJobs.h"
 #include "plugin-modules/Gallery/src/watcher/linux/FolderPoll.h"
 #include "plugin-modules/Gallery/src/watcher/linux/ReportLedger.h"
 #include "plugin-modules/Gallery/src/watcher/linux/WatchTree.h"
@@ -30,7 +29,7 @@ class TreeFollower {
     // Starts watching.
     void Start() { Begin(true); }
     // Whether every folder of the gallery that can be watched is watched.
-    bool HasLearntGallery() const { return galleryJobs_.empty(); }
+    bool HasLearntGallery() const { return !jobs_.HasGalleryJobs(); }
 
     // Readable when there are events; -1 without the kernel's events.
     int Descriptor() { return tree_.inotify().Descriptor(); }
@@ -41,7 +40,7 @@ class TreeFollower {
         ledger_.NoteReported(event, action, item);
     }
     // Whether the path is that of the watched folder or the gallery, which users name and which may be links.
-    bool IsNamed(const std::string& folder) const { return folder == root_ || folder == gallery_; }
+    bool IsNamed(const std::string& folder) const { return folder == root_.path || folder == gallery_.path; }
 
     // Does what is due, for about 10 milliseconds; a single slow folder may take longer.
     void DoDueWork();
@@ -56,13 +55,6 @@ class TreeFollower {
     void DistrustEvents() { eventsLost_ = true; }
 
   private:
-    // A folder that has to be watched and then read.
-    struct Job {
-        std::string folder;
-        bool silent = false;
-        bool deep = true;  // with all folders in it, not only the new ones
-    };
-
     // Which folder is at a path, if any.
     struct Identity {
         bool exists = false;
@@ -72,15 +64,27 @@ class TreeFollower {
             return exists != other.exists || volume != other.volume || inode != other.inode;
         }
     };
-    static Identity IdentityOf(const Item& item);
+    // A folder that users name, and which one was there when it was last looked at.
+    struct NamedFolder {
+        const std::string path;
+        Identity seen;
+
+        Identity Look() const;
+    };
+    // Lines that are logged once.
+    struct Logged {
+        bool noEvents = false;
+        bool leftOut = false;
+        bool illegible = false;
+    };
 
     void Begin(bool silent);
     void Recover();
     void OpenTree();
-    void Push(Job job);
+    void Push(FolderJob job);
     void RunJobs(TimePoint until);
-    void Look(const Job& job);
-    void PushFoldersIn(const Job& job, const FolderSnapshot& snapshot,
+    void Look(const FolderJob& job);
+    void PushFoldersIn(const FolderJob& job, const FolderSnapshot& snapshot,
                        const std::vector<std::string>& appeared);
     void NoteLeftOut(const std::string& folder);
     void NoteIllegible(const std::string& folder);
@@ -96,31 +100,24 @@ class TreeFollower {
     void LoseRoot();
     void PollFolders(TimePoint now);
 
-    const std::string root_;
-    const std::string gallery_;
+    NamedFolder root_;
+    NamedFolder gallery_;
     const WatcherOptions options_;
     const std::atomic<bool>& stop_;
     ReportLedger ledger_;
     WatchTree tree_;
     FolderPoll poll_;
 
-    Identity rootSeen_;
-    Identity gallerySeen_;
     bool onNetwork_ = false;
-    std::deque<Job> galleryJobs_;  // before the others
-    std::deque<Job> otherJobs_;
+    FolderJobs jobs_;
     // Files of the gallery that were created and, as far as is known, not closed since.
     std::set<std::string> unfinished_;
-    bool readAll_ = true;                          // by the last ReadEvents
-    std::unordered_set<std::string> queuedWhole_;  // folders of queued jobs that are deep and not silent
+    bool readAll_ = true;  // by the last ReadEvents
 
     TimePoint rootsDue_;
     TimePoint pollDue_;
     bool eventsLost_ = false;
-    // Each of these lines is logged once.
-    bool loggedNoEvents_ = false;
-    bool loggedLeftOut_ = false;
-    bool loggedIllegible_ = false;
+    Logged logged_;
 };
 
 }  // namespace watcher
