@@ -17,8 +17,8 @@ class PendingHighlights {
     // Forgets the one with the same reference; false when there is none.
     bool Dequeue(const Highlight& highlight) EXCLUDES(mutex_);
     // Appends those of the game and, unless that is empty, of the group.
-    void AppendTo(std::vector<TrackedUGC>& out, const std::string& game, const std::string& group) const
-        EXCLUDES(mutex_);
+    void GetPendingHighlights(std::vector<TrackedUGC>& out, const std::string& game,
+                              const std::string& group) const EXCLUDES(mutex_);
 
   private:
     mutable KXP::Mutex mutex_;

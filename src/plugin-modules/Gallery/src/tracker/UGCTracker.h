@@ -62,6 +62,7 @@ class UGCTracker : private IJournalSource {
     // Ends worker and watcher and writes what is not written. Nothing touches the file afterwards; what is on
     // record can still be asked for.
     void Stop();
+    void DeleteTrackerFile() { journal_.DeleteTrackerFile(); }  // the next write makes it anew
     // Ends in "/". A tracker belongs to one gallery; another folder gets a tracker of its own.
     const std::string& gallery() const { return gallery_; }
 
@@ -122,8 +123,7 @@ class UGCTracker : private IJournalSource {
     KXP::RetVal DeleteTrackedHighlights(const std::vector<TrackedUGC>& records);
     KXP::RetVal DeleteTrackedHighlightGroup(const std::string& group, const std::string& game);
 
-    // For tests that run the worker's entries themselves.
-    KXP::TaskQueue& queue() { return queue_; }
+    KXP::TaskQueue& queue() { return queue_; }  // for tests that run the worker's entries themselves
 
   private:
     using RecordPtr = RecordStore::RecordPtr;
