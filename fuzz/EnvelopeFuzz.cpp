@@ -12,7 +12,7 @@
 namespace {
 
 // Both ends of the chain: writes out what reaches it, as the container would get it.
-class Writer : public KXP::MessageSink {
+class Writer : public KXP::MessageSink<KXP::JSONMessage> {
   public:
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message) override {
         KXP::JsonBuffer buffer;

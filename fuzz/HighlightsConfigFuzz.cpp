@@ -9,8 +9,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     QuietLog();
     KXP::Document document;
     if (KXP::ParseJSON({reinterpret_cast<const char*>(data), size}, document).IsError()) return 0;
+    KXP::HeldLog log;
     HighlightConfigData config;
-    if (!ReadHighlightsConfig(document, config)) return 0;
+    if (!ReadHighlightsConfig(document, config, log)) return 0;
     for (const auto& [id, definition] : config.highlights)
         HighlightsConfig::GetLocalizedHighlightName(definition, config.shortName, config.defaultLocale);
     return 0;

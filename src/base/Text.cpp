@@ -43,6 +43,43 @@ std::optional<char32_t> TakeUtf8(std::string_view& text) {
     return c;
 }
 
+char32_t NextFrom(std::string_view& text) {
+    const std::optional<char32_t> c = TakeUtf8(text);
+    if (!c) throw std::range_error("unable to convert encoding");
+    return *c;
+}
+
+char32_t NextFrom(std::wstring_view& text) {
+    const auto c = static_cast<char32_t>(text.front());
+    if (c > kLastCodePoint || IsSurrogate(c)) throw std::range_error("invalid encoding");
+    text.remove_prefix(1);
+    return c;
+}
+
+char32_t NextFrom(std::u16string_view& text) {
+    const char32_t first = text.front();
+    text.remove_prefix(1);
+    if (!IsSurrogate(first)) return first;
+    if (first >= 0xDC00 || text.empty() || text.front() < 0xDC00 || text.front() > 0xDFFF)
+        throw std::range_error("invalid encoding");
+    const char32_t second = text.front();
+    text.remove_prefix(1);
+    return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
+void Append(std::wstring& text, char32_t c) {
+    text.push_back(static_cast<wchar_t>(c));
+}
+
+void Append(std::u16string& text, char32_t c) {
+    if (c < 0x10000) {
+        text.push_back(static_cast<char16_t>(c));
+        return;
+    }
+    text.push_back(static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10)));
+    text.push_back(static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FF)));
+}
+
 void Append(std::string& text, char32_t c) {
     if (c < 0x80) {
         text.push_back(static_cast<char>(c));
@@ -55,6 +92,15 @@ void Append(std::string& text, char32_t c) {
         text.push_back(static_cast<char>(0x80 | ((c >> (6 * i)) & 0x3F)));
 }
 
+template <typename To, typename From>
+To Convert(From text) {
+    To converted;
+    converted.reserve(text.size());
+    while (!text.empty())
+        Append(converted, NextFrom(text));
+    return converted;
+}
+
 }  // namespace
 
 std::string ToLower(std::string text) {
@@ -64,25 +110,23 @@ std::string ToLower(std::string text) {
 }
 
 std::wstring Utf8ToWide(std::string_view text) {
-    std::wstring wide;
-    wide.reserve(text.size());
-    while (!text.empty()) {
-        const std::optional<char32_t> c = TakeUtf8(text);
-        if (!c) throw std::range_error("unable to convert encoding");
-        wide.push_back(static_cast<wchar_t>(*c));
-    }
-    return wide;
+    return Convert<std::wstring>(text);
 }
 
 std::string WideToUtf8(std::wstring_view text) {
-    std::string utf8;
-    utf8.reserve(text.size());
-    for (const wchar_t wide : text) {
-        const auto c = static_cast<char32_t>(wide);
-        if (c > kLastCodePoint || IsSurrogate(c)) throw std::range_error("invalid encoding");
-        Append(utf8, c);
-    }
-    return utf8;
+    return Convert<std::string>(text);
+}
+
+std::u16string Utf8ToUtf16LE(std::string_view text) {
+    return Convert<std::u16string>(text);
+}
+
+std::u16string WideToUtf16LE(std::wstring_view text) {
+    return Convert<std::u16string>(text);
+}
+
+std::string Utf16LEToUtf8(std::u16string_view text) {
+    return Convert<std::string>(text);
 }
 
 bool IsValidUtf8(std::string_view text) {

@@ -9,9 +9,13 @@ namespace KXP {
 // Byte by byte; UTF-8 beyond ASCII stays as it is in the C locale.
 std::string ToLower(std::string text);
 
-// Strict: malformed bytes, lone surrogates and values beyond U+10FFFF throw std::range_error.
+// Strict: malformed bytes, lone surrogates and values beyond U+10FFFF throw std::range_error. UTF-16 is in
+// units of the machine's order, which is little-endian on every machine that the product runs on.
 std::wstring Utf8ToWide(std::string_view text);
 std::string WideToUtf8(std::wstring_view text);
+std::u16string Utf8ToUtf16LE(std::string_view text);
+std::u16string WideToUtf16LE(std::wstring_view text);
+std::string Utf16LEToUtf8(std::u16string_view text);
 
 // Whether Utf8ToWide would accept the text.
 bool IsValidUtf8(std::string_view text);

@@ -28,9 +28,10 @@ RetVal Config::ReadConfigs() {
     const std::string productPath = GetProductConfigFilePath();
     if (!ReadJSON(productPath, productConfig_)) return CouldNotRead("product", productPath);
     const std::string pluginPath = GetPluginConfigFile();
-    Document pluginConfig;
-    if (FileExists(pluginPath) && !ReadJSON(pluginPath, pluginConfig))
+    if (FileExists(pluginPath) && !ReadJSON(pluginPath, pluginConfig_))
         return CouldNotRead("plugin", pluginPath);
+    const std::string appPath = GetAppConfigFilePath();
+    if (FileExists(appPath)) ReadJSON(appPath, appConfig_);
     FillFolders();
     return {};
 }
@@ -41,6 +42,8 @@ void Config::FillFolders() {
         appDataDirs_.push_back(PathIsAbsolute(folder) ? folder
                                                       : FileJoin({GetPluginBinaryDirectory(), folder}));
     appDataDirs_.push_back(GetPluginBinaryDataDirectory() + "/appdata/");
+    for (std::string& folder : JSONGetStrings(productConfig_, "mediaDirs"))
+        mediaDirs_.push_back(std::move(folder));
 }
 
 std::string Config::FindAppData(const std::string& relativePath) const {

@@ -10,20 +10,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "CobalixUtil.h"
 #include "base/FileCalls.h"
 #include "base/NewFile.h"
 #include "base/Path.h"
 #include "base/ReadWrite.h"
 #include "common/DirUtil.h"
+#include "common/HeldLog.h"
 #include "common/RetVal.h"
 
 namespace KXP {
 namespace {
 
+constexpr size_t kCopyBlock = 1024;
 // What a cancelled copy still finishes.
 constexpr size_t kCopyStep = size_t{8} << 20;
 constexpr size_t kCopyBuffer = size_t{1} << 20;
+constexpr mode_t kNewFileMode = 0644;
 constexpr mode_t kNormalMode = 0776;
 
 int Failed(const char* text) {
@@ -34,6 +36,17 @@ int Failed(const char* text) {
 void LogMoveFailed(const std::string& source, const std::string& destination) {
     KXP_LOG(LogFailure, "Error 0x%08u moving file %s to %s", static_cast<unsigned>(errno), source.c_str(),
             destination.c_str());
+}
+
+bool CopyBytes(const FileDescriptor& source, const FileDescriptor& destination) {
+    char block[kCopyBlock];
+    size_t offset = 0;
+    long got = 0;
+    while ((got = ReadSome(source, block, sizeof block)) > 0) {
+        if (!WriteFullyAt(destination, block, static_cast<size_t>(got), offset)) return false;
+        offset += static_cast<size_t>(got);
+    }
+    return got == 0;
 }
 
 // The next bytes from `position` on, at least one. False when a read or write fails or the file has ended.
@@ -72,6 +85,18 @@ bool FileExists(const std::string& path) {
 bool IsRegularFile(const std::string& path) {
     struct stat status {};
     return IsUsablePath(path) && lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+int FileCopy(const std::string& source, const std::string& destination) {
+    const FileDescriptor from = OpenForRead(source);
+    if (!from.IsOpen()) return Failed("FileCopy open source failed");
+    FileDescriptor to = OpenForWrite(destination, kNewFileMode);
+    if (!to.IsOpen()) return Failed("FileCopy open destination failed");
+    if (!CopyBytes(from, to)) return Failed("FileCopy failed to copy the content");
+    struct stat status {};
+    if (fstat(from.get(), &status) != 0) return Failed("FileCopy fopen source failed");
+    CopyOwnerAndMode(status, to);
+    return to.Close() ? Code::kOk : Failed("FileCopy failed to copy the content");
 }
 
 int FileCopyNew(const std::string& source, const std::string& destination,
@@ -131,10 +156,17 @@ int FileMigrate(const std::string& legacyFile, const std::string& newFile) {
     return Code::kFailure;
 }
 
-int FileDelete(const std::string& path, bool) {
+int FileDelete(const std::string& path, bool force) {
+    HeldLog log;
+    return FileDelete(path, force, log);
+}
+
+int FileDelete(const std::string& path, bool, HeldLog& log) {
     FileAttrNormal(path);
     if (std::remove(path.c_str()) == 0) return Code::kOk;
-    KXP_LOG(LogFailure, "Failed to delete file %s: 0x%08x", path.c_str(), static_cast<unsigned>(errno));
+    char error[16];
+    std::snprintf(error, sizeof error, "0x%08x", static_cast<unsigned>(errno));
+    log.Add(LogFailure, "Failed to delete file " + path + ": " + error);
     return Code::kFailure;
 }
 
@@ -147,6 +179,14 @@ int FileTime(const std::string& path, int64_t& seconds) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return Code::kNotFound;
     seconds = status.st_mtime;
+    return Code::kOk;
+}
+
+int FileSizeKB(const std::string& path, int& kilobytes) {
+    kilobytes = 0;
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return Code::kNotFound;
+    kilobytes = FileSizeKB(status);
     return Code::kOk;
 }
 

@@ -168,6 +168,24 @@ void JSONFile::Init(const std::string& path) {
     path_ = path;
 }
 
+RetVal JSONFile::OpenFile(FILE*& file, bool read) const {
+    HeldLog log;
+    const char* mode = read ? "rb" : "wb";
+    FileDescriptor opened = read ? OpenForRead(path_) : OpenForWrite(path_, kNewFileMode);
+    if (!opened.IsOpen() || (!read && ftruncate(opened.get(), 0) != 0)) return OpenFailed(mode, log);
+    file = fdopen(opened.get(), mode);
+    if (!file) return OpenFailed(mode, log);
+    opened.Release();
+    return {};
+}
+
+RetVal JSONFile::OpenFailed(const char* mode, HeldLog& log) const {
+    const int error = errno;
+    log.Add(LogMilestone, "Failed to open " + GetFileNameFromPath(path_) + " for " + mode +
+                              " err:" + std::to_string(error));
+    return {Code::kNotFound, "Failed to open file", 0};
+}
+
 RetVal JSONFile::ReadAndParseJSON(Document& document) const {
     HeldLog log;
     return ReadAndParseJSON(document, log);
@@ -218,11 +236,7 @@ RetVal JSONFile::WriteTail(size_t keep, std::string_view tail, HeldLog& log) con
 
 RetVal JSONFile::Overwrite(size_t keep, std::string_view tail, HeldLog& log) const {
     FileDescriptor file = OpenForWrite(path_, kNewFileMode);
-    if (!file.IsOpen()) {
-        log.Add(LogMilestone,
-                "Failed to open " + GetFileNameFromPath(path_) + " for wb err:" + std::to_string(errno));
-        return {Code::kNotFound, "Failed to open file", 0};
-    }
+    if (!file.IsOpen()) return OpenFailed("wb", log);
     if (OverwriteInPlace(file, keep, tail) && file.Close()) return {};
     const int error = errno;
     log.Add(LogFailure, "Failed to write " + path_ + " err:" + std::to_string(error));
@@ -245,8 +259,13 @@ bool JSONFile::ReadStamp(Stamp& stamp) const {
 }
 
 RetVal JSONFile::RemoveFile() const {
+    HeldLog log;
+    return RemoveFile(log);
+}
+
+RetVal JSONFile::RemoveFile(HeldLog& log) const {
     RetVal result;
-    result.code = FileDelete(path_, true);
+    result.code = FileDelete(path_, true, log);
     DirectoryRemove(directory_);
     return result;
 }

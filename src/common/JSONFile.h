@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,9 @@ class JSONFile {
 
     const std::string& directory() const { return directory_; }
     const std::string& path() const { return path_; }
+
+    // Opens for reading, or for writing, which empties the file. The caller closes. 0x80070002 when it fails.
+    RetVal OpenFile(FILE*& file, bool read) const;
 
     // Reads UTF-8, UTF-16 or UTF-32 in either byte order, recognised by its mark or its zero bytes, with
     // comments allowed and an object at the root. 0x80070002 when there is no such file, 0x8008F001 when the
@@ -67,8 +71,10 @@ class JSONFile {
 
     // Deletes the file, and its folder when that is then empty. The text is "Success" whatever the code.
     RetVal RemoveFile() const;
+    RetVal RemoveFile(HeldLog& log) const;
 
   private:
+    RetVal OpenFailed(const char* mode, HeldLog& log) const;
     RetVal Overwrite(size_t keep, std::string_view tail, HeldLog& log) const;
 
     std::string directory_;

@@ -196,4 +196,8 @@ std::wstring JSONGetStrW(const Value& value, std::string_view key) {
     return Utf8ToWide(jsonGetValue<const char*>(value, key));
 }
 
+std::wstring JSONGetStrWOrDefault(const Value& value, std::string_view key, const char* fallback) {
+    return Utf8ToWide(jsonGetValueOrDefault<const char*>(value, key, fallback));
+}
+
 }  // namespace KXP

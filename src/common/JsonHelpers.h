@@ -100,13 +100,28 @@ T jsonGetValueOrDefault(const Value& value, std::string_view key, T fallback) {
     return jsonGetValueOrDefault_impl<T>(value, key, std::move(fallback), false);
 }
 
-// Enums travel as words, matched by case. A word that the map does not know means the default: a newer client
-// may send words that this one does not know.
+// Enums travel as words, matched by case. An optional word that the map does not know means the default: a
+// newer client may send words that this one does not know.
+template <typename E>
+E jsonGetEnumOrDefault_impl(const Value& value, std::string_view key, const std::map<std::string, E>& words,
+                            E fallback, bool required) {
+    const char* text = jsonGetValueOrDefault_impl<const char*>(value, key, "", required);
+    const auto found = words.find(text);
+    if (found != words.end()) return found->second;
+    if (!required) return fallback;
+    throw JSONFieldError("Found a string at key '" + std::string(key) + "' with value '" + text +
+                         "', but cannot map that to an enum value");
+}
+
+template <typename E>
+E jsonGetEnum(const Value& value, std::string_view key, const std::map<std::string, E>& words) {
+    return jsonGetEnumOrDefault_impl<E>(value, key, words, E{}, true);
+}
+
 template <typename E>
 E jsonGetEnumOrDefault(const Value& value, std::string_view key, const std::map<std::string, E>& words,
                        E fallback) {
-    const auto found = words.find(jsonGetValueOrDefault<const char*>(value, key, ""));
-    return found == words.end() ? fallback : found->second;
+    return jsonGetEnumOrDefault_impl<E>(value, key, words, fallback, false);
 }
 
 // The member as it stands, or for the second forms a shared empty value that nobody writes. A member of the
@@ -120,5 +135,6 @@ const Value& JSONGetObjectOrEmpty(const Value& value, std::string_view key);
 std::vector<std::string> JSONGetStrings(const Value& value, std::string_view key);
 
 std::wstring JSONGetStrW(const Value& value, std::string_view key);
+std::wstring JSONGetStrWOrDefault(const Value& value, std::string_view key, const char* fallback);
 
 }  // namespace KXP

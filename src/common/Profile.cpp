@@ -1,7 +1,5 @@
 #include "common/Profile.h"
 
-#include <vector>
-
 #include "base/Path.h"
 #include "common/DirUtil.h"
 #include "common/Exception.h"
@@ -39,7 +37,7 @@ std::string FindProductRoot() {
 
 }  // namespace
 
-std::string GetSpecialDirectory(SpecialDirectory directory) {
+std::string GetSpecialDirectoryPath(SpecialDirectory directory) {
     switch (directory) {
         case SD_APP_SUPPORT:
             return Platform::AppSupportFolder();
@@ -56,6 +54,16 @@ std::string GetSpecialDirectory(SpecialDirectory directory) {
             throw Exception(Code::kInvalidArgument, "SD_PROGRAM_FILES is not supported on Mac OS", 0);
     }
     throw Exception(Code::kInvalidArgument, "Unknown SpecialDirectory Identifier", 0);
+}
+
+std::string GetSpecialDirectory(SpecialDirectory directory) {
+    return GetSpecialDirectoryPath(directory);
+}
+
+std::string CreateDirectoryPath(SpecialDirectory directory, const std::vector<std::string>& parts) {
+    std::vector<std::string> all = {GetSpecialDirectory(directory)};
+    all.insert(all.end(), parts.begin(), parts.end());
+    return CreateDirectoryPath(all);
 }
 
 std::string GetProductDataDirectory(Profile profile) {
@@ -123,6 +131,10 @@ std::string GetProductConfigFilePath() {
 
 std::string GetPluginConfigFile() {
     return GetProductBinaryDirectory() + kConfigsFolder + GetLibraryNameNoPrefix() + ".json";
+}
+
+std::string GetAppConfigFilePath() {
+    return "";
 }
 
 }  // namespace KXP

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "CobalixUtil.h"
 #include "base/Places.h"
@@ -21,7 +22,11 @@ enum SpecialDirectory : int {
 };
 
 // Throws Exception 0x80070057 for a folder that this platform does not have.
+std::string GetSpecialDirectoryPath(SpecialDirectory directory);
 std::string GetSpecialDirectory(SpecialDirectory directory);
+// Makes the folder that `parts` name in a special one, as the function of DirUtil.h does, and returns its
+// path.
+std::string CreateDirectoryPath(SpecialDirectory directory, const std::vector<std::string>& parts);
 
 // Both throw Exception 0x80070057 for a profile out of range. The application data directory of LocalApp is
 // the running program's own; of the others it is the product's.
@@ -49,9 +54,10 @@ std::string GetPluginBinaryDataDirectory();
 // again by the next call.
 std::string GetProductBinaryDirectory();
 
-// The configuration files.
+// The configuration files. This product has no application config, so its path is empty.
 std::string GetProductConfigFilePath();
 std::string GetPluginConfigFile();
+std::string GetAppConfigFilePath();
 
 namespace Platform {
 // The user's videos; the folder need not exist.

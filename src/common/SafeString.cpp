@@ -1,34 +1,49 @@
 #include "common/SafeString.h"
 
 #include <algorithm>
-#include <cwchar>
 #include <functional>
 #include <optional>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
 constexpr const char* kInvalidPointer = "KXP::Error::InvalidPointer";
 constexpr const char* kInvalidArg = "KXP::Error::InvalidArg";
 
-[[noreturn]] void Refuse(wchar_t* destination, const char* text) {
+template <typename Char>
+size_t BoundedLength(const Char* text, size_t limit) {
+    const Char* end = std::char_traits<Char>::find(text, limit, Char{});
+    return end ? static_cast<size_t>(end - text) : limit;
+}
+
+template <typename Char>
+void CopyAndTerminate(Char* destination, const Char* source, size_t count) {
+    std::char_traits<Char>::copy(destination, source, count);
+    destination[count] = 0;
+}
+
+template <typename Char>
+[[noreturn]] void Refuse(Char* destination, const char* text) {
     destination[0] = 0;
     throw std::runtime_error(text);
 }
 
-bool Overlap(const wchar_t* destination, const wchar_t* source, size_t count) {
-    const std::less<const wchar_t*> before;
+template <typename Char>
+bool Overlap(const Char* destination, const Char* source, size_t count) {
+    const std::less<const Char*> before;
     return before(source, destination + count + 1) && before(destination, source + count);
 }
 
 // No count means the whole source.
-int CopyChecked(wchar_t* destination, size_t size, const wchar_t* source, std::optional<size_t> count) {
+template <typename Char>
+int CopyChecked(Char* destination, size_t size, const Char* source, std::optional<size_t> count) {
     if (!destination) throw std::runtime_error(kInvalidPointer);
     if (size < 1) throw std::runtime_error(kInvalidArg);
     if (!source) Refuse(destination, kInvalidPointer);
     const bool cuts = count && *count > 0 && *count < size;
     // No further than the copy may reach: a source that is cut need not be terminated.
-    const size_t length = strnlen_(source, cuts ? *count : size);
+    const size_t length = BoundedLength(source, cuts ? *count : size);
     size_t copied = count ? std::min(length, *count) : length;
     int result = 0;
     if (length + 1 > size) {
@@ -37,20 +52,38 @@ int CopyChecked(wchar_t* destination, size_t size, const wchar_t* source, std::o
         result = kStringTruncated;
     }
     if (Overlap(destination, source, copied)) Refuse(destination, kInvalidArg);
-    std::wmemcpy(destination, source, copied);
-    destination[copied] = 0;
+    CopyAndTerminate(destination, source, copied);
     return result;
 }
 
 }  // namespace
 
+size_t strnlen_(const char* text, size_t limit) {
+    return BoundedLength(text, limit);
+}
+
 size_t strnlen_(const wchar_t* text, size_t limit) {
-    const wchar_t* end = std::wmemchr(text, 0, limit);
-    return end ? static_cast<size_t>(end - text) : limit;
+    return BoundedLength(text, limit);
+}
+
+void strncpy_(char* destination, const char* source, size_t count) {
+    CopyAndTerminate(destination, source, count);
+}
+
+void strncpy_(wchar_t* destination, const wchar_t* source, size_t count) {
+    CopyAndTerminate(destination, source, count);
+}
+
+int strncpy_s(char* destination, size_t size, const char* source, size_t count) {
+    return CopyChecked(destination, size, source, count);
 }
 
 int wcsncpy_s(wchar_t* destination, size_t size, const wchar_t* source, size_t count) {
     return CopyChecked(destination, size, source, count);
+}
+
+int strcpy_s(char* destination, size_t size, const char* source) {
+    return CopyChecked(destination, size, source, std::nullopt);
 }
 
 int wcscpy_s(wchar_t* destination, size_t size, const wchar_t* source) {

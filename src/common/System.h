@@ -1,6 +1,7 @@
-// The user's language, the environment, and the calls that differ between systems.
+// The system's version, the user's language, the environment, and the calls that differ between systems.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,8 +12,18 @@
 #include "base/FileCalls.h"
 #include "base/LibraryLoading.h"
 #include "base/NamelessFile.h"
+#include "common/RetVal.h"
 
 namespace KXP {
+
+// Thrown by value where there is nothing to say beyond the code.
+enum class Error : int32_t {
+    OutOfMemory = Code::kOutOfMemory,
+    Unexpected = Code::kUnexpected,
+};
+
+// The system's version, for example "12"; empty when it is unknown.
+std::string GetOsVersion();
 
 // The user's language in the form "en-US".
 std::string GetOsLocale();
@@ -20,8 +31,14 @@ std::string GetOsLocale();
 // Fills `language` from GetOsLocale; always 0.
 int GetUserLanguage(std::string& language);
 
+// Not provided: always 0x80004005, and `locale` is left unchanged.
+int GetLocale(std::string& locale);
+
 // No value when the variable is unset.
 std::optional<std::string> GetEnv(const std::string& name);
+// No value unsets the variable; a failure is thrown as an Error. The environment belongs to the whole client:
+// change it before other threads run.
+void SetEnv(const std::string& name, const std::optional<std::string>& value);
 
 namespace Platform {
 

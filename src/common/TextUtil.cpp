@@ -28,6 +28,10 @@ std::vector<std::string> SplitString(const std::string& text, char delimiter) {
     return pieces;
 }
 
+bool StringEndsWith(std::string_view text, std::string_view ending) {
+    return text.size() >= ending.size() && text.substr(text.size() - ending.size()) == ending;
+}
+
 std::string GenerateGUID() {
     uuid_t id;
     uuid_generate(id);

@@ -1,7 +1,8 @@
-// Splitting text, and GUIDs.
+// Splitting and comparing text, and GUIDs.
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Text.h"
@@ -14,6 +15,8 @@ std::vector<std::string> SplitString(const std::string& text, const std::string&
 
 // The same by lines: a delimiter at the end makes no empty last piece, and empty text makes no piece at all.
 std::vector<std::string> SplitString(const std::string& text, char delimiter);
+
+bool StringEndsWith(std::string_view text, std::string_view ending);
 
 // A new GUID: 36 characters, upper case.
 std::string GenerateGUID();

@@ -8,7 +8,7 @@
 
 #include "common/message/MessageHandler.h"
 
-class MessageRecorder : public KXP::MessageSink {
+class MessageRecorder : public KXP::MessageSink<KXP::JSONMessage> {
   public:
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message) override {
         std::lock_guard<std::mutex> lock(mutex_);

@@ -13,6 +13,14 @@ std::string TextOf(NSString* text) {
 
 }  // namespace
 
+std::string GetOsVersion() {
+    @autoreleasepool {
+        NSURL* file = [NSURL fileURLWithPath:@"/System/Library/CoreServices/SystemVersion.plist"];
+        NSDictionary* properties = [NSDictionary dictionaryWithContentsOfURL:file error:nil];
+        return TextOf(properties[@"ProductVersion"]);
+    }
+}
+
 std::string GetOsLocale() {
     @autoreleasepool {
         NSString* preferred = NSLocale.preferredLanguages.firstObject;

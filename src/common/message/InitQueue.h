@@ -8,7 +8,7 @@
 
 namespace KXP {
 
-class InitQueue : public MessageHandler {
+class InitQueue : public MessageHandler<JSONMessage> {
   public:
     // Passes the message on, or keeps it. Any thread.
     bool SendMsg(std::unique_ptr<JSONMessage> message) override EXCLUDES(queueMutex_, inFlightMutex_);

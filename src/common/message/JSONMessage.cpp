@@ -27,15 +27,32 @@ void CheckRequiredString(const Value& object, const char* key) {
 
 }  // namespace
 
-JSONMessage::JSONMessage() {
+JSONMessage::JSONMessage(BusMessage first, BusMessage second)
+    : first_(std::move(first)), second_(std::move(second)) {
     set_uniqueid(GenerateGUID().c_str());
     set_type(kOrdinary);
 }
 
-void JSONMessage::Parse(std::string_view json) {
+JSONMessage::JSONMessage(const std::string& json, BusMessage first, BusMessage second)
+    : first_(std::move(first)), second_(std::move(second)) {
+    Parse(json, "Unable to parse JSON payload");
+}
+
+JSONMessage::JSONMessage(const char* system, const char* module, const char* method, const char* uniqueid,
+                         const char* payload, BusMessage first, BusMessage second)
+    : first_(std::move(first)), second_(std::move(second)) {
+    set_uniqueid(uniqueid);
+    set_type(kOrdinary);
+    set_target_system(system);
+    set_target_module(module);
+    set_method(method);
+    set_payload(payload ? payload : "{}");
+}
+
+void JSONMessage::Parse(std::string_view json, const char* parseError) {
     if (ParseJSON(json, document_).IsError() || !document_.IsObject()) {
         document_.SetObject();
-        throw JSONFieldError("Unable to parse JSON envelope");
+        throw JSONFieldError(parseError);
     }
     CheckEnvelope();
 }
@@ -49,6 +66,8 @@ void JSONMessage::CheckEnvelope() {
 
 void JSONMessage::CopyFrom(const JSONMessage& other) {
     document_.CopyFrom(other.document_, document_.GetAllocator());
+    first_ = other.first_;
+    second_ = other.second_;
 }
 
 bool JSONMessage::Serialize(JsonBuffer& buffer) const {

@@ -2,10 +2,15 @@
 // Messages are made and inspected through the helpers of Message.h.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "common/Json.h"
+
+namespace MessageBusClient {
+class IBusMessage;
+}
 
 namespace KXP {
 
@@ -17,19 +22,29 @@ namespace KXP {
 //   type                               kOrdinary or kPersistent, optional
 class JSONMessage {
   public:
+    using BusMessage = std::shared_ptr<MessageBusClient::IBusMessage>;
+
     static constexpr int kOrdinary = 3072;
     static constexpr int kPersistent = 3073;
 
     // Without any field, for one that Parse or CopyFrom fills.
     struct Empty {};
+
+    // With a new uniqueid, ordinary type and nothing else. The bus messages are kept and never used here.
+    explicit JSONMessage(BusMessage first = nullptr, BusMessage second = nullptr);
     explicit JSONMessage(Empty) {}
-    // With a new uniqueid, ordinary type and nothing else.
-    JSONMessage();
+    // Parses and checks an envelope. Throws JSONFieldError.
+    JSONMessage(const std::string& json, BusMessage first, BusMessage second);
+    // An ordinary message; a null payload stands for an empty object. Throws JSONFieldError for a payload
+    // that is no JSON object.
+    JSONMessage(const char* system, const char* module, const char* method, const char* uniqueid,
+                const char* payload, BusMessage first, BusMessage second);
     JSONMessage(const JSONMessage&) = delete;
     JSONMessage& operator=(const JSONMessage&) = delete;
 
-    // Parses and checks an envelope, which replaces the fields. Throws JSONFieldError.
-    void Parse(std::string_view json);
+    // Parses and checks an envelope, which replaces the fields. Throws JSONFieldError, with the text
+    // `parseError` when `json` is no JSON object.
+    void Parse(std::string_view json, const char* parseError);
     void CopyFrom(const JSONMessage& other);
 
     // Compact text, without a terminating NUL. False, with a log line, when it cannot be encoded.
@@ -79,6 +94,8 @@ class JSONMessage {
 
     Document document_{rapidjson::kObjectType};
     Value absent_;  // what payload() returns without one; reset by each use
+    BusMessage first_;
+    BusMessage second_;
 };
 
 }  // namespace KXP

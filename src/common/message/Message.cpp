@@ -23,9 +23,26 @@ const JsonPointer& InternalPointer() {
 
 }  // namespace
 
-std::unique_ptr<JSONMessage> CreateMessage(const char* json) {
+template <>
+std::unique_ptr<JSONMessage> CreateMessage<JSONMessage>(const char* json) {
     auto message = std::make_unique<JSONMessage>(JSONMessage::Empty{});
-    message->Parse(json ? json : "");
+    message->Parse(json ? json : "", "Unable to parse JSON envelope");
+    return message;
+}
+
+template <>
+std::unique_ptr<GenericMessage> CreateMessage<GenericMessage>(const char* json) {
+    const auto parsed = CreateMessage<JSONMessage>(json);
+    auto message = std::make_unique<GenericMessage>();
+    message->set_target_system(parsed->target_system());
+    message->set_target_module(parsed->target_module());
+    message->set_method(parsed->method());
+    message->set_uniqueid(parsed->uniqueid());
+    message->set_source_system(parsed->source_system());
+    message->set_source_module(parsed->source_module());
+    message->set_reference_uniqueid(parsed->reference_uniqueid());
+    message->set_payload(WriteJSONToString(parsed->payload()).c_str());
+    if (parsed->has_type()) message->set_type(parsed->type());
     return message;
 }
 
@@ -35,48 +52,8 @@ std::unique_ptr<JSONMessage> CreateCopy(const JSONMessage& message) {
     return copy;
 }
 
-std::unique_ptr<JSONMessage> CreateRequest(const char* system, const char* module, const char* method,
-                                           const char* sourceSystem, const char* sourceModule,
-                                           const char* payload) {
-    auto message = std::make_unique<JSONMessage>();
-    message->set_target_system(system);
-    message->set_target_module(module);
-    message->set_method(method);
-    if (sourceSystem && *sourceSystem) message->set_source_system(sourceSystem);
-    if (sourceModule && *sourceModule) message->set_source_module(sourceModule);
-    message->set_payload(payload ? payload : "{}");
-    return message;
-}
-
-std::unique_ptr<JSONMessage> CreateResponse(const JSONMessage& request) {
-    auto message = CreateRequest(request.source_system(), request.source_module(), request.method(),
-                                 request.target_system(), request.target_module(), nullptr);
-    message->set_reference_uniqueid(request.uniqueid());
-    return message;
-}
-
-std::unique_ptr<JSONMessage> CreateNotification(const char* method, const char* sourceSystem,
-                                                const char* sourceModule) {
-    auto message = std::make_unique<JSONMessage>();
-    message->set_method(method);
-    message->set_payload("{}");
-    message->set_reference_uniqueid(method);
-    message->set_type(JSONMessage::kPersistent);
-    message->set_source_system(sourceSystem);
-    message->set_source_module(sourceModule);
-    return message;
-}
-
-bool IsResponse(const JSONMessage& message) {
-    return message.has_reference_uniqueid() && *message.reference_uniqueid() != '\0';
-}
-
-bool IsPersistent(const JSONMessage& message) {
-    return message.has_type() && message.type() == JSONMessage::kPersistent;
-}
-
-std::string Method(const JSONMessage& message) {
-    return message.method();
+std::unique_ptr<GenericMessage> CreateCopy(const GenericMessage& message) {
+    return std::make_unique<GenericMessage>(message);
 }
 
 void SetReturnValue(JSONMessage& message, const RetVal& value) {

@@ -1,41 +1,91 @@
-// Creators and readers of messages.
+// Creators and readers of messages. They are templates, so that the handler chain is written once for both
+// kinds of message.
 #pragma once
 
 #include <memory>
 #include <string>
 
 #include "common/RetVal.h"
+#include "common/message/GenericMessage.h"
 #include "common/message/JSONMessage.h"
 
 namespace KXP::Message {
 
 // Parses and checks one envelope; a missing payload becomes an empty object. Throws JSONFieldError, also for
 // a null text.
-std::unique_ptr<JSONMessage> CreateMessage(const char* json);
+template <typename T = JSONMessage>
+std::unique_ptr<T> CreateMessage(const char* json);
+template <>
+std::unique_ptr<JSONMessage> CreateMessage<JSONMessage>(const char* json);
+template <>
+std::unique_ptr<GenericMessage> CreateMessage<GenericMessage>(const char* json);
 
 std::unique_ptr<JSONMessage> CreateCopy(const JSONMessage& message);
+std::unique_ptr<GenericMessage> CreateCopy(const GenericMessage& message);
 
 // A new ordinary message with a new uniqueid. Null or empty source fields are left out; a null payload stands
 // for an empty object. Throws JSONFieldError for a payload that does not parse.
-std::unique_ptr<JSONMessage> CreateRequest(const char* system, const char* module, const char* method,
-                                           const char* sourceSystem, const char* sourceModule,
-                                           const char* payload);
+template <typename T = JSONMessage>
+std::unique_ptr<T> CreateRequest(const char* system, const char* module, const char* method,
+                                 const char* sourceSystem, const char* sourceModule, const char* payload) {
+    auto message = std::make_unique<T>();
+    message->set_target_system(system);
+    message->set_target_module(module);
+    message->set_method(method);
+    if (sourceSystem && *sourceSystem) message->set_source_system(sourceSystem);
+    if (sourceModule && *sourceModule) message->set_source_module(sourceModule);
+    message->set_payload(payload ? payload : "{}");
+    return message;
+}
 
 // The answer to a request, with an empty payload, addressed to where the request came from.
-std::unique_ptr<JSONMessage> CreateResponse(const JSONMessage& request);
+template <typename T>
+std::unique_ptr<T> CreateResponse(const T& request) {
+    auto message = CreateRequest<T>(request.source_system(), request.source_module(), request.method(),
+                                    request.target_system(), request.target_module(), nullptr);
+    message->set_reference_uniqueid(request.uniqueid());
+    return message;
+}
 
 // A notification travels as a response that is persistent. Its reference is its own method name, which makes
 // it a response without answering any one request.
-std::unique_ptr<JSONMessage> CreateNotification(const char* method, const char* sourceSystem,
-                                                const char* sourceModule);
+template <typename T = JSONMessage>
+std::unique_ptr<T> CreateNotification(const char* method, const char* sourceSystem,
+                                      const char* sourceModule) {
+    auto message = std::make_unique<T>();
+    message->set_method(method);
+    message->set_payload("{}");
+    message->set_reference_uniqueid(method);
+    message->set_type(JSONMessage::kPersistent);
+    message->set_source_system(sourceSystem);
+    message->set_source_module(sourceModule);
+    return message;
+}
 
-bool IsResponse(const JSONMessage& message);
-bool IsPersistent(const JSONMessage& message);
-std::string Method(const JSONMessage& message);
+template <typename T>
+bool IsResponse(const T& message) {
+    return message.has_reference_uniqueid() && *message.reference_uniqueid() != '\0';
+}
+
+template <typename T>
+bool IsPersistent(const T& message) {
+    return message.has_type() && message.type() == JSONMessage::kPersistent;
+}
+
+template <typename T>
+std::string Method(const T& message) {
+    return message.method();
+}
 
 // Writes the result into the payload as _return_code, _return_status and _return_internal.
 void SetReturnValue(JSONMessage& message, const RetVal& value);
 // Members that are missing or of another type count as 0, "Success" and 0.
 RetVal GetReturnValue(const JSONMessage& message);
+
+// The generic channel has no return fields.
+inline void SetReturnValue(GenericMessage&, const RetVal&) {}
+inline RetVal GetReturnValue(const GenericMessage&) {
+    return {};
+}
 
 }  // namespace KXP::Message

@@ -10,7 +10,7 @@
 
 namespace KXP {
 
-class MessageValidator : public MessageHandler {
+class MessageValidator : public MessageHandler<JSONMessage> {
   public:
     // `apiSchema` outlives the validator and is not changed once messages pass.
     explicit MessageValidator(const Document& apiSchema) : schemas_(apiSchema) {}

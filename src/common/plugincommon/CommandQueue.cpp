@@ -11,13 +11,16 @@ PluginModuleBase::CommandQueue::CommandQueue(PluginModuleBase& module, TaskQueue
       systemName_(std::move(systemName)),
       moduleName_(std::move(moduleName)) {}
 
-int PluginModuleBase::CommandQueue::Initialize(IMessageHandler* jsonHandler,
-                                               std::unique_ptr<JSONMessage> initMessage) {
+int PluginModuleBase::CommandQueue::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
+                                               std::unique_ptr<JSONMessage> initMessage,
+                                               IMessageHandler<GenericMessage>* genericHandler) {
     taskQueue_.Start();
-    taskQueue_.EnqueueCommand([this, jsonHandler, initMessage = std::move(initMessage)]() mutable {
-        auto response = Message::CreateResponse(*initMessage);
-        Run(std::move(response), [&] { return module_.Initialize(jsonHandler, std::move(initMessage)); });
-    });
+    taskQueue_.EnqueueCommand(
+        [this, jsonHandler, genericHandler, initMessage = std::move(initMessage)]() mutable {
+            auto response = Message::CreateResponse(*initMessage);
+            Run(std::move(response),
+                [&] { return module_.Initialize(jsonHandler, std::move(initMessage), genericHandler); });
+        });
     return Accepted;
 }
 

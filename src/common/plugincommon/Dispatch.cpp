@@ -8,6 +8,10 @@ namespace KXP {
 
 bool PluginModuleBase::HandleMsg(std::unique_ptr<JSONMessage> message) {
     taskQueue_.AssertOnWorker();
+    if (!started_) {
+        KXP_LOG(LogFailure, "Module has not been started");
+        return false;
+    }
     const std::string method = Message::Method(*message);
     if (Message::IsResponse(*message)) return HandleResponse(method, std::move(message));
     if (Message::IsPersistent(*message)) return false;
@@ -20,6 +24,12 @@ bool PluginModuleBase::HandleMsg(std::unique_ptr<JSONMessage> message) {
     if (value.code == Code::kPending) return true;  // the task sends its own response
     if (value.Failed()) ReportError(value, method);
     return SendResponse(std::move(response), value);
+}
+
+bool PluginModuleBase::HandleMsg(std::unique_ptr<GenericMessage>) {
+    // Generic messages have no handlers.
+    if (!started_) KXP_LOG(LogFailure, "Module has not been started");
+    return started_;
 }
 
 bool PluginModuleBase::HandleResponse(const std::string& method, std::unique_ptr<JSONMessage> message) {

@@ -2,12 +2,13 @@
 
 namespace KXP {
 
-void IContainerConnector::SetContainerCallback(ContainerCallback callback) {
+void IContainerConnector::SetContainerCallback(ContainerCallback callback, void* context) {
     callback_ = std::move(callback);
+    context_ = context;
 }
 
 void IContainerConnector::NotifyContainer(NotificationType type, std::unique_ptr<JSONMessage> message) {
-    if (callback_) callback_(type, std::move(message));
+    if (callback_) callback_(type, std::move(message), context_);
 }
 
 }  // namespace KXP

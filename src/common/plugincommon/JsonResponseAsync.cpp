@@ -57,4 +57,17 @@ void JsonResponseAsyncBase::sendResponse(std::unique_ptr<JSONMessage> response, 
         KXP_LOG(LogFailure, "Unable to send JSON response");
 }
 
+JSONAsyncNotificationBase::JSONAsyncNotificationBase(PluginModuleBase& module,
+                                                     std::unique_ptr<JSONMessage> message)
+    : ITask(message->uniqueid()), module_(module), message_(std::move(message)) {}
+
+TaskStatus JSONAsyncNotificationBase::ExecuteTask(TaskQueue&) {
+    try {
+        ExecuteAsync(std::as_const(*message_).payload());
+    } catch (...) {
+        static_cast<void>(LogCaught("ExecuteAsync"));
+    }
+    return TaskStatusDone;
+}
+
 }  // namespace KXP

@@ -47,4 +47,23 @@ class JsonResponseAsync : public JsonResponseAsyncBase {
     }
 };
 
+// Work that a notification starts; no answer is sent.
+class JSONAsyncNotificationBase : public ITask {
+  public:
+    JSONAsyncNotificationBase(PluginModuleBase& module, std::unique_ptr<JSONMessage> message);
+
+    TaskStatus ExecuteTask(TaskQueue& queue) override;
+    void FinishTask() override {}
+    void FailTask(const RetVal&) override {}
+
+    virtual void ExecuteAsync(const Value& payload) = 0;
+
+  protected:
+    PluginModuleBase& module() { return module_; }
+
+  private:
+    PluginModuleBase& module_;
+    const std::unique_ptr<JSONMessage> message_;
+};
+
 }  // namespace KXP

@@ -23,7 +23,8 @@ double MillisecondsSince(WallTime start) {
 }
 
 // Each node's request side is the next node, and its response side the one before.
-void Link(const std::vector<IMessageHandler*>& nodes) {
+template <typename T>
+void Link(const std::vector<IMessageHandler<T>*>& nodes) {
     for (size_t i = 1; i < nodes.size(); ++i) {
         nodes[i - 1]->SetRequestHandler(nodes[i]);
         nodes[i]->SetResponseHandler(nodes[i - 1]);
@@ -59,8 +60,11 @@ void PluginModuleBase::TakeBack(IContainerConnector* instance) {
         std::move(static_cast<CommandQueue*>(instance)->owned_);
 }
 
-int PluginModuleBase::Initialize(IMessageHandler* jsonHandler, std::unique_ptr<JSONMessage>) {
+int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
+                                 std::unique_ptr<JSONMessage> initMessage,
+                                 IMessageHandler<GenericMessage>* genericHandler) {
     taskQueue_.AssertOnWorker();
+    configuration_.CopyFrom(std::as_const(*initMessage).payload(), configuration_.GetAllocator());
     jsonHandler_ = jsonHandler;
     if (!jsonHandler_) {
         KXP_LOG(LogFailure, "%s requires a JSON communication channel", moduleName_.c_str());
@@ -68,7 +72,7 @@ int PluginModuleBase::Initialize(IMessageHandler* jsonHandler, std::unique_ptr<J
     }
     const WallTime start = std::chrono::system_clock::now();
     try {
-        BuildChain();
+        BuildChain(genericHandler);
         return Result(ReadConfiguration() && RunInitializeHook());
     } catch (const std::exception& error) {
         // Also when the product's files cannot even be looked for.
@@ -80,18 +84,26 @@ int PluginModuleBase::Initialize(IMessageHandler* jsonHandler, std::unique_ptr<J
     return Failed;
 }
 
-void PluginModuleBase::BuildChain() {
-    inboundQueue_ = std::make_shared<InitQueue>();
-    outboundQueue_ = std::make_shared<InitQueue>();
-    requestCallbacks_ = std::make_shared<RequestCallbackManager>(taskQueue_, QueueResponses);
-    persistentResponses_ = std::make_shared<PersistentResponseHandler>(taskQueue_, QueueRequests);
-    validator_ = std::make_shared<MessageValidator>(apiSchema_);
-    responder_ = std::make_shared<MessageResponder>(systemName_, moduleName_);
+void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandler) {
+    chain_.inboundQueue = std::make_shared<InitQueue>();
+    chain_.outboundQueue = std::make_shared<InitQueue>();
+    chain_.requestCallbacks =
+        std::make_shared<RequestCallbackManager<JSONMessage>>(taskQueue_, QueueResponses);
+    chain_.persistentResponses =
+        std::make_shared<PersistentResponseHandler<JSONMessage>>(taskQueue_, QueueRequests);
+    chain_.validator = std::make_shared<MessageValidator>(apiSchema_);
+    chain_.responder = std::make_shared<MessageResponder<JSONMessage>>(systemName_, moduleName_);
 
     // The module and the container end both lists; on the container the inbound list sets the request side.
-    Link({this, requestCallbacks_.get(), outboundQueue_.get(), jsonHandler_});
-    Link({jsonHandler_, persistentResponses_.get(), validator_.get(), inboundQueue_.get(), responder_.get(),
-          this});
+    IMessageHandler<JSONMessage>* const module = static_cast<MessageSink<JSONMessage>*>(this);
+    Link<JSONMessage>({module, chain_.requestCallbacks.get(), chain_.outboundQueue.get(), jsonHandler_});
+    Link<JSONMessage>({jsonHandler_, chain_.persistentResponses.get(), chain_.validator.get(),
+                       chain_.inboundQueue.get(), chain_.responder.get(), module});
+    if (!genericHandler) return;
+    chain_.genericCallbacks =
+        std::make_shared<RequestCallbackManager<GenericMessage>>(taskQueue_, QueueResponses);
+    IMessageHandler<GenericMessage>* const genericModule = static_cast<MessageSink<GenericMessage>*>(this);
+    Link<GenericMessage>({genericModule, chain_.genericCallbacks.get(), genericHandler});
 }
 
 bool PluginModuleBase::ReadConfiguration() {
@@ -130,19 +142,19 @@ bool PluginModuleBase::RunHook(const char* name, bool (PluginModuleBase::*hook)(
 
 int PluginModuleBase::Start(std::shared_ptr<JSONMessage>) {
     taskQueue_.AssertOnWorker();
-    if (!outboundQueue_) return Failed;
+    if (!chain_.outboundQueue) return Failed;
     // The module can send while it starts; requests reach it only afterwards.
-    outboundQueue_->StartForwardingMessages();
+    chain_.outboundQueue->StartForwardingMessages();
     const bool succeeded = RunHook("Start", &PluginModuleBase::Start);
-    inboundQueue_->StartForwardingMessages();
+    chain_.inboundQueue->StartForwardingMessages();
     return Result(succeeded);
 }
 
 int PluginModuleBase::Stop(std::shared_ptr<JSONMessage>) {
     taskQueue_.AssertOnWorker();
-    if (inboundQueue_) inboundQueue_->StopForwardingMessages();
+    if (chain_.inboundQueue) chain_.inboundQueue->StopForwardingMessages();
     const bool succeeded = RunHook("Stop", &PluginModuleBase::Stop);
-    if (outboundQueue_) outboundQueue_->StopForwardingMessages();
+    if (chain_.outboundQueue) chain_.outboundQueue->StopForwardingMessages();
     return Result(succeeded);
 }
 
@@ -170,13 +182,13 @@ int PluginModuleBase::Uninitialize(std::shared_ptr<JSONMessage>) {
 }
 
 void PluginModuleBase::LeaveContainer() {
-    if (!inboundQueue_) return;
+    if (!chain_.inboundQueue) return;
     // The container's handler is destroyed after this, while an abandoned task may still hold the module and
     // send.
-    inboundQueue_->StopForwardingMessages();
-    outboundQueue_->StopForwardingMessages();
-    persistentResponses_->SetResponseHandler(nullptr);
-    outboundQueue_->SetRequestHandler(nullptr);
+    chain_.inboundQueue->StopForwardingMessages();
+    chain_.outboundQueue->StopForwardingMessages();
+    chain_.persistentResponses->SetResponseHandler(nullptr);
+    chain_.outboundQueue->SetRequestHandler(nullptr);
 }
 
 void PluginModuleBase::ReportError(const RetVal& value, const std::string& method) {
@@ -185,7 +197,7 @@ void PluginModuleBase::ReportError(const RetVal& value, const std::string& metho
 }
 
 bool PluginModuleBase::SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value) {
-    return responder_ && responder_->SendResponse(std::move(response), value);
+    return chain_.responder && chain_.responder->SendResponse(std::move(response), value);
 }
 
 void PluginModuleBase::RegisterNotificationSyncFn(const std::string& system, const std::string& module,
@@ -194,7 +206,7 @@ void PluginModuleBase::RegisterNotificationSyncFn(const std::string& system, con
     auto subscription = Message::CreateRequest(system.c_str(), module.c_str(), method.c_str(),
                                                systemName_.c_str(), moduleName_.c_str(), nullptr);
     subscription->set_type(JSONMessage::kPersistent);
-    requestCallbacks_->SendRequest(std::move(subscription), nullptr, 0);
+    chain_.requestCallbacks->SendRequest(std::move(subscription), nullptr, 0);
 }
 
 }  // namespace KXP

@@ -19,7 +19,9 @@
 
 namespace KXP {
 
-class PluginModuleBase : public IContainerConnector, public MessageSink {
+class PluginModuleBase : public IContainerConnector,
+                         public MessageSink<JSONMessage>,
+                         public MessageSink<GenericMessage> {
   public:
     using RequestHandler = std::function<RetVal(std::unique_ptr<JSONMessage>, Value&, Allocator&)>;
     using NotificationListener = std::function<void(std::unique_ptr<JSONMessage>)>;
@@ -37,7 +39,8 @@ class PluginModuleBase : public IContainerConnector, public MessageSink {
     // nothing for null.
     static void TakeBack(IContainerConnector* instance);
 
-    int Initialize(IMessageHandler* jsonHandler, std::unique_ptr<JSONMessage> initMessage) override;
+    int Initialize(IMessageHandler<JSONMessage>* jsonHandler, std::unique_ptr<JSONMessage> initMessage,
+                   IMessageHandler<GenericMessage>* genericHandler) override;
     int Start(std::shared_ptr<JSONMessage> message) override;
     int Stop(std::shared_ptr<JSONMessage> message) override;
     int Pause(std::shared_ptr<JSONMessage> message) override;
@@ -58,6 +61,7 @@ class PluginModuleBase : public IContainerConnector, public MessageSink {
     virtual void Uninitialize() {}
 
     bool HandleMsg(std::unique_ptr<JSONMessage> message) override;
+    bool HandleMsg(std::unique_ptr<GenericMessage> message) override;
 
     // Sends an answer or a notification as this module, from any thread.
     virtual bool SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value);
@@ -68,6 +72,9 @@ class PluginModuleBase : public IContainerConnector, public MessageSink {
     TaskQueue& task_queue() { return taskQueue_; }
 
   protected:
+    // The payload of the container's init message.
+    const Value& configuration() const { return configuration_; }
+
     // Registration is for the Initialize and Start hooks; the tables are read without a lock afterwards.
     // A synchronous method writes its results into the value it is given.
     template <typename T, typename Base>
@@ -102,8 +109,31 @@ class PluginModuleBase : public IContainerConnector, public MessageSink {
                                    });
     }
 
+    template <typename Factory>
+    void RegisterNotificationAsyncTask(const std::string& system, const std::string& module,
+                                       const std::string& method, Factory factory) {
+        RegisterNotificationSyncFn(system, module, method,
+                                   [this, factory](std::unique_ptr<JSONMessage> message) {
+                                       RunTask(factory(*this, std::move(message)));
+                                   });
+    }
+
+    // A module that is not started refuses every message.
+    bool started_ = true;
+
   private:
-    void BuildChain();
+    // The nodes between the container and the module; made by Initialize.
+    struct Chain {
+        std::shared_ptr<InitQueue> inboundQueue;
+        std::shared_ptr<InitQueue> outboundQueue;
+        std::shared_ptr<RequestCallbackManager<JSONMessage>> requestCallbacks;
+        std::shared_ptr<RequestCallbackManager<GenericMessage>> genericCallbacks;
+        std::shared_ptr<PersistentResponseHandler<JSONMessage>> persistentResponses;
+        std::shared_ptr<MessageValidator> validator;
+        std::shared_ptr<MessageResponder<JSONMessage>> responder;
+    };
+
+    void BuildChain(IMessageHandler<GenericMessage>* genericHandler);
     bool ReadConfiguration();
     bool RunInitializeHook();
     bool RunHook(const char* name, bool (PluginModuleBase::*hook)());
@@ -119,17 +149,12 @@ class PluginModuleBase : public IContainerConnector, public MessageSink {
 
     // Filled by Initialize and the hooks on the worker, read there afterwards.
     Document apiSchema_;
+    Document configuration_;
     std::unordered_map<std::string, RequestHandler> apiHandlers_;
     std::unordered_map<std::string, NotificationListener> notificationListeners_;
-    IMessageHandler* jsonHandler_ = nullptr;
+    IMessageHandler<JSONMessage>* jsonHandler_ = nullptr;
 
-    // The chain; made by Initialize. The validator reads the schema above.
-    std::shared_ptr<InitQueue> inboundQueue_;
-    std::shared_ptr<InitQueue> outboundQueue_;
-    std::shared_ptr<RequestCallbackManager> requestCallbacks_;
-    std::shared_ptr<PersistentResponseHandler> persistentResponses_;
-    std::shared_ptr<MessageValidator> validator_;
-    std::shared_ptr<MessageResponder> responder_;
+    Chain chain_;  // the validator reads the schema above
 
     // After the chain, so that the worker ends before what its entries use.
     TaskQueue taskQueue_;
@@ -144,7 +169,8 @@ class PluginModuleBase::CommandQueue : public IContainerConnector {
                  std::string moduleName);
 
     // All but Uninitialize return Accepted at once.
-    int Initialize(IMessageHandler* jsonHandler, std::unique_ptr<JSONMessage> initMessage) override;
+    int Initialize(IMessageHandler<JSONMessage>* jsonHandler, std::unique_ptr<JSONMessage> initMessage,
+                   IMessageHandler<GenericMessage>* genericHandler) override;
     int Start(std::shared_ptr<JSONMessage> message) override;
     int Stop(std::shared_ptr<JSONMessage> message) override;
     int Pause(std::shared_ptr<JSONMessage> message) override;

@@ -1,5 +1,6 @@
 #include "libraries/share-common/Highlight.h"
 
+#include "common/FileUtil.h"
 #include "common/JsonHelpers.h"
 
 namespace {
@@ -64,6 +65,10 @@ void Highlight::SetMessageBusRefid(const std::string& reference) {
     messageBusRefid_ = reference;
     // Also for the empty reference, so that it finds itself as a key like any other.
     if (reference.empty() || reference.back() != '\0') messageBusRefid_ += '\0';
+}
+
+bool Highlight::MediaFileExists() const {
+    return KXP::FileExists(path_);
 }
 
 template <typename AnyHighlight, typename Visit>

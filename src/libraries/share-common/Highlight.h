@@ -62,6 +62,8 @@ class Highlight {
     int GetEndDelta() const { return endDelta_; }  // milliseconds
     void SetEndDelta(int milliseconds) { endDelta_ = milliseconds; }
 
+    bool MediaFileExists() const;
+
     // `out` becomes an object with every member, whatever is in it.
     static void CreateHighlightJSONValue(const Highlight& highlight, KXP::Value& out,
                                          KXP::Allocator& allocator);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "CobalixUtil.h"
 #include "common/JsonHelpers.h"
+#include "common/TextUtil.h"
 
 namespace {
 
@@ -14,7 +14,7 @@ constexpr const char* kUserInterest = "userInterest";
 constexpr const char* kUserEnabled = "userEnabled";
 constexpr const char* kName = "name";
 
-// The strings of the root.
+// The strings of the root, in the order of writing.
 struct RootText {
     const char* key;
     std::string HighlightConfigData::*text;
@@ -26,7 +26,7 @@ constexpr RootText kRootTexts[] = {
     {"shortName", &HighlightConfigData::shortName},
 };
 
-// Unlike the accessors of JsonHelpers these log nothing.
+// Unlike the accessors of JsonHelpers these log nothing: a lock may be held.
 template <typename T>
 const KXP::Value* Member(const KXP::Value& object, const char* key) {
     const auto found = object.FindMember(key);
@@ -43,15 +43,15 @@ bool IsLocaleTable(const KXP::Value& table) {
                        [](const auto& entry) { return entry.value.IsString(); });
 }
 
-bool validateHighlightDef(const KXP::Value& definition) {
+bool validateHighlightDef(const KXP::Value& definition, KXP::HeldLog& log) {
     const KXP::Value* names = definition.IsObject() ? ObjectMember(definition, kName) : nullptr;
     if (!names || !IsLocaleTable(*names)) {
-        KXP_LOG(KXP::LogFailure, "Bad locale table");
+        log.Add(KXP::LogFailure, "Bad locale table");
         return false;
     }
     if (!Member<bool>(definition, kUserInterest) || !Member<int>(definition, kSignificance) ||
         !Member<int>(definition, kHighlightTags)) {
-        KXP_LOG(KXP::LogFailure, "Bad highlight definition");
+        log.Add(KXP::LogFailure, "Bad highlight definition");
         return false;
     }
     return true;
@@ -76,9 +76,38 @@ HighlightDefinition ReadDefinition(const std::string& id, const KXP::Value& valu
     return definition;
 }
 
+KXP::Value Text(const std::string& text, KXP::Allocator& allocator) {
+    return {text, allocator};
+}
+
+KXP::Value NamesValue(const HighlightDefinition& definition, KXP::Allocator& allocator) {
+    // Two locales may become one.
+    std::map<std::string, std::string> names;
+    for (const auto& [locale, name] : definition.names)
+        names.emplace(KXP::ToLower(locale), name);
+    KXP::Value value(rapidjson::kObjectType);
+    for (const auto& [locale, name] : names)
+        value.AddMember(Text(locale, allocator), Text(name, allocator), allocator);
+    return value;
+}
+
+KXP::Value DefinitionValue(const HighlightDefinition& definition, KXP::Allocator& allocator) {
+    KXP::Value value(rapidjson::kObjectType);
+    const auto addMask = [&](const char* key, uint32_t mask) {
+        value.AddMember(rapidjson::StringRef(key), static_cast<int32_t>(mask), allocator);
+    };
+    addMask(kSignificance, definition.significance);
+    addMask(kHighlightTags, definition.highlightTags);
+    value.AddMember(rapidjson::StringRef(kUserInterest), definition.userInterest, allocator);
+    if (definition.userEnabled != -1)
+        value.AddMember(rapidjson::StringRef(kUserEnabled), definition.userEnabled == 1, allocator);
+    value.AddMember(rapidjson::StringRef(kName), NamesValue(definition, allocator), allocator);
+    return value;
+}
+
 }  // namespace
 
-bool ReadHighlightsConfig(const KXP::Value& root, HighlightConfigData& config) {
+bool ReadHighlightsConfig(const KXP::Value& root, HighlightConfigData& config, KXP::HeldLog& log) {
     const KXP::Value* highlights = root.IsObject() ? ObjectMember(root, kHighlights) : nullptr;
     if (!highlights) return false;
     HighlightConfigData read;
@@ -88,8 +117,8 @@ bool ReadHighlightsConfig(const KXP::Value& root, HighlightConfigData& config) {
         read.*field.text = KXP::jsonGetType<std::string>(*text);
     }
     for (const auto& member : highlights->GetObject()) {
-        if (!validateHighlightDef(member.value)) {
-            KXP_LOG(KXP::LogFailure, "Throwing out corrupt highlight definition");
+        if (!validateHighlightDef(member.value, log)) {
+            log.Add(KXP::LogFailure, "Throwing out corrupt highlight definition");
             continue;
         }
         const std::string id = KXP::jsonGetType<std::string>(member.name);
@@ -97,4 +126,15 @@ bool ReadHighlightsConfig(const KXP::Value& root, HighlightConfigData& config) {
     }
     config = std::move(read);
     return true;
+}
+
+void WriteHighlightsConfig(const HighlightConfigData& config, KXP::Document& document) {
+    KXP::Allocator& allocator = document.GetAllocator();
+    KXP::Value highlights(rapidjson::kObjectType);
+    for (const auto& [id, definition] : config.highlights)
+        highlights.AddMember(Text(id, allocator), DefinitionValue(definition, allocator), allocator);
+    document.SetObject();
+    document.AddMember(rapidjson::StringRef(kHighlights), highlights, allocator);
+    for (const RootText& field : kRootTexts)
+        document.AddMember(rapidjson::StringRef(field.key), Text(config.*field.text, allocator), allocator);
 }

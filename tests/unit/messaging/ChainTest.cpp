@@ -104,7 +104,7 @@ TEST(InitQueue, StopWaitsForAForwardInProgressWhichMaySendAgain) {
 TEST(RequestCallbacks, AnswerTimeoutAndStrangers) {
     FakeClock clock;
     KXP::TaskQueue queue("test", clock);
-    KXP::RequestCallbackManager manager(queue, KXP::QueueResponses);
+    KXP::RequestCallbackManager<JSONMessage> manager(queue, KXP::QueueResponses);
     MessageRecorder out;
     MessageRecorder module;
     manager.SetRequestHandler(&out);
@@ -138,13 +138,13 @@ TEST(RequestCallbacks, AnswerTimeoutAndStrangers) {
 TEST(PersistentResponses, EverySubscriberGetsItsOwnCopy) {
     FakeClock clock;
     KXP::TaskQueue queue("test", clock);
-    KXP::PersistentResponseHandler handler(queue, KXP::QueueRequests);
+    KXP::PersistentResponseHandler<JSONMessage> handler(queue, KXP::QueueRequests);
     struct SubscribesAgain : MessageRecorder {
         bool HandleMsg(std::unique_ptr<JSONMessage> message) override {
             handler->SendMsg(Subscription("Saved", "from inside"));
             return MessageRecorder::HandleMsg(std::move(message));
         }
-        KXP::PersistentResponseHandler* handler = nullptr;
+        KXP::PersistentResponseHandler<JSONMessage>* handler = nullptr;
     } container;
     container.handler = &handler;
     MessageRecorder module;

@@ -268,13 +268,13 @@ TEST_F(UGCTrackerTest, LengthsThatAVideoMayClaim) {
 TEST_F(UGCTrackerTest, IgnoredPathsAndFilesOfTheGalleryItselfAreNobodysBusiness) {
     OpenSettled();
     const std::string a = gallery_.AddImage("Game/a.png");
-    tracker_->ignoreList().Add({a, a});
+    tracker_->ignoreList().AddToIgnoreList({a, a});
     EXPECT_EQ(Track(a), "");
     EXPECT_EQ(Track(gallery_.AddImage("top.png")), "");
     EXPECT_EQ(Track(gallery_.Path("Game")), "");
-    tracker_->ignoreList().Remove({a});
+    tracker_->ignoreList().RemoveFromIgnoreList({a});
     EXPECT_EQ(Track(a), "usage 0, added 1 a.png");
-    tracker_->ignoreList().Add({a});
+    tracker_->ignoreList().AddToIgnoreList({a});
     tracker_->UntrackFile(a);
     RunDue();
     EXPECT_TRUE(tracker_->IsTrackedFile(a));

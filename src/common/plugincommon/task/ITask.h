@@ -1,6 +1,7 @@
 // What a task queue runs on a thread of its own.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -39,5 +40,14 @@ class ITask {
   private:
     const std::string identifier_;
 };
+
+// Makes a closure that owns move-only state fit for a std::function, whose copies share the one closure.
+template <typename F>
+auto make_copyable(F&& closure) {
+    auto shared = std::make_shared<std::decay_t<F>>(std::forward<F>(closure));
+    return [shared](auto&&... arguments) -> decltype(auto) {
+        return (*shared)(std::forward<decltype(arguments)>(arguments)...);
+    };
+}
 
 }  // namespace KXP

@@ -6,7 +6,7 @@
 #include "common/message/MessageHandler.h"
 #include "core/container/cef/ContainerCallback.h"
 
-class CefJsonReceiver : public KXP::MessageSink {
+class CefJsonReceiver : public KXP::MessageSink<KXP::JSONMessage> {
   public:
     CefJsonReceiver(ZvCefPluginCallback callback, void* context) : callback_(callback, context) {}
 

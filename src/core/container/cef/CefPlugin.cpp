@@ -83,7 +83,7 @@ void TakeDown() {
     s_pCefJsonReceiver.reset();
 }
 
-int BringUp(const char* configJson) {
+int BringUp(const char* configJson, void* context) {
     const std::string modules = KXP::PluginRegistry::Instance().GetModuleList();
     KXP_LOG(KXP::LogMilestone, "Creating Plugin instance %s for modules: %s", s_pluginName.c_str(),
             modules.c_str());
@@ -91,13 +91,13 @@ int BringUp(const char* configJson) {
     if (!s_pCefPlugin) return 0;
     s_pCefPlugin->SetContainerCallback(
         [callback = &s_pCefJsonReceiver->container()](IContainerConnector::NotificationType type,
-                                                      std::unique_ptr<JSONMessage> message) {
-            NotifyContainer(*callback, type, *message);
-        });
+                                                      std::unique_ptr<JSONMessage> message,
+                                                      void*) { NotifyContainer(*callback, type, *message); },
+        context);
     KXP_LOG(KXP::LogTrace, "Initialize CefPlugin");
     auto message = CreateCommand("_CmdInit_", configJson);
     KXP_LOG(KXP::LogMilestone, "Invoking Initialize() for plugin %s", s_pluginName.c_str());
-    return MapResult(s_pCefPlugin->Initialize(s_pCefJsonReceiver.get(), std::move(message)));
+    return MapResult(s_pCefPlugin->Initialize(s_pCefJsonReceiver.get(), std::move(message), nullptr));
 }
 
 int CefPluginInitialize(ZvCefPluginCallback callback, const char* configJson, void* context) {
@@ -108,7 +108,7 @@ int CefPluginInitialize(ZvCefPluginCallback callback, const char* configJson, vo
     KXP::LogInit(KXP::LocalApp, LogCallback, nullptr);
     KXP::LogNameThread("cefclient", nullptr);
     try {
-        return BringUp(configJson);
+        return BringUp(configJson, context);
     } catch (...) {
         KXP_LOG(KXP::LogFailure, "Could not initialize plugin %s: %s", s_pluginName.c_str(),
                 KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
@@ -149,7 +149,7 @@ int CefPluginUninitialize() {
 
 int CefPluginOnJsonMessage(const char* json) {
     if (!s_pCefJsonReceiver) return 0;
-    s_pCefJsonReceiver->ForwardMsg(KXP::Message::CreateMessage(json));
+    s_pCefJsonReceiver->ForwardMsg(KXP::Message::CreateMessage<JSONMessage>(json));
     return 0;
 }
 

@@ -4,6 +4,8 @@
 #include "common/Drives.h"
 #include "common/Exception.h"
 #include "common/Profile.h"
+#include "plugin-modules/Gallery/src/media/CaptureFolder.h"
+#include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 namespace {
@@ -85,6 +87,44 @@ int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn) {
     const int32_t code = media::SniffFile(path, result);
     isOwn = result.isOwn;
     return code;
+}
+
+int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn, std::string& type, std::string& subtype,
+                                std::string& source) {
+    media::SniffResult result;
+    const int32_t code = media::SniffFile(path, result);
+    isOwn = result.isOwn;
+    if (code < 0) return code;
+    type = result.fileType;
+    subtype = result.fileSubType;
+    source = result.fileSource;
+    return code;
+}
+
+int32_t ZvGalleryAPI::CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {
+    return media::CheckIfJPGFileSizeIsValid(path, isValid);
+}
+
+bool ZvGalleryAPI::IsDirectoryEmpty(const std::string& path, bool onlyOwn) {
+    return media::IsDirectoryEmpty(path, onlyOwn);
+}
+
+int32_t ZvGalleryAPI::FindMP4HeaderInfo(const std::string& path, double& duration, std::string& audioType,
+                                        bool wantSize, unsigned int& width, unsigned int& height) {
+    return media::FindMP4HeaderInfo(path, duration, audioType, wantSize, width, height);
+}
+
+int32_t ZvGalleryAPI::FindMP4DurationTypeInfo(const std::string& path, double& duration,
+                                              std::string& audioType) {
+    unsigned int width = 0;
+    unsigned int height = 0;
+    return FindMP4HeaderInfo(path, duration, audioType, false, width, height);
+}
+
+int32_t ZvGalleryAPI::FindMP4SizeInfo(const std::string& path, unsigned int& width, unsigned int& height) {
+    double duration = 0;
+    std::string audioType;
+    return FindMP4HeaderInfo(path, duration, audioType, true, width, height);
 }
 
 bool ZvGalleryAPI::CheckLowDiskSpace() {

@@ -62,9 +62,21 @@ class ZvGalleryAPI : public ITrackerHost {
                       const std::atomic<bool>& cancelled, std::string& thumbnail);
     // Sets `cancelled` and ends the GetThumbnail that was called with it.
     void CancelThumbnail(std::atomic<bool>& cancelled) { thumbnailer_.Cancel(cancelled); }
-    // Whether the file is the product's own, by its bytes. Returns 1, or a negative code when that cannot be
-    // determined.
+
+    // Questions about files, answered by their bytes; see media/.
+    // Whether the file is the product's own. Returns 1, or a negative code when that cannot be determined,
+    // which leaves the three texts unchanged.
     static int32_t CheckIfZv(const std::string& path, bool& isOwn);
+    static int32_t CheckIfZv(const std::string& path, bool& isOwn, std::string& type, std::string& subtype,
+                             std::string& source);
+    static int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
+    static bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
+    // A video's duration in seconds, its audio layout and the size of its picture: the size with `wantSize`,
+    // the two others without.
+    static int32_t FindMP4HeaderInfo(const std::string& path, double& duration, std::string& audioType,
+                                     bool wantSize, unsigned int& width, unsigned int& height);
+    static int32_t FindMP4DurationTypeInfo(const std::string& path, double& duration, std::string& audioType);
+    static int32_t FindMP4SizeInfo(const std::string& path, unsigned int& width, unsigned int& height);
 
     bool CheckLowDiskSpace() override;
     void UpdateGalleryUsage(unsigned usageMB) override;

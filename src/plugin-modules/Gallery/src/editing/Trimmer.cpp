@@ -40,7 +40,7 @@ class Ignored {
         for (int attempt = 1; attempt <= kAttempts && paths_.empty(); ++attempt) {
             const std::vector<std::string> paths = {path, TemporaryPath(path, attempt)};
             // Not over a file of that name, which is somebody's capture.
-            if (!KXP::FileExists(paths[1]) && list_.AddIfNone(paths)) paths_ = paths;
+            if (!KXP::FileExists(paths[1]) && list_.AddToIgnoreListIfNone(paths)) paths_ = paths;
         }
     }
     ~Ignored() { Release(); }
@@ -50,7 +50,7 @@ class Ignored {
     bool IsTaken() const { return paths_.empty(); }
     std::string temporary() const { return paths_[1]; }
     void Release() {
-        list_.Remove(paths_);
+        list_.RemoveFromIgnoreList(paths_);
         paths_.clear();
     }
 

@@ -89,3 +89,17 @@ std::string MakeMetadata(const CaptureRequestInfo* info) {
     KXP_LOG(KXP::LogTrace, "MakeMetadata metadata string:%s", buffer.GetString());
     return {buffer.GetString(), buffer.GetSize()};
 }
+
+std::string MakeMetadataOvs(const CaptureRequestInfo* info) {
+    KXP::JsonBuffer buffer;
+    Writer writer(buffer);
+    writer.StartObject();
+    Put(writer, "DRSAppName", TextOf(info->drsAppName));
+    Put(writer, "ProfileName", TextOf(info->profileName));
+    Put(writer, "ShortName", TextOf(info->shortName));
+    Put(writer, "MediaType", TextOf(info->mediaType));
+    PutHighlight(writer, *info);
+    writer.EndObject();
+    KXP_LOG(KXP::LogTrace, "MakeMetadataOvs metadata string:%s", buffer.GetString());
+    return {buffer.GetString(), buffer.GetSize()};
+}

@@ -80,4 +80,17 @@ int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& res
     return code;
 }
 
+int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {
+    isValid = false;
+    KXP::ifstream file;
+    if (!file.open(path)) {
+        KXP_LOG(KXP::LogFailure, "Could not open %s", KXP::GetFileNameFromPath(path).c_str());
+        return KXP::Code::kInvalidHandle;
+    }
+    FileSource source(file);
+    ByteCursor cursor(source);
+    isValid = JpegSizeIsValid(cursor);
+    return kInspected;
+}
+
 }  // namespace media

@@ -21,4 +21,8 @@ int32_t SniffFile(const std::string& path, SniffResult& result);
 // be own is not opened.
 int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result);
 
+// Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
+// opened; `isValid` is then false.
+int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
+
 }  // namespace media

@@ -10,12 +10,12 @@
 // Any thread.
 class IgnoreList {
   public:
-    void Add(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
+    void AddToIgnoreList(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
         KXP::MutexLock lock(mutex_);
         paths_.insert(paths.begin(), paths.end());
     }
     // Adds all or none: returns false if one of them is there already.
-    bool AddIfNone(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
+    bool AddToIgnoreListIfNone(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
         KXP::MutexLock lock(mutex_);
         for (const std::string& path : paths)
             if (paths_.count(path) > 0) return false;
@@ -23,7 +23,7 @@ class IgnoreList {
         return true;
     }
     // Removes each path, however often it was added.
-    void Remove(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
+    void RemoveFromIgnoreList(const std::vector<std::string>& paths) EXCLUDES(mutex_) {
         KXP::MutexLock lock(mutex_);
         for (const std::string& path : paths)
             paths_.erase(path);

@@ -10,8 +10,8 @@ bool PendingHighlights::Dequeue(const Highlight& highlight) {
     return highlights_.erase(highlight.GetMessageBusRefid()) > 0;
 }
 
-void PendingHighlights::AppendTo(std::vector<TrackedUGC>& out, const std::string& game,
-                                 const std::string& group) const {
+void PendingHighlights::GetPendingHighlights(std::vector<TrackedUGC>& out, const std::string& game,
+                                             const std::string& group) const {
     KXP::MutexLock lock(mutex_);
     for (const auto& [reference, highlight] : highlights_) {
         if (highlight.GetSDKAppInfo().profileName != game) continue;

@@ -17,8 +17,8 @@ class PendingHighlights {
     // Removes the one with the same reference; returns false when there is none.
     bool Dequeue(const Highlight& highlight) EXCLUDES(mutex_);
     // Appends those of the game, or only those of `group` unless it is empty.
-    void AppendTo(std::vector<TrackedUGC>& out, const std::string& game, const std::string& group) const
-        EXCLUDES(mutex_);
+    void GetPendingHighlights(std::vector<TrackedUGC>& out, const std::string& game,
+                              const std::string& group) const EXCLUDES(mutex_);
 
   private:
     mutable KXP::Mutex mutex_;

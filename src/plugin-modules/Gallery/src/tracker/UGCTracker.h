@@ -62,6 +62,8 @@ class UGCTracker : private IJournalSource {
     // Ends the worker and the watcher and writes what is not written yet. Nothing touches the file
     // afterwards, and queries are still answered.
     void Stop();
+    // Deletes the tracker's file; the next write makes it anew.
+    void DeleteTrackerFile() { journal_.DeleteTrackerFile(); }
     // Ends in "/". It never changes; another gallery gets another tracker.
     const std::string& gallery() const { return gallery_; }
 
@@ -124,8 +126,7 @@ class UGCTracker : private IJournalSource {
     KXP::RetVal DeleteTrackedHighlights(const std::vector<TrackedUGC>& records);
     KXP::RetVal DeleteTrackedHighlightGroup(const std::string& group, const std::string& game);
 
-    // For tests that run the worker's entries themselves.
-    KXP::TaskQueue& queue() { return queue_; }
+    KXP::TaskQueue& queue() { return queue_; }  // for tests that run the worker's entries themselves
 
   private:
     using RecordPtr = RecordStore::RecordPtr;

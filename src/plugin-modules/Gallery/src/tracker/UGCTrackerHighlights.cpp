@@ -104,7 +104,7 @@ RetVal UGCTracker::GetHighlights(std::vector<TrackedUGC>& out, const std::string
         for (const RecordPtr& record : records_.OfGroup(game, group))
             out.push_back(*record);
     }
-    pendingHighlights_.AppendTo(out, game, group);
+    pendingHighlights_.GetPendingHighlights(out, game, group);
     if (!out.empty()) return {};
     KXP_LOG(KXP::LogFailure, "GetHighlights: Could not find highlights in group");
     return {Code::kNotFound, "Could not find highlights in group", 0};

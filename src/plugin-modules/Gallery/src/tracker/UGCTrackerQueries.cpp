@@ -66,7 +66,7 @@ std::vector<TrackedUGC> UGCTracker::GetSanatizedGameUGC(const std::string& game)
 
 std::vector<TrackedUGC> UGCTracker::GetGameUGC(const std::string& game) {
     std::vector<TrackedUGC> found = GetSanatizedGameUGC(game);
-    pendingHighlights_.AppendTo(found, game, "");
+    pendingHighlights_.GetPendingHighlights(found, game, "");
     std::sort(found.begin(), found.end(),
               [](const TrackedUGC& a, const TrackedUGC& b) { return a.id > b.id; });
     return found;

@@ -139,6 +139,11 @@ void TrackerJournal::TakeOver() {
     replaceTrackerFile_ = false;
 }
 
+void TrackerJournal::DeleteTrackerFile() {
+    const KXP::Turn turn(turns_, kFileTurn);
+    if (!closed_) (void)trackerFile_.RemoveFile();
+}
+
 void TrackerJournal::Close() {
     const KXP::Turn turn(turns_, kFileTurn);
     closed_ = true;

@@ -56,6 +56,8 @@ class TrackerJournal {
     void ReleaseSum();
     // Makes the file of a rebuild the tracker's file.
     void TakeOver();
+    // Deletes the file; the next write makes it anew.
+    void DeleteTrackerFile();
     // Nothing touches the file after this. Deletes the file of a rebuild that was not taken over.
     void Close();
 
