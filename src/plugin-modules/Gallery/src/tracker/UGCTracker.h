@@ -69,9 +69,8 @@ class UGCTracker : private IJournalSource {
 
     // Queues a scan of the whole gallery, which only adds records.
     void UpdateTracker();
-    // Each queues the work for one path. TrackFolder tracks the files in a folder; for the gallery, or the
-    // folder that holds it, the whole gallery. TrackWatchedFile is for a path that is known not to be a
-    // folder.
+    // Each queues the work for one path. TrackFolder tracks the files in a folder; for the gallery, or its
+    // parent, the whole gallery. TrackWatchedFile is for a path that is known not to be a folder.
     void TrackFile(const std::string& path);
     void TrackWatchedFile(const std::string& path);
     void TrackFolder(const std::string& path);
@@ -104,8 +103,7 @@ class UGCTracker : private IJournalSource {
     unsigned GetCurrentSizeMB() const;
     // Deletes the file, and its folder if that is then empty. The watcher's report removes the record.
     KXP::RetVal DeleteUGC(const TrackedUGC& record);
-    // Sets the texts shown over a capture; both are empty for none. 0x80070002 for a path that is not on
-    // record.
+    // Sets the texts over a capture, both empty for none. 0x80070002 for a path that is not on record.
     KXP::RetVal AddMeme(const std::string& path, const std::string& topBarText,
                         const std::string& bottomBarText);
 
@@ -159,7 +157,6 @@ class UGCTracker : private IJournalSource {
     void EnterRecord(TrackedUGC record) EXCLUDES(mutex_);
     void TakeHighlight(const Highlight& highlight, TrackedUGC& record);
     size_t Untrack(const std::vector<std::string>& paths, uint64_t before) EXCLUDES(mutex_);
-    std::vector<std::string> PathsUnder(const std::string& folder) const EXCLUDES(mutex_);
     void AddRemovedNews(const RecordPtr& record);
     void AddUntrackedNews() EXCLUDES(mutex_);
     void SanitizeUGC(std::vector<TrackedUGC>& list);
@@ -198,8 +195,7 @@ class UGCTracker : private IJournalSource {
 
     // Set by the constructor and Stop; in between the thread that has the journal's turn uses it.
     std::unique_ptr<IFileWatcher> watcher_;
-    // Its entries use all of the above. Stop ends it before the watcher, and then drops the watcher's
-    // reports.
+    // Its entries use all of the above. Stop ends it before the watcher, whose reports it drops then.
     KXP::TaskQueue queue_;
     CapacityWatch capacity_;
 };

@@ -183,19 +183,19 @@ void UGCTracker::TakeHighlight(const Highlight& highlight, TrackedUGC& record) {
 // For a folder this removes all records in it. A record that was added after the report is of another file.
 void UGCTracker::UntrackPath(const std::string& path, uint64_t before) {
     queue_.AssertOnWorker();
-    if (Untrack({path}, before) == 0 && Untrack(PathsUnder(path), before) == 0) {
-        KXP_LOG(KXP::LogFailure, "UntrackFile failed");
-        return;
+    if (Untrack({path}, before) == 0) {
+        std::vector<std::string> beneath;
+        {
+            const KXP::MutexLock lock(mutex_);
+            for (const RecordPtr& record : records_.Under(path + "/"))
+                beneath.push_back(record->path);
+        }
+        if (Untrack(beneath, before) == 0) {
+            KXP_LOG(KXP::LogFailure, "UntrackFile failed");
+            return;
+        }
     }
     AddUntrackedNews();
-}
-
-std::vector<std::string> UGCTracker::PathsUnder(const std::string& folder) const {
-    std::vector<std::string> paths;
-    const KXP::MutexLock lock(mutex_);
-    for (const RecordPtr& record : records_.Under(folder + "/"))
-        paths.push_back(record->path);
-    return paths;
 }
 
 size_t UGCTracker::Untrack(const std::vector<std::string>& paths, uint64_t before) {
