@@ -36,7 +36,6 @@
 class UGCTracker : private IJournalSource {
   public:
     using TrackedUGC = ::TrackedUGC;
-    using TrackedUGCGame = ::TrackedUGCGame;
 
     // What a test replaces.
     struct Parts {
