@@ -6,9 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <map>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 
 #include "libraries/ovnx-media/Ffmpeg.h"
@@ -23,6 +21,7 @@ extern "C" {
 namespace made {
 namespace {
 
+constexpr int kFps = 30;
 constexpr int kSampleRate = 48000;
 constexpr int kDigits = 12;  // of the frame's number, in binary, from the left
 
@@ -67,15 +66,14 @@ Rgb ColourAt(int number, int x, int y, const Video& video) {
     return {grey, grey, grey};
 }
 
-std::array<int, 3> ToYuv(Rgb colour, const Video& video) {
+std::array<uint8_t, 3> ToYuv(Rgb colour, const Video& video) {
     const bool is709 = video.height >= 720;
     const double kr = is709 ? 0.2126 : 0.299, kb = is709 ? 0.0722 : 0.114;
     const double y = kr * colour.r + (1 - kr - kb) * colour.g + kb * colour.b;
     const double cb = (colour.b - y) / (2 * (1 - kb)), cr = (colour.r - y) / (2 * (1 - kr));
     const double toLuma = video.fullRange ? 1 : 219 / 255.0, toChroma = video.fullRange ? 1 : 224 / 255.0;
-    const double unit = video.bits == 10 ? 4 : 1;
-    const auto put = [unit](double value) {
-        return static_cast<int>(std::lround(std::clamp(value, 0.0, 255.0) * unit));
+    const auto put = [](double value) {
+        return static_cast<uint8_t>(std::lround(std::clamp(value, 0.0, 255.0)));
     };
     return {put((video.fullRange ? 0 : 16) + y * toLuma), put(128 + cb * toChroma), put(128 + cr * toChroma)};
 }
@@ -85,11 +83,7 @@ void PaintRow(uint8_t* row, int plane, int y, int step, int number, const Video&
     const bool isBlack = number < video.blackFrames;
     for (int x = 0; x * step < video.width; ++x) {
         const Rgb colour = isBlack ? Rgb{0, 0, 0} : ColourAt(number, x * step, y, video);
-        const int value = ToYuv(colour, video)[static_cast<size_t>(plane)];
-        if (video.bits == 10)
-            reinterpret_cast<uint16_t*>(row)[x] = static_cast<uint16_t>(value);
-        else
-            row[x] = static_cast<uint8_t>(value);
+        row[x] = ToYuv(colour, video)[static_cast<size_t>(plane)];
     }
 }
 
@@ -104,7 +98,6 @@ void AddNoise(AVFrame& frame, int number) {
 }
 
 void Paint(AVFrame& frame, int number, const Video& video) {
-    const size_t sampleSize = video.bits == 10 ? 2 : 1;
     for (int plane = 0; plane < 3; ++plane) {
         const int step = plane == 0 ? 1 : 2;
         const auto stride = static_cast<ptrdiff_t>(frame.linesize[plane]);
@@ -115,29 +108,24 @@ void Paint(AVFrame& frame, int number, const Video& video) {
                 PaintRow(row, plane, y * step, step, number, video), painted = y;
             else
                 std::memcpy(row, frame.data[plane] + painted * stride,
-                            static_cast<size_t>(video.width / step) * sampleSize);
+                            static_cast<size_t>(video.width / step));
         }
     }
     if (video.bitRate > 0) AddNoise(frame, number);
-}
-
-AVPixelFormat PixelFormat(const Video& video) {
-    if (video.bits == 10) return AV_PIX_FMT_YUV420P10;
-    return video.codec == std::string("mjpeg") ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
 }
 
 Codec VideoEncoder(const Video& video) {
     Codec codec = MakeCodec(video.codec);
     codec->width = video.width;
     codec->height = video.height;
-    codec->time_base = {1, video.fps};
-    codec->framerate = {video.fps, 1};
+    codec->time_base = {1, kFps};
+    codec->framerate = {kFps, 1};
     codec->gop_size = video.keyInterval;
     codec->keyint_min = video.keyInterval;
     codec->max_b_frames = video.bFrames;
-    codec->pix_fmt = PixelFormat(video);
+    codec->pix_fmt = video.codec == std::string("mjpeg") ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
     codec->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-    codec->sample_aspect_ratio = {video.pixelWidth, video.pixelHeight};
+    codec->sample_aspect_ratio = {video.pixelWidth, 1};
     if (video.height >= 720) {
         codec->colorspace = AVCOL_SPC_BT709;
         codec->color_primaries = AVCOL_PRI_BT709;
@@ -162,6 +150,9 @@ Codec AudioEncoder() {
     return codec;
 }
 
+class Track;
+using Packets = std::vector<std::pair<Packet, Track*>>;
+
 // Takes frames, null for the end, and keeps packets.
 class Track {
   public:
@@ -173,7 +164,7 @@ class Track {
     AVCodecContext& codec() { return *codec_; }
     AVStream& stream() { return *stream_; }
 
-    void Send(const AVFrame* frame, std::vector<std::pair<Packet, Track*>>& packets) {
+    void Send(const AVFrame* frame, Packets& packets) {
         Check(avcodec_send_frame(codec_.get(), frame), "encoding");
         for (;;) {
             Packet packet(Check(av_packet_alloc(), "packet"));
@@ -188,8 +179,6 @@ class Track {
     Codec codec_;
     AVStream* stream_;
 };
-
-using Packets = std::vector<std::pair<Packet, Track*>>;
 
 void EncodeVideo(const Video& video, Track& track, Packets& packets) {
     const Frame frame(Check(av_frame_alloc(), "frame"));
@@ -223,7 +212,7 @@ void EncodeAudio(const Video& video, int index, Track& track, Packets& packets) 
     frame->sample_rate = kSampleRate;
     frame->nb_samples = track.codec().frame_size;
     Check(av_frame_get_buffer(frame.get(), 0), "sound");
-    const int64_t total = int64_t{kSampleRate} * video.frames * video.repeat / video.fps;
+    const int64_t total = int64_t{kSampleRate} * video.frames * video.repeat / kFps;
     for (int64_t at = 0; at < total; at += frame->nb_samples) {
         Check(av_frame_make_writable(frame.get()), "sound");
         for (int channel = 0; channel < 2; ++channel)
@@ -239,8 +228,8 @@ void EncodeAudio(const Video& video, int index, Track& track, Packets& packets) 
 void Describe(const Video& video, AVStream& stream, const std::string& language) {
     av_dict_set(&stream.metadata, "language", language.c_str(), 0);
     if (stream.codecpar->codec_type != AVMEDIA_TYPE_VIDEO) return;
-    stream.sample_aspect_ratio = {video.pixelWidth, video.pixelHeight};
-    stream.avg_frame_rate = {video.fps, 1};
+    stream.sample_aspect_ratio = {video.pixelWidth, 1};
+    stream.avg_frame_rate = {kFps, 1};
     if (video.rotation == 0) return;
     uint8_t* matrix =
         Check(av_stream_new_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(int32_t)), "");
@@ -263,7 +252,7 @@ void Mux(const Video& video, const std::string& path) {
         Describe(video, tracks.back()->stream(), language);
         return *tracks.back();
     };
-    if (video.hasVideo) EncodeVideo(video, add(VideoEncoder(video), video.videoLanguage), packets);
+    if (video.hasVideo) EncodeVideo(video, add(VideoEncoder(video), "fra"), packets);
     for (size_t i = 0; i < video.audioLanguages.size(); ++i)
         EncodeAudio(video, static_cast<int>(i), add(AudioEncoder(), video.audioLanguages[i]), packets);
     if (!video.creationTime.empty())
@@ -280,22 +269,6 @@ void Mux(const Video& video, const std::string& path) {
         Check(av_write_frame(format, packet.get()), "packet");
     }
     Check(av_write_trailer(format), "trailer");
-}
-
-std::string KeyOf(const Video& video) {
-    std::ostringstream key;
-    for (const int64_t number :
-         {int64_t{video.width}, int64_t{video.height}, int64_t{video.fps}, int64_t{video.frames},
-          int64_t{video.keyInterval}, int64_t{video.bFrames}, int64_t{video.hasVideo},
-          int64_t{video.blackFrames}, int64_t{video.rotation}, int64_t{video.bits}, int64_t{video.fullRange},
-          int64_t{video.pixelWidth}, int64_t{video.pixelHeight}, video.bitRate, int64_t{video.repeat},
-          int64_t{video.moovInFront}})
-        key << number << ' ';
-    key << video.codec << ' ' << video.format << ' ' << video.creationTime << ' ' << video.videoLanguage;
-    for (const std::string& language : video.audioLanguages)
-        key << ' ' << language;
-    key << '\n' << video.tagc;
-    return key.str();
 }
 
 char CornerName(const uint8_t* pixel) {
@@ -331,17 +304,14 @@ class Folder {
 
 }  // namespace
 
-const std::string& Path(const Video& video) {
+std::string Path(const Video& video) {
     static const Folder folder;
-    static std::map<std::string, std::string> made;
-    std::string& path = made[KeyOf(video)];
-    if (!path.empty()) return path;
+    static int count = 0;
     av_log_set_level(AV_LOG_ERROR);
-    const bool isMp4 = video.format == std::string("mp4");
-    const std::string place = folder.path() + "/" + (std::to_string(made.size()) + (isMp4 ? ".mp4" : ".mkv"));
-    Mux(video, place);
-    if (isMp4 && (video.moovInFront || !video.tagc.empty())) EditMovie(place, video.moovInFront, video.tagc);
-    return path = place;
+    std::string path = folder.path() + "/" + std::to_string(++count);
+    Mux(video, path);
+    if (video.moovInFront || !video.tagc.empty()) EditMovie(path, video.moovInFront, video.tagc);
+    return path;
 }
 
 Shown Look(const uint8_t* rgb, int width, int height) {
