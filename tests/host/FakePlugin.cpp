@@ -11,8 +11,6 @@
 
 #include <boost/asio/post.hpp>
 #include <boost/asio/thread_pool.hpp>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "common/JsonParse.h"
@@ -87,11 +85,11 @@ void Answer(const KXP::Document& request, KXP::Value payload, KXP::Document& res
     Send(ZvCefPluginJsonMessage, ToText(response));
 }
 
-void Notify(const std::string& method, const std::string& payload = R"({"n":1,"path":"/g\u001b[2J"})") {
+void Notify(const std::string& method) {
     for (const std::string& id : fake->subscribers[method]) {
         KXP::Document notification;
-        KXP::ParseJSON(R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,"payload":)" +
-                           payload + "}",
+        KXP::ParseJSON(R"({"system":"Host","module":"gallery-host","uniqueid":"n","type":3073,"payload":)"
+                       R"({"n":1,"path":"/g\u001b[2J"}})",
                        notification);
         KXP::Allocator& allocator = notification.GetAllocator();
         notification.AddMember("method", KXP::Value(method, allocator), allocator);
@@ -100,7 +98,7 @@ void Notify(const std::string& method, const std::string& payload = R"({"n":1,"p
     }
 }
 
-// What is answered to a request whose payload holds `asked`; the first that fits. A null answer never comes.
+// The answer to a request whose payload holds `asked`, of the first row that fits. A null answer never comes.
 struct Canned {
     const char* method;
     const char* asked;
@@ -142,34 +140,6 @@ const Canned* FindCanned(const std::string& method, const std::string& asked) {
     return nullptr;
 }
 
-std::string heldMontage;
-
-// As the montage process does.
-void SendAsChild(const std::string& message) {
-    const std::string path = Environment("GALLERY_HOST_MESSAGES");
-    sockaddr_un address{};
-    if (path.empty() || path.size() >= sizeof address.sun_path) return;
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, path.size());
-    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sendto(fd, message.data(), message.size(), 0, reinterpret_cast<const sockaddr*>(&address),
-           sizeof address);
-    close(fd);
-}
-
-// The answer waits for the progress that it sends, or, for a request that says "never", for the cancel.
-bool HoldMontage(const std::string& text) {
-    if (heldMontage == text) return false;
-    heldMontage = text;
-    SendAsChild(R"({"method":"UpdateMontageProgress","payload":{"progress":42.5}})");
-    return true;
-}
-
-bool EndsMontage(const std::string& method) {
-    if (method == "CancelMontage") return !heldMontage.empty();
-    return method == "UpdateMontageProgress" && heldMontage.find("never") == std::string::npos;
-}
-
 // What these do to files, but for some that say so.
 void Change(const std::string& method, const KXP::Value& payload) {
     const char* member = method == "EngraveMP4" ? "file" : "output";
@@ -192,8 +162,6 @@ void Handle(const std::string& text) {
     KXP::Document request;
     KXP::ParseJSON(text, request);
     const std::string method = request["method"].GetString();
-    if (method == "CreateMontageFromRecipe" && HoldMontage(text)) return;
-    if (EndsMontage(method)) boost::asio::post(fake->worker, [] { Handle(heldMontage); });
     Change(method, request["payload"]);
     if (request["type"].GetInt() == 3073) {
         fake->subscribers[method].emplace_back(request["uniqueid"].GetString());
@@ -208,7 +176,6 @@ void Handle(const std::string& text) {
         const KXP::Value& named = request["payload"]["method"];
         Notify(std::string(named.GetString(), named.GetStringLength()));
     }
-    if (method == "UpdateMontageProgress") Notify("MontageNotification", ToText(payload));
     if (method == "Log") {
         Send(ZvCefPluginLog, "a line with \x1b[31mcolour");
         Send(ZvCefPluginLog,
