@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -25,12 +26,15 @@ constexpr double kEnd = 8.5;
 
 // So many seconds of full-HD video at 40 Mbit/s, with sound.
 const std::string& Capture(int seconds) {
+    static std::map<int, std::string> captures;
+    std::string& path = captures[seconds];
+    if (!path.empty()) return path;
     made::Video video;
     video.width = 1920;
     video.height = 1080;
     video.bitRate = 40000000;
     video.repeat = seconds / 2;
-    return made::Path(video);
+    return path = made::Path(video);
 }
 
 void Expect(bool good) {

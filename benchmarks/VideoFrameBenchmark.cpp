@@ -24,7 +24,8 @@ const std::string& Capture() {
     video.width = 1920;
     video.height = 1080;
     video.bitRate = 20000000;
-    return made::Path(video);
+    static const std::string path = made::Path(video);
+    return path;
 }
 
 void Expect(bool good) {

@@ -243,8 +243,32 @@ void MakeTrackerFile(Corpus corpus) {
     corpus.Add("\x80\xC3(\xED\xA0\x80");
 }
 
+// Of every format, and of its ways of storing, one small picture of noise.
+std::vector<std::string> OneOfEach() {
+    using namespace stillfiles;
+    uint32_t state = 1;
+    const auto noise = [&state] {
+        return static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+    };
+    const auto bytes = [&](uint32_t, uint32_t) {
+        return std::array<uint16_t, 4>{noise(), noise(), noise(), noise()};
+    };
+    const auto colour = [&](int, int) { return Rgb{noise(), noise(), noise()}; };
+    const auto light = [&](size_t, int, int) { return static_cast<float>(noise()) / 64; };
+    return {Png(19, 13, {}, bytes),
+            Png(19, 13, {PNG_COLOR_TYPE_RGB_ALPHA, 16, true}, bytes),
+            Png(19, 13, {PNG_COLOR_TYPE_PALETTE, 2},
+                [&](uint32_t x, uint32_t) { return std::array<uint16_t, 4>{static_cast<uint16_t>(x % 3)}; }),
+            Jpeg(33, 17, TJSAMP_420, 0, colour),
+            Jpeg(33, 17, TJSAMP_444, TJFLAG_PROGRESSIVE, colour),
+            Jpeg(33, 17, TJSAMP_444, 0, colour, TJPF_CMYK),
+            Exr(20, 10, {}, light),
+            Exr(20, 10, {Imf::PIZ_COMPRESSION, true, 1, {"R", "G", "B", "A"}, 20}, light),
+            Exr(20, 10, {Imf::DWAA_COMPRESSION, false, 2, {"Y"}}, light)};
+}
+
 void MakeStillThumbnail(Corpus corpus) {
-    for (const std::string& file : stillfiles::OneOfEach())
+    for (const std::string& file : OneOfEach())
         corpus.Add(file);
 }
 

@@ -1,13 +1,11 @@
 #include "tests/host/ChildProcess.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,15 +31,6 @@ Pipe MakeTerminal() {
     return {master, open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC)};
 }
 
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 }  // namespace
 
 void ChildProcess::Close(int& fd) {
@@ -53,27 +42,31 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
     signal(SIGPIPE, SIG_IGN);
     Pipe in = MakePipe();
     Pipe output = options.terminal ? MakeTerminal() : MakePipe();
-    Pipe error = options.errorTerminal ? MakeTerminal() : MakePipe();
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in.read, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output.write, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, error.write, STDERR_FILENO);
-
+    Pipe error = MakePipe();
     // What this process ignores, SIGPIPE above all, would be ignored by the child.
     std::vector<std::string> words = {"env", "--default-signal", "-u", "NO_COLOR"};
     words.insert(words.end(), options.environment.begin(), options.environment.end());
     words.emplace_back(GALLERY_HOST);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    const int result = posix_spawnp(&pid_, "env", &actions, nullptr, Pointers(words).data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
+    std::vector<char*> pointers;
+    for (std::string& word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    pid_ = fork();
+    if (pid_ == 0) {
+        dup2(in.read, STDIN_FILENO);
+        dup2(output.write, STDOUT_FILENO);
+        dup2(error.write, STDERR_FILENO);
+        execvp("env", pointers.data());
+        _exit(127);
+    }
     Close(in.read);
     Close(output.write);
     Close(error.write);
     in_ = in.write;
     out_ = output.read;
     err_ = error.read;
-    if (result != 0) throw std::runtime_error("cannot start gallery-host");
+    if (pid_ < 0) throw std::runtime_error("cannot start gallery-host");
 }
 
 ChildProcess::~ChildProcess() {
@@ -111,24 +104,17 @@ bool ChildProcess::ReadUntil(const std::string& stream, const std::string& text)
 }
 
 bool ChildProcess::ReadOnce() {
+    if (out_ < 0 && err_ < 0) return false;
+    if (ReadWithin(kPatienceMs)) return true;
+    ADD_FAILURE() << "gallery-host is silent; so far: " << out << err;
+    kill(pid_, SIGKILL);
+    return false;
+}
+
+bool ChildProcess::ReadWithin(int milliseconds) {
     // poll passes over the descriptors that are closed.
     pollfd fds[] = {{out_, POLLIN, 0}, {err_, POLLIN, 0}};
-    if (out_ < 0 && err_ < 0) return false;
-    if (poll(fds, 2, kPatienceMs) <= 0) {
-        ADD_FAILURE() << "gallery-host says nothing; so far: " << out << err;
-        kill(pid_, SIGKILL);
-        return false;
-    }
-    Take(fds[0].revents, fds[1].revents);
-    return true;
-}
-
-void ChildProcess::ReadWithin(int milliseconds) {
-    pollfd fds[] = {{out_, POLLIN, 0}, {err_, POLLIN, 0}};
-    if (poll(fds, 2, milliseconds) > 0) Take(fds[0].revents, fds[1].revents);
-}
-
-void ChildProcess::Take(short outEvents, short errEvents) {
+    if (poll(fds, 2, milliseconds) <= 0) return false;
     const auto take = [](short events, int& fd, std::string& into) {
         char bytes[65536];
         if (events == 0) return;
@@ -138,6 +124,7 @@ void ChildProcess::Take(short outEvents, short errEvents) {
         else
             Close(fd);
     };
-    take(outEvents, out_, out);
-    take(errEvents, err_, err);
+    take(fds[0].revents, out_, out);
+    take(fds[1].revents, err_, err);
+    return true;
 }

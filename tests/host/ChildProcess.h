@@ -12,7 +12,6 @@ class ChildProcess {
     struct Options {
         std::vector<std::string> environment;  // "NAME=value", over this process's own
         bool terminal = false;                 // standard output is a terminal
-        bool errorTerminal = false;            // so is standard error
     };
 
     ChildProcess(const std::vector<std::string>& arguments, const Options& options);
@@ -26,8 +25,8 @@ class ChildProcess {
     // Read until the stream has shown `text`; false at its end.
     bool ReadOutUntil(const std::string& text) { return ReadUntil(out, text); }
     bool ReadErrUntil(const std::string& text) { return ReadUntil(err, text); }
-    // Waits until there is more to read, but no longer than this, and reads it.
-    void ReadWithin(int milliseconds);
+    // Waits until there is more to read, but no longer than this, and reads it; false when nothing came.
+    bool ReadWithin(int milliseconds);
     // Closes the input, reads to the end and returns the exit status, or the negative number of a signal.
     int Wait();
 
@@ -38,7 +37,6 @@ class ChildProcess {
     static void Close(int& fd);
     bool ReadUntil(const std::string& stream, const std::string& text);
     bool ReadOnce();
-    void Take(short outEvents, short errEvents);
 
     pid_t pid_ = -1;
     int in_ = -1;

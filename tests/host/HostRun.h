@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "tests/host/ChildProcess.h"
 
 struct Ended {
@@ -28,4 +30,22 @@ inline Ended RunHost(const std::vector<std::string>& arguments, const std::strin
     child.Write(input);
     const int status = child.Wait();
     return {status, child.out, child.err};
+}
+
+// A run, its status, and a part of an envelope that it sends or of the reason for its failure.
+struct Case {
+    std::vector<std::string> arguments;
+    int status;
+    std::string err;
+};
+
+inline void ExpectEach(const std::vector<Case>& cases) {
+    for (const Case& one : cases) {
+        std::vector<std::string> arguments = one.arguments;
+        arguments.insert(arguments.end(), {"-d", "trace"});
+        const Ended ended = RunHost(arguments);
+        SCOPED_TRACE(testing::PrintToString(one.arguments) + ended.err);
+        EXPECT_EQ(ended.status, one.status);
+        EXPECT_TRUE(Contains(ended.err, one.err));
+    }
 }

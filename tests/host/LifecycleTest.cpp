@@ -3,8 +3,6 @@
 #include <filesystem>
 #include <string>
 
-#include <gtest/gtest.h>
-
 #include "tests/host/HostRun.h"
 #include "tests/support/TempFolder.h"
 
@@ -21,28 +19,21 @@ std::string Calls(const std::string& err) {
     return calls;
 }
 
-struct Bad {
-    const char* behaviour;
-    const char* message;
-    const char* calls;
-};
-
 TEST(Lifecycle, APluginThatDoesNotStartIsThree) {
-    for (const Bad& bad :
-         {Bad{"old", "not of interface version 1", ""},
-          Bad{"init-fails", "could not be initialized: 0x80004005: it is broken", "init uninit "},
-          Bad{"init-throws", "could not be initialized: init threw", "init uninit "},
-          Bad{"start-fails", "could not be started: 0x80004005: it is broken", "init start stop uninit "},
-          Bad{"start-refuses", "could not be started", "init start stop uninit "}}) {
+    const struct {
+        const char *behaviour, *message, *calls;
+    } rows[] = {{"old", "not of interface version 1", ""},
+                {"init-fails", "could not be initialized: 0x80004005: it is broken", "init uninit "},
+                {"init-throws", "could not be initialized: init threw", "init uninit "},
+                {"start-fails", "could not be started: 0x80004005: it is broken", "init start stop uninit "},
+                {"start-refuses", "could not be started", "init start stop uninit "}};
+    for (const auto& bad : rows) {
         const Ended ended = RunHost({"-v", "call", "Echo"}, {}, bad.behaviour);
         EXPECT_EQ(ended.status, 3) << bad.behaviour;
         EXPECT_EQ(ended.out, "");
         EXPECT_TRUE(Contains(ended.err, bad.message)) << ended.err;
         EXPECT_EQ(Calls(ended.err), bad.calls);
     }
-}
-
-TEST(Lifecycle, AnythingElseThanAPluginIsThree) {
     for (const std::string& path : {std::string("/nowhere/libGallery.so"), std::string(GALLERY_HOST)}) {
         ChildProcess child({"call", "Echo", "--plugin", path}, {});
         EXPECT_EQ(child.Wait(), 3);
@@ -72,6 +63,10 @@ TEST(Lifecycle, AnInterruptStopsInOrder) {
         EXPECT_EQ(child.Wait(), 130);
         EXPECT_EQ(Calls(child.err), "init start stop uninit ");
     }
+    ChildProcess serving(WithFake({"serve"}), {});
+    ASSERT_TRUE(serving.ReadErrUntil("fake: start"));
+    serving.Signal(SIGTERM);
+    EXPECT_EQ(serving.Wait(), 130);
 }
 
 TEST(Lifecycle, AnInterruptDuringTheStopLetsItEnd) {
@@ -93,13 +88,6 @@ TEST(Lifecycle, TheSecondInterruptLeavesAtOnceAndADemoNothingBehind) {
     child.Signal(SIGINT);
     EXPECT_EQ(child.Wait(), 130);
     EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
-}
-
-TEST(Lifecycle, ServingCanBeInterrupted) {
-    ChildProcess serving(WithFake({"serve"}), {});
-    ASSERT_TRUE(serving.ReadErrUntil("fake: start"));
-    serving.Signal(SIGTERM);
-    EXPECT_EQ(serving.Wait(), 130);
 }
 
 }  // namespace

@@ -1,11 +1,17 @@
 // The parts of gallery-host that need no plug-in.
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "gallery-host/base/Paths.h"
 #include "gallery-host/base/Printable.h"
+#include "gallery-host/commandline/TimeText.h"
 #include "gallery-host/message/Envelope.h"
 #include "gallery-host/output/GalleryTable.h"
+#include "gallery-host/output/NotificationText.h"
+#include "gallery-host/verbs/Thumbnail.h"
+#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -37,19 +43,64 @@ TEST(GalleryTable, NewestFirstWhateverTheMembersAre) {
     const KXP::Document gallery = Parsed(
         R"({"games":[{"name":"Race\u001b[2J","ugc":[)"
         R"({"path":"/g/Race/a.png","fileType":"image","fileSizeKB":12,"date":"2026-03-14T18:00:00Z"},)"
-        R"({"path":"/g/Race/late.mp4","fileType":"video","fileSizeKB":2400,"date":"2026-03-14T23:00:00Z"},)"
-        R"({"path":"/g/Race/unsaved.png","fileType":"image","fileSizeKB":0,"date":""}]},)"
+        R"({"path":"/g/Race/late.mp4","fileType":"video","fileSizeKB":2400,"date":"2026-03-14T23:00:00Z"}]},)"
         R"({"name":"Empty","ugc":[]},{"name":5},7,)"
         R"({"name":"Odd","ugc":[{"path":[],"fileType":"other","fileSizeKB":-1,"date":"yesterday"},3]}]})");
     const std::string table = host::GalleryTable(gallery, false);
     size_t at = 0;
-    for (const char* next :
-         {"Race\\x1b[2J: 1 video, 2 images\n", "unsaved.png", "late.mp4", "a.png", "\n\nOdd: "}) {
+    for (const char* next : {"Race\\x1b[2J: 1 video, 1 image\n", "late.mp4", "a.png", "\n\nOdd: "}) {
         at = table.find(next, at);
         ASSERT_NE(at, std::string::npos) << next << table;
     }
-    EXPECT_EQ(host::GallerySummary(gallery), "2 games, 5 captures, 2.4 MB");
+    EXPECT_EQ(host::GallerySummary(gallery), "2 games, 4 captures, 2.4 MB");
     EXPECT_EQ(host::GalleryTable(Parsed(R"({"games":{}})"), true), "");
+}
+
+struct NotificationCase {
+    const char *method, *payload, *line;
+};
+
+TEST(NotificationText, OneLineForEachKnownOrNot) {
+    const char* const gallery = "GalleryNotifications";
+    for (
+        const NotificationCase& one :
+        {NotificationCase{
+             gallery,
+             R"({"captureSaved":{"ugc":{"path":"/v/Race/Photo\u001b[2J.png","fileType":"image",)"
+             R"("fileSubType":"Highlight","fileSizeKB":2412,"duration":"","highlightName":"Goal"},"unannounced":true}})",
+             "saved      Race/Photo\\x1b[2J.png  image, highlight, \"Goal\", 2.4 MB, unannounced"},
+         {gallery, R"({"highlightCaptureFailed":{"errorCode":-2147024894}})",
+          "failed     highlight, error 0x80070002"},
+         {gallery, R"({"openSummary":{"ugc":[{}]},"galleryIsFull":true})", nullptr},
+         {gallery, R"({"captureSaved":{"ugc":[]}})", nullptr},
+         {"Later", R"({"any":[1,"x"]})", nullptr}}) {
+        EXPECT_EQ(host::NotificationText(one.method, Parsed(one.payload)),
+                  one.line ? one.line : std::string(one.method) + "  " + one.payload);
+    }
+    EXPECT_EQ(host::NotificationText("Odd\n", KXP::Value(5)), "Odd\\x0a  5");
+}
+
+TEST(Paths, FollowLinksOnlyWhereTheyMust) {
+    const TempFolder folder;
+    folder.MakeFolder("real/sub");
+    std::filesystem::create_directory_symlink(folder / "real/sub", folder / "link");
+    std::filesystem::create_symlink("nowhere", folder / "real/file");
+    EXPECT_EQ(host::AbsolutePath(folder / "link/./new.png"), folder / "link/new.png");
+    EXPECT_EQ(host::AbsolutePath(folder / "link/../file"), folder / "real/file");
+    EXPECT_EQ(host::AbsolutePath("x"), (std::filesystem::current_path() / "x").string());
+}
+
+TEST(Arguments, TimesAndSizes) {
+    const std::pair<const char*, double> times[] = {
+        {"0", 0}, {"1.5", 1500}, {"1:30", 90000}, {"1:02:03.5", 3723500}, {"100:00", 6000000}};
+    for (const auto& [text, milliseconds] : times)
+        EXPECT_EQ(host::ReadMilliseconds(text), milliseconds) << text;
+    for (const char* wrong : {"", "-1", "1.", "1:60", "1:60:00", "1:2:3:4", "1e3", "1:1.5:00", "9999999999"})
+        EXPECT_FALSE(host::ReadMilliseconds(wrong)) << wrong;
+    EXPECT_TRUE(host::ReadThumbSize("64x36"));
+    for (const char* wrong :
+         {"", "320", "x180", "320x", "320x180x", "0x1", "1x-1", "16385x1", "9999999999x1"})
+        EXPECT_FALSE(host::ReadThumbSize(wrong)) << wrong;
 }
 
 }  // namespace

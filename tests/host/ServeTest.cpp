@@ -1,7 +1,6 @@
-// gallery-host serve: lines in, lines out.
+// gallery-host serve and watch: lines in and out, and how they end.
+#include <csignal>
 #include <string>
-
-#include <gtest/gtest.h>
 
 #include "tests/host/HostRun.h"
 
@@ -85,6 +84,24 @@ TEST(Serve, EndsQuietlyWhenNobodyReads) {
     child.Write("{\"method\":\"Never\"}\n{\"method\":\"Echo\"}\n{\"method\":\"Echo\"}\n");
     EXPECT_TRUE(child.ReadErrUntil("fake: uninit"));
     EXPECT_EQ(child.Wait(), 0);
+}
+
+TEST(Watch, EndsAtItsCountOrAtAnInterrupt) {
+    const Ended counted = RunHost({"watch", "-v", "--json", "--count", "2"}, {}, "notifies");
+    EXPECT_EQ(counted.status, 0) << counted.err;
+    const std::string payload = R"(","payload":{"n":1,"path":"/g\u001B[2J"}})";
+    EXPECT_EQ(counted.out, R"({"notification":"GalleryNotifications)" + payload + "\n" +
+                               R"({"notification":"MontageNotification)" + payload + "\n");
+    EXPECT_TRUE(Contains(counted.err, "fake: uninit"));
+    for (const bool counts : {false, true}) {
+        ChildProcess child(WithFake(counts ? std::vector<std::string>{"watch", "--count", "9"}
+                                           : std::vector<std::string>{"watch"}),
+                           {{"FAKE_PLUGIN=notifies"}, false});
+        ASSERT_TRUE(child.ReadErrUntil("watching"));
+        ASSERT_TRUE(child.ReadOutUntil("  folder     /g\\x1b[2J\n")) << child.out;
+        child.Signal(SIGINT);
+        EXPECT_EQ(child.Wait(), counts ? 130 : 0) << child.err;
+    }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// A montage process for tests: is told by the file of the real one what to do, tells how far it is by way of
-// the container, and makes a real video. Words in the request's "behaviour" choose how it goes wrong.
+// A montage process for tests: it finds its task in the file of the real one, reports its progress by way of
+// the container, and makes a real video. Words in the request's "behaviour", or the recipe's name, choose how
+// it goes wrong.
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +19,7 @@
 
 namespace {
 
-// To the container, if it has told where it listens.
+// To the container, if there is one.
 void Send(const std::string& message) {
     const char* path = std::getenv("GALLERY_HOST_MESSAGES");
     sockaddr_un address{};
@@ -32,7 +33,7 @@ void Send(const std::string& message) {
     close(fd);
 }
 
-void TellProgress(double percent) {
+void SendProgress(double percent) {
     Send(R"({"method":"UpdateMontageProgress","payload":{"progress":)" + std::to_string(percent) + "}}");
 }
 
@@ -40,7 +41,9 @@ class Montage {
   public:
     explicit Montage(const KXP::Value& params)
         : output_(KXP::jsonGetValue<std::string>(params, "output")),
-          behaviour_(" " + KXP::jsonGetValueOrDefault<std::string>(params, "behaviour", "") + " ") {}
+          behaviour_(" " + KXP::jsonGetValueOrDefault<std::string>(params, "behaviour", "") + " " +
+                     std::filesystem::path(KXP::jsonGetValue<std::string>(params, "recipe")).stem().string() +
+                     " ") {}
 
     int Make(const std::string& argument) {
         if (Behaves("ignores")) std::signal(SIGTERM, SIG_IGN);
@@ -48,7 +51,7 @@ class Montage {
         std::printf("running %d %s\n", getpid(), argument.c_str());
         std::fflush(stdout);
         if (Behaves("babbles")) Babble();
-        TellProgress(12.5);
+        SendProgress(12.5);
         if (Behaves("fails")) return 7;
         if (Behaves("hangs")) Hang();
         made::Video video;
@@ -58,7 +61,7 @@ class Montage {
         std::puts("written");
         std::fflush(stdout);
         if (Behaves("lingers")) Hang();
-        TellProgress(100);
+        SendProgress(100);
         return 0;
     }
 

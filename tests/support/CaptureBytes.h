@@ -6,22 +6,12 @@
 #include <string_view>
 #include <vector>
 
+#include "sample-captures/EngravedBlock.h"
 #include "sample-captures/MediaBytes.h"
 
 namespace captures {
 
-inline std::string Base64(std::string_view bytes) {
-    constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    for (size_t at = 0; at < bytes.size(); at += 3) {
-        uint32_t bits = 0;
-        for (size_t i = 0; i < 3; ++i)
-            bits = bits << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0u);
-        for (size_t i = 0; i < 4; ++i)
-            out += at + i <= bytes.size() ? kAlphabet[bits >> (18 - 6 * i) & 63] : '=';
-    }
-    return out;
-}
+using samples::Base64;
 
 // The engraved block around an inner JSON text.
 inline std::string Block(std::string_view source, std::string_view inner) {

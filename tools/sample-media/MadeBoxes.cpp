@@ -22,24 +22,6 @@ std::string Big(uint64_t value, size_t size) {
     return bytes;
 }
 
-std::string MakeBox(const std::string& type, std::string_view content) {
-    return Big(content.size() + 8, 4) + type + std::string(content);
-}
-
-// The boxes with one appended at `path`, after its siblings; missing boxes on the way are made.
-std::string WithBox(std::string_view bytes, std::string_view path, std::string_view content) {
-    const size_t slash = path.find('/');
-    const std::string type(path.substr(0, slash));
-    if (slash == std::string_view::npos) return std::string(bytes) + MakeBox(type, content);
-    const std::string_view rest = path.substr(slash + 1);
-    for (const Box& box : Boxes(bytes))
-        if (box.type == type)
-            return std::string(bytes.substr(0, box.at)) +
-                   MakeBox(type, WithBox(bytes.substr(box.content, box.end - box.content), rest, content)) +
-                   std::string(bytes.substr(box.end));
-    return std::string(bytes) + MakeBox(type, WithBox("", rest, content));
-}
-
 // Corrects the positions of chunks after frames were moved. Recurses into the boxes on the way to the tables.
 void MoveChunks(std::string& bytes, size_t from, size_t to, uint64_t by) {
     for (const Box& box : Boxes(std::string_view(bytes).substr(from, to - from))) {
@@ -77,14 +59,20 @@ std::string_view BoxAt(std::string_view bytes, std::string_view path) {
     return {};
 }
 
-void EditMovie(const std::string& path, bool moovInFront, std::string_view tagc) {
+void EditMovie(const std::string& path, bool moovInFront, const std::string& tagc) {
     std::ifstream in(path, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    if (!tagc.empty()) bytes = WithBox(bytes, "moov/udta/tagc", tagc);
+    const std::vector<Box> boxes = Boxes(bytes);
+    const Box& moov = boxes.back();
+    const Box udta = Boxes(std::string_view(bytes).substr(moov.content)).back();
+    if (moov.type != "moov" || udta.type != "udta") throw std::runtime_error("an unexpected end of a movie");
+    if (!tagc.empty()) {
+        const size_t size = 8 + tagc.size();
+        bytes += Big(size, 4) + "tagc" + tagc;
+        for (const size_t at : {moov.at, moov.content + udta.at})
+            bytes.replace(at, 4, Big(Number(bytes, at, 4) + size, 4));
+    }
     if (moovInFront) {
-        const std::vector<Box> boxes = Boxes(bytes);
-        const Box& moov = boxes.back();
-        if (moov.type != "moov") throw std::runtime_error("the movie does not end in its description");
         std::string head = bytes.substr(moov.at);
         MoveChunks(head, 8, head.size(), head.size());
         bytes.resize(moov.at);

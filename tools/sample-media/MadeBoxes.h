@@ -1,4 +1,4 @@
-// Edits of the boxes of an MP4 file, for tests: what no muxer writes.
+// The boxes of an MP4 file, for tests: how they lie, and edits that no muxer makes.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +21,8 @@ std::vector<Box> Boxes(std::string_view bytes);
 // The content of the first box at a path like "moov/udta/tagc"; empty when there is none.
 std::string_view BoxAt(std::string_view bytes, std::string_view path);
 
-// Gives the movie at `path` a moov/udta/tagc of this content, unless that is empty, and moves its "moov"
-// before the frames if asked.
-void EditMovie(const std::string& path, bool moovInFront, std::string_view tagc);
+// Gives the movie at `path`, which a muxer has ended with its "moov" and that with its "udta", a box "tagc"
+// of this content, unless that is empty, and moves the "moov" before the frames on demand.
+void EditMovie(const std::string& path, bool moovInFront, const std::string& tagc);
 
 }  // namespace made

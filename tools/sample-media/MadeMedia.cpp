@@ -4,11 +4,8 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <map>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 
 #include "libraries/ovnx-media/Ffmpeg.h"
@@ -23,12 +20,11 @@ extern "C" {
 namespace made {
 namespace {
 
+constexpr int kFps = 30;
 constexpr int kSampleRate = 48000;
 constexpr int kDigits = 12;  // of the frame's number, in binary, from the left
 
-struct Rgb {
-    int r, g, b;
-};
+using Rgb = std::array<uint8_t, 3>;
 constexpr Rgb kCorners[4] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 255}};
 constexpr char kCornerNames[] = "rgbw";
 
@@ -55,42 +51,28 @@ Codec MakeCodec(const char* name) {
     return codec;
 }
 
-// The rows in the middle, 1, show the number, those above, 0, and below, 2, the corners.
-int PartOf(int y, const Video& video) {
-    return y < video.height * 2 / 5 ? 0 : y < video.height * 3 / 5 ? 1 : 2;
-}
-
+// The rows in the middle show the number, those above and below the corners.
 Rgb ColourAt(int number, int x, int y, const Video& video) {
-    const int part = PartOf(y, video);
-    if (part != 1) return kCorners[part + (x < video.width / 2 ? 0 : 1)];
-    const int grey = number >> (kDigits - 1 - x * kDigits / video.width) & 1 ? 255 : 0;
+    if (number < video.blackFrames) return {};
+    const bool isAbove = y < video.height * 2 / 5;
+    if (isAbove || y >= video.height * 3 / 5)
+        return kCorners[(isAbove ? 0 : 2) + (x < video.width / 2 ? 0 : 1)];
+    const uint8_t grey = number >> (kDigits - 1 - x * kDigits / video.width) & 1 ? 255 : 0;
     return {grey, grey, grey};
 }
 
-std::array<int, 3> ToYuv(Rgb colour, const Video& video) {
-    const bool is709 = video.height >= 720;
-    const double kr = is709 ? 0.2126 : 0.299, kb = is709 ? 0.0722 : 0.114;
-    const double y = kr * colour.r + (1 - kr - kb) * colour.g + kb * colour.b;
-    const double cb = (colour.b - y) / (2 * (1 - kb)), cr = (colour.r - y) / (2 * (1 - kr));
-    const double toLuma = video.fullRange ? 1 : 219 / 255.0, toChroma = video.fullRange ? 1 : 224 / 255.0;
-    const double unit = video.bits == 10 ? 4 : 1;
-    const auto put = [unit](double value) {
-        return static_cast<int>(std::lround(std::clamp(value, 0.0, 255.0) * unit));
-    };
-    return {put((video.fullRange ? 0 : 16) + y * toLuma), put(128 + cb * toChroma), put(128 + cr * toChroma)};
-}
-
-// One row of one plane; a sample covers a square of `step` pixels.
-void PaintRow(uint8_t* row, int plane, int y, int step, int number, const Video& video) {
-    const bool isBlack = number < video.blackFrames;
-    for (int x = 0; x * step < video.width; ++x) {
-        const Rgb colour = isBlack ? Rgb{0, 0, 0} : ColourAt(number, x * step, y, video);
-        const int value = ToYuv(colour, video)[static_cast<size_t>(plane)];
-        if (video.bits == 10)
-            reinterpret_cast<uint16_t*>(row)[x] = static_cast<uint16_t>(value);
+std::vector<uint8_t> Picture(int number, const Video& video) {
+    const size_t stride = static_cast<size_t>(video.width) * 3;
+    std::vector<uint8_t> rgb(stride * static_cast<size_t>(video.height));
+    uint8_t* at = rgb.data();
+    for (int y = 0; y < video.height; ++y)
+        if (y == 0 || y == video.height * 2 / 5 || y == video.height * 3 / 5)
+            for (int x = 0; x < video.width; ++x)
+                for (const uint8_t sample : ColourAt(number, x, y, video))
+                    *at++ = sample;
         else
-            row[x] = static_cast<uint8_t>(value);
-    }
+            at = std::copy_n(at - stride, stride, at);
+    return rgb;
 }
 
 void AddNoise(AVFrame& frame, int number) {
@@ -104,40 +86,34 @@ void AddNoise(AVFrame& frame, int number) {
 }
 
 void Paint(AVFrame& frame, int number, const Video& video) {
-    const size_t sampleSize = video.bits == 10 ? 2 : 1;
-    for (int plane = 0; plane < 3; ++plane) {
-        const int step = plane == 0 ? 1 : 2;
-        const auto stride = static_cast<ptrdiff_t>(frame.linesize[plane]);
-        int painted = -1;  // the row of the plane that looks as the next ones do
-        for (int y = 0; y * step < video.height; ++y) {
-            uint8_t* row = frame.data[plane] + y * stride;
-            if (painted < 0 || PartOf(y * step, video) != PartOf(painted * step, video))
-                PaintRow(row, plane, y * step, step, number, video), painted = y;
-            else
-                std::memcpy(row, frame.data[plane] + painted * stride,
-                            static_cast<size_t>(video.width / step) * sampleSize);
-        }
-    }
+    constexpr int kUnity = 1 << 16;
+    const std::unique_ptr<SwsContext, void (*)(SwsContext*)> scaler(
+        Check(sws_getContext(video.width, video.height, AV_PIX_FMT_RGB24, video.width, video.height,
+                             static_cast<AVPixelFormat>(frame.format), SWS_POINT, nullptr, nullptr, nullptr),
+              "scaler"),
+        &sws_freeContext);
+    sws_setColorspaceDetails(scaler.get(), sws_getCoefficients(SWS_CS_DEFAULT), 1,
+                             sws_getCoefficients(video.height >= 720 ? SWS_CS_ITU709 : SWS_CS_ITU601),
+                             frame.color_range == AVCOL_RANGE_JPEG, 0, kUnity, kUnity);
+    const std::vector<uint8_t> rgb = Picture(number, video);
+    const uint8_t* const from[] = {rgb.data()};
+    const int stride[] = {video.width * 3};
+    Check(sws_scale(scaler.get(), from, stride, 0, video.height, frame.data, frame.linesize), "picture");
     if (video.bitRate > 0) AddNoise(frame, number);
-}
-
-AVPixelFormat PixelFormat(const Video& video) {
-    if (video.bits == 10) return AV_PIX_FMT_YUV420P10;
-    return video.codec == std::string("mjpeg") ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
 }
 
 Codec VideoEncoder(const Video& video) {
     Codec codec = MakeCodec(video.codec);
     codec->width = video.width;
     codec->height = video.height;
-    codec->time_base = {1, video.fps};
-    codec->framerate = {video.fps, 1};
+    codec->time_base = {1, kFps};
+    codec->framerate = {kFps, 1};
     codec->gop_size = video.keyInterval;
     codec->keyint_min = video.keyInterval;
     codec->max_b_frames = video.bFrames;
-    codec->pix_fmt = PixelFormat(video);
+    codec->pix_fmt = video.codec == std::string("mjpeg") ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
     codec->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-    codec->sample_aspect_ratio = {video.pixelWidth, video.pixelHeight};
+    codec->sample_aspect_ratio = {video.pixelWidth, 1};
     if (video.height >= 720) {
         codec->colorspace = AVCOL_SPC_BT709;
         codec->color_primaries = AVCOL_PRI_BT709;
@@ -162,149 +138,123 @@ Codec AudioEncoder() {
     return codec;
 }
 
-// Takes frames, null for the end, and keeps packets.
-class Track {
-  public:
-    Track(Codec codec, AVStream* stream) : codec_(std::move(codec)), stream_(stream) {
-        Check(avcodec_parameters_from_context(stream->codecpar, codec_.get()), "parameters");
-        stream->time_base = codec_->time_base;
-    }
-
-    AVCodecContext& codec() { return *codec_; }
-    AVStream& stream() { return *stream_; }
-
-    void Send(const AVFrame* frame, std::vector<std::pair<Packet, Track*>>& packets) {
-        Check(avcodec_send_frame(codec_.get(), frame), "encoding");
+// Of frames up to the time `end`, in the codec's units, each of which `fill` makes and takes `step` of them.
+template <typename Fill>
+std::vector<Packet> Encode(AVCodecContext& codec, AVFrame& frame, int64_t end, int64_t step, Fill fill) {
+    std::vector<Packet> packets;
+    Check(av_frame_get_buffer(&frame, 0), "frame");
+    for (bool ends = false; !ends; frame.pts += step) {
+        ends = frame.pts >= end;
+        Check(av_frame_make_writable(&frame), "frame");
+        if (!ends) fill(frame.pts);
+        Check(avcodec_send_frame(&codec, ends ? nullptr : &frame), "encoding");
         for (;;) {
             Packet packet(Check(av_packet_alloc(), "packet"));
-            if (avcodec_receive_packet(codec_.get(), packet.get()) < 0) return;
-            if (packet->duration == 0) packet->duration = codec_->frame_size ? codec_->frame_size : 1;
-            packet->stream_index = stream_->index;
-            packets.emplace_back(std::move(packet), this);
+            if (avcodec_receive_packet(&codec, packet.get()) < 0) break;
+            if (packet->duration == 0) packet->duration = step;
+            packets.push_back(std::move(packet));
         }
     }
+    return packets;
+}
 
-  private:
-    Codec codec_;
-    AVStream* stream_;
-};
-
-using Packets = std::vector<std::pair<Packet, Track*>>;
-
-void EncodeVideo(const Video& video, Track& track, Packets& packets) {
+std::vector<Packet> EncodeVideo(const Video& video, AVCodecContext& codec) {
     const Frame frame(Check(av_frame_alloc(), "frame"));
-    frame->format = track.codec().pix_fmt;
+    frame->format = codec.pix_fmt;
     frame->width = video.width;
     frame->height = video.height;
-    frame->color_range = track.codec().color_range;
-    Check(av_frame_get_buffer(frame.get(), 0), "picture");
-    for (int number = 0; number < video.frames; ++number) {
-        Check(av_frame_make_writable(frame.get()), "picture");
-        Paint(*frame, number, video);
-        frame->pts = number;
-        track.Send(frame.get(), packets);
-    }
-    track.Send(nullptr, packets);
-    const size_t once = packets.size();
-    for (int round = 1; round < video.repeat; ++round)
-        for (size_t i = 0; i < once; ++i) {
-            Packet again(Check(av_packet_clone(packets[i].first.get()), "packet"));
-            again->pts += int64_t{round} * video.frames;
-            again->dts += int64_t{round} * video.frames;
-            packets.emplace_back(std::move(again), &track);
-        }
+    frame->color_range = codec.color_range;
+    frame->pts = 0;
+    return Encode(codec, *frame, video.frames, 1,
+                  [&](int64_t number) { Paint(*frame, static_cast<int>(number), video); });
 }
 
 // A tone, higher from track to track.
-void EncodeAudio(const Video& video, int index, Track& track, Packets& packets) {
+std::vector<Packet> EncodeAudio(const Video& video, int track, AVCodecContext& codec) {
     const Frame frame(Check(av_frame_alloc(), "frame"));
-    frame->format = AV_SAMPLE_FMT_FLTP;
+    frame->format = codec.sample_fmt;
     frame->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
     frame->sample_rate = kSampleRate;
-    frame->nb_samples = track.codec().frame_size;
-    Check(av_frame_get_buffer(frame.get(), 0), "sound");
-    const int64_t total = int64_t{kSampleRate} * video.frames * video.repeat / video.fps;
-    for (int64_t at = 0; at < total; at += frame->nb_samples) {
-        Check(av_frame_make_writable(frame.get()), "sound");
-        for (int channel = 0; channel < 2; ++channel)
-            for (int i = 0; i < frame->nb_samples; ++i)
-                reinterpret_cast<float*>(frame->data[channel])[i] =
-                    static_cast<float>(0.3 * std::sin(static_cast<double>(at + i) * 0.03 * (index + 1)));
-        frame->pts = at;
-        track.Send(frame.get(), packets);
-    }
-    track.Send(nullptr, packets);
+    frame->nb_samples = codec.frame_size;
+    frame->pts = 0;
+    const int64_t end = int64_t{kSampleRate} * video.frames * video.repeat / kFps;
+    return Encode(codec, *frame, end, codec.frame_size, [&](int64_t at) {
+        for (int i = 0; i < frame->nb_samples; ++i)
+            for (uint8_t* channel : {frame->data[0], frame->data[1]})
+                reinterpret_cast<float*>(channel)[i] =
+                    static_cast<float>(0.3 * std::sin(static_cast<double>(at + i) * 0.03 * track));
+    });
 }
 
-void Describe(const Video& video, AVStream& stream, const std::string& language) {
-    av_dict_set(&stream.metadata, "language", language.c_str(), 0);
-    if (stream.codecpar->codec_type != AVMEDIA_TYPE_VIDEO) return;
-    stream.sample_aspect_ratio = {video.pixelWidth, video.pixelHeight};
-    stream.avg_frame_rate = {video.fps, 1};
-    if (video.rotation == 0) return;
-    uint8_t* matrix =
-        Check(av_stream_new_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(int32_t)), "");
-    av_display_rotation_set(reinterpret_cast<int32_t*>(matrix), video.rotation);
+struct Track {
+    Codec codec;
+    AVStream* stream;
+};
+
+Track AddTrack(AVFormatContext& format, const Video& video, Codec codec, const std::string& language) {
+    AVStream* stream = Check(avformat_new_stream(&format, nullptr), "stream");
+    Check(avcodec_parameters_from_context(stream->codecpar, codec.get()), "parameters");
+    stream->time_base = codec->time_base;
+    av_dict_set(&stream->metadata, "language", language.c_str(), 0);
+    if (codec->codec_type == AVMEDIA_TYPE_VIDEO) {
+        stream->sample_aspect_ratio = codec->sample_aspect_ratio;
+        stream->avg_frame_rate = codec->framerate;
+    }
+    if (codec->codec_type == AVMEDIA_TYPE_VIDEO && video.rotation != 0) {
+        constexpr size_t kMatrixSize = 9 * sizeof(int32_t);
+        uint8_t* matrix =
+            Check(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, kMatrixSize), "rotation");
+        av_display_rotation_set(reinterpret_cast<int32_t*>(matrix), video.rotation);
+    }
+    return {std::move(codec), stream};
 }
 
 void Mux(const Video& video, const std::string& path) {
     AVFormatContext* format = nullptr;
     Check(avformat_alloc_output_context2(&format, nullptr, video.format, path.c_str()), video.format);
-    const std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> owner(format,
-                                                                             [](AVFormatContext* each) {
-                                                                                 avio_closep(&each->pb);
-                                                                                 avformat_free_context(each);
-                                                                             });
-    std::vector<std::unique_ptr<Track>> tracks;
-    Packets packets;
-    const auto add = [&](Codec codec, const std::string& language) -> Track& {
-        tracks.push_back(
-            std::make_unique<Track>(std::move(codec), Check(avformat_new_stream(format, nullptr), "stream")));
-        Describe(video, tracks.back()->stream(), language);
-        return *tracks.back();
+    const auto close = [](AVFormatContext* each) {
+        avio_closep(&each->pb);
+        avformat_free_context(each);
     };
-    if (video.hasVideo) EncodeVideo(video, add(VideoEncoder(video), video.videoLanguage), packets);
-    for (size_t i = 0; i < video.audioLanguages.size(); ++i)
-        EncodeAudio(video, static_cast<int>(i), add(AudioEncoder(), video.audioLanguages[i]), packets);
+    const std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> owner(format, close);
+    std::vector<Track> tracks;
+    if (video.hasVideo) tracks.push_back(AddTrack(*format, video, VideoEncoder(video), "fra"));
+    for (const std::string& language : video.audioLanguages)
+        tracks.push_back(AddTrack(*format, video, AudioEncoder(), language));
     if (!video.creationTime.empty())
         av_dict_set(&format->metadata, "creation_time", video.creationTime.c_str(), 0);
-    const auto earlier = [](const auto& a, const auto& b) {
-        return av_compare_ts(a.first->dts, a.second->codec().time_base, b.first->dts,
-                             b.second->codec().time_base) < 0;
+    std::vector<std::pair<Packet, const Track*>> all;
+    for (const Track& track : tracks) {
+        const bool isVideo = track.codec->codec_type == AVMEDIA_TYPE_VIDEO;
+        const std::vector<Packet> packets = isVideo
+                                                ? EncodeVideo(video, *track.codec)
+                                                : EncodeAudio(video, track.stream->index + 1, *track.codec);
+        for (int round = 0; round < (isVideo ? video.repeat : 1); ++round)
+            for (const Packet& packet : packets) {
+                Packet& copy = all.emplace_back(Check(av_packet_clone(packet.get()), "packet"), &track).first;
+                copy->stream_index = track.stream->index;
+                copy->pts += int64_t{round} * video.frames;
+                copy->dts += int64_t{round} * video.frames;
+            }
+    }
+    const auto isEarlier = [](const auto& a, const auto& b) {
+        return av_compare_ts(a.first->dts, a.second->codec->time_base, b.first->dts,
+                             b.second->codec->time_base) < 0;
     };
-    std::stable_sort(packets.begin(), packets.end(), earlier);
+    std::stable_sort(all.begin(), all.end(), isEarlier);
     Check(avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE), path.c_str());
     Check(avformat_write_header(format, nullptr), "header");
-    for (const auto& [packet, track] : packets) {
-        av_packet_rescale_ts(packet.get(), track->codec().time_base, track->stream().time_base);
+    for (const auto& [packet, track] : all) {
+        av_packet_rescale_ts(packet.get(), track->codec->time_base, track->stream->time_base);
         Check(av_write_frame(format, packet.get()), "packet");
     }
     Check(av_write_trailer(format), "trailer");
 }
 
-std::string KeyOf(const Video& video) {
-    std::ostringstream key;
-    for (const int64_t number :
-         {int64_t{video.width}, int64_t{video.height}, int64_t{video.fps}, int64_t{video.frames},
-          int64_t{video.keyInterval}, int64_t{video.bFrames}, int64_t{video.hasVideo},
-          int64_t{video.blackFrames}, int64_t{video.rotation}, int64_t{video.bits}, int64_t{video.fullRange},
-          int64_t{video.pixelWidth}, int64_t{video.pixelHeight}, video.bitRate, int64_t{video.repeat},
-          int64_t{video.moovInFront}})
-        key << number << ' ';
-    key << video.codec << ' ' << video.format << ' ' << video.creationTime << ' ' << video.videoLanguage;
-    for (const std::string& language : video.audioLanguages)
-        key << ' ' << language;
-    key << '\n' << video.tagc;
-    return key.str();
-}
-
 char CornerName(const uint8_t* pixel) {
-    for (int corner = 0; corner < 4; ++corner) {
-        const Rgb& colour = kCorners[corner];
-        if (std::abs(pixel[0] - colour.r) < 40 && std::abs(pixel[1] - colour.g) < 40 &&
-            std::abs(pixel[2] - colour.b) < 40)
-            return kCornerNames[corner];
-    }
+    const auto isNear = [](uint8_t a, uint8_t b) { return std::abs(a - b) < 40; };
+    for (int corner = 0; corner < 4; ++corner)
+        if (std::equal(pixel, pixel + 3, kCorners[corner].begin(), isNear)) return kCornerNames[corner];
     return '.';
 }
 
@@ -331,17 +281,14 @@ class Folder {
 
 }  // namespace
 
-const std::string& Path(const Video& video) {
+std::string Path(const Video& video) {
     static const Folder folder;
-    static std::map<std::string, std::string> made;
-    std::string& path = made[KeyOf(video)];
-    if (!path.empty()) return path;
+    static int count = 0;
     av_log_set_level(AV_LOG_ERROR);
-    const bool isMp4 = video.format == std::string("mp4");
-    const std::string place = folder.path() + "/" + (std::to_string(made.size()) + (isMp4 ? ".mp4" : ".mkv"));
-    Mux(video, place);
-    if (isMp4 && (video.moovInFront || !video.tagc.empty())) EditMovie(place, video.moovInFront, video.tagc);
-    return path = place;
+    std::string path = folder.path() + "/" + std::to_string(++count);
+    Mux(video, path);
+    if (video.moovInFront || !video.tagc.empty()) EditMovie(path, video.moovInFront, video.tagc);
+    return path;
 }
 
 Shown Look(const uint8_t* rgb, int width, int height) {

@@ -8,33 +8,30 @@
 
 namespace made {
 
+// At 30 frames a second, its picture in French.
 struct Video {
     int width = 320;
     int height = 180;
-    int fps = 30;
     int frames = 60;
     int keyInterval = 30;
     int bFrames = 2;
     bool hasVideo = true;
     int blackFrames = 0;  // at the beginning, with no number
     int rotation = 0;     // clockwise, in degrees, that players turn it by
-    int bits = 8;         // or 10, with libx264 alone
     bool fullRange = false;
-    int pixelWidth = 1;  // the shape of a pixel, against `pixelHeight`
-    int pixelHeight = 1;
+    int pixelWidth = 1;   // against a height of 1
     int64_t bitRate = 0;  // with noise that takes it up, for large files; 0: as small as it gets
     int repeat = 1;       // all the frames again, numbers included
     const char* codec = "libx264";
     const char* format = "mp4";  // or "matroska"; what follows is for MP4 alone
     bool moovInFront = false;
-    std::string videoLanguage = "und";
     std::vector<std::string> audioLanguages = {"und"};  // one track of AAC for each
     std::string creationTime;                           // ISO 8601, in UTC
     std::string tagc;                                   // the content of moov/udta/tagc
 };
 
-// The path of such a file, made once per process and removed at its end.
-const std::string& Path(const Video& video);
+// Makes such a file and returns its path; it is removed at the end of the process.
+std::string Path(const Video& video);
 
 // What a decoded frame shows, from RGB rows without padding.
 struct Shown {

@@ -1,7 +1,6 @@
 // Still pictures as real files in memory, made by the libraries that others make them with.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -12,11 +11,11 @@
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
-#include <ImfIO.h>
 #include <ImfMultiPartOutputFile.h>
 #include <ImfOutputPart.h>
 #include <ImfPartType.h>
 #include <ImfPreviewImage.h>
+#include <ImfStdIO.h>
 #include <ImfTiledOutputPart.h>
 #include <png.h>
 #include <turbojpeg.h>
@@ -32,9 +31,8 @@ struct PngKind {
 // Samples of the kind's channels, of full depth; of palette pictures the index.
 using PngPixel = std::function<std::array<uint16_t, 4>(uint32_t x, uint32_t y)>;
 
-// The palette is red without alpha, opaque blue, opaque green. Grey 0 and RGB 0 are transparent on demand.
-inline std::string Png(uint32_t width, uint32_t height, PngKind kind, const PngPixel& pixel,
-                       bool hasTransparency = false) {
+// The palette is red without alpha, opaque blue, opaque green.
+inline std::string Png(uint32_t width, uint32_t height, PngKind kind, const PngPixel& pixel) {
     std::string file;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
@@ -47,32 +45,27 @@ inline std::string Png(uint32_t width, uint32_t height, PngKind kind, const PngP
     png_set_IHDR(png, info, width, height, kind.depth, kind.colours,
                  kind.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
-    const png_color palette[] = {{255, 0, 0}, {0, 0, 255}, {0, 255, 0}};
-    png_byte alpha[] = {0};
-    png_color_16 transparent{};
-    if (kind.colours == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 3);
-    if (hasTransparency) png_set_tRNS(png, info, alpha, 1, &transparent);
+    if (kind.colours == PNG_COLOR_TYPE_PALETTE) {
+        const png_color palette[] = {{255, 0, 0}, {0, 0, 255}, {0, 255, 0}};
+        const png_byte alpha[] = {0};
+        png_set_PLTE(png, info, palette, 3);
+        png_set_tRNS(png, info, alpha, 1, nullptr);
+    }
     png_write_info(png, info);
+    png_set_packing(png);
     const unsigned channels = png_get_channels(png, info);
-    std::vector<std::vector<uint8_t>> rows;
+    std::vector<std::vector<uint8_t>> rows(height);
+    std::vector<png_bytep> pointers;
     for (uint32_t y = 0; y < height; ++y) {
-        std::vector<uint8_t>& row = rows.emplace_back(png_get_rowbytes(png, info));
         for (uint32_t x = 0; x < width; ++x) {
             const auto samples = pixel(x, y);
             for (size_t c = 0; c < channels; ++c) {
-                const size_t bit = (size_t{x} * channels + c) * static_cast<size_t>(kind.depth);
-                if (kind.depth == 16) row[bit / 8] = static_cast<uint8_t>(samples[c] >> 8);
-                if (kind.depth == 16) row[bit / 8 + 1] = static_cast<uint8_t>(samples[c]);
-                if (kind.depth < 16)
-                    row[bit / 8] |=
-                        static_cast<uint8_t>(samples[c] << (8 - kind.depth - static_cast<int>(bit % 8)));
+                if (kind.depth == 16) rows[y].push_back(static_cast<uint8_t>(samples[c] >> 8));
+                rows[y].push_back(static_cast<uint8_t>(samples[c]));
             }
         }
+        pointers.push_back(rows[y].data());
     }
-    std::vector<png_bytep> pointers;
-    pointers.reserve(rows.size());
-    for (std::vector<uint8_t>& row : rows)
-        pointers.push_back(row.data());
     png_write_image(png, pointers.data());
     png_write_end(png, info);
     png_destroy_write_struct(&png, &info);
@@ -113,23 +106,6 @@ inline std::string WithScansRepeated(const std::string& jpeg, int times) {
     return file + jpeg.substr(end);
 }
 
-class StringStream : public Imf::OStream {
-  public:
-    StringStream() : OStream("") {}
-    void write(const char* bytes, int size) override {
-        file.resize(std::max(file.size(), at_ + static_cast<size_t>(size)));
-        std::copy(bytes, bytes + size, file.begin() + static_cast<std::ptrdiff_t>(at_));
-        at_ += static_cast<size_t>(size);
-    }
-    uint64_t tellp() override { return at_; }
-    void seekp(uint64_t position) override { at_ = position; }
-
-    std::string file;
-
-  private:
-    size_t at_ = 0;
-};
-
 struct ExrKind {
     Imf::Compression compression = Imf::ZIP_COMPRESSION;
     bool tiled = false;
@@ -143,6 +119,9 @@ using Light = std::function<float(size_t channel, int x, int y)>;
 
 inline std::string Exr(int width, int height, const ExrKind& kind, const Light& light) {
     const Imath::Box2i window(kind.corner, kind.corner + Imath::V2i(width - 1, height - 1));
+    const auto channelsOf = [&kind](int part) {
+        return part + 1 == kind.parts ? kind.channels : std::vector<std::string>{"depth"};
+    };
     std::vector<Imf::Header> headers;
     for (int i = 0; i < kind.parts; ++i) {
         Imf::Header& header = headers.emplace_back(window, window);
@@ -150,8 +129,7 @@ inline std::string Exr(int width, int height, const ExrKind& kind, const Light& 
         header.setName("part " + std::to_string(i));
         header.setType(kind.tiled ? Imf::TILEDIMAGE : Imf::SCANLINEIMAGE);
         if (kind.tiled) header.setTileDescription(Imf::TileDescription(32, 16));
-        const bool isLast = i + 1 == kind.parts;
-        for (const std::string& name : isLast ? kind.channels : std::vector<std::string>{"depth"})
+        for (const std::string& name : channelsOf(i))
             header.channels().insert(name, Imf::Channel(Imf::HALF));
     }
     if (kind.previewWidth > 0) {
@@ -160,22 +138,19 @@ inline std::string Exr(int width, int height, const ExrKind& kind, const Light& 
                                                    Imf::PreviewRgba(0, 200, 0));
         headers.front().setPreviewImage(Imf::PreviewImage(across, across / 2, pixels.data()));
     }
-    StringStream stream;
+    Imf::StdOSStream stream;
     {
         Imf::MultiPartOutputFile file(stream, headers.data(), kind.parts, true, 0);
         for (int i = 0; i < kind.parts; ++i) {
             Imf::FrameBuffer buffer;
             std::vector<std::vector<half>> planes;
-            size_t channel = 0;
-            const bool isLast = i + 1 == kind.parts;
-            for (const std::string& name : isLast ? kind.channels : std::vector<std::string>{"depth"}) {
+            for (const std::string& name : channelsOf(i)) {
+                const size_t channel = planes.size();
                 std::vector<half>& plane = planes.emplace_back();
-                for (int y = 0; y < height; ++y) {
+                for (int y = 0; y < height; ++y)
                     for (int x = 0; x < width; ++x)
                         plane.push_back(half(light(channel, x, y)));
-                }
                 buffer.insert(name, Imf::Slice::Make(Imf::HALF, plane.data(), window));
-                ++channel;
             }
             if (kind.tiled) {
                 Imf::TiledOutputPart part(file, i);
@@ -188,32 +163,7 @@ inline std::string Exr(int width, int height, const ExrKind& kind, const Light& 
             }
         }
     }
-    return stream.file;
-}
-
-// Of every format, and of its ways of storing, one small picture of noise.
-inline std::vector<std::string> OneOfEach() {
-    uint32_t state = 1;
-    const auto noise = [&state] {
-        return static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-    };
-    const auto bytes = [&](uint32_t, uint32_t) {
-        return std::array<uint16_t, 4>{noise(), noise(), noise(), noise()};
-    };
-    const auto colour = [&](int, int) { return Rgb{noise(), noise(), noise()}; };
-    const auto light = [&](size_t, int, int) { return static_cast<float>(noise()) / 64; };
-    return {Png(19, 13, {}, bytes),
-            Png(19, 13, {PNG_COLOR_TYPE_RGB_ALPHA, 16, true}, bytes),
-            Png(
-                19, 13, {PNG_COLOR_TYPE_PALETTE, 2},
-                [&](uint32_t x, uint32_t) { return std::array<uint16_t, 4>{static_cast<uint16_t>(x % 3)}; },
-                true),
-            Jpeg(33, 17, TJSAMP_420, 0, colour),
-            Jpeg(33, 17, TJSAMP_444, TJFLAG_PROGRESSIVE, colour),
-            Jpeg(33, 17, TJSAMP_444, 0, colour, TJPF_CMYK),
-            Exr(20, 10, {}, light),
-            Exr(20, 10, {Imf::PIZ_COMPRESSION, true, 1, {"R", "G", "B", "A"}, 20}, light),
-            Exr(20, 10, {Imf::DWAA_COMPRESSION, false, 2, {"Y"}}, light)};
+    return stream.str();
 }
 
 }  // namespace stillfiles

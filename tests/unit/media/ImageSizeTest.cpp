@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -7,66 +8,18 @@
 
 namespace {
 
-using samples::U16;
-using samples::U32;
-
-std::string Little(std::string bigEndian) {
-    return {bigEndian.rbegin(), bigEndian.rend()};
-}
-
-std::string Half(uint16_t value) {
-    return Little(U16(value));
-}
-
-std::string Word(uint32_t value) {
-    return Little(U32(value));
-}
-
-std::string Png(uint32_t width, uint32_t height) {
-    return "\x89PNG\r\n\x1A\n" +
-           samples::PngChunk("IHDR", U32(width) + U32(height) + std::string("\x08\2\0\0\0", 5));
-}
-
-// Up to the count of components, after a comment and a fill byte.
-std::string Jpeg(uint16_t height, uint16_t width) {
-    return "\xFF\xD8\xFF\xFE" + U16(6) + "\xFF\xC0\xFF\xD9\xFF" +
-           captures::FrameHeader(height, width).substr(0, 10);
-}
-
-std::string Bmp(const std::string& info) {
-    return "BM" + std::string(12, '\0') + Word(static_cast<uint32_t>(info.size() + 4)) + info;
-}
-
-std::string BmpInfo(uint32_t width, uint32_t height) {
-    return Bmp(Word(width) + Word(height) + std::string(28, '\0')).substr(0, 30);
-}
-
-std::string WebP(const std::string& type, const std::string& data) {
-    return "RIFF" + Word(99) + "WEBP" + type + Word(static_cast<uint32_t>(data.size())) + data;
-}
-
-std::string Canvas(uint32_t width, uint32_t height) {
-    return WebP("VP8X", Word(0) + Word(width - 1).substr(0, 3) + Word(height - 1).substr(0, 3));
-}
-
-std::string Lossy(uint16_t width, uint16_t height) {
-    return WebP("VP8 ", std::string("\0\0\0\x9D\x01\x2A", 6) + Half(width) + Half(height));
-}
-
-std::string Lossless(uint32_t bits) {
-    return WebP("VP8L", "\x2F" + Word(bits));
+// Blanks are passed over.
+std::string Hex(std::string digits) {
+    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
+    std::string bytes;
+    for (size_t at = 0; at < digits.size(); at += 2)
+        bytes += static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16));
+    return bytes;
 }
 
 std::string Attribute(const std::string& name, const std::string& type, const std::string& value) {
-    return name + '\0' + type + '\0' + Word(static_cast<uint32_t>(value.size())) + value;
-}
-
-// The data window is larger: what a renderer has drawn beyond the edges.
-std::string Exr(uint32_t left, uint32_t top, uint32_t right, uint32_t bottom) {
-    return "\x76\x2F\x31\x01" + Word(2) +
-           Attribute("dataWindow", "box2i", Word(0) + Word(0) + Word(99) + Word(99)) +
-           Attribute("preview", "preview", std::string(3000, 'x')) +
-           Attribute("displayWindow", "box2i", Word(left) + Word(top) + Word(right) + Word(bottom));
+    const std::string size = samples::U32(static_cast<uint32_t>(value.size()));
+    return name + '\0' + type + '\0' + std::string(size.rbegin(), size.rend()) + value;
 }
 
 // "width height", or nothing.
@@ -78,52 +31,51 @@ std::string SizeOf(const std::string& bytes) {
     return std::to_string(size.width) + " " + std::to_string(size.height);
 }
 
-}  // namespace
+const std::string kWebP = "52494646 63000000 57454250 ";
+const std::string kBmp = "424d 000000000000 000000000000 ";
+const std::string kPng = Hex("89504e470d0a1a0a 0000000d 49484452 7fffffff 00000001 0802000000 00000000");
+// Up to the count of components, after a comment and a fill byte.
+const std::string kJpeg = Hex("ffd8 fffe0006 ffc0ffd9 ff ffc0 0011 08 0438 0780 03");
+const std::string kGif = Hex("474946383961 8002 e001 000000");
+const std::string kWindowsBmp = Hex(kBmp + "28000000 2c010000 38ffffff 00000000");
+const std::string kOldBmp = Hex(kBmp + "0c000000 2c01 ffff 00000000");
+const std::string kCanvas = Hex(kWebP + "56503858 0a000000 00000000 ffffff 020000");
+const std::string kLossy = Hex(kWebP + "56503820 0a000000 000000 9d012a 8042 ffff");
+const std::string kLossless = Hex(kWebP + "5650384c 05000000 2f ff7f0010");
+// The data window is larger: what a renderer has drawn beyond the edges.
+const std::string kExr = Hex("762f3101 02000000") +
+                         Attribute("dataWindow", "box2i", Hex("00000000 00000000 63000000 63000000")) +
+                         Attribute("preview", "preview", std::string(3000, 'x')) +
+                         Attribute("displayWindow", "box2i", Hex("fbffffff 00000000 05000000 14000000"));
 
-TEST(ImageSize, IsToldByEachHeaderAndNotByAPartOfIt) {
-    struct {
-        const char* size;
-        std::string header;
-    } const cases[] = {
-        {"2147483647 1", Png(0x7FFFFFFF, 1)},
-        {"1920 1080", Jpeg(1080, 1920)},
-        {"640 480", "GIF89a" + Half(640) + Half(480) + std::string(3, '\0')},
-        {"300 200", BmpInfo(300, static_cast<uint32_t>(-200))},
-        {"300 65535", Bmp(Half(300) + Half(65535) + std::string(4, '\0'))},
-        {"16777216 3", Canvas(16777216, 3)},
-        {"640 16383", Lossy(640 | 0x4000, 0xFFFF)},
-        {"16384 2", Lossless(0x3FFF | 1 << 14 | 1 << 28)},
-        {"11 21", Exr(static_cast<uint32_t>(-5), 0, 5, 20)},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(&row - cases);
-        EXPECT_EQ(SizeOf(row.header), row.size);
-        EXPECT_EQ(SizeOf(row.header + "more"), row.size);
-        for (size_t size = 0; size < row.header.size(); ++size)
-            EXPECT_EQ(SizeOf(row.header.substr(0, size)), "") << size;
+TEST(ImageSize, IsReadFromEachHeaderAndNotFromAPartOfIt) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"2147483647 1", kPng},   {"1920 1080", kJpeg},   {"640 480", kGif},
+        {"300 200", kWindowsBmp}, {"300 65535", kOldBmp}, {"16777216 3", kCanvas},
+        {"640 16383", kLossy},    {"16384 2", kLossless}, {"11 21", kExr}};
+    for (const auto& [size, header] : cases) {
+        EXPECT_EQ(SizeOf(header), size);
+        EXPECT_EQ(SizeOf(header + "more"), size);
+        for (size_t end = 0; end < header.size(); ++end)
+            EXPECT_EQ(SizeOf(header.substr(0, end)), "") << size << " " << end;
     }
 }
 
 TEST(ImageSize, RefusesEmptyPicturesAndDamagedHeaders) {
-    std::string damagedPng = Png(5, 5);
-    damagedPng[11] = 12;
-    std::string noKeyFrame = Lossy(5, 5);
-    noKeyFrame[20] = 1;
-    const std::string cases[] = {
-        Png(0, 5),
-        Png(0x80000000, 5),
-        damagedPng,
-        "GIF88a" + Half(5) + Half(5) + "xxx",
-        BmpInfo(static_cast<uint32_t>(-5), 5),
-        BmpInfo(5, 5).replace(14, 1, "\x0F"),
-        noKeyFrame,
-        Lossless(1u << 29),
-        WebP("ALPH", std::string(40, 'x')),
-        Exr(1, 0, 0, 5),
-        Exr(0, 0, 0x7FFFFFFF, 5),
-        "\x76\x2F\x31\x01" + Word(2) + std::string(1, '\0') + Exr(0, 0, 5, 5).substr(8),
-        "\x76\x2F\x31\x01" + Word(2) + Attribute("displayWindow", "box2f", std::string(16, '\1')),
+    const size_t box = kExr.size() - 16;  // of the display window
+    const struct {
+        std::string header;
+        size_t at;
+        const char* bytes;
+    } cases[] = {
+        {kPng, 16, "00000000"}, {kPng, 16, "80000000"},      {kPng, 11, "0c"},
+        {kGif, 4, "38"},        {kWindowsBmp, 14, "0f"},     {kLossy, 20, "01"},
+        {kLossless, 24, "30"},  {kExr, box + 8, "ffffff7f"},  // wider than an integer holds
+        {kExr, 8, "00"},                                      // the end of the header
+        {kExr, box - 6, "66"},                                // a type of another name
     };
-    for (const std::string& bytes : cases)
-        EXPECT_EQ(SizeOf(bytes), "") << "case " << &bytes - cases;
+    for (const auto& [header, at, bytes] : cases)
+        EXPECT_EQ(SizeOf(std::string(header).replace(at, Hex(bytes).size(), Hex(bytes))), "") << bytes;
 }
+
+}  // namespace

@@ -14,29 +14,24 @@ MetadataFields Read(const std::string& text) {
     return fields;
 }
 
-MetadataFields ReadInner(const std::string& inner) {
-    return Read(captures::Block("any", inner));
-}
-
 TEST(MetadataBlock, LongNamesWinOverShortOnesInAnyOrder) {
-    const MetadataFields fields =
-        ReadInner(R"({"HighlightName":"ln","Name":"sn","Id":"si","HighlightId":"li","GroupId":"sg",)"
-                  R"("HighlightGroupId":5,"HighlightTags":4294967295,"Tags":2,"MediaType":"Screenshot"})");
-    EXPECT_EQ(fields.highlightName, "ln");
-    EXPECT_EQ(fields.highlightDefinitionId, "li");
+    const MetadataFields fields = Read(captures::Block(
+        "any", R"({"HighlightName":"ln","Name":"sn","Id":"si","HighlightId":"li","GroupId":"sg",)"
+               R"("HighlightGroupId":5,"HighlightTags":4294967295,"Tags":2,"MediaType":"Screenshot"})"));
+    EXPECT_EQ(fields.highlightName + fields.highlightDefinitionId, "lnli");
     EXPECT_EQ(fields.highlightGroupId, "sg") << "the long name is of another type";
     EXPECT_EQ(fields.highlightTags, 4294967295u);
-    EXPECT_EQ(fields.fileSubType, "Normal") << "a screenshot says nothing of its subtype";
+    EXPECT_EQ(fields.fileSubType, "Normal") << "a screenshot does not name its subtype";
 }
 
 TEST(MetadataBlock, PassesOverMembersOfAnotherType) {
-    const MetadataFields fields =
-        ReadInner(R"({"CmsId":9223372036854775808,"HighlightTags":-1,"Tags":1.5,"HighlightName":null,)"
-                  R"("MediaType":["Video"],"DRSAppName":{},"ShortName":"kept"})");
+    const MetadataFields fields = Read(captures::Block(
+        "any", R"({"CmsId":9223372036854775808,"HighlightTags":-1,"Tags":1.5,"HighlightName":null,)"
+               R"("MediaType":["Video"],"DRSAppName":{},"ShortName":"kept"})"));
     EXPECT_EQ(fields.cmsId, 0);
     EXPECT_EQ(fields.highlightTags, 77u);
-    EXPECT_EQ(fields.highlightName + fields.fileSubType + fields.drsName, "beforeNormal");
-    EXPECT_EQ(fields.shortName, "kept");
+    EXPECT_EQ(fields.highlightName + fields.fileSubType + fields.drsName + fields.shortName,
+              "beforeNormalkept");
 }
 
 TEST(MetadataBlock, Base64SkipsForeignCharactersAndNeedsNoPadding) {

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <csignal>
 #include <filesystem>
 #include <numeric>
 #include <random>
@@ -8,12 +7,12 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "sample-media/DecodedMedia.h"
 #include "sample-media/MadeBoxes.h"
 #include "sample-media/MadeMedia.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TempFolder.h"
 #include "tests/unit/ovnx-codelib/CodecLibrary.h"
 
@@ -27,7 +26,6 @@ made::Video Capture() {
     made::Video video;
     video.frames = 90;
     video.rotation = 90;
-    video.videoLanguage = "fra";
     video.audioLanguages = {"eng", "deu"};
     video.creationTime = "2020-01-02T03:04:05Z";
     video.tagc = "{\"Source\":\"Ovirastream SHARE\",\"B64\":\"e30=\"}";
@@ -197,19 +195,12 @@ TEST_F(RemuxTest, EachFailureHasItsValueAndLeavesNothing) {
 TEST_F(RemuxTest, AFullDiskLeavesNothing) {
     const std::string source = Put(Capture());
     folder_.Write("clip.mp4", "older");
-    struct rlimit before {};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     for (const rlim_t limit : {0u, 10000u, 30000u}) {
-        const struct rlimit small { limit, before.rlim_max };
-        setrlimit(RLIMIT_FSIZE, &small);
-        const int32_t value = library_.Remux(source, clip_, 0, 3);
-        setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_EQ(value, -10) << limit;
+        const FileSizeLimit full(limit);
+        EXPECT_EQ(library_.Remux(source, clip_, 0, 3), -10) << limit;
         EXPECT_EQ(Names(), (std::set<std::string>{"clip.mp4", "source.mp4"}));
         EXPECT_EQ(folder_.Read("clip.mp4"), "older");
     }
-    std::signal(SIGXFSZ, handler);
 }
 
 TEST_F(RemuxTest, SpoiltFilesEndInAValue) {

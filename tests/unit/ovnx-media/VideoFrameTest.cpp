@@ -1,7 +1,6 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
-#include <random>
 #include <string>
 
 #include <fcntl.h>
@@ -55,9 +54,7 @@ TEST(VideoFrame, IsTheKeyframeAtATenth) {
         {"moov in front", [](made::Video& each) { each.moovInFront = true; }},
         {"no reordering", [](made::Video& each) { each.bFrames = 0; }},
         {"full range", [](made::Video& each) { each.fullRange = true; }},
-        {"ten bits", [](made::Video& each) { each.bits = 10; }},
         {"high definition", [](made::Video& each) { each.width = 640, each.height = 720; }},
-        {"MPEG-4", [](made::Video& each) { each.codec = "mpeg4", each.bFrames = 0; }},
         {"Matroska", [](made::Video& each) { each.format = "matroska"; }},
     };
     for (const Case& each : cases) {
@@ -103,33 +100,19 @@ TEST(VideoFrame, StandsAsPlayersShowIt) {
     EXPECT_EQ(FrameOfFile(made::Path(wide), {1000, 1000}).size.width, 320u);
 }
 
-TEST(VideoFrame, SpoiltFilesEndInAStatus) {
-    TempFolder folder;
+TEST(VideoFrame, SaysWhatIsNoVideo) {
+    const TempFolder folder;
     EXPECT_EQ(StatusOf(folder.Write("text", "This is no video at all.")), OVNX_MEDIA_UNKNOWN_FORMAT);
     EXPECT_EQ(StatusOf(folder.Write("empty", "")), OVNX_MEDIA_UNKNOWN_FORMAT);
     EXPECT_EQ(StatusOf(folder.path()), OVNX_MEDIA_UNREADABLE);
-
     made::Video video;
     video.moovInFront = true;
-    const std::filesystem::path path = made::Path(video);
-    const TempFolder beside;
-    std::filesystem::copy_file(path, beside / "whole");
-    const std::string whole = beside.Read("whole");
+    std::filesystem::copy_file(made::Path(video), folder / "v");
+    const std::string whole = folder.Read("v");
     EXPECT_EQ(StatusOf(folder.Write("v", whole.substr(0, whole.size() * 3 / 4))), OVNX_MEDIA_OK);
-    for (size_t size = 8; size < whole.size(); size += whole.size() / 40)
-        StatusOf(folder.Write("v", whole.substr(0, size)));
-    std::mt19937 random(1);  // NOLINT(bugprone-random-generator-seed)
-    for (int round = 0; round < 150; ++round) {
-        std::string spoilt = whole;
-        // The head decides most, and is a small part.
-        const size_t reach = round % 3 == 0 ? spoilt.size() : 3000;
-        for (unsigned flips = 1 + random() % 8; flips > 0; --flips)
-            spoilt[random() % reach] = static_cast<char>(random());
-        StatusOf(folder.Write("v", spoilt));
-    }
 }
 
-// Bytes put over those that begin `offset` bytes behind a box's type; the last of its name, as brands and
+// Bytes put over those that begin `offset` bytes after a box's type; the last of its name, as brands and
 // sounds come first.
 std::string Replaced(std::string bytes, const std::string& type, size_t offset, const std::string& by) {
     return bytes.replace(bytes.rfind(type) + offset, by.size(), by);

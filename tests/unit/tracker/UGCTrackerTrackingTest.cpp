@@ -1,0 +1,208 @@
+// Files that come and go: their records, what is written of them and when it is notified.
+#include <future>
+
+#include "tests/unit/tracker/UGCTrackerTest.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST_F(UGCTrackerTest, TrackingIsNotifiedOnceWrittenAndSharesOnlyWrites) {
+    OpenSettled();
+    const std::string a = gallery_.AddImage("Game/a.png");
+    const std::string b = gallery_.AddHighlight("Game/b.mp4");
+    const std::string foreign = gallery_.Add("Game/c.png", "no capture");
+    tracker_->TrackFile(a);
+    tracker_->TrackFile(b);
+    tracker_->TrackFile(foreign);
+    tracker_->TrackFile(a);
+    ASSERT_TRUE(Step());
+    EXPECT_TRUE(tracker_->IsTrackedFile(a));
+    EXPECT_EQ(host_.Told(), "");
+    EXPECT_FALSE(gallery_.home().Has(gallery_.ShareFile("UGCTracker.json")));
+    RunDue();
+    EXPECT_EQ(host_.Told(), "usage 0, added 1 a.png, usage 0, added 2 b.mp4");
+    EXPECT_EQ(Records(), "1 a.png;2 b.mp4;");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+    EXPECT_EQ(log_.Count("Track File failed 0x80004005[0]: Not a ZV File"), 1);
+    // No longer than the limit of a live run.
+    tracker_->TrackFile(gallery_.AddImage("Game/d.png"));
+    tracker_->TrackFile(gallery_.AddImage("Game/e.png"));
+    ASSERT_TRUE(Step());
+    clock_.Advance(milliseconds(100));
+    tracker_->TrackFile(gallery_.AddImage("Game/f.png"));
+    ASSERT_TRUE(Step());
+    EXPECT_EQ(host_.Told(), "usage 0, added 3 d.png, usage 0, added 4 e.png");
+    EXPECT_NE(FileCrc(), DiskCrc()) << "an end now must not make the third be forgotten";
+    // A stop leaves nothing unwritten, and drops what is only queued.
+    RunDue();
+    host_.Told();
+    tracker_->TrackFile(gallery_.AddImage("Game/g.png"));
+    tracker_->TrackFile(gallery_.AddImage("Game/h.png"));
+    ASSERT_TRUE(Step());
+    tracker_.reset();
+    EXPECT_EQ(host_.Told(), "usage 0, added 6 g.png");
+    EXPECT_EQ(Records(), "1 a.png;2 b.mp4;3 d.png;4 e.png;5 f.png;6 g.png;");
+    EXPECT_NE(FileCrc(), DiskCrc());
+}
+
+TEST_F(UGCTrackerTest, ASlowSumWaitsUntilTheCaptureIsNotified) {
+    Open(false, milliseconds(-1));
+    RunDue();
+    host_.Told();
+    std::vector<bool> fits;
+    host_.onTold = [&] { fits.push_back(FileCrc() == DiskCrc()); };
+    EXPECT_EQ(Track(gallery_.AddImage("Game/a.png")), "usage 0, added 1 a.png");
+    EXPECT_EQ(fits, std::vector<bool>({false, false}));
+    EXPECT_EQ(Records(), "1 a.png;");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+    // Nor is it there as long as more is to come, also when that never does.
+    tracker_->TrackFile(gallery_.AddImage("Game/b.png"));
+    tracker_->TrackFile(gallery_.AddImage("Game/c.png"));
+    ASSERT_TRUE(Step());
+    clock_.Advance(milliseconds(200));
+    tracker_->TrackFile(gallery_.AddImage("Game/d.png"));
+    ASSERT_TRUE(Step());
+    EXPECT_EQ(host_.Told(), "usage 0, added 2 b.png, usage 0, added 3 c.png");
+    EXPECT_NE(FileCrc(), DiskCrc());
+    host_.onTold = nullptr;
+    tracker_.reset();
+    EXPECT_EQ(Records(), "1 a.png;2 b.png;3 c.png;");
+    EXPECT_NE(FileCrc(), DiskCrc());
+}
+
+TEST_F(UGCTrackerTest, AFailedWriteIsNotNotifiedAndTheNextRepairsIt) {
+    OpenSettled();
+    const std::string file = gallery_.home().MakeFolder(gallery_.ShareFile("UGCTracker.json"));
+    EXPECT_EQ(Track(gallery_.AddImage("Game/a.png")), "");
+    EXPECT_EQ(log_.Count("TrackUGC::Failed to write to tracker"), 1);
+    EXPECT_TRUE(log_.Has("Track File failed 0x80070002[0]: Failed to open file"));
+    std::filesystem::remove(file);
+    EXPECT_EQ(Track(gallery_.AddImage("Game/b.png")), "usage 0, added 2 b.png");
+    EXPECT_EQ(Records(), "1 a.png;2 b.png;");
+}
+
+TEST_F(UGCTrackerTest, ImpossibleVideoLengthsAreRefused) {
+    OpenSettled();
+    const auto track = [&](uint32_t scale, uint32_t duration) {
+        gallery_.Remove("Game/v.mp4");
+        tracker_->UntrackFile(gallery_.Path("Game/v.mp4"));
+        Track(gallery_.Add("Game/v.mp4",
+                           TempGallery::Video(scale, duration, captures::Block("Ovirastream SHARE", "{}"))));
+        TrackedUGC record;
+        return tracker_->GetUGCData(gallery_.Path("Game/v.mp4"), record).Failed() ? "refused"
+                                                                                  : record.duration;
+    };
+    EXPECT_EQ(track(10, 3599999), "99:59:59");
+    EXPECT_EQ(track(1, 360000), "refused");
+    EXPECT_EQ(track(0, 1), "refused");
+    EXPECT_EQ(track(0, 0), "refused");
+    EXPECT_EQ(log_.Count("Failed to create duration string!"), 3);
+}
+
+TEST_F(UGCTrackerTest, IgnoresListedPathsAndFilesAboveTheGameFolders) {
+    OpenSettled();
+    const std::string a = gallery_.AddImage("Game/a.png");
+    tracker_->ignoreList().AddToIgnoreList({a, a});
+    EXPECT_EQ(Track(a), "");
+    EXPECT_EQ(Track(gallery_.AddImage("top.png")), "");
+    EXPECT_EQ(Track(gallery_.Path("Game")), "");
+    tracker_->ignoreList().RemoveFromIgnoreList({a});
+    EXPECT_EQ(Track(a), "usage 0, added 1 a.png");
+    tracker_->ignoreList().AddToIgnoreList({a});
+    tracker_->UntrackFile(a);
+    RunDue();
+    EXPECT_TRUE(tracker_->IsTrackedFile(a));
+}
+
+TEST_F(UGCTrackerTest, FoldersComeAndGoWithTheirFiles) {
+    OpenSettled();
+    gallery_.AddImage("Game/a.png");
+    tracker_->TrackFolder(gallery_.Path("Game"));
+    RunDue();
+    RunDue();
+    EXPECT_EQ(host_.Told(), "usage 0, added 1 a.png");
+    gallery_.Remove("Game");
+    tracker_->UntrackFile(gallery_.Path("Game"));
+    RunDue();
+    EXPECT_EQ(host_.Told(), "deleted 1 a.png, usage 0");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+    tracker_->UntrackFile(gallery_.Path("Game"));
+    RunDue();
+    EXPECT_TRUE(log_.HasLine(1, "UntrackFile failed"));
+    gallery_.AddImage("Other/b.png");
+    tracker_->TrackFolder(gallery_.path());
+    RunDue();
+    RunDue();
+    EXPECT_EQ(host_.Told(), "");
+    EXPECT_TRUE(tracker_->IsTrackedFile(gallery_.Path("Other/b.png")));
+}
+
+// What the product does itself is on record at once, whatever the worker is at.
+TEST_F(UGCTrackerTest, OwnChangesAreOnRecordBeforeTheWorkerRuns) {
+    OpenSettled();
+    const std::string a = gallery_.AddImage("Game/a.png");
+    const std::string b = gallery_.Path("Other/b.png");
+    tracker_->TrackNow(a);
+    EXPECT_TRUE(tracker_->IsTrackedFile(a));
+    RunDue();
+    EXPECT_EQ(host_.Told(), "usage 0, added 1 a.png");
+    // News from before the move, of a file that was where the moved one is now.
+    tracker_->UntrackFile(b);
+    gallery_.home().MakeFolder("Videos/ZORVEX/Ovirastream/Other");
+    std::filesystem::rename(a, b);
+    tracker_->UntrackNow(a);
+    tracker_->TrackNow(b);
+    EXPECT_FALSE(tracker_->IsTrackedFile(a));
+    EXPECT_TRUE(tracker_->IsTrackedFile(b));
+    // The watcher's news of it.
+    tracker_->UntrackFile(a);
+    tracker_->TrackFile(b);
+    RunDue();
+    EXPECT_EQ(host_.Told(), "deleted 1 a.png, usage 0, usage 0, added 2 b.png");
+    EXPECT_EQ(Records(), "2 b.png;");
+    EXPECT_EQ(FileCrc(), DiskCrc());
+}
+
+// By folder and not by text: what can never be on record is neither tracked nor waited for.
+TEST_F(UGCTrackerTest, OnlyFilesOfGameFoldersAreWaitedFor) {
+    OpenSettled();
+    gallery_.AddImage("Game/a.png");
+    std::filesystem::create_directory_symlink(gallery_.path(), gallery_.home() / "alias");
+    std::atomic<bool> cancelled{false};
+    const auto never = std::chrono::steady_clock::time_point::max();
+    for (const std::string& path :
+         {gallery_.AddImage("top.png"), gallery_.AddImage("Game/deep/b.png"),
+          gallery_.AddImage(".hidden/c.png"), gallery_.home().Write("Videos/d.png", "d"),
+          gallery_.Path("none/e.png"), std::string("a.png")}) {
+        tracker_->TrackNow(path);
+        EXPECT_FALSE(tracker_->AwaitTracked(path, never, cancelled)) << path;
+    }
+    EXPECT_FALSE(tracker_->IsTrackedFile(gallery_.Path("Game/a.png")));
+    tracker_->TrackNow(gallery_.home() / "alias/Game/../Game/a.png");
+    EXPECT_TRUE(tracker_->IsTrackedFile(gallery_.Path("Game/a.png")));
+    EXPECT_TRUE(tracker_->AwaitTracked(gallery_.home() / "alias/Game/a.png", never, cancelled));
+    // A wait ends with its task, and with the tracker.
+    auto wait = std::async(std::launch::async, [&] {
+        return tracker_->AwaitTracked(gallery_.Path("Game/later.png"), never, cancelled);
+    });
+    cancelled = true;
+    tracker_->WakeWaiting();
+    EXPECT_FALSE(wait.get());
+    cancelled = false;
+    wait = std::async(std::launch::async, [&] {
+        return tracker_->AwaitTracked(gallery_.Path("Game/later.png"), never, cancelled);
+    });
+    tracker_->Stop();
+    EXPECT_FALSE(wait.get());
+}
+
+TEST_F(UGCTrackerTest, CaptionsAreKept) {
+    OpenSettled();
+    Track(gallery_.AddImage("Game/a.png"));
+    EXPECT_EQ(tracker_->AddMeme(gallery_.Path("Game/a.png"), "top", "bottom").code, 0);
+    EXPECT_NE(gallery_.home().Read(gallery_.ShareFile("UGCTracker.json")).find("\"top\""), std::string::npos);
+    EXPECT_EQ(tracker_->AddMeme("/none.mp4", "top", "").code, static_cast<int32_t>(0x80070002));
+}
+
+}  // namespace
