@@ -63,15 +63,24 @@ class PluginLibrary {
 class PluginTest : public testing::Test {
   protected:
     // Returns the payload of the answer, which lives as long as this.
-    const KXP::Value& Ask(const std::string& method, const std::string& payload) {
+    const KXP::Value& Ask(const std::string& method, const std::string& payload = "{}") {
         const std::string text =
             plugin_.Ask(container_, method, "ask" + std::to_string(answers_.size()), payload);
         KXP::Document& answer = answers_.emplace_back();
         EXPECT_FALSE(KXP::ParseJSON(text, answer).IsError()) << method;
         return KXP::JSONGetObject(answer, "payload");
     }
-    std::string AskText(const std::string& method, const std::string& payload) {
+    std::string AskText(const std::string& method, const std::string& payload = "{}") {
         return KXP::WriteJSONToString(Ask(method, payload));
+    }
+    // "0 Success", or the code and text of a failure.
+    std::string Result(const std::string& method, const std::string& payload = "{}") {
+        const KXP::Value& answer = Ask(method, payload);
+        return std::to_string(KXP::jsonGetValue<int>(answer, "_return_code")) + " " +
+               KXP::jsonGetValue<std::string>(answer, "_return_status");
+    }
+    static std::string File(const std::string& path, const std::string& more = "") {
+        return R"({"file":")" + path + "\"" + more + "}";
     }
 
     FakeContainer container_;
