@@ -50,15 +50,11 @@ TEST_F(JSONFileTest, ReadsEveryEncodingUpToAZeroByte) {
 
 TEST_F(JSONFileTest, ShortOddAndMalformedFilesAreErrors) {
     Document json;
-    const std::string whole("\xFF\xFE{\0\"\0a\0\"\0:\0005\0}\0", 16);
-    std::vector<std::string> texts = {"{}{}", std::string(4, '\0'), std::string("\xFF\xFE\0\0\0\0\x11\0", 8),
-                                      std::string("\xFF\xFE\x00\xD8}\0", 6)};
-    for (size_t length = 0; length < whole.size() - 2; ++length)
-        texts.push_back(whole.substr(0, length));
-    for (const std::string& text : texts) {
-        EXPECT_EQ(ToStr(Read(text, json)), "0x8008f001[0]: Error parsing JSON document")
-            << testing::PrintToString(text);
-    }
+    std::vector<std::string> texts = {"{}{}", std::string(4, '\0'), std::string("\xFF\xFE\x00\xD8}\0", 6)};
+    for (size_t length = 0; length < 14; ++length)
+        texts.push_back(std::string("\xFF\xFE{\0\"\0a\0\"\0:\0005\0", length));
+    for (const std::string& text : texts)
+        EXPECT_EQ(ToStr(Read(text, json)), "0x8008f001[0]: Error parsing JSON document") << text.size();
     EXPECT_EQ(ToStr(Read("[1]", json)), "0x8007000d[0]: Document has no root object");
 }
 

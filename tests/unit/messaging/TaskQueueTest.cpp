@@ -131,34 +131,12 @@ TEST(TaskQueue, TwoTasksOfOneNameEachFinishOnce) {
     EXPECT_EQ(second.finished.Get(), 1);
 }
 
-TEST(TaskQueue, ManyFunctionsShareABoundedNumberOfThreads) {
-    constexpr int kFunctions = 600;
-    TaskQueue queue("test");
-    queue.Start();
-    Course course;
-    const auto wait = [&] {
-        const TaskStatus status = course.Wait();
-        course.finished.Add();
-        return status;
-    };
-    for (int i = 0; i < kFunctions; ++i)
-        queue.ExecuteAsync(wait, queue.Now(), "");
-    ASSERT_TRUE(course.running.WaitFor(TaskQueue::kMaxAsyncThreads));
-    Counter settled;
-    queue.EnqueueNotification(queue.Now(), [&] { settled.Add(); });
-    ASSERT_TRUE(settled.WaitFor(1));  // the worker has seen every function by now
-    EXPECT_EQ(course.running.Get(), static_cast<int>(TaskQueue::kMaxAsyncThreads));
-    course.go.Add();
-    EXPECT_TRUE(course.finished.WaitFor(kFunctions));
-    queue.StopAndJoin();
-}
-
-TEST(TaskQueue, ThreadsThatRunOutFailHeldTasksOneByOne) {
+TEST(TaskQueue, ManyTasksShareABoundedNumberOfThreadsAndFailWhenTheseRunOut) {
     // So many tasks are held after the first threads that no recursion would survive.
     struct FewThreads : TaskQueue {
         using TaskQueue::TaskQueue;
         std::thread StartThread(std::function<void()> body) override {
-            if (++started > kMaxAsyncThreads)
+            if (++started > kMaxAsyncThreads + 300)
                 throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
             return TaskQueue::StartThread(std::move(body));
         }
@@ -170,11 +148,14 @@ TEST(TaskQueue, ThreadsThatRunOutFailHeldTasksOneByOne) {
     for (int i = 0; i < kTasks; ++i)
         queue.ExecuteTask(new TestTask("task", course, [&] { return course.Wait(); }), queue.Now());
     queue.Start();
+    ASSERT_TRUE(course.running.WaitFor(TaskQueue::kMaxAsyncThreads));
     Counter settled;
     queue.EnqueueNotification(queue.Now(), [&] { settled.Add(); });
-    ASSERT_TRUE(settled.WaitFor(1));
+    ASSERT_TRUE(settled.WaitFor(1));  // the worker has seen every task by now
+    EXPECT_EQ(course.running.Get(), static_cast<int>(TaskQueue::kMaxAsyncThreads));
     course.go.Add();
     EXPECT_TRUE(course.finished.WaitFor(kTasks));
     queue.StopAndJoin();
+    EXPECT_EQ(course.running.Get(), static_cast<int>(TaskQueue::kMaxAsyncThreads) + 300);
     EXPECT_NE(course.failure.find("unavailable"), std::string::npos) << course.failure;
 }
