@@ -20,16 +20,14 @@ std::vector<int> Numbers(const std::string& path) {
 class Videos : public RunningPlugin {
   protected:
     // A capture in the gallery, on record.
-    std::string Add(bool moovInFront) {
+    std::string Add() {
         made::Video video;
-        video.moovInFront = moovInFront;
         video.tagc = captures::Block("Ovirastream SHARE", R"({"DRSAppName":"old"})");
         const std::string folder = plugin_.home() / "Videos/ZORVEX/Ovirastream/Game";
         std::filesystem::create_directories(folder);
-        const std::string path = folder + (moovInFront ? "/front.mp4" : "/behind.mp4");
-        std::filesystem::copy_file(made::Path(video), path);
-        EXPECT_TRUE(Soon([&] { return About(path).HasMember("duration"); }));
-        return path;
+        std::filesystem::copy_file(made::Path(video), folder + "/a.mp4");
+        EXPECT_TRUE(Soon([&] { return About(folder + "/a.mp4").HasMember("duration"); }));
+        return folder + "/a.mp4";
     }
     const KXP::Value& About(const std::string& path) { return Ask("GetFileMetadata", File(path)); }
     std::string Status(const std::string& method, const std::string& payload) {
@@ -38,28 +36,23 @@ class Videos : public RunningPlugin {
 };
 
 TEST_F(Videos, ShowTheSameWhenTheyAreEngraved) {
-    for (const bool moovInFront : {false, true}) {
-        const std::string path = Add(moovInFront);
-        const std::vector<int> before = Numbers(path);
-        EXPECT_EQ(
-            Status("EngraveMP4", R"({"file":")" + path +
-                                     R"(","DRSProfileName":"profile","DRSAppName":"new","DRSShortName":"",)"
-                                     R"("highlightDefinitionId":"","highlightGroupId":"","mediaType":"",)"
-                                     R"("isAHighlight":true,"highlightTags":1,"highlightSignificance":2})"),
-            "Success");
-        EXPECT_EQ(Numbers(path), before);
-        // What is on record stays; what looks at the file finds the new block.
-        const std::string folder = std::filesystem::path(path).parent_path();
-        const KXP::Value& listing = Ask("GetFolderListing", R"({"directory":")" + folder + "\"}");
-        EXPECT_EQ(listing["files"].Size(), moovInFront ? 2u : 1u);
-        for (const KXP::Value& file : listing["files"].GetArray())
-            EXPECT_EQ(file["source"], "OVS_SDK");
-    }
+    const std::string path = Add();
+    const std::vector<int> before = Numbers(path);
+    EXPECT_EQ(Status("EngraveMP4",
+                     File(path, R"(,"DRSProfileName":"profile","DRSAppName":"new","DRSShortName":"",)"
+                                R"("highlightDefinitionId":"","highlightGroupId":"","mediaType":"",)"
+                                R"("isAHighlight":true,"highlightTags":1,"highlightSignificance":2)")),
+              "Success");
+    EXPECT_EQ(Numbers(path), before);
+    // What is on record stays; what looks at the file finds the new block.
+    EXPECT_EQ(About(path)["fileSource"], "OVS_Share");
+    const std::string folder = std::filesystem::path(path).parent_path();
+    EXPECT_EQ(Ask("GetFolderListing", R"({"directory":")" + folder + "\"}")["files"][0]["source"], "OVS_SDK");
     EXPECT_EQ(Status("EngraveMP4", R"({"file":"/none.mp4"})"), "Missing mandatory field DRSProfileName");
 }
 
 TEST_F(Videos, AreCutInPlaceAndStayOurs) {
-    const std::string path = Add(true);
+    const std::string path = Add();
     const auto trim = [&](double from, double length) {
         return Status("Trim", R"({"input":")" + path + R"(","output":")" + path + R"(","headTrimMs":)" +
                                   std::to_string(from) + R"(,"lengthMs":)" + std::to_string(length) + "}");

@@ -53,9 +53,9 @@ class MontageTest : public PluginTest {
                std::string::npos;
     }
 
-    // Returns what the process prints after this word the nth time.
-    std::string Printed(const std::string& word, size_t count = 1) {
-        const std::string text = container_.WaitFor(6, "Montage: " + word + " ", count).text;
+    // Returns what the process prints after this word.
+    std::string Printed(const std::string& word) {
+        const std::string text = container_.WaitFor(6, "Montage: " + word + " ").text;
         const size_t at = text.find("Montage: " + word + " ");
         if (at == std::string::npos) return "";
         const std::string rest = text.substr(at + 10 + word.size());
@@ -100,34 +100,25 @@ TEST_F(MontageTest, SucceedsWhateverTheProcessDoesAndFindsRecipesInTheirFolderAl
     EXPECT_EQ(Result("UpdateMontageProgress", R"({"progress":12.5})"), "0 Success");
 }
 
-TEST_F(MontageTest, ACancelRightAfterTheRequestHolds) {
+TEST_F(MontageTest, ACancelRightAfterTheRequestHoldsAndIsMeantForNoOther) {
     home().Write("early.mp4", "from before");
     Begin("early", "hangs");
     EXPECT_EQ(Result("CancelMontage"), "0 Success");
     EXPECT_TRUE(IsAnswered("early"));
     EXPECT_EQ(home().Read("early.mp4"), "from before") << "the process had not written it";
     EXPECT_EQ(Result("CancelMontage"), "0 Success") << "with nothing to cancel";
-    Begin("next", "");
-    EXPECT_TRUE(IsAnswered("next"));
-    EXPECT_TRUE(fs::exists(Output("next"))) << "which the cancel was not meant for";
-}
-
-TEST_F(MontageTest, ACancelEndsThoseThatRunAndDeletesTheirOutputs) {
     Begin("done", "");
     EXPECT_TRUE(IsAnswered("done"));
     Begin("first", "lingers child");
     const std::string child = Printed("child");
-    ASSERT_NE(container_.WaitFor(6, "Montage: written", 2).text, "");
-    Begin("second", "hangs");
-    const std::string pid = Printed("running", 3);
-    ASSERT_TRUE(IsAlive(pid) && IsAlive(child));
+    Begin("second", "lingers");
+    ASSERT_NE(container_.WaitFor(6, "Montage: written", 3).text, "");
     EXPECT_EQ(Result("CancelMontage"), "0 Success");
     for (const char* id : {"first", "second"}) {
         EXPECT_TRUE(IsAnswered(id));
         EXPECT_FALSE(fs::exists(Output(id))) << id;
     }
     EXPECT_TRUE(fs::exists(Output("done")));
-    EXPECT_FALSE(IsAlive(pid));
     EXPECT_TRUE(Soon([&] { return !IsAlive(child); })) << "it ends with its parent";
 }
 

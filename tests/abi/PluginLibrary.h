@@ -21,9 +21,7 @@ class PluginLibrary {
         const std::string path = productRoot + "/Contents/Frameworks/plugins/Gallery/libGallery.so";
         handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (!handle_) throw std::runtime_error(dlerror());
-        const auto getInfo = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(handle_, "ZvCefPluginGetInfo"));
-        if (!getInfo) throw std::runtime_error(dlerror());
-        info_ = getInfo();
+        info_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(handle_, "ZvCefPluginGetInfo"))();
     }
     ~PluginLibrary() { dlclose(handle_); }
     PluginLibrary(const PluginLibrary&) = delete;
