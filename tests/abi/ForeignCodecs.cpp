@@ -7,16 +7,9 @@
     }
 
 FOREIGN(av_packet_alloc)
-FOREIGN(av_frame_alloc)
-FOREIGN(avcodec_alloc_context3)
 FOREIGN(avcodec_send_packet)
-FOREIGN(avformat_alloc_context)
 FOREIGN(avformat_open_input)
 FOREIGN(avio_alloc_context)
 FOREIGN(sws_getContext)
-FOREIGN(sws_alloc_context)
-FOREIGN(png_create_read_struct)
 FOREIGN(png_create_write_struct)
-FOREIGN(png_create_info_struct)
 FOREIGN(tjInitDecompress)
-FOREIGN(tjDecompressHeader3)

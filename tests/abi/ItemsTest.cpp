@@ -1,5 +1,6 @@
-// The requests that delete, copy and move captures.
+// The requests for single files: those that delete, copy and move captures, and those that need no gallery.
 
+#include "sample-captures/PngImage.h"
 #include "tests/abi/GalleryRequests.h"
 
 namespace {
@@ -9,15 +10,8 @@ namespace fs = std::filesystem;
 class ItemsTest : public GalleryRequests {
   protected:
     std::string Remove(const std::string& path) { return Result("RemoveGalleryItem", File(path)); }
-    std::string Copy(const std::string& from, const std::string& to) {
-        return Result("CopyFile", Transfer(from, to));
-    }
-    std::string Move(const std::string& from, const std::string& to) {
-        return Result("MoveFile", Transfer(from, to));
-    }
-    static std::string File(const std::string& path) { return R"({"file":")" + path + "\"}"; }
-    static std::string Transfer(const std::string& from, const std::string& to) {
-        return R"({"source":")" + from + R"(","destination":")" + to + "\"}";
+    std::string Transfer(const char* method, const std::string& from, const std::string& to) {
+        return Result(method, R"({"source":")" + from + R"(","destination":")" + to + "\"}");
     }
 };
 
@@ -40,64 +34,68 @@ TEST_F(ItemsTest, ARemovedCaptureGoesWithItsThumbnailOrItsEmptyFolder) {
 
 TEST_F(ItemsTest, CopiesAndMovesGoWhereNothingIs) {
     const std::string source = gallery_.AddImage("Race/a.png");
+    const std::string bytes = gallery_.home().Read("Videos/ZORVEX/Ovirastream/Race/a.png");
     const std::string foreign = gallery_.Add("Race/foreign.png", "text");
     const std::string link = gallery_.home() / "link.png";
     fs::create_symlink(gallery_.home() / "nowhere", link);
     const std::string target = gallery_.home() / "copy.png";
     Start();
-    const struct {
-        std::string from;
-        std::string to;
-        std::string result;
-    } rows[] = {
-        {gallery_.Path("Race/none.png"), target, kInvalid + " 'source' is not a valid file"},
-        {gallery_.Path("Race"), target, kInvalid + " 'source' is not a valid file"},
-        {foreign, target, kInvalid + " 'source' is not a valid ZORVEX file"},
-        {source, foreign, kInvalid + " 'destination' already exists"},
-        {source, "copy.png", kInvalid + " 'destination' is not a full path"},
-        {source, target + "\\u0000", kInvalid + " 'destination' is not a full path"},
+    const std::array<std::string, 3> rows[] = {
+        {gallery_.Path("Race"), target, "'source' is not a valid file"},
+        {foreign, target, "'source' is not a valid ZORVEX file"},
+        {source, foreign, "'destination' already exists"},
+        {source, "copy.png", "'destination' is not a full path"},
+        {source, target + "\\u0000", "'destination' is not a full path"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Copy(row.from, row.to), row.result);
-        EXPECT_EQ(Move(row.from, row.to), row.result);
-    }
+    for (const auto& [from, to, text] : rows)
+        EXPECT_EQ(Transfer("CopyFile", from, to), kInvalid + " " + text);
+    EXPECT_EQ(Transfer("MoveFile", foreign, target), kInvalid + " 'source' is not a valid ZORVEX file");
     // Nothing is found there, and yet something is in the way.
-    EXPECT_EQ(Copy(source, link), kFailure + " Failed to copy file");
-    EXPECT_EQ(Move(source, link), kFailure + " Failed to move file");
+    EXPECT_EQ(Transfer("CopyFile", source, link), kFailure + " Failed to copy file");
+    EXPECT_EQ(Transfer("MoveFile", source, link), kFailure + " Failed to move file");
     EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(Copy(source, gallery_.home() / "no/copy.png"), kFailure + " Failed to copy file");
-    EXPECT_EQ(Copy(source, target), "0 Success");
-    EXPECT_EQ(gallery_.home().Read("copy.png"), gallery_.home().Read("Videos/ZORVEX/Ovirastream/Race/a.png"));
+    EXPECT_EQ(Transfer("CopyFile", source, target), "0 Success");
+    EXPECT_EQ(gallery_.home().Read("copy.png"), bytes);
 
     const std::string moved = gallery_.Path("New/moved.png");
-    EXPECT_EQ(Move(source, moved), "0 Success");
+    EXPECT_EQ(Transfer("MoveFile", source, moved), "0 Success");
     EXPECT_FALSE(fs::exists(source));
     EXPECT_NE(Members(Ask("GetFileMetadata", File(moved))), "") << "on record by then";
     EXPECT_NE(container_.WaitFor(6, "Updating tracker on MoveFile took").text, "");
 }
 
-TEST(Items, ARecordThatNamesAForeignFileDoesNotDeleteIt) {
-    const PluginLibrary plugin(PRODUCT_ROOT);
-    const TempGallery gallery{};
-    const std::string capture = gallery.AddImage("Race/a.png");
-    const std::string foreign = gallery.home().Write("letter.png", "text");
-    const std::string link = gallery.home() / "link.png";
-    fs::create_symlink(capture, link);
-    TrackGallery(plugin);
-    const std::string tracker = gallery.ShareFile("UGCTracker.json");
-    const std::string records = gallery.home().Read(tracker);
-    const size_t at = records.find(capture);
-    ASSERT_NE(at, std::string::npos) << records;
+TEST_F(ItemsTest, ARecordThatNamesAForeignFileOrALinkDoesNotDeleteIt) {
+    const std::string a = gallery_.AddImage("Race/a.png");
+    const std::string b = gallery_.AddImage("Race/b.png");
+    const std::string foreign = gallery_.home().Write("letter.png", "text");
+    const std::string link = gallery_.home() / "link.png";
+    fs::create_symlink(a, link);
+    StartWithRecords({{a, foreign}, {b, link}});
     for (const std::string& path : {foreign, link}) {
-        gallery.home().Write(tracker, std::string(records).replace(at, capture.size(), path));
-        FakeContainer container;
-        ASSERT_TRUE(plugin.Up(container));
-        const std::string answer =
-            plugin.Ask(container, "RemoveGalleryItem", "ask", R"({"file":")" + path + "\"}");
-        EXPECT_TRUE(plugin.Down(container));
-        EXPECT_NE(answer.find(R"("_return_code":-2147024891,"_return_status":"Unable to delete file")"),
-                  std::string::npos)
-            << answer;
-        EXPECT_TRUE(gallery.home().Has(fs::path(path).filename()));
+        EXPECT_EQ(Remove(path), "-2147024891 Unable to delete file");
+        EXPECT_TRUE(fs::is_symlink(path) || fs::exists(path));
     }
+}
+
+TEST_F(RunningPlugin, AnswersAboutFilesFoldersAndDrives) {
+    const TempFolder folder;
+    const std::string png = folder.Write("a.png", samples::PngImage(70, 50, {{1, 2, 3}, {4, 5, 6}}));
+    const std::array<std::string, 3> rows[] = {
+        // with the beginning of the answer
+        {"GetImageFileDimensions", File(png), R"({"width":70,"height":50,"_return_code":0)"},
+        {"GetImageFileDimensions", File(folder.Write("a.txt", "text")),
+         R"({"_return_code":-2147024809,"_return_status":"Error in opening or reading image file")"},
+        {"IsDirectoryWriteable", R"({"directory":")" + folder.path() + "\"}", R"({"writable":true,)"},
+        {"IsDirectoryWriteable", R"({"directory":"/none"})", R"({"writable":false,)"},
+        // A payload that claims to be a failure is not checked against the catalogue.
+        {"IsDirectoryWriteable", R"({"_return_code":-1})",
+         R"({"_return_code":-2147024809,"_return_status":"Directory value is empty")"},
+        {"EnumerateDrives", "{}", R"({"drives":[{"name":"/","type":")"},
+        // A single character is taken as a drive letter, so "/" becomes "/:", which does not exist.
+        {"GetDriveInfo", R"({"drive":"/"})",
+         R"({"_return_code":-2147467259,"_return_status":"Failed to get drive information")"},
+        {"GetDriveInfo", R"({"drive":"//"})", R"({"freeSpaceMB":)"},
+    };
+    for (const auto& [method, payload, answer] : rows)
+        EXPECT_EQ(AskText(method, payload).find(answer), 0u) << method << AskText(method, payload);
 }

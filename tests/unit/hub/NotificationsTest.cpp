@@ -1,4 +1,3 @@
-#include <array>
 #include <functional>
 
 #include "libraries/share-common/PageWords.h"
@@ -67,13 +66,16 @@ TEST_F(HubTest, EveryNotificationHasItsNameAndPayload) {
         {[&] { hub_.NotifyDiskSpaceCondition(true); },
          gallery + R"({"checkDiskSpace":{"lowDiskSpace":true}})"},
         {[&] { hub_.NotifyGalleryIsFull(false); }, gallery + R"({"galleryIsFull":false})"},
+        {[&] {
+             EXPECT_TRUE(hub_.HandleMsg(PageRequest("UpdateMontageProgress", "id", R"({"progress":0.5})")));
+         },
+         R"(MontageNotification {"progress":0.5})"},
     };
     for (const auto& [notify, expected] : rows) {
         notify();
         EXPECT_EQ(module_.TakeSent(), expected + "|");
     }
     EXPECT_TRUE(log_.HasLine(2, "NotifyTrackerUpdate::TrackerUpdateInProgress"));
-
     module_.accepts = false;
     hub_.NotifyGalleryIsFull(true);
     EXPECT_TRUE(log_.HasLine(1, "Unable to send JSON notification"));
@@ -81,24 +83,17 @@ TEST_F(HubTest, EveryNotificationHasItsNameAndPayload) {
 
 // A file may have any words engraved in it; the module holds what is sent against the catalogue.
 TEST_F(HubTest, OddWordsOfAFileBecomeOnesThatPagesKnow) {
-    const std::array<const char*, 6> rows[] = {
-        // type, subtype and source, and what stands for them
-        {"screenshot", "StandAlone_Lumis", "StandAlone_Lumis", "image", "Normal_Lumis", "StandAlone_Lumis"},
-        {"", "", "", "other", "Unknown", "Undefined"},
-        {"film", "\xFF", "Elsewhere", "other", "Unknown", "Undefined"},
-    };
     TrackedUGC ugc;
-    for (const auto& [type, subtype, source, shownType, shownSubtype, shownSource] : rows) {
-        ugc.fileType = type;
-        ugc.fileSubType = subtype;
-        ugc.fileSource = source;
-        hub_.NotifyUGCDeleted(ugc);
-        EXPECT_NE(
-            module_.TakeSent().find(std::string("\"fileType\":\"") + shownType + "\",\"fileSubType\":\"" +
-                                    shownSubtype + "\",\"fileSource\":\"" + shownSource + "\""),
-            std::string::npos)
-            << type;
-    }
+    ugc.fileType = "film";
+    ugc.fileSubType = "\xFF";
+    ugc.fileSource = "Elsewhere";
+    hub_.NotifyUGCDeleted(ugc);
+    EXPECT_NE(
+        module_.TakeSent().find(R"("fileType":"other","fileSubType":"Unknown","fileSource":"Undefined")"),
+        std::string::npos);
+    EXPECT_EQ(TypeForPages("screenshot"), "image");
+    EXPECT_EQ(SubtypeForPages("StandAlone_Lumis"), "Normal_Lumis");
+    EXPECT_EQ(SubtypeForPages(""), "Unknown");
     const auto words = [&](const char* definition) {
         return module_.catalogue()["definitions"][definition]["enum"].GetArray();
     };
@@ -110,7 +105,7 @@ TEST_F(HubTest, OddWordsOfAFileBecomeOnesThatPagesKnow) {
         EXPECT_EQ(SourceForPages(word.GetString()), word.GetString());
 }
 
-TEST_F(HubTest, ACompleteUpdateTellsThePathFirstAlsoWithoutItsDrive) {
+TEST_F(HubTest, ACompleteUpdateSendsThePathFirstAlsoWithoutItsDrive) {
     const std::string status =
         R"(|GalleryNotifications {"galleryPathUpdateStatus":{"status":"TrackerUpdateComplete"}}|)";
     hub_.NotifyTrackerUpdate(TrackerUpdateComplete);
@@ -141,55 +136,26 @@ TEST_F(HubTest, AnAddedFileIsReportedAsItsAnnouncementHasIt) {
         hub_.NotifyUGCAdded(highlight, Found::ThisWaited, unannounced);
         EXPECT_EQ(module_.TakeSent(), Saved(named, unannounced));
     }
-}
-
-// What the message says waits for its file, over a change of the gallery as well.
-TEST_F(HubTest, AnnouncementsWaitForTheirFiles) {
-    const auto message = [&](const char* method, const std::string& payload) {
-        return KXP::Message::CreateRequest("s", "m", method, "", "", payload.c_str());
-    };
-    hub_.OnHighlightSaved(message("HighlightSavedNotification",
-                                  R"({"highlight":{"path":"/g/a.mp4","id":7},"unannounced":true})"));
-    hub_.OnCaptureSaved(message("CaptureSavedNotification", R"({"captureMode":"x","path":"/g/b.png"})"));
-    Announcements& announcements = hub_.GetAnnouncements();
-    Highlight highlight;
-    EXPECT_TRUE(announcements.GetHighlightInfo("/g/a.mp4", highlight));
-    EXPECT_EQ(highlight.GetId(), 7);
-    bool unannounced = false;
-    EXPECT_EQ(announcements.Take("/g/c.png", unannounced), Announcements::Found::OthersWait);
-    EXPECT_EQ(announcements.Take("/g/a.mp4", unannounced), Announcements::Found::ThisWaited);
-    EXPECT_TRUE(unannounced);
-    EXPECT_EQ(announcements.Take("/g/b.png", unannounced), Announcements::Found::ThisWaited);
-    EXPECT_FALSE(unannounced);
-    EXPECT_EQ(announcements.Take("/g/b.png", unannounced), Announcements::Found::NothingWaits);
-}
-
-TEST_F(HubTest, AHighlightWithoutADefinitionKeepsItsName) {
-    const auto notify = [&](const char* shortName, const char* definition) {
-        TrackedUGC ugc = HighlightAt("/gallery/a.mp4");
-        ugc.shortName = shortName;
-        ugc.highlightDefinitionId = definition;
-        hub_.NotifyHighlightSaved(ugc, true);
-        EXPECT_EQ(ugc.highlightName, "as it was");
-        EXPECT_EQ(module_.TakeSent(), Saved(ugc, true));
-    };
-    DefineHighlight(home_);
-    notify("racer", "no such");
+    highlight.highlightDefinitionId = "no such";
+    hub_.NotifyUGCAdded(highlight, Found::ThisWaited, true);
+    EXPECT_EQ(module_.TakeSent(), Saved(highlight, true)) << "with its name as it was";
     EXPECT_TRUE(log_.HasLine(1, "NotifyHighlightSaved: Unknown highlight definition ID [no such], skip it"));
-    int told = 0;
-    for (const char* name : {"unknown", "", "..", "a/b"}) {
-        notify(name, "win");
-        EXPECT_EQ(log_.Count("NotifyHighlightSaved: Cannot get config data, skip"), ++told) << name;
-    }
+    highlight.shortName = "unknown";
+    hub_.NotifyUGCAdded(highlight, Found::ThisWaited, true);
+    EXPECT_EQ(module_.TakeSent(), Saved(highlight, true));
+    EXPECT_TRUE(log_.HasLine(1, "NotifyHighlightSaved: Cannot get config data, skip"));
 }
 
-TEST_F(HubTest, TakesTheProgressOfAMontageAndNothingElse) {
-    const auto handle = [&](const char* method, const char* payload) {
-        return hub_.HandleMsg(KXP::Message::CreateRequest("s", "m", method, "", "", payload));
-    };
-    EXPECT_FALSE(handle("GetSettings", R"({"progress":1})"));
-    EXPECT_THROW(handle("UpdateMontageProgress", "{}"), KXP::JSONFieldError);
+TEST_F(HubTest, MalformedAnnouncementsAreLogged) {
+    const auto message = [](const char* payload) { return PageRequest("Saved", "id", payload); };
+    hub_.OnCaptureSaved(message("{}"));
+    EXPECT_TRUE(log_.HasLine(1, "OnCaptureSaved::Invalid parameters"));
+    hub_.OnCaptureSaved(message(R"({"captureMode":"x","path":""})"));
+    EXPECT_TRUE(log_.HasLine(1, "OnCaptureSaved::empty path"));
+    hub_.OnHighlightSaved(message("{}"));
+    EXPECT_TRUE(log_.HasLine(1, "OnHighlightSaved::Invalid notification data"));
+    hub_.OnHighlightSaved(message(R"({"highlight":{"path":5}})"));
+    EXPECT_TRUE(log_.HasLine(1, "OnHighlightSaved::Invalid path"));
+    EXPECT_THROW(hub_.OnHighlightCaptureFailed(message(R"({"highlight":{}})")), KXP::JSONFieldError);
     EXPECT_EQ(module_.TakeSent(), "");
-    EXPECT_TRUE(handle("UpdateMontageProgress", R"({"progress":0.5})"));
-    EXPECT_EQ(module_.TakeSent(), R"(MontageNotification {"progress":0.5}|)");
 }

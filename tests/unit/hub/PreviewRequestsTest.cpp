@@ -10,21 +10,24 @@ class PreviewRequestsTest : public HubTest {
   protected:
     PreviewRequestsTest() { EXPECT_TRUE(settings().SetTempFolder(home_.folder().MakeFolder("temp"))); }
 
+    void Name(PreviewRequests& requests, const std::string& paths) {
+        Ask("PreviewPathInfo", requests, &PreviewRequests::PopulatePreviewPath,
+            "{\"paths\":[" + paths + "]}");
+        EXPECT_EQ(result_.text, "Success");
+    }
     std::string Delete(const std::string& path) {
         Ask("DeletePreview", requests_, &PreviewRequests::DeletePreview,
             R"({"previewFilepath":")" + path + "\"}");
         return KXP::ToStr(result_);
     }
-
-    int32_t WriteBitmap(const std::string& text) {
+    uint32_t WriteBitmap(const std::string& text) {
         Ask("WriteEncryptedBitmap", requests_, &PreviewRequests::WriteEncryptedBitmap,
             R"({"bitmapImage":")" + text + "\"}");
-        return result_.code;
+        return static_cast<uint32_t>(result_.code);
     }
 
     PreviewRequests requests_{hub_};
     const std::string kept_ = home_.folder().Write("kept.png", "the user's own");
-    const std::string bitmap_ = home_ / "temp/ZvBitmap.bmp";
 };
 
 constexpr const char* kSuccess = "0x00000000[0]: Success";
@@ -40,9 +43,7 @@ TEST_F(PreviewRequestsTest, OnlyWhatWasNamedOrIsTemporaryIsDeleted) {
     const std::string named = home_.folder().Write("previews/named.png", "x");
     fs::create_symlink(kept_, home_ / "temp/link.png");
     home_.folder().MakeFolder("temp/folder");
-    Ask("PreviewPathInfo", requests_, &PreviewRequests::PopulatePreviewPath,
-        R"({"paths":[")" + named + R"(",5]})");
-    EXPECT_EQ(result_.text, "Success");
+    Name(requests_, '"' + named + "\",5");
     for (const std::string& path : {kept_, home_ / "temp/../kept.png", home_ / "temp/link.png",
                                     home_ / "temp/folder", home_ / "temp/none.png", named + "\\u0000"})
         EXPECT_EQ(Delete(path), kUnknown) << path;
@@ -60,9 +61,7 @@ TEST_F(PreviewRequestsTest, NamedOnesEndWithTheObject) {
     fs::create_symlink(kept_, home_ / "previews/link.png");
     {
         PreviewRequests ending(hub_);
-        Ask("PreviewPathInfo", ending, &PreviewRequests::PopulatePreviewPath,
-            R"({"paths":[")" + named + "\",\"" + (home_ / "previews/link.png") + "\"]}");
-        EXPECT_EQ(result_.text, "Success");
+        Name(ending, '"' + named + "\",\"" + (home_ / "previews/link.png") + '"');
         EXPECT_TRUE(fs::exists(named));
     }
     EXPECT_FALSE(fs::exists(named));
@@ -70,22 +69,22 @@ TEST_F(PreviewRequestsTest, NamedOnesEndWithTheObject) {
 }
 
 TEST_F(PreviewRequestsTest, ABitmapTakesThePlaceOfALinkAndNotOfItsTarget) {
-    fs::create_symlink(kept_, bitmap_);
-    EXPECT_EQ(WriteBitmap(captures::Base64(kBmp)), 0);
+    fs::create_symlink(kept_, home_ / "temp/ZvBitmap.bmp");
+    EXPECT_EQ(WriteBitmap(captures::Base64(kBmp)), 0u);
     EXPECT_TRUE(log_.HasLine(2, "BMP Decrypted"));
-    EXPECT_FALSE(fs::is_symlink(bitmap_));
+    EXPECT_FALSE(fs::is_symlink(home_ / "temp/ZvBitmap.bmp"));
     EXPECT_EQ(home_.folder().Read("temp/ZvBitmap.bmp"), kBmp);
     EXPECT_EQ(home_.folder().Read("kept.png"), "the user's own");
 
     // Nothing but a bitmap, and then the last one stays.
     for (const std::string& text :
          {std::string(), captures::Base64(kBmp) + "\\n", captures::Base64("GIF89a\x10\1\x09\1\1\1\1"),
-          captures::Base64(kBmp.substr(0, 20)), "data:image/bmp;base64," + captures::Base64(kBmp)})
-        EXPECT_EQ(static_cast<uint32_t>(WriteBitmap(text)), 0x8007000Du) << text;
+          captures::Base64(kBmp.substr(0, 20))})
+        EXPECT_EQ(WriteBitmap(text), 0x8007000Du) << text;
     EXPECT_EQ(home_.folder().Read("temp/ZvBitmap.bmp"), kBmp);
     EXPECT_EQ(std::distance(fs::directory_iterator(home_ / "temp"), fs::directory_iterator()), 1);
 
-    fs::remove(bitmap_);
+    fs::remove(home_ / "temp/ZvBitmap.bmp");
     home_.folder().MakeFolder("temp/ZvBitmap.bmp");
-    EXPECT_EQ(static_cast<uint32_t>(WriteBitmap(captures::Base64(kBmp))), 0x80004005u);
+    EXPECT_EQ(WriteBitmap(captures::Base64(kBmp)), 0x80004005u);
 }

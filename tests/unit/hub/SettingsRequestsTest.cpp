@@ -1,12 +1,8 @@
-#include <algorithm>
-
 #include "common/Drives.h"
 #include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 #include "tests/unit/hub/HubTest.h"
 
 namespace {
-
-constexpr const char* kSame = "No action taken as all provided values are the same as existing ones";
 
 class SettingsRequestsTest : public HubTest {
   protected:
@@ -52,12 +48,10 @@ TEST_F(SettingsRequestsTest, AnotherGalleryIsOpenedAndLeftAgain) {
     const auto second = hub_.GetUGCTracker();
     EXPECT_NE(second, first);
     EXPECT_EQ(first->DeleteTrackedHighlights({}).text, "No tracker") << "it writes no more";
-    const auto firstLine = [lines = log_.Lines()](const char* text) {
-        return std::find_if(lines.begin(), lines.end(),
-                            [&](const std::string& line) { return line.find(text) != std::string::npos; }) -
-               lines.begin();
-    };
-    EXPECT_LT(firstLine("Stop tracker"), firstLine("File is unique")) << "one at work at a time";
+    std::string lines;
+    for (const std::string& line : log_.Lines())
+        lines += line;
+    EXPECT_LT(lines.find("Stop tracker"), lines.find("File is unique")) << "one at work at a time";
     Ask("CancelPathUpdate", requests_, &SettingsRequests::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Success");
     EXPECT_EQ(settings().GetUserGalleryPath(), old);
@@ -71,8 +65,6 @@ TEST_F(SettingsRequestsTest, NothingToRestoreLeavesNoTrackerAndDoesNoHarm) {
     Ask("CancelPathUpdate", requests_, &SettingsRequests::CancelPathUpdate);
     EXPECT_EQ(result_.text, "Invalid path defined");
     EXPECT_EQ(hub_.GetUGCTracker(), nullptr);
-    std::vector<TrackedUGC> list;
-    EXPECT_EQ(hub_.GetRecentUGC(3, list).text, "No tracker");
     hub_.OnCaptureSaved(
         PageRequest("CaptureSavedNotification", "id", R"({"captureMode":"x","path":"/g/a.png"})"));
     EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"), "Success");
@@ -83,10 +75,8 @@ TEST_F(SettingsRequestsTest, ChangesAreNotifiedOnceAndWritten) {
     EXPECT_EQ(Set(R"({"capacity":{"enabled":true,"capacityPercent":50}})"), "Success");
     EXPECT_EQ(module_.TakeSent(), CapState("true", "50"));
     // Along with an unchanged path, or an unchanged value.
-    const std::string gallery = settings().GetUserGalleryPath();
-    EXPECT_EQ(
-        Set("{\"userGalleryPath\":\"" + gallery + R"(/","capacity":{"enabled":true,"capacityPercent":60}})"),
-        "Success");
+    const std::string gallery = "\"userGalleryPath\":\"" + settings().GetUserGalleryPath() + '"';
+    EXPECT_EQ(Set("{" + gallery + R"(,"capacity":{"enabled":true,"capacityPercent":60}})"), "Success");
     EXPECT_EQ(module_.TakeSent(), CapState("true", "60"));
     EXPECT_EQ(Set(R"({"capacity":{"enabled":false,"capacityPercent":60}})"), "Success");
     EXPECT_EQ(module_.TakeSent(), CapState("false", "60"));
@@ -99,13 +89,14 @@ TEST_F(SettingsRequestsTest, ChangesAreNotifiedOnceAndWritten) {
     EXPECT_FALSE(written.GetCapEnabled());
     EXPECT_EQ(written.GetTempFolder(), temp);
 
-    std::filesystem::remove(SettingsFile());
-    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + gallery + "\"}"), kSame);
-    EXPECT_EQ(Set("{\"tempFolderPath\":\"" + temp + "\"}"), kSame);
-    EXPECT_EQ(Set(R"({"capacity":{"enabled":false,"capacityPercent":60}})"), kSame);
-    EXPECT_EQ(result_.code, 0);
+    std::filesystem::remove(written.path());
+    for (const std::string& same : {"{" + gallery + "}", "{\"tempFolderPath\":\"" + temp + "\"}",
+                                    std::string(R"({"capacity":{"enabled":false,"capacityPercent":60}})")}) {
+        EXPECT_EQ(Set(same), "No action taken as all provided values are the same as existing ones");
+        EXPECT_EQ(result_.code, 0);
+    }
     EXPECT_EQ(module_.TakeSent(), "");
-    EXPECT_FALSE(std::filesystem::exists(SettingsFile()));
+    EXPECT_FALSE(std::filesystem::exists(written.path()));
     for (const char* line :
          {"Skipping path change as paths are the same", "Skipping temp path change as paths are the same",
           "Skipping capacity state change as states are the same",
@@ -114,28 +105,22 @@ TEST_F(SettingsRequestsTest, ChangesAreNotifiedOnceAndWritten) {
 }
 
 TEST_F(SettingsRequestsTest, WrongOnesAreRefusedWithAText) {
-    const std::tuple<const char*, const char*, uint32_t> rows[] = {
-        {"{}", "\"settings\" object not defined", 0x80070057},
-        {"7", "\"settings\" object not defined", 0x80070057},
-        {R"({"trackerStatus":"CancelUpdate"})", "No valid parameter data", 0x80070057},
-        {R"({"capacity":{},"userGalleryPath":""})", "No valid parameter data", 0x80070057},
-        {R"({"tempFolderPath":"/no/such/folder"})", "Invalid path defined", 0x80070057},
-        {R"({"capacity":{"enabled":1}})", "Found key 'enabled', with unexpected type: Number", 0x80070057},
+    const std::pair<const char*, const char*> rows[] = {
+        {"7", "\"settings\" object not defined"},
+        {R"({"capacity":{},"userGalleryPath":""})", "No valid parameter data"},
+        {R"({"tempFolderPath":"/no/such/folder"})", "Invalid path defined"},
+        {R"({"capacity":{"enabled":1}})", "Found key 'enabled', with unexpected type: Number"},
         {R"({"capacity":{"capacityPercent":4294967296}})",
-         "Found key 'capacityPercent', with unexpected type: Number", 0x80070057},
+         "Found key 'capacityPercent', with unexpected type: Number"},
     };
-    for (const auto& [settings, text, code] : rows) {
+    for (const auto& [settings, text] : rows) {
         EXPECT_EQ(Set(settings), text);
-        EXPECT_EQ(result_.code, static_cast<int32_t>(code)) << text;
+        EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057)) << text;
     }
     // A folder that cannot be made leaves the tracker where it was.
-    const std::string gallery = settings().GetUserGalleryPath();
     const auto tracker = hub_.GetUGCTracker();
-    home_.folder().Write("file", "");
-    for (const char* path : {"file/below", "file"})
-        EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / path) + "\"}"), "Invalid path defined") << path;
-    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
-    EXPECT_EQ(settings().GetUserGalleryPath(), gallery);
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + home_.folder().Write("file", "") + "/below\"}"),
+              "Invalid path defined");
     EXPECT_EQ(hub_.GetUGCTracker(), tracker);
     EXPECT_EQ(module_.TakeSent(), "");
 
@@ -153,8 +138,7 @@ TEST_F(SettingsRequestsTest, DiskSpaceIsNotLowWhereItCannotBeMeasured) {
     ASSERT_TRUE(KXP::GetDriveSpace(home_.folder().path(), freeMB, totalMB));
     const std::string answer = freeMB < 300 ? R"({"lowDiskSpace":true})" : R"({"lowDiskSpace":false})";
     EXPECT_EQ(Ask("CheckDiskSpace", requests_, &SettingsRequests::CheckDiskSpace), answer);
-    const std::string measured = "CheckLowDiskSpace systemTotalSpaceMB[" + std::to_string(totalMB) + "]";
-    EXPECT_TRUE(log_.Has(measured));
+    EXPECT_TRUE(log_.Has("CheckLowDiskSpace systemTotalSpaceMB[" + std::to_string(totalMB) + "]"));
     UnplugTheGallery();
     EXPECT_EQ(Ask("CheckDiskSpace", requests_, &SettingsRequests::CheckDiskSpace), answer);
     EXPECT_TRUE(log_.HasLine(2, "galleryTotalSpaceMB[2147483647] galleryFreeSpaceMB = 0"));

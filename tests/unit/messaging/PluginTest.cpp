@@ -113,20 +113,16 @@ class PluginTest : public testing::Test {
     FakeContainer container_;
 };
 
-TEST_F(PluginTest, WithoutAnInstanceEveryCallFailsQuietly) {
+TEST_F(PluginTest, RunsTheWholeLifeCycle) {
     EXPECT_EQ(
         plugin_.Start() + plugin_.Stop() + plugin_.Suspend() + plugin_.Resume() + plugin_.Uninitialize(), 0);
-    EXPECT_EQ(plugin_.OnJsonMessage("no JSON"), 0);
+    EXPECT_EQ(plugin_.OnJsonMessage("no JSON"), 0) << "there is no instance yet";
     EXPECT_EQ(plugin_.version, 1);
     EXPECT_STREQ(plugin_.pluginName, "plugin_test");
     EXPECT_STREQ(plugin_.moduleList, "Gallery");
-}
-
-TEST_F(PluginTest, RunsTheWholeLifeCycle) {
     ASSERT_EQ(plugin_.Initialize(&FakeContainer::Callback, nullptr, &container_), 2);
     ASSERT_EQ(container_.WaitFor(1).text, "_CmdInit_");
     EXPECT_EQ(plugin_.Suspend(), 0);
-    EXPECT_EQ(container_.All(6, "][1][").back().text.substr(0, 1), "[");
     EXPECT_FALSE(container_.All(6, "Suspend CefPlugin NOT IMPLEMENTED").empty());
 
     plugin_.OnJsonMessage(Envelope("Echo", "early", R"({"number":1})").c_str());
@@ -152,7 +148,7 @@ TEST_F(PluginTest, SynchronousRequestsAnswerOnTheWorker) {
     EXPECT_EQ(failed.text, "Missing mandatory field number");
 
     plugin_.OnJsonMessage(Envelope("JOIN", "join").c_str());
-    Ask("Echo", R"({"number":1})", "behind");
+    Ask("Echo", R"({"number":1})", "after");
     EXPECT_TRUE(container_.All(3, "\"join\"").empty());
 }
 
@@ -170,14 +166,13 @@ TEST_F(PluginTest, TasksAnswerWhateverHappens) {
         const RetVal result = Result(answer);
         EXPECT_EQ(result.code, static_cast<int32_t>(code)) << what;
         EXPECT_EQ(result.text, text);
-        EXPECT_EQ(result.internal, std::string(what) == "fail" ? 3 : 0);
         EXPECT_EQ(answer.find("\"done\":true") != std::string::npos, code == 0) << answer;
     }
     EXPECT_FALSE(
         container_.All(6, "Caught exception while calling ExecuteAsync: 0x8000ffff[0]: Success").empty());
 }
 
-TEST_F(PluginTest, AFailedInitializeIsToldWithTheResponse) {
+TEST_F(PluginTest, AFailedInitializeIsReportedWithTheResponse) {
     behaviour->initialize = false;
     ASSERT_EQ(plugin_.Initialize(&FakeContainer::Callback, "{}", &container_), 2);
     EXPECT_NE(container_.WaitFor(2).text.find("\"method\":\"_CmdInit_\""), std::string::npos);

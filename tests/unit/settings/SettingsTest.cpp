@@ -11,9 +11,7 @@ namespace {
 
 class SettingsTest : public testing::Test {
   protected:
-    std::string WriteFile(const std::string& members) {
-        return folder_.Write(file_, "{\"settings\":{" + members + "}}");
-    }
+    void WriteFile(const std::string& members) { folder_.Write(file_, "{\"settings\":{" + members + "}}"); }
 
     // The file as WriteSettings leaves it.
     static std::string Text(const std::string& enabled, const std::string& percent,
@@ -38,10 +36,8 @@ class SettingsTest : public testing::Test {
 TEST_F(SettingsTest, AFileThatCannotBeUsedIsReplacedByTheDefaults) {
     const std::pair<const char*, const char*> rows[] = {
         {nullptr, "Settings file not found"},
-        {"", "Failure opening existing settings file"},
         {"{\"settings\":{\"capEnabled\":tr", "Failure opening existing settings file"},
         {"[]", "Failure opening existing settings file"},
-        {"{}", "Settings file invalid"},
         {"{\"settings\":{}}", "Settings file invalid"},
         {"{\"settings\":[1]}", "Settings file invalid"},
     };
@@ -68,46 +64,32 @@ TEST_F(SettingsTest, AFolderInPlaceOfTheFileLeavesTheDefaultsInMemory) {
     EXPECT_TRUE(std::filesystem::is_directory(folder_ / file_));
 }
 
-TEST_F(SettingsTest, WordsAndNumbersOfTheFile) {
-    const std::string other = folder_.MakeFolder("other");
-    const std::pair<std::string, std::string> rows[] = {
-        {R"("trackerUpdateState":"CancelUpdate","capSizePercent":250,"capEnabled":true,"currentDirectoryV2":")" +
-             other + R"(","tempDirectory":")" + other + "\"",
-         Text("true", "250", other, other, "CancelUpdate")},
-        {R"("trackerUpdateState":"Unknown","capSizePercent":-1,"capEnabled":1)",
-         Text("false", "4294967295", gallery_, temp_, "TrackerUpdateNotActive")},
-    };
-    for (const auto& [members, text] : rows) {
-        WriteFile(members);
-        const Settings settings;
-        EXPECT_EQ(folder_.Read(file_), text) << members;
-    }
-}
-
-TEST_F(SettingsTest, GalleryOfEitherLayout) {
+TEST_F(SettingsTest, ReadsValuesAndGalleriesOfEitherLayout) {
     const std::string there = folder_.MakeFolder("there");
     const std::string videos = folder_.MakeFolder("Videos");
     folder_.Write("file", "");
-    const std::tuple<std::string, std::string> rows[] = {
-        {R"("currentDirectory":"/gone","currentDirectoryV2":")" + there + '"', "/gone"},
-        {R"("currentDirectory":")" + videos + '"', gallery_},
-        {R"("currentDirectory":5)", gallery_},
-        {R"("currentDirectory":"")", gallery_},
-        {R"("currentDirectory":"relative")", gallery_},
-        {R"("currentDirectory":")" + there + R"(\u0000x")", gallery_},
-        {R"("currentDirectoryV2":"/gone")", gallery_},
-        {R"("currentDirectoryV2":".")", gallery_},
-        {R"("currentDirectoryV2":")" + there + R"(\u0000x")", gallery_},
-        {R"("currentDirectoryV2":")" + (folder_ / "file") + '"', gallery_},
+    const std::pair<std::string, std::string> rows[] = {
+        {R"(":"/gone","currentDirectoryV2":")" + there + '"', "/gone"},
+        {"\":\"" + videos + '"', gallery_},
+        {R"(":5)", gallery_},
+        {R"(":"relative")", gallery_},
+        {"\":\"" + there + R"(\u0000x")", gallery_},
+        {R"(V2":"/gone")", gallery_},
+        {R"(V2":".")", gallery_},
+        {"V2\":\"" + there + R"(\u0000x")", gallery_},
+        {"V2\":\"" + (folder_ / "file") + '"', gallery_},
     };
+    WriteFile(
+        R"("trackerUpdateState":"CancelUpdate","capSizePercent":-1,"capEnabled":true,"currentDirectoryV2":")" +
+        there + R"(","tempDirectory":")" + there + '"');
+    EXPECT_EQ(Settings().GetUserGalleryPath(), there);
+    EXPECT_EQ(folder_.Read(file_), Text("true", "4294967295", there, there, "CancelUpdate"));
     for (const auto& [members, gallery] : rows) {
         std::filesystem::remove_all(folder_ / "Videos/ZORVEX");
-        WriteFile(members + R"(,"tempDirectory":".")");
+        WriteFile("\"currentDirectory" + members + R"(,"tempDirectory":".","trackerUpdateState":"Unknown")");
         const Settings settings;
-        EXPECT_EQ(settings.GetUserGalleryPath(), gallery) << members;
-        EXPECT_EQ(folder_.Has("Videos/ZORVEX/Ovirastream"), gallery == gallery_) << members;
-        EXPECT_EQ(settings.GetTempFolder(), temp_);
         EXPECT_EQ(folder_.Read(file_), Text("false", "100", gallery, temp_, "TrackerUpdateNotActive"));
+        EXPECT_EQ(folder_.Has("Videos/ZORVEX/Ovirastream"), gallery == gallery_) << members;
     }
 }
 
@@ -119,8 +101,7 @@ TEST_F(SettingsTest, SetsAGalleryThatCanBeMadeAndMeasured) {
     EXPECT_TRUE(folder_.Has("made/new"));
     EXPECT_EQ(folder_.Read(file_), DefaultText());
     const std::string file = folder_.Write("file", "");
-    for (const std::string& path :
-         {std::string(), std::string("."), made + std::string("\0x", 2), file + "/x", file}) {
+    for (const std::string& path : {std::string(), std::string("."), made + std::string("\0x", 2), file}) {
         log_.Clear();
         EXPECT_FALSE(settings.SetUserGalleryPath(path)) << path;
         EXPECT_TRUE(log_.HasLine(1, "Failed to get drive space to adjust cap"));
@@ -132,10 +113,7 @@ TEST_F(SettingsTest, SetsAGalleryThatCanBeMadeAndMeasured) {
     EXPECT_TRUE(settings.SetTempFolder(made));
     std::filesystem::remove_all(folder_ / "made");
     EXPECT_EQ(settings.GetGalleryPath(), made);
-    EXPECT_TRUE(folder_.Has("made/new"));
-    std::filesystem::remove_all(folder_ / "made");
-    folder_.Write("made", "");
-    EXPECT_THROW(settings.GetGalleryPath(), KXP::Exception);
+    EXPECT_TRUE(folder_.Has("made/new")) << "made again";
 }
 
 TEST_F(SettingsTest, TheMarkOfARebuildIsOnDiskAtOnce) {

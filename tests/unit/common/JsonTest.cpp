@@ -26,6 +26,12 @@ class JSONFileTest : public testing::Test {
         return file_.WriteJSON(json);
     }
 
+    // The text of the member "a" in a file of these bytes.
+    std::string ValueIn(const std::string& bytes) {
+        Document json;
+        return Read(bytes, json).Failed() ? "unreadable" : jsonGetValue<std::string>(json, "a");
+    }
+
     TempFolder folder_;
     LogCapture log_;
     JSONFile file_;
@@ -44,19 +50,15 @@ TEST_F(JSONFileTest, ReadsEveryEncodingUpToAZeroByte) {
 
 TEST_F(JSONFileTest, ShortOddAndMalformedFilesAreErrors) {
     Document json;
-    const std::string whole("\xFF\xFE{\0\"\0a\0\"\0:\0005\0}\0", 16);
-    std::vector<std::string> texts = {"{}{}", std::string(4, '\0'), std::string("\xFF\xFE\0\0\0\0\x11\0", 8),
-                                      std::string("\xFF\xFE\x00\xD8}\0", 6)};
-    for (size_t length = 0; length < whole.size() - 2; ++length)
-        texts.push_back(whole.substr(0, length));
-    for (const std::string& text : texts) {
-        EXPECT_EQ(ToStr(Read(text, json)), "0x8008f001[0]: Error parsing JSON document")
-            << testing::PrintToString(text);
-    }
+    std::vector<std::string> texts = {"{}{}", std::string(4, '\0'), std::string("\xFF\xFE\x00\xD8}\0", 6)};
+    for (size_t length = 0; length < 14; ++length)
+        texts.push_back(std::string("\xFF\xFE{\0\"\0a\0\"\0:\0005\0", length));
+    for (const std::string& text : texts)
+        EXPECT_EQ(ToStr(Read(text, json)), "0x8008f001[0]: Error parsing JSON document") << text.size();
     EXPECT_EQ(ToStr(Read("[1]", json)), "0x8007000d[0]: Document has no root object");
 }
 
-TEST_F(JSONFileTest, WhatIsNoFileIsToldAndNotWaitedFor) {
+TEST_F(JSONFileTest, WhatIsNoFileIsReportedAndNotWaitedFor) {
     Document json;
     ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
     for (const char* name : {"pipe", ".", "no/such.json"}) {
@@ -86,19 +88,12 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
     const std::string zeros(100, '\0');
     const std::string oldText = "{\"a\":\"old\"}";
     const std::string newText = "{\"a\":\"new\"}";
-    const auto valueIn = [&](const std::string& bytes) {
-        Document json;
-        return Read(bytes, json).Failed() ? "unreadable" : jsonGetValue<std::string>(json, "a");
-    };
-    const auto reserved = [&](const std::string& copy) { return oldText + zeros + copy + zeros; };
-    const auto copied = [&](const std::string& place) { return place + '\0' + newText; };
-    for (size_t written = 1; written < newText.size(); ++written)
-        EXPECT_EQ(valueIn(reserved(newText.substr(0, written))), "old") << written;
     for (size_t written = 0; written < newText.size(); ++written) {
-        const std::string place = newText.substr(0, written) + oldText.substr(written);
-        EXPECT_EQ(valueIn(copied(place)), "new") << written;
+        EXPECT_EQ(ValueIn(oldText + zeros + newText.substr(0, written) + zeros), "old") << written;
+        const std::string copied = newText.substr(0, written) + oldText.substr(written) + '\0' + newText;
+        EXPECT_EQ(ValueIn(copied), "new") << written;
         // And stopped again while the next text was written after these.
-        EXPECT_EQ(valueIn(copied(place).append("\0{\"a\":\"ne", 9)), "new") << written;
+        EXPECT_EQ(ValueIn(copied + std::string("\0{\"a\":\"ne", 9)), "new") << written;
     }
 }
 
@@ -108,27 +103,67 @@ TEST_F(JSONFileTest, AStoppedTailLeavesTheOldTextOrTheNew) {
     constexpr size_t kKeep = 6;
     const std::string place = oldText + std::string(kKeep + tail.size() - oldText.size(), '\0');
     const std::string second = '\0' + std::string("@6 14\n") + tail;
-    const auto valueIn = [&](const std::string& bytes) {
-        Document json;
-        return Read(bytes, json).Failed() ? "unreadable" : jsonGetValue<std::string>(json, "a");
-    };
     for (size_t written = 0; written < second.size(); ++written) {
         const std::string reserved = second.substr(0, written) + std::string(second.size() - written, '\0');
-        EXPECT_EQ(valueIn(place + reserved), "old") << written;
+        EXPECT_EQ(ValueIn(place + reserved), "old") << written;
     }
     for (size_t written = 0; written <= tail.size(); ++written) {
         const std::string front =
             place.substr(0, kKeep) + tail.substr(0, written) + place.substr(kKeep + written);
-        EXPECT_EQ(valueIn(front + second), "longer") << written;
+        EXPECT_EQ(ValueIn(front + second), "longer") << written;
         // And stopped again while a whole text was written after these.
-        EXPECT_EQ(valueIn(front + second + std::string("\0{\"a\":\"ne", 9)), "longer") << written;
+        EXPECT_EQ(ValueIn(front + second + std::string("\0{\"a\":\"ne", 9)), "longer") << written;
     }
     for (const std::string head :
          {"@60 14\n", "@7 14\n", "@18446744073709551615 14\n", "@-6 14\n", "@6\n", "@6 13\n"})
-        EXPECT_EQ(valueIn(place + '\0' + head + tail), "old") << head;
+        EXPECT_EQ(ValueIn(place + '\0' + head + tail), "old") << head;
     HeldLog log;
     EXPECT_EQ(file_.WriteTail(1000, "}", log).code, static_cast<int32_t>(0x80004005));
     EXPECT_EQ(folder_.Read("f.json"), place + '\0' + "@6 13\n" + tail);
+}
+
+rapidjson::ParseErrorCode Parse(const std::string& text) {
+    // Memory of its own exact size, so that a sanitizer sees a read past the end.
+    const std::vector<char> bytes(text.begin(), text.end());
+    Document document;
+    return ParseJSON({bytes.data(), bytes.size()}, document).Code();
+}
+
+std::string Times(int count, const std::string& text) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+TEST(JsonParse, LimitsHoldForValuesAndNotForText) {
+    const std::pair<std::string, rapidjson::ParseErrorCode> cases[] = {
+        {Times(512, "[") + Times(512, "]"), rapidjson::kParseErrorNone},
+        {Times(513, "[") + Times(513, "]"), rapidjson::kParseErrorTermination},
+        {Times(2000, "{\"a\":"), rapidjson::kParseErrorTermination},
+        {"[" + Times(2000, "[],") + "0]", rapidjson::kParseErrorNone},
+        {"[1e-123456789]", rapidjson::kParseErrorNone},
+        {"[1E+1234567890]", rapidjson::kParseErrorTermination},
+        {"[1e-00000000000000000001]", rapidjson::kParseErrorNone},
+        {"[1e00000000001234567890]", rapidjson::kParseErrorTermination},
+        {"[\"\\\"1e1234567890\\\\\"]", rapidjson::kParseErrorNone},
+        {"[/* \" 1e1234567890 */ 1] // 1e1234567890", rapidjson::kParseErrorNone},
+        {"[/* \" */ 1e1234567890]", rapidjson::kParseErrorTermination},
+        // Encoding is checked in strings only.
+        {"[\"gr\xFC\xDF\"]", rapidjson::kParseErrorStringInvalidEncoding},
+        {"[1 /* gr\xFC\xDF */]", rapidjson::kParseErrorNone},
+        {"\xEF\xBB\xBF[1]", rapidjson::kParseErrorNone},
+        {std::string("{}\0after", 8), rapidjson::kParseErrorNone},
+    };
+    for (const auto& [text, code] : cases)
+        EXPECT_EQ(Parse(text), code) << text.substr(0, 40);
+    // Wherever in a word of eight bytes the exponent stands, and whatever stands before it.
+    for (int shift = 0; shift < 17; ++shift) {
+        const std::string text = "[\"\\\\\", " + Times(shift, " ") + "7E-1234567890 ]";
+        EXPECT_EQ(Parse(text), rapidjson::kParseErrorTermination) << shift;
+    }
+    for (const char* unfinished : {"", "\"\\", "\"\\u12", "/*", "[1e", "{\"\\uDC00\":1}"})
+        EXPECT_NE(Parse(unfinished), rapidjson::kParseErrorNone) << unfinished;
 }
 
 }  // namespace

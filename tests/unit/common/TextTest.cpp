@@ -1,0 +1,59 @@
+#include <gtest/gtest.h>
+
+#include "common/Base64.h"
+#include "common/SafeString.h"
+#include "common/TextUtil.h"
+#include "tests/unit/common/Thrown.h"
+
+namespace KXP {
+namespace {
+
+using Pieces = std::vector<std::string>;
+
+TEST(Base64, IsDecodedStrictly) {
+    std::string bytes;
+    for (const auto& [text, plain] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"", ""}, {"Zg==", "f"}, {"Zm8=", "fo"}, {"Zm9v", "foo"}, {"+/+/", "\xFB\xFF\xBF"}}) {
+        EXPECT_TRUE(DecodeBase64(text, bytes)) << text;
+        EXPECT_EQ(bytes, plain);
+    }
+    for (const char* text : {"Zg", "Zh==", "Z===", "Zg==Zg==", "Zm9v\n", "Zm_9"})
+        EXPECT_FALSE(DecodeBase64(text, bytes)) << text;
+}
+
+TEST(Exception, EveryExceptionEndsInAValueWithBothNumbersInHexadecimal) {
+    EXPECT_EQ(Thrown([] { throw Exception(static_cast<int>(0x80070057), "m", 26); }), "0x80070057[1a]: m");
+    EXPECT_EQ(Thrown([] { throw JSONFieldError("field"); }), "0x8008f001[0]: field");
+    EXPECT_EQ(Thrown([] { throw std::runtime_error("other"); }), "0x8000ffff[0]: other");
+    EXPECT_EQ(Thrown([] { throw 5; }), "0x8000ffff[0]: Success");
+}
+
+TEST(SafeString, ACopyThatDoesNotFitIsCutOrRefused) {
+    constexpr const char* kInvalidArg = "0x8000ffff[0]: KXP::Error::InvalidArg";
+    wchar_t buffer[6] = L"old";
+    EXPECT_EQ(Thrown([&] { wcscpy_s(buffer, 6, nullptr); }), "0x8000ffff[0]: KXP::Error::InvalidPointer");
+    EXPECT_STREQ(buffer, L"");
+    EXPECT_EQ(wcscpy_s(buffer, 4, L"abc"), 0);
+    EXPECT_EQ(Thrown([&] { wcscpy_s(buffer, 4, L"abcd"); }), kInvalidArg);
+    // Not terminated, and not read beyond the count.
+    const wchar_t open[3] = {L'a', L'b', L'c'};
+    EXPECT_EQ(wcsncpy_s(buffer, 6, open, 3), 0);
+    EXPECT_STREQ(buffer, L"abc");
+    EXPECT_EQ(Thrown([&] { wcscpy_s(buffer + 2, 4, buffer); }), kInvalidArg) << "overlap";
+    for (const size_t count : {size_t{0}, size_t{6}})
+        EXPECT_EQ(Thrown([&] { wcsncpy_s(buffer, 6, L"abcdef", count); }), kInvalidArg);
+    EXPECT_EQ(wcsncpy_s(buffer, 6, L"abcdef", kTruncate), 80);
+    EXPECT_STREQ(buffer, L"abcde");
+    EXPECT_EQ(wcsncpy_s(buffer, 6, L"abcde", kTruncate), 0);
+}
+
+TEST(TextUtil, SplittingAtACharacterHasNoLastEmptyPiece) {
+    EXPECT_EQ(SplitString("a::b::", "::"), (Pieces{"a", "b", ""}));
+    EXPECT_EQ(SplitString("", "/"), Pieces{""});
+    EXPECT_EQ(SplitString("a//b/", '/'), (Pieces{"a", "", "b"}));
+    EXPECT_TRUE(SplitString("", '/').empty());
+    EXPECT_EQ(Thrown([] { SplitString("a", ""); }), "0x80070057[0]: Empty delimeter string");
+}
+
+}  // namespace
+}  // namespace KXP
