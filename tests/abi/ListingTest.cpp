@@ -106,14 +106,13 @@ TEST_F(ListingTest, HostileEntriesNeitherBlockNorBreakIt) {
     ASSERT_EQ(symlink("/dev/zero", at("device.jpg").c_str()), 0);
     gallery_.MakeFolder("folder.png");
     gallery_.Write("not \xFF utf-8.txt", "");
-    gallery_.Write("tab\tand \"quotes\".txt", "");
+    const std::string late = gallery_.Write("tab\tand \"quotes\".txt", "");
+    std::filesystem::last_write_time(
+        late, std::filesystem::last_write_time(at("good.txt")) + std::chrono::hours(1));
 
-    const std::string listing = List(gallery_.path());
-    EXPECT_EQ(listing.rfind("folder.png/self/\n", 0), 0u);
-    EXPECT_NE(listing.find("\ngood.txt:"), std::string::npos);
-    EXPECT_NE(listing.find("\ntab\tand \"quotes\".txt:"), std::string::npos);
-    for (const char* name : {"pipe", "dangling", "loop", "device", "not"})
-        EXPECT_EQ(listing.find(name), std::string::npos) << name;
+    EXPECT_EQ(List(gallery_.path()),
+              "folder.png/self/\ntab\tand \"quotes\".txt: other Unknown Undefined"
+              "\ngood.txt: other Unknown Undefined");
     EXPECT_FALSE(container_.All(6, "FileTime failed for").empty());
     EXPECT_EQ(container_.All(6, "that are not UTF-8").size(), 1u);
     EXPECT_EQ(List("/no/such/folder") + List(at("good.txt")), "");

@@ -1,14 +1,26 @@
 #include <gtest/gtest.h>
 
 #include "common/Base64.h"
+#include "common/DirUtil.h"
+#include "common/Exception.h"
 #include "common/SafeString.h"
 #include "common/TextUtil.h"
-#include "tests/unit/common/Thrown.h"
 
 namespace KXP {
 namespace {
 
 using Pieces = std::vector<std::string>;
+
+// What a call throws, as the value that a request would end in.
+template <typename Call>
+std::string Thrown(Call call) {
+    try {
+        call();
+    } catch (...) {
+        return ToStr(ExceptionToRetVal());
+    }
+    return "nothing thrown";
+}
 
 TEST(Base64, IsDecodedStrictly) {
     std::string bytes;
@@ -22,7 +34,10 @@ TEST(Base64, IsDecodedStrictly) {
 }
 
 TEST(Exception, EveryExceptionEndsInAValueWithBothNumbersInHexadecimal) {
-    EXPECT_EQ(Thrown([] { throw Exception(static_cast<int>(0x80070057), "m", 26); }), "0x80070057[1a]: m");
+    EXPECT_EQ(Thrown([] {
+                  CreateDirectoryPath({"/dev/null", "below"});
+              }),
+              "0x80004005[14]: ERROR: Unable to create folder");
     EXPECT_EQ(Thrown([] { throw JSONFieldError("field"); }), "0x8008f001[0]: field");
     EXPECT_EQ(Thrown([] { throw std::runtime_error("other"); }), "0x8000ffff[0]: other");
     EXPECT_EQ(Thrown([] { throw 5; }), "0x8000ffff[0]: Success");
