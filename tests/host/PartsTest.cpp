@@ -56,27 +56,16 @@ TEST(GalleryTable, NewestFirstWhateverTheMembersAre) {
     EXPECT_EQ(host::GalleryTable(Parsed(R"({"games":{}})"), true), "");
 }
 
-struct NotificationCase {
-    const char *method, *payload, *line;
-};
-
-TEST(NotificationText, OneLineForEachKnownOrNot) {
-    const char* const gallery = "GalleryNotifications";
-    for (
-        const NotificationCase& one :
-        {NotificationCase{
-             gallery,
-             R"({"captureSaved":{"ugc":{"path":"/v/Race/Photo\u001b[2J.png","fileType":"image",)"
-             R"("fileSubType":"Highlight","fileSizeKB":2412,"duration":"","highlightName":"Goal"},"unannounced":true}})",
-             "saved      Race/Photo\\x1b[2J.png  image, highlight, \"Goal\", 2.4 MB, unannounced"},
-         {gallery, R"({"highlightCaptureFailed":{"errorCode":-2147024894}})",
-          "failed     highlight, error 0x80070002"},
-         {gallery, R"({"openSummary":{"ugc":[{}]},"galleryIsFull":true})", nullptr},
-         {gallery, R"({"captureSaved":{"ugc":[]}})", nullptr},
-         {"Later", R"({"any":[1,"x"]})", nullptr}}) {
-        EXPECT_EQ(host::NotificationText(one.method, Parsed(one.payload)),
-                  one.line ? one.line : std::string(one.method) + "  " + one.payload);
-    }
+TEST(NotificationText, IsALineOrThePayloadWhereItsFormIsUnknown) {
+    const std::string saved =
+        R"({"captureSaved":{"ugc":{"path":"/v/Race/Photo\u001b[2J.png","fileType":"image",)"
+        R"("fileSubType":"Highlight","fileSizeKB":2412,"duration":"","highlightName":"Goal"},"unannounced":true}})";
+    EXPECT_EQ(host::NotificationText("GalleryNotifications", Parsed(saved)),
+              "saved      Race/Photo\\x1b[2J.png  image, highlight, \"Goal\", 2.4 MB, unannounced");
+    for (const char* unknown :
+         {R"({"openSummary":{"ugc":[{}]},"galleryIsFull":true})", R"({"captureSaved":{"ugc":[]}})"})
+        EXPECT_EQ(host::NotificationText("GalleryNotifications", Parsed(unknown)),
+                  std::string("GalleryNotifications  ") + unknown);
     EXPECT_EQ(host::NotificationText("Odd\n", KXP::Value(5)), "Odd\\x0a  5");
 }
 

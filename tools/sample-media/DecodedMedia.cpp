@@ -11,7 +11,6 @@
 
 extern "C" {
 #include <libavutil/display.h>
-#include <libavutil/pixdesc.h>
 }
 
 namespace made {
@@ -35,16 +34,13 @@ int NumberOf(const AVFrame& frame) {
     return Look(rgb.data(), frame.width, frame.height).number;
 }
 
-std::string Told(const AVStream& stream) {
+std::string Describe(const AVStream& stream) {
     std::ostringstream line;
     const AVCodecParameters& parameters = *stream.codecpar;
     line << avcodec_get_name(parameters.codec_id) << ' ' << parameters.width << 'x' << parameters.height
          << ' ' << parameters.sample_rate << " shape " << av_q2d(parameters.sample_aspect_ratio)
-         << " disposition " << stream.disposition;
-    for (const char* color :
-         {av_color_space_name(parameters.color_space), av_color_range_name(parameters.color_range),
-          av_color_primaries_name(parameters.color_primaries)})
-        line << ' ' << (color ? color : "-");
+         << " disposition " << stream.disposition << " colours " << parameters.color_space << ' '
+         << parameters.color_range << ' ' << parameters.color_primaries;
     const AVDictionaryEntry* entry = nullptr;
     while ((entry = av_dict_get(stream.metadata, "", entry, AV_DICT_IGNORE_SUFFIX)))
         if (entry->key != std::string("encoder")) line << ' ' << entry->key << '=' << entry->value;
@@ -108,7 +104,7 @@ Decoded Decode(const std::string& path) {
     std::vector<std::unique_ptr<Player>> players;
     for (unsigned i = 0; i < opened->nb_streams; ++i) {
         const AVStream& stream = *opened->streams[i];
-        decoded.tracks += Told(stream);
+        decoded.tracks += Describe(stream);
         const bool isVideo = stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
         players.push_back(std::make_unique<Player>(stream, decoded, isVideo ? nullptr : &decoded.sounds[i]));
     }

@@ -1,9 +1,8 @@
-// The remux library as its callers have it: opened at run time, with records written byte by byte.
+// The remux library as its callers have it: opened at run time.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -15,9 +14,8 @@ class CodecLibrary {
   public:
     CodecLibrary() : handle_(dlopen(PRODUCT_DEPENDENCIES "/libovnxcodelib.so", RTLD_NOW | RTLD_GLOBAL)) {
         if (!handle_) throw std::runtime_error(dlerror());
-        alignas(8) unsigned char record[1048] = {1, 0, 0, 0, 2};
-        Entry<decltype(&InitializeTranscoder)>("InitializeTranscoder")(
-            reinterpret_cast<ovsxcodeapi::InitParams*>(record));
+        ovsxcodeapi::InitParams params;
+        Entry<decltype(&InitializeTranscoder)>("InitializeTranscoder")(&params);
     }
     ~CodecLibrary() {
         Shutdown();
@@ -28,51 +26,32 @@ class CodecLibrary {
 
     void Shutdown() const { Entry<decltype(&ShutdownTranscoder)>("ShutdownTranscoder")(); }
 
-    // The parameter block and the record around it.
-    struct Call {
-        alignas(8) unsigned char block[2112] = {};
-        alignas(8) unsigned char record[24] = {};
-    };
-
-    static void Fill(Call& call, const std::string& input, const std::string& output, double start,
-                     double end, bool atKeyframe) {
-        Put(call.block, 0, uint32_t{1});
-        Put(call.block, 8, static_cast<uint64_t>(std::llround(start * 10000000)));
-        Put(call.block, 16, static_cast<uint64_t>(std::llround(end * 10000000)));
-        PutText(call.block + 24, input);
-        PutText(call.block + 1064, output);
-        Put(call.block, 2104, uint32_t{atKeyframe});
-        Put(call.record, 0, uint32_t{1});
-        Put(call.record, 4, uint32_t{1});
-        Put(call.record, 8, uint64_t{2112});
-        Put(call.record, 16, reinterpret_cast<uint64_t>(&call.block));
+    static ovsxcodeapi::RemuxBlock Block(const std::string& input, const std::string& output, double start,
+                                         double end, bool atKeyframe = false) {
+        ovsxcodeapi::RemuxBlock block;
+        block.start = static_cast<uint64_t>(std::llround(start * 10000000));
+        block.end = static_cast<uint64_t>(std::llround(end * 10000000));
+        // Of ASCII characters.
+        std::copy(input.begin(), input.end(), block.input);
+        std::copy(output.begin(), output.end(), block.output);
+        block.flags = atKeyframe ? uint32_t{ovsxcodeapi::RemuxAtKeyframe} : 0;
+        return block;
     }
 
-    int32_t Run(Call& call) const {
-        return Entry<decltype(&OvsXcodeRemux)>("OvsXcodeRemux")(
-            reinterpret_cast<ovsxcodeapi::RemuxParams&>(call.record));
+    int32_t Run(ovsxcodeapi::RemuxParams params) const {
+        return Entry<decltype(&OvsXcodeRemux)>("OvsXcodeRemux")(params);
     }
 
     // Times in seconds.
     int32_t Remux(const std::string& input, const std::string& output, double start, double end,
                   bool atKeyframe = false) const {
-        Call call;
-        Fill(call, input, output, start, end, atKeyframe);
-        return Run(call);
-    }
-
-    template <typename Number>
-    static void Put(unsigned char* record, size_t at, Number value) {
-        std::memcpy(record + at, &value, sizeof(value));
+        ovsxcodeapi::RemuxBlock block = Block(input, output, start, end, atKeyframe);
+        ovsxcodeapi::RemuxParams params;
+        params.block = &block;
+        return Run(params);
     }
 
   private:
-    // Of ASCII characters.
-    static void PutText(unsigned char* at, const std::string& text) {
-        for (size_t i = 0; i < text.size(); ++i)
-            at[4 * i] = static_cast<unsigned char>(text[i]);
-    }
-
     template <typename Function>
     Function Entry(const char* name) const {
         const auto entry = reinterpret_cast<Function>(dlsym(handle_, name));

@@ -223,17 +223,18 @@ TEST_F(RemuxTest, SpoiltFilesEndInAValue) {
 
 TEST_F(RemuxTest, RecordsThatAreNoneAreRefused) {
     const std::string source = Put(Capture());
-    for (const size_t at : {0, 4, 8, 16}) {  // version, kind, size, block
-        CodecLibrary::Call call;
-        CodecLibrary::Fill(call, source, clip_, 1, 2, false);
-        CodecLibrary::Put(call.record, at, uint64_t{0});
-        EXPECT_EQ(library_.Run(call), -20) << at;
-    }
-    CodecLibrary::Call endless;
-    CodecLibrary::Fill(endless, source, clip_, 1, 2, false);
-    for (size_t i = 0; i < 260; ++i)
-        CodecLibrary::Put(endless.block, 24 + 4 * i, uint32_t{'x'});
-    EXPECT_EQ(library_.Run(endless), -20);
+    ovsxcodeapi::RemuxBlock block = CodecLibrary::Block(source, clip_, 1, 2);
+    ovsxcodeapi::RemuxParams good;
+    good.block = &block;
+    ovsxcodeapi::RemuxParams bad[] = {good, good, good, good};
+    bad[0].version = 0;
+    bad[1].kind = 0;
+    bad[2].blockSize = 0;
+    bad[3].block = nullptr;
+    for (const ovsxcodeapi::RemuxParams& params : bad)
+        EXPECT_EQ(library_.Run(params), -20);
+    std::fill(std::begin(block.input), std::end(block.input), L'x');
+    EXPECT_EQ(library_.Run(good), -20) << "a text without an end";
     library_.Shutdown();
     EXPECT_EQ(library_.Remux(source, clip_, 1, 2), -22);
 }

@@ -1,6 +1,4 @@
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <memory>
 #include <random>
@@ -10,7 +8,6 @@
 
 #include "OvnxMedia.h"
 #include "sample-captures/MediaBytes.h"
-#include "sample-media/MadeMedia.h"
 #include "sample-media/StillFiles.h"
 
 namespace {
@@ -39,14 +36,13 @@ struct Thumbnail {
     }
 };
 
-Thumbnail Make(const std::string& bytes, uint32_t width = 320, uint32_t height = 180,
-               decltype(OvnxMediaStillThumbnail)* make = OvnxMediaStillThumbnail) {
+Thumbnail Make(const std::string& bytes, uint32_t width = 320, uint32_t height = 180) {
     const File file = FileOf(bytes);
     char message[200] = "";
     const OvnxMediaRequest request{width, height, nullptr, nullptr, message, sizeof(message)};
     OvnxMediaPicture picture{};
     Thumbnail result;
-    result.status = make(fileno(file.get()), &request, &picture);
+    result.status = OvnxMediaStillThumbnail(fileno(file.get()), &request, &picture);
     result.message = message;
     if (result.status != OVNX_MEDIA_OK) return result;
     png_image image{};
@@ -232,14 +228,6 @@ TEST(StillThumbnail, StopsOnDemand) {
         EXPECT_EQ(OvnxMediaStillThumbnail(fileno(source.get()), &request, &picture), OVNX_MEDIA_STOPPED);
         EXPECT_EQ(picture.bytes, nullptr);
     }
-}
-
-TEST(VideoFrame, ComesAsAPng) {
-    std::ifstream file(made::Path({}), std::ios::binary);
-    const std::string video(std::istreambuf_iterator<char>(file), {});
-    const Thumbnail frame = Make(video, 160, 160, OvnxMediaVideoFrame);
-    EXPECT_EQ(std::pair(frame.width, frame.height), std::pair(160U, 90U)) << frame.message;
-    EXPECT_EQ(Make(video).status, OVNX_MEDIA_UNKNOWN_FORMAT);
 }
 
 TEST(Probe, GoesByTheFirstBytes) {

@@ -183,18 +183,18 @@ TEST_F(UGCTrackerTest, OnlyFilesOfGameFoldersAreWaitedFor) {
     EXPECT_TRUE(tracker_->IsTrackedFile(gallery_.Path("Game/a.png")));
     EXPECT_TRUE(tracker_->AwaitTracked(gallery_.home() / "alias/Game/a.png", never, cancelled));
     // A wait ends with its task, and with the tracker.
-    auto wait = std::async(std::launch::async, [&] {
-        return tracker_->AwaitTracked(gallery_.Path("Game/later.png"), never, cancelled);
-    });
-    cancelled = true;
-    tracker_->WakeWaiting();
-    EXPECT_FALSE(wait.get());
-    cancelled = false;
-    wait = std::async(std::launch::async, [&] {
-        return tracker_->AwaitTracked(gallery_.Path("Game/later.png"), never, cancelled);
-    });
-    tracker_->Stop();
-    EXPECT_FALSE(wait.get());
+    for (const bool stops : {false, true}) {
+        auto wait = std::async(std::launch::async, [&] {
+            return tracker_->AwaitTracked(gallery_.Path("Game/later.png"), never, cancelled);
+        });
+        cancelled = !stops;
+        if (stops)
+            tracker_->Stop();
+        else
+            tracker_->WakeWaiting();
+        EXPECT_FALSE(wait.get());
+        cancelled = false;
+    }
 }
 
 TEST_F(UGCTrackerTest, CaptionsAreKept) {

@@ -1,7 +1,9 @@
+// From an event of the kernel to a call of the tracker: what is collected, and what is decided.
 #include <stdexcept>
 
 #include <gtest/gtest.h>
 
+#include "plugin-modules/Gallery/src/watcher/EventWindow.h"
 #include "plugin-modules/Gallery/src/watcher/WatchDecision.h"
 #include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
 #include "tests/support/LogCapture.h"
@@ -11,6 +13,8 @@
 namespace {
 
 using namespace watcher;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
 
 TEST(WatchDecision, FlagsAndExistenceDecide) {
     const struct {
@@ -59,6 +63,33 @@ TEST(WatchDispatch, HoldsTheKindOfTheEventAgainstWhatIsThere) {
     EXPECT_TRUE(log.HasLine(4, "Calling Track for /a"));
     EXPECT_TRUE(log.HasLine(4, "Calling Untrack for /a"));
     EXPECT_TRUE(log.HasLine(1, "Watcher callback threw no such thing for /a"));
+}
+
+TEST(EventWindow, OpensAtTheFirstEventAndClosesAfterItsTimeOrWhenFull) {
+    const TimePoint start{};
+    EventWindow window(seconds(1), 2);
+    EXPECT_FALSE(window.Closes());
+    window.Add("a", ItemCreated, start);
+    EXPECT_FALSE(window.IsDue(start + milliseconds(999)));
+    EXPECT_TRUE(window.IsDue(start + seconds(1)));
+    EXPECT_EQ(window.Take().size(), 1U);
+    EXPECT_FALSE(window.IsDue(start + seconds(5)));
+    window.Add("a", ItemCreated, start + seconds(5));
+    EXPECT_EQ(window.Closes(), start + seconds(6));
+    window.Add("b", ItemCreated, start + seconds(5));
+    EXPECT_TRUE(window.IsDue(start + seconds(5)));
+}
+
+TEST(EventWindow, EachPathOnceInOrderOfFirstArrival) {
+    EventWindow window(seconds(1));
+    window.Add("b", ItemCreated | ItemIsFile, {});
+    window.Add("a", ItemRenamed | ItemIsFile, {});
+    window.Add("b", ItemRemoved | ItemIsDir, {});
+    const auto events = window.Take();
+    ASSERT_EQ(events.size(), 2U);
+    EXPECT_EQ(events[0].path, "b");
+    EXPECT_EQ(events[0].flags, ItemCreated | ItemRemoved | ItemIsDir);
+    EXPECT_EQ(events[1].flags, ItemRenamed | ItemIsFile);
 }
 
 }  // namespace

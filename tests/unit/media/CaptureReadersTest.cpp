@@ -1,0 +1,188 @@
+// The readers of captures: their texts, what they read of odd files, and what they log. How they go from
+// place to place is compared with plain forms of them by the fuzz targets.
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "plugin-modules/Gallery/src/media/JpegWalk.h"
+#include "plugin-modules/Gallery/src/media/Mp4Header.h"
+#include "plugin-modules/Gallery/src/media/Mp4Walk.h"
+#include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+#include "plugin-modules/Gallery/src/media/PngWalk.h"
+#include "plugin-modules/Gallery/src/media/XMPMeta.h"
+#include "tests/support/CaptureBytes.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+using captures::Block;
+using samples::Mp4Box;
+using samples::U32;
+using samples::U64;
+
+media::SniffResult Walk(int32_t (*walk)(media::ByteCursor&, media::SniffResult&), const std::string& bytes) {
+    media::MemorySource source(bytes);
+    media::ByteCursor cursor(source);
+    media::SniffResult result;
+    walk(cursor, result);
+    return result;
+}
+
+TEST(Walks, SayWhatIsWrongWithAFile) {
+    const auto longName = [](uint16_t tag) { return captures::Jpeg({{tag, 513, 0}}, "", ""); };
+    const struct {
+        int32_t (*walk)(media::ByteCursor&, media::SniffResult&);
+        std::string bytes;
+        const char* finding;
+    } cases[] = {
+        {media::WalkMp4, U32(7) + "moov", "Malformed MP4 file. Box size less than header overhead."},
+        {media::WalkMp4, U32(1) + "mdat" + U64(15),
+         "Malformed MP4 file. Box size less than header overhead with ext size."},
+        {media::WalkMp4, U32(1) + "mdat", "Failed to read from MP4 file."},
+        {media::WalkMp4, Mp4Box("tagc", ""), "Failed to read box data from MP4 file."},
+        {media::WalkJpeg, longName(0x000B), "CheckIfZv: DRSName is way too big!"},
+        {media::WalkJpeg, longName(0xC6F6), "CheckIfZv: DRSProfileName is way too big!"},
+    };
+    for (const auto& [walk, bytes, finding] : cases) {
+        const media::SniffResult result = Walk(walk, bytes);
+        ASSERT_EQ(result.findings.size(), 1u) << finding;
+        EXPECT_STREQ(result.findings[0], finding);
+    }
+}
+
+TEST(Walks, FindTheBlockInThePacketOfAPng) {
+    const std::string block = Block("s", R"({"ShortName":"short","CmsId":5})");
+    std::string quoted;
+    for (const char c : block)
+        quoted += c == '"' ? "&quot;" : std::string(1, c);
+    const media::SniffResult outcome =
+        Walk(media::WalkPng, captures::Png(captures::PngXmp(captures::Xmp("Ovirastream LUMIS 1.1", quoted))));
+    EXPECT_EQ(outcome.fileSource + outcome.fileSubType, "OVS_LumisNormal_Lumis");
+    EXPECT_EQ(outcome.shortName, "short");
+    EXPECT_EQ(outcome.cmsId, 5);
+}
+
+TEST(XMPMeta, IsNoParserOfXml) {
+    const auto content = [](const std::string& text, const std::vector<const char*>& tags) {
+        media::XMPMeta xmp(text);
+        for (const char* tag : tags)
+            EXPECT_EQ(xmp.Descend(tag), 0);
+        std::string out = "left over";
+        EXPECT_EQ(xmp.GetCurrentString(out), 0);
+        return out;
+    };
+    const struct {
+        const char *text, *content;
+    } cases[] = {
+        {"<ns:a b=\"c\"> \n two words\n </a  > tail", "two words"},
+        {"<a>closed by one</ns:a>", "closed by one</ns:a>"},
+        {"<a>x<b>y</b>z<</a>", "x<b>y</b>z<</a>"},
+        {"   <a> \n </a>", ""},
+        {"<a>never closed <", "never closed <"},
+        {"<a>&lt;&gt;&amp;&apos;&quot;&#xA;&amp;lt;&nbsp;&LT;&am</a>p;", "<>&'\"\n&lt;&nbsp;&LT;&am"},
+    };
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(content(text, {"a"}), expected);
+    EXPECT_EQ(content("<r><a>in</a></r>", {"r", "missing", "a"}), "in");
+}
+
+struct CountingSource final : media::ByteSource {
+    explicit CountingSource(std::string all) : bytes(std::move(all)) {}
+    size_t ReadAt(uint64_t position, char* out, size_t count) override {
+        const size_t got = media::MemorySource(bytes).ReadAt(position, out, count);
+        bytesRead += got;
+        return got;
+    }
+
+    const std::string bytes;
+    uint64_t bytesRead = 0;
+};
+
+TEST(Mp4Header, AFileOfBoxesIsReadOnceAndDoesNotFloodTheLog) {
+    const LogCapture log;
+    std::string boxes;
+    for (int i = 0; i < 50000; ++i)
+        boxes += samples::Mp4Box("\xFF\n%s", "");
+    CountingSource source(boxes);
+    media::Mp4HeaderInfo info;
+    EXPECT_EQ(media::ReadMp4Header(source, true, info), 1);
+    EXPECT_LT(source.bytesRead, boxes.size() + boxes.size() / 50);
+    EXPECT_TRUE(log.HasLine(3, "Box ??%s"));
+    EXPECT_EQ(log.Count("Box ??%s"), 1000);
+}
+
+TEST(Mp4Header, AFileThatCannotBeOpenedLeavesTheResultsAlone) {
+    const LogCapture log;
+    double duration = 5;
+    std::string audioType = "before";
+    unsigned int side = 6;
+    EXPECT_EQ(media::FindMP4HeaderInfo("/nowhere/none.mp4", duration, audioType, false, side, side),
+              static_cast<int32_t>(0x80004005));
+    EXPECT_TRUE(log.HasLine(2, "Failed to open none.mp4"));
+    EXPECT_EQ(audioType + std::to_string(duration + side), "before11.000000");
+}
+
+class OwnershipSniffer : public testing::Test {
+  protected:
+    const TempFolder folder_;
+};
+
+struct Row {
+    const char* name;
+    const std::string& bytes;
+    const char *fileType, *subType;
+    bool isOwn;
+};
+
+TEST_F(OwnershipSniffer, ExtensionSelectsTheWalkAndTheBytesDecide) {
+    const std::string png = captures::Png(captures::PngText("Software", "Ovirastream SHARE"));
+    const std::string jpeg = captures::OwnJpeg(100, 100);
+    const std::string mp4 = captures::Movie(captures::Block("Ovirastream SDK", "{}"));
+    for (const Row& row :
+         {Row{"A.PNG", png, "image", "Normal", true}, Row{"a.jpg", png, "image", "Unknown", false},
+          Row{"a.mp4", png, "video", "Unknown", false}, Row{"a.png2", png, "other", "Unknown", false},
+          Row{"png", png, "other", "Unknown", false}, Row{"b.jps", jpeg, "image", "Stereo", true},
+          Row{"b.jpeg", jpeg, "other", "Unknown", false}, Row{"c.Mp4", mp4, "video", "Highlight", true}}) {
+        media::SniffResult result;
+        EXPECT_GE(media::SniffFile(folder_.Write(row.name, row.bytes), result), 0) << row.name;
+        EXPECT_EQ(result.fileType + result.fileSubType, std::string(row.fileType) + row.subType) << row.name;
+        EXPECT_EQ(result.isOwn, row.isOwn) << row.name;
+    }
+}
+
+TEST_F(OwnershipSniffer, ResetsWhatItDecidesAndKeepsTheHighlight) {
+    media::SniffResult result;
+    result.fileSubType = result.drsName = result.highlightName = "before";
+    EXPECT_EQ(media::SniffFile("no dot", result), 1);
+    EXPECT_EQ(result.fileSubType + result.drsName + result.highlightName, "Unknownbefore");
+}
+
+TEST_F(OwnershipSniffer, WhatIsNoReadableFileNeverBlocks) {
+    ASSERT_EQ(mkfifo((folder_ / "pipe.png").c_str(), 0600), 0);
+    folder_.MakeFolder("folder.mp4");
+    std::filesystem::create_symlink("/dev/zero", folder_ / "device.jpg");
+    const std::string real =
+        folder_.Write("real.png", captures::Png(captures::PngText("Software", "Ovirastream SHARE")));
+    for (const std::string& path :
+         {folder_ / "pipe.png", folder_ / "folder.mp4", folder_ / "device.jpg", folder_ / "missing.jps",
+          real + std::string("\0.png", 5), folder_ / (std::string(300, 'x') + ".png")}) {
+        media::SniffResult result;
+        EXPECT_EQ(static_cast<uint32_t>(media::SniffFile(path, result)), 0x80004005u) << path;
+    }
+}
+
+TEST_F(OwnershipSniffer, FindsTheMovieBehindFiveGigabytes) {
+    constexpr uint64_t kHole = 5'000'000'000;
+    const std::string path = folder_.Write("hole.mp4", samples::U32(1) + "mdat" + samples::U64(kHole + 16));
+    std::filesystem::resize_file(path, kHole + 16);
+    std::ofstream(path, std::ios::binary | std::ios::app)
+        << captures::Movie(captures::Block("Ovirastream SDK", "{}"));
+    media::SniffResult result;
+    EXPECT_EQ(media::SniffFile(path, result), 1);
+    EXPECT_TRUE(result.isOwn);
+}
+
+}  // namespace
