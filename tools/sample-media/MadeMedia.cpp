@@ -25,7 +25,8 @@ constexpr int kSampleRate = 48000;
 constexpr int kDigits = 12;  // of the frame's number, in binary, from the left
 
 using Rgb = std::array<uint8_t, 3>;
-constexpr Rgb kCorners[4] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 255}};
+// Not as strong as can be: a wrong matrix or range would only cut those off.
+constexpr Rgb kCorners[4] = {{190, 60, 60}, {60, 190, 60}, {60, 60, 190}, {190, 190, 190}};
 constexpr char kCornerNames[] = "rgbw";
 
 int Check(int result, const char* what) {
@@ -87,13 +88,14 @@ void AddNoise(AVFrame& frame, int number) {
 
 void Paint(AVFrame& frame, int number, const Video& video) {
     constexpr int kUnity = 1 << 16;
+    const bool is709 = video.height >= 720 || video.namesMatrix;
     const std::unique_ptr<SwsContext, void (*)(SwsContext*)> scaler(
         Check(sws_getContext(video.width, video.height, AV_PIX_FMT_RGB24, video.width, video.height,
                              static_cast<AVPixelFormat>(frame.format), SWS_POINT, nullptr, nullptr, nullptr),
               "scaler"),
         &sws_freeContext);
     sws_setColorspaceDetails(scaler.get(), sws_getCoefficients(SWS_CS_DEFAULT), 1,
-                             sws_getCoefficients(video.height >= 720 ? SWS_CS_ITU709 : SWS_CS_ITU601),
+                             sws_getCoefficients(is709 ? SWS_CS_ITU709 : SWS_CS_ITU601),
                              frame.color_range == AVCOL_RANGE_JPEG, 0, kUnity, kUnity);
     const std::vector<uint8_t> rgb = Picture(number, video);
     const uint8_t* const from[] = {rgb.data()};
@@ -114,11 +116,7 @@ Codec VideoEncoder(const Video& video) {
     codec->pix_fmt = video.codec == std::string("mjpeg") ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
     codec->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
     codec->sample_aspect_ratio = {video.pixelWidth, 1};
-    if (video.height >= 720) {
-        codec->colorspace = AVCOL_SPC_BT709;
-        codec->color_primaries = AVCOL_PRI_BT709;
-        codec->color_trc = AVCOL_TRC_BT709;
-    }
+    if (video.namesMatrix) codec->colorspace = AVCOL_SPC_BT709;
     if (video.bitRate > 0) codec->bit_rate = video.bitRate;
     // An encoder ignores options that it does not have.
     av_opt_set(codec->priv_data, "preset", video.bFrames > 0 ? "superfast" : "ultrafast", 0);
@@ -252,7 +250,7 @@ void Mux(const Video& video, const std::string& path) {
 }
 
 char CornerName(const uint8_t* pixel) {
-    const auto isNear = [](uint8_t a, uint8_t b) { return std::abs(a - b) < 40; };
+    const auto isNear = [](uint8_t a, uint8_t b) { return std::abs(a - b) < 10; };
     for (int corner = 0; corner < 4; ++corner)
         if (std::equal(pixel, pixel + 3, kCorners[corner].begin(), isNear)) return kCornerNames[corner];
     return '.';

@@ -19,9 +19,10 @@ struct Video {
     int blackFrames = 0;  // at the beginning, with no number
     int rotation = 0;     // clockwise, in degrees, that players turn it by
     bool fullRange = false;
-    int pixelWidth = 1;   // against a height of 1
-    int64_t bitRate = 0;  // with noise that takes it up, for large files; 0: as small as it gets
-    int repeat = 1;       // all the frames again, numbers included
+    bool namesMatrix = false;  // that of BT.709, which unnamed goes with a height from 720 on
+    int pixelWidth = 1;        // against a height of 1
+    int64_t bitRate = 0;       // with noise that takes it up, for large files; 0: as small as it gets
+    int repeat = 1;            // all the frames again, numbers included
     const char* codec = "libx264";
     const char* format = "mp4";  // or "matroska"; what follows is for MP4 alone
     bool moovInFront = false;

@@ -75,6 +75,7 @@ const std::vector<std::pair<const char*, std::string>> kFiles = {
     {"hole in the movie", kMedia + Movie(UserData(Mp4Box("tagc", kOld) + kTitle) + Free(400)) + kMedia},
     {"hole behind the movie", Movie(UserData(Mp4Box("tagc", kOld) + kTitle)) + Free(400) + kMedia},
     {"too small a hole", Movie() + Free(20) + kMedia},
+    {"a hole that leaves no room for its rest", Movie() + Free(16 + kNew.size() + 4) + kMedia},
     {"hole for a movie", Free(2000) + kMedia + Movie(UserData(Mp4Box("tagc", kOld))) + kMedia},
     {"fragments", Movie(UserData(Mp4Box("tagc", kOld))) + Free(400) + Mp4Box("moof", "fragment") + kMedia},
     {"left by an engraving that ended before the switch",

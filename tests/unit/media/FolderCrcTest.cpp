@@ -72,7 +72,7 @@ TEST(FolderCrc, HoldsTimesFolderNamesAndOneFile) {
 TEST(FolderCrc, WalksTheFolderFoundLastFirst) {
     const TempFolder folder;
     for (const char* name : {"a/1/file", "b/2/file", "c/3/file"})
-        folder.Write(name, "");
+        folder.Write(name, ""), folder.Write(name + std::string("2"), "");
     std::string names = folder.path();
     std::string below;
     for (const auto& entry : fs::directory_iterator(folder.path())) {
@@ -81,7 +81,9 @@ TEST(FolderCrc, WalksTheFolderFoundLastFirst) {
     }
     const TreeData data = Walk(folder.path());
     EXPECT_EQ(data.folders, names + below);
-    EXPECT_EQ(fs::path(data.lastFile).parent_path().filename(), below.substr(2)) << "walked last";
+    const fs::path last = data.lastFile;
+    EXPECT_EQ(last.parent_path().filename(), below.substr(2)) << "walked last";
+    EXPECT_EQ(last, fs::directory_iterator(last.parent_path())->path()) << "the first of its folder";
 }
 
 TEST(FolderCrc, LinksToFoldersCountAsFiles) {

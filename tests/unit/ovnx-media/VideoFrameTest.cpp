@@ -55,6 +55,7 @@ TEST(VideoFrame, IsTheKeyframeAtATenth) {
         {"no reordering", [](made::Video& each) { each.bFrames = 0; }},
         {"full range", [](made::Video& each) { each.fullRange = true; }},
         {"high definition", [](made::Video& each) { each.width = 640, each.height = 720; }},
+        {"a named matrix", [](made::Video& each) { each.namesMatrix = true; }},
         {"Matroska", [](made::Video& each) { each.format = "matroska"; }},
     };
     for (const Case& each : cases) {
