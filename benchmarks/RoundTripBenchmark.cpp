@@ -10,7 +10,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 #include "common/plugincommon/JsonResponseAsync.h"
 #include "core/container/cef/ZvCefPlugin.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"

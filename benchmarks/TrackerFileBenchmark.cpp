@@ -13,7 +13,7 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include "common/JSONFile.h"
+#include "common/json/JSONFile.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 namespace {

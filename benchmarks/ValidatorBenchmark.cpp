@@ -5,7 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "common/message/PayloadSchemas.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 

@@ -8,14 +8,14 @@ function(precompile_headers)
   target_link_libraries(pch_libraries PRIVATE kxp_common)
   target_precompile_headers(pch_libraries PRIVATE
     <algorithm> <atomic> <chrono> <filesystem> <functional> <map> <memory> <optional> <set> <string> <thread>
-    <vector> "${CMAKE_SOURCE_DIR}/src/common/Json.h")
+    <vector> "${CMAKE_SOURCE_DIR}/src/common/json/Json.h")
   if(GALLERY_TESTS)
     find_package(GTest REQUIRED)
     add_executable(pch_tests "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/Precompiled.cpp")
     target_link_libraries(pch_tests PRIVATE kxp_common GTest::gtest GTest::gtest_main)
     target_precompile_headers(pch_tests PRIVATE
       <algorithm> <atomic> <chrono> <filesystem> <fstream> <functional> <map> <memory> <optional> <set> <string>
-      <thread> <vector> <gtest/gtest.h> "${CMAKE_SOURCE_DIR}/src/common/Json.h")
+      <thread> <vector> <gtest/gtest.h> "${CMAKE_SOURCE_DIR}/src/common/json/Json.h")
   endif()
   reuse_headers_below("${CMAKE_SOURCE_DIR}")
 endfunction()

@@ -2,8 +2,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/src/activity/ActivityData.h"
 

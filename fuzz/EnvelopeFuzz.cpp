@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "common/Exception.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "common/message/MessageValidator.h"
+#include "common/results/Exception.h"
 #include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 

@@ -1,7 +1,7 @@
 // The text of a highlights configuration, and the names in it.
 #include <cstdint>
 
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "fuzz/QuietLog.h"
 #include "libraries/share-common/HighlightsConfigJson.h"
 

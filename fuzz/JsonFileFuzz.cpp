@@ -7,8 +7,8 @@
 
 #include <unistd.h>
 
-#include "common/JSONFile.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JSONFile.h"
+#include "common/json/JsonHelpers.h"
 #include "fuzz/QuietLog.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "common/JsonParse.h"
-#include "common/StackDocument.h"
+#include "common/json/JsonParse.h"
+#include "common/json/StackDocument.h"
 #include "fuzz/Plain.h"
 #include "plugin-modules/Gallery/src/media/Mp4Walk.h"
 

@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/src/settings/SettingsJson.h"
 

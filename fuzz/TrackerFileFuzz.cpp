@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 

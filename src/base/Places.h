@@ -1,6 +1,6 @@
 // The product's places on disk that the utility library and the libraries above it must agree on;
-// common/Profile.h has the rest. Paths are UTF-8 without a "/" at the end. Every call may be made from any
-// thread.
+// common/product/Profile.h has the rest. Paths are UTF-8 without a "/" at the end. Every call may be made
+// from any thread.
 #pragma once
 
 #include <string>

@@ -1,7 +1,7 @@
 // The plug-in over a gallery of its own, and what its answers contain.
 #pragma once
 
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 #include "tests/abi/PluginLibrary.h"
 #include "tests/support/TempGallery.h"
 

@@ -9,8 +9,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "core/container/cef/ZvCefPlugin.h"
 #include "tests/support/FakeContainer.h"
 #include "tests/support/TemporaryHome.h"

@@ -13,7 +13,7 @@
 #include <boost/asio/thread_pool.hpp>
 #include <unistd.h>
 
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "core/container/cef/ZvCefPlugin.h"
 
 namespace {

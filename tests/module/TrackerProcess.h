@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 #include "tests/host/ChildProcess.h"
 #include "tests/support/TempFolder.h"
 

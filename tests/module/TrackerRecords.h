@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/JSONFile.h"
+#include "common/json/JSONFile.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 struct TrackerRecords {

@@ -13,8 +13,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "common/JsonHelpers.h"
-#include "common/Profile.h"
+#include "common/json/JsonHelpers.h"
+#include "common/product/Profile.h"
 #include "sample-media/MadeMedia.h"
 
 namespace {

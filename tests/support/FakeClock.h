@@ -5,7 +5,7 @@
 #include <atomic>
 #include <chrono>
 
-#include "common/plugincommon/task/Clock.h"
+#include "common/task/Clock.h"
 
 class FakeClock : public KXP::Clock {
   public:

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "common/Exception.h"
-#include "common/RetVal.h"
+#include "common/results/Exception.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 
 class RecordingHost : public ITrackerHost {

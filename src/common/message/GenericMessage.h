@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "common/TextUtil.h"
 #include "common/message/JSONMessage.h"
+#include "common/text/TextUtil.h"
 
 namespace KXP {
 

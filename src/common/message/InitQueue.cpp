@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "common/Exception.h"
+#include "common/results/Exception.h"
 
 namespace KXP {
 

@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
-#include "common/TextUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
+#include "common/results/Exception.h"
+#include "common/text/TextUtil.h"
 
 namespace KXP {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 namespace MessageBusClient {
 class IBusMessage;

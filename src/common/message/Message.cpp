@@ -1,7 +1,7 @@
 #include "common/message/Message.h"
 
-#include "common/Exception.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
+#include "common/results/Exception.h"
 
 namespace KXP::Message {
 namespace {

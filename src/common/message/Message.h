@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "common/RetVal.h"
 #include "common/message/GenericMessage.h"
 #include "common/message/JSONMessage.h"
+#include "common/results/RetVal.h"
 
 namespace KXP::Message {
 

@@ -9,7 +9,7 @@
 
 #include "CobalixUtil.h"
 #include "common/message/Message.h"
-#include "common/plugincommon/task/TaskQueue.h"
+#include "common/task/TaskQueue.h"
 
 namespace KXP {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
+#include "common/results/Exception.h"
 
 namespace KXP {
 namespace {

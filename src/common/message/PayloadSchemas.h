@@ -5,9 +5,9 @@
 #include <string>
 #include <unordered_map>
 
-#include "common/Json.h"
-#include "common/Mutex.h"
-#include "common/RetVal.h"
+#include "common/json/Json.h"
+#include "common/results/RetVal.h"
+#include "common/threads/Mutex.h"
 
 namespace KXP {
 

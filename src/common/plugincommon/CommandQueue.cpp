@@ -1,6 +1,6 @@
 #include "CobalixUtil.h"
-#include "common/Exception.h"
 #include "common/plugincommon/PluginModuleBase.h"
+#include "common/results/Exception.h"
 
 namespace KXP {
 

@@ -1,8 +1,8 @@
 // How a module handles the messages that reach it.
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
 #include "common/plugincommon/PluginModuleBase.h"
+#include "common/results/Exception.h"
 
 namespace KXP {
 

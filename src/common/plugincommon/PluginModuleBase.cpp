@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "CobalixUtil.h"
-#include "common/Config.h"
-#include "common/Exception.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
+#include "common/product/Config.h"
+#include "common/results/Exception.h"
 
 namespace KXP {
 namespace {

@@ -15,7 +15,7 @@
 #include "common/message/PersistentResponseHandler.h"
 #include "common/message/RequestCallbackManager.h"
 #include "common/plugincommon/IContainerConnector.h"
-#include "common/plugincommon/task/TaskQueue.h"
+#include "common/task/TaskQueue.h"
 
 namespace KXP {
 

@@ -1,6 +1,6 @@
 #include "common/plugincommon/PluginRegistry.h"
 
-#include "common/Exception.h"
+#include "common/results/Exception.h"
 
 namespace KXP {
 namespace {

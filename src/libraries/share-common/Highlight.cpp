@@ -1,7 +1,7 @@
 #include "libraries/share-common/Highlight.h"
 
-#include "common/FileUtil.h"
-#include "common/JsonHelpers.h"
+#include "common/files/FileUtil.h"
+#include "common/json/JsonHelpers.h"
 
 namespace {
 

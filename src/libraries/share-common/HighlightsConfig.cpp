@@ -3,9 +3,9 @@
 #include <utility>
 #include <vector>
 
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
-#include "common/TextUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/text/TextUtil.h"
 #include "libraries/share-common/HighlightsConfigJson.h"
 #include "libraries/share-common/ShareFolder.h"
 

@@ -7,10 +7,10 @@
 #include <map>
 #include <string>
 
-#include "common/HeldLog.h"
-#include "common/JSONFile.h"
-#include "common/Mutex.h"
-#include "common/RetVal.h"
+#include "common/json/JSONFile.h"
+#include "common/results/RetVal.h"
+#include "common/threads/HeldLog.h"
+#include "common/threads/Mutex.h"
 #include "libraries/share-common/Highlight.h"
 
 struct HighlightDefinition {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "common/JsonHelpers.h"
-#include "common/TextUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/text/TextUtil.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Reads and builds the text of a highlights configuration; knows nothing of files and locks.
 #pragma once
 
-#include "common/HeldLog.h"
-#include "common/Json.h"
+#include "common/json/Json.h"
+#include "common/threads/HeldLog.h"
 #include "libraries/share-common/HighlightsConfig.h"
 
 // False, with `config` unchanged, when the root is not that of a configuration. A damaged definition is left

@@ -1,9 +1,9 @@
 #include "libraries/share-common/MetadataBlock.h"
 
 #include "CobalixUtil.h"
-#include "common/Base64.h"
-#include "common/JsonParse.h"
-#include "common/StackDocument.h"
+#include "common/json/JsonParse.h"
+#include "common/json/StackDocument.h"
+#include "common/text/Base64.h"
 
 namespace {
 

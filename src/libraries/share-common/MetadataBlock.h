@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 // What a block can say about a media file. Texts are UTF-8 and may hold any character, U+0000 among them.
 struct MetadataFields {

@@ -1,6 +1,6 @@
 #include "libraries/share-common/ShareFolder.h"
 
-#include "common/Profile.h"
+#include "common/product/Profile.h"
 
 std::vector<std::string> GetShareFolderPath() {
     return {KXP::GetProductDataDirectory(KXP::ProfileProduct), "Share"};

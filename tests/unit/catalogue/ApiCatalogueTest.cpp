@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include "common/ChildProcess.h"
+#include "common/system/ChildProcess.h"
 #include "tests/support/Counter.h"
 #include "tests/support/Processes.h"
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/sysmacros.h>
 
-#include "common/Drives.h"
-#include "common/linux/LinuxMounts.h"
+#include "common/drives/Drives.h"
+#include "common/drives/linux/LinuxMounts.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"

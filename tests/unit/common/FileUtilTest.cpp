@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
-#include "common/Profile.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/product/Profile.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryHome.h"

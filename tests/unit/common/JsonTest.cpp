@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "common/JSONFile.h"
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JSONFile.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "common/Base64.h"
-#include "common/DirUtil.h"
-#include "common/Exception.h"
-#include "common/SafeString.h"
-#include "common/TextUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/results/Exception.h"
+#include "common/text/Base64.h"
+#include "common/text/SafeString.h"
+#include "common/text/TextUtil.h"
 
 namespace KXP {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "common/Base64.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
+#include "common/text/Base64.h"
 #include "libraries/share-common/MetadataBlock.h"
 #include "plugin-modules/Gallery/src/engraving/MetadataText.h"
 

@@ -7,10 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
-#include "common/Mutex.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "common/message/PayloadSchemas.h"
+#include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "tests/support/Counter.h"

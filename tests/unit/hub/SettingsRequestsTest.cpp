@@ -1,4 +1,4 @@
-#include "common/Drives.h"
+#include "common/drives/Drives.h"
 #include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 #include "tests/unit/hub/HubTest.h"
 

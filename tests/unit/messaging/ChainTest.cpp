@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "common/Exception.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 #include "common/message/InitQueue.h"
 #include "common/message/MessageValidator.h"
 #include "common/message/PersistentResponseHandler.h"
 #include "common/message/RequestCallbackManager.h"
+#include "common/results/Exception.h"
 #include "tests/support/Counter.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/LogCapture.h"

@@ -1,11 +1,11 @@
 // Envelopes, and the schemas that their payloads are checked against.
 #include <gtest/gtest.h>
 
-#include "common/Exception.h"
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "common/message/Message.h"
 #include "common/message/PayloadSchemas.h"
+#include "common/results/Exception.h"
 #include "tests/support/LogCapture.h"
 
 namespace Message = KXP::Message;

@@ -3,10 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "common/Exception.h"
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "common/plugincommon/JsonResponseAsync.h"
+#include "common/results/Exception.h"
 #include "tests/support/Counter.h"
 #include "tests/support/FakeContainer.h"
 

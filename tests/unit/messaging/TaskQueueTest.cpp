@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "common/Exception.h"
-#include "common/plugincommon/task/TaskQueue.h"
+#include "common/results/Exception.h"
+#include "common/task/TaskQueue.h"
 #include "tests/support/Counter.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/LogCapture.h"

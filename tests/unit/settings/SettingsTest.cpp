@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/Exception.h"
+#include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryHome.h"

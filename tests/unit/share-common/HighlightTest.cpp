@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "libraries/share-common/Highlight.h"
 #include "libraries/share-common/HighlightsConfig.h"
 #include "tests/support/LogCapture.h"

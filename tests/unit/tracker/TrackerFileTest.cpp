@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 #include "tests/support/LogCapture.h"
 

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "common/JSONFile.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JSONFile.h"
+#include "common/json/JsonHelpers.h"
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 #include "tests/support/FakeClock.h"

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 namespace host {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <thread>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 #include "gallery-host/loader/EventQueue.h"
 
 namespace host {

@@ -9,7 +9,7 @@
 
 #include <sys/types.h>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 
 namespace host {
 

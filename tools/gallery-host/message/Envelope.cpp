@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <random>
 
-#include "common/JsonParse.h"
+#include "common/json/JsonParse.h"
 
 namespace host {
 namespace {

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 namespace host {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 namespace host {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 namespace host {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 #include "gallery-host/output/Progress.h"
 #include "gallery-host/session/Session.h"
 

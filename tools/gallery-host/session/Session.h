@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 #include "gallery-host/debug/DebugModes.h"
 #include "gallery-host/debug/Timers.h"
 #include "gallery-host/loader/PluginLoader.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 #include "gallery-host/base/Output.h"
 #include "gallery-host/session/Session.h"
 

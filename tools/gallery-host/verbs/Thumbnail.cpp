@@ -10,7 +10,7 @@
 
 #include "base/NewFile.h"
 #include "base/ReadWrite.h"
-#include "common/Base64.h"
+#include "common/text/Base64.h"
 #include "gallery-host/message/Envelope.h"
 #include "gallery-host/verbs/Verbs.h"
 

@@ -4,10 +4,10 @@
 #include <string>
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
-#include "common/Profile.h"
 #include "common/plugincommon/IContainerConnector.h"
 #include "common/plugincommon/PluginRegistry.h"
+#include "common/product/Profile.h"
+#include "common/results/Exception.h"
 #include "core/container/cef/CefJsonReceiver.h"
 #include "core/container/cef/ZvCefPlugin.h"
 

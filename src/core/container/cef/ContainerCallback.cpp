@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
+#include "common/results/Exception.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
+#include "common/results/Exception.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 

@@ -1,9 +1,9 @@
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 #include "CobalixUtil.h"
-#include "common/Drives.h"
-#include "common/Exception.h"
-#include "common/Profile.h"
+#include "common/drives/Drives.h"
+#include "common/product/Profile.h"
+#include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"

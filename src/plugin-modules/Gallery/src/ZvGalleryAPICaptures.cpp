@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/System.h"
+#include "common/json/JsonHelpers.h"
+#include "common/system/System.h"
 #include "libraries/share-common/HighlightsConfig.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 

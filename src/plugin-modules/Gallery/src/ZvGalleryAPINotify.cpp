@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
+#include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "plugin-modules/Gallery/src/notifications/NotificationPayloads.h"
 

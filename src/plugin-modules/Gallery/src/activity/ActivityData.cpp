@@ -1,6 +1,6 @@
 #include "plugin-modules/Gallery/src/activity/ActivityData.h"
 
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 
 using KXP::Allocator;
 using KXP::Value;

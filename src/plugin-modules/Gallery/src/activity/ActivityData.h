@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 struct ActivityEvent {
     std::string time;

@@ -6,10 +6,11 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
-#include "common/Exception.h"
-#include "common/FileDescriptor.h"
-#include "common/JsonParse.h"
+#include "base/FileDescriptor.h"
+#include "base/ReadWrite.h"
+#include "common/files/DirUtil.h"
+#include "common/json/JsonParse.h"
+#include "common/results/Exception.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "CobalixUtil.h"
-#include "common/FileUtil.h"
+#include "common/files/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/Edits.h"
 

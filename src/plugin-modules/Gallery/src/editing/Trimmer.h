@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "common/RetVal.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 // One for each request. Not on the tracker's worker.

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "common/DirUtil.h"
-#include "common/Drives.h"
-#include "common/JsonHelpers.h"
+#include "common/drives/Drives.h"
+#include "common/files/DirUtil.h"
+#include "common/json/JsonHelpers.h"
 
 KXP::RetVal IsDirectoryWritable::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {

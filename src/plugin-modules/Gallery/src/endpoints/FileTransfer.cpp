@@ -5,10 +5,10 @@
 
 #include "CobalixUtil.h"
 #include "base/Path.h"
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/TextUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/text/TextUtil.h"
 
 namespace {
 

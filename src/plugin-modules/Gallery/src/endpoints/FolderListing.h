@@ -10,7 +10,7 @@
 #include <tuple>
 #include <utility>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 // Which folders a listing leaves out.
 enum class ExcludeDirs { None = 0, Hidden = 1, Empty = 2, HiddenAndEmpty = 3, HiddenOrEmpty = 4 };

@@ -5,8 +5,8 @@
 #include <memory>
 #include <utility>
 
-#include "common/Exception.h"
 #include "common/plugincommon/JsonResponseAsync.h"
+#include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 // Ends a request that arrives while there is no tracker. Not a std::exception: those become the answer for an

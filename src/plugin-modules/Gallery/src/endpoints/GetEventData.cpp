@@ -1,6 +1,6 @@
 #include "plugin-modules/Gallery/src/endpoints/GetEventData.h"
 
-#include "common/Turns.h"
+#include "common/threads/Turns.h"
 #include "plugin-modules/Gallery/src/activity/EdgeLogs.h"
 
 namespace {

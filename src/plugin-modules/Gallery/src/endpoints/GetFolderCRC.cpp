@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
-#include "common/JsonHelpers.h"
+#include "common/files/DirUtil.h"
+#include "common/json/JsonHelpers.h"
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 
 namespace {

@@ -1,8 +1,8 @@
 #include "plugin-modules/Gallery/src/endpoints/GetFolderListing.h"
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
-#include "common/JsonHelpers.h"
+#include "common/files/DirUtil.h"
+#include "common/json/JsonHelpers.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "plugin-modules/Gallery/src/endpoints/GetImageDimensions.h"
 
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 #include "plugin-modules/Gallery/src/media/ImageSize.h"
 
 KXP::RetVal GetImageDimensions::ExecuteAsync(const KXP::Value& params) {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 #include "plugin-modules/Gallery/src/endpoints/PictureSize.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "plugin-modules/Gallery/src/endpoints/GetThumbnail.h"
 
 #include "CobalixUtil.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 
 KXP::RetVal GetThumbnail::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {

@@ -3,7 +3,7 @@
 #include <set>
 #include <utility>
 
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 
 namespace {
 

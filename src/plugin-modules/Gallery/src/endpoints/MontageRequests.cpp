@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/Config.h"
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
+#include "common/product/Config.h"
 #include "plugin-modules/Gallery/src/montage/MontageFiles.h"
 
 using KXP::RetVal;

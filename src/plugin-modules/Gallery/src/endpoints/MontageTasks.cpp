@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/Profile.h"
-#include "common/SafeString.h"
-#include "common/TextUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/product/Profile.h"
+#include "common/text/SafeString.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/engraving/Engraver.h"
 #include "plugin-modules/Gallery/src/montage/MontageFiles.h"
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 
 unsigned int ReadSide(const KXP::Value& params, const char* key, const char* name) {
     if (!KXP::jsonObjectHasKey(params, key, false)) return 0;

@@ -2,10 +2,10 @@
 
 #include <stdexcept>
 
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/TextUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 
 void Remove::Parse(const KXP::Value& params, const UGCTracker& tracker) {

@@ -3,10 +3,10 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
-#include "common/Exception.h"
-#include "common/JsonHelpers.h"
-#include "common/TextUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/results/Exception.h"
+#include "common/text/TextUtil.h"
 
 using KXP::Code::kInvalidArgument;
 

@@ -3,11 +3,11 @@
 #include <stdexcept>
 
 #include "CobalixUtil.h"
-#include "common/Base64.h"
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/TextUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/text/Base64.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/endpoints/PictureSize.h"
 
 namespace {

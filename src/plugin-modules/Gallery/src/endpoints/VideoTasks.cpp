@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "common/JsonHelpers.h"
-#include "common/SafeString.h"
+#include "common/json/JsonHelpers.h"
+#include "common/text/SafeString.h"
 #include "plugin-modules/Gallery/src/editing/Trimmer.h"
 #include "plugin-modules/Gallery/src/engraving/Engraver.h"
 

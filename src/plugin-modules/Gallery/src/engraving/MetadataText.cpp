@@ -1,11 +1,11 @@
 #include "plugin-modules/Gallery/src/engraving/MetadataText.h"
 
 #include "CobalixUtil.h"
-#include "common/Base64.h"
-#include "common/Json.h"
-#include "common/SafeString.h"
-#include "common/TextUtil.h"
-#include "common/TimeUtil.h"
+#include "common/json/Json.h"
+#include "common/text/Base64.h"
+#include "common/text/SafeString.h"
+#include "common/text/TextUtil.h"
+#include "common/text/TimeUtil.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "common/Turns.h"
+#include "common/threads/Turns.h"
 
 namespace media {
 

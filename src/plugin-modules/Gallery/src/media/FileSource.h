@@ -1,7 +1,7 @@
 // A file as a source of bytes.
 #pragma once
 
-#include "common/InputFileStream.h"
+#include "common/files/InputFileStream.h"
 #include "libraries/media-bytes/ByteSource.h"
 
 namespace media {

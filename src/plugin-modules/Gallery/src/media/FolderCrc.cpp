@@ -11,8 +11,8 @@
 #include "base/FolderReader.h"
 #include "base/Path.h"
 #include "base/Text.h"
-#include "common/FileUtil.h"
-#include "common/RetVal.h"
+#include "common/files/FileUtil.h"
+#include "common/results/RetVal.h"
 
 namespace media {
 namespace {

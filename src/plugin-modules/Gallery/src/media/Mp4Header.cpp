@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
-#include "common/RetVal.h"
+#include "common/files/DirUtil.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/media/ByteCursor.h"
 #include "plugin-modules/Gallery/src/media/FileSource.h"
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <optional>
 
-#include "common/JsonParse.h"
-#include "common/RetVal.h"
-#include "common/StackDocument.h"
+#include "common/json/JsonParse.h"
+#include "common/json/StackDocument.h"
+#include "common/results/RetVal.h"
 
 namespace media {
 namespace {

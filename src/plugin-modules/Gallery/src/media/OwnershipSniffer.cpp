@@ -1,8 +1,8 @@
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 #include "CobalixUtil.h"
-#include "common/DirUtil.h"
-#include "common/RetVal.h"
+#include "common/files/DirUtil.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/media/FileSource.h"
 #include "plugin-modules/Gallery/src/media/JpegWalk.h"
 #include "plugin-modules/Gallery/src/media/Mp4Walk.h"

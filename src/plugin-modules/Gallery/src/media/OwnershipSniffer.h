@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "common/InputFileStream.h"
+#include "common/files/InputFileStream.h"
 #include "plugin-modules/Gallery/src/media/SniffResult.h"
 
 namespace media {

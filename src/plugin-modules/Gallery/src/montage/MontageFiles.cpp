@@ -7,11 +7,12 @@
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
-#include "common/Config.h"
-#include "common/FileUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/NewFile.h"
-#include "common/TextUtil.h"
+#include "base/NewFile.h"
+#include "base/ReadWrite.h"
+#include "common/files/FileUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/product/Config.h"
+#include "common/text/TextUtil.h"
 
 const char* const RECIPE_PATH = "Montage/v1/";
 const char* const MONTAGE_APP = "OvirastreamXMontage";

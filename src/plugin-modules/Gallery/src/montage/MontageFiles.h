@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 // The folder of recipes, relative to the folders of data files.
 extern const char* const RECIPE_PATH;

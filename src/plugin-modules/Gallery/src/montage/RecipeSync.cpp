@@ -4,8 +4,8 @@
 #include <string>
 
 #include "CobalixUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/JsonParse.h"
+#include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "plugin-modules/Gallery/src/montage/MontageFiles.h"
 
 namespace montage {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "common/TextUtil.h"
+#include "common/text/TextUtil.h"
 
 using KXP::Allocator;
 using KXP::Value;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 #include "libraries/share-common/Highlight.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"

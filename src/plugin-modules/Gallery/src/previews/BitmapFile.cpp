@@ -1,8 +1,9 @@
 #include "plugin-modules/Gallery/src/previews/BitmapFile.h"
 
 #include "CobalixUtil.h"
-#include "common/Base64.h"
-#include "common/NewFile.h"
+#include "base/NewFile.h"
+#include "base/ReadWrite.h"
+#include "common/text/Base64.h"
 #include "plugin-modules/Gallery/src/media/ImageSize.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "common/RetVal.h"
+#include "common/results/RetVal.h"
 
 // Writes "ZvBitmap.bmp" in `folder`, whole or not at all, replacing an earlier one; a link is replaced and
 // not followed. 0x8007000D when `base64` is not base64 or its bytes are not a BMP, 0x80004005 when the file

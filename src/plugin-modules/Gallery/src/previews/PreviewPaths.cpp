@@ -1,7 +1,7 @@
 #include "plugin-modules/Gallery/src/previews/PreviewPaths.h"
 
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
 
 namespace {
 

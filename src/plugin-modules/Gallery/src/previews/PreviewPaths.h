@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/RetVal.h"
+#include "common/results/RetVal.h"
 
 // One thread at a time.
 class PreviewPaths {

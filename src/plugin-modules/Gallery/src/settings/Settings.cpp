@@ -2,10 +2,10 @@
 
 #include <cstdio>
 
-#include "common/DirUtil.h"
-#include "common/Drives.h"
-#include "common/Exception.h"
-#include "common/Profile.h"
+#include "common/drives/Drives.h"
+#include "common/files/DirUtil.h"
+#include "common/product/Profile.h"
+#include "common/results/Exception.h"
 #include "libraries/share-common/ShareFolder.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "common/JSONFile.h"
-#include "common/Mutex.h"
+#include "common/json/JSONFile.h"
+#include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/settings/SettingsJson.h"
 
 // Any thread may call any function. Only the constructor, WriteSettings and UpdateTrackerSettings write the

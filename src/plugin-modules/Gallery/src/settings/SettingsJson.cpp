@@ -1,6 +1,6 @@
 #include "plugin-modules/Gallery/src/settings/SettingsJson.h"
 
-#include "common/JsonHelpers.h"
+#include "common/json/JsonHelpers.h"
 
 namespace {
 

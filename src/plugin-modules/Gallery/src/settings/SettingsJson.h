@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 
 // The state of a tracker update. TrackerUpdateInProgress in the file marks a rebuild that was not completed.
 enum TrackerUpdateState : int {

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 
 // All calls from any thread.
 class DecoderSlots {

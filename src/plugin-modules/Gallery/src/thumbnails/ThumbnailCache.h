@@ -9,7 +9,7 @@
 #include <string>
 #include <tuple>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 
 class ThumbnailCache {
   public:

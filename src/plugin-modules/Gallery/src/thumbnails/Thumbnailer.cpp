@@ -8,8 +8,8 @@
 
 #include "CobalixUtil.h"
 #include "base/FileDescriptor.h"
-#include "common/Base64.h"
-#include "common/Profile.h"
+#include "common/product/Profile.h"
+#include "common/text/Base64.h"
 
 namespace {
 

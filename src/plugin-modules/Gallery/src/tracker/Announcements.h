@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 #include "libraries/share-common/Highlight.h"
 
 struct Announcement {

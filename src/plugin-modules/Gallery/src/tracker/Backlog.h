@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 
 // Any thread. Its mutex may be taken under the tracker's.
 class Backlog {

@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
+#include "common/results/Exception.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "common/Mutex.h"
-#include "common/plugincommon/task/TaskQueue.h"
+#include "common/task/TaskQueue.h"
+#include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 
 // `queue` is the tracker's; its worker runs delayed notifications and checks. Both arguments outlive this

@@ -9,9 +9,9 @@
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
-#include "common/FileUtil.h"
-#include "common/InputFileStream.h"
-#include "common/TimeUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/files/InputFileStream.h"
+#include "common/text/TimeUtil.h"
 #include "plugin-modules/Gallery/src/media/FileSource.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"

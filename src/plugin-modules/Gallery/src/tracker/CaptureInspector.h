@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "common/RetVal.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 // Fills `record`, except its id and captions, from the file at `path`. A file that is not the product's own

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 
 // Any thread.
 class IgnoreList {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/Exception.h"
+#include "common/results/Exception.h"
 
 void News::Add(Change change, Event notify) {
     const KXP::MutexLock lock(mutex_);

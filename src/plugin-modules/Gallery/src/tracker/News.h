@@ -11,9 +11,9 @@
 #include <functional>
 #include <vector>
 
-#include "common/Mutex.h"
-#include "common/RetVal.h"
-#include "common/plugincommon/task/Clock.h"
+#include "common/results/RetVal.h"
+#include "common/task/Clock.h"
+#include "common/threads/Mutex.h"
 
 class News {
   public:

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 #include "libraries/share-common/Highlight.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 

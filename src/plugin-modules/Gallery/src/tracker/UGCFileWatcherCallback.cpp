@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "base/Path.h"
-#include "common/DirUtil.h"
+#include "common/files/DirUtil.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 

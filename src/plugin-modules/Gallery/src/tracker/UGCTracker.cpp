@@ -5,7 +5,7 @@
 
 #include "CobalixUtil.h"
 #include "base/Path.h"
-#include "common/DirUtil.h"
+#include "common/files/DirUtil.h"
 #include "libraries/share-common/ShareFolder.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
 #include "plugin-modules/Gallery/src/tracker/UGCFileWatcherCallback.h"

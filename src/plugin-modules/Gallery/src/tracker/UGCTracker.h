@@ -19,9 +19,9 @@
 #include <string>
 #include <vector>
 
-#include "common/Mutex.h"
-#include "common/RetVal.h"
-#include "common/plugincommon/task/TaskQueue.h"
+#include "common/results/RetVal.h"
+#include "common/task/TaskQueue.h"
+#include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/tracker/Backlog.h"
 #include "plugin-modules/Gallery/src/tracker/CapacityWatch.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"

@@ -4,8 +4,8 @@
 
 #include "CobalixUtil.h"
 #include "base/Path.h"
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 

@@ -1,8 +1,8 @@
 // How a path gets on record, and how its record is removed.
 #include "CobalixUtil.h"
 #include "base/Path.h"
-#include "common/DirUtil.h"
-#include "common/Exception.h"
+#include "common/files/DirUtil.h"
+#include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
 #include "plugin-modules/Gallery/src/tracker/CapturePath.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"

@@ -3,10 +3,10 @@
 #include <exception>
 
 #include "CobalixUtil.h"
-#include "common/Profile.h"
-#include "common/RetVal.h"
-#include "common/SafeString.h"
-#include "common/TextUtil.h"
+#include "common/product/Profile.h"
+#include "common/results/RetVal.h"
+#include "common/text/SafeString.h"
+#include "common/text/TextUtil.h"
 
 namespace {
 

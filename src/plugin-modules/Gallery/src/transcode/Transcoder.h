@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "common/ChildProcess.h"
-#include "common/Mutex.h"
+#include "common/system/ChildProcess.h"
+#include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/transcode/TranscoderPlatformContext.h"
 
 class Transcoder {

@@ -3,8 +3,8 @@
 #include <system_error>
 
 #include "CobalixUtil.h"
-#include "common/RetVal.h"
-#include "common/TextUtil.h"
+#include "common/results/RetVal.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/transcode/Transcoder.h"
 
 namespace {

@@ -5,10 +5,10 @@
 #include <dlfcn.h>
 
 #include "CobalixUtil.h"
-#include "common/Profile.h"
-#include "common/SafeString.h"
-#include "common/System.h"
-#include "common/TextUtil.h"
+#include "common/product/Profile.h"
+#include "common/system/System.h"
+#include "common/text/SafeString.h"
+#include "common/text/TextUtil.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // What the journal needs from the record whose file it writes.
 #pragma once
 
-#include "common/RetVal.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 
 // Called by the thread that writes, which has the journal's turn and holds no lock.

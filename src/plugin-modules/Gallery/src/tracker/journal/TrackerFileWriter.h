@@ -10,8 +10,8 @@
 #include <optional>
 #include <vector>
 
-#include "common/JSONFile.h"
-#include "common/RetVal.h"
+#include "common/json/JSONFile.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 

@@ -6,8 +6,8 @@
 
 #include "CobalixUtil.h"
 #include "base/Path.h"
-#include "common/DirUtil.h"
-#include "common/FileUtil.h"
+#include "common/files/DirUtil.h"
+#include "common/files/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 

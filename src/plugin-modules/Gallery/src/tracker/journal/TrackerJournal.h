@@ -16,10 +16,10 @@
 #include <cstdint>
 #include <string>
 
-#include "common/JSONFile.h"
-#include "common/RetVal.h"
-#include "common/Turns.h"
-#include "common/plugincommon/task/Clock.h"
+#include "common/json/JSONFile.h"
+#include "common/results/RetVal.h"
+#include "common/task/Clock.h"
+#include "common/threads/Turns.h"
 #include "plugin-modules/Gallery/src/tracker/journal/IJournalSource.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"

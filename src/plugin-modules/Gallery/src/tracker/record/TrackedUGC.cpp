@@ -1,7 +1,7 @@
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
-#include "common/FileUtil.h"
-#include "common/TextUtil.h"
+#include "common/files/FileUtil.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/tracker/record/RecordFields.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Json.h"
+#include "common/json/Json.h"
 #include "libraries/share-common/Highlight.h"
 
 struct TrackedUGC {

@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "CobalixUtil.h"
-#include "common/JsonHelpers.h"
-#include "common/TextUtil.h"
+#include "common/json/JsonHelpers.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/tracker/record/RecordFields.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "common/Json.h"
-#include "common/RetVal.h"
+#include "common/json/Json.h"
+#include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 constexpr int32_t kTrackerVersion = 6;

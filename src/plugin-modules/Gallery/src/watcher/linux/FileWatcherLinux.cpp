@@ -12,8 +12,9 @@
 #include <unistd.h>
 
 #include "CobalixUtil.h"
-#include "common/FileDescriptor.h"
-#include "common/Mutex.h"
+#include "base/FileDescriptor.h"
+#include "base/ReadWrite.h"
+#include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/watcher/EventWindow.h"
 #include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
 #include "plugin-modules/Gallery/src/watcher/linux/Dispatcher.h"

@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "common/FileDescriptor.h"
+#include "base/FileDescriptor.h"
+#include "base/ReadWrite.h"
 
 namespace watcher {
 

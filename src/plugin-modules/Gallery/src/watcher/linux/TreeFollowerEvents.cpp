@@ -5,7 +5,7 @@
 
 #include <sys/inotify.h>
 
-#include "common/TextUtil.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/watcher/linux/TreeFollower.h"
 
 namespace watcher {

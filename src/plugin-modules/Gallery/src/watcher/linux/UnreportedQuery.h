@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 
 namespace watcher {
 

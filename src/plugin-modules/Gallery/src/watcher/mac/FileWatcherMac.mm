@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
-#include "common/Mutex.h"
+#include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
 #include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
 

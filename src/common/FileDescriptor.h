@@ -1,4 +1,0 @@
-#pragma once
-
-#include "base/FileDescriptor.h"
-#include "base/ReadWrite.h"

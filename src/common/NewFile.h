@@ -1,4 +1,0 @@
-#pragma once
-
-#include "base/NewFile.h"
-#include "base/ReadWrite.h"

@@ -1,0 +1,20 @@
+// The mounts of a Linux machine, from a table of mounts and a description of its devices.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/drives/Drives.h"
+#include "common/drives/linux/BlockDisks.h"
+#include "common/drives/linux/MountTable.h"
+
+namespace KXP {
+
+// The mount by its entry and its disk.
+Mount DescribeMount(const MountEntry& entry, const BlockDisks& disks);
+
+// All of them. Those whose mount points are not UTF-8 are passed over, which is logged once; so are
+// automounters that have mounted their volume. False when the table cannot be read.
+bool ListMounts(const std::string& table, const BlockDisks& disks, std::vector<Mount>& mounts);
+
+}  // namespace KXP

@@ -1,0 +1,29 @@
+// The one way from JSON text to a document. RapidJSON is safe on hostile text only within limits that are
+// kept here: nesting, and the digits of an exponent.
+#pragma once
+
+#include <string_view>
+
+#include "common/json/Json.h"
+
+namespace KXP {
+
+// Deeper values overflow the stack of whatever walks the document later.
+constexpr int kMaxJsonDepth = 512;
+// The parser keeps an exponent in an int.
+constexpr int kMaxExponentDigits = 9;
+// A larger file is none of the product's own; reading it would only cost the client its memory.
+constexpr size_t kMaxJsonFileBytes = size_t{1} << 30;
+
+// Parses UTF-8 text, with or without its byte-order mark, comments allowed, strings checked for their
+// encoding. On failure the result holds the error and its byte offset, and `document` is not to be used. Text
+// that breaks a limit fails with kParseErrorTermination. A zero byte ends the text, as in RapidJSON.
+rapidjson::ParseResult ParseJSON(std::string_view text, Document& document);
+
+// The same for a text that may be overwritten, without the copy that ParseJSON takes. A zero byte ends it at
+// `size` at the latest, and is the first of kJsonTextSlack readable bytes. `document` does not need the text
+// afterwards.
+constexpr size_t kJsonTextSlack = 16;
+rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document);
+
+}  // namespace KXP

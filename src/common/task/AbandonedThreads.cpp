@@ -1,0 +1,24 @@
+#include "common/task/AbandonedThreads.h"
+
+#include <dlfcn.h>
+
+namespace KXP {
+namespace {
+
+// Raises the library's reference count for good; in a program that is linked whole there is nothing to do.
+void KeepLibraryLoaded() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&KeepLibraryLoaded), &info) != 0 && info.dli_fname)
+        dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+}  // namespace
+
+void AbandonThreads(std::vector<std::thread> threads) {
+    if (threads.empty()) return;
+    KeepLibraryLoaded();
+    for (std::thread& thread : threads)
+        thread.detach();
+}
+
+}  // namespace KXP

@@ -1,0 +1,57 @@
+// A queue of entries in the order of their due times. Any thread may call anything.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "common/task/Clock.h"
+
+namespace KXP {
+
+class TimedNotificationQueue {
+  public:
+    class Notification {
+      public:
+        virtual ~Notification() = default;
+        virtual void Execute() = 0;
+        // What kind of work this is, to whoever enqueued it; null for most.
+        virtual const void* Tag() const { return nullptr; }
+    };
+
+    explicit TimedNotificationQueue(Clock& clock) : clock_(clock) {}
+
+    // Entries of equal time have no order among themselves: callers that need one make their times differ.
+    void EnqueueNotification(TimePoint when, std::unique_ptr<Notification> notification) EXCLUDES(mutex_);
+
+    // Waits for the first entry to fall due and takes it. `timeoutMs` bounds only the wait for an entry to
+    // exist, 0 being no bound; an empty pointer means that it ran out.
+    std::unique_ptr<Notification> WaitDequeueNotification(int timeoutMs) EXCLUDES(mutex_);
+
+    // The tag of the entry that would be taken now; null when none is due.
+    const void* TagOfNextDue() EXCLUDES(mutex_);
+
+    // Drops entries due later than `horizon` from now, and from now on those that are enqueued with such a
+    // time. A queue that is shutting down would otherwise wait for them.
+    void RefuseLaterThan(std::chrono::milliseconds horizon) EXCLUDES(mutex_);
+    // Takes entries of every time again.
+    void RefuseNothing() EXCLUDES(mutex_);
+
+    void Clear() EXCLUDES(mutex_);
+
+  private:
+    struct Entry {
+        TimePoint when;
+        std::unique_ptr<Notification> notification;
+    };
+    // The top of the standard heap is its largest element; ours is the earliest.
+    static bool Later(const Entry& a, const Entry& b) { return b.when < a.when; }
+
+    Clock& clock_;
+    Mutex mutex_;
+    CondVar changed_;
+    std::vector<Entry> heap_ GUARDED_BY(mutex_);
+    std::optional<std::chrono::milliseconds> horizon_ GUARDED_BY(mutex_);
+};
+
+}  // namespace KXP

@@ -1,0 +1,110 @@
+#include "common/text/TimeUtil.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <regex>
+
+#include <sys/stat.h>
+
+#include "CobalixUtil.h"
+#include "common/results/RetVal.h"
+
+namespace KXP {
+namespace {
+
+template <typename Unit, typename Clock>
+auto CountNow() {
+    return std::chrono::duration_cast<Unit>(Clock::now().time_since_epoch()).count();
+}
+
+// "2021-03-07T14:05:09"; empty for a time beyond the calendar.
+std::string SecondsToText(std::time_t seconds) {
+    std::tm utc{};
+    if (!gmtime_r(&seconds, &utc)) return "";
+    char text[64];
+    return {text, std::strftime(text, sizeof text, "%FT%H:%M:%S", &utc)};
+}
+
+}  // namespace
+
+uint64_t GetTime100ns() {
+    return static_cast<uint64_t>(CountNow<std::chrono::nanoseconds, std::chrono::steady_clock>()) / 100;
+}
+
+int64_t GetSystemTimeMs() {
+    return CountNow<std::chrono::microseconds, std::chrono::system_clock>() / 1000;
+}
+
+std::string GetISO8601Time() {
+    return GetISO8601TimeFromMs(static_cast<uint64_t>(std::max<int64_t>(0, GetSystemTimeMs())));
+}
+
+std::string GetISO8601TimeFromMs(uint64_t milliseconds) {
+    const std::string seconds = SecondsToText(static_cast<std::time_t>(milliseconds / 1000));
+    if (seconds.empty()) return "";
+    char fraction[8];
+    std::snprintf(fraction, sizeof fraction, ".%03uZ", static_cast<unsigned>(milliseconds % 1000));
+    return seconds + fraction;
+}
+
+std::string GetCurrentLocalTime() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    if (!localtime_r(&now, &local)) return "";
+    char text[128];
+    std::snprintf(text, sizeof text, "%d.%d.%d-%d.%d.%d.", local.tm_year + 1900, local.tm_mon + 1,
+                  local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
+    return text;
+}
+
+int64_t HHMMSSTimeTo100ns(const char* text) {
+    if (!text || !*text) {
+        KXP_LOG(LogFailure, "%s : Invalid ts string", "HHMMSSTimeTo100ns");
+        return 0;
+    }
+    static const std::regex form("(\\d{1,2}):(\\d{1,2}):(\\d{1,2})\\.(\\d{1,3})");
+    std::cmatch parts;
+    if (!std::regex_match(text, parts, form)) {
+        KXP_LOG(LogFailure, "%s : Malformed ts string `%s`", "HHMMSSTimeTo100ns", text);
+        return 0;
+    }
+    const auto number = [&](size_t part) { return std::atoi(parts[part].first); };
+    const int64_t milliseconds = number(1) * 3600000 + number(2) * 60000 + number(3) * 1000 + number(4);
+    return milliseconds * 10000;
+}
+
+int FileDate(const std::string& path, std::string& date) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return Code::kNotFound;
+    return FileDate(status, date);
+}
+
+int FileDate(const struct stat& status, std::string& date) {
+    // Going through local time can move a time in the hour that a zone repeats; the records that this date is
+    // compared with were made the same way.
+    std::tm local{};
+    if (!localtime_r(&status.st_mtime, &local)) return Code::kNotFound;
+    const std::string text = SecondsToText(std::mktime(&local));
+    if (text.empty()) return Code::kNotFound;
+    date = text + "Z";
+    return Code::kOk;
+}
+
+int MilisecsFromFileCreation(const std::string& path, uint64_t& milliseconds) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        KXP_LOG(LogFailure, "File not Found");
+        return Code::kNotFound;
+    }
+    // In double, because a file system may report any 64-bit number of seconds.
+    const double modified =
+        static_cast<double>(status.st_mtim.tv_sec) * 1e3 + static_cast<double>(status.st_mtim.tv_nsec) / 1e6;
+    const double age = std::max(0.0, static_cast<double>(GetSystemTimeMs()) - modified);
+    milliseconds = static_cast<uint64_t>(std::min(age, 9e18));
+    return Code::kOk;
+}
+
+}  // namespace KXP
