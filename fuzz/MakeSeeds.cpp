@@ -114,7 +114,7 @@ void MakeJpeg(Corpus corpus) {
     corpus.Add(late.replace(496, 16, "\0SuperResolution", 16));
     for (const std::string& between : {"\xFF\xC4" + U16(2) + "\xFF\xC8" + U16(3) + "x", "\xFF\xE1" + U16(1),
                                        std::string("\xFF\xD9"), "\xFF\xDA" + U16(2)})
-        corpus.Add("\xFF\xD8" + between + frame);
+        corpus.Add(std::string("\xFF\xD8").append(between).append(frame));
 }
 
 void MakeMp4(Corpus corpus) {

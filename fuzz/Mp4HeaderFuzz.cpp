@@ -1,4 +1,4 @@
-#include <cstring>
+#include <cmath>
 
 #include "fuzz/Plain.h"
 #include "fuzz/QuietLog.h"
@@ -53,8 +53,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         plain::Demand(code == Read(file, wantSize, expected));
         plain::Demand(info.width == expected.width && info.height == expected.height);
         plain::Demand(info.audioType == expected.audioType);
-        // By their bits: neither needs to be a number.
-        plain::Demand(std::memcmp(&info.duration, &expected.duration, sizeof(double)) == 0);
+        // Neither needs to be a number.
+        plain::Demand(info.duration == expected.duration ||
+                      (std::isnan(info.duration) && std::isnan(expected.duration)));
     }
     return 0;
 }

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <random>
 #include <set>
 #include <vector>
@@ -21,8 +22,9 @@ using Input = std::vector<uint8_t>;
 
 void Run(const Input& bytes) {
     // Of exactly the size, so that the sanitizers see a step beyond its end.
-    const Input input(bytes);
-    LLVMFuzzerTestOneInput(input.data(), input.size());
+    const std::unique_ptr<uint8_t[]> input(new uint8_t[bytes.size()]);
+    std::copy(bytes.begin(), bytes.end(), input.get());
+    LLVMFuzzerTestOneInput(input.get(), bytes.size());
 }
 
 Input Read(const std::filesystem::path& path) {

@@ -14,8 +14,6 @@
 
 #include "common/system/System.h"
 
-extern char** environ;
-
 namespace KXP {
 namespace {
 
@@ -80,7 +78,8 @@ class SpawnSettings {
             argv.push_back(const_cast<char*>(argument.c_str()));
         argv.push_back(nullptr);
         pid_t pid = -1;
-        const int error = posix_spawn(&pid, program.c_str(), &actions_, &attributes_, argv.data(), environ);
+        const int error =
+            posix_spawn(&pid, program.c_str(), &actions_, &attributes_, argv.data(), Platform::Environment());
         if (error != 0) Fail(error, program.c_str());
         return pid;
     }

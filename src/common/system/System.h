@@ -42,6 +42,9 @@ void SetEnv(const std::string& name, const std::optional<std::string>& value);
 
 namespace Platform {
 
+// The environment of this process, as posix_spawn takes it.
+char** Environment();
+
 // A descriptor that becomes readable when the process has ended; -1 for one that was already waited for.
 int OpenExitDescriptor(pid_t pid);
 

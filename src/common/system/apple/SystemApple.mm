@@ -1,4 +1,5 @@
 #import <Foundation/Foundation.h>
+#include <crt_externs.h>
 #include <sys/event.h>
 #include <unistd.h>
 
@@ -29,6 +30,11 @@ std::string GetOsLocale() {
 }
 
 namespace Platform {
+
+// A library may not name the variable itself.
+char** Environment() {
+    return *_NSGetEnviron();
+}
 
 int OpenExitDescriptor(pid_t pid) {
     const int queue = kqueue();

@@ -51,6 +51,10 @@ std::string GetOsLocale() {
 
 namespace Platform {
 
+char** Environment() {
+    return environ;
+}
+
 int OpenExitDescriptor(pid_t pid) {
     // The C library's declaration of the call is not one for C++.
     return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));

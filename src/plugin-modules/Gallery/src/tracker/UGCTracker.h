@@ -153,7 +153,7 @@ class UGCTracker : private IJournalSource {
     // Any thread.
     void TrackOrLog(const std::string& path);
     KXP::RetVal TrackFileTask(const std::string& path) EXCLUDES(mutex_);
-    void EnterRecord(TrackedUGC record) EXCLUDES(mutex_);
+    void TrackUGC(TrackedUGC record) EXCLUDES(mutex_);
     void TakeHighlight(const Highlight& highlight, TrackedUGC& record);
     size_t Untrack(const std::vector<std::string>& paths, uint64_t before) EXCLUDES(mutex_);
     void AddRemovedNews(const RecordPtr& record);

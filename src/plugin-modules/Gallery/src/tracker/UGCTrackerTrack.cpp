@@ -127,11 +127,11 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
         backlog_.NoteRefused(path);
         return inspected;
     }
-    EnterRecord(std::move(record));
+    TrackUGC(std::move(record));
     return {};
 }
 
-void UGCTracker::EnterRecord(TrackedUGC record) {
+void UGCTracker::TrackUGC(TrackedUGC record) {
     // The folder decides which game it is, not the file's own metadata, because users sort their captures.
     record.profileName = KXP::NameOf(KXP::ParentOf(record.path));
     Highlight highlight;
