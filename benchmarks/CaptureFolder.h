@@ -42,7 +42,7 @@ inline std::string CaptureOf(Kind kind) {
                    bulk;
         case kJpg:
         case kJps:
-            return captures::OwnJpeg(1080, 1920) + bulk;
+            return samples::WithClaimedSize(captures::OwnJpeg(), 1920, 1080) + bulk;
         case kMp4Front:
             return captures::FileType() + captures::Movie(block) + media;
         case kMp4Behind:

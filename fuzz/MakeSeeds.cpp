@@ -6,6 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "fuzz/SeedBytes.h"
 #include "sample-captures/ExrImage.h"
 #include "sample-captures/JpegImage.h"
 #include "sample-captures/Mp4Video.h"
@@ -64,7 +65,7 @@ void MakePng(Corpus corpus) {
     corpus.Add(Png(PngText("Source", "ZORVEX")));
     corpus.Add(Png(PngText("Software", "Ovirastream SHARE 1.0") + PngText("DRSName", "Name") +
                    PngText("DRSProfileName", "Profile") + PngText("Description", block)));
-    corpus.Add(Png(captures::PngXmp(captures::Xmp("Ovirastream SDK", block))));
+    corpus.Add(Png(seeds::PngXmp(seeds::Xmp("Ovirastream SDK", block))));
     corpus.Add(Png(samples::PngChunk("tEXt", "DRSName") + samples::PngChunk("iTXt", "XML:com.adobe.xmp")));
     corpus.Add(
         Png(samples::PngChunk("eXIf", std::string(4097, 'x')) + PngText("Software", "Ovirastream LUMIS")));
@@ -87,11 +88,11 @@ void MakePng(Corpus corpus) {
 }
 
 void MakeJpeg(Corpus corpus) {
-    using captures::FrameHeader;
-    using captures::Jpeg;
-    using captures::ValuesAt;
-    corpus.Add(captures::OwnJpeg(1080, 1920));
-    corpus.Add(captures::OwnJpeg(8192, 8193));
+    using seeds::FrameHeader;
+    using seeds::Jpeg;
+    using seeds::ValuesAt;
+    corpus.Add(seeds::OwnJpeg(1080, 1920));
+    corpus.Add(seeds::OwnJpeg(8192, 8193));
     corpus.Add(Jpeg({{0x0110, 6, ValuesAt(4)},
                      {0x0131, 18, ValuesAt(4) + 6},
                      {0x000B, 4, ValuesAt(4) + 24},
@@ -105,11 +106,11 @@ void MakeJpeg(Corpus corpus) {
     corpus.Add(Jpeg({{0x0131, 5, 0}, {0x0131, 18, ValuesAt(2)}}, "Ovirastream SHARE", frame));
     corpus.Add(Jpeg({{0x000B, 512, 472}, {0xC6F6, 513, 0}, {0x010F, 9, ValuesAt(3)}}, "ZvCamera", frame));
     for (const uint16_t first : {25, 26, 27, 492, 493})
-        corpus.Add(captures::OwnJpeg(1, 1).replace(4, 2, U16(first)));
+        corpus.Add(seeds::OwnJpeg(1, 1).replace(4, 2, U16(first)));
     // A subtype before a name, in place of the second entry.
     corpus.Add(Jpeg({{0x010F, 7, ValuesAt(3)}, {}, {0x000B, 4, ValuesAt(3) + 7}}, "ZORVEX.Name", frame)
-                   .replace(captures::kTiffBase + 22, 12, "Stereo......"));
-    std::string late = captures::OwnJpeg(1, 1);
+                   .replace(seeds::kTiffBase + 22, 12, "Stereo......"));
+    std::string late = seeds::OwnJpeg(1, 1);
     corpus.Add(late.replace(496, 16, "SuperResolution."));
     corpus.Add(late.replace(496, 16, "\0SuperResolution", 16));
     for (const std::string& between : {"\xFF\xC4" + U16(2) + "\xFF\xC8" + U16(3) + "x", "\xFF\xE1" + U16(1),
@@ -179,7 +180,7 @@ void MakeImageSize(Corpus corpus) {
 }
 
 void MakeXmp(Corpus corpus) {
-    corpus.Add(captures::Xmp("Ovirastream SDK", "&lt;a&gt; &amp;&apos;&quot;&#xA;&unknown;&am"));
+    corpus.Add(seeds::Xmp("Ovirastream SDK", "&lt;a&gt; &amp;&apos;&quot;&#xA;&unknown;&am"));
     corpus.Add("<x:xmpmeta>   </x:xmpmeta>");
     corpus.Add("<p:a <x:xmpmeta b=\"c\"><</x:xmpmeta ><a></b></a>");
 }

@@ -19,7 +19,7 @@ class ItemsTest : public GalleryRequests {
 
 TEST_F(ItemsTest, ARemovedCaptureGoesWithItsThumbnailOrItsEmptyFolder) {
     const std::string alone = gallery_.AddImage("Art/a.png");
-    const std::string jpg = gallery_.Add("Race/b.JPG", captures::OwnJpeg(9, 16));
+    const std::string jpg = gallery_.Add("Race/b.JPG", captures::OwnJpeg());
     const std::string thumbnail = gallery_.Add("Race/b Thumbnail.jpg", "x");
     const std::string foreign = gallery_.Add("Race/foreign.png", "text");
     Start();

@@ -106,8 +106,8 @@ TEST_F(VideoVerbs, TheMontageProcessReachesItsContainer) {
     EXPECT_TRUE(Contains(child.out, "\n{\"output\":\"" + out + "\",\"ok\":true}\n")) << child.out;
     EXPECT_TRUE(std::filesystem::is_empty(temporary_)) << "the socket's folder is removed";
 
-    // An interrupt cancels the montage first. The time is longer than any other request may take.
-    ChildProcess hanging({"montage", "hangs.js", video_, "-o", out, "--json", "--timeout", "10"}, {});
+    // An interrupt cancels the montage first, and waits until it has ended.
+    ChildProcess hanging({"montage", "hangs.js", video_, "-o", out, "--json"}, {});
     ASSERT_TRUE(hanging.ReadOutUntil("12.5")) << hanging.err;
     hanging.Signal(SIGINT);
     EXPECT_EQ(hanging.Wait(), 130);

@@ -157,9 +157,7 @@ class GalleryWalk : public testing::Test {
     std::string Bytes(const std::string& extension, bool own) {
         if (extension == ".png")
             return captures::Png(own ? captures::PngText("Software", "Ovirastream SHARE") : "");
-        if (extension == ".jpg")
-            return own ? captures::OwnJpeg(600, 800)
-                       : captures::Jpeg({}, "", captures::FrameHeader(600, 800));
+        if (extension == ".jpg") return own ? captures::OwnJpeg() : samples::JpegImage(16, 9, {});
         if (!own) return TempGallery::Video(600, 1200, "holiday");
         if (Chance(50)) return TempGallery::Video(600, 1200, captures::Block("Ovirastream SHARE", "{}"));
         const std::string group = Member("GroupId", Chance(50) ? "\"RACE\"" : "\"LAP\"");

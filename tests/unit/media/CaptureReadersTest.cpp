@@ -12,6 +12,8 @@
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 #include "plugin-modules/Gallery/src/media/PngWalk.h"
 #include "plugin-modules/Gallery/src/media/XMPMeta.h"
+#include "sample-captures/JpegImage.h"
+#include "sample-captures/PngImage.h"
 #include "tests/support/CaptureBytes.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
@@ -32,7 +34,10 @@ media::SniffResult Walk(int32_t (*walk)(media::ByteCursor&, media::SniffResult&)
 }
 
 TEST(Walks, SayWhatIsWrongWithAFile) {
-    const auto longName = [](uint16_t tag) { return captures::Jpeg({{tag, 513, 0}}, "", ""); };
+    samples::ExifTexts longName;
+    longName.drsName = std::string(513, 'x');
+    samples::ExifTexts longProfile;
+    longProfile.drsProfileName = longName.drsName;
     const struct {
         int32_t (*walk)(media::ByteCursor&, media::SniffResult&);
         std::string bytes;
@@ -43,8 +48,9 @@ TEST(Walks, SayWhatIsWrongWithAFile) {
          "Malformed MP4 file. Box size less than header overhead with ext size."},
         {media::WalkMp4, U32(1) + "mdat", "Failed to read from MP4 file."},
         {media::WalkMp4, Mp4Box("tagc", ""), "Failed to read box data from MP4 file."},
-        {media::WalkJpeg, longName(0x000B), "CheckIfZv: DRSName is way too big!"},
-        {media::WalkJpeg, longName(0xC6F6), "CheckIfZv: DRSProfileName is way too big!"},
+        {media::WalkJpeg, samples::JpegImage(8, 8, {}, longName), "CheckIfZv: DRSName is way too big!"},
+        {media::WalkJpeg, samples::JpegImage(8, 8, {}, longProfile),
+         "CheckIfZv: DRSProfileName is way too big!"},
     };
     for (const auto& [walk, bytes, finding] : cases) {
         const media::SniffResult result = Walk(walk, bytes);
@@ -55,11 +61,8 @@ TEST(Walks, SayWhatIsWrongWithAFile) {
 
 TEST(Walks, FindTheBlockInThePacketOfAPng) {
     const std::string block = Block("s", R"({"ShortName":"short","CmsId":5})");
-    std::string quoted;
-    for (const char c : block)
-        quoted += c == '"' ? "&quot;" : std::string(1, c);
     const media::SniffResult outcome =
-        Walk(media::WalkPng, captures::Png(captures::PngXmp(captures::Xmp("Ovirastream LUMIS 1.1", quoted))));
+        Walk(media::WalkPng, captures::Png(samples::PngXmpChunk("Ovirastream LUMIS 1.1", block)));
     EXPECT_EQ(outcome.fileSource + outcome.fileSubType, "OVS_LumisNormal_Lumis");
     EXPECT_EQ(outcome.shortName, "short");
     EXPECT_EQ(outcome.cmsId, 5);
@@ -139,7 +142,7 @@ struct Row {
 
 TEST_F(OwnershipSniffer, ExtensionSelectsTheWalkAndTheBytesDecide) {
     const std::string png = captures::Png(captures::PngText("Software", "Ovirastream SHARE"));
-    const std::string jpeg = captures::OwnJpeg(100, 100);
+    const std::string jpeg = captures::OwnJpeg();
     const std::string mp4 = captures::Movie(captures::Block("Ovirastream SDK", "{}"));
     for (const Row& row :
          {Row{"A.PNG", png, "image", "Normal", true}, Row{"a.jpg", png, "image", "Unknown", false},
