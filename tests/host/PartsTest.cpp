@@ -8,8 +8,6 @@
 #include "gallery-host/base/Printable.h"
 #include "gallery-host/commandline/TimeText.h"
 #include "gallery-host/message/Envelope.h"
-#include "gallery-host/output/GalleryTable.h"
-#include "gallery-host/output/NotificationText.h"
 #include "gallery-host/verbs/Thumbnail.h"
 #include "tests/support/TempFolder.h"
 
@@ -37,36 +35,6 @@ TEST(Printable, JsonKeepsItsMeaning) {
     const std::string printable = host::PrintableJson(json);
     EXPECT_EQ(printable, "{\n  \"a\": \"\\u202e\\u009b\\u007f\\udb40\\udc41 \u00fc\"\n}");
     EXPECT_EQ(host::ToText(Parsed(printable)), host::ToText(Parsed(json)));
-}
-
-TEST(GalleryTable, NewestFirstWhateverTheMembersAre) {
-    const KXP::Document gallery = Parsed(
-        R"({"games":[{"name":"Race\u001b[2J","ugc":[)"
-        R"({"path":"/g/Race/a.png","fileType":"image","fileSizeKB":12,"date":"2026-03-14T18:00:00Z"},)"
-        R"({"path":"/g/Race/late.mp4","fileType":"video","fileSizeKB":2400,"date":"2026-03-14T23:00:00Z"}]},)"
-        R"({"name":"Empty","ugc":[]},{"name":5},7,)"
-        R"({"name":"Odd","ugc":[{"path":[],"fileType":"other","fileSizeKB":-1,"date":"yesterday"},3]}]})");
-    const std::string table = host::GalleryTable(gallery, false);
-    size_t at = 0;
-    for (const char* next : {"Race\\x1b[2J: 1 video, 1 image\n", "late.mp4", "a.png", "\n\nOdd: "}) {
-        at = table.find(next, at);
-        ASSERT_NE(at, std::string::npos) << next << table;
-    }
-    EXPECT_EQ(host::GallerySummary(gallery), "2 games, 4 captures, 2.4 MB");
-    EXPECT_EQ(host::GalleryTable(Parsed(R"({"games":{}})"), true), "");
-}
-
-TEST(NotificationText, IsALineOrThePayloadWhereItsFormIsUnknown) {
-    const std::string saved =
-        R"({"captureSaved":{"ugc":{"path":"/v/Race/Photo\u001b[2J.png","fileType":"image",)"
-        R"("fileSubType":"Highlight","fileSizeKB":2412,"duration":"","highlightName":"Goal"},"unannounced":true}})";
-    EXPECT_EQ(host::NotificationText("GalleryNotifications", Parsed(saved)),
-              "saved      Race/Photo\\x1b[2J.png  image, highlight, \"Goal\", 2.4 MB, unannounced");
-    for (const char* unknown :
-         {R"({"openSummary":{"ugc":[{}]},"galleryIsFull":true})", R"({"captureSaved":{"ugc":[]}})"})
-        EXPECT_EQ(host::NotificationText("GalleryNotifications", Parsed(unknown)),
-                  std::string("GalleryNotifications  ") + unknown);
-    EXPECT_EQ(host::NotificationText("Odd\n", KXP::Value(5)), "Odd\\x0a  5");
 }
 
 TEST(Paths, FollowLinksOnlyWhereTheyMust) {

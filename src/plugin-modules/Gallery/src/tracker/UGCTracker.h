@@ -36,6 +36,7 @@
 class UGCTracker : private IJournalSource {
   public:
     using TrackedUGC = ::TrackedUGC;
+    using TrackedUGCGame = ::TrackedUGCGame;
 
     // What a test replaces.
     struct Parts {
@@ -122,7 +123,6 @@ class UGCTracker : private IJournalSource {
                                       const std::string& group, int tagMask, int significanceMask) const;
     KXP::RetVal DeleteTrackedHighlights(const std::vector<TrackedUGC>& records);
     KXP::RetVal DeleteTrackedHighlightGroup(const std::string& group, const std::string& game);
-
     KXP::TaskQueue& queue() { return queue_; }  // for tests that run the worker's entries themselves
 
   private:
