@@ -58,6 +58,7 @@ std::vector<TrackedUGC> UGCTracker::GetSanatizedGameUGC(const std::string& game)
         KXP::MutexLock lock(mutex_);
         records = records_.OfGame(game);
     }
+    found.reserve(records.size());
     for (const RecordPtr& record : records)
         found.push_back(*record);
     SanitizeUGC(found);

@@ -21,14 +21,12 @@ KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::s
     // Not rand(): the client seeds it, and its sequence is the same after every start.
     std::random_device random;
     for (int attempt = 0; attempt < kUniqueNames; ++attempt) {
-        const std::string candidate = UniqueTrackerFileName(random() % kUniqueNames);
-        if (KXP::FileExists(shareFolder + "/" + candidate)) {
-            KXP_LOG(KXP::LogDetail, "File already exists");
-            continue;
+        name = UniqueTrackerFileName(static_cast<int>(random() % kUniqueNames));
+        if (!KXP::FileExists(KXP::FileJoin({shareFolder, name}))) {
+            KXP_LOG(KXP::LogDetail, "File is unique");
+            return {};
         }
-        KXP_LOG(KXP::LogDetail, "File is unique");
-        name = candidate;
-        return {};
+        KXP_LOG(KXP::LogDetail, "File already exists");
     }
     return {KXP::Code::kFailure, "Unable to create unique tracker file name", 0};
 }
