@@ -48,7 +48,7 @@ TEST_F(ItemsTest, CopiesAndMovesGoWhereNothingIs) {
         {source, target + "\\u0000", "'destination' is not a full path"},
     };
     for (const auto& [from, to, text] : rows)
-        EXPECT_EQ(Transfer("CopyFile", from, to), kInvalid + " " + text);
+        EXPECT_EQ(Transfer("CopyFile", from, to), std::string(kInvalid).append(" ").append(text));
     EXPECT_EQ(Transfer("MoveFile", foreign, target), kInvalid + " 'source' is not a valid ZORVEX file");
     // Nothing is found there, and yet something is in the way.
     EXPECT_EQ(Transfer("CopyFile", source, link), kFailure + " Failed to copy file");

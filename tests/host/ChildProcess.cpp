@@ -1,5 +1,6 @@
 #include "tests/host/ChildProcess.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -48,10 +49,9 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
     words.insert(words.end(), options.environment.begin(), options.environment.end());
     words.emplace_back(GALLERY_HOST);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    for (std::string& word : words)
-        pointers.push_back(word.data());
-    pointers.push_back(nullptr);
+    std::vector<char*> pointers(words.size() + 1);
+    std::transform(words.begin(), words.end(), pointers.begin(),
+                   [](std::string& word) { return word.data(); });
     pid_ = fork();
     if (pid_ == 0) {
         dup2(in.read, STDIN_FILENO);

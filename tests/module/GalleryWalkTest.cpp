@@ -317,7 +317,7 @@ class GalleryWalk : public testing::Test {
     std::string Compare() {
         if (!process_->wrong().empty()) return process_->wrong();
         if (!ReadTracker(trackerFile_, records_)) return "no tracker file\n";
-        const std::string wrong = records_.wrong + model_.Compare(records_.ids);
+        std::string wrong = records_.wrong + model_.Compare(records_.ids);
         if (!wrong.empty()) return wrong;
         uint32_t crc = 0;
         media::CalculateFolderCRC(model_.gallery() + "/", model_.gallery(), crc);

@@ -25,7 +25,7 @@ void Send(const std::string& message) {
     sockaddr_un address{};
     if (!path || std::strlen(path) >= sizeof address.sun_path) return;
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, path);
+    std::memcpy(address.sun_path, path, std::strlen(path));
     const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (sendto(fd, message.data(), message.size(), 0, reinterpret_cast<const sockaddr*>(&address),
                sizeof address) < 0)

@@ -26,7 +26,7 @@ struct LogFile {
 void AddLogsOf(const std::string& gallery, const std::string& game, std::vector<LogFile>& logs) {
     const std::string folder = gallery + "/" + game;
     for (const std::string& name : KXP::EnumFilesWithExtension(folder, "edgelog")) {
-        std::string path = folder + "/" + name;
+        std::string path = KXP::FileJoin({folder, name});
         std::error_code error;
         const auto time = std::filesystem::last_write_time(path, error);
         if (!error) logs.push_back({time, std::move(path), game});
