@@ -75,7 +75,7 @@ TEST_F(DrivesTest, FindsTheDisksUnderVolumes) {
     properties_["64ID_BUS"] = "usb";
     for (const std::string type : {"MMC", "SD"}) {
         Bus("platform/" + type, "mmc");
-        Attribute("platform/" + type + "/type=" + type);
+        Attribute(std::string("platform/").append(type).append("/type=").append(type));
     }
     Disk("179:0", "platform/MMC/block/mmcblk0");
     Disk("179:8", "platform/SD/block/mmcblk1");
@@ -103,8 +103,11 @@ TEST_F(DrivesTest, FindsTheDisksUnderVolumes) {
         {"0:43", "pool/data", "reserved"},     {"0:42", "/dev/nowhere", "reserved"},
         {"0:44", "/dev/../tmp", "reserved"},   {"8:99", "/dev/sda2", "reserved"},
     };
+    const auto kindOf = [&](const std::string& device, const std::string& source) {
+        return Drives("30 1 " + device + " / /m rw - btrfs " + source + " rw\n").at("/m");
+    };
     for (const auto& [device, source, word] : rows)
-        EXPECT_EQ(Drives("30 1 " + device + " / /m rw - btrfs " + source + " rw\n").at("/m"), word) << source;
+        EXPECT_EQ(kindOf(device, source), word) << source;
     properties_.clear();
     EXPECT_EQ(Drives("30 1 0:40 / /m rw - btrfs /dev/dm-1 rw\n").at("/m"), "external") << "one disk is";
 }

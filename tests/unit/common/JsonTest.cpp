@@ -88,9 +88,13 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
     const std::string zeros(100, '\0');
     const std::string oldText = "{\"a\":\"old\"}";
     const std::string newText = "{\"a\":\"new\"}";
+    const auto copy = [&](size_t written) {
+        return newText.substr(0, written) + oldText.substr(written) + '\0' + newText;
+    };
+    const auto cutOff = [&](size_t written) { return oldText + zeros + newText.substr(0, written) + zeros; };
     for (size_t written = 0; written < newText.size(); ++written) {
-        EXPECT_EQ(ValueIn(oldText + zeros + newText.substr(0, written) + zeros), "old") << written;
-        const std::string copied = newText.substr(0, written) + oldText.substr(written) + '\0' + newText;
+        EXPECT_EQ(ValueIn(cutOff(written)), "old") << written;
+        const std::string copied = copy(written);
         EXPECT_EQ(ValueIn(copied), "new") << written;
         // And stopped again while the next text was written after these.
         EXPECT_EQ(ValueIn(copied + std::string("\0{\"a\":\"ne", 9)), "new") << written;
@@ -114,9 +118,10 @@ TEST_F(JSONFileTest, AStoppedTailLeavesTheOldTextOrTheNew) {
         // And stopped again while a whole text was written after these.
         EXPECT_EQ(ValueIn(front + second + std::string("\0{\"a\":\"ne", 9)), "longer") << written;
     }
-    for (const std::string head :
+    const auto withHead = [&](const char* head) { return place + '\0' + head + tail; };
+    for (const char* head :
          {"@60 14\n", "@7 14\n", "@18446744073709551615 14\n", "@-6 14\n", "@6\n", "@6 13\n"})
-        EXPECT_EQ(ValueIn(place + '\0' + head + tail), "old") << head;
+        EXPECT_EQ(ValueIn(withHead(head)), "old") << head;
     HeldLog log;
     EXPECT_EQ(file_.WriteTail(1000, "}", log).code, static_cast<int32_t>(0x80004005));
     EXPECT_EQ(folder_.Read("f.json"), place + '\0' + "@6 13\n" + tail);

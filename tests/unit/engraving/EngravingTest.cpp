@@ -122,13 +122,19 @@ TEST(Engraving, RefusesWhatItDoesNotUnderstand) {
         const std::string path = folder.Write("a.mp4", bytes);
         return !AddMetadatatoFile(path, info.get()) && folder.Read("a.mp4") == bytes;
     };
-    for (const std::string& bytes :
-         {std::string(), std::string("no boxes at all, but text"), kMedia, Mp4Box("moov", kTrack) + kMedia,
-          Mp4Box("moov", kHeader) + kMedia,
-          Mp4Box("moov", kHeader + Mp4Box("trak", U32(4) + "tkhd")) + kMedia, Movie("garbage") + kMedia,
-          Movie(UserData("more than four bytes")) + kMedia, Movie() + U32(0) + "mdat to the end",
-          Movie() + kMedia.substr(0, kMedia.size() - 1), Movie() + U32(1) + "mdat" + U64(UINT64_MAX),
-          Movie() + Mp4Box("moof", "fragment") + kMedia})
+    const std::string rows[] = {std::string(),
+                                std::string("no boxes at all, but text"),
+                                kMedia,
+                                Mp4Box("moov", kTrack) + kMedia,
+                                Mp4Box("moov", kHeader) + kMedia,
+                                Mp4Box("moov", kHeader + Mp4Box("trak", U32(4) + "tkhd")) + kMedia,
+                                Movie("garbage") + kMedia,
+                                Movie(UserData("more than four bytes")) + kMedia,
+                                Movie() + U32(0) + "mdat to the end",
+                                Movie() + kMedia.substr(0, kMedia.size() - 1),
+                                Movie() + U32(1) + "mdat" + U64(UINT64_MAX),
+                                Movie() + Mp4Box("moof", "fragment") + kMedia};
+    for (const std::string& bytes : rows)
         EXPECT_TRUE(refused(bytes)) << bytes;
     EXPECT_FALSE(AddMetadatatoFile(folder.path(), info.get()));
     EXPECT_FALSE(AddMetadatatoFile("", info.get()));
@@ -142,6 +148,7 @@ TEST(Engraving, TakesTurns) {
     const TempFolder folder;
     const std::string path = folder.Write("a.mp4", Movie() + kMedia);
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&path] {
             const auto info = std::make_unique<CaptureRequestInfo>();
