@@ -125,6 +125,7 @@ TEST_F(UGCTrackerTest, NotificationsKeepTheirOrderAcrossThreads) {
     UGCTracker tracker(&host_, false, parts);
     host_.onTold = [&] { (void)tracker.IsTrackedFile("any"); };
     std::vector<std::string> paths;
+    paths.reserve(60);
     for (int i = 0; i < 60; ++i)
         paths.push_back(gallery_.AddImage("Game/" + std::to_string(i) + ".png"));
     for (const std::string& path : paths)
