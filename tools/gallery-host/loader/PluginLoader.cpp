@@ -97,15 +97,15 @@ std::optional<std::string> PluginLoader::Send(const std::string& json) {
 }
 
 void PluginLoader::Watch(int descriptor, std::function<void()> onReadable) {
-    watched_ = descriptor;
-    onReadable_ = std::move(onReadable);
+    watched_.descriptor = descriptor;
+    watched_.onReadable = std::move(onReadable);
 }
 
 PluginLoader::Wake PluginLoader::Pump(Deadline deadline, int descriptor) {
     pollfd fds[] = {{interrupt_.fd(), POLLIN, 0},
                     {events_.fd(), POLLIN, 0},
                     {descriptor, POLLIN, 0},
-                    {IsIdle() ? watched_ : -1, POLLIN, 0}};
+                    {IsIdle() ? watched_.descriptor : -1, POLLIN, 0}};
     const int ready = poll(fds, 4, MillisecondsUntil(deadline));
     if (ready < 0 && errno != EINTR)
         throw Failure(kExitFailed, std::string("cannot wait: ") + std::strerror(errno));
@@ -114,7 +114,7 @@ PluginLoader::Wake PluginLoader::Pump(Deadline deadline, int descriptor) {
         Dispatch(*event);
         HeedInterrupt();  // there may be many events, and large ones
     }
-    if (ready > 0 && fds[3].revents && IsIdle()) onReadable_();
+    if (ready > 0 && fds[3].revents && IsIdle()) watched_.onReadable();
     if (ready > 0 && fds[2].revents) return Wake::kDescriptor;
     return std::chrono::steady_clock::now() >= deadline ? Wake::kDeadline : Wake::kEvents;
 }
@@ -140,7 +140,7 @@ ExitStatus PluginLoader::Stop() {
 
 void PluginLoader::StopInOrder() {
     // 1. After an interrupt a call or a command may still run; nothing may overlap it.
-    Await([this] { return !busy_ && running_.empty(); }, "the plug-in's last command", kExitNoAnswer);
+    Await([this] { return !busy_ && command_.running.empty(); }, "the plug-in's last command", kExitNoAnswer);
     // 2. End only what was started; go on after a failure.
     if (stage_ == Stage::kStarted) {
         const auto failed = RunCommand(
@@ -176,12 +176,12 @@ PluginLoader::Returned PluginLoader::Call(std::function<int()> call, const std::
 
 std::optional<std::string> PluginLoader::RunCommand(const std::string& method, std::function<int()> call,
                                                     const std::string& name, ExitStatus late) {
-    running_ = method;
-    commandFailure_.reset();
+    command_.running = method;
+    command_.failure.reset();
     const Returned returned = Call(std::move(call), name, late);
     if (returned.thrown) return returned.thrown;
-    Await([this] { return running_.empty(); }, name, late);
-    if (commandFailure_) return commandFailure_;
+    Await([this] { return command_.running.empty(); }, name, late);
+    if (command_.failure) return command_.failure;
     if (returned.code != 1 && returned.code != kAccepted)
         return name + " returned " + std::to_string(returned.code);
     return std::nullopt;
@@ -200,13 +200,13 @@ void PluginLoader::Dispatch(const Event& event) {
         returned_ = {event.code, std::nullopt};
         if (event.kind == Event::Kind::kThrew) returned_.thrown = event.text;
         // Only an accepted command goes on after its call.
-        if (returned_.thrown || event.code != kAccepted) running_.clear();
+        if (returned_.thrown || event.code != kAccepted) command_.running.clear();
     } else if (event.code == ZvCefPluginCommandSucceeded) {
-        if (event.text == running_) running_.clear();
+        if (event.text == command_.running) command_.running.clear();
     } else if (event.code == ZvCefPluginCommandFailed) {
-        if (running_.empty()) return;
-        running_.clear();
-        commandFailure_ = FailureText(event.text);
+        if (command_.running.empty()) return;
+        command_.running.clear();
+        command_.failure = FailureText(event.text);
     } else {
         if (event.code == ZvCefPluginLog && event.text.find("][1][") != std::string::npos)
             lastFault_ = event.text;

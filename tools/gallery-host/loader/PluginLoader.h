@@ -56,6 +56,15 @@ class PluginLoader {
         int code = 0;
         std::optional<std::string> thrown;
     };
+    struct Watched {
+        int descriptor = -1;
+        std::function<void()> onReadable;
+    };
+    // The lifecycle command in progress, by its method, and how the last one failed.
+    struct Command {
+        std::string running;
+        std::optional<std::string> failure;
+    };
 
     int Open(const std::string& path);
     Returned Call(std::function<int()> call, const std::string& name, ExitStatus late);
@@ -64,7 +73,7 @@ class PluginLoader {
                                           const std::string& name, ExitStatus late);
     void StopInOrder();
     void HeedInterrupt();
-    bool IsIdle() const { return stage_ == Stage::kStarted && running_.empty() && !busy_; }
+    bool IsIdle() const { return stage_ == Stage::kStarted && command_.running.empty() && !busy_; }
     std::string Reason(const std::string& failure) const;
     void Await(const std::function<bool()>& done, const std::string& what, ExitStatus late);
     void Dispatch(const Event& event);
@@ -72,16 +81,14 @@ class PluginLoader {
     Interrupt& interrupt_;
     const std::chrono::milliseconds timeout_;
     const Listener listener_;
-    int watched_ = -1;
-    std::function<void()> onReadable_;
+    Watched watched_;
 
     Stage stage_ = Stage::kEmpty;
     void* library_ = nullptr;
     ZvCefPluginInfo* plugin_ = nullptr;
     bool busy_ = false;  // an entry call is pending
     Returned returned_;
-    std::string running_;  // the method of the lifecycle command in progress
-    std::optional<std::string> commandFailure_;
+    Command command_;
     std::string lastFault_;  // the latest log line of a failure
     bool stopping_ = false;
     ExitStatus stopStatus_ = kExitSuccess;
