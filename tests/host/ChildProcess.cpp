@@ -25,13 +25,6 @@ Pipe MakePipe() {
     return {ends[0], ends[1]};
 }
 
-// The master end reads what the terminal is given.
-Pipe MakeTerminal() {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) throw std::runtime_error("terminal");
-    return {master, open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC)};
-}
-
 }  // namespace
 
 void ChildProcess::Close(int& fd) {
@@ -42,7 +35,7 @@ void ChildProcess::Close(int& fd) {
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Options& options) {
     signal(SIGPIPE, SIG_IGN);
     Pipe in = MakePipe();
-    Pipe output = options.terminal ? MakeTerminal() : MakePipe();
+    Pipe output = MakePipe();
     Pipe error = MakePipe();
     // What this process ignores, SIGPIPE above all, would be ignored by the child.
     std::vector<std::string> words = {"env", "--default-signal", "-u", "NO_COLOR"};

@@ -11,7 +11,6 @@ class ChildProcess {
   public:
     struct Options {
         std::vector<std::string> environment;  // "NAME=value", over this process's own
-        bool terminal = false;                 // standard output is a terminal
     };
 
     ChildProcess(const std::vector<std::string>& arguments, const Options& options);

@@ -97,16 +97,6 @@ TEST(CommandLine, ListsTheGalleryOnceItIsComplete) {
     EXPECT_TRUE(Contains(busy.err, "the scan of the gallery did not end within")) << busy.err;
 }
 
-TEST(CommandLine, ColoursOnATerminalUnlessTheUserObjects) {
-    const TempFolder folder;
-    for (const bool objects : {false, true}) {
-        ChildProcess child(WithFake({"list", folder.path()}),
-                           {{"TERM=xterm", objects ? "NO_COLOR=1" : "NO_COLOR="}, true});
-        EXPECT_EQ(child.Wait(), 0) << child.err;
-        EXPECT_EQ(Contains(child.out, "\x1b["), !objects);
-    }
-}
-
 TEST(CommandLine, AReaderThatLeavesIsNoError) {
     ChildProcess child(WithFake({"call", "Big"}), {});
     child.CloseOutput();
@@ -118,7 +108,7 @@ TEST(CommandLine, DemoCleansUpAfterItself) {
     const TempFolder temporary;
     const std::string where = "TMPDIR=" + temporary.path();
     const auto demo = [&](const std::vector<std::string>& arguments, const std::string& behaviour) {
-        ChildProcess child(arguments, {{where, "FAKE_PLUGIN=" + behaviour}, false});
+        ChildProcess child(arguments, {{where, "FAKE_PLUGIN=" + behaviour}});
         const int status = child.Wait();
         return Ended{status, child.out, child.err};
     };

@@ -26,7 +26,7 @@ inline bool Contains(const std::string& text, const std::string& part) {
 // `behaviour` is for the fake plug-in.
 inline Ended RunHost(const std::vector<std::string>& arguments, const std::string& input = {},
                      const std::string& behaviour = {}) {
-    ChildProcess child(WithFake(arguments), {{"FAKE_PLUGIN=" + behaviour}, false});
+    ChildProcess child(WithFake(arguments), {{"FAKE_PLUGIN=" + behaviour}});
     child.Write(input);
     const int status = child.Wait();
     return {status, child.out, child.err};

@@ -70,8 +70,7 @@ TEST(Lifecycle, AnInterruptStopsInOrder) {
 }
 
 TEST(Lifecycle, AnInterruptDuringTheStopLetsItEnd) {
-    ChildProcess child(WithFake({"-v", "--timeout", "1", "call", "Echo"}),
-                       {{"FAKE_PLUGIN=stop-never"}, false});
+    ChildProcess child(WithFake({"-v", "--timeout", "1", "call", "Echo"}), {{"FAKE_PLUGIN=stop-never"}});
     ASSERT_TRUE(child.ReadErrUntil("fake: stop"));
     child.Signal(SIGINT);
     EXPECT_EQ(child.Wait(), 4);
@@ -80,8 +79,7 @@ TEST(Lifecycle, AnInterruptDuringTheStopLetsItEnd) {
 
 TEST(Lifecycle, TheSecondInterruptLeavesAtOnceAndADemoNothingBehind) {
     const TempFolder temporary;
-    ChildProcess child(WithFake({"-v", "demo"}),
-                       {{"TMPDIR=" + temporary.path(), "FAKE_PLUGIN=start-never"}, false});
+    ChildProcess child(WithFake({"-v", "demo"}), {{"TMPDIR=" + temporary.path(), "FAKE_PLUGIN=start-never"}});
     ASSERT_TRUE(child.ReadErrUntil("fake: start"));
     child.Signal(SIGINT);
     ASSERT_TRUE(child.ReadErrUntil("interrupted"));

@@ -96,7 +96,7 @@ TEST(Watch, EndsAtItsCountOrAtAnInterrupt) {
     for (const bool counts : {false, true}) {
         ChildProcess child(WithFake(counts ? std::vector<std::string>{"watch", "--count", "9"}
                                            : std::vector<std::string>{"watch"}),
-                           {{"FAKE_PLUGIN=notifies"}, false});
+                           {{"FAKE_PLUGIN=notifies"}});
         ASSERT_TRUE(child.ReadErrUntil("watching"));
         ASSERT_TRUE(child.ReadOutUntil("  folder     /g\\x1b[2J\n")) << child.out;
         child.Signal(SIGINT);

@@ -87,10 +87,9 @@ class TrackerProcess {
     static ChildProcess::Options HomeIn(const TempFolder& home) {
         // At 2 the tracker says whether it rebuilds; 4 shows each event.
         const char* const level = std::getenv("GALLERY_WALK_LOG");
-        return {
-            {"HOME=" + home.path(), "XDG_DATA_HOME=" + home / "data", "XDG_CONFIG_HOME=" + home / "config",
-             "XDG_CACHE_HOME=" + home / "cache", std::string("COBALIX_LOG_LEVEL=") + (level ? level : "2")},
-            false};
+        return {{"HOME=" + home.path(), "XDG_DATA_HOME=" + home / "data",
+                 "XDG_CONFIG_HOME=" + home / "config", "XDG_CACHE_HOME=" + home / "cache",
+                 std::string("COBALIX_LOG_LEVEL=") + (level ? level : "2")}};
     }
 
     static std::string PathIn(const KXP::Value& line, const char* event) {
