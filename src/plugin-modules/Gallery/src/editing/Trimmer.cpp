@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "common/files/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/Edits.h"
@@ -65,8 +66,7 @@ class Ignored {
 
 RetVal Trimmer::TrimUGC(const std::string& input, const std::string& output, double headTrimMs,
                         double lengthMs) {
-    // The system would take the text before a zero byte, which is another file.
-    if ((input + output).find('\0') != std::string::npos) return LogTrimFailed(Code::kFailure);
+    if (!KXP::IsUsablePath(input) || !KXP::IsUsablePath(output)) return LogTrimFailed(Code::kFailure);
     if (input == output) return TrimInPlace(output, headTrimMs, lengthMs);
     // Of what is there a clip takes the place of captures alone.
     if (KXP::FileExists(output) && !media::MayDeleteCapture(output, tracker_.gallery()))

@@ -38,7 +38,7 @@ FileTransfer FileTransfer::Parse(const KXP::Value& params) {
     if (KXP::FileExists(transfer.destination)) throw std::runtime_error("'destination' already exists");
     // Missing folders are made from the root down, and a zero byte would end the path before its end.
     const std::string& destination = transfer.destination;
-    if (destination.empty() || destination.front() != '/' || destination.find('\0') != std::string::npos)
+    if (destination.empty() || destination.front() != '/' || !KXP::IsUsablePath(destination))
         throw std::runtime_error("'destination' is not a full path");
     return transfer;
 }
