@@ -5,10 +5,18 @@
 #include <cstdint>
 #include <string>
 
+struct stat;
+
 namespace KXP::Platform {
 
 // For open: a folder that is only the start of other calls' paths, which needs no right to read it.
 extern const int kFolderForLookup;
+
+// When the content last changed, in nanoseconds since 1970.
+int64_t ModifiedNs(const struct stat& status);
+
+// Whether the volume of an existing path gives a file the same inode number each time it is mounted.
+bool KeepsInodes(const std::string& path);
 
 // Returns when what was written to the file would outlast a loss of power.
 bool MakeDurable(int fd);

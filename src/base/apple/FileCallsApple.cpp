@@ -1,7 +1,10 @@
 #include <cerrno>
 #include <cstdio>
+#include <string_view>
 
 #include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/param.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +13,17 @@
 namespace KXP::Platform {
 
 const int kFolderForLookup = O_SEARCH;
+
+int64_t ModifiedNs(const struct stat& status) {
+    return static_cast<int64_t>(status.st_mtimespec.tv_sec) * 1000000000 + status.st_mtimespec.tv_nsec;
+}
+
+bool KeepsInodes(const std::string& path) {
+    struct statfs volume {};
+    if (statfs(path.c_str(), &volume) != 0) return false;
+    const std::string_view type = volume.f_fstypename;
+    return type == "apfs" || type == "hfs";
+}
 
 // fsync leaves it in the drive's own memory.
 bool MakeDurable(int fd) {

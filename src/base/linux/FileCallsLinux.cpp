@@ -1,15 +1,44 @@
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <iterator>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include "base/FileCalls.h"
 
 namespace KXP::Platform {
+namespace {
+
+// The types of volumes, from statfs(2) and the kernel's sources, that number files as they come across them.
+constexpr unsigned kNumbersAnew[] = {
+    0x4D44,      // FAT
+    0x2011BAB0,  // exFAT
+    0x65735546,  // FUSE
+    0x5346544E,  // NTFS
+    0x7366746E,  // NTFS, the newer driver
+    0x517B,      // SMB
+    0xFF534D42,  // CIFS
+    0xFE534D42,  // SMB2
+};
+
+}  // namespace
 
 const int kFolderForLookup = O_PATH | O_DIRECTORY;
+
+int64_t ModifiedNs(const struct stat& status) {
+    return static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
+}
+
+bool KeepsInodes(const std::string& path) {
+    struct statfs volume {};
+    if (statfs(path.c_str(), &volume) != 0) return false;
+    const auto type = static_cast<unsigned>(volume.f_type);
+    return std::find(std::begin(kNumbersAnew), std::end(kNumbersAnew), type) == std::end(kNumbersAnew);
+}
 
 bool MakeDurable(int fd) {
     return fdatasync(fd) == 0;

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
+#include "base/FileCalls.h"
 #include "base/NewFile.h"
 #include "base/ReadWrite.h"
 #include "common/files/FileUtil.h"
@@ -87,7 +88,7 @@ OutputPlace::Identity OutputPlace::Look(const std::string& path) {
     // Links are not followed: their target is not a montage.
     if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
     return {true, status.st_dev, status.st_ino, status.st_size,
-            static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};
+            KXP::Platform::ModifiedNs(status)};
 }
 
 void OutputPlace::DeleteIfMade() const {

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
+#include "base/FileCalls.h"
 #include "base/FileDescriptor.h"
 #include "common/product/Profile.h"
 #include "common/text/Base64.h"
@@ -35,7 +36,7 @@ int IsCancelled(void* context) {
 
 void FillKey(const struct stat& status, ThumbnailCache::Key& key) {
     key.size = static_cast<uint64_t>(status.st_size);
-    key.time = static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
+    key.time = KXP::Platform::ModifiedNs(status);
 }
 
 // Frees a slot that was taken.

@@ -52,6 +52,7 @@ RetVal CheckOwner(const std::string& path, KXP::ifstream& file, TrackedUGC& reco
 }
 
 RetVal MeasureFile(const struct stat& status, TrackedUGC& record) {
+    record.stamp = StampOf(status);
     record.sizeKB = static_cast<uint32_t>(KXP::FileSizeKB(status));
     const int dated = KXP::FileDate(status, record.date);
     if (dated < 0) {

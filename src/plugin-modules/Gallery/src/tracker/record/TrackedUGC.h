@@ -8,6 +8,7 @@
 
 #include "common/json/Json.h"
 #include "libraries/share-common/Highlight.h"
+#include "plugin-modules/Gallery/src/tracker/record/FileStamp.h"
 
 struct TrackedUGC {
     TrackedUGC() = default;
@@ -42,6 +43,7 @@ struct TrackedUGC {
     std::string topBarText;
     std::string bottomBarText;
     uint32_t msDuration = 0;
+    FileStamp stamp;  // of the file when it was inspected; in neither JSON form
 };
 
 // The captures of one game. The game's name is its key in a map of games.
