@@ -118,25 +118,26 @@ TEST_P(FileWatcherTest, KnowsWhetherMoreIsToCome) {
     options_.polling = false;  // looking now and then cannot tell
     options_.window = milliseconds(200);
     Watch();
+    const auto unreported = [this](size_t most = 1) {
+        std::optional<UnreportedPaths> paths;
+        while (!(paths = watcher_->Unreported(most)))
+            std::this_thread::yield();
+        return std::pair(paths->changed, paths->incomplete);
+    };
     using Paths = std::vector<std::string>;
-    EXPECT_EQ(watcher_->Unreported(), Paths());
+    EXPECT_EQ(unreported(), std::pair(Paths(), Paths()));
     Write("a");
-    std::optional<Paths> unreported;
-    while (!(unreported = watcher_->Unreported()))
-        std::this_thread::yield();
-    EXPECT_EQ(*unreported, Paths{At("a")});
+    EXPECT_EQ(unreported(), std::pair(Paths{At("a")}, Paths()));
     EXPECT_TRUE(told_.WaitForCall("+" + At("a")));
     std::ofstream open(At("b"));
     Write("c");
     EXPECT_TRUE(told_.WaitForCall("+" + At("c")));
-    while (!(unreported = watcher_->Unreported()))
-        std::this_thread::yield();
-    EXPECT_EQ(*unreported, Paths{At("b")}) << "it is being written, and was a moment ago";
+    EXPECT_EQ(unreported(), std::pair(Paths(), Paths{At("b")}))
+        << "it is being written, and was a moment ago";
     open.close();
     fs::remove(At("b"));
     EXPECT_TRUE(told_.WaitForCall("-" + At("b")));
-    while (watcher_->Unreported() != Paths())
-        std::this_thread::yield();
+    EXPECT_EQ(unreported(), std::pair(Paths(), Paths()));
 }
 
 INSTANTIATE_TEST_SUITE_P(By, FileWatcherTest, testing::Bool(),

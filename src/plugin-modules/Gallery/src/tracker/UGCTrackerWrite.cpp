@@ -11,6 +11,8 @@ namespace {
 
 // Longer than the watcher's window, so that the changes known now have been reported by then.
 constexpr std::chrono::milliseconds kReleaseDelay{1500};
+// With more changes than this on their way, more will be known soon.
+constexpr size_t kMostUnreported = 256;
 
 }  // namespace
 
@@ -46,9 +48,10 @@ TrackerFileWriter::Content UGCTracker::TakeContent(const TrackerFileWriter& writ
 bool UGCTracker::KnowsAll() {
     if (!backlog_.IsEmpty()) return false;
     if (!watcher_) return true;
-    const auto unreported = watcher_->Unreported();
-    return unreported && std::all_of(unreported->begin(), unreported->end(),
-                                     [this](const auto& path) { return IsSettled(path); });
+    const auto unreported = watcher_->Unreported(kMostUnreported);
+    const auto isSettled = [this](const std::string& path) { return IsSettled(path); };
+    return unreported && std::all_of(unreported->changed.begin(), unreported->changed.end(), isSettled) &&
+           std::all_of(unreported->incomplete.begin(), unreported->incomplete.end(), isSettled);
 }
 
 // Whether the record agrees with the disk about the path.

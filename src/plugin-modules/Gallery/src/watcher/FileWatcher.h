@@ -20,15 +20,20 @@ class IFileWatcherCallback {
     virtual void Untrack(std::string path) = 0;
 };
 
+// What the callback does not know yet.
+struct UnreportedPaths {
+    std::vector<std::string> changed;
+    std::vector<std::string> incomplete;  // files that are being written
+};
+
 // The destructor ends the thread between two calls of the callback and drops changes not reported by then.
 class IFileWatcher {
   public:
     virtual ~IFileWatcher() = default;
 
-    // The paths of changes that have not been reported to the callback at the time of the call, and of files
-    // that are being written then. No value when they are unknown or too many. Waits for the watcher's
-    // thread, about 100 ms at most. Any thread but the watcher's.
-    virtual std::optional<std::vector<std::string>> Unreported() = 0;
+    // As of the time of the call. No value when it is unknown, or when either list would have more than
+    // `most` paths. Waits for the watcher's thread, about 100 ms at most. Any thread but the watcher's.
+    virtual std::optional<UnreportedPaths> Unreported(size_t most) = 0;
 };
 
 struct WatcherOptions {

@@ -32,8 +32,6 @@ constexpr milliseconds kLongestWait{60000};
 constexpr milliseconds kWithoutWake{20};
 // How long Unreported waits when the thread is busy with a slow disk.
 constexpr milliseconds kAnswerLimit{100};
-// Unreported returns no more paths than this from the window, and from the follower.
-constexpr size_t kMostUnreported = 256;
 
 class FileWatcher : public IFileWatcher {
   public:
@@ -41,7 +39,7 @@ class FileWatcher : public IFileWatcher {
                 std::unique_ptr<IFileWatcherCallback>&& callback);
     ~FileWatcher() override;
 
-    std::optional<std::vector<std::string>> Unreported() override;
+    std::optional<UnreportedPaths> Unreported(size_t most) override;
 
   private:
     void Run();
@@ -50,7 +48,7 @@ class FileWatcher : public IFileWatcher {
     milliseconds TimeToWait() const;
     void ReportReady() EXCLUDES(mutex_);
     void Wake();
-    void Answer(uint64_t asked);
+    void Answer(const UnreportedQuery::Question& asked);
 
     const std::unique_ptr<IFileWatcherCallback> callback_;
     const milliseconds recoverAfter_;
@@ -100,23 +98,25 @@ void FileWatcher::Wake() {
         KXP_LOG(KXP::LogDetail, "File watcher was woken already");
 }
 
-std::optional<std::vector<std::string>> FileWatcher::Unreported() {
+std::optional<UnreportedPaths> FileWatcher::Unreported(size_t most) {
     const TimePoint limit = steady_clock::now() + kAnswerLimit;
-    const uint64_t asked = query_.Ask();
+    const uint64_t asked = query_.Ask(most);
     Wake();
     return query_.Await(asked, limit);
 }
 
 // Answers the calls that were made before the events of this pass were read.
-void FileWatcher::Answer(uint64_t asked) {
-    std::optional<std::vector<std::string>> unreported;
-    if (dispatcher_.IsIdle() && window_.size() <= kMostUnreported)
-        unreported = follower_.IncompleteFiles(kMostUnreported);
-    if (unreported) {
+void FileWatcher::Answer(const UnreportedQuery::Question& asked) {
+    std::optional<UnreportedPaths> unreported;
+    std::optional<std::vector<std::string>> incomplete;
+    if (dispatcher_.IsIdle() && window_.size() <= asked.most)
+        incomplete = follower_.IncompleteFiles(asked.most);
+    if (incomplete) {
+        unreported = {{}, std::move(*incomplete)};
         for (const WatchEvent& event : window_.events())
-            unreported->push_back(event.path);
+            unreported->changed.push_back(event.path);
     }
-    query_.Answer(asked, std::move(unreported));
+    query_.Answer(asked.number, std::move(unreported));
 }
 
 void FileWatcher::Run() {
@@ -139,7 +139,7 @@ void FileWatcher::Run() {
 // Reads the kernel's queue in every pass, also while a window is open or being reported, because the queue is
 // bounded.
 void FileWatcher::RunOnce() {
-    const std::optional<uint64_t> asked = query_.Pending();
+    const std::optional<UnreportedQuery::Question> asked = query_.Pending();
     follower_.ReadEvents();
     follower_.DoDueWork();
     if (learning_ && (follower_.HasLearntGallery() || steady_clock::now() >= startLimit_)) ReportReady();

@@ -49,9 +49,9 @@ class FileWatcher : public IFileWatcher {
     }
     ~FileWatcher() override;
 
-    std::optional<std::vector<std::string>> Unreported() override {
+    std::optional<UnreportedPaths> Unreported(size_t) override {
         if (stream_) FSEventStreamFlushSync(stream_);
-        return std::vector<std::string>{};
+        return UnreportedPaths{};
     }
 
   private:
