@@ -1,4 +1,4 @@
-// What is written in pieces against what is written whole, through random changes.
+// What is written in pieces against what is written whole, through random changes, with the stamps.
 #include <optional>
 #include <random>
 
@@ -14,6 +14,7 @@ TrackedUGC Record(int id) {
     record.id = id;
     record.profileName = "game" + std::to_string(id % 3);
     record.path = "/g/" + record.profileName + "/" + std::to_string(id);
+    record.stamp = {static_cast<uint64_t>(id), -id, UINT64_MAX};
     return record;
 }
 
@@ -25,10 +26,20 @@ std::string Whole(const RecordStore& store, const TrackerInfo& info) {
     return buffer.GetString();
 }
 
+std::vector<FileStamp> Stamps(const RecordStore& store) {
+    std::vector<FileStamp> stamps;
+    for (const auto& record : store.Snapshot())
+        stamps.push_back(record->stamp);
+    return stamps;
+}
+
 TEST(TrackerFileWriter, TheTextIsTheSameHoweverMuchOfItIsWritten) {
     TempFolder folder;
     KXP::JSONFile file;
     file.Init(folder / "t.json");
+    StampFile stampFile;
+    stampFile.Init(file.path());
+    KXP::JSONFile::Stamp stamp;
     RecordStore store;
     TrackerFileWriter writer;
     std::mt19937 random(7);
@@ -49,13 +60,18 @@ TEST(TrackerFileWriter, TheTextIsTheSameHoweverMuchOfItIsWritten) {
         } else if (change == 13 && some < 10) {
             store.Clear();
         }
+        if (change == 12 && file.ReadStamp(stamp)) {
+            EXPECT_FALSE(stampFile.Read(stamp));
+        }
         writer.Recheck(file);
         TrackerFileWriter::Content content(store, writer.FirstPlace(store));
         content.info = {id, kTrackerVersion, static_cast<uint32_t>(round)};
         pieces += content.firstPlace > 0 ? 1 : 0;
         KXP::HeldLog log;
-        ASSERT_EQ(writer.Write(file, content, log).code, 0);
+        ASSERT_EQ(writer.Write(file, stampFile, content, log).code, 0);
         ASSERT_EQ(folder.Read("t.json"), Whole(store, content.info)) << round;
+        ASSERT_TRUE(file.ReadStamp(stamp));
+        ASSERT_EQ(stampFile.Read(stamp), std::make_optional(Stamps(store))) << round;
     }
     EXPECT_GT(pieces, 50);
 }

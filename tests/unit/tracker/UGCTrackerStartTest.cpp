@@ -86,12 +86,13 @@ TEST_F(UGCTrackerTest, AUniqueFileReplacesTheOldOneAtTheEnd) {
     ASSERT_TRUE(Step());
     tracker_.reset();
     EXPECT_EQ(Records(), complete);
-    gallery_.home().Write(gallery_.ShareFile("UGCTracker_7.json"), "{}");
+    for (const char* name : {"UGCTracker_7.json", "UGCTracker_7.stamps"})
+        gallery_.home().Write(gallery_.ShareFile(name), "{}");
     Open();
     size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(gallery_.home() / gallery_.ShareFile("")))
         files += entry.path().filename().string().rfind("UGCTracker", 0) == 0 ? 1 : 0;
-    EXPECT_EQ(files, 1u);
+    EXPECT_EQ(files, 2u) << "the record and its stamps";
 }
 
 }  // namespace

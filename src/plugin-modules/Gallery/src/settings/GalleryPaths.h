@@ -6,6 +6,8 @@
 // In the share folder.
 constexpr const char* kSettingsFileName = "GallerySettings.json";
 constexpr const char* kTrackerFileName = "UGCTracker.json";
+// What people gave captures, for the day on which the tracker file is rebuilt.
+constexpr const char* kKeptFileName = "UGCKept.jsonl";
 // The tracker file of a gallery that is still being scanned; it becomes kTrackerFileName when the scan is
 // complete.
 inline std::string UniqueTrackerFileName(int number) {
@@ -14,7 +16,7 @@ inline std::string UniqueTrackerFileName(int number) {
 
 // Whether the module may keep a file of this name in the share folder.
 inline bool IsShareFileName(const std::string& name) {
-    return name == kSettingsFileName || name.compare(0, 10, "UGCTracker") == 0;
+    return name == kSettingsFileName || name == kKeptFileName || name.compare(0, 10, "UGCTracker") == 0;
 }
 
 // The default gallery: the second inside the first, in the user's videos folder.

@@ -13,6 +13,14 @@ std::string TailOf(std::string_view text, bool hasRecords) {
     return (hasRecords ? "," : "\n\t") + std::string(text.substr(kHead.size()));
 }
 
+std::vector<FileStamp> StampsOf(const std::vector<RecordStore::RecordPtr>& records) {
+    std::vector<FileStamp> stamps;
+    stamps.reserve(records.size());
+    for (const RecordStore::RecordPtr& record : records)
+        stamps.push_back(record->stamp);
+    return stamps;
+}
+
 }  // namespace
 
 TrackerFileWriter::Content::Content(const RecordStore& store, uint64_t first)
@@ -32,30 +40,34 @@ uint64_t TrackerFileWriter::FirstPlace(const RecordStore& store) const {
     return written_ && written_->generation == store.generation() ? written_->endPlace : 0;
 }
 
-KXP::RetVal TrackerFileWriter::Write(const KXP::JSONFile& file, const Content& content, KXP::HeldLog& log) {
-    KXP::JsonBuffer buffer;
-    KXP::PrettyJsonWriter writer(buffer);
-    writer.SetIndent('\t', 1);
+KXP::RetVal TrackerFileWriter::Write(const KXP::JSONFile& file, StampFile& stamps, const Content& content,
+                                     KXP::HeldLog& log) {
+    const size_t before = content.firstPlace == 0 ? 0 : written_->records;
     size_t recordsEnd = 0;
-    WriteTrackerJSON(content.records, content.games, content.info, writer,
-                     [&] { recordsEnd = buffer.GetSize(); });
-    const std::string_view text(buffer.GetString(), buffer.GetSize());
-
-    KXP::RetVal result;
-    if (content.firstPlace == 0) {
-        result = file.WriteText(text, log);
-    } else {
-        const size_t keep = written_->recordsEnd;
-        const bool hasRecords = !content.records.empty();
-        recordsEnd = hasRecords ? keep + 1 + recordsEnd - kHead.size() : keep;
-        result = file.WriteTail(keep, TailOf(text, hasRecords), log);
-    }
-    const bool holdsRecords = content.firstPlace > 0 || !content.records.empty();
+    KXP::RetVal result = WriteText(file, content, recordsEnd, log);
     KXP::JSONFile::Stamp stamp;
-    if (!result.Failed() && holdsRecords && file.ReadStamp(stamp)) {
-        written_ = {stamp, content.generation, content.endPlace, recordsEnd};
+    const bool isKnown = !result.Failed() && file.ReadStamp(stamp);
+    if (isKnown) stamps.Write(stamp, before, StampsOf(content.records));
+    const size_t records = before + content.records.size();
+    if (isKnown && records > 0) {
+        written_ = {stamp, content.generation, content.endPlace, records, recordsEnd};
     } else {
         written_.reset();
     }
     return result;
+}
+
+KXP::RetVal TrackerFileWriter::WriteText(const KXP::JSONFile& file, const Content& content,
+                                         size_t& recordsEnd, KXP::HeldLog& log) const {
+    KXP::JsonBuffer buffer;
+    KXP::PrettyJsonWriter writer(buffer);
+    writer.SetIndent('\t', 1);
+    WriteTrackerJSON(content.records, content.games, content.info, writer,
+                     [&] { recordsEnd = buffer.GetSize(); });
+    const std::string_view text(buffer.GetString(), buffer.GetSize());
+    if (content.firstPlace == 0) return file.WriteText(text, log);
+    const size_t keep = written_->recordsEnd;
+    const bool hasRecords = !content.records.empty();
+    recordsEnd = hasRecords ? keep + 1 + recordsEnd - kHead.size() : keep;
+    return file.WriteTail(keep, TailOf(text, hasRecords), log);
 }

@@ -35,7 +35,8 @@ KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::s
 void RemoveStaleTrackerFiles(const std::string& shareFolder) {
     for (int number = 0; number < kUniqueNames; ++number) {
         const std::string path = shareFolder + "/" + UniqueTrackerFileName(number);
-        if (KXP::FileExists(path)) KXP::FileDelete(path, true);
+        for (const std::string& file : {path, StampFile::PathFor(path)})
+            if (KXP::FileExists(file)) KXP::FileDelete(file, true);
     }
 }
 
@@ -58,11 +59,16 @@ void TrackerJournal::Open(bool useUniqueFile) {
         throw std::runtime_error("Failed to generate unique tracker name, cannot reset tracker file");
     }
     trackerFile_.Init(shareFolder_ + "/" + name);
+    stampFile_.Init(trackerFile_.path());
 }
 
-KXP::RetVal TrackerJournal::Read(KXP::Document& document, TrackerInfo& info) {
+KXP::RetVal TrackerJournal::Read(KXP::Document& document, TrackerInfo& info, Stamps* stamps) {
+    KXP::JSONFile::Stamp before;
+    KXP::JSONFile::Stamp after;
+    const bool known = trackerFile_.ReadStamp(before);
     KXP::RetVal read = trackerFile_.ReadAndParseJSON(document);
     if (read.Failed()) return read;
+    if (stamps && known && trackerFile_.ReadStamp(after) && after == before) *stamps = stampFile_.Read(after);
     ParseTrackerInfoFromJSON(document, info);
     folderCRC_ = info.folderCRC;
     return read;
@@ -94,7 +100,7 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
     TrackerFileWriter::Content content = source_.TakeContent(writer_);
     content.info.folderCRC = sumWithheld_ ? ~folderCRC_ : folderCRC_;
     KXP::HeldLog log;
-    KXP::RetVal written = writer_.Write(trackerFile_, content, log);
+    KXP::RetVal written = writer_.Write(trackerFile_, stampFile_, content, log);
     source_.NoteWritten(written);
     return written;
 }
@@ -130,8 +136,11 @@ void TrackerJournal::TakeOver() {
     if (trackerFile_.path() != canonical && KXP::FileExists(trackerFile_.path())) {
         if (KXP::FileMove(trackerFile_.path(), canonical) < 0)
             KXP_LOG(KXP::LogFailure, "UpdateTracker::Failed to set tracker, no tracker UGC this lifecycle");
+        stampFile_.MoveTo(canonical);
     } else {
         KXP::FileDelete(canonical, true);
+        stampFile_.Init(canonical);
+        stampFile_.Remove();
     }
     trackerFile_.Init(canonical);
     replaceTrackerFile_ = false;
@@ -139,13 +148,16 @@ void TrackerJournal::TakeOver() {
 
 void TrackerJournal::DeleteTrackerFile() {
     const KXP::Turn turn(turns_, kFileTurn);
-    if (!closed_) (void)trackerFile_.RemoveFile();
+    if (closed_) return;
+    stampFile_.Remove();
+    (void)trackerFile_.RemoveFile();
 }
 
 void TrackerJournal::Close() {
     const KXP::Turn turn(turns_, kFileTurn);
     closed_ = true;
-    // The change of the gallery was cancelled, so the file of its rebuild is of no use.
-    if (replaceTrackerFile_ && KXP::FileExists(trackerFile_.path()))
-        KXP::FileDelete(trackerFile_.path(), true);
+    // The change of the gallery was cancelled, so the files of its rebuild are of no use.
+    if (!replaceTrackerFile_) return;
+    if (KXP::FileExists(trackerFile_.path())) KXP::FileDelete(trackerFile_.path(), true);
+    stampFile_.Remove();
 }

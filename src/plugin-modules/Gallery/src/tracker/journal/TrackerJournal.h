@@ -7,20 +7,26 @@
 // between, the next start rebuilds. In a gallery that takes long to sum up, a write may also postpone the sum
 // ("owed"), so that notifications of captures do not wait for it.
 //
-// One thread at a time uses the file; the others wait for their turn. This is not a mutex, because writing
+// Beside the file lies that of the stamps of its captures (StampFile); both are made, moved and deleted
+// together.
+//
+// One thread at a time uses the files; the others wait for their turn. This is not a mutex, because writing
 // and summing log, and the thread that has the turn may take the source's locks.
 #pragma once
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "common/json/JSONFile.h"
 #include "common/results/RetVal.h"
 #include "common/task/Clock.h"
 #include "common/threads/Turns.h"
 #include "plugin-modules/Gallery/src/tracker/journal/IJournalSource.h"
+#include "plugin-modules/Gallery/src/tracker/journal/StampFile.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
@@ -42,9 +48,11 @@ class TrackerJournal {
     // Selects the file: the tracker's file or, for a rebuild, a unique one that TakeOver moves to its place.
     // Throws std::runtime_error when no unique name is left.
     void Open(bool useUniqueFile);
+    // One for each record of a file; none unless the file is the one that the product wrote last.
+    using Stamps = std::optional<std::vector<FileStamp>>;
     // Fails when there is no such file or it holds no JSON object. Writes keep the file's sum until one
-    // renews it.
-    KXP::RetVal Read(KXP::Document& document, TrackerInfo& info);
+    // renews it. Sets `stamps` unless it is null.
+    KXP::RetVal Read(KXP::Document& document, TrackerInfo& info, Stamps* stamps = nullptr);
 
     // Any thread, with none of the source's locks held:
 
@@ -56,9 +64,9 @@ class TrackerJournal {
     void ReleaseSum();
     // Makes the file of a rebuild the tracker's file.
     void TakeOver();
-    // Deletes the file; the next write makes it anew.
+    // Deletes the files; the next write makes them anew.
     void DeleteTrackerFile();
-    // Nothing touches the file after this. Deletes the file of a rebuild that was not taken over.
+    // Nothing touches the files after this. Deletes those of a rebuild that was not taken over.
     void Close();
 
   private:
@@ -75,6 +83,7 @@ class TrackerJournal {
 
     // Used by the thread that has the turn.
     KXP::JSONFile trackerFile_;
+    StampFile stampFile_;
     TrackerFileWriter writer_;
     uint32_t folderCRC_ = 0;
     std::chrono::nanoseconds sumTook_{0};  // last time
