@@ -3,8 +3,11 @@
 #include "CobalixUtil.h"
 #include "base/PartFiles.h"
 #include "common/drives/Drives.h"
+#include "common/files/DirUtil.h"
 #include "common/product/Profile.h"
 #include "common/results/Exception.h"
+#include "libraries/share-common/ShareFolder.h"
+#include "plugin-modules/Gallery/src/editing/InterruptedEdits.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
@@ -29,6 +32,7 @@ DriveSpace SpaceAt(const std::string& path) {
 
 // What processes that were killed have left in the middle of their work on files.
 void SettleInterruptedWork() {
+    FinishInterruptedEdits(KXP::CreateDirectoryPath(GetShareFolderPath()));
     if (const int removed = KXP::RemoveAbandonedParts())
         KXP_LOG(KXP::LogMilestone, "Removed %d files that were not complete", removed);
 }

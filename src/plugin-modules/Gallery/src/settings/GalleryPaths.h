@@ -15,10 +15,13 @@ inline std::string UniqueTrackerFileName(int number) {
     return "UGCTracker_" + std::to_string(number) + ".json";
 }
 
+// The start of the names of notes on edits under way.
+constexpr const char* kEditNotes = "UGCEdit_";
+
 // Whether the module may keep a file of this name in the share folder.
 inline bool IsShareFileName(const std::string& name) {
     const auto begins = [&](std::string_view start) { return name.compare(0, start.size(), start) == 0; };
-    return name == kSettingsFileName || begins("UGCTracker") || begins(KXP::kPartNotes);
+    return name == kSettingsFileName || begins("UGCTracker") || begins(kEditNotes) || begins(KXP::kPartNotes);
 }
 
 // The default gallery: the second inside the first, in the user's videos folder.
