@@ -12,6 +12,9 @@ namespace KXP::Platform {
 // For open: a folder that is only the start of other calls' paths, which needs no right to read it.
 extern const int kFolderForLookup;
 
+// The path of an open file or folder as it is at this moment, without links in it; empty when it is unknown.
+std::string PathOf(int fd);
+
 // When the content last changed, in nanoseconds since 1970.
 int64_t ModifiedNs(const struct stat& status);
 

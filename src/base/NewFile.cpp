@@ -9,17 +9,11 @@
 
 #include "base/FileCalls.h"
 #include "base/NamelessFile.h"
+#include "base/PartFiles.h"
 #include "base/Path.h"
-#include "base/RandomName.h"
 
 namespace KXP {
 namespace {
-
-// The length does not depend on the file's own name, which may be as long as names can be. The ending keeps
-// everybody from taking it for what the file will be.
-std::string HiddenName() {
-    return "." + RandomName() + ".part";
-}
 
 FileDescriptor OpenParent(const std::string& place) {
     if (!IsUsablePath(place)) {
@@ -55,11 +49,24 @@ void NewFile::Create(unsigned mode) {
     }
     file_ = FileDescriptor(Platform::OpenNameless(folder_.get(), mode));
     if (file_.IsOpen()) return;
-    const std::string hidden = HiddenName();
+    CreateHidden(mode);
+}
+
+void NewFile::CreateHidden(unsigned mode) {
+    const std::string hidden = NewPartName();
+    note_ = NotePart(folder_, hidden);
     file_ =
         FileDescriptor(openat(folder_.get(), hidden.c_str(),
                               O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, static_cast<mode_t>(mode)));
     if (file_.IsOpen()) hidden_ = hidden;
+}
+
+bool NewFile::GiveHiddenName() {
+    const std::string hidden = NewPartName();
+    note_ = NotePart(folder_, hidden);
+    if (!Platform::GiveName(file_.get(), folder_.get(), hidden)) return false;
+    hidden_ = hidden;
+    return true;
 }
 
 bool NewFile::LookAtPlace(struct stat& status) const {
@@ -68,16 +75,13 @@ bool NewFile::LookAtPlace(struct stat& status) const {
 
 bool NewFile::Put(bool replace, Durability durability) {
     if (durability != Durability::None && !Platform::MakeDurable(file_.get())) return false;
-    if (hidden_.empty()) {
-        const std::string hidden = HiddenName();
-        if (!Platform::GiveName(file_.get(), folder_.get(), hidden)) return false;
-        hidden_ = hidden;
-    }
+    if (hidden_.empty() && !GiveHiddenName()) return false;
     if (!file_.Close()) return false;
     const bool put = replace ? renameat(folder_.get(), hidden_.c_str(), folder_.get(), name_.c_str()) == 0
                              : Platform::RenameNoReplace(folder_.get(), hidden_, folder_.get(), name_);
     if (!put) return false;
     hidden_.clear();
+    note_.reset();
     if (durability == Durability::ContentAndName) MakeNameDurable(folder_);
     return true;
 }

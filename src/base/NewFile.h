@@ -1,11 +1,14 @@
 // A file that appears under its name whole or not at all. Until then it has no name, or on volumes without
 // nameless files a hidden random one beside its place. Nobody else can have put anything there, so no link is
-// followed and no reader finds half a file; what is not put into its place is removed.
+// followed and no reader finds half a file; what is not put into its place is removed. What a killed process
+// leaves under a hidden name, the next start of the product removes (PartFiles.h).
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "base/FileDescriptor.h"
+#include "base/WorkNote.h"
 
 namespace KXP {
 
@@ -43,11 +46,14 @@ class NewFile {
 
   private:
     void Create(unsigned mode);
+    void CreateHidden(unsigned mode);
+    bool GiveHiddenName();
     bool Put(bool replace, Durability durability);
 
     FileDescriptor folder_;
     const std::string name_;
-    std::string hidden_;  // empty while the file has no name
+    std::string hidden_;              // empty while the file has no name
+    std::unique_ptr<WorkNote> note_;  // of the hidden name
     FileDescriptor file_;
 };
 

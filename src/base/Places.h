@@ -10,6 +10,9 @@ namespace KXP {
 // The product's folder beneath one of the user's.
 constexpr const char* kProductFolder = "/ZORVEX/OvirastreamX";
 
+// The folder in the product's application data for the files of its sharing features.
+constexpr const char* kShareFolder = "Share";
+
 // The name under which the loader knows the shared library (or program) that this code is linked into; empty
 // when it knows none.
 std::string LoadedLibraryName();

@@ -14,6 +14,11 @@ namespace KXP::Platform {
 
 const int kFolderForLookup = O_SEARCH;
 
+std::string PathOf(int fd) {
+    char path[MAXPATHLEN];
+    return fcntl(fd, F_GETPATH, path) == 0 ? path : "";
+}
+
 int64_t ModifiedNs(const struct stat& status) {
     return static_cast<int64_t>(status.st_mtimespec.tv_sec) * 1000000000 + status.st_mtimespec.tv_nsec;
 }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <iterator>
 
@@ -28,6 +29,14 @@ constexpr unsigned kNumbersAnew[] = {
 }  // namespace
 
 const int kFolderForLookup = O_PATH | O_DIRECTORY;
+
+std::string PathOf(int fd) {
+    char path[PATH_MAX];
+    const ssize_t size = readlink(("/proc/self/fd/" + std::to_string(fd)).c_str(), path, sizeof path);
+    // A text that fills the buffer may be cut off.
+    if (size <= 0 || size == ssize_t{sizeof path} || path[0] != '/') return {};
+    return {path, static_cast<size_t>(size)};
+}
 
 int64_t ModifiedNs(const struct stat& status) {
     return static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;

@@ -3,5 +3,5 @@
 #include "common/product/Profile.h"
 
 std::vector<std::string> GetShareFolderPath() {
-    return {KXP::GetProductDataDirectory(KXP::ProfileProduct), "Share"};
+    return {KXP::GetProductDataDirectory(KXP::ProfileProduct), KXP::kShareFolder};
 }

@@ -110,9 +110,14 @@ TEST_F(TrimmerTest, AFailureLeavesTheSourceOnRecord) {
         EXPECT_EQ(Bytes(gallery_.Path("Game/a.mp4")), Video(2000));
         EXPECT_FALSE(tracker_->CheckIfIgnored(gallery_.Path("Game/a.mp4")));
     };
-    onCut_ = [](const std::string&, const std::string&) { return kFailure; };
+    onCut_ = [](const std::string&, const std::string& output) {
+        std::ofstream(output) << "half";
+        return kFailure;
+    };
     expectUntouched(Trim("Game/a.mp4"));
     EXPECT_EQ(DurationOf("Game/a.mp4"), 2000);
+    expectUntouched(Trim("Game/b.mp4"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(gallery_.Path("Game")), {}), 1);
     // The clip is gone when it is to take its place.
     onCut_ = [](const std::string&, const std::string&) { return 0; };
     expectUntouched(Trim("Game/a.mp4"));

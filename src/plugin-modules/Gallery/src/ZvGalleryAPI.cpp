@@ -1,9 +1,13 @@
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
 #include "CobalixUtil.h"
+#include "base/PartFiles.h"
 #include "common/drives/Drives.h"
+#include "common/files/DirUtil.h"
 #include "common/product/Profile.h"
 #include "common/results/Exception.h"
+#include "libraries/share-common/ShareFolder.h"
+#include "plugin-modules/Gallery/src/editing/InterruptedEdits.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
@@ -26,10 +30,18 @@ DriveSpace SpaceAt(const std::string& path) {
     return space;
 }
 
+// What processes that were killed have left in the middle of their work on files.
+void SettleInterruptedWork() {
+    FinishInterruptedEdits(KXP::CreateDirectoryPath(GetShareFolderPath()));
+    if (const int removed = KXP::RemoveAbandonedParts())
+        KXP_LOG(KXP::LogMilestone, "Removed %d files that were not complete", removed);
+}
+
 }  // namespace
 
 ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
     : plugin_(plugin), queue_(queue) {
+    SettleInterruptedWork();
     // Last: the tracker uses this object from its start on.
     ReInitializeTracker(false);
 }

@@ -1,11 +1,17 @@
 #include "plugin-modules/Gallery/src/editing/Trimmer.h"
 
+#include <cerrno>
 #include <chrono>
 #include <vector>
 
+#include <sys/stat.h>
+
 #include "CobalixUtil.h"
 #include "base/Path.h"
+#include "common/files/DirUtil.h"
 #include "common/files/FileUtil.h"
+#include "libraries/share-common/ShareFolder.h"
+#include "plugin-modules/Gallery/src/editing/EditNote.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/Edits.h"
 
@@ -26,22 +32,27 @@ RetVal LogTrimFailed(int32_t code) {
     return TrimFailed();
 }
 
-// Beside `path`, with "_tmp" before the extension, and a number from the second attempt on.
-std::string TemporaryPath(const std::string& path, int attempt) {
-    size_t dot = path.rfind('.');
-    const size_t slash = path.rfind('/');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) dot = path.size();
-    return path.substr(0, dot) + "_tmp" + (attempt == 1 ? "" : std::to_string(attempt)) + path.substr(dot);
+bool LogNotPlaced(int code, const std::string& clip) {
+    KXP_LOG(KXP::LogFailure, "Error 0x%08x renaming file %s", static_cast<unsigned>(code), clip.c_str());
+    return false;
+}
+
+// Nothing has the name, not even a link to nowhere.
+bool IsFree(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) != 0 && errno == ENOENT;
 }
 
 // A path and the one beside it where its clip is made: on the ignore list until the end or their release.
 class Ignored {
   public:
     Ignored(IgnoreList& list, const std::string& path) : list_(list) {
-        for (int attempt = 1; attempt <= kAttempts && paths_.empty(); ++attempt) {
-            const std::vector<std::string> paths = {path, TemporaryPath(path, attempt)};
+        for (int attempt = 1; attempt <= kClipAttempts && paths_.empty(); ++attempt) {
+            const std::vector<std::string> paths = {path, ClipPath(path, attempt)};
             // Not over a file of that name, which is somebody's capture.
-            if (!KXP::FileExists(paths[1]) && list_.AddToIgnoreListIfNone(paths)) paths_ = paths;
+            if (!IsFree(paths[1]) || !list_.AddToIgnoreListIfNone(paths)) continue;
+            paths_ = paths;
+            attempt_ = attempt;
         }
     }
     ~Ignored() { Release(); }
@@ -49,17 +60,34 @@ class Ignored {
     Ignored& operator=(const Ignored&) = delete;
 
     bool IsTaken() const { return paths_.empty(); }
-    std::string temporary() const { return paths_[1]; }
+    std::string clip() const { return paths_[1]; }
+    int attempt() const { return attempt_; }
     void Release() {
         list_.RemoveFromIgnoreList(paths_);
         paths_.clear();
     }
 
   private:
-    static constexpr int kAttempts = 100;
-
     IgnoreList& list_;
     std::vector<std::string> paths_;
+    int attempt_ = 0;
+};
+
+// What a cut makes at a path where nothing is: removed unless it is kept. What was there before stays.
+class Made {
+  public:
+    explicit Made(std::string path) : path_(std::move(path)), remove_(IsFree(path_)) {}
+    ~Made() {
+        if (remove_ && KXP::IsRegularFile(path_)) (void)KXP::FileDelete(path_, true);
+    }
+    Made(const Made&) = delete;
+    Made& operator=(const Made&) = delete;
+
+    void Keep() { remove_ = false; }
+
+  private:
+    const std::string path_;
+    bool remove_;
 };
 
 }  // namespace
@@ -71,7 +99,9 @@ RetVal Trimmer::TrimUGC(const std::string& input, const std::string& output, dou
     // Of what is there a clip takes the place of captures alone.
     if (KXP::FileExists(output) && !media::MayDeleteCapture(output, tracker_.gallery()))
         return LogTrimFailed(Code::kFailure);
+    Made clip(output);
     if (!CutFile(input, output, headTrimMs, lengthMs)) return TrimFailed();
+    clip.Keep();
     tracker_.TrackNow(output);
     return AwaitClip(output);
 }
@@ -79,10 +109,15 @@ RetVal Trimmer::TrimUGC(const std::string& input, const std::string& output, dou
 RetVal Trimmer::TrimInPlace(const std::string& path, double headTrimMs, double lengthMs) {
     Ignored ignored(tracker_.ignoreList(), path);
     if (ignored.IsTaken()) return LogTrimFailed(Code::kFailure);
-    if (!CutFile(path, ignored.temporary(), headTrimMs, lengthMs)) return TrimFailed();
+    EditNote note(KXP::CreateDirectoryPath(GetShareFolderPath()), path, ignored.attempt());
+    if (!note.IsOpen()) return LogTrimFailed(Code::kFailure);
+    Made clip(ignored.clip());
+    if (!CutFile(path, ignored.clip(), headTrimMs, lengthMs)) return TrimFailed();
+    if (!PrepareClip(ignored.clip(), path, note)) return TrimFailed();
     // The record of the source is gone before anybody can take it for the clip's.
     tracker_.UntrackNow(path);
-    const bool placed = PutInPlace(ignored.temporary(), path);
+    const bool placed = PutInPlace(ignored.clip(), path);
+    if (placed) clip.Keep();
     ignored.Release();
     tracker_.TrackNow(path);
     return placed ? AwaitClip(path) : TrimFailed();
@@ -97,12 +132,17 @@ bool Trimmer::CutFile(const std::string& input, const std::string& output, doubl
     return code == Code::kOk;
 }
 
-bool Trimmer::PutInPlace(const std::string& temporary, const std::string& output) {
-    const int code = KXP::FileMove(temporary, output);
-    if (code >= 0) return true;
-    KXP_LOG(KXP::LogFailure, "Error 0x%08x renaming file %s", static_cast<unsigned>(code), temporary.c_str());
-    (void)KXP::FileDelete(temporary, true);
-    return false;
+bool Trimmer::PrepareClip(const std::string& clip, const std::string& path, EditNote& note) const {
+    struct stat made {};
+    if (lstat(clip.c_str(), &made) != 0) return LogNotPlaced(errno, clip);
+    struct stat source {};
+    if (lstat(path.c_str(), &source) != 0 && errno != ENOENT) return LogNotPlaced(errno, clip);
+    return note.SetWhole(StampOf(source), StampOf(made)) || LogNotPlaced(errno, clip);
+}
+
+bool Trimmer::PutInPlace(const std::string& clip, const std::string& path) {
+    const int code = KXP::FileMove(clip, path);
+    return code >= 0 || LogNotPlaced(code, clip);
 }
 
 RetVal Trimmer::AwaitClip(const std::string& output) const {

@@ -9,6 +9,8 @@
 #include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
+class EditNote;
+
 // One for each request. Not on the tracker's worker.
 class Trimmer {
   public:
@@ -21,15 +23,19 @@ class Trimmer {
         : tracker_(tracker), cut_(std::move(cut)), cancelled_(cancelled) {}
 
     // Cuts `lengthMs` from `headTrimMs` on out of a video; over itself when both paths are the same, and the
-    // input is then untouched until the clip is whole. Success once the clip is on record; 0x80004005 when it
-    // is not, after two seconds or at once where it can never be, though the clip may be there.
+    // input is then untouched until the clip is whole. If the process dies meanwhile, FinishInterruptedEdits
+    // leaves the one or the other. A cut that fails leaves nothing where nothing was. Success once the clip
+    // is on record; 0x80004005 when it is not, after two seconds or at once where it can never be, though the
+    // clip may be there.
     KXP::RetVal TrimUGC(const std::string& input, const std::string& output, double headTrimMs,
                         double lengthMs);
 
   private:
     KXP::RetVal TrimInPlace(const std::string& path, double headTrimMs, double lengthMs);
     bool CutFile(const std::string& input, const std::string& output, double headTrimMs, double lengthMs);
-    bool PutInPlace(const std::string& temporary, const std::string& output);
+    // The last step before the clip is put in place. From then on the next start does it if the process dies.
+    bool PrepareClip(const std::string& clip, const std::string& path, EditNote& note) const;
+    static bool PutInPlace(const std::string& clip, const std::string& path);
     KXP::RetVal AwaitClip(const std::string& output) const;
 
     UGCTracker& tracker_;

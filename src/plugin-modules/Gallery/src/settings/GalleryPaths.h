@@ -2,6 +2,9 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+
+#include "base/PartFiles.h"
 
 // In the share folder.
 constexpr const char* kSettingsFileName = "GallerySettings.json";
@@ -14,9 +17,14 @@ inline std::string UniqueTrackerFileName(int number) {
     return "UGCTracker_" + std::to_string(number) + ".json";
 }
 
+// The start of the names of notes on edits under way.
+constexpr const char* kEditNotes = "UGCEdit_";
+
 // Whether the module may keep a file of this name in the share folder.
 inline bool IsShareFileName(const std::string& name) {
-    return name == kSettingsFileName || name == kKeptFileName || name.compare(0, 10, "UGCTracker") == 0;
+    const auto begins = [&](std::string_view start) { return name.compare(0, start.size(), start) == 0; };
+    return name == kSettingsFileName || name == kKeptFileName || begins("UGCTracker") || begins(kEditNotes) ||
+           begins(KXP::kPartNotes);
 }
 
 // The default gallery: the second inside the first, in the user's videos folder.
