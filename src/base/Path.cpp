@@ -14,6 +14,24 @@ std::string WithoutSlash(std::string path) {
     return path;
 }
 
+std::string Tidied(std::string_view path) {
+    std::string tidied;
+    for (size_t at = 0; at <= path.size();) {
+        const size_t slash = path.find('/', at);
+        const size_t end = slash == std::string_view::npos ? path.size() : slash;
+        const std::string_view part = path.substr(at, end - at);
+        const bool isLast = end == path.size();
+        if (!part.empty() && part != ".") {
+            tidied += part;
+            if (!isLast) tidied += '/';
+        } else if (at == 0 && !isLast && part.empty()) {
+            tidied += '/';
+        }
+        at = end + 1;
+    }
+    return tidied;
+}
+
 std::string NameOf(std::string_view path) {
     return std::string(path.substr(path.rfind('/') + 1));
 }

@@ -13,6 +13,9 @@ bool IsUsablePath(std::string_view path);
 // The path without the slashes at its end; "/" stays.
 std::string WithoutSlash(std::string path);
 
+// The path without doubled slashes and "." parts. ".." stays: what it leads to is the system's to say.
+std::string Tidied(std::string_view path);
+
 // The text after the last "/".
 std::string NameOf(std::string_view path);
 

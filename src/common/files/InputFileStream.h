@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -20,8 +21,12 @@ class ifstream {
     // followed.
     bool open(const std::string& path) {
         file_ = OpenForRead(path, status_);
+        error_ = file_.IsOpen() ? 0 : errno;
         return file_.IsOpen();
     }
+    // The errno of the opening or the first read that failed; 0 when none has. EINVAL and ELOOP say that the
+    // path is that of no regular file.
+    int error() const { return error_; }
     // What the system knew of the file at the opening.
     const struct stat& status() const { return status_; }
 
@@ -31,11 +36,15 @@ class ifstream {
         const auto size = static_cast<uint64_t>(status_.st_size);
         if (position >= size) return 0;
         // Cut at the known size: the call that would only find the end of the file is saved.
-        return ReadAt(file_, position, out, static_cast<size_t>(std::min<uint64_t>(count, size - position)));
+        const auto wanted = static_cast<size_t>(std::min<uint64_t>(count, size - position));
+        const size_t got = ReadAt(file_, position, out, wanted);
+        if (got < wanted && error_ == 0) error_ = errno;
+        return got;
     }
 
   private:
     FileDescriptor file_;
+    int error_ = 0;
     struct stat status_ {};
 };
 

@@ -32,6 +32,8 @@ class TaskQueue {
 
     // Makes the worker. Starting over a running one is a program error.
     bool Start();
+    // On the thread that starts and stops it.
+    bool IsStarted() const { return thread_.joinable(); }
 
     // Lets the worker end once nothing is pending, or after a second of silence, and joins it. Functions that
     // still run then are abandoned: they keep alive what they use, and their end is ignored. Not from the

@@ -44,8 +44,8 @@ std::string ErrorText(int error) {
 
 class TreeWalk {
   public:
-    TreeWalk(Bytes& timeBytes, Bytes& dirBytes, Bytes& lastFileBytes)
-        : timeBytes_(timeBytes), dirBytes_(dirBytes), lastFileBytes_(lastFileBytes) {}
+    TreeWalk(Bytes& timeBytes, Bytes& dirBytes, Bytes& lastFileBytes, RecentFiles* recent)
+        : timeBytes_(timeBytes), dirBytes_(dirBytes), lastFileBytes_(lastFileBytes), recent_(recent) {}
 
     bool Run(const std::string& path) {
         Append(dirBytes_, path);
@@ -114,7 +114,11 @@ class TreeWalk {
         AppendTime(timeBytes_, status.st_mtime);
         if (entry.IsFolder()) {
             if (entry.Name()[0] != '.') AddFolder(folder, entry.Name(), {status.st_dev, status.st_ino});
-        } else if (!fileSeen) {
+            return true;
+        }
+        if (recent_ && status.st_mtime >= recent_->since)
+            recent_->paths.push_back(folder.path + "/" + entry.Name());
+        if (!fileSeen) {
             fileSeen = true;
             lastFileBytes_.clear();
             Append(lastFileBytes_, folder.path + "/" + entry.Name());
@@ -140,9 +144,18 @@ class TreeWalk {
     Bytes& timeBytes_;
     Bytes& dirBytes_;
     Bytes& lastFileBytes_;
+    RecentFiles* const recent_;
     std::vector<Folder> pending_;  // the last is walked next
     std::vector<Walked> walked_;
 };
+
+// The tracker itself writes into the gallery's own folder, whose time does not count.
+bool Walk(const std::string& path, const std::string& galleryPath, TreeWalk& walk, Bytes& timeBytes) {
+    // A folder that has no time cannot be opened either, which the walk logs.
+    int64_t seconds = 0;
+    if (path != galleryPath && KXP::FileTime(path, seconds) >= 0) AppendTime(timeBytes, seconds);
+    return walk.Run(path);
+}
 
 }  // namespace
 
@@ -168,27 +181,30 @@ uint32_t StringCRC(const std::string& s) {
 
 bool GetTreeData(const std::string& path, const std::string& galleryPath, Bytes& timeBytes, Bytes& dirBytes,
                  Bytes& lastFileBytes) {
-    // The tracker itself writes into the gallery's own folder. A folder that has no time cannot be opened
-    // either, which the walk logs.
-    int64_t seconds = 0;
-    if (path != galleryPath && KXP::FileTime(path, seconds) >= 0) AppendTime(timeBytes, seconds);
-    return TreeWalk(timeBytes, dirBytes, lastFileBytes).Run(path);
+    TreeWalk walk(timeBytes, dirBytes, lastFileBytes, nullptr);
+    return Walk(path, galleryPath, walk, timeBytes);
 }
 
-void CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc) {
+bool SumFolder(std::string path, const std::string& galleryPath, unsigned int& crc, RecentFiles* recent) {
     if (!path.empty() && path.back() == '/') path.pop_back();
     Bytes timeBytes;
     Bytes dirBytes;
     Bytes lastFileBytes;
-    if (!GetTreeData(path, galleryPath, timeBytes, dirBytes, lastFileBytes)) {
+    TreeWalk walk(timeBytes, dirBytes, lastFileBytes, recent);
+    if (!Walk(path, galleryPath, walk, timeBytes)) {
         KXP_LOG(KXP::LogMilestone, "GetTreeData had an error, returning CRC:%d", static_cast<int>(crc));
-        return;
+        return false;
     }
     crc = CRC(timeBytes.begin(), timeBytes.end()) + CRC(dirBytes.begin(), dirBytes.end()) +
           CRC(lastFileBytes.begin(), lastFileBytes.end()) + StringCRC(path);
     const std::string text = "Files: " + std::to_string(timeBytes.size() / 8) +
                              " Dir size: " + std::to_string(dirBytes.size()) + " CRC: " + std::to_string(crc);
     KXP_LOG(KXP::LogDetail, "%s", text.c_str());
+    return true;
+}
+
+void CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc) {
+    (void)SumFolder(std::move(path), galleryPath, crc);
 }
 
 }  // namespace media

@@ -44,8 +44,18 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath,
                  std::vector<unsigned char>& timeBytes, std::vector<unsigned char>& dirBytes,
                  std::vector<unsigned char>& lastFileBytes);
 
-// Sets `crc` to the sum of the CRCs of these three and of `path`, without the "/" that it may end in. When
-// the tree cannot be walked, `crc` keeps its value.
+// What the sum may miss: two changes of a file within one second look the same.
+struct RecentFiles {
+    int64_t since = 0;               // seconds since 1970
+    std::vector<std::string> paths;  // everything but folders that has changed since then
+};
+
+// Sets `crc` to the sum of the CRCs of these three and of `path`, without the "/" that it may end in. False,
+// and `crc` keeps its value, when the tree cannot be walked. `recent` may be null.
+bool SumFolder(std::string path, const std::string& galleryPath, unsigned int& crc,
+               RecentFiles* recent = nullptr);
+
+// The same for callers that recognise a failure by the value.
 void CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc);
 
 }  // namespace media

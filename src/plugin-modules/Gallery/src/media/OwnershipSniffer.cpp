@@ -80,6 +80,10 @@ int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& res
     return code;
 }
 
+bool MayBeOwn(const std::string& path) {
+    return FindFormat(path) != nullptr;
+}
+
 int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {
     isValid = false;
     KXP::ifstream file;

@@ -21,6 +21,9 @@ int32_t SniffFile(const std::string& path, SniffResult& result);
 // be own is not opened.
 int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result);
 
+// Whether the file can be own by its name; SniffFile opens no other.
+bool MayBeOwn(const std::string& path);
+
 // Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
 // opened; `isValid` is then false.
 int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid);
