@@ -72,7 +72,7 @@ TEST_F(ItemsTest, ARecordThatNamesAForeignFileOrALinkDoesNotDeleteIt) {
     fs::create_symlink(a, link);
     StartWithRecords({{a, foreign}, {b, link}});
     for (const std::string& path : {foreign, link}) {
-        EXPECT_EQ(Remove(path), "-2147024891 Unable to delete file");
+        EXPECT_EQ(Remove(path), "-2147024891 Not a capture of this product");
         EXPECT_TRUE(fs::is_symlink(path) || fs::exists(path));
     }
 }

@@ -14,6 +14,7 @@ class RecordingHost : public ITrackerHost {
   public:
     Settings* GetGallerySettings() override { return &settings_; }
     Announcements& GetAnnouncements() override { return announcements_; }
+    PendingHighlights& GetPendingHighlights() override { return pendingHighlights_; }
     std::string GetGalleryPath() override {
         if (galleryGone) throw KXP::Exception(KXP::Code::kFailure, "ERROR: Unable to create folder", 0);
         return settings_.GetGalleryPath() + "/";
@@ -70,6 +71,7 @@ class RecordingHost : public ITrackerHost {
 
     Settings settings_;
     Announcements announcements_;
+    PendingHighlights pendingHighlights_;
     std::mutex mutex_;
     std::vector<std::string> told_;
 };

@@ -160,9 +160,12 @@ TEST(KeptCaptures, WhatTheFileSaysOfItselfHasPrecedence) {
     record.highlightName = "of the file";
     record.highlightTags = 5;
     KeptFacts expected = Told();
-    Apply(expected, record);
+    FillIn(expected, record);
     expected.highlightName = "of the file";
     EXPECT_EQ(FactsOf(record, true), expected);
+    Apply(Told(), record);
+    EXPECT_EQ(FactsOf(record, true), Told()) << "of a file that is as it was";
+    expected = Told();
     Apply({}, record);
     expected.bottomBarText.clear();
     EXPECT_EQ(FactsOf(record, true), expected) << "only captions, which were removed";

@@ -37,6 +37,7 @@ class ZvGalleryAPI : public ITrackerHost {
     void AssertOnWorker() const { queue_.AssertOnWorker(); }
     Settings* GetGallerySettings() override { return &settings_; }
     Announcements& GetAnnouncements() override { return announcements_; }
+    PendingHighlights& GetPendingHighlights() override { return pendingHighlights_; }
     std::string GetGalleryPath() override;
     // Never null; usable for as long as the caller holds it.
     std::shared_ptr<Transcoder> GetTranscoder() const { return transcoder_; }
@@ -127,6 +128,7 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // In the order in which they depend on each other; each has its own synchronisation.
     Announcements announcements_;
+    PendingHighlights pendingHighlights_;
     Settings settings_;
     Thumbnailer thumbnailer_;
     montage::RecipeSync recipes_;

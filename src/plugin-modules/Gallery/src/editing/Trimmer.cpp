@@ -95,7 +95,9 @@ class Made {
 RetVal Trimmer::TrimUGC(const std::string& input, const std::string& output, double headTrimMs,
                         double lengthMs) {
     if (!KXP::IsUsablePath(input) || !KXP::IsUsablePath(output)) return LogTrimFailed(Code::kFailure);
-    if (input == output) return TrimInPlace(output, headTrimMs, lengthMs);
+    // Two paths may lead to one file.
+    if (media::EditedFile(input) == media::EditedFile(output))
+        return TrimInPlace(tracker_.PlaceOf(output), headTrimMs, lengthMs);
     // Of what is there a clip takes the place of captures alone.
     if (KXP::FileExists(output) && !media::MayDeleteCapture(output, tracker_.gallery()))
         return LogTrimFailed(Code::kFailure);
@@ -137,6 +139,8 @@ bool Trimmer::PrepareClip(const std::string& clip, const std::string& path, Edit
     if (lstat(clip.c_str(), &made) != 0) return LogNotPlaced(errno, clip);
     struct stat source {};
     if (lstat(path.c_str(), &source) != 0 && errno != ENOENT) return LogNotPlaced(errno, clip);
+    // Before the note lets a start put the clip in place.
+    tracker_.KeepFor(path, path, StampOf(made));
     return note.SetWhole(StampOf(source), StampOf(made)) || LogNotPlaced(errno, clip);
 }
 

@@ -59,6 +59,8 @@ KXP::RetVal GalleryMoveFile::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
         const FileTransfer transfer = FileTransfer::Parse(params);
         MakeFolderOf(transfer.destination);
+        if (const std::shared_ptr<UGCTracker> tracker = api().GetUGCTracker())
+            tracker->KeepFor(transfer.source, transfer.destination, StampAt(transfer.source));
         if (KXP::FileMoveNew(transfer.source, transfer.destination) < 0)
             return {KXP::Code::kFailure, "Failed to move file", 0};
         FollowMove(transfer);
@@ -69,10 +71,7 @@ KXP::RetVal GalleryMoveFile::ExecuteAsync(const KXP::Value& params) {
 void GalleryMoveFile::FollowMove(const FileTransfer& transfer) {
     const std::shared_ptr<UGCTracker> tracker = api().GetUGCTracker();
     const steady_clock::time_point start = steady_clock::now();
-    if (tracker) {
-        tracker->UntrackNow(transfer.source);
-        tracker->TrackNow(transfer.destination);
-    }
+    if (tracker) tracker->MoveNow(transfer.source, transfer.destination);
     if (tracker && tracker->AwaitTracked(transfer.destination, start + kLongestWait, cancelled_)) {
         const auto waited =
             std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - start);

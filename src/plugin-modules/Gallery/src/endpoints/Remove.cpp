@@ -7,22 +7,28 @@
 #include "common/json/JsonHelpers.h"
 #include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
+#include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 
 void Remove::Parse(const KXP::Value& params, const UGCTracker& tracker) {
     file_ = KXP::jsonGetValueOrDefault<std::string>(params, "file", "");
     if (file_.empty()) throw std::invalid_argument("File path is empty");
     // "forceDelete" has no meaning on a platform without write-protected files.
-    if (!tracker.IsTrackedFile(file_))
+    TrackedUGC record;
+    if (tracker.GetUGCData(file_, record).Failed())
         throw std::invalid_argument("File path is not ZORVEX tracked UGC file");
+    file_ = record.path;
 }
 
 KXP::RetVal Remove::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
         const std::shared_ptr<UGCTracker> tracker = Tracker();
         Parse(params, *tracker);
+        // Anybody can write any path into the tracker's file.
+        if (!IsGone(file_) && !media::MayDeleteCapture(file_, tracker->gallery()))
+            return {KXP::Code::kAccessDenied, "Not a capture of this product", 0};
         tracker->UntrackFile(file_);
-        KXP::RetVal deleted = DeleteFile();
-        if (deleted.Failed()) return deleted;
+        const int code = KXP::FileDelete(file_, true);
+        if (code < 0) return {code, "Unable to delete file", 0};
 
         std::string thumbnail;
         const size_t dot = file_.rfind('.');
@@ -34,11 +40,4 @@ KXP::RetVal Remove::ExecuteAsync(const KXP::Value& params) {
         KXP::DirectoryRemove(file_.substr(0, file_.rfind('/') + 1));
         return {};
     });
-}
-
-KXP::RetVal Remove::DeleteFile() {
-    const bool isThere = KXP::FileExists(file_) || KXP::DirectoryExists(file_);
-    const bool keep = isThere && !media::MayDeleteCapture(file_, api().GetGalleryPath());
-    const int code = keep ? KXP::Code::kAccessDenied : KXP::FileDelete(file_, true);
-    return {code, code < 0 ? "Unable to delete file" : "Success", 0};
 }

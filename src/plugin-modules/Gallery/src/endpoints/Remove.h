@@ -14,7 +14,6 @@ class Remove : public GalleryTaskBase<Remove> {
   private:
     // Throws std::invalid_argument for what is no capture on record.
     void Parse(const KXP::Value& params, const UGCTracker& tracker);
-    KXP::RetVal DeleteFile();
 
     std::string file_;
 };

@@ -18,15 +18,14 @@ bool CountsAsOwn(const std::string& path) {
     return true;
 }
 
-// By real path, whatever "..", links and doubled "/" the text holds.
-bool LiesIn(const std::string& path, const std::string& folder) {
+// Whether the path is that of a file in a game's folder. By real path, whatever "..", links and doubled "/"
+// the text holds.
+bool LiesInGameOf(const std::string& path, const std::string& gallery) {
     std::error_code error;
-    const std::string parent =
-        std::filesystem::canonical(path.substr(0, path.rfind('/') + 1), error).string();
+    const std::filesystem::path game = std::filesystem::canonical(path.substr(0, path.rfind('/') + 1), error);
     if (error) return false;
-    const std::string root = std::filesystem::canonical(folder, error).string();
-    if (error) return false;
-    return parent == root || parent.compare(0, root.size() + 1, root + "/") == 0;
+    const std::filesystem::path root = std::filesystem::canonical(gallery, error);
+    return !error && game.parent_path() == root && game != root;
 }
 
 }  // namespace
@@ -55,7 +54,7 @@ bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& e
 
 bool MayDeleteCapture(const std::string& path, const std::string& gallery) {
     if (!KXP::IsRegularFile(path)) return false;
-    if (LiesIn(path, gallery)) return true;
+    if (LiesInGameOf(path, gallery)) return true;
     SniffResult result;
     return SniffFile(path, result) >= 0 && result.isOwn;
 }

@@ -18,7 +18,8 @@ bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& e
                                    std::string& thumbnail);
 
 // Whether a recorded capture may be deleted. Anybody can edit the file of records, which may thus name any
-// path: only a regular file, and no link, that lies in the gallery or is own by its bytes may go.
+// path: only a regular file, and no link, that lies in a game's folder of the gallery or is own by its bytes
+// may go.
 bool MayDeleteCapture(const std::string& path, const std::string& gallery);
 
 }  // namespace media

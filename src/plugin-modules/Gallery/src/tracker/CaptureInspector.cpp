@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <utility>
@@ -15,6 +16,7 @@
 #include "plugin-modules/Gallery/src/media/FileSource.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+#include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 
 namespace {
 
@@ -78,6 +80,19 @@ RetVal MeasureVideo(KXP::ifstream& file, TrackedUGC& record) {
     return {Code::kFailure, "Failed to create duration string!", 0};
 }
 
+RetVal Inspect(const std::string& path, KXP::ifstream& file, TrackedUGC& record) {
+    if (RetVal owner = CheckOwner(path, file, record); owner.Failed()) return owner;
+    if (RetVal measured = MeasureFile(file.status(), record); measured.Failed()) return measured;
+    return record.fileType == "video" ? MeasureVideo(file, record) : RetVal{};
+}
+
+Inspection::Finding Judge(const KXP::ifstream& file, const RetVal& result) {
+    const int error = file.error();
+    if (MeansGone(error)) return Inspection::Finding::Gone;
+    if (error != 0 && error != EINVAL && error != ELOOP) return Inspection::Finding::Unreadable;
+    return result.Failed() ? Inspection::Finding::NoCapture : Inspection::Finding::Capture;
+}
+
 }  // namespace
 
 bool FormatDuration(double seconds, std::string& text, uint32_t& milliseconds) {
@@ -90,12 +105,16 @@ bool FormatDuration(double seconds, std::string& text, uint32_t& milliseconds) {
     return true;
 }
 
-RetVal InspectCapture(const std::string& path, TrackedUGC& record) {
-    record.path = path;
+Inspection InspectCapture(const std::string& path) {
+    Inspection inspection;
     (void)KXP::FileUnlockedCheckAndWait(path, 40);
     // Opened once, so that all data come from the same file even if another takes its path meanwhile.
     KXP::ifstream file;
-    if (RetVal owner = CheckOwner(path, file, record); owner.Failed()) return owner;
-    if (RetVal measured = MeasureFile(file.status(), record); measured.Failed()) return measured;
-    return record.fileType == "video" ? MeasureVideo(file, record) : RetVal{};
+    inspection.record.path = path;
+    inspection.result = Inspect(path, file, inspection.record);
+    inspection.finding = Judge(file, inspection.result);
+    // What was read of a failing disk may look like a capture, or like none.
+    if (inspection.finding == Inspection::Finding::Unreadable && !inspection.result.Failed())
+        inspection.result = {Code::kFailure, "The file could not be read", file.error()};
+    return inspection;
 }

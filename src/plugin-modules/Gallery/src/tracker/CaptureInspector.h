@@ -7,9 +7,21 @@
 #include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
-// Fills `record`, except its id and captions, from the file at `path`. A file that is not the product's own
-// is a failure with the text "Not a ZV File"; other failures are also logged. Any thread.
-KXP::RetVal InspectCapture(const std::string& path, TrackedUGC& record);
+struct Inspection {
+    enum class Finding {
+        Capture,
+        NoCapture,   // by its bytes, its name or its kind; `result` has the text "Not a ZV File" or another
+        Gone,        // there is no file
+        Unreadable,  // it could not be inspected now, which says nothing about what it is
+    };
+
+    Finding finding = Finding::Capture;
+    KXP::RetVal result;  // failed unless it is a capture
+    TrackedUGC record;   // of a capture, without its id and captions
+};
+
+// Inspects the file at `path`. Failures but "Not a ZV File" are also logged. Any thread.
+Inspection InspectCapture(const std::string& path);
 
 // Formats as "HH:MM:SS", and in milliseconds. Returns false for 100 hours or more, a negative length and NaN:
 // a file may claim any length.

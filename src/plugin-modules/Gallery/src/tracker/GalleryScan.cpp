@@ -1,7 +1,14 @@
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
 
+#include <cerrno>
+#include <utility>
+
+#include <sys/stat.h>
+
 #include "CobalixUtil.h"
 #include "base/FolderReader.h"
+#include "base/Path.h"
+#include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 
 namespace {
 
@@ -11,31 +18,44 @@ void LogIllegible(const KXP::FolderReader& reader, const std::string& path) {
                 reader.illegible(), path.c_str());
 }
 
-void AppendFiles(const std::string& folder, KXP::Links links, std::vector<std::string>& files) {
-    KXP::FolderReader reader(folder, links);
+// Whether a folder that could not be opened, or not be read to its end, is there all the same.
+bool IsUnread(const KXP::FolderReader& reader, int openError) {
+    return reader.IsOpen() ? reader.error() != 0
+                           : openError != ENOTDIR && openError != ELOOP && !MeansGone(openError);
+}
+
+void AppendFiles(const std::string& folder, FoundFiles& found) {
+    KXP::FolderReader reader(folder, KXP::Links::Refuse);
+    const int openError = errno;
     while (reader.Next()) {
-        const bool leadsToFolder = reader.IsFolder() || reader.Kind() == KXP::EntryKind::Folder;
-        if (!leadsToFolder) files.push_back(folder + "/" + reader.Name());
+        if (reader.IsFolder()) continue;
+        struct stat status {};
+        const bool looked = reader.Look(status, KXP::Links::Refuse);
+        if (looked ? !S_ISREG(status.st_mode) : MeansGone(errno)) continue;
+        found.files.push_back({folder + "/" + reader.Name(), looked ? StampOf(status) : FileStamp{}});
     }
+    if (IsUnread(reader, openError)) found.unread.push_back(folder);
     LogIllegible(reader, folder);
 }
 
 }  // namespace
 
-std::vector<std::string> ScanFolder(const std::string& folder) {
-    std::vector<std::string> files;
-    AppendFiles(folder, KXP::Links::Follow, files);
-    return files;
+FoundFiles ScanFolder(const std::string& folder) {
+    FoundFiles found;
+    AppendFiles(folder, found);
+    return found;
 }
 
-std::vector<std::string> ScanGallery(const std::string& gallery) {
+FoundFiles ScanGallery(const std::string& gallery) {
     std::vector<std::string> games;
+    FoundFiles found;
     KXP::FolderReader reader(gallery);
+    const int openError = errno;
     while (reader.Next())
         if (reader.IsFolder() && reader.Name()[0] != '.') games.push_back(gallery + reader.Name());
+    if (IsUnread(reader, openError)) found.unread.push_back(KXP::WithoutSlash(gallery));
     LogIllegible(reader, gallery);
-    std::vector<std::string> files;
     for (const std::string& game : games)
-        AppendFiles(game, KXP::Links::Refuse, files);
-    return files;
+        AppendFiles(game, found);
+    return found;
 }

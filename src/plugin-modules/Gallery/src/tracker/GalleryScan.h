@@ -1,14 +1,26 @@
-// Lists the files in a gallery's game folders. Opens no file and follows no link; a link to a folder counts
-// as neither folder nor file.
+// Lists the files in a gallery's game folders. Opens no file and follows no link: links are neither files nor
+// folders of games.
 #pragma once
 
 #include <string>
 #include <vector>
 
-// The paths of the files in `folder`, which may be a link, in the order of the directory. Empty when it
-// cannot be read. Names that are not UTF-8 are skipped with one log line.
-std::vector<std::string> ScanFolder(const std::string& folder);
+#include "plugin-modules/Gallery/src/tracker/record/FileStamp.h"
 
-// The same for every folder in `gallery`, which ends in "/", except folders whose names begin with ".". Files
-// in the gallery folder itself and in deeper folders are not listed.
-std::vector<std::string> ScanGallery(const std::string& gallery);
+struct FoundFile {
+    std::string path;
+    FileStamp stamp;  // unknown where the file could not be looked at
+};
+
+struct FoundFiles {
+    std::vector<FoundFile> files;     // in the order of the directory
+    std::vector<std::string> unread;  // folders whose files are not, or not all, among these: reading failed
+};
+
+// The regular files in `folder`. Nothing when there is no such folder or a link. Names that are not UTF-8 are
+// skipped with one log line.
+FoundFiles ScanFolder(const std::string& folder);
+
+// The same for every folder in `gallery`, which ends in "/" and may be a link, except folders whose names
+// begin with ".". Files in the gallery folder itself and in deeper folders are not listed.
+FoundFiles ScanGallery(const std::string& gallery);

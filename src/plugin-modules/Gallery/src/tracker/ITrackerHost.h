@@ -6,6 +6,7 @@
 #include "libraries/share-common/Highlight.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/tracker/Announcements.h"
+#include "plugin-modules/Gallery/src/tracker/PendingHighlights.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
 // Called from the tracker's threads. The Notify functions and UpdateGalleryUsage end in the container's
@@ -17,6 +18,8 @@ class ITrackerHost {
     virtual Settings* GetGallerySettings() = 0;
     // They outlive the tracker, because an announced file may be found by the next gallery's tracker.
     virtual Announcements& GetAnnouncements() = 0;
+    // They too: a highlight may be in flight while the gallery is changed.
+    virtual PendingHighlights& GetPendingHighlights() = 0;
     // The current gallery. Ends in "/". Throws KXP::Exception when the folder does not exist and cannot be
     // created.
     virtual std::string GetGalleryPath() = 0;

@@ -1,6 +1,7 @@
 // Highlights in flight: announced, with the id that their captures will have, before their files exist.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -19,6 +20,12 @@ class PendingHighlights {
     // Appends those of the game, or only those of `group` unless it is empty.
     void GetPendingHighlights(std::vector<TrackedUGC>& out, const std::string& game,
                               const std::string& group) const EXCLUDES(mutex_);
+
+    std::vector<Highlight> All() const EXCLUDES(mutex_);
+    // Whether one of them has been promised this id.
+    bool HasId(int32_t id) const EXCLUDES(mutex_);
+    // The highest id that they were promised; 0 without any.
+    int32_t LastId() const EXCLUDES(mutex_);
 
   private:
     mutable KXP::Mutex mutex_;

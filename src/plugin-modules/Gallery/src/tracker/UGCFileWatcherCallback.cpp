@@ -12,11 +12,18 @@ UGCFileWatcherCallback::UGCFileWatcherCallback(UGCTracker* tracker, std::string 
 
 void UGCFileWatcherCallback::Track(std::string path, bool isFolder) {
     if (IsOwnFile(path)) return;
+    tracker_->NoteDisturbed(path);
     isFolder ? tracker_->TrackFolder(path) : tracker_->TrackWatchedFile(path);
 }
 
 void UGCFileWatcherCallback::Untrack(std::string path) {
-    if (!IsOwnFile(path)) tracker_->UntrackFile(path);
+    if (IsOwnFile(path)) return;
+    tracker_->NoteDisturbed(path);
+    tracker_->UntrackFile(path);
+}
+
+void UGCFileWatcherCallback::Disturbed(std::string path) {
+    if (!IsOwnFile(path)) tracker_->NoteDisturbed(path);
 }
 
 bool UGCFileWatcherCallback::IsOwnFile(const std::string& path) const {

@@ -14,6 +14,7 @@ class UGCFileWatcherCallback : public IFileWatcherCallback {
 
     void Track(std::string path, bool isFolder) override;
     void Untrack(std::string path) override;
+    void Disturbed(std::string path) override;
 
   private:
     bool IsOwnFile(const std::string& path) const;

@@ -7,7 +7,10 @@
 // always in the order of the changes.
 //
 // A write costs as much as the gallery is large, so files that are tracked in a row share one: each is on
-// record at once, and the host is notified when it is in the file (see journal/TrackerJournal.h).
+// record at once, and the host is notified when it is in the file (see journal/TrackerJournal.h). What people
+// gave outlasts the record (see kept/KeptCaptures.h).
+//
+// A path in a call may be any path to the capture; see GalleryPlace.
 #pragma once
 
 #include <atomic>
@@ -24,11 +27,13 @@
 #include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/tracker/Backlog.h"
 #include "plugin-modules/Gallery/src/tracker/CapacityWatch.h"
+#include "plugin-modules/Gallery/src/tracker/GalleryPlace.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 #include "plugin-modules/Gallery/src/tracker/IgnoreList.h"
 #include "plugin-modules/Gallery/src/tracker/News.h"
-#include "plugin-modules/Gallery/src/tracker/PendingHighlights.h"
+#include "plugin-modules/Gallery/src/tracker/RebuildPlan.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerJournal.h"
+#include "plugin-modules/Gallery/src/tracker/kept/KeptCaptures.h"
 #include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 #include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
@@ -59,34 +64,43 @@ class UGCTracker : private IJournalSource {
     UGCTracker(const UGCTracker&) = delete;
     UGCTracker& operator=(const UGCTracker&) = delete;
 
-    // Ends the worker and the watcher and writes what is not written yet. Nothing touches the file
-    // afterwards, and queries are still answered.
+    // Puts on record what is known by now, for at most half a second, ends the worker and the watcher, and
+    // writes what is not written yet. Nothing touches the file afterwards, and queries are still answered.
     void Stop();
     // Deletes the tracker's file; the next write makes it anew.
     void DeleteTrackerFile() { journal_.DeleteTrackerFile(); }
     // Ends in "/". It never changes; another gallery gets another tracker.
-    const std::string& gallery() const { return gallery_; }
+    const std::string& gallery() const { return place_.path(); }
+    // The path under which the file is on record, or would be; of another file the path itself.
+    std::string PlaceOf(const std::string& path) const { return place_.CapturePathOf(path).value_or(path); }
 
-    // Queues a scan of the whole gallery, which only adds records.
-    void UpdateTracker();
-    // Each queues the work for one path. TrackFolder tracks the files in a folder; for the gallery, or its
-    // parent, the whole gallery. TrackWatchedFile is for a path that is known not to be a folder.
+    // Queues a scan of the whole gallery, which only adds and renews records. `former` is what they were.
+    void UpdateTracker(RebuildPlan::Former former = {});
+    // Each queues the work for one path. TrackFolder tracks the files in a game's folder; for the gallery, or
+    // its parent, the whole gallery. The second is for a path as gallery() has it.
     void TrackFile(const std::string& path);
     void TrackWatchedFile(const std::string& path);
     void TrackFolder(const std::string& path);
     void UntrackFile(const std::string& path);
+    // Something has changed at the path that may count in the gallery's sum.
+    void NoteDisturbed(const std::string& path);
 
     // For what the product itself has just done to a file: the record is there, or gone, when the call
     // returns; the worker writes the file later. A path that can never be on record has no effect.
     void TrackNow(const std::string& path);
     void UntrackNow(const std::string& path);
+    // The file was moved; between games its record keeps its id.
+    void MoveNow(const std::string& from, const std::string& to);
+    // What people gave the capture at `path` will be that of the file `stamp` at `place`, even if the process
+    // ends before that file is on record.
+    void KeepFor(const std::string& path, const std::string& place, const FileStamp& stamp);
     // Waits until the file at the path is on record. Returns false at `until`, after Stop, when `cancelled`
     // is set and WakeWaiting called after that, and at once for a path that can never be on record.
     bool AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
                       const std::atomic<bool>& cancelled) const;
     void WakeWaiting();
 
-    bool IsTrackedFile(const std::string& path) const;
+    bool IsTrackedFile(const std::string& path) const { return FindRecord(path) != nullptr; }
     bool CheckIfIgnored(const std::string& path) const { return ignoreList_.Has(path); }
     IgnoreList& ignoreList() { return ignoreList_; }
 
@@ -103,7 +117,8 @@ class UGCTracker : private IJournalSource {
     unsigned GetCurrentSizeMB() const;
     // Deletes the file, and its folder if that is then empty. The watcher's report removes the record.
     KXP::RetVal DeleteUGC(const TrackedUGC& record);
-    // Sets the texts over a capture, both empty for none. 0x80070002 for a path that is not on record.
+    // Sets the texts over a capture, both empty for none. 0x80070002 for a path that is not on record,
+    // 0x80004005 with the reason when they cannot be kept; the old texts then stay.
     KXP::RetVal AddMeme(const std::string& path, const std::string& topBarText,
                         const std::string& bottomBarText);
 
@@ -114,7 +129,7 @@ class UGCTracker : private IJournalSource {
     // Highlights. EnqueuePendingHighlight sets the id of `highlight`, which its capture will have. A
     // highlight whose file has not come a minute after its end is cancelled.
     void EnqueuePendingHighlight(Highlight& highlight);
-    bool DequeuePendingHighlight(const Highlight& highlight) { return pendingHighlights_.Dequeue(highlight); }
+    bool DequeuePendingHighlight(const Highlight& highlight);
     // 0x80070002 when there is none, in flight or tracked.
     KXP::RetVal GetHighlights(std::vector<TrackedUGC>& out, const std::string& game,
                               const std::string& group) const;
@@ -128,6 +143,7 @@ class UGCTracker : private IJournalSource {
   private:
     using RecordPtr = RecordStore::RecordPtr;
     using Sum = TrackerJournal::Sum;
+    static const char kRunTag;
 
     // Whether a rebuild is in progress, and which kind. The state in the settings serves only the next start.
     enum class Rebuilding {
@@ -139,55 +155,80 @@ class UGCTracker : private IJournalSource {
     // Start and rebuild.
     void StartWatcher(WatcherOptions options);
     void ParseTracker() EXCLUDES(mutex_);
-    bool LoadRecords(const KXP::Value& document, int32_t lastId) EXCLUDES(mutex_);
-    void Rebuild(const char* reason) EXCLUDES(mutex_);
+    void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId) EXCLUDES(mutex_);
+    void Rebuild(const char* reason, RebuildPlan::Former former);
+    void TrackSome(RebuildPlan& plan);
+    void TrackStep(RebuildPlan::Step step);
     void FinishRebuild() EXCLUDES(mutex_);
+    void SortOutKept();
+    void EnterKnown();
+    void EnterChanges(const std::vector<std::string>& paths, std::chrono::steady_clock::time_point until);
+    void EnterChange(const std::string& path) EXCLUDES(mutex_);
 
     // Tracking, on the worker.
     void EnqueueWork(const void* tag, std::function<void()> work);
+    void EnqueueFinish();
     void EnqueueTrack(const std::string& path);
+    void TrackFilesIn(const std::string& folder);
     void UntrackPath(const std::string& path, uint64_t before) EXCLUDES(mutex_);
+    void NoteFailedLook(const std::string& path);
+    void LookAgain(const std::string& path);
     bool MayWaitForNext();
     void FinishEntry();
 
     // Any thread.
-    void TrackOrLog(const std::string& path);
-    KXP::RetVal TrackFileTask(const std::string& path) EXCLUDES(mutex_);
-    void TrackUGC(TrackedUGC record) EXCLUDES(mutex_);
-    void TakeHighlight(const Highlight& highlight, TrackedUGC& record);
+    RecordPtr RecordAt(const std::string& path) const EXCLUDES(mutex_);
+    RecordPtr FindRecord(const std::string& path) const EXCLUDES(mutex_);
+    std::vector<std::string> PathsIn(const std::string& folder) const EXCLUDES(mutex_);
+    void TrackOrLog(const std::string& path, const TrackedUGC* former = nullptr);
+    KXP::RetVal TrackFileTask(const std::string& path, const TrackedUGC* former) EXCLUDES(mutex_);
+    void TrackUGC(TrackedUGC record, const KeptFacts& hint) EXCLUDES(mutex_);
+    void RenewUGC(TrackedUGC record) EXCLUDES(mutex_);
+    KeptFacts TakeHighlight(TrackedUGC& record, bool told) REQUIRES(mutex_);
+    bool IsFreeId(int32_t id) const REQUIRES(mutex_);
+    int32_t NewId() REQUIRES(mutex_);
+    int32_t LastId() const EXCLUDES(mutex_);
+    KeptFacts FactsOfRecord(const TrackedUGC& record) const;
+    void Keep(const TrackedUGC& record, const KeptFacts& facts);
+    size_t ShowKept(const std::string& path) EXCLUDES(mutex_);
+    void Drop(const std::vector<std::string>& paths) EXCLUDES(mutex_);
+    void DropGoneIn(const std::string& folder);
     size_t Untrack(const std::vector<std::string>& paths, uint64_t before) EXCLUDES(mutex_);
-    void AddRemovedNews(const RecordPtr& record);
-    void AddUntrackedNews() EXCLUDES(mutex_);
+    void AddTrackedNews(const RecordPtr& entered) REQUIRES(mutex_);
+    void AddRemovedNews(const RecordPtr& record) REQUIRES(mutex_);
+    void AddUsageNews() REQUIRES(mutex_);
     void SanitizeUGC(std::vector<TrackedUGC>& list);
     void SanitizePaths(const std::vector<std::string>& gone) EXCLUDES(mutex_);
-    int32_t UpdateHighlightInfo(const RecordPtr& found, const Highlight& highlight) REQUIRES(mutex_);
+    void UpdateHighlightInfo(const TrackedUGC& found, const Highlight& highlight) REQUIRES(mutex_);
+    void CancelLater(const Highlight& highlight);
     void NotifyAnnounced(const std::string& path, const Announcement& announcement);
     void RemoveFromGroups(const std::vector<TrackedUGC>& records) EXCLUDES(mutex_);
 
     // Writing, on any thread.
+    KXP::RetVal Write(Sum sum);
     void Flush();
     void PaySum();
     bool HasUnwritten() override { return news_.HasUnwritten(); }
     bool KnowsAll() override;
     bool IsSettled(const std::string& path) const EXCLUDES(mutex_);
+    bool IsFolderSettled(const std::string& folder) const;
     TrackerFileWriter::Content TakeContent(const TrackerFileWriter& writer) override EXCLUDES(mutex_);
     void NoteWritten(const KXP::RetVal& written) override { news_.ReleaseCovered(written); }
     void QueueRelease() override;
 
     ITrackerHost& host_;
-    const std::string gallery_;
 
     // Each has its own synchronisation.
-    Announcements& announcements_;
+    GalleryPlace place_;
     IgnoreList ignoreList_;
-    PendingHighlights pendingHighlights_;
     Backlog backlog_;
     News news_;
+    KeptCaptures kept_;
     TrackerJournal journal_;
     std::atomic<Rebuilding> rebuilding_;
     std::atomic<bool> stopping_{false};
 
-    // Comes before the mutexes of Announcements, PendingHighlights, Backlog and News.
+    // Comes before the mutexes of Announcements, PendingHighlights, Backlog, KeptCaptures and News.
     mutable KXP::OuterMutex mutex_;
     mutable KXP::CondVar entered_;  // a record was added, or a wait has to end
     RecordStore records_ GUARDED_BY(mutex_);

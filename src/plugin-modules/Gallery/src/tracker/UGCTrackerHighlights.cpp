@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <chrono>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -28,31 +29,41 @@ void KeepMatching(std::vector<TrackedUGC>& records, int32_t TrackedUGC::*bits, i
 
 void UGCTracker::EnqueuePendingHighlight(Highlight& highlight) {
     {
-        KXP::MutexLock lock(mutex_);
-        highlight.SetId(records_.NextId());
-        pendingHighlights_.Enqueue(highlight);
+        const KXP::MutexLock lock(mutex_);
+        highlight.SetId(NewId());
+        host_.GetPendingHighlights().Enqueue(highlight);
     }
+    CancelLater(highlight);
+}
+
+bool UGCTracker::DequeuePendingHighlight(const Highlight& highlight) {
+    return host_.GetPendingHighlights().Dequeue(highlight);
+}
+
+void UGCTracker::CancelLater(const Highlight& highlight) {
     const std::chrono::milliseconds end(std::max(highlight.GetEndDelta(), 0));
-    queue_.EnqueueNotification(queue_.Now() + end + kHighlightGrace, [this, copy = highlight] {
-        if (!pendingHighlights_.Dequeue(copy)) return;
+    queue_.EnqueueNotification(queue_.Now() + end + kHighlightGrace, [this, highlight] {
+        if (!DequeuePendingHighlight(highlight)) return;
         KXP_LOG(KXP::LogFailure, "Timeout on HL capture, deleted HL in-flight");
-        news_.AddAtOnce([this, copy] { host_.NotifyHighlightCanceled(copy); });
+        news_.AddAtOnce([this, highlight] { host_.NotifyHighlightCanceled(highlight); });
         news_.Drain();
     });
 }
 
 // In one critical section: either the announcement finds the record, or the record will find the
 // announcement.
-void UGCTracker::Announce(const std::string& path, const Announcement& announcement) {
+void UGCTracker::Announce(const std::string& announced, const Announcement& announcement) {
+    const std::string path = PlaceOf(announced);
     std::optional<int32_t> oldId;
     {
         const KXP::MutexLock lock(mutex_);
         if (const RecordPtr found = records_.FindByPath(path)) {
-            oldId = announcement.ofHighlight ? UpdateHighlightInfo(found, announcement.highlight) : found->id;
+            oldId = found->id;
+            if (announcement.ofHighlight) UpdateHighlightInfo(*found, announcement.highlight);
             news_.Add(News::Change::None,
                       [this, path, announcement] { NotifyAnnounced(path, announcement); });
         } else {
-            announcements_.Put(path, announcement);
+            host_.GetAnnouncements().Put(path, announcement);
         }
     }
     if (!oldId) return TrackFile(path);
@@ -61,33 +72,26 @@ void UGCTracker::Announce(const std::string& path, const Announcement& announcem
                 announcement.highlight.GetId());
         // On the tracker's worker: the caller is the module's worker, and nobody waits for the file.
         queue_.EnqueueNotification(queue_.Now(), [this] {
-            (void)journal_.WriteUGCToTracker(Sum::Keep);
+            (void)Write(Sum::Keep);
             news_.Drain();
         });
     }
     news_.Drain();
 }
 
-// Returns the id that the record had.
-int32_t UGCTracker::UpdateHighlightInfo(const RecordPtr& found, const Highlight& highlight) {
-    TrackedUGC record = *found;
-    record.id = highlight.GetId();
-    record.shortName = highlight.GetSDKAppInfo().appShortName;
-    record.highlightDefinitionId = highlight.GetHighlightDefinitionId();
-    record.highlightName = highlight.GetHighlightName();
-    record.highlightGroupId = highlight.GetGroupId();
-    record.highlightTags = highlight.GetTags();
-    record.highlightSignificance = highlight.GetSignificance();
-    record.eventTimeStamp = highlight.GetTimeStamp();
+void UGCTracker::UpdateHighlightInfo(const TrackedUGC& found, const Highlight& highlight) {
+    TrackedUGC record = found;
+    host_.GetPendingHighlights().Dequeue(highlight);
+    if (IsFreeId(highlight.GetId())) record.id = highlight.GetId();
+    Apply(FactsOf(highlight, record), record);
+    Keep(record, FactsOf(record, true));
     records_.Replace(std::move(record));
-    pendingHighlights_.Dequeue(highlight);
-    return found->id;
 }
 
 void UGCTracker::NotifyAnnounced(const std::string& path, const Announcement& announcement) {
     // Drops an earlier announcement of the same file that nothing has used.
     bool unannounced = false;
-    (void)announcements_.Take(path, unannounced);
+    (void)host_.GetAnnouncements().Take(path, unannounced);
     TrackedUGC record;
     if (GetUGCData(path, record).Failed()) return;
     if (announcement.ofHighlight) {
@@ -104,7 +108,7 @@ RetVal UGCTracker::GetHighlights(std::vector<TrackedUGC>& out, const std::string
         for (const RecordPtr& record : records_.OfGroup(game, group))
             out.push_back(*record);
     }
-    pendingHighlights_.GetPendingHighlights(out, game, group);
+    host_.GetPendingHighlights().GetPendingHighlights(out, game, group);
     if (!out.empty()) return {};
     KXP_LOG(KXP::LogFailure, "GetHighlights: Could not find highlights in group");
     return {Code::kNotFound, "Could not find highlights in group", 0};
@@ -134,7 +138,7 @@ RetVal UGCTracker::DeleteTrackedHighlights(const std::vector<TrackedUGC>& record
     for (const TrackedUGC& record : doomed) {
         if (DeleteUGC(record).Failed()) KXP_LOG(KXP::LogFailure, "Failed to delete media file from disk");
     }
-    RetVal written = journal_.WriteUGCToTracker(Sum::Keep);
+    RetVal written = Write(Sum::Keep);
     news_.Drain();
     return written;
 }

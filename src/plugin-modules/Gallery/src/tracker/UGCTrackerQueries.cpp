@@ -1,4 +1,4 @@
-// Queries, and changes to single records.
+// Queries.
 #include <algorithm>
 #include <utility>
 
@@ -7,19 +7,14 @@
 #include "common/files/DirUtil.h"
 #include "common/files/FileUtil.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
+#include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 using KXP::RetVal;
 namespace Code = KXP::Code;
 
-bool UGCTracker::IsTrackedFile(const std::string& path) const {
-    KXP::MutexLock lock(mutex_);
-    return records_.FindByPath(path) != nullptr;
-}
-
 RetVal UGCTracker::GetUGCData(const std::string& path, TrackedUGC& out) const {
-    KXP::MutexLock lock(mutex_);
-    const RecordPtr record = records_.FindByPath(path);
+    const RecordPtr record = FindRecord(path);
     if (!record) return {Code::kNotFound, "UGC not found", 0};
     out = *record;
     return {};
@@ -35,8 +30,8 @@ std::vector<std::string> UGCTracker::GetTrackedGames() const {
 
 // Removes the captures whose files are gone, from `list` and from the record.
 void UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
-    const auto gone = std::stable_partition(
-        list.begin(), list.end(), [](const TrackedUGC& record) { return record.MediaFileExists(); });
+    const auto gone = std::stable_partition(list.begin(), list.end(),
+                                            [](const TrackedUGC& record) { return !IsGone(record.path); });
     std::vector<std::string> paths;
     for (auto record = gone; record != list.end(); ++record)
         paths.push_back(record->path);
@@ -67,7 +62,7 @@ std::vector<TrackedUGC> UGCTracker::GetSanatizedGameUGC(const std::string& game)
 
 std::vector<TrackedUGC> UGCTracker::GetGameUGC(const std::string& game) {
     std::vector<TrackedUGC> found = GetSanatizedGameUGC(game);
-    pendingHighlights_.GetPendingHighlights(found, game, "");
+    host_.GetPendingHighlights().GetPendingHighlights(found, game, "");
     std::sort(found.begin(), found.end(),
               [](const TrackedUGC& a, const TrackedUGC& b) { return a.id > b.id; });
     return found;
@@ -94,7 +89,7 @@ std::vector<TrackedUGC> UGCTracker::GetRecentUGC(unsigned count) {
             next = records_.Newest(wanted - out.size(), end);
         }
         for (const RecordPtr& record : next) {
-            if (record->MediaFileExists()) {
+            if (!IsGone(record->path)) {
                 out.push_back(*record);
             } else {
                 gone.push_back(record->path);
@@ -116,7 +111,7 @@ void UGCTracker::GetAppStats(const std::string& game, unsigned& videos, unsigned
 
 RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
     RetVal deleted;
-    const bool keep = KXP::FileExists(record.path) && !media::MayDeleteCapture(record.path, gallery_);
+    const bool keep = !IsGone(record.path) && !media::MayDeleteCapture(record.path, gallery());
     deleted.code = keep ? Code::kAccessDenied : KXP::FileDelete(record.path, false);
     if (deleted.Failed()) deleted.text = "Failed to delete file";
     KXP::DirectoryRemove(KXP::ParentOf(record.path));
@@ -126,20 +121,4 @@ RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
 unsigned UGCTracker::GetCurrentSizeMB() const {
     KXP::MutexLock lock(mutex_);
     return static_cast<unsigned>(records_.SumKB() >> 10);
-}
-
-RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarText,
-                           const std::string& bottomBarText) {
-    {
-        KXP::MutexLock lock(mutex_);
-        const RecordPtr found = records_.FindByPath(path);
-        if (!found) return {Code::kNotFound, "UGC not found", 0};
-        TrackedUGC record = *found;
-        record.topBarText = topBarText;
-        record.bottomBarText = bottomBarText;
-        records_.Change(std::move(record));
-    }
-    (void)journal_.WriteUGCToTracker(Sum::Keep);
-    news_.Drain();
-    return {};
 }

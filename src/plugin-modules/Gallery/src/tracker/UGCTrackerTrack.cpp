@@ -1,11 +1,14 @@
-// How a path gets on record, and how its record is removed.
+// How a path gets on record: the entries of the worker's queue, and what the product does itself.
+#include <utility>
+
+#include <sys/stat.h>
+
 #include "CobalixUtil.h"
+#include "base/FileDescriptor.h"
 #include "base/Path.h"
-#include "common/files/DirUtil.h"
 #include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
-#include "plugin-modules/Gallery/src/tracker/CapturePath.h"
-#include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
+#include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 namespace {
@@ -15,33 +18,52 @@ namespace {
 constexpr std::chrono::milliseconds kLiveRun{100};
 constexpr std::chrono::milliseconds kRebuildRun{1000};
 
-// Marks the queue's entries that track or untrack a file; those in a row share a write.
-const char kRunTag = 0;
+// Whether what could not be looked at can be now, or is gone.
+bool MayLook(const std::string& path, GalleryPlace::Kind kind) {
+    const bool opened = kind == GalleryPlace::Kind::Capture ? KXP::OpenForRead(path).IsOpen()
+                                                            : KXP::OpenFolder(path).IsOpen();
+    return opened || IsGone(path);
+}
+
+// A link, a pipe or a folder.
+Inspection NoFile() {
+    return {Inspection::Finding::NoCapture, {KXP::Code::kFailure, "Not a ZV File", 0}, {}};
+}
+
+// What an old file of the tracker, which anybody may have written, says of the same file.
+KeptFacts HintOf(const TrackedUGC* former, const TrackedUGC& record) {
+    const bool same = former && former->sizeKB == record.sizeKB && former->date == record.date;
+    return same ? FactsOf(*former, TrackedUGC::IsAHighlight(*former)) : KeptFacts{};
+}
 
 }  // namespace
 
+// Marks the queue's entries that track or untrack a file; those in a row share a write.
+const char UGCTracker::kRunTag = 0;
+
 void UGCTracker::TrackFile(const std::string& path) {
-    if (!KXP::DirectoryExists(path)) TrackWatchedFile(path);
+    if (const std::optional<std::string> place = place_.CapturePathOf(path)) TrackWatchedFile(*place);
 }
 
 void UGCTracker::TrackWatchedFile(const std::string& path) {
-    if (KXP::ParentOf(path) != KXP::WithoutSlash(gallery_) && !ignoreList_.Has(path)) EnqueueTrack(path);
+    if (place_.KindOf(path) == GalleryPlace::Kind::Capture && !ignoreList_.Has(path)) EnqueueTrack(path);
 }
 
 void UGCTracker::EnqueueTrack(const std::string& path) {
-    EnqueueWork(&kRunTag, [this, path] {
-        TrackOrLog(path);
-        FinishEntry();
-    });
+    EnqueueWork(&kRunTag, [this, path] { TrackOrLog(path); });
 }
 
 void UGCTracker::TrackFolder(const std::string& path) {
-    EnqueueWork(nullptr, [this, path] {
-        const std::string gallery = KXP::WithoutSlash(gallery_);
-        if (path == gallery || path == KXP::ParentOf(gallery)) return UpdateTracker();
-        for (const std::string& file : ScanFolder(path))
-            TrackFile(file);
-    });
+    const GalleryPlace::Kind kind = place_.KindOf(path);
+    if (kind == GalleryPlace::Kind::Gallery) EnqueueWork(nullptr, [this] { UpdateTracker(); });
+    if (kind == GalleryPlace::Kind::Game) EnqueueWork(nullptr, [this, path] { TrackFilesIn(path); });
+}
+
+void UGCTracker::TrackFilesIn(const std::string& folder) {
+    const FoundFiles found = ScanFolder(folder);
+    for (const FoundFile& file : found.files)
+        TrackWatchedFile(file.path);
+    found.unread.empty() ? backlog_.ClearFailed(folder) : NoteFailedLook(folder);
 }
 
 void UGCTracker::UntrackFile(const std::string& path) {
@@ -51,24 +73,31 @@ void UGCTracker::UntrackFile(const std::string& path) {
         const KXP::MutexLock lock(mutex_);
         before = records_.nextPlace();
     }
-    EnqueueWork(&kRunTag, [this, path, before] {
-        UntrackPath(path, before);
+    EnqueueWork(&kRunTag, [this, path, before] { UntrackPath(path, before); });
+}
+
+// The backlog counts an entry until it is done: until then a known change is missing from the record.
+void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
+    backlog_.Begin();
+    queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
+        try {
+            work();
+        } catch (...) {
+            KXP_LOG(KXP::LogFailure, "Exception while tracking: %s",
+                    KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
+        }
+        backlog_.End();
         FinishEntry();
     });
 }
 
-// The backlog counts an entry until it begins: until then a known change is missing from the record.
-void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
-    backlog_.Begin();
-    queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
-        backlog_.End();
-        work();
-    });
+void UGCTracker::EnqueueFinish() {
+    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { FinishEntry(); });
 }
 
 void UGCTracker::FinishEntry() {
     queue_.AssertOnWorker();
-    if (!MayWaitForNext() && news_.HasUnwritten()) (void)journal_.WriteUGCToTracker(Sum::Later);
+    if (!MayWaitForNext() && news_.HasUnwritten()) (void)Write(Sum::Later);
     news_.Drain();
     if (!queue_.NextDueIs(&kRunTag)) PaySum();
 }
@@ -79,22 +108,34 @@ bool UGCTracker::MayWaitForNext() {
 }
 
 void UGCTracker::TrackNow(const std::string& path) {
-    const std::optional<std::string> place = CapturePathOf(path, gallery_);
+    const std::optional<std::string> place = place_.CapturePathOf(path);
     if (!place) return;
     TrackOrLog(*place);
-    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { FinishEntry(); });
+    EnqueueFinish();
 }
 
 void UGCTracker::UntrackNow(const std::string& path) {
-    const std::optional<std::string> place = CapturePathOf(path, gallery_);
-    if (!place || Untrack({*place}, UINT64_MAX) == 0) return;
-    AddUntrackedNews();
-    queue_.EnqueueTagged(queue_.Now(), &kRunTag, [this] { FinishEntry(); });
+    if (const RecordPtr record = FindRecord(path)) Drop({record->path});
+    EnqueueFinish();
+}
+
+void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
+    const RecordPtr record = FindRecord(from);
+    const std::optional<std::string> place = place_.CapturePathOf(to);
+    if (record) Drop({record->path});
+    if (place && record && StampAt(*place) == record->stamp) {
+        TrackedUGC moved = *record;
+        moved.path = *place;
+        TrackUGC(std::move(moved), FactsOfRecord(*record));
+    } else if (place) {
+        TrackOrLog(*place);
+    }
+    EnqueueFinish();
 }
 
 bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
                               const std::atomic<bool>& cancelled) const {
-    const std::optional<std::string> place = CapturePathOf(path, gallery_);
+    const std::optional<std::string> place = place_.CapturePathOf(path);
     if (!place) return false;
     const KXP::MutexLock lock(mutex_);
     while (!records_.FindByPath(*place)) {
@@ -110,113 +151,63 @@ void UGCTracker::WakeWaiting() {
     entered_.NotifyAll();
 }
 
-void UGCTracker::TrackOrLog(const std::string& path) {
+void UGCTracker::TrackOrLog(const std::string& path, const TrackedUGC* former) {
     KXP::RetVal result;
     try {
-        result = TrackFileTask(path);
+        result = TrackFileTask(path, former);
     } catch (...) {
         result = KXP::ExceptionToRetVal();
     }
     if (result.Failed()) KXP_LOG(KXP::LogFailure, "Track File failed %s", KXP::ToStr(result).c_str());
 }
 
-KXP::RetVal UGCTracker::TrackFileTask(const std::string& path) {
-    if (IsTrackedFile(path)) return {KXP::Code::kNothingDone, "File is already tracked as UGC", 0};
-    TrackedUGC record;
-    if (KXP::RetVal inspected = InspectCapture(path, record); inspected.Failed()) {
-        backlog_.NoteRefused(path);
-        return inspected;
+KXP::RetVal UGCTracker::TrackFileTask(const std::string& path, const TrackedUGC* former) {
+    struct stat status {};
+    const bool looked = lstat(path.c_str(), &status) == 0;
+    const bool isFile = looked && S_ISREG(status.st_mode);
+    const FileStamp stamp = isFile ? StampOf(status) : FileStamp{};
+    const RecordPtr known = RecordAt(path);
+    if (known && isFile && known->stamp == stamp)
+        return {KXP::Code::kNothingDone, "File is already tracked as UGC", 0};
+    Inspection inspection = looked && !isFile ? NoFile() : InspectCapture(path);
+    if (inspection.finding == Inspection::Finding::Unreadable) {
+        NoteFailedLook(path);
+        return inspection.result;
     }
-    TrackUGC(std::move(record));
-    return {};
+    backlog_.ClearFailed(path);
+    if (inspection.finding == Inspection::Finding::Capture) {
+        const KeptFacts hint = HintOf(former, inspection.record);
+        known ? RenewUGC(std::move(inspection.record)) : TrackUGC(std::move(inspection.record), hint);
+    } else if (inspection.finding == Inspection::Finding::NoCapture) {
+        backlog_.NoteRefused(path, stamp);
+        if (known) Drop({path});
+    }
+    return inspection.result;
 }
 
-void UGCTracker::TrackUGC(TrackedUGC record) {
-    // The folder decides which game it is, not the file's own metadata, because users sort their captures.
-    record.profileName = KXP::NameOf(KXP::ParentOf(record.path));
-    Highlight highlight;
-
-    const KXP::MutexLock lock(mutex_);
-    // Another thread may have tracked it meanwhile.
-    if (records_.FindByPath(record.path)) return;
-    // Looked up under the lock: an announcement that comes later finds the record.
-    if (TrackedUGC::IsAHighlight(record) && announcements_.GetHighlightInfo(record.path, highlight)) {
-        TakeHighlight(highlight, record);
-    } else {
-        record.id = records_.NextId();
-    }
-    const RecordPtr entered = records_.Track(std::move(record));
-    entered_.NotifyAll();
-    switch (rebuilding_) {
-        case Rebuilding::InOneFile:
-            news_.Add(News::Change::Tracked, [this] { host_.NotifyTrackerUpdate(TrackerUpdateInProgress); });
-            break;
-        case Rebuilding::Silently:
-            news_.Add(News::Change::Tracked, nullptr);
-            break;
-        case Rebuilding::No:
-            news_.Add(News::Change::Tracked, [this, entered, usageKB = records_.usageKB()] {
-                capacity_.UpdateGalleryUsage(usageKB);
-                bool unannounced = true;
-                const Announcements::Found found = announcements_.Take(entered->path, unannounced);
-                host_.NotifyUGCAdded(*entered, found, unannounced);
-            });
-            break;
-    }
+// What could not be looked at may be there all the same.
+void UGCTracker::NoteFailedLook(const std::string& path) {
+    const std::optional<Backlog::NextLook> next = backlog_.NoteFailed(path);
+    if (!next) return;
+    if (next->first)
+        KXP_LOG(KXP::LogFailure, "%s could not be read, and will be looked at again", path.c_str());
+    queue_.EnqueueNotification(queue_.Now() + next->after, [this, path] { LookAgain(path); });
 }
 
-void UGCTracker::TakeHighlight(const Highlight& highlight, TrackedUGC& record) {
-    const auto fill = [](std::string& text, const std::string& from) {
-        if (text.empty()) text = from;
-    };
-    record.id = highlight.GetId();
-    fill(record.shortName, highlight.GetSDKAppInfo().appShortName);
-    fill(record.highlightDefinitionId, highlight.GetHighlightDefinitionId());
-    fill(record.highlightName, highlight.GetHighlightName());
-    fill(record.highlightGroupId, highlight.GetGroupId());
-    record.highlightTags = highlight.GetTags();
-    record.highlightSignificance = highlight.GetSignificance();
-    record.eventTimeStamp = highlight.GetTimeStamp();
-    pendingHighlights_.Dequeue(highlight);
-}
-
-// For a folder this removes all records in it. A record that was added after the report is of another file.
-void UGCTracker::UntrackPath(const std::string& path, uint64_t before) {
+void UGCTracker::LookAgain(const std::string& path) {
     queue_.AssertOnWorker();
-    if (Untrack({path}, before) == 0) {
-        std::vector<std::string> beneath;
-        {
-            const KXP::MutexLock lock(mutex_);
-            for (const RecordPtr& record : records_.Under(path + "/"))
-                beneath.push_back(record->path);
-        }
-        if (Untrack(beneath, before) == 0) {
-            KXP_LOG(KXP::LogFailure, "UntrackFile failed");
-            return;
-        }
+    backlog_.BeginLook(path);
+    const GalleryPlace::Kind kind = place_.KindOf(path);
+    if (!MayLook(path, kind)) return NoteFailedLook(path);
+    NoteDisturbed(path);
+    if (kind == GalleryPlace::Kind::Gallery) {
+        backlog_.ClearFailed(path);
+        UpdateTracker();
+    } else if (kind == GalleryPlace::Kind::Game) {
+        TrackFilesIn(path);
+        DropGoneIn(path);
+    } else {
+        TrackOrLog(path);
     }
-    AddUntrackedNews();
-}
-
-size_t UGCTracker::Untrack(const std::vector<std::string>& paths, uint64_t before) {
-    RecordStore::Removed removed;
-    {
-        const KXP::MutexLock lock(mutex_);
-        removed = records_.Remove(paths, before);
-        for (const RecordPtr& record : removed.records)
-            AddRemovedNews(record);
-    }
-    for (int i = 0; i < removed.withoutGame; ++i)
-        KXP_LOG(KXP::LogFailure, "DeleteFromRecent::Could not find persisted game");
-    return removed.records.size();
-}
-
-void UGCTracker::AddRemovedNews(const RecordPtr& record) {
-    news_.Add(News::Change::None, [this, record] { host_.NotifyUGCDeleted(*record); });
-}
-
-void UGCTracker::AddUntrackedNews() {
-    const KXP::MutexLock lock(mutex_);
-    news_.Add(News::Change::Untracked,
-              [this, usageKB = records_.usageKB()] { capacity_.UpdateGalleryUsage(usageKB); });
+    FinishEntry();
 }

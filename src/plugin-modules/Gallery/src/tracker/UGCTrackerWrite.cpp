@@ -1,10 +1,13 @@
 // Writes of the tracker's file, and what the journal asks of the record.
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
+#include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+#include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 namespace {
@@ -16,8 +19,14 @@ constexpr size_t kMostUnreported = 256;
 
 }  // namespace
 
+KXP::RetVal UGCTracker::Write(Sum sum) {
+    // First, so that it is never older than what the tracker's file says.
+    (void)kept_.Save();
+    return journal_.WriteUGCToTracker(sum);
+}
+
 void UGCTracker::Flush() {
-    if (journal_.WriteUGCToTracker(Sum::Renew).Failed()) {
+    if (Write(Sum::Renew).Failed()) {
         KXP_LOG(KXP::LogFailure, "UntrackFileTask: Failed to write to tracker json");
     } else {
         const KXP::MutexLock lock(mutex_);
@@ -28,8 +37,12 @@ void UGCTracker::Flush() {
 
 void UGCTracker::PaySum() {
     if (!journal_.OwesSum()) return;
-    (void)journal_.WriteUGCToTracker(Sum::Renew);
+    (void)Write(Sum::Renew);
     news_.Drain();
+}
+
+void UGCTracker::NoteDisturbed(const std::string& path) {
+    if (place_.Counts(path)) journal_.NoteDisturbed();
 }
 
 void UGCTracker::QueueRelease() {
@@ -42,25 +55,47 @@ void UGCTracker::QueueRelease() {
 TrackerFileWriter::Content UGCTracker::TakeContent(const TrackerFileWriter& writer) {
     const KXP::MutexLock lock(mutex_);
     news_.CoverAll();
-    return {records_, writer.FirstPlace(records_)};
+    TrackerFileWriter::Content content(records_, writer.FirstPlace(records_));
+    content.info.lastUGCIdUsed = std::max(content.info.lastUGCIdUsed, host_.GetPendingHighlights().LastId());
+    return content;
 }
 
 bool UGCTracker::KnowsAll() {
-    if (!backlog_.IsEmpty()) return false;
+    if (!backlog_.IsEmpty() || !place_.IsScanned()) return false;
     if (!watcher_) return true;
-    const auto unreported = watcher_->Unreported(kMostUnreported);
-    const auto isSettled = [this](const std::string& path) { return IsSettled(path); };
-    return unreported && std::all_of(unreported->changed.begin(), unreported->changed.end(), isSettled) &&
-           std::all_of(unreported->incomplete.begin(), unreported->incomplete.end(), isSettled);
+    const auto unreported = watcher_->Unreported(stopping_ ? SIZE_MAX : kMostUnreported);
+    if (!unreported) return false;
+    const auto areSettled = [this](const std::vector<std::string>& paths) {
+        return std::all_of(paths.begin(), paths.end(),
+                           [this](const std::string& path) { return IsSettled(path); });
+    };
+    return areSettled(unreported->changed) && areSettled(unreported->incomplete);
 }
 
 // Whether the record agrees with the disk about the path.
 bool UGCTracker::IsSettled(const std::string& path) const {
     struct stat status {};
-    const bool exists = stat(path.c_str(), &status) == 0;
-    if (exists && S_ISDIR(status.st_mode)) return false;
-    const KXP::MutexLock lock(mutex_);
-    const bool tracked = records_.FindByPath(path) != nullptr;
-    if (exists) return tracked || backlog_.WasRefused(path);
-    return !tracked && records_.Under(path + "/").empty();
+    const bool exists = lstat(path.c_str(), &status) == 0;
+    if (!exists && !MeansGone(errno)) return false;
+    switch (place_.KindOf(path)) {
+        case GalleryPlace::Kind::None:
+            return true;
+        case GalleryPlace::Kind::Gallery:
+            return false;
+        case GalleryPlace::Kind::Game:
+            return exists && S_ISDIR(status.st_mode) ? IsFolderSettled(path) : PathsIn(path).empty();
+        case GalleryPlace::Kind::Capture:
+            break;
+    }
+    const RecordPtr record = RecordAt(path);
+    if (!exists || !S_ISREG(status.st_mode)) return !record;
+    const FileStamp stamp = StampOf(status);
+    return record ? record->stamp == stamp : backlog_.WasRefused(path, stamp) || !media::MayBeOwn(path);
+}
+
+bool UGCTracker::IsFolderSettled(const std::string& folder) const {
+    const FoundFiles found = ScanFolder(folder);
+    return found.unread.empty() &&
+           std::all_of(found.files.begin(), found.files.end(),
+                       [this](const FoundFile& file) { return IsSettled(file.path); });
 }

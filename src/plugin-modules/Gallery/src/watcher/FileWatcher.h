@@ -18,6 +18,8 @@ class IFileWatcherCallback {
     virtual void Track(std::string path, bool isFolder) = 0;
     // The file or folder at the path is gone; for a folder this includes its contents.
     virtual void Untrack(std::string path) = 0;
+    // Something that is neither a file nor a folder has come, gone or changed there, or a time has.
+    virtual void Disturbed(std::string /*path*/) {}
 };
 
 // What the callback does not know yet.

@@ -14,6 +14,8 @@
 namespace {
 
 constexpr int kUniqueNames = 100;
+// Seconds that may pass between a sum and the end of its write.
+constexpr int64_t kSumToWrite = 10;
 // Turns have names; there is one file and so one turn.
 constexpr const char* kFileTurn = "file";
 
@@ -71,19 +73,20 @@ KXP::RetVal TrackerJournal::Read(KXP::Document& document, TrackerInfo& info, Sta
     if (stamps && known && trackerFile_.ReadStamp(after) && after == before) *stamps = stampFile_.Read(after);
     ParseTrackerInfoFromJSON(document, info);
     folderCRC_ = info.folderCRC;
+    lastIdInFile_ = info.lastUGCIdUsed;
     return read;
 }
 
-bool TrackerJournal::MeasureFolder(uint32_t& crc) {
-    try {
-        KXP::CreateDirectoryPath({gallery_});
-        const KXP::TimePoint start = clock_.Now();
-        media::CalculateFolderCRC(gallery_, KXP::WithoutSlash(gallery_), crc);
-        sumTook_ = clock_.Now() - start;
-        return true;
-    } catch (const std::exception&) {
-        return false;  // the gallery's drive is gone
-    }
+// The gallery's folder is not made where it is missing: it may be on a drive that is unplugged.
+bool TrackerJournal::MeasureFolder(uint32_t& crc, std::vector<std::string>* recent) {
+    const KXP::TimePoint start = clock_.Now();
+    KXP::JSONFile::Stamp written;
+    media::RecentFiles files{INT64_MAX, {}};
+    if (recent && trackerFile_.ReadStamp(written)) files.since = written.seconds - kSumToWrite;
+    const bool measured = media::SumFolder(gallery_, KXP::WithoutSlash(gallery_), crc, &files);
+    sumTook_ = clock_.Now() - start;
+    if (recent) *recent = std::move(files.paths);
+    return measured;
 }
 
 KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
@@ -101,6 +104,7 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
     content.info.folderCRC = sumWithheld_ ? ~folderCRC_ : folderCRC_;
     KXP::HeldLog log;
     KXP::RetVal written = writer_.Write(trackerFile_, stampFile_, content, log);
+    if (!written.Failed()) lastIdInFile_ = content.info.lastUGCIdUsed;
     source_.NoteWritten(written);
     return written;
 }
@@ -109,22 +113,29 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
 // sum, which costs a rebuild. In the other order it would be in the sum alone and be lost.
 void TrackerJournal::RenewSum(bool pending) {
     sumOwed_ = false;
-    if (!MeasureFolder(folderCRC_))
+    disturbed_ = false;
+    const bool measured = MeasureFolder(folderCRC_);
+    if (!measured)
         KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
-    sumWithheld_ = !source_.KnowsAll();
-    if (sumWithheld_) WithholdSum();
+    sumWithheld_ = !measured || !source_.KnowsAll();
+    if (sumWithheld_) QueueRelease();
 }
 
-void TrackerJournal::WithholdSum() {
-    if (!std::exchange(releaseQueued_, true)) source_.QueueRelease();
+void TrackerJournal::NoteDisturbed() {
+    disturbed_ = true;
+    QueueRelease();
+}
+
+void TrackerJournal::QueueRelease() {
+    if (!releaseQueued_.exchange(true)) source_.QueueRelease();
 }
 
 void TrackerJournal::ReleaseSum() {
     {
         const KXP::Turn turn(turns_, kFileTurn);
         releaseQueued_ = false;
-        if (!sumWithheld_ || closed_) return;
-        if (!source_.KnowsAll()) return WithholdSum();
+        if (!(sumWithheld_ || disturbed_) || closed_) return;
+        if (!source_.KnowsAll()) return QueueRelease();
     }
     (void)WriteUGCToTracker(Sum::Renew);
 }

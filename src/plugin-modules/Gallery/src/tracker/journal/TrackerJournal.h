@@ -56,11 +56,18 @@ class TrackerJournal {
 
     // Any thread, with none of the source's locks held:
 
-    // The sum of the tree on disk. False when the gallery cannot be read.
-    bool MeasureFolder(uint32_t& crc);
+    // The sum of the tree on disk. False when the gallery cannot be read. Sets `recent`, unless it is null,
+    // to the files that may have changed after the file's sum was taken and without changing it.
+    bool MeasureFolder(uint32_t& crc, std::vector<std::string>* recent = nullptr);
     KXP::RetVal WriteUGCToTracker(Sum sum);
     bool OwesSum() const { return sumOwed_; }
-    // Writes the right sum if it was withheld and everything is on record now.
+    // Something has changed that counts in the sum: a right one is written soon.
+    void NoteDisturbed();
+    // Whether the file's sum is not that of the gallery.
+    bool NeedsSum() const { return sumOwed_ || disturbed_ || sumWithheld_; }
+    // As the file was read or written last.
+    int32_t lastIdInFile() const { return lastIdInFile_; }
+    // Writes the right sum if the file has not got it and everything is on record now.
     void ReleaseSum();
     // Makes the file of a rebuild the tracker's file.
     void TakeOver();
@@ -71,7 +78,7 @@ class TrackerJournal {
 
   private:
     void RenewSum(bool pending);
-    void WithholdSum();
+    void QueueRelease();
 
     IJournalSource& source_;
     const std::string shareFolder_;
@@ -80,6 +87,10 @@ class TrackerJournal {
     const std::chrono::milliseconds sumInPassing_;
     KXP::Turns turns_;
     std::atomic<bool> sumOwed_{false};
+    std::atomic<bool> disturbed_{false};
+    std::atomic<bool> sumWithheld_{false};
+    std::atomic<bool> releaseQueued_{false};
+    std::atomic<int32_t> lastIdInFile_{0};
 
     // Used by the thread that has the turn.
     KXP::JSONFile trackerFile_;
@@ -87,8 +98,6 @@ class TrackerJournal {
     TrackerFileWriter writer_;
     uint32_t folderCRC_ = 0;
     std::chrono::nanoseconds sumTook_{0};  // last time
-    bool sumWithheld_ = false;
-    bool releaseQueued_ = false;
     bool replaceTrackerFile_ = false;
     bool closed_ = false;
 };

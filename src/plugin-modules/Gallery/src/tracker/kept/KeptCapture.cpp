@@ -28,6 +28,15 @@ bool IsSet(int32_t number) {
     return number != 0;
 }
 
+void Enter(const KeptFacts& facts, TrackedUGC& record, bool onlyFill) {
+    const auto set = [&](const KeptField& field, auto member) {
+        if (onlyFill && field.onlyFills && IsSet(record.*member.field)) return;
+        record.*member.field = facts.*member.fact;
+    };
+    ForEachMember(kept_fields::kCaptions, set);
+    if (facts.told) ForEachMember(kept_fields::kHighlight, set);
+}
+
 }  // namespace
 
 bool KeptFacts::operator==(const KeptFacts& other) const {
@@ -44,11 +53,23 @@ KeptFacts FactsOf(const TrackedUGC& record, bool told) {
     return facts;
 }
 
+KeptFacts FactsOf(const Highlight& told, const TrackedUGC& captioned) {
+    KeptFacts facts = FactsOf(captioned, false);
+    facts.told = true;
+    facts.shortName = told.GetSDKAppInfo().appShortName;
+    facts.highlightDefinitionId = told.GetHighlightDefinitionId();
+    facts.highlightName = told.GetHighlightName();
+    facts.highlightGroupId = told.GetGroupId();
+    facts.highlightTags = told.GetTags();
+    facts.highlightSignificance = told.GetSignificance();
+    facts.eventTimeStamp = told.GetTimeStamp();
+    return facts;
+}
+
 void Apply(const KeptFacts& facts, TrackedUGC& record) {
-    const auto set = [&](const KeptField& field, auto member) {
-        if (field.onlyFills && IsSet(record.*member.field)) return;
-        record.*member.field = facts.*member.fact;
-    };
-    ForEachMember(kept_fields::kCaptions, set);
-    if (facts.told) ForEachMember(kept_fields::kHighlight, set);
+    Enter(facts, record, false);
+}
+
+void FillIn(const KeptFacts& facts, TrackedUGC& record) {
+    Enter(facts, record, true);
 }

@@ -29,9 +29,13 @@ struct KeptFacts {
 // The captions of a record and, if `told`, what a notification reported of it.
 KeptFacts FactsOf(const TrackedUGC& record, bool told);
 
-// Sets the captions and, if they were reported, tags, significance and time stamp. The other reported texts
-// are only set where the record has none: what the file says of itself has precedence.
+// What a notification says of a highlight, with the captions of its record.
+KeptFacts FactsOf(const Highlight& told, const TrackedUGC& captioned);
+
+// Makes the record say what was kept of it: its captions and, if they were reported, the rest.
 void Apply(const KeptFacts& facts, TrackedUGC& record);
+// The same for what the file itself may say otherwise: its own texts have precedence.
+void FillIn(const KeptFacts& facts, TrackedUGC& record);
 
 struct KeptCapture {
     std::string path;

@@ -18,7 +18,7 @@ KeptMember(T KeptFacts::*, T TrackedUGC::*) -> KeptMember<T>;
 struct KeptField {
     std::string_view key;  // as in the tracker's file
     std::variant<KeptMember<std::string>, KeptMember<int32_t>> member;
-    bool onlyFills = false;  // does not replace a text of the record
+    bool onlyFills = false;  // FillIn does not replace a text of the record
 };
 
 namespace kept_fields {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include <sys/stat.h>
 
@@ -24,4 +25,10 @@ struct FileStamp {
 
 inline FileStamp StampOf(const struct stat& status) {
     return {static_cast<uint64_t>(status.st_size), KXP::Platform::ModifiedNs(status), status.st_ino};
+}
+
+// Unknown where the file cannot be looked at.
+inline FileStamp StampAt(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 ? StampOf(status) : FileStamp{};
 }

@@ -17,6 +17,11 @@ void EraseFromGroup(TrackedUGCGame& game, const std::string& group, const std::s
     if (found->second.empty()) game.groups.erase(found);
 }
 
+// The group that lists the record; empty for none.
+std::string GroupOf(const TrackedUGC& record) {
+    return TrackedUGC::IsAHighlight(record) ? record.highlightGroupId : "";
+}
+
 }  // namespace
 
 void RecordStore::Clear() {
@@ -30,8 +35,11 @@ void RecordStore::Clear() {
 }
 
 int32_t RecordStore::NextId() {
-    if (lastId_ < INT32_MAX) ++lastId_;
-    return lastId_;
+    if (lastId_ < INT32_MAX) return ++lastId_;
+    int32_t id = 1;
+    while (!IsFreeId(id))
+        ++id;
+    return id;
 }
 
 void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t lastId) {
@@ -40,15 +48,47 @@ void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t las
     for (TrackedUGC& record : records)
         Append(std::move(record));
     games_ = std::move(games);
+    if (!byId_.empty()) lastId_ = std::max(lastId_, byId_.rbegin()->first);
+    if (!HasUniqueIds()) RepairIds();
+}
+
+// A record without a path is of no capture, and goes with the next list.
+bool RecordStore::HasUniqueIds() const {
+    int32_t before = 0;
+    for (const auto& [id, place] : byId_) {
+        if (records_.find(place)->second->path.empty()) continue;
+        if (id <= before) return false;
+        before = id;
+    }
+    return true;
+}
+
+void RecordStore::RepairIds() {
+    games_.clear();
+    std::set<int32_t> taken;
+    for (auto entry = records_.cbegin(); entry != records_.cend(); ++entry) {
+        TrackedUGC record = *entry->second;
+        if (record.path.empty()) continue;
+        if (record.id <= 0 || !taken.insert(record.id).second) {
+            record.id = NextId();
+            taken.insert(record.id);
+            Exchange(entry, record);
+        }
+        ListInGame(record);
+    }
+}
+
+void RecordStore::ListInGame(const TrackedUGC& record) {
+    TrackedUGCGame& game = games_[record.profileName];
+    game.appName = record.profileName;
+    game.recents.push_back(record.id);
+    if (const std::string group = GroupOf(record); !group.empty()) game.groups[group].push_back(record.id);
 }
 
 RecordStore::RecordPtr RecordStore::Track(TrackedUGC record) {
     RecordPtr entered = Append(std::move(record));
-    TrackedUGCGame& game = games_[entered->profileName];
-    game.appName = entered->profileName;
-    game.recents.push_back(entered->id);
-    if (TrackedUGC::IsAHighlight(*entered) && !entered->highlightGroupId.empty())
-        game.groups[entered->highlightGroupId].push_back(entered->id);
+    lastId_ = std::max(lastId_, entered->id);
+    ListInGame(*entered);
     return entered;
 }
 
@@ -56,9 +96,13 @@ RecordStore::RecordPtr RecordStore::Append(TrackedUGC record) {
     const uint64_t place = nextPlace_++;
     RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
     records_.emplace_hint(records_.end(), place, entered);
-    usageKB_ += std::min(entered->sizeKB, UINT32_MAX - usageKB_);
+    AddUsage(entered->sizeKB);
     Index(place, *entered);
     return entered;
+}
+
+void RecordStore::AddUsage(uint32_t sizeKB) {
+    usageKB_ += std::min(sizeKB, UINT32_MAX - usageKB_);
 }
 
 void RecordStore::Index(uint64_t place, const TrackedUGC& record) {
@@ -145,6 +189,23 @@ RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
 RecordStore::RecordPtr RecordStore::Change(TrackedUGC record) {
     const auto found = FirstOfPath(record.path);
     return found == records_.end() ? nullptr : Exchange(found, std::move(record));
+}
+
+RecordStore::RecordPtr RecordStore::Renew(TrackedUGC record) {
+    const auto found = FirstOfPath(record.path);
+    if (found == records_.end()) return nullptr;
+    const RecordPtr old = found->second;
+    record.id = old->id;
+    RecordPtr entered = Exchange(found, std::move(record));
+    usageKB_ -= std::min(usageKB_, old->sizeKB);
+    AddUsage(entered->sizeKB);
+    const std::string group = GroupOf(*entered);
+    if (group != GroupOf(*old)) {
+        TrackedUGCGame& game = games_[entered->profileName];
+        EraseFromGroup(game, GroupOf(*old), {old->id});
+        if (!group.empty()) game.groups[group].push_back(entered->id);
+    }
+    return entered;
 }
 
 RecordStore::RecordPtr RecordStore::Exchange(Records::const_iterator place, TrackedUGC record) {

@@ -27,16 +27,21 @@ class RecordStore {
 
     // Removes everything; ids start again from 1.
     void Clear();
-    // Takes the content of a file unchecked: ids may repeat, and games may list ids that no record has.
+    // Takes the content of a file, which anybody can have edited. Games may list ids that no record has. If
+    // two captures have the same id, or one has none, each further one gets a new id, and the games are made
+    // anew from the records.
     void Load(std::vector<TrackedUGC> records, Games games, int32_t lastId);
 
-    // Returns an id that was not given out before.
+    // Returns an id that was not given out before. When there are none left, one that no record has.
     int32_t NextId();
+    // Whether a record may have this id, which somebody else has chosen.
+    bool IsFreeId(int32_t id) const { return id > 0 && !FindById(id); }
     int32_t lastId() const { return lastId_; }
     // The total size of the records and of those removed by Take. It stops at the largest value.
     uint32_t usageKB() const { return usageKB_; }
 
-    // Adds the record at the end, and its id to its game and, for a highlight, to its group.
+    // Adds the record at the end, and its id, which no other has, to its game and, for a highlight, to its
+    // group.
     RecordPtr Track(TrackedUGC record);
 
     struct Removed {
@@ -49,6 +54,9 @@ class RecordStore {
 
     // Replaces the first record with the path of `record`. Null when there is no such path.
     RecordPtr Change(TrackedUGC record);
+
+    // The same for a file with new content: the id stays, and the group and the usage follow.
+    RecordPtr Renew(TrackedUGC record);
 
     // The same for a record whose id may have changed: in its game, which is added if it is missing, and in
     // the group of `record` there, the new id replaces the old one.
@@ -89,9 +97,13 @@ class RecordStore {
   private:
     using Records = std::map<uint64_t, RecordPtr>;
 
+    bool HasUniqueIds() const;
+    void RepairIds();
+    void ListInGame(const TrackedUGC& record);
     RecordPtr Append(TrackedUGC record);
     RecordPtr Exchange(Records::const_iterator place, TrackedUGC record);
     RecordPtr Detach(Records::iterator record);
+    void AddUsage(uint32_t sizeKB);
     void Index(uint64_t place, const TrackedUGC& record);
     void Unindex(uint64_t place, const TrackedUGC& record);
     Records::const_iterator FirstOfPath(const std::string& path) const;

@@ -1,0 +1,50 @@
+// The files that a rebuild puts on record, oldest first, and what the tracker's old file says of them. A file
+// that is as it was need not be inspected again. One thread.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
+
+class RebuildPlan {
+  public:
+    // The old records.
+    struct Former {
+        std::vector<TrackedUGC> records;
+        // The file is as the product left it and the records have their stamps. If not, anybody may have
+        // written it.
+        bool isOwn = false;
+    };
+    struct Step {
+        std::string path;
+        // What the old file said of the path, if that is, or may be, still so.
+        std::optional<TrackedUGC> former;
+        bool unchanged = false;  // the file is the one that `former` is of
+    };
+
+    // `keepsInodes` is whether the volume gives a file the same inode number each time. In folders that could
+    // not be read the old records are right until somebody knows better.
+    RebuildPlan(FoundFiles found, Former former, bool keepsInodes);
+
+    size_t size() const { return items_.size(); }
+    // No value after the last step.
+    std::optional<Step> Next();
+
+  private:
+    static constexpr size_t kNone = SIZE_MAX;
+
+    struct Item {
+        FoundFile file;
+        size_t former = kNone;  // its index
+        bool unchanged = false;
+    };
+
+    std::vector<Item> items_;
+    std::vector<TrackedUGC> former_;
+    const bool isOwn_;
+    size_t next_ = 0;
+};

@@ -1,0 +1,152 @@
+// How the record is read at the start, and made anew.
+#include <algorithm>
+#include <utility>
+
+#include "CobalixUtil.h"
+#include "base/FileCalls.h"
+#include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
+#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
+
+namespace {
+
+// Files of a rebuild for each entry of the queue.
+constexpr size_t kSome = 32;
+
+// Of the records in the tracker's file. If somebody else has written it, their files have to be looked at.
+void TakeStamps(const TrackerJournal::Stamps& stamps, RebuildPlan::Former& former) {
+    former.isOwn = stamps && stamps->size() == former.records.size();
+    for (size_t i = 0; former.isOwn && i < former.records.size(); ++i)
+        former.records[i].stamp = (*stamps)[i];
+}
+
+bool HasFacts(const TrackedUGC& record) {
+    return !record.topBarText.empty() || !record.bottomBarText.empty() || TrackedUGC::IsAHighlight(record);
+}
+
+}  // namespace
+
+void UGCTracker::ParseTracker() {
+    KXP::Document document;
+    TrackerInfo info;
+    TrackerJournal::Stamps stamps;
+    const bool read = !journal_.Read(document, info, &stamps).Failed();
+    RebuildPlan::Former former;
+    if (read) former.records = ParseUGCFromJSON(document);
+    TakeStamps(stamps, former);
+    // If the settings still say that a rebuild is in progress, an earlier start did not finish it.
+    if (!read || info.version != kTrackerVersion ||
+        host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress)
+        return Rebuild("ParseTracker::rebuilding from GalleryPath", std::move(former));
+
+    TrackedUGCGames games;
+    if (ParseUGCGamesFromJSON(document, games).Failed()) {
+        KXP_LOG(KXP::LogFailure, "ParseTracker::Failed to parse Games from tracker");
+        return Load(std::move(former), {}, info.lastUGCIdUsed);
+    }
+    place_.NoteScanned();
+    uint32_t calculated = UINT32_MAX;
+    std::vector<std::string> recent;
+    const bool measured = journal_.MeasureFolder(calculated, &recent);
+    KXP_LOG(KXP::LogMilestone, "CRC Check: Tracker value: %s, calculated value: %s",
+            std::to_string(info.folderCRC).c_str(), std::to_string(calculated).c_str());
+    if (measured && calculated == info.folderCRC) {
+        Load(std::move(former), std::move(games), info.lastUGCIdUsed);
+        for (const std::string& path : recent)
+            TrackWatchedFile(path);
+    } else {
+        Rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath", std::move(former));
+    }
+    uint32_t usageKB = 0;
+    {
+        const KXP::MutexLock lock(mutex_);
+        usageKB = records_.usageKB();
+    }
+    capacity_.UpdateGalleryUsage(usageKB);
+}
+
+// What people gave is kept before it is in the tracker's file, so it is never older. Only somebody who has
+// edited that file since knows better.
+void UGCTracker::Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId) {
+    for (TrackedUGC& record : former.records) {
+        if (!former.isOwn) {
+            record.stamp = StampAt(record.path);
+            if (HasFacts(record)) Keep(record, FactsOf(record, TrackedUGC::IsAHighlight(record)));
+        } else if (const KeptPtr kept = kept_.LatestOf(record.path)) {
+            Apply(kept->facts, record);
+        }
+    }
+    const KXP::MutexLock lock(mutex_);
+    records_.Load(std::move(former.records), std::move(games), lastId);
+}
+
+void UGCTracker::Rebuild(const char* reason, RebuildPlan::Former former) {
+    {
+        const KXP::MutexLock lock(mutex_);
+        records_.Clear();
+    }
+    KXP_LOG(KXP::LogMilestone, "%s", reason);
+    UpdateTracker(std::move(former));
+}
+
+void UGCTracker::UpdateTracker(RebuildPlan::Former former) {
+    place_.NoteScanned();
+    FoundFiles found = ScanGallery(gallery());
+    for (const std::string& folder : found.unread)
+        NoteFailedLook(folder);
+    Rebuilding none = Rebuilding::No;
+    rebuilding_.compare_exchange_strong(none, Rebuilding::Silently);
+    // Written before the first file is queued, so that the next start rebuilds if the process ends now.
+    host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateInProgress);
+    const auto plan = std::make_shared<RebuildPlan>(std::move(found), std::move(former),
+                                                    KXP::Platform::KeepsInodes(gallery()));
+    for (size_t enqueued = 0; enqueued < plan->size(); enqueued += kSome)
+        EnqueueWork(&kRunTag, [this, plan] { TrackSome(*plan); });
+    if (rebuilding_ == Rebuilding::InOneFile)
+        queue_.EnqueueNotification(queue_.Now(), [this] { FinishRebuild(); });
+    queue_.EnqueueNotification(queue_.Now(), [this] {
+        rebuilding_ = Rebuilding::No;
+        host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete);
+        {
+            const KXP::MutexLock lock(mutex_);
+            host_.GetGallerySettings()->SetCurrentSizeMB(records_.usageKB() / 1000);
+        }
+        KXP_LOG(KXP::LogMilestone, "Tracker update done");
+    });
+}
+
+void UGCTracker::TrackSome(RebuildPlan& plan) {
+    queue_.AssertOnWorker();
+    for (size_t left = kSome; left > 0; --left) {
+        std::optional<RebuildPlan::Step> step = plan.Next();
+        if (!step) return;
+        if (!ignoreList_.Has(step->path)) TrackStep(std::move(*step));
+    }
+}
+
+void UGCTracker::TrackStep(RebuildPlan::Step step) {
+    if (!step.unchanged) return TrackOrLog(step.path, step.former ? &*step.former : nullptr);
+    const KeptFacts facts = FactsOf(*step.former, TrackedUGC::IsAHighlight(*step.former));
+    step.former->id = 0;
+    TrackUGC(std::move(*step.former), facts);
+}
+
+void UGCTracker::FinishRebuild() {
+    queue_.AssertOnWorker();
+    journal_.TakeOver();
+    std::vector<TrackedUGC> all;
+    {
+        const KXP::MutexLock lock(mutex_);
+        for (const RecordPtr& record : records_.Snapshot())
+            all.push_back(*record);
+    }
+    SanitizeUGC(all);
+    {
+        const KXP::MutexLock lock(mutex_);
+        news_.AddAtOnce([this, usageKB = records_.usageKB()] {
+            capacity_.UpdateGalleryUsage(usageKB);
+            host_.NotifyTrackerUpdate(TrackerUpdateComplete);
+        });
+    }
+    news_.Drain();
+    rebuilding_ = Rebuilding::Silently;
+}
