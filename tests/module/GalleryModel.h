@@ -1,114 +1,115 @@
-// What is to be on record, worked out from what was done to the files alone.
+// What is to be on record, and what was given to it, worked out from what was done to the files alone.
 #pragma once
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "tests/module/TrackerRecords.h"
 
 class GalleryModel {
   public:
-    // Open: either is right, because it depends on what the disk held when it was looked at.
-    enum class Expect { No, Yes, Open };
-
     explicit GalleryModel(std::string gallery) : gallery_(std::move(gallery)) {}
 
     const std::string& gallery() const { return gallery_; }
 
-    // A file has these bytes from now on; `byFolder` when it came with the folder that it lies in.
-    void Put(const std::string& path, bool own, bool byFolder = false) {
+    // A file has new bytes from now on. Over a capture on record they renew it.
+    void Put(const std::string& path, bool own) {
         File& file = files_[path];
-        const bool wasTouched = file.touched;
-        Touch(file);
-        const Place place = PlaceOf(path);
-        if (place == Place::Outside) {
-            file.expect = Expect::No;
-        } else if (own) {
-            // Of a folder that comes, only the files directly in it are sure to be looked at.
-            file.expect = place == Place::Nested && byFolder ? Expect::Open : Expect::Yes;
-            file.mayBeKnown = true;
-        } else {
-            // What is on record stays there for as long as there is a file.
-            file.expect = !file.mayBeKnown ? Expect::No : wasTouched ? Expect::Open : Expect::Yes;
-        }
+        const bool renewed = file.onDisk && file.own && own;
+        if (!renewed) Touch(file);
         file.onDisk = true;
         file.own = own;
+        file.rewritten = true;
     }
 
     // A file, or a folder with all beneath.
     void Remove(const std::string& path) {
         for (const std::string& gone : FilesAt(path)) {
-            File& file = files_[gone];
-            Touch(file);
-            file.onDisk = false;
-            file.expect = Expect::No;
+            Touch(files_[gone]);
+            files_[gone].onDisk = false;
         }
     }
 
     // Likewise, over what there may be of a file.
     void Copy(const std::string& from, const std::string& to) {
         for (const std::string& path : FilesAt(from))
-            Put(to + path.substr(from.size()), files_[path].own, path != from);
+            Put(to + path.substr(from.size()), files_[path].own);
     }
     void Move(const std::string& from, const std::string& to) {
-        Copy(from, to);
+        for (const std::string& path : FilesAt(from)) {
+            const File moved = files_[path];
+            File& file = files_[to + path.substr(from.size())];
+            Put(to + path.substr(from.size()), moved.own);
+            // What was given follows its file; a file without anything takes the place of the one before.
+            if (moved.caption != "") file.caption = moved.caption;
+            file.rewritten = moved.rewritten;
+        }
         Remove(from);
     }
+    // By request, to a place where nothing was: the record goes along.
+    void MoveRecord(const std::string& from, const std::string& to) {
+        const File moved = files_[from];
+        Move(from, to);
+        files_[to].id = moved.id;
+        files_[to].touched = moved.touched;
+    }
 
-    // Records were made anew from the disk, of a folder that may have become the gallery with this; or those
-    // that it had are in force again.
-    void Rebuilt(const std::string& gallery, bool orKept) {
+    void Caption(const std::string& path, const std::string& caption) { files_[path].caption = caption; }
+    // Whether it was on record when all was quiet, and has been since.
+    bool IsKnown(const std::string& path) const {
+        const auto file = files_.find(path);
+        return file != files_.end() && file->second.id != 0 && !file->second.touched;
+    }
+
+    // Records were made anew from the disk, of a folder that may have become the gallery with this.
+    void Rebuilt(const std::string& gallery) {
         gallery_ = gallery;
         for (auto& [path, file] : files_) {
-            const Place place = PlaceOf(path);
             file.touched = true;
-            const bool capture = file.onDisk && file.own && place != Place::Outside;
-            const bool kept = file.onDisk && orKept && file.id != 0 && place != Place::Outside;
-            file.mayBeKnown = capture || kept;
-            file.expect = !file.mayBeKnown                  ? Expect::No
-                          : capture && place == Place::Game ? Expect::Yes
-                                                            : Expect::Open;
+            // What has changed in the meantime is another file for the rebuild.
+            if (file.rewritten && file.caption != "") file.caption.reset();
         }
     }
 
-    // The gallery went and came back while it was watched.
-    void CameBack() {
-        for (const std::string& path : FilesAt(gallery_)) {
-            Touch(files_[path]);
-            Put(path, files_[path].own, true);
-        }
-    }
-
-    // Why these are not the right records, by path with their ids; empty when they are.
-    std::string Compare(const std::map<std::string, int>& records) const {
+    // Why these are not the right records; empty when they are.
+    std::string Compare(const TrackerRecords& records) const {
         std::string wrong;
         for (const auto& [path, file] : files_) {
-            const auto record = records.find(path);
-            const bool known = record != records.end();
-            if (file.expect == Expect::Yes && !known) wrong += "not on record: " + path + "\n";
-            if (file.expect == Expect::No && known) wrong += "on record: " + path + "\n";
-            if (known && !file.touched && file.id != 0 && record->second != file.id)
+            const auto record = records.ids.find(path);
+            const bool known = record != records.ids.end();
+            if (IsCapture(path, file) != known)
+                wrong += (known ? "on record: " : "not on record: ") + path + "\n";
+            if (!known) continue;
+            if (!file.touched && file.id != 0 && record->second != file.id)
                 wrong += "id " + std::to_string(file.id) + " is now " + std::to_string(record->second) +
                          ": " + path + "\n";
+            const std::string& caption = records.captions.at(path);
+            if (file.caption && *file.caption != caption)
+                wrong += "\"" + *file.caption + "\" is now \"" + caption + "\": " + path + "\n";
         }
-        for (const auto& [path, id] : records)
+        for (const auto& [path, id] : records.ids)
             if (files_.count(path) == 0) wrong += "on record, and never made: " + path + "\n";
         return wrong;
     }
 
     // All is quiet, and these are the records.
-    void Settle(const std::map<std::string, int>& records) {
-        for (auto file = files_.begin(); file != files_.end();) {
-            if (!file->second.onDisk) {
-                file = files_.erase(file);
+    void Settle(const TrackerRecords& records) {
+        for (auto entry = files_.begin(); entry != files_.end();) {
+            File& file = entry->second;
+            if (!file.onDisk) {
+                entry = files_.erase(entry);
                 continue;
             }
-            const auto record = records.find(file->first);
-            const bool known = record != records.end();
-            file->second.id = known ? record->second : 0;
-            file->second.expect = known ? Expect::Yes : Expect::No;
-            file->second.touched = false;
-            ++file;
+            const auto record = records.ids.find(entry->first);
+            file.id = record != records.ids.end() ? record->second : 0;
+            file.touched = false;
+            file.rewritten = false;
+            if (file.id != 0) file.caption = records.captions.at(entry->first);
+            ++entry;
         }
     }
 
@@ -124,26 +125,23 @@ class GalleryModel {
     struct File {
         bool onDisk = false;
         bool own = false;
-        int id = 0;               // of its record when all was quiet; 0 without one
-        bool touched = false;     // since then
-        bool mayBeKnown = false;  // was a capture, or on record, at some time since then
-        Expect expect = Expect::No;
+        int id = 0;                               // of its record when all was quiet; 0 without one
+        bool touched = false;                     // since then, so that its record may be another one
+        bool rewritten = false;                   // since then
+        std::optional<std::string> caption = "";  // none where it may be lost or not
     };
-
-    enum class Place { Outside, Game, Nested };
 
     static bool IsBeneath(const std::string& path, const std::string& folder) {
         return path.compare(0, folder.size() + 1, folder + "/") == 0;
     }
-    Place PlaceOf(const std::string& path) const {
-        if (!IsBeneath(path, gallery_)) return Place::Outside;
-        const auto depth =
-            std::count(path.begin() + static_cast<std::ptrdiff_t>(gallery_.size()), path.end(), '/');
-        return depth == 1 ? Place::Outside : depth == 2 ? Place::Game : Place::Nested;
+    bool IsCapture(const std::string& path, const File& file) const {
+        return file.onDisk && file.own && IsBeneath(path, gallery_) &&
+               std::count(path.begin() + static_cast<std::ptrdiff_t>(gallery_.size()), path.end(), '/') == 2;
     }
+    // It may come back before anybody has noticed that it was gone.
     static void Touch(File& file) {
-        if (!file.touched) file.mayBeKnown = file.id != 0;
         file.touched = true;
+        if (file.caption != "") file.caption.reset();
     }
 
     std::string gallery_;

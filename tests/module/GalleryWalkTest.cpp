@@ -75,7 +75,7 @@ class GalleryWalk : public testing::Test {
         if (Chance(15)) KillAtRest();
         const int steps = 1 + Random(10);
         for (int i = 0; i < steps && !HasFailure(); ++i)
-            RunOne(Chance(20) ? trackerOperations_ : fileOperations_);
+            RunOne(Chance(30) ? trackerOperations_ : fileOperations_);
         if (!HasFailure()) Settle();
         return steps;
     }
@@ -85,7 +85,7 @@ class GalleryWalk : public testing::Test {
         PutMarker();
         if (!Await() || (process_->silent() && !AwaitNews())) return;
         CompareAnswers();
-        model_.Settle(records_.ids);
+        model_.Settle(records_);
     }
 
     void Start() {
@@ -96,13 +96,12 @@ class GalleryWalk : public testing::Test {
         if (!process_->HasRebuilt()) return;
         Say("rebuilds");
         process_->SetSilent();
-        model_.Rebuilt(model_.gallery(), false);
+        model_.Rebuilt(model_.gallery());
     }
 
     void End() {
         EXPECT_EQ(process_->End(), 0) << process_->log();
         EXPECT_EQ(process_->wrong(), "");
-        EXPECT_EQ(process_->known(), PathsOf(records_.ids)) << "what is told at the end changes nothing";
     }
 
   private:
@@ -232,7 +231,7 @@ class GalleryWalk : public testing::Test {
         Say("gallery back");
         // An empty one may have been made meanwhile.
         fs::rename(away_, model_.gallery());
-        model_.CameBack();
+        model_.Rebuilt(model_.gallery());
     }
 
     // The tracker.
@@ -250,14 +249,77 @@ class GalleryWalk : public testing::Test {
         const std::string settings = Member("settings", Member("userGalleryPath", Quoted(to)));
         EXPECT_EQ(CodeOf(process_->Ask("SetSettings", settings)), 0) << process_->log();
         previous_ = model_.gallery();
-        model_.Rebuilt(to, false);
+        model_.Rebuilt(to);
     }
     void CancelChange() {
         if (previous_.empty()) return;
         Say("cancel the change");
         process_->SetSilent();
         EXPECT_EQ(CodeOf(process_->Ask("CancelPathUpdate", "{}")), 0) << process_->log();
-        model_.Rebuilt(previous_, true);
+        model_.Rebuilt(previous_);
+    }
+    // Whatever was done a moment ago is on record, and the next start finds it so.
+    void Restart() {
+        Say("stop");
+        const bool mayRebuild = process_->silent();
+        End();
+        const std::string before = process_->log();
+        Start();
+        if (!mayRebuild) {
+            EXPECT_FALSE(process_->HasRebuilt())
+                << Tail(said_, 8000) << Tail(before, 20000) << process_->log();
+        }
+    }
+    void Caption() {
+        const std::string path = SomeFile();
+        const std::string text = "caption " + std::to_string(++captions_);
+        if (path.empty()) return;
+        Say("caption " + path + " " + text);
+        const std::string texts =
+            Member("memeInfo", "{\"topBarText\":\"" + text + "\",\"bottomBarText\":\"\"}");
+        const bool isKnown = model_.IsKnown(path) && !process_->silent();
+        const int code =
+            CodeOf(process_->Ask("AddMeme", "{\"file\":" + Quoted(path) + "," + texts.substr(1)));
+        if (code == 0) model_.Caption(path, text);
+        if (isKnown) {
+            EXPECT_EQ(code, 0) << Tail(said_, 8000) << process_->log();
+        }
+    }
+    void MoveByRequest() {
+        const fs::path from = SomeFile();
+        const std::string to = AnyGame() + "/m" + std::to_string(++captions_) + from.extension().string();
+        if (from.empty() || !model_.IsKnown(from)) return;
+        Say("ask to move " + from.string() + " to " + to);
+        const std::string paths = "{\"source\":" + Quoted(from) + ",\"destination\":" + Quoted(to) + "}";
+        EXPECT_EQ(CodeOf(process_->Ask("MoveFile", paths)), 0) << process_->log();
+        process_->silent() ? model_.Move(from, to) : model_.MoveRecord(from, to);
+    }
+    void CopyByRequest() {
+        const fs::path from = SomeFile();
+        const std::string to = SomeGame() + "/n" + std::to_string(++captions_) + from.extension().string();
+        if (from.empty() || !model_.IsKnown(from)) return;
+        Say("ask to copy " + from.string() + " to " + to);
+        const std::string paths = "{\"source\":" + Quoted(from) + ",\"destination\":" + Quoted(to) + "}";
+        EXPECT_EQ(CodeOf(process_->Ask("CopyFile", paths)), 0) << process_->log();
+        model_.Copy(from, to);
+    }
+    void RemoveByRequest() {
+        const std::string path = SomeFile();
+        if (path.empty() || !model_.IsKnown(path) || process_->silent()) return;
+        Say("ask to remove " + path);
+        EXPECT_EQ(CodeOf(process_->Ask("RemoveGalleryItem", Member("file", Quoted(path)))), 0);
+        model_.Remove(path);
+    }
+    void Engrave() {
+        const std::string path = SomeFile();
+        if (fs::path(path).extension() != ".mp4" || !model_.IsKnown(path)) return;
+        Say("engrave " + path);
+        const std::string info =
+            "\"DRSProfileName\":\"p\",\"DRSAppName\":\"a\",\"DRSShortName\":\"s\","
+            "\"highlightDefinitionId\":\"\",\"highlightGroupId\":\"\",\"mediaType\":\"\"}";
+        EXPECT_EQ(CodeOf(process_->Ask("EngraveMP4", "{\"file\":" + Quoted(path) + "," + info)), 0)
+            << process_->log();
+        model_.Put(path, true);
     }
     void KillAmidst() {
         Say("kill");
@@ -317,7 +379,7 @@ class GalleryWalk : public testing::Test {
     std::string Compare() {
         if (!process_->wrong().empty()) return process_->wrong();
         if (!ReadTracker(trackerFile_, records_)) return "no tracker file\n";
-        std::string wrong = records_.wrong + model_.Compare(records_.ids);
+        std::string wrong = records_.wrong + model_.Compare(records_);
         if (!wrong.empty()) return wrong;
         uint32_t crc = 0;
         media::CalculateFolderCRC(model_.gallery() + "/", model_.gallery(), crc);
@@ -361,6 +423,12 @@ class GalleryWalk : public testing::Test {
         {1, [&] { ChangeGallery(); }},
         {1, [&] { CancelChange(); }},
         {2, [&] { KillAmidst(); }},
+        {4, [&] { Restart(); }},
+        {8, [&] { Caption(); }},
+        {4, [&] { MoveByRequest(); }},
+        {2, [&] { CopyByRequest(); }},
+        {4, [&] { RemoveByRequest(); }},
+        {2, [&] { Engrave(); }},
     };
 
     const LogCapture quiet_;  // of this process
@@ -377,6 +445,7 @@ class GalleryWalk : public testing::Test {
     std::string previous_;  // the gallery that a cancelled change goes back to
     std::string marker_;
     int markers_ = 0;
+    int captions_ = 0;
     std::vector<std::string> outsiders_;  // folders outside the gallery
     int folders_ = 0;
     std::string said_;

@@ -13,6 +13,7 @@
 
 struct TrackerRecords {
     std::map<std::string, int> ids;                           // by path
+    std::map<std::string, std::string> captions;              // likewise
     std::map<std::string, std::map<std::string, int>> games;  // the same by profile name
     uint32_t folderCRC = 0;
     std::string wrong;  // what contradicts itself in the file; empty when nothing does
@@ -36,6 +37,7 @@ inline bool ReadTracker(const std::string& path, TrackerRecords& out) {
     std::map<std::pair<std::string, std::string>, std::multiset<int>> wanted, listed;
     for (const TrackedUGC& record : records) {
         if (!out.ids.emplace(record.path, record.id).second) out.wrong += "twice: " + record.path + "\n";
+        out.captions[record.path] = record.topBarText;
         if (!ids.insert(record.id).second || record.id < 1 || record.id > info.lastUGCIdUsed)
             out.wrong += "id " + std::to_string(record.id) + " of " + record.path + "\n";
         if (record.profileName != std::filesystem::path(record.path).parent_path().filename())
