@@ -32,6 +32,7 @@ bool GalleryPlugin::Initialize() {
     }
     requests_.emplace(*api_);
     RegisterEndpoints();
+    requests_->settings.FollowRegularly();
     return true;
 }
 
