@@ -47,7 +47,7 @@ class DrivesTest : public testing::Test {
             return properties_[std::to_string(minor(device)) + name];
         });
         std::vector<Mount> mounts;
-        EXPECT_TRUE(ListMounts(files_.Write("mountinfo", table), disks, mounts));
+        EXPECT_TRUE(ListMounts(files_.Write("mountinfo", table), folders_, disks, mounts));
         std::map<std::string, std::string> drives;
         AddDrives(mounts, drives);
         return drives;
@@ -56,6 +56,7 @@ class DrivesTest : public testing::Test {
     const TempFolder files_;
     const LogCapture log_;
     std::map<std::string, std::string> properties_;
+    std::vector<std::string> folders_;
 };
 
 TEST_F(DrivesTest, FindsTheDisksUnderVolumes) {
@@ -135,12 +136,33 @@ TEST_F(DrivesTest, ReadsTheTableOfMounts) {
     EXPECT_EQ(drives, expected);
     EXPECT_TRUE(log_.HasLine(1, "Passed over 1 mount points that are not UTF-8"));
     std::vector<Mount> mounts;
-    EXPECT_FALSE(ListMounts(files_ / "missing", BlockDisks("/nowhere", &UdevProperty), mounts));
+    EXPECT_FALSE(ListMounts(files_ / "missing", {}, BlockDisks("/nowhere", &UdevProperty), mounts));
+}
+
+TEST_F(DrivesTest, VolumesWithoutADiskCountWhereTheUsersFoldersAre) {
+    folders_ = {files_.path()};
+    std::vector<MountEntry> entries;
+    ASSERT_TRUE(ReadMountTable("/proc/self/mountinfo", entries));
+    const MountEntry* const here = MountOfPath(entries, files_.path());
+    ASSERT_NE(here, nullptr);
+    const std::array<std::string, 4> rows[] = {
+        // type, source, and the words with and without the folder on it
+        {"zfs", "rpool/home", "fixed", "reserved"}, {"virtiofs", "host", "fixed", "reserved"},
+        {"fuse", "/dev/fuse", "fixed", "reserved"}, {"fuse.encfs", "encfs", "fixed", "reserved"},
+        {"tmpfs", "tmpfs", "reserved", "reserved"}, {"nfs4", "server:/home", "network", "network"},
+    };
+    for (const auto& [type, source, used, unused] : rows) {
+        const auto line = [&, type = type, source = source](int id, const char* target) {
+            return std::to_string(id) + " 1 0:50 / " + target + " rw - " + type + " " + source + " rw\n";
+        };
+        const auto drives = Drives(line(here->id, "/here") + line(here->id + 100000, "/there"));
+        EXPECT_EQ(drives.at("/here") + " " + drives.at("/there"), used + " " + unused) << type;
+    }
 }
 
 TEST_F(DrivesTest, ListsThisMachine) {
     std::map<std::string, std::string> drives = {{"old", ""}};
-    EXPECT_EQ(EnumDrives(drives), 0);
+    EXPECT_EQ(EnumDrives({}, drives), 0);
     EXPECT_EQ(drives.count("old"), 0u);
     EXPECT_EQ(drives.at("/proc"), "reserved");
     EXPECT_TRUE(IsVolumeLocal("/proc/self"));
