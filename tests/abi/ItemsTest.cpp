@@ -25,6 +25,12 @@ TEST_F(ItemsTest, ARemovedCaptureGoesWithItsThumbnailOrItsEmptyFolder) {
     Start();
     EXPECT_EQ(Remove(foreign), kInvalid + " File path is not ZORVEX tracked UGC file");
     EXPECT_TRUE(fs::exists(foreign));
+    EXPECT_NE(container_
+                  .WaitFor(6,
+                           "Gallery API failed Text: KXP: One or more arguments are not valid Message: "
+                           "RemoveGalleryItem with 0x80070057[0]: File path")
+                  .text,
+              "");
     EXPECT_EQ(Remove(alone), "0 Success");
     EXPECT_FALSE(fs::exists(gallery_.Path("Art")));
     fs::remove(foreign);

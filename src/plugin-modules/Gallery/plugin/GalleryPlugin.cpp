@@ -63,6 +63,6 @@ void GalleryPlugin::Uninitialize() {
 }
 
 void GalleryPlugin::ReportError(const KXP::RetVal& value, const std::string& message) {
-    const std::string text = "Text: " + value.text + " Message: " + message;
+    const std::string text = std::string("Text: ") + KXP::CodeText(value.code) + " Message: " + message;
     KXP_LOG(KXP::LogFailure, "Gallery API failed %s with %s", text.c_str(), KXP::ToStr(value).c_str());
 }
