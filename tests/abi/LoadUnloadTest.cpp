@@ -79,6 +79,21 @@ TEST(LoadUnload, AHomeThatTakesNothingFailsTheStart) {
     ExpectNoStart(plugin, "Exception during GalleryAPI construction, API is not valid: 0x80004005");
 }
 
+TEST(LoadUnload, AHomeWhoseNameIsNotUtf8FailsTheStartWithTheReason) {
+    const PluginLibrary plugin(PRODUCT_ROOT);
+    const ScopedEnv home("HOME", plugin.home() / "h\xFF");
+    FakeContainer container;
+    EXPECT_EQ(plugin->Initialize(&FakeContainer::Callback, "{}", &container), 2);
+    const std::string failure = container.WaitFor(2, "_CmdInit_").text;
+    EXPECT_NE(
+        failure.find(R"("_return_code":-2147024809,"_return_status":"The name of a folder of the user's is )"
+                     R"(not UTF-8: )" +
+                     plugin.home().folder().path() + "/h\xEF\xBF\xBD\""),
+        std::string::npos)
+        << failure;
+    EXPECT_EQ(plugin->Uninitialize(), 1);
+}
+
 TEST_F(RunningPlugin, ThrowsFromAnEntryCallWhatAContainerCatches) {
     for (const std::string& text : {std::string("{}"), "{\"system\":" + std::string(100000, '[')}) {
         try {
