@@ -175,9 +175,7 @@ TEST_F(PluginTest, TasksAnswerWhateverHappens) {
 TEST_F(PluginTest, AFailedInitializeIsReportedWithTheResponse) {
     behaviour->initialize = false;
     ASSERT_EQ(plugin_.Initialize(&FakeContainer::Callback, "{}", &container_), 2);
-    const std::string failure = container_.WaitFor(2).text;
-    EXPECT_NE(failure.find("\"method\":\"_CmdInit_\""), std::string::npos);
-    EXPECT_NE(failure.find("\"_return_status\":\"Initialize() failed\""), std::string::npos) << failure;
+    EXPECT_NE(container_.WaitFor(2).text.find("\"method\":\"_CmdInit_\""), std::string::npos);
     EXPECT_FALSE(container_.All(6, "Error initializing plugin: Initialize() failed").empty());
     EXPECT_EQ(plugin_.Uninitialize(), 1);
 

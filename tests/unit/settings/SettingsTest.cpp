@@ -167,15 +167,6 @@ TEST_F(SettingsTest, ProcessesChangeOneFileWithoutLoss) {
     EXPECT_EQ(other.FollowFile(gallery), unsigned{kMaxSizePercent | kTrackerUpdateState});
 }
 
-TEST_F(SettingsTest, TheMarkOfARebuildIsOnDiskAtOnce) {
-    Settings settings;
-    EXPECT_TRUE(settings.UpdateTrackerSettings(TrackerUpdateInProgress));
-    EXPECT_EQ(Settings().GetTrackerUpdateState(), TrackerUpdateInProgress);
-    settings.SetTrackerUpdateState(static_cast<TrackerUpdateState>(9));
-    EXPECT_TRUE(settings.WriteSettings());
-    EXPECT_EQ(folder_.Read(file_), Text("false", "100", gallery_, temp_, ""));
-}
-
 TEST_F(SettingsTest, ManyThreadsAndALogCallbackThatCallsIn) {
     Settings settings;
     KXP::LogInit(
