@@ -149,9 +149,15 @@ TEST_F(DrivesTest, VolumesWithoutADiskCountWhereTheUsersFoldersAre) {
         {"zfs rpool/home", "fixed"},   {"virtiofs host", "fixed"},  {"fuse /dev/fuse", "fixed"},
         {"fuse.encfs encfs", "fixed"}, {"tmpfs tmpfs", "reserved"}, {"nfs4 server:/home", "network"}};
     for (const auto& [volume, word] : rows) {
-        const std::string rest = std::string(" rw - ") + volume + " rw\n";
-        const auto drives =
-            Drives(std::to_string(here->id) + " 1 0:50 / /here" + rest + "9999999 1 0:50 / /there" + rest);
+        std::string table;
+        for (const char* place : {"/here", "/there"})
+            table.append(std::to_string(table.empty() ? here->id : 9999999))
+                .append(" 1 0:50 / ")
+                .append(place)
+                .append(" rw - ")
+                .append(volume)
+                .append(" rw\n");
+        const auto drives = Drives(table);
         EXPECT_EQ(drives.at("/here"), word) << volume;
         EXPECT_NE(drives.at("/there"), "fixed") << volume;
     }
