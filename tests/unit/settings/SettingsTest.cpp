@@ -165,6 +165,17 @@ TEST_F(SettingsTest, ProcessesChangeOneFileWithoutLoss) {
     mine.UpdateTrackerSettings(TrackerUpdateInProgress);
     EXPECT_EQ(Settings().GetTrackerUpdateState(), TrackerUpdateInProgress);
     EXPECT_EQ(other.FollowFile(gallery), unsigned{kMaxSizePercent | kTrackerUpdateState});
+
+    std::thread writer([&] {
+        for (int i = 0; i < 500; ++i)
+            other.UpdateTrackerSettings(i % 2 == 0 ? TrackerUpdateInProgress : TrackerUpdateComplete);
+    });
+    for (unsigned i = 0; i < 500; ++i) {
+        EXPECT_EQ(mine.FollowFile(gallery) & kMaxSizePercent, 0u) << "lost to a write between read and write";
+        mine.SetMaxSizePercent(i);
+        mine.WriteSettings();
+    }
+    writer.join();
 }
 
 TEST_F(SettingsTest, ManyThreadsAndALogCallbackThatCallsIn) {
