@@ -25,6 +25,12 @@ TEST_F(ItemsTest, ARemovedCaptureGoesWithItsThumbnailOrItsEmptyFolder) {
     Start();
     EXPECT_EQ(Remove(foreign), kInvalid + " File path is not ZORVEX tracked UGC file");
     EXPECT_TRUE(fs::exists(foreign));
+    EXPECT_NE(container_
+                  .WaitFor(6,
+                           "Gallery API failed Text: KXP: One or more arguments are not valid Message: "
+                           "RemoveGalleryItem with 0x80070057[0]: File path")
+                  .text,
+              "");
     EXPECT_EQ(Remove(alone), "0 Success");
     EXPECT_FALSE(fs::exists(gallery_.Path("Art")));
     fs::remove(foreign);
@@ -87,12 +93,15 @@ TEST_F(RunningPlugin, AnswersAboutFilesFoldersAndDrives) {
          R"({"_return_code":-2147024809,"_return_status":"Error in opening or reading image file")"},
         {"IsDirectoryWriteable", R"({"directory":")" + folder.path() + "\"}", R"({"writable":true,)"},
         {"IsDirectoryWriteable", R"({"directory":"/none"})", R"({"writable":false,)"},
+        {"IsDirectoryWriteable", R"({"directory":"/tmp\u0000/none"})", R"({"writable":false,)"},
         // A payload that claims to be a failure is not checked against the catalogue.
         {"IsDirectoryWriteable", R"({"_return_code":-1})",
          R"({"_return_code":-2147024809,"_return_status":"Directory value is empty")"},
         {"EnumerateDrives", "{}", R"({"drives":[{"name":"/","type":")"},
         // A single character is taken as a drive letter, so "/" becomes "/:", which does not exist.
         {"GetDriveInfo", R"({"drive":"/"})",
+         R"({"_return_code":-2147467259,"_return_status":"Failed to get drive information")"},
+        {"GetDriveInfo", R"({"drive":"//\u0000none"})",
          R"({"_return_code":-2147467259,"_return_status":"Failed to get drive information")"},
         {"GetDriveInfo", R"({"drive":"//"})", R"({"freeSpaceMB":)"},
     };

@@ -9,14 +9,16 @@ namespace {
 
 const std::string kConfigs = "Contents/Resources/data/configs/";
 
-void ExpectNoStart(const PluginLibrary& plugin, const std::string& line) {
+// Returns the response to the command that failed.
+std::string ExpectNoStart(const PluginLibrary& plugin, const std::string& line) {
     FakeContainer container;
     EXPECT_EQ(plugin->Initialize(&FakeContainer::Callback, "{}", &container), 2);
-    EXPECT_NE(container.WaitFor(2).text.find("_CmdInit_"), std::string::npos);
+    std::string failure = container.WaitFor(2, "_CmdInit_").text;
     EXPECT_FALSE(container.All(6, line).empty());
     EXPECT_EQ(plugin->Stop(), 2);
     EXPECT_EQ(container.WaitFor(1).text, "_CmdStop_") << "there is nothing to clean up";
     EXPECT_EQ(plugin->Uninitialize(), 1);
+    return failure;
 }
 
 }  // namespace
@@ -77,6 +79,15 @@ TEST(LoadUnload, AHomeThatTakesNothingFailsTheStart) {
     const PluginLibrary plugin(PRODUCT_ROOT);
     plugin.home().folder().Write("data", "no folder");
     ExpectNoStart(plugin, "Exception during GalleryAPI construction, API is not valid: 0x80004005");
+}
+
+TEST(LoadUnload, AHomeWhoseNameIsNotUtf8FailsTheStartWithTheReason) {
+    const PluginLibrary plugin(PRODUCT_ROOT);
+    const ScopedEnv home("HOME", "/h\xFF");
+    EXPECT_NE(ExpectNoStart(plugin, "")
+                  .find(R"("_return_code":-2147024809,"_return_status":"The name of a folder of )"
+                        "the user's is not UTF-8: /h\xEF\xBF\xBD\""),
+              std::string::npos);
 }
 
 TEST_F(RunningPlugin, ThrowsFromAnEntryCallWhatAContainerCatches) {

@@ -48,7 +48,12 @@ TEST_F(RecordsTest, DescribeOneFile) {
                                    {samples::PngTextChunk("Software", "Ovirastream SHARE")}));
     gallery_.AddImage("Race/a.png");
     gallery_.AddHighlight("Race/b.mp4");
+    const std::string tag = samples::Mp4Box("tagc", captures::Block("Ovirastream SDK", "{}"));
+    const std::string bare = gallery_.Add(
+        "Race/bare.mp4", captures::FileType() + samples::Mp4Box("moov", samples::Mp4Box("udta", tag)) +
+                             samples::Mp4Box("free", std::string(40, '\0')));
     Start();
+    EXPECT_EQ(Ask("GetFileMetadata", File(bare))["audiotype"], "Unknown") << "of a video without a header";
     EXPECT_EQ(Members(Ask("GetFileMetadata", File(gallery_.Path("Race/a.png")))),
               "fileType|fileSubType|fileSource|DRSName|DRSProfileName|cmsId|date|fileSizeKB|eventTimeStamp|"
               "memeInfo|");
@@ -100,6 +105,15 @@ TEST_F(RecordsTest, NothingOnRecordIsNoFailureAndNoTrackerIsOne) {
              {"GetFolderCRC", directory},
              {"GetFolderListing", directory}})
         EXPECT_EQ(Result(method, payload), kFailure + " No tracker") << method;
+}
+
+TEST_F(RecordsTest, AHighlightInFlightIsListedInThePagesWords) {
+    Start();
+    Ask("EnqueuePendingHighlight",
+        R"({"app":{"profileName":"Race"},"highlight":{"type":"screenshot","path":"/t/a.png"}})");
+    const std::string folder = R"({"shouldGetOnlyZv":true,"directory":")" + gallery_.Path("Race") + "\"}";
+    EXPECT_EQ(KXP::WriteJSONToString(Ask("GetFolderListing", folder)["files"]),
+              R"([{"name":"a.png","type":"image","subtype":"Highlight","source":"OVS_SDK"}])");
 }
 
 TEST_F(RecordsTest, AScreenshotOfAnEarlierVersionHasNoSubtype) {

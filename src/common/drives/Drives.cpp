@@ -14,10 +14,10 @@ const char* TrueOrFalse(bool value) {
 
 }  // namespace
 
-int EnumDrives(std::map<std::string, std::string>& drives) {
+int EnumDrives(const std::vector<std::string>& folders, std::map<std::string, std::string>& drives) {
     drives.clear();
     std::vector<Mount> mounts;
-    if (!Platform::ListMounts(mounts)) {
+    if (!Platform::ListMounts(folders, mounts)) {
         KXP_LOG(LogFailure, "Unable to get mount info");
         return Code::kFailure;
     }

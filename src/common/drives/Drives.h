@@ -11,9 +11,10 @@
 namespace KXP {
 
 // Fills `drives` with a word for each mount point: "reserved" (read-only, hidden or of unknown place),
-// "network", "removable", "external" or "fixed". 0, or 0x80004005 and no drives when the system has no
-// answer.
-int EnumDrives(std::map<std::string, std::string>& drives);
+// "network", "removable", "external" or "fixed". Volumes without a disk that the system can name, such as
+// those of a pool or of a virtual machine's host, are "fixed" if they hold one of the folders, else
+// "reserved". 0, or 0x80004005 and no drives when the system has no answer.
+int EnumDrives(const std::vector<std::string>& folders, std::map<std::string, std::string>& drives);
 
 // Free space for an unprivileged user and the whole size, in units of 1,000,000 bytes, rounded down; what is
 // beyond 32 bits becomes the largest number. When false, 0 free of 0x7FFFFFFF.
@@ -50,8 +51,8 @@ uint32_t WholeMegabytes(uint64_t blocks, uint64_t blockSize);
 
 namespace Platform {
 
-// False when the system has no answer.
-bool ListMounts(std::vector<Mount>& mounts);
+// False when the system has no answer. For `folders` see EnumDrives.
+bool ListMounts(const std::vector<std::string>& folders, std::vector<Mount>& mounts);
 
 struct VolumeBlocks {
     uint64_t size = 0;       // of one, in bytes

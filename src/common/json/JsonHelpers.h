@@ -4,6 +4,7 @@
 // may use a value at the same time while nobody writes it.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
@@ -98,6 +99,13 @@ T jsonGetValue(const Value& value, std::string_view key) {
 template <typename T>
 T jsonGetValueOrDefault(const Value& value, std::string_view key, T fallback) {
     return jsonGetValueOrDefault_impl<T>(value, key, std::move(fallback), false);
+}
+
+// A mask of 32 bits, which may be sent signed, so that its highest bit makes it negative, or unsigned. 0 when
+// it is missing.
+inline uint32_t jsonGetMaskOrZero(const Value& value, std::string_view key) {
+    const auto asSigned = static_cast<uint32_t>(jsonGetValueOrDefault<int>(value, key, 0));
+    return jsonGetValueOrDefault<unsigned int>(value, key, asSigned);
 }
 
 // Enums travel as words, matched by case. An optional word that the map does not know means the default: a

@@ -53,7 +53,9 @@ void PluginModuleBase::CommandQueue::Run(std::unique_ptr<JSONMessage> response,
     try {
         result = command();
     } catch (...) {
-        KXP_LOG(LogFailure, "Command %s failed: %s", response->method(), ToStr(ExceptionToRetVal()).c_str());
+        const RetVal failure = ExceptionToRetVal();
+        KXP_LOG(LogFailure, "Command %s failed: %s", response->method(), ToStr(failure).c_str());
+        Message::SetReturnValue(*response, failure);
     }
     NotifyContainer(result == Succeeded ? CommandSucceeded : CommandFailed, std::move(response));
 }

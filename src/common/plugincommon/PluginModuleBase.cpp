@@ -78,10 +78,11 @@ int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
         // Also when the product's files cannot even be looked for.
         KXP_LOG(LogFailure, "Error initializing plugin: %s, took %.2fms", error.what(),
                 MillisecondsSince(start));
+        throw;  // for the response, which says why
     } catch (...) {
         KXP_LOG(LogFailure, "Unknown exception occurred during plugin initialization");
+        throw;
     }
-    return Failed;
 }
 
 void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandler) {

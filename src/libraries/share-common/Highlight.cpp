@@ -13,6 +13,10 @@ KXP::Value ValueOf(int number, KXP::Allocator&) {
     return KXP::Value(number);
 }
 
+KXP::Value ValueOf(uint32_t mask, KXP::Allocator&) {
+    return KXP::Value(mask);
+}
+
 KXP::Value ValueOf(HighlightType type, KXP::Allocator& allocator) {
     std::string word;
     HighlightEnumToString(type, word);
@@ -25,6 +29,10 @@ void Take(const KXP::Value& value, const char* key, std::string& text) {
 
 void Take(const KXP::Value& value, const char* key, int& number) {
     number = KXP::jsonGetValueOrDefault<int>(value, key, 0);
+}
+
+void Take(const KXP::Value& value, const char* key, uint32_t& mask) {
+    mask = KXP::jsonGetMaskOrZero(value, key);
 }
 
 void Take(const KXP::Value& value, const char* key, HighlightType& type) {

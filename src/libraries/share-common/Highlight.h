@@ -42,14 +42,15 @@ class Highlight {
     void SetType(HighlightType type) { type_ = type; }
     // Empty for a value that is none of the enumeration.
     std::string GetTypeAsString() const;
-    int GetSignificance() const { return significance_; }
-    void SetSignificance(int significance) { significance_ = significance; }
+    // Bits, like the tags; messages carry them unsigned.
+    int GetSignificance() const { return static_cast<int>(significance_); }
+    void SetSignificance(int significance) { significance_ = static_cast<uint32_t>(significance); }
     const std::string& GetTimeStamp() const { return timeStamp_; }
     void SetTimeStamp(const std::string& timeStamp) { timeStamp_ = timeStamp; }
     const std::string& GetPath() const { return path_; }
     void SetPath(const std::string& path) { path_ = path; }
-    int GetTags() const { return tags_; }
-    void SetTags(int tags) { tags_ = tags; }
+    int GetTags() const { return static_cast<int>(tags_); }
+    void SetTags(int tags) { tags_ = static_cast<uint32_t>(tags); }
     const SDKAppInfo& GetSDKAppInfo() const { return app_; }
     void SetSDKAppInfo(const SDKAppInfo& app) { app_ = app; }
     const std::string& GetMessageBusRefid() const { return messageBusRefid_; }
@@ -82,10 +83,10 @@ class Highlight {
     std::string definitionId_;
     std::string name_;
     HighlightType type_ = HighlightType::Video;
-    int significance_ = 0;
+    uint32_t significance_ = 0;
     std::string timeStamp_;
     std::string path_;
-    int tags_ = 0;
+    uint32_t tags_ = 0;
     SDKAppInfo app_;
     std::string messageBusRefid_;
     int videoLength_ = 0;

@@ -27,6 +27,8 @@ constexpr std::string_view kSubtypes[] = {
 constexpr std::string_view kSources[] = {"OVS_Share", "OVS_Lumis", "OVS_SDK", "StandAlone_Lumis",
                                          "Undefined"};
 
+constexpr std::string_view kAudioTypes[] = {"Single", "Separate", "Unknown"};
+
 template <size_t N>
 bool IsOneOf(const std::string_view (&words)[N], std::string_view word) {
     return std::find(std::begin(words), std::end(words), word) != std::end(words);
@@ -48,4 +50,9 @@ std::string_view SubtypeForPages(std::string_view word) {
 
 std::string_view SourceForPages(std::string_view word) {
     return IsOneOf(kSources, word) ? word : "Undefined";
+}
+
+// A video that has no length yet has no audio either.
+std::string_view AudioTypeForPages(std::string_view word) {
+    return IsOneOf(kAudioTypes, word) ? word : "Unknown";
 }

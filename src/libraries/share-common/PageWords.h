@@ -9,3 +9,4 @@
 std::string_view TypeForPages(std::string_view word);
 std::string_view SubtypeForPages(std::string_view word);
 std::string_view SourceForPages(std::string_view word);
+std::string_view AudioTypeForPages(std::string_view word);

@@ -47,7 +47,7 @@ class DrivesTest : public testing::Test {
             return properties_[std::to_string(minor(device)) + name];
         });
         std::vector<Mount> mounts;
-        EXPECT_TRUE(ListMounts(files_.Write("mountinfo", table), disks, mounts));
+        EXPECT_TRUE(ListMounts(files_.Write("mountinfo", table), folders_, disks, mounts));
         std::map<std::string, std::string> drives;
         AddDrives(mounts, drives);
         return drives;
@@ -56,6 +56,7 @@ class DrivesTest : public testing::Test {
     const TempFolder files_;
     const LogCapture log_;
     std::map<std::string, std::string> properties_;
+    std::vector<std::string> folders_;
 };
 
 TEST_F(DrivesTest, FindsTheDisksUnderVolumes) {
@@ -135,12 +136,36 @@ TEST_F(DrivesTest, ReadsTheTableOfMounts) {
     EXPECT_EQ(drives, expected);
     EXPECT_TRUE(log_.HasLine(1, "Passed over 1 mount points that are not UTF-8"));
     std::vector<Mount> mounts;
-    EXPECT_FALSE(ListMounts(files_ / "missing", BlockDisks("/nowhere", &UdevProperty), mounts));
+    EXPECT_FALSE(ListMounts(files_ / "missing", {}, BlockDisks("/nowhere", &UdevProperty), mounts));
+}
+
+TEST_F(DrivesTest, VolumesWithoutADiskCountWhereTheUsersFoldersAre) {
+    folders_ = {files_.path()};
+    std::vector<MountEntry> entries;
+    ASSERT_TRUE(ReadMountTable("/proc/self/mountinfo", entries));
+    const MountEntry* const here = MountOfPath(entries, files_.path());
+    ASSERT_NE(here, nullptr);
+    const std::pair<const char*, const char*> rows[] = {
+        {"zfs rpool/home", "fixed"},   {"virtiofs host", "fixed"},  {"fuse /dev/fuse", "fixed"},
+        {"fuse.encfs encfs", "fixed"}, {"tmpfs tmpfs", "reserved"}, {"nfs4 server:/home", "network"}};
+    for (const auto& [volume, word] : rows) {
+        std::string table;
+        for (const char* place : {"/here", "/there"})
+            table.append(std::to_string(table.empty() ? here->id : 9999999))
+                .append(" 1 0:50 / ")
+                .append(place)
+                .append(" rw - ")
+                .append(volume)
+                .append(" rw\n");
+        const auto drives = Drives(table);
+        EXPECT_EQ(drives.at("/here"), word) << volume;
+        EXPECT_NE(drives.at("/there"), "fixed") << volume;
+    }
 }
 
 TEST_F(DrivesTest, ListsThisMachine) {
     std::map<std::string, std::string> drives = {{"old", ""}};
-    EXPECT_EQ(EnumDrives(drives), 0);
+    EXPECT_EQ(EnumDrives({}, drives), 0);
     EXPECT_EQ(drives.count("old"), 0u);
     EXPECT_EQ(drives.at("/proc"), "reserved");
     EXPECT_TRUE(IsVolumeLocal("/proc/self"));

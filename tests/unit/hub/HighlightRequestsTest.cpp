@@ -9,7 +9,7 @@ const std::string kRace = R"("app":{"profileName":"Race"})";
 class HighlightRequestsTest : public HubTest {
   protected:
     // Puts a video on record; returns its path.
-    std::string AddHighlight(const std::string& name, const std::string& group, int tags) {
+    std::string AddHighlight(const std::string& name, const std::string& group, uint32_t tags) {
         const std::string inner = R"({"MediaType":"Highlight","HighlightGroupId":")" + group +
                                   R"(","HighlightTags":)" + std::to_string(tags) +
                                   R"(,"HighlightSignificance":4})";
@@ -67,6 +67,11 @@ TEST_F(HighlightRequestsTest, AGroupIsCountedThroughItsMasksAndDeletedWithItsFil
     EXPECT_EQ(Count(R"({"groupId":"g","tags":2,"significance":4})"), R"({"count":1})");
     EXPECT_EQ(Count(R"({"groupId":"g","significance":8})"), R"({"count":0})");
     EXPECT_EQ(Count(R"({"groupId":"nobody's"})"), R"({"count":0})");
+    // The highest bit, with and without a sign.
+    AddHighlight("d.mp4", "g", 2147483648);
+    EXPECT_EQ(Count(R"({"groupId":"g","tags":2147483648})"), R"({"count":1})");
+    EXPECT_EQ(Count(R"({"groupId":"g","tags":-2147483648})"), R"({"count":1})");
+    EXPECT_NE(Open(R"([{"groupId":"g"}])").find("\"highlightTags\":2147483648"), std::string::npos);
     Ask("DeleteGroupHighlights", requests_, &HighlightRequests::DeleteGroupHighlights,
         "{" + kRace + R"(,"groupId":"g"})");
     EXPECT_EQ(result_.text, "Success");

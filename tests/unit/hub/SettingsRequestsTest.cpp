@@ -34,10 +34,45 @@ TEST_F(SettingsRequestsTest, AnswerWithTheSettings) {
     EXPECT_TRUE(log_.HasLine(
         2, "GetSettings:: enabled(false), capacityPercent(100), usageMB(7), totalDiskSpaceMB(1000)"));
 
-    UnplugTheGallery();
-    EXPECT_EQ(Ask("GetSettings", requests_, &SettingsRequests::GetSettings), "{}");
-    EXPECT_EQ(result_.code, static_cast<int32_t>(0x80070057));
-    EXPECT_EQ(result_.text, "ERROR: Unable to create folder");
+    const std::string gone = "\"path\":\"" + UnplugTheGallery() + '"';
+    EXPECT_NE(Ask("GetSettings", requests_, &SettingsRequests::GetSettings).find(gone), std::string::npos);
+    EXPECT_EQ(result_.text, "Success");
+    // Neither is there, which does not make them the same.
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"), "Success");
+    EXPECT_EQ(hub_.GetGalleryPath(), home_ / "new/");
+}
+
+TEST_F(SettingsRequestsTest, WithoutAUniqueNameTheOldTrackerStays) {
+    for (int number = 0; number < 100; ++number)
+        home_.folder().Write("data/ZORVEX/OvirastreamX/Share/UGCTracker_" + std::to_string(number) + ".json",
+                             "{}");
+    const std::string old = settings().GetUserGalleryPath();
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"),
+              "Failed to generate unique tracker name, cannot reset tracker file");
+    EXPECT_EQ(settings().GetUserGalleryPath(), old);
+    EXPECT_EQ(settings().GetTotalDiskSpaceMB(), 1000u);
+    EXPECT_FALSE(log_.Has("Stop tracker"));
+}
+
+TEST_F(SettingsRequestsTest, ChangesOfAnotherProcessAreFollowed) {
+    const std::string there = home_.folder().MakeFolder("there");
+    {
+        Settings other;
+        other.SetCapEnabled(true);
+        EXPECT_TRUE(other.SetTempFolder(there));
+        other.WriteSettings();
+    }
+    requests_.Follow();
+    EXPECT_EQ(module_.TakeSent(),
+              "TempFolderChangeNotification {\"path\":\"" + there + "\"}|" + CapState("true", "100"));
+    Settings other;
+    EXPECT_TRUE(other.SetUserGalleryPath(there));
+    other.WriteSettings();
+    const auto first = hub_.GetUGCTracker();
+    Ask("GetSettings", requests_, &SettingsRequests::GetSettings);
+    EXPECT_NE(hub_.GetUGCTracker(), first);
+    EXPECT_TRUE(Soon([&] { return log_.Has("NotifyTrackerUpdate::TrackerUpdateComplete"); }));
+    EXPECT_NE(module_.TakeSent().find("PathChangeNotification {\"path\":\"" + there), std::string::npos);
 }
 
 TEST_F(SettingsRequestsTest, AnotherGalleryIsOpenedAndLeftAgain) {

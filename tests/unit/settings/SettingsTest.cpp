@@ -5,6 +5,7 @@
 #include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/ScopedEnv.h"
 #include "tests/support/TemporaryHome.h"
 
 namespace {
@@ -89,7 +90,9 @@ TEST_F(SettingsTest, ReadsValuesAndGalleriesOfEitherLayout) {
         const Settings settings;
         EXPECT_EQ(folder_.Read(file_), Text("false", "100", gallery, temp_, "TrackerUpdateNotActive"));
         EXPECT_EQ(folder_.Has("Videos/ZORVEX/Ovirastream"), gallery == gallery_) << members;
+        EXPECT_NE(settings.GetTotalDiskSpaceMB(), 0x7FFFFFFFu) << "that of the volume of a missing folder";
     }
+    EXPECT_TRUE(log_.HasLine(1, "Gallery folder /gone is missing, using the default folder"));
 }
 
 TEST_F(SettingsTest, SetsAGalleryThatCanBeMadeAndMeasured) {
@@ -115,13 +118,64 @@ TEST_F(SettingsTest, SetsAGalleryThatCanBeMadeAndMeasured) {
     EXPECT_TRUE(folder_.Has("made/new")) << "made again";
 }
 
-TEST_F(SettingsTest, TheMarkOfARebuildIsOnDiskAtOnce) {
+TEST_F(SettingsTest, NoGalleryIsMadeWhereItsDriveWas) {
+    const ScopedEnv elsewhere("TMPDIR", "/dev/shm");
+    const TempFolder drive;
+    const std::string mountPoint = folder_ / "drive";
     Settings settings;
-    EXPECT_TRUE(settings.UpdateTrackerSettings(TrackerUpdateInProgress));
+    std::filesystem::create_symlink(drive.path(), mountPoint);
+    ASSERT_TRUE(settings.SetUserGalleryPath(mountPoint + "/gallery"));
+    std::filesystem::remove_all(drive / "gallery");
+    EXPECT_EQ(settings.GetGalleryPath(), mountPoint + "/gallery");
+    EXPECT_TRUE(drive.Has("gallery")) << "made again on its drive";
+
+    std::filesystem::remove(mountPoint);
+    folder_.MakeFolder("drive");
+    EXPECT_THROW(settings.GetGalleryPath(), KXP::Exception);
+    EXPECT_FALSE(settings.SetUserGalleryPath(mountPoint + "//gallery/")) << "nor in another spelling";
+    EXPECT_FALSE(folder_.Has("drive/gallery"));
+}
+
+TEST_F(SettingsTest, ProcessesChangeOneFileWithoutLoss) {
+    Settings mine;
+    Settings other;
+    const std::string there = folder_.MakeFolder("there");
+    other.SetCapEnabled(true);
+    other.SetMaxSizePercent(40);
+    EXPECT_TRUE(other.SetTempFolder(there));
+    EXPECT_TRUE(other.SetUserGalleryPath(there));
+    other.WriteSettings();
+    mine.SetMaxSizePercent(50);
+    mine.UpdateTrackerSettings(TrackerUpdateInProgress);
+    EXPECT_EQ(folder_.Read(file_), Text("true", "40", there, there, "TrackerUpdateInProgress"))
+        << "the mark alone";
+
+    std::string gallery;
+    EXPECT_EQ(mine.FollowFile(gallery), unsigned{kCapEnabled | kTempFolder | kUserGalleryPath});
+    EXPECT_EQ(gallery, there);
+    EXPECT_TRUE(mine.GetCapEnabled());
+    EXPECT_EQ(mine.GetTempFolder(), there);
+    EXPECT_TRUE(mine.AdoptUserGalleryPath(there));
+    EXPECT_EQ(mine.FollowFile(gallery), 0u);
+    mine.WriteSettings();
+    EXPECT_EQ(folder_.Read(file_), Text("true", "50", there, there, "TrackerUpdateInProgress"));
+
+    // A mark is written even if it says what this process has said before.
+    other.UpdateTrackerSettings(TrackerUpdateComplete);
+    mine.UpdateTrackerSettings(TrackerUpdateInProgress);
     EXPECT_EQ(Settings().GetTrackerUpdateState(), TrackerUpdateInProgress);
-    settings.SetTrackerUpdateState(static_cast<TrackerUpdateState>(9));
-    EXPECT_TRUE(settings.WriteSettings());
-    EXPECT_EQ(folder_.Read(file_), Text("false", "100", gallery_, temp_, ""));
+    EXPECT_EQ(other.FollowFile(gallery), unsigned{kMaxSizePercent | kTrackerUpdateState});
+
+    std::thread writer([&] {
+        for (int i = 0; i < 500; ++i)
+            other.UpdateTrackerSettings(i % 2 == 0 ? TrackerUpdateInProgress : TrackerUpdateComplete);
+    });
+    for (unsigned i = 0; i < 500; ++i) {
+        EXPECT_EQ(mine.FollowFile(gallery) & kMaxSizePercent, 0u) << "lost to a write between read and write";
+        mine.SetMaxSizePercent(i);
+        mine.WriteSettings();
+    }
+    writer.join();
 }
 
 TEST_F(SettingsTest, ManyThreadsAndALogCallbackThatCallsIn) {

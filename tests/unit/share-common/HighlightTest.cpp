@@ -73,14 +73,19 @@ TEST_F(HighlightsConfigTest, FindsNamesByLocaleThenLanguageThenDefault) {
 
 TEST(Highlight, GoesThroughJsonInItsOrder) {
     const std::string text =
-        R"({"id":7,"definitionId":"d","name":"n","groupId":"g","path":"/p","type":"screenshot","tags":-1,)"
-        R"("significance":2,"messageBusReferenceId":"r\u0000","videoLengthSeconds":3,"startDelta":-4,)"
+        R"({"id":7,"definitionId":"d","name":"n","groupId":"g","path":"/p","type":"screenshot",)"
+        R"("tags":4294967295,"significance":2147483648,"messageBusReferenceId":"r\u0000","videoLengthSeconds":3,"startDelta":-4,)"
         R"("endDelta":5,"eventTimeStamp":"t","app":{"appShortName":"s","profileName":"p","name":"a"}})";
     KXP::Document document;
     ASSERT_FALSE(KXP::ParseJSON(text, document).IsError());
     Highlight highlight;
     Highlight::ParseHighlightJSON(highlight, document);
     KXP::Value out;
+    Highlight::CreateHighlightJSONValue(highlight, out, document.GetAllocator());
+    EXPECT_EQ(KXP::WriteJSONToString(out), text);
+
+    document["tags"].SetInt(-1);  // as some senders write a mask
+    Highlight::ParseHighlightJSON(highlight, document);
     Highlight::CreateHighlightJSONValue(highlight, out, document.GetAllocator());
     EXPECT_EQ(KXP::WriteJSONToString(out), text);
 }

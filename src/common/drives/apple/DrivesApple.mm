@@ -81,7 +81,7 @@ int InternalDiskForPath(const std::string& path, bool& internal) {
 
 namespace Platform {
 
-bool ListMounts(std::vector<Mount>& mounts) {
+bool ListMounts(const std::vector<std::string>&, std::vector<Mount>& mounts) {
     struct statfs* entries = nullptr;
     const int count = getmntinfo(&entries, MNT_WAIT);
     if (count < 0) return false;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <optional>
+#include <set>
 
 #include <sys/mount.h>
 #include <sys/vfs.h>
@@ -22,7 +23,7 @@ std::optional<Mount> MountAt(const std::string& path) {
     std::vector<MountEntry> entries;
     const MountEntry* entry = ReadMountTable(kMountTable, entries) ? MountOfPath(entries, path) : nullptr;
     if (!entry) return std::nullopt;
-    return DescribeMount(*entry, MachineDisks());
+    return DescribeMount(*entry, MachineDisks(), false);
 }
 
 // An automounter stays in the table beneath what it has mounted; as the first entry at that place it would
@@ -34,37 +35,49 @@ bool IsCoveredAutomounter(const MountEntry& entry, const std::vector<MountEntry>
            });
 }
 
+// Whether volumes of this type hold files without a block device of their own: pools of disks, shares of a
+// virtual machine's host, file systems in user space. Some of those are listed among the pseudo file systems.
+bool IsDiskless(const std::string& type) {
+    return type == "zfs" || type == "virtiofs" || type == "fuse" || type == "fuseblk" ||
+           type.compare(0, 5, "fuse.") == 0;
+}
+
 }  // namespace
 
-Mount DescribeMount(const MountEntry& entry, const BlockDisks& disks) {
+Mount DescribeMount(const MountEntry& entry, const BlockDisks& disks, bool isUsed) {
     // A pseudo file system or a server has no disk of this machine.
     const std::optional<VolumeDisk> disk =
         entry.pseudo || entry.network ? std::nullopt : disks.Find(entry.device, entry.source);
+    const bool isFixed = isUsed && !disk && IsDiskless(entry.type);
     Mount mount;
     mount.type = entry.type;
     mount.path = entry.target;
     mount.flags = entry.flags;
     mount.readOnly = (entry.flags & MS_RDONLY) != 0;
-    mount.hidden = entry.hidden || entry.pseudo || (disk && disk->ignored);
+    mount.hidden = entry.hidden || (entry.pseudo && !isFixed) || (disk && disk->ignored);
     mount.local = mount.localFlag = !entry.network;
     mount.removable = disk && disk->removable;
-    mount.internalDisk = [disk](bool& internal) -> int {
-        if (!disk) return Code::kFailure;
-        internal = !disk->outside;
+    mount.internalDisk = [disk, isFixed](bool& internal) -> int {
+        if (!disk && !isFixed) return Code::kFailure;
+        internal = isFixed || !disk->outside;
         return Code::kOk;
     };
     return mount;
 }
 
-bool ListMounts(const std::string& table, const BlockDisks& disks, std::vector<Mount>& mounts) {
+bool ListMounts(const std::string& table, const std::vector<std::string>& folders, const BlockDisks& disks,
+                std::vector<Mount>& mounts) {
     std::vector<MountEntry> entries;
     if (!ReadMountTable(table, entries)) return false;
+    std::set<const MountEntry*> used;
+    for (const std::string& folder : folders)
+        used.insert(MountOfPath(entries, folder));
     int illegible = 0;
     for (const MountEntry& entry : entries) {
         if (!IsValidUtf8(entry.target)) {
             ++illegible;
         } else if (!IsCoveredAutomounter(entry, entries)) {
-            mounts.push_back(DescribeMount(entry, disks));
+            mounts.push_back(DescribeMount(entry, disks, used.count(&entry) > 0));
         }
     }
     if (illegible > 0) KXP_LOG(LogFailure, "Passed over %d mount points that are not UTF-8", illegible);
@@ -88,8 +101,8 @@ int InternalDiskForPath(const std::string& path, bool& internal) {
 
 namespace Platform {
 
-bool ListMounts(std::vector<Mount>& mounts) {
-    return KXP::ListMounts(kMountTable, MachineDisks(), mounts);
+bool ListMounts(const std::vector<std::string>& folders, std::vector<Mount>& mounts) {
+    return KXP::ListMounts(kMountTable, folders, MachineDisks(), mounts);
 }
 
 bool CountBlocks(const std::string& path, VolumeBlocks& blocks) {

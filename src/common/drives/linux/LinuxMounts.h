@@ -10,11 +10,12 @@
 
 namespace KXP {
 
-// The mount by its entry and its disk.
-Mount DescribeMount(const MountEntry& entry, const BlockDisks& disks);
+// The mount by its entry and its disk. `isUsed` says that it holds a folder of the user's.
+Mount DescribeMount(const MountEntry& entry, const BlockDisks& disks, bool isUsed);
 
 // All of them. Those whose mount points are not UTF-8 are passed over, which is logged once; so are
 // automounters that have mounted their volume. False when the table cannot be read.
-bool ListMounts(const std::string& table, const BlockDisks& disks, std::vector<Mount>& mounts);
+bool ListMounts(const std::string& table, const std::vector<std::string>& folders, const BlockDisks& disks,
+                std::vector<Mount>& mounts);
 
 }  // namespace KXP

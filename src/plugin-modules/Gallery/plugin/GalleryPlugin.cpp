@@ -1,7 +1,9 @@
 #include "plugin-modules/Gallery/plugin/GalleryPlugin.h"
 
 #include "CobalixUtil.h"
+#include "common/product/Profile.h"
 #include "common/results/Exception.h"
+#include "common/text/TextUtil.h"
 #include "plugin-modules/Gallery/plugin/ApiCatalogue.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
@@ -17,12 +19,28 @@ void IContainerConnector::DestroyPluginInstance(IContainerConnector* instance) {
 
 }  // namespace KXP
 
+namespace {
+
+// Messages and the product's files are UTF-8: in them, the path of a home that is not would name another
+// folder.
+void CheckUserFolders() {
+    for (const auto folder : {KXP::SD_HOME, KXP::SD_APP_SUPPORT, KXP::SD_MOVIES}) {
+        const std::string path = KXP::GetSpecialDirectory(folder);
+        if (KXP::IsValidUtf8(path)) continue;
+        const std::string text = "The name of a folder of the user's is not UTF-8: " + KXP::ToValidUtf8(path);
+        throw KXP::Exception(KXP::Code::kInvalidArgument, text.c_str(), 0);
+    }
+}
+
+}  // namespace
+
 GalleryPlugin::GalleryPlugin() : PluginModuleBase("CobalixNative", "Gallery", ApiCatalogueText()) {}
 
 GalleryPlugin::~GalleryPlugin() = default;
 
 bool GalleryPlugin::Initialize() {
     KXP_LOG(KXP::LogMilestone, "Initialized %s", "Gallery");
+    CheckUserFolders();
     try {
         api_ = std::make_shared<ZvGalleryAPI>(*this, task_queue());
     } catch (...) {
@@ -32,6 +50,7 @@ bool GalleryPlugin::Initialize() {
     }
     requests_.emplace(*api_);
     RegisterEndpoints();
+    requests_->settings.FollowRegularly();
     return true;
 }
 
@@ -62,6 +81,6 @@ void GalleryPlugin::Uninitialize() {
 }
 
 void GalleryPlugin::ReportError(const KXP::RetVal& value, const std::string& message) {
-    const std::string text = "Text: " + value.text + " Message: " + message;
+    const std::string text = std::string("Text: ") + KXP::CodeText(value.code) + " Message: " + message;
     KXP_LOG(KXP::LogFailure, "Gallery API failed %s with %s", text.c_str(), KXP::ToStr(value).c_str());
 }

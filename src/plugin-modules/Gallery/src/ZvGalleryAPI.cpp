@@ -1,5 +1,7 @@
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
+#include <stdexcept>
+
 #include "CobalixUtil.h"
 #include "base/PartFiles.h"
 #include "common/drives/Drives.h"
@@ -64,6 +66,8 @@ void ZvGalleryAPI::PutTracker(std::shared_ptr<UGCTracker> tracker) {
 }
 
 void ZvGalleryAPI::ReInitializeTracker(bool useUniqueFile) {
+    if (useUniqueFile && !HasUniqueTrackerFileName(KXP::CreateDirectoryPath(GetShareFolderPath())))
+        throw std::runtime_error("Failed to generate unique tracker name, cannot reset tracker file");
     // The old tracker is stopped before the new one begins, whoever still holds it: two at work would spoil
     // each other's files, and the old one's last entry would report the new one's scan as complete. It can
     // still be asked meanwhile.
@@ -80,6 +84,15 @@ std::string ZvGalleryAPI::GetGalleryPath() {
     std::string path = settings_.GetGalleryPath();
     if (path.empty() || path.back() != '/') path += '/';
     return path;
+}
+
+std::string ZvGalleryAPI::GalleryPathForPages() {
+    try {
+        return settings_.GetGalleryPath();
+    } catch (const std::exception& error) {
+        KXP_LOG(KXP::LogFailure, "Gallery folder is gone: %s", KXP::ExceptionText(error).c_str());
+        return settings_.GetUserGalleryPath();
+    }
 }
 
 bool ZvGalleryAPI::GetThumbnail(const std::string& file, uint32_t width, uint32_t height,

@@ -39,6 +39,8 @@ class ZvGalleryAPI : public ITrackerHost {
     Announcements& GetAnnouncements() override { return announcements_; }
     PendingHighlights& GetPendingHighlights() override { return pendingHighlights_; }
     std::string GetGalleryPath() override;
+    // The gallery's folder for pages, who need it even while its drive is gone. Without a "/" at its end.
+    std::string GalleryPathForPages();
     // Never null; usable for as long as the caller holds it.
     std::shared_ptr<Transcoder> GetTranscoder() const { return transcoder_; }
     montage::RecipeSync& Recipes() { return recipes_; }
@@ -47,7 +49,8 @@ class ZvGalleryAPI : public ITrackerHost {
     // it, even after another one has replaced it.
     std::shared_ptr<UGCTracker> GetUGCTracker() const EXCLUDES(trackerMutex_);
     // Replaces the tracker, which is stopped first, by one for the current gallery; for `useUniqueFile` see
-    // UGCTracker's constructor, which may throw. Worker.
+    // UGCTracker's constructor, which may throw. When no unique name is left, the old tracker stays in force.
+    // Worker.
     void ReInitializeTracker(bool useUniqueFile) EXCLUDES(trackerMutex_);
     // Stops the tracker for good and leaves none. Not beside ReInitializeTracker.
     void EndTracker() EXCLUDES(trackerMutex_);

@@ -4,7 +4,6 @@
 
 #include "CobalixUtil.h"
 #include "common/json/JsonHelpers.h"
-#include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 #include "plugin-modules/Gallery/src/notifications/NotificationPayloads.h"
 
@@ -73,16 +72,7 @@ void ZvGalleryAPI::NotifyUGCDeleted(const TrackedUGC& ugc) {
 }
 
 void ZvGalleryAPI::NotifyTrackerUpdate(TrackerUpdateState state) {
-    if (state == TrackerUpdateComplete) {
-        // The pages need the path even if the drive was unplugged while the tracker was at work.
-        std::string path = settings_.GetUserGalleryPath();
-        try {
-            path = settings_.GetGalleryPath();
-        } catch (const std::exception& error) {
-            KXP_LOG(KXP::LogFailure, "Gallery folder is gone: %s", KXP::ExceptionText(error).c_str());
-        }
-        NotifyGalleryPathChange(path);
-    }
+    if (state == TrackerUpdateComplete) NotifyGalleryPathChange(GalleryPathForPages());
     KXP_LOG(KXP::LogMilestone, "NotifyTrackerUpdate::%s", TrackerUpdateStateName(state).c_str());
     Notify(kGalleryNotifications, WriteTrackerUpdate, state);
 }

@@ -2,15 +2,17 @@
 
 #include <utility>
 
+#include "base/Path.h"
 #include "common/drives/Drives.h"
 #include "common/files/DirUtil.h"
 #include "common/json/JsonHelpers.h"
+#include "common/product/Profile.h"
 
 KXP::RetVal IsDirectoryWritable::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
         const std::string directory = KXP::jsonGetValueOrDefault<std::string>(params, "directory", "");
         if (directory.empty()) return {KXP::Code::kInvalidArgument, "Directory value is empty", 0};
-        writable_ = KXP::DirectoryWritable(directory);
+        writable_ = KXP::IsUsablePath(directory) && KXP::DirectoryWritable(directory);
         return {};
     });
 }
@@ -21,7 +23,8 @@ void IsDirectoryWritable::FinishAsync(KXP::Value& response, KXP::Allocator& allo
 }
 
 KXP::RetVal EnumerateDrives::ExecuteAsync(const KXP::Value&) {
-    const int code = KXP::EnumDrives(drives_);
+    const std::string gallery = api().GetGallerySettings()->GetUserGalleryPath();
+    const int code = KXP::EnumDrives({KXP::GetSpecialDirectory(KXP::SD_HOME), gallery}, drives_);
     if (code != KXP::Code::kOk) return {code, "Failed to enumerate drives", 0};
     return {};
 }
@@ -42,7 +45,7 @@ KXP::RetVal GetDriveInfo::ExecuteAsync(const KXP::Value& params) {
         std::string drive = KXP::jsonGetValue<std::string>(params, "drive");
         // A single character is taken as a drive letter, so the root can only be asked for as "//".
         if (drive.size() == 1) drive += ':';
-        if (!KXP::GetDriveSpace(drive, freeMB_, totalMB_))
+        if (!KXP::IsUsablePath(drive) || !KXP::GetDriveSpace(drive, freeMB_, totalMB_))
             return {KXP::Code::kFailure, "Failed to get drive information", 0};
         return {};
     });

@@ -119,9 +119,9 @@ void FolderListing::Write(KXP::Value& response, KXP::Allocator& allocator) const
         const auto& [time, name, type, subtype, source, thumbnail] = *item;
         KXP::Value file(rapidjson::kObjectType);
         file.AddMember("name", Text(name, allocator), allocator);
-        file.AddMember("type", Text(type, allocator), allocator);
+        file.AddMember("type", Text(TypeForPages(type), allocator), allocator);
         file.AddMember("subtype", Text(SubtypeForPages(subtype), allocator), allocator);
-        file.AddMember("source", Text(source, allocator), allocator);
+        file.AddMember("source", Text(SourceForPages(source), allocator), allocator);
         if (!thumbnail.empty()) file.AddMember("thumbnail", Text(thumbnail, allocator), allocator);
         files.PushBack(file, allocator);
     }

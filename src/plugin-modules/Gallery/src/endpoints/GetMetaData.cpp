@@ -1,10 +1,12 @@
 #include "plugin-modules/Gallery/src/endpoints/GetMetaData.h"
 
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "CobalixUtil.h"
 #include "common/json/JsonHelpers.h"
+#include "libraries/share-common/PageWords.h"
 #include "plugin-modules/Gallery/src/endpoints/PictureSize.h"
 
 namespace {
@@ -52,22 +54,25 @@ KXP::RetVal GetMetaData::ExecuteAsync(const KXP::Value& params) {
 
 void GetMetaData::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
     if (!ugc_) return;
-    // The members of the record's own form, in the order and under the names of this request.
+    // The members of the record's own form, in the order of this request.
     KXP::Value whole;
     TrackedUGC::CreateUGCJSONValue(*ugc_, whole, allocator);
-    const auto take = [&](const char* key, const char* as) {
+    const auto take = [&](const char* key) {
         const auto member = whole.FindMember(key);
         if (member == whole.MemberEnd()) return;
-        response.AddMember(KXP::Value(rapidjson::StringRef(as)), member->value, allocator);
+        response.AddMember(KXP::Value(rapidjson::StringRef(key)), member->value, allocator);
     };
     for (const char* key : {"fileType", "fileSubType", "fileSource", "DRSName", "DRSProfileName", "cmsId",
                             "date", "fileSizeKB", "eventTimeStamp"})
-        take(key, key);
+        take(key);
     if (ugc_->fileType == "video") {
-        take("duration", "duration");
-        take("msDuration", "msDuration");
-        take("audioType", "audiotype");
+        take("duration");
+        take("msDuration");
+        const std::string_view audio = AudioTypeForPages(ugc_->audioType);
+        response.AddMember(
+            "audiotype", KXP::Value(audio.data(), static_cast<rapidjson::SizeType>(audio.size()), allocator),
+            allocator);
     }
-    take("memeInfo", "memeInfo");
+    take("memeInfo");
     if (!thumbnail_.empty()) response.AddMember("thumbnail", KXP::Value(thumbnail_, allocator), allocator);
 }

@@ -11,8 +11,8 @@ namespace {
 struct GroupQuery {
     std::string game;
     std::string group;
-    int tags = 0;  // masks
-    int significance = 0;
+    uint32_t tags = 0;  // masks
+    uint32_t significance = 0;
 };
 
 std::string GameOf(const KXP::Value& payload) {
@@ -24,14 +24,15 @@ std::string GameOf(const KXP::Value& payload) {
 GroupQuery ParseGroup(std::string game, const KXP::Value& group) {
     if (!group.IsObject()) throw KXP::JSONFieldError("A group is no object");
     return {std::move(game), KXP::jsonGetValueOrDefault<std::string>(group, "groupId", ""),
-            KXP::jsonGetValueOrDefault<int>(group, "tags", 0),
-            KXP::jsonGetValueOrDefault<int>(group, "significance", 0)};
+            KXP::jsonGetMaskOrZero(group, "tags"), KXP::jsonGetMaskOrZero(group, "significance")};
 }
 
 // Empty when there is no such group.
 std::vector<TrackedUGC> HighlightsOf(const UGCTracker& tracker, const GroupQuery& query) {
     std::vector<TrackedUGC> found;
-    if (tracker.GetFilteredHighlights(found, query.game, query.group, query.tags, query.significance)
+    if (tracker
+            .GetFilteredHighlights(found, query.game, query.group, static_cast<int>(query.tags),
+                                   static_cast<int>(query.significance))
             .Failed())
         found.clear();
     return found;

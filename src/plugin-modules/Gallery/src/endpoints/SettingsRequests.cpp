@@ -1,5 +1,6 @@
 #include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 
+#include <chrono>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -17,9 +18,50 @@ struct SettingsRequests::Progress {
     bool capacitySkip = false;  // the cap was neither switched on nor off
 };
 
+namespace {
+
+// Longer than the time after which a queue that was asked to end counts as stalled: it refuses such an entry,
+// which would otherwise always be one more to wait for.
+constexpr std::chrono::milliseconds kFollowPeriod{1500};
+static_assert(kFollowPeriod.count() > KXP::TaskQueue::kStallTimeoutMs);
+
+// Two folders that do not exist have no place by which they could be the same.
+bool IsSameFolder(const std::string& a, const std::string& b) {
+    return a == b || (KXP::DirectoryExists(a) && KXP::DirectoryExists(b) && KXP::SamePath(a, b));
+}
+
+}  // namespace
+
+void SettingsRequests::FollowRegularly() {
+    KXP::TaskQueue& queue = api_.Plugin().task_queue();
+    queue.EnqueueNotification(queue.Now() + kFollowPeriod, [this] {
+        FollowRegularly();
+        Follow();
+    });
+}
+
+void SettingsRequests::Follow() {
+    api_.AssertOnWorker();
+    std::string gallery;
+    const SettingsSet news = settings_.FollowFile(gallery);
+    if ((news & kUserGalleryPath) != 0) FollowGallery(gallery);
+    if ((news & kTempFolder) != 0) api_.NotifyGalleryTempFolderChange(settings_.GetTempFolder());
+    if ((news & (kCapEnabled | kMaxSizePercent)) != 0) api_.NotifyGalleryCapStateChange();
+}
+
+void SettingsRequests::FollowGallery(const std::string& path) {
+    const KXP::RetVal result = KXP::RunRequest([&]() -> KXP::RetVal {
+        if (IsSameFolder(path, settings_.GetUserGalleryPath())) return {};
+        return ChangeGalleryPath(path, &Settings::AdoptUserGalleryPath);
+    });
+    if (result.Failed())
+        KXP_LOG(KXP::LogFailure, "The gallery that another process has chosen cannot be used: %s",
+                KXP::ToStr(result).c_str());
+}
+
 KXP::RetVal SettingsRequests::GetSettings(std::unique_ptr<KXP::JSONMessage>, KXP::Value& response,
                                           KXP::Allocator& allocator) {
-    api_.AssertOnWorker();
+    Follow();
     return KXP::RunRequest([&]() -> KXP::RetVal {
         WriteSettingsAnswer(response, allocator);
         return {};
@@ -38,7 +80,7 @@ void SettingsRequests::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator&
         return KXP::Value(KXP::ToValidUtf8(value), allocator);
     };
     KXP::Value settings(rapidjson::kObjectType);
-    settings.AddMember("path", text(settings_.GetGalleryPath()), allocator);
+    settings.AddMember("path", text(api_.GalleryPathForPages()), allocator);
     settings.AddMember("userGalleryPath", text(settings_.GetUserGalleryPath()), allocator);
     settings.AddMember("tempFolderPath", text(settings_.GetTempFolder()), allocator);
     settings.AddMember("trackerStatus", text(TrackerUpdateStateName(settings_.GetTrackerUpdateState())),
@@ -54,7 +96,7 @@ void SettingsRequests::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator&
 
 KXP::RetVal SettingsRequests::SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
                                           KXP::Allocator&) {
-    api_.AssertOnWorker();
+    Follow();
     const KXP::Value& payload = std::as_const(*message).payload();
     return KXP::RunRequest([&] { return ApplySettings(KXP::JSONGetObjectOrEmpty(payload, "settings")); });
 }
@@ -77,25 +119,34 @@ KXP::RetVal SettingsRequests::ApplySettings(const KXP::Value& wanted) {
 
 KXP::RetVal SettingsRequests::ApplyGalleryPath(const std::string& path, Progress& progress) {
     if (path.empty()) return {};
-    if (!KXP::SamePath(path, settings_.GetUserGalleryPath())) return ChangeGalleryPath(path, progress);
-    KXP_LOG(KXP::LogMilestone, "Skipping path change as paths are the same");
+    if (IsSameFolder(path, settings_.GetUserGalleryPath())) {
+        KXP_LOG(KXP::LogMilestone, "Skipping path change as paths are the same");
+    } else {
+        KXP::RetVal result = ChangeGalleryPath(path, &Settings::SetUserGalleryPath);
+        if (result.Failed()) return result;
+        progress.changed = true;
+    }
     progress.parameterSeen = true;
     return {};
 }
 
-KXP::RetVal SettingsRequests::ChangeGalleryPath(const std::string& path, Progress& progress) {
-    const std::string previous = settings_.GetUserGalleryPath();
-    if (!settings_.SetUserGalleryPath(path)) return {kInvalidArgument, "Invalid path defined", 0};
-    oldGalleryPath_ = previous;
-    api_.ReInitializeTracker(true);
-    progress.parameterSeen = true;
-    progress.changed = true;
+KXP::RetVal SettingsRequests::ChangeGalleryPath(const std::string& path,
+                                                bool (Settings::*set)(const std::string&)) {
+    const Settings::Gallery previous = settings_.GetGallery();
+    if (!(settings_.*set)(path)) return {kInvalidArgument, "Invalid path defined", 0};
+    try {
+        api_.ReInitializeTracker(true);
+    } catch (...) {
+        settings_.RestoreGallery(previous);
+        throw;
+    }
+    oldGalleryPath_ = previous.path;
     return {};
 }
 
 KXP::RetVal SettingsRequests::CancelPathUpdate(std::unique_ptr<KXP::JSONMessage>, KXP::Value&,
                                                KXP::Allocator&) {
-    api_.AssertOnWorker();
+    Follow();
     KXP_LOG(KXP::LogMilestone, "CancelPathUpdate: restore to old Gallery path");
     return KXP::RunRequest([&] { return RestoreGalleryPath(); });
 }
@@ -113,7 +164,7 @@ KXP::RetVal SettingsRequests::RestoreGalleryPath() {
 
 KXP::RetVal SettingsRequests::ApplyTempFolder(const std::string& path, Progress& progress) {
     if (path.empty()) return {};
-    if (KXP::SamePath(path, settings_.GetTempFolder())) {
+    if (IsSameFolder(path, settings_.GetTempFolder())) {
         KXP_LOG(KXP::LogMilestone, "Skipping temp path change as paths are the same");
     } else {
         if (!settings_.SetTempFolder(path)) return {kInvalidArgument, "Invalid path defined", 0};

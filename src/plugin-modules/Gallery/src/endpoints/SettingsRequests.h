@@ -6,13 +6,20 @@
 
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
-// Worker. Exceptions, such as JSONFieldError for a number out of range or Exception for a gallery whose drive
-// is gone, become the answer.
+// Worker. Exceptions, such as JSONFieldError for a number out of range or std::runtime_error for a gallery
+// that gets no tracker, become the answer.
 class SettingsRequests {
   public:
     // `api` outlives this object.
     explicit SettingsRequests(ZvGalleryAPI& api) : api_(api), settings_(*api.GetGallerySettings()) {}
 
+    // Takes over what other processes have written into the settings file, with the notifications that a
+    // request for the same would send. All requests but CheckDiskSpace begin with it; FollowRegularly does
+    // it every 1.5 seconds from now on.
+    void Follow();
+    void FollowRegularly();
+
+    // The path is the stored one while the gallery's drive is gone.
     KXP::RetVal GetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
                             KXP::Allocator& allocator);
     // Applies the gallery folder, the folder for temporary files and the capacity, in this order. What one
@@ -31,7 +38,9 @@ class SettingsRequests {
     void WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator);
     KXP::RetVal ApplySettings(const KXP::Value& wanted);
     KXP::RetVal ApplyGalleryPath(const std::string& path, Progress& progress);
-    KXP::RetVal ChangeGalleryPath(const std::string& path, Progress& progress);
+    void FollowGallery(const std::string& path);
+    // `set` puts the path into the settings. When the new gallery gets no tracker, the settings stay.
+    KXP::RetVal ChangeGalleryPath(const std::string& path, bool (Settings::*set)(const std::string&));
     KXP::RetVal ApplyTempFolder(const std::string& path, Progress& progress);
     void ApplyCapacity(const KXP::Value& capacity, Progress& progress);
     void ApplyCapEnabled(const KXP::Value& capacity, Progress& progress);

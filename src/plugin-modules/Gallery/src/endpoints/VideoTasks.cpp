@@ -26,9 +26,9 @@ void ReadCapture(const KXP::Value& params, CaptureRequestInfo& info) {
                            : CaptureRequestInfo::kOrdinary;
     ReadText(params, "highlightDefinitionId", info.highlightId);
     ReadText(params, "highlightGroupId", info.highlightGroupId);
-    info.tags = static_cast<uint32_t>(KXP::jsonGetValueOrDefault<int>(params, "highlightTags", 0));
+    info.tags = KXP::jsonGetMaskOrZero(params, "highlightTags");
     // Overwrites the tags on purpose: the blocks that exist were engraved like this.
-    info.tags = static_cast<uint32_t>(KXP::jsonGetValueOrDefault<int>(params, "highlightSignificance", 0));
+    info.tags = KXP::jsonGetMaskOrZero(params, "highlightSignificance");
     ReadText(params, "mediaType", info.mediaType);
 }
 

@@ -1,7 +1,12 @@
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <filesystem>
 
+#include <sys/stat.h>
+
+#include "base/Path.h"
 #include "common/drives/Drives.h"
 #include "common/files/DirUtil.h"
 #include "common/product/Profile.h"
@@ -11,7 +16,6 @@
 
 namespace {
 
-using KXP::HeldLog;
 using KXP::LogFailure;
 using KXP::LogMilestone;
 using KXP::MutexLock;
@@ -36,23 +40,35 @@ std::string GalleryOfOldLayout(const std::string& path) {
 
 // Falls back to the default gallery, for instance when the drive is unplugged.
 std::string GalleryThatExists(const std::string& path) {
-    return IsFolder(path) ? path : KXP::CreateDirectoryPath(Settings::GetDefaultGalleryFolder());
+    if (IsFolder(path)) return path;
+    if (path != Settings::GetDefaultGalleryFolderPath())
+        KXP_LOG(LogFailure, "Gallery folder %s is missing, using the default folder", path.c_str());
+    return KXP::CreateDirectoryPath(Settings::GetDefaultGalleryFolder());
+}
+
+// One text for all spellings of a path.
+std::string PlainPath(const std::string& path) {
+    return KXP::WithoutSlash(std::filesystem::path(path).lexically_normal().string());
+}
+
+std::optional<uint64_t> DeviceOf(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    return status.st_dev;
+}
+
+// The path, or the nearest folder above it that exists: the volume on which it would be created.
+std::string NearestExisting(std::string path) {
+    while (path.size() > 1 && !DeviceOf(path))
+        path = KXP::ParentOf(KXP::WithoutSlash(path));
+    return path;
 }
 
 uint32_t VolumeSizeMB(const std::string& path) {
     uint32_t freeMB = 0;
     uint32_t totalMB = 0;
-    KXP::GetDriveSpace(path, freeMB, totalMB);
+    KXP::GetDriveSpace(NearestExisting(path), freeMB, totalMB);
     return totalMB;
-}
-
-std::string LogText(const char* function, const StoredSettings& settings, uint32_t totalDiskSpaceMB) {
-    char text[256];
-    std::snprintf(
-        text, sizeof text, "%senabled(%s), capacityPercent(%d), totalDiskSpaceMB(%d), trackerUpdateState(%s)",
-        function, settings.capEnabled ? "true" : "false", static_cast<int>(settings.maxSizePercent),
-        static_cast<int>(totalDiskSpaceMB), TrackerUpdateStateName(settings.trackerUpdateState).c_str());
-    return text;
 }
 
 }  // namespace
@@ -67,32 +83,17 @@ Settings::Settings() : JSONFile(GetShareFolderPath(), "", kSettingsFileName) {
 }
 
 bool Settings::ReadSettings() {
-    KXP::Document document;
-    if (!ReadFile(document)) return false;
-    StoredSettings stored;
-    stored.userGalleryPath = GetDefaultGalleryFolderPath();
+    StoredSettings file;
+    file.userGalleryPath = GetDefaultGalleryFolderPath();
     bool oldLayout = false;
-    if (!ReadStoredSettings(document, stored, oldLayout)) {
-        KXP_LOG(LogFailure, "Settings file invalid");
-        return false;
-    }
-    stored.userGalleryPath =
-        oldLayout ? GalleryOfOldLayout(stored.userGalleryPath) : GalleryThatExists(stored.userGalleryPath);
-    if (!IsFolder(stored.tempFolder)) stored.tempFolder = GetDefaultTempFolder();
-    const uint32_t totalDiskSpaceMB = VolumeSizeMB(stored.userGalleryPath);
-    Store(stored, totalDiskSpaceMB);
-    KXP_LOG(LogMilestone, "%s", LogText("Settings::ReadSettings:: ", stored, totalDiskSpaceMB).c_str());
+    if (!LoadFile(file, oldLayout)) return false;
+    StoredSettings usable = file;
+    usable.userGalleryPath =
+        oldLayout ? GalleryOfOldLayout(file.userGalleryPath) : GalleryThatExists(file.userGalleryPath);
+    if (!IsFolder(file.tempFolder)) usable.tempFolder = GetDefaultTempFolder();
+    Store(usable, Differences(file, usable));
+    KXP_LOG(LogMilestone, "%s", LogText("Settings::ReadSettings:: ", usable, totalDiskSpaceMB_).c_str());
     return true;
-}
-
-bool Settings::ReadFile(KXP::Document& document) {
-    HeldLog log;
-    MutexLock lock(fileMutex_);
-    const KXP::RetVal read = ReadAndParseJSON(document, log);
-    if (!read.Failed()) return true;
-    log.Add(LogFailure, read.code == KXP::Code::kNotFound ? "Settings file not found"
-                                                          : "Failure opening existing settings file");
-    return false;
 }
 
 void Settings::SetDefaults() {
@@ -100,74 +101,108 @@ void Settings::SetDefaults() {
     defaults.userGalleryPath = GetDefaultGalleryFolderPath();
     if (!KXP::DirectoryExists(defaults.userGalleryPath)) KXP::CreateDirectoryPath(GetDefaultGalleryFolder());
     defaults.tempFolder = GetDefaultTempFolder();
-    Store(defaults, VolumeSizeMB(defaults.userGalleryPath));
+    // Not as set here: another process may have written the file by now, and then its values count.
+    Store(defaults, 0);
     currentSizeMB_ = 0;
 }
 
+void Settings::Store(const StoredSettings& stored, SettingsSet unsaved) {
+    totalDiskSpaceMB_ = VolumeSizeMB(stored.userGalleryPath);
+    RememberDevice(stored.userGalleryPath);
+    MutexLock lock(mutex_);
+    stored_ = stored;
+    unsaved_ = unsaved;
+}
+
 bool Settings::WriteSettings() {
-    HeldLog log;
-    MutexLock lock(fileMutex_);
-    const StoredSettings stored = Stored();
-    log.Add(LogMilestone, LogText("Settings::WriteSettings::", stored, totalDiskSpaceMB_));
-    KXP::Document document;
-    WriteStoredSettings(stored, document);
-    // On failure, which is logged, the caller continues with the values in memory.
-    (void)WriteJSON(document, log);
+    Write(~SettingsSet{0});
     return true;
 }
 
-void Settings::Store(const StoredSettings& stored, uint32_t totalDiskSpaceMB) {
-    MutexLock fileLock(fileMutex_);  // so that no write sees half of the values
-    capEnabled_ = stored.capEnabled;
-    maxSizePercent_ = stored.maxSizePercent;
-    trackerUpdateState_ = stored.trackerUpdateState;
-    totalDiskSpaceMB_ = totalDiskSpaceMB;
-    MutexLock pathLock(pathMutex_);
-    userGalleryPath_ = stored.userGalleryPath;
-    tempFolder_ = stored.tempFolder;
+bool Settings::UpdateTrackerSettings(TrackerUpdateState state) {
+    SetTrackerUpdateState(state);
+    Write(kTrackerUpdateState);
+    return true;
 }
 
-StoredSettings Settings::Stored() const {
-    MutexLock lock(pathMutex_);
-    return {capEnabled_, maxSizePercent_, userGalleryPath_, tempFolder_, trackerUpdateState_};
+SettingsSet Settings::FollowFile(std::string& galleryPath) {
+    StoredSettings file;
+    SettingsSet news = ReadNews(file);
+    if ((news & kTempFolder) != 0 && !IsFolder(file.tempFolder)) news &= ~SettingsSet{kTempFolder};
+    galleryPath = file.userGalleryPath;
+    MutexLock lock(mutex_);
+    news &= ~unsaved_;  // without what another thread has set in the meantime
+    CopySettings(file, news & ~SettingsSet{kUserGalleryPath}, stored_);
+    return news;
 }
 
-std::string Settings::GetUserGalleryPath() const {
-    MutexLock lock(pathMutex_);
-    return userGalleryPath_;
+std::string Settings::GetGalleryPath() {
+    const std::string gallery = GetUserGalleryPath();
+    const bool isNew = !DeviceOf(gallery);
+    std::string path = MakeGallery(gallery);
+    if (isNew) RememberDevice(gallery);
+    return path;
 }
 
-std::string Settings::GetGalleryPath() const {
-    return KXP::CreateDirectoryPath({GetUserGalleryPath()});
+// Throws when the folder is missing and the drive that it was on is gone.
+std::string Settings::MakeGallery(const std::string& path) {
+    if (const auto nearest = DeviceOf(NearestExisting(path)); nearest && !DeviceOf(path)) {
+        MutexLock lock(mutex_);
+        const auto known = devices_.find(PlainPath(path));
+        if (known != devices_.end() && known->second != *nearest)
+            throw KXP::Exception(KXP::Code::kFailure, "ERROR: Unable to create folder", ENODEV);
+    }
+    return KXP::CreateDirectoryPath({path});
+}
+
+void Settings::RememberDevice(const std::string& path) {
+    const auto device = DeviceOf(path);
+    MutexLock lock(mutex_);
+    if (device) devices_[PlainPath(path)] = *device;
 }
 
 bool Settings::SetUserGalleryPath(const std::string& path) {
+    return ChangeGallery(path, true);
+}
+
+bool Settings::AdoptUserGalleryPath(const std::string& path) {
+    return ChangeGallery(path, false);
+}
+
+bool Settings::ChangeGallery(const std::string& path, bool unsaved) {
     if (!IsFolder(path)) {
         KXP_LOG(LogFailure, "Gallery directory does not exist, create one");
         try {
-            if (IsWholePath(path)) KXP::CreateDirectoryPath({path});
+            if (IsWholePath(path)) MakeGallery(path);
         } catch (const KXP::Exception& error) {
             // The measurement below fails as well.
             KXP_LOG(LogFailure, "%s", error.what());
         }
     }
+    Gallery gallery{path, unsaved, 0};
     uint32_t freeMB = 0;
-    uint32_t totalMB = 0;
     // A file also lies on a volume that can be measured, so the empty path stands for whatever is no folder.
-    const bool measured = KXP::GetDriveSpace(IsFolder(path) ? path : "", freeMB, totalMB);
-    totalDiskSpaceMB_ = totalMB;
-    if (!measured) {
+    if (!KXP::GetDriveSpace(IsFolder(path) ? path : "", freeMB, gallery.totalDiskSpaceMB)) {
+        totalDiskSpaceMB_ = gallery.totalDiskSpaceMB;
         KXP_LOG(LogFailure, "Failed to get drive space to adjust cap");
         return false;
     }
-    MutexLock lock(pathMutex_);
-    userGalleryPath_ = path;
+    RememberDevice(path);
+    RestoreGallery(gallery);
     return true;
 }
 
-std::string Settings::GetTempFolder() const {
-    MutexLock lock(pathMutex_);
-    return tempFolder_;
+Settings::Gallery Settings::GetGallery() const {
+    MutexLock lock(mutex_);
+    return {stored_.userGalleryPath, (unsaved_ & kUserGalleryPath) != 0, totalDiskSpaceMB_};
+}
+
+void Settings::RestoreGallery(const Gallery& gallery) {
+    totalDiskSpaceMB_ = gallery.totalDiskSpaceMB;
+    MutexLock lock(mutex_);
+    stored_.userGalleryPath = gallery.path;
+    unsaved_ &= ~SettingsSet{kUserGalleryPath};
+    if (gallery.unsaved) unsaved_ |= kUserGalleryPath;
 }
 
 bool Settings::SetTempFolder(const std::string& path) {
@@ -175,14 +210,8 @@ bool Settings::SetTempFolder(const std::string& path) {
         KXP_LOG(LogFailure, "Can not set temp directory to non-existant path");
         return false;
     }
-    MutexLock lock(pathMutex_);
-    tempFolder_ = path;
+    Set(kTempFolder, &StoredSettings::tempFolder, path);
     return true;
-}
-
-bool Settings::UpdateTrackerSettings(TrackerUpdateState state) {
-    SetTrackerUpdateState(state);
-    return WriteSettings();
 }
 
 std::string Settings::GetDefaultGalleryFolderPath() {
@@ -195,4 +224,14 @@ std::vector<std::string> Settings::GetDefaultGalleryFolder() {
 
 std::string Settings::GetDefaultTempFolder() {
     return KXP::GetSpecialDirectory(KXP::SD_TEMP);
+}
+
+std::string Settings::LogText(const char* function, const StoredSettings& settings,
+                              uint32_t totalDiskSpaceMB) {
+    char text[256];
+    std::snprintf(
+        text, sizeof text, "%senabled(%s), capacityPercent(%d), totalDiskSpaceMB(%d), trackerUpdateState(%s)",
+        function, settings.capEnabled ? "true" : "false", static_cast<int>(settings.maxSizePercent),
+        static_cast<int>(totalDiskSpaceMB), TrackerUpdateStateName(settings.trackerUpdateState).c_str());
+    return text;
 }

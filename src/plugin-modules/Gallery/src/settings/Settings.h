@@ -1,12 +1,19 @@
 // The gallery's configuration: the folders for captures and for temporary files, the cap on the space that
 // captures may take, and whether the last rebuild of the tracker was completed.
+//
+// Several processes may use the same file. Each write happens under a lock on a file beside it: it reads the
+// file again, replaces the values that were set here since the last write, and keeps the others as they are
+// in the file. FollowFile notices what other processes have written.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/FileLock.h"
 #include "common/json/JSONFile.h"
 #include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/settings/SettingsJson.h"
@@ -19,38 +26,61 @@ class Settings : public KXP::JSONFile {
     // the share folder or a default folder that is needed cannot be created.
     Settings();
 
-    // False, with the members unchanged, when the file cannot be used. Both throw KXP::Exception when a
+    // False, with the values unchanged, when the file cannot be used. Both throw KXP::Exception when a
     // default folder is needed and cannot be created.
     bool ReadSettings() EXCLUDES(fileMutex_);
-    void SetDefaults() EXCLUDES(fileMutex_);
-    // Always true; a failure is logged.
+    void SetDefaults() EXCLUDES(mutex_);
+    // Writes what was set since the last write. Always true; a failure is logged, and the next write tries
+    // again.
     bool WriteSettings() EXCLUDES(fileMutex_);
 
+    // Takes over what other processes have written since the last call and returns which values are new. The
+    // gallery folder alone is left to the caller, who gets it in `galleryPath`. Costs one stat while the file
+    // is unchanged.
+    SettingsSet FollowFile(std::string& galleryPath) EXCLUDES(fileMutex_);
+
     // In percent of the volume; any value is accepted.
-    unsigned GetMaxSizePercent() const { return maxSizePercent_; }
-    void SetMaxSizePercent(unsigned percent) { maxSizePercent_ = percent; }
+    unsigned GetMaxSizePercent() const { return Get(&StoredSettings::maxSizePercent); }
+    void SetMaxSizePercent(unsigned percent) {
+        Set(kMaxSizePercent, &StoredSettings::maxSizePercent, percent);
+    }
     unsigned GetCurrentSizeMB() const { return currentSizeMB_; }
     void SetCurrentSizeMB(unsigned size) { currentSizeMB_ = size; }
     unsigned GetTotalDiskSpaceMB() const { return totalDiskSpaceMB_; }
     void SetTotalDiskSpaceMB(unsigned size) { totalDiskSpaceMB_ = size; }
-    bool GetCapEnabled() const { return capEnabled_; }
-    void SetCapEnabled(bool enabled) { capEnabled_ = enabled; }
+    bool GetCapEnabled() const { return Get(&StoredSettings::capEnabled); }
+    void SetCapEnabled(bool enabled) { Set(kCapEnabled, &StoredSettings::capEnabled, enabled); }
 
     // The folder as the user gave it.
-    std::string GetUserGalleryPath() const EXCLUDES(pathMutex_);
-    // The same, created if it does not exist. Throws KXP::Exception when it cannot be created, for instance
-    // because its drive is unplugged.
-    std::string GetGalleryPath() const EXCLUDES(pathMutex_);
+    std::string GetUserGalleryPath() const { return Get(&StoredSettings::userGalleryPath); }
+    // The same, created if it does not exist. Throws KXP::Exception when it cannot be created, and when the
+    // drive that it was on is gone: a folder made at the mount point would hide the captures when the drive
+    // comes back.
+    std::string GetGalleryPath() EXCLUDES(mutex_);
     // Creates the folder if necessary and measures its volume. On failure, or when the path is not absolute,
     // returns false, leaves the path and sets the disk space to GetDriveSpace's failure value.
-    bool SetUserGalleryPath(const std::string& path) EXCLUDES(pathMutex_);
-    std::string GetTempFolder() const EXCLUDES(pathMutex_);
-    // False for a path that is not absolute or not a folder.
-    bool SetTempFolder(const std::string& path) EXCLUDES(pathMutex_);
+    bool SetUserGalleryPath(const std::string& path) EXCLUDES(mutex_);
+    // The same for a path that FollowFile has returned; no later write counts it as set here.
+    bool AdoptUserGalleryPath(const std::string& path) EXCLUDES(mutex_);
 
-    TrackerUpdateState GetTrackerUpdateState() const { return trackerUpdateState_; }
-    void SetTrackerUpdateState(TrackerUpdateState state) { trackerUpdateState_ = state; }
-    // The same, and writes the file before it returns.
+    // What SetUserGalleryPath changes, for going back to it.
+    struct Gallery {
+        std::string path;
+        bool unsaved = false;  // set here and not in the file yet
+        uint32_t totalDiskSpaceMB = 0;
+    };
+    Gallery GetGallery() const EXCLUDES(mutex_);
+    void RestoreGallery(const Gallery& gallery) EXCLUDES(mutex_);
+
+    std::string GetTempFolder() const { return Get(&StoredSettings::tempFolder); }
+    // False for a path that is not absolute or not a folder.
+    bool SetTempFolder(const std::string& path) EXCLUDES(mutex_);
+
+    TrackerUpdateState GetTrackerUpdateState() const { return Get(&StoredSettings::trackerUpdateState); }
+    void SetTrackerUpdateState(TrackerUpdateState state) {
+        Set(kTrackerUpdateState, &StoredSettings::trackerUpdateState, state);
+    }
+    // The same, and writes it, and nothing else that was set, before it returns.
     bool UpdateTrackerSettings(TrackerUpdateState state) EXCLUDES(fileMutex_);
 
     static std::string GetDefaultGalleryFolderPath();
@@ -58,19 +88,45 @@ class Settings : public KXP::JSONFile {
     static std::string GetDefaultTempFolder();
 
   private:
-    bool ReadFile(KXP::Document& document) EXCLUDES(fileMutex_);
-    void Store(const StoredSettings& stored, uint32_t totalDiskSpaceMB) EXCLUDES(fileMutex_, pathMutex_);
-    StoredSettings Stored() const EXCLUDES(pathMutex_);
+    template <typename T>
+    T Get(T StoredSettings::*value) const EXCLUDES(mutex_) {
+        KXP::MutexLock lock(mutex_);
+        return stored_.*value;
+    }
+    template <typename T>
+    void Set(SettingsBit bit, T StoredSettings::*value, const T& now) EXCLUDES(mutex_) {
+        KXP::MutexLock lock(mutex_);
+        stored_.*value = now;
+        unsaved_ |= bit;
+    }
 
-    std::atomic<uint32_t> maxSizePercent_{0};
+    // The uses of the file, in SettingsFile.cpp.
+    bool LoadFile(StoredSettings& file, bool& oldLayout) EXCLUDES(fileMutex_);
+    SettingsSet ReadNews(StoredSettings& file) EXCLUDES(fileMutex_);
+    void Write(SettingsSet which) EXCLUDES(fileMutex_);
+    KXP::FileLock LockFile(KXP::HeldLog& log) const REQUIRES(fileMutex_);
+    bool ReadFile(StoredSettings& stored, bool& oldLayout, KXP::HeldLog& log) REQUIRES(fileMutex_);
+    void NoteWritten(const StoredSettings& written, SettingsSet which) REQUIRES(fileMutex_);
+    void RememberFile() REQUIRES(fileMutex_);
+    SettingsSet NewsIn(const StoredSettings& file) const EXCLUDES(mutex_);
+
+    static std::string LogText(const char* function, const StoredSettings& settings,
+                               uint32_t totalDiskSpaceMB);
+    void Store(const StoredSettings& stored, SettingsSet unsaved) EXCLUDES(mutex_);
+    bool ChangeGallery(const std::string& path, bool unsaved) EXCLUDES(mutex_);
+    std::string MakeGallery(const std::string& path) EXCLUDES(mutex_);
+    void RememberDevice(const std::string& path) EXCLUDES(mutex_);
+
     std::atomic<uint32_t> totalDiskSpaceMB_{0};
     std::atomic<uint32_t> currentSizeMB_{0};
-    std::atomic<bool> capEnabled_{false};
-    std::atomic<TrackerUpdateState> trackerUpdateState_{TrackerUpdateNotActive};
 
     // Held while the file is read or written.
-    KXP::OuterMutex fileMutex_ ACQUIRED_BEFORE(pathMutex_);
-    mutable KXP::Mutex pathMutex_;
-    std::string userGalleryPath_ GUARDED_BY(pathMutex_);
-    std::string tempFolder_ GUARDED_BY(pathMutex_);
+    KXP::OuterMutex fileMutex_ ACQUIRED_BEFORE(mutex_);
+    // The file as it was when this object knew all that was in it.
+    std::optional<Stamp> known_ GUARDED_BY(fileMutex_);
+    mutable KXP::Mutex mutex_;
+    StoredSettings stored_ GUARDED_BY(mutex_);
+    SettingsSet unsaved_ GUARDED_BY(mutex_) = 0;  // set here since the last write
+    // Of each gallery that was in use: the device that its folder was on, by the folder's plain path.
+    std::map<std::string, uint64_t> devices_ GUARDED_BY(mutex_);
 };

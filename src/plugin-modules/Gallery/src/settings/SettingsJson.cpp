@@ -6,14 +6,14 @@ namespace {
 
 constexpr const char* kOldGalleryPath = "currentDirectory";
 
-// Visits every member of the file, in the order of writing.
-template <typename Settings, typename Visitor>
-void VisitMembers(Settings& settings, Visitor visit) {
-    visit("capEnabled", settings.capEnabled);
-    visit("capSizePercent", settings.maxSizePercent);
-    visit("currentDirectoryV2", settings.userGalleryPath);
-    visit("tempDirectory", settings.tempFolder);
-    visit("trackerUpdateState", settings.trackerUpdateState);
+// Visits every value with its key, in the order of writing.
+template <typename Visitor>
+void VisitSettings(Visitor visit) {
+    visit(kCapEnabled, "capEnabled", &StoredSettings::capEnabled);
+    visit(kMaxSizePercent, "capSizePercent", &StoredSettings::maxSizePercent);
+    visit(kUserGalleryPath, "currentDirectoryV2", &StoredSettings::userGalleryPath);
+    visit(kTempFolder, "tempDirectory", &StoredSettings::tempFolder);
+    visit(kTrackerUpdateState, "trackerUpdateState", &StoredSettings::trackerUpdateState);
 }
 
 class Reader {
@@ -75,20 +75,36 @@ std::string TrackerUpdateStateName(TrackerUpdateState state) {
     return "";
 }
 
+SettingsSet Differences(const StoredSettings& a, const StoredSettings& b) {
+    SettingsSet different = 0;
+    VisitSettings([&](SettingsBit bit, const char*, auto value) {
+        if (a.*value != b.*value) different |= bit;
+    });
+    return different;
+}
+
+void CopySettings(const StoredSettings& from, SettingsSet which, StoredSettings& to) {
+    VisitSettings([&](SettingsBit bit, const char*, auto value) {
+        if ((which & bit) != 0) to.*value = from.*value;
+    });
+}
+
 bool ReadStoredSettings(const KXP::Value& root, StoredSettings& settings, bool& oldLayout) {
-    const KXP::Value& object = KXP::JSONGetObjectOrEmpty(root, "settings");
-    if (object.ObjectEmpty()) return false;
-    VisitMembers(settings, Reader(object));
-    oldLayout = KXP::jsonObjectHasKey(object, kOldGalleryPath, false);
+    const KXP::Value* object = KXP::jsonFindMember(root, "settings", false);
+    if (!object || !object->IsObject() || object->ObjectEmpty()) return false;
+    const Reader read(*object);
+    VisitSettings([&](SettingsBit, const char* key, auto value) { read(key, settings.*value); });
+    oldLayout = KXP::jsonObjectHasKey(*object, kOldGalleryPath, false);
     if (oldLayout)
-        settings.userGalleryPath = KXP::jsonGetValueOrDefault<std::string>(object, kOldGalleryPath, "");
+        settings.userGalleryPath = KXP::jsonGetValueOrDefault<std::string>(*object, kOldGalleryPath, "");
     return true;
 }
 
 void WriteStoredSettings(const StoredSettings& settings, KXP::Document& document) {
     KXP::Allocator& allocator = document.GetAllocator();
     KXP::Value object(rapidjson::kObjectType);
-    VisitMembers(settings, Writer(object, allocator));
+    Writer write(object, allocator);
+    VisitSettings([&](SettingsBit, const char* key, auto value) { write(key, settings.*value); });
     document.SetObject();
     document.AddMember("settings", object, allocator);
 }

@@ -29,9 +29,22 @@ struct StoredSettings {
     TrackerUpdateState trackerUpdateState = TrackerUpdateNotActive;
 };
 
+// The values, as bits of a set.
+enum SettingsBit : unsigned {
+    kCapEnabled = 1,
+    kMaxSizePercent = 2,
+    kUserGalleryPath = 4,
+    kTempFolder = 8,
+    kTrackerUpdateState = 16,
+};
+using SettingsSet = unsigned;
+
+SettingsSet Differences(const StoredSettings& a, const StoredSettings& b);
+void CopySettings(const StoredSettings& from, SettingsSet which, StoredSettings& to);
+
 // Leaves members unchanged that are missing or have another type; an unknown state becomes
 // TrackerUpdateNotActive. Sets `oldLayout` when the path is under the key that "currentDirectoryV2" replaced;
-// it is then empty if it is not a string. False when the file contains no settings.
+// it is then empty if it is not a string. False when the file contains no settings. Logs nothing.
 bool ReadStoredSettings(const KXP::Value& root, StoredSettings& settings, bool& oldLayout);
 
 // Replaces the content of `document`, in the current layout.

@@ -21,9 +21,9 @@ constexpr const char* kFileTurn = "file";
 
 KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::string& name) {
     // Not rand(): the client seeds it, and its sequence is the same after every start.
-    std::random_device random;
+    const int first = static_cast<int>(std::random_device{}() % kUniqueNames);
     for (int attempt = 0; attempt < kUniqueNames; ++attempt) {
-        name = UniqueTrackerFileName(static_cast<int>(random() % kUniqueNames));
+        name = UniqueTrackerFileName((first + attempt) % kUniqueNames);
         if (!KXP::FileExists(KXP::FileJoin({shareFolder, name}))) {
             KXP_LOG(KXP::LogDetail, "File is unique");
             return {};
@@ -43,6 +43,12 @@ void RemoveStaleTrackerFiles(const std::string& shareFolder) {
 }
 
 }  // namespace
+
+bool HasUniqueTrackerFileName(const std::string& shareFolder) {
+    for (int number = 0; number < kUniqueNames; ++number)
+        if (!KXP::FileExists(shareFolder + "/" + UniqueTrackerFileName(number))) return true;
+    return false;
+}
 
 TrackerJournal::TrackerJournal(IJournalSource& source, std::string shareFolder, std::string gallery,
                                KXP::Clock& clock, std::chrono::milliseconds sumInPassing)

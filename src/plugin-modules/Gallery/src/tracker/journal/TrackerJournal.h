@@ -30,6 +30,9 @@
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
+// Whether TrackerJournal::Open would find a unique name in the folder.
+bool HasUniqueTrackerFileName(const std::string& shareFolder);
+
 class TrackerJournal {
   public:
     // What a write does with the sum. If a change waits for the write, Keep renews it too.

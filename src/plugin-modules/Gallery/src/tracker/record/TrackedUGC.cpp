@@ -19,6 +19,12 @@ struct ApiValue {
         const std::string_view known = word(record.*text);
         return Value(known.data(), static_cast<rapidjson::SizeType>(known.size()), allocator);
     }
+    Value operator()(int32_t TrackedUGC::*number) const {
+        // A mask has no sign.
+        if (number == &TrackedUGC::highlightTags || number == &TrackedUGC::highlightSignificance)
+            return Value(static_cast<uint32_t>(record.*number));
+        return Value(record.*number);
+    }
     template <typename T>
     Value operator()(T TrackedUGC::*number) const {
         return Value(record.*number);
