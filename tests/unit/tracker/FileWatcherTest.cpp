@@ -10,8 +10,11 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "plugin-modules/Gallery/src/watcher/FileWatcher.h"
 #include "plugin-modules/Gallery/src/watcher/linux/Inotify.h"
@@ -39,6 +42,15 @@ class Told {
         files_.erase(files_.lower_bound(path + "/"), files_.lower_bound(path + "0"));
         calls_.push_back("-" + path);
         changed_.notify_all();
+    }
+    void Disturbed(const std::string& path) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        calls_.push_back("~" + path);
+        changed_.notify_all();
+    }
+    void Forget() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        calls_.clear();
     }
     void Hold(bool held) {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -78,6 +90,7 @@ struct Callback : IFileWatcherCallback {
     explicit Callback(Told& to) : told(to) {}
     void Track(std::string path, bool) override { told.Track(path); }
     void Untrack(std::string path) override { told.Untrack(path); }
+    void Disturbed(std::string path) override { told.Disturbed(path); }
     Told& told;
 };
 
@@ -117,6 +130,7 @@ class FileWatcherTest : public testing::TestWithParam<bool> {
 TEST_P(FileWatcherTest, KnowsWhetherMoreIsToCome) {
     options_.polling = false;  // looking now and then cannot tell
     options_.window = milliseconds(200);
+    options_.settle = std::chrono::seconds(30);
     Watch();
     const auto unreported = [this](size_t most = 1) {
         std::optional<UnreportedPaths> paths;
@@ -220,6 +234,14 @@ TEST_P(FileWatcherTest, GalleryGoesAndComesBack) {
     EXPECT_TRUE(told_.WaitForCall("+" + options_.gallery));
     EXPECT_TRUE(told_.WaitForFiles({file}));
     Sync();
+    told_.Forget();
+    fs::rename(options_.gallery, folder_ / "away");
+    const std::string other = Write("Game/b.png");
+    EXPECT_TRUE(told_.WaitForFiles({other}));
+    const std::vector<std::string> calls = told_.Calls();
+    const auto place = [&](const std::string& call) { return std::find(calls.begin(), calls.end(), call); };
+    EXPECT_TRUE(told_.Count("-" + options_.gallery) > 0 || place("-" + file) < place("+" + options_.gallery))
+        << "what went is told first";
 }
 
 TEST_P(FileWatcherTest, WatchedFolderGoesAndComesBack) {
@@ -252,16 +274,65 @@ TEST_P(FileWatcherTest, LinksAndIllegibleNames) {
     EXPECT_EQ(log_.Count("not UTF-8"), 1);
 }
 
-TEST_P(EventWatcherTest, OutsideOfTheGalleryAsWell) {
-    folder_.MakeFolder("Videos/Other/deep");
+// Each of these changes the time of an entry of the gallery's tree, or of the folder that the gallery lies
+// in.
+TEST_P(EventWatcherTest, WhateverChangesTimesIsTold) {
+    const std::string file = Write("Game/a.png");
+    Write(".hidden/old");
+    Write("Game/\xfe/deep/old");
+    folder_.MakeFolder("Videos/Other");
+    const std::string beside = folder_ / "Videos/beside";
     Watch();
-    // The rest of the tree is watched after the gallery, so one file may come too early, but not all.
-    int i = 0;
-    do {
-        folder_.Write("Videos/Other/deep/" + std::to_string(++i), "x");
-        Sync();
-    } while (told_.Count("+" + folder_ / "Videos/Other/deep/" + std::to_string(i)) == 0 && i < 1000);
-    EXPECT_LT(i, 1000);
+    std::ofstream kept(file, std::ios::app);
+    std::ofstream created;
+    const auto touch = [](const std::string& path) { utimensat(AT_FDCWD, path.c_str(), nullptr, 0); };
+    const struct {
+        std::string call;
+        std::function<void()> change;
+    } rows[] = {
+        {"+" + file, [&] { touch(file); }},
+        {"+" + file, [&] { fs::resize_file(file, 5); }},
+        {"+" + file, [&] { kept << "more" << std::flush; }},
+        {"~" + At("Game"), [&] { touch(At("Game")); }},
+        {"~" + At("Game"), [&] { Write("Game/\xff"); }},
+        {"~" + At("Game"), [&] { Write("Game/\xfe/deep/new"); }},
+        {"~" + At("Game"), [&] { fs::remove_all(At("Game/\xfe")); }},
+        {"~" + At("Game/pipe"), [&] { mkfifo(At("Game/pipe").c_str(), 0600); }},
+        {"-" + At("Game/pipe"), [&] { fs::remove(At("Game/pipe")); }},
+        {"~" + At(".hidden/soft"), [&] { fs::create_symlink(file, At(".hidden/soft")); }},
+        {"~" + At("open"), [&] { created.open(At("open")); }},
+        {"~" + options_.gallery, [&] { touch(options_.gallery); }},
+        {"~" + folder_ / "Videos", [&] { touch(folder_ / "Videos"); }},
+        {"+" + beside, [&] { folder_.Write("Videos/beside", "x"); }},
+        {"-" + beside, [&] { fs::remove(beside); }},
+    };
+    for (const auto& row : rows) {
+        told_.Forget();
+        row.change();
+        EXPECT_TRUE(told_.WaitForCall(row.call)) << &row - rows;
+    }
+    Sync();
+    told_.Forget();
+    fs::permissions(file, fs::perms::owner_read);
+    folder_.Write("Videos/Other/not/followed", "x");
+    Sync();
+    EXPECT_EQ(told_.Count("+" + file) + told_.Count("+" + folder_ / "Videos/Other/not"), 0);
+}
+
+TEST_P(EventWatcherTest, FoldersThatCannotBeReadAreTriedAgain) {
+    folder_.Write("Game/deep/a.png", "x");
+    Watch();
+    // Without a descriptor folders are watched, but not read.
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{3, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    fs::rename(folder_ / "Game", At("Game"));
+    EXPECT_TRUE(told_.WaitForCall("+" + At("Game")));
+    EXPECT_EQ(told_.Count("+" + At("Game/deep")), 0);
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_TRUE(told_.WaitForFiles({At("Game/deep/a.png")}));
+    EXPECT_EQ(told_.Count("-" + At("Game")), 0);
 }
 
 TEST_P(EventWatcherTest, NothingIsLostWithTheKernelsQueue) {
@@ -287,6 +358,7 @@ TEST_P(EventWatcherTest, NothingIsLostWithTheKernelsQueue) {
     Sync();
     EXPECT_EQ(told_.Count("-" + gone), 1);
     EXPECT_EQ(told_.Count("+" + At("Game/known.png")), 0);
+    EXPECT_EQ(told_.Count("+" + options_.gallery), 0);
     EXPECT_EQ(log_.Count("File events were lost"), 1);
 }
 

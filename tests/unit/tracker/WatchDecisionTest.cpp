@@ -44,6 +44,7 @@ struct Recorder : IFileWatcherCallback {
     std::string calls;
     void Track(std::string path, bool isFolder) override { calls += "+" + path + (isFolder ? "/\n" : "\n"); }
     void Untrack(std::string) override { throw std::runtime_error("no such thing"); }
+    void Disturbed(std::string path) override { calls += "~" + path + "\n"; }
 };
 
 TEST(WatchDispatch, HoldsTheKindOfTheEventAgainstWhatIsThere) {
@@ -56,7 +57,9 @@ TEST(WatchDispatch, HoldsTheKindOfTheEventAgainstWhatIsThere) {
     EXPECT_EQ(dispatch(ItemCreated | ItemIsDir, ItemKind::File), WatchAction::None);
     EXPECT_EQ(dispatch(ItemRenamed, ItemKind::Folder), WatchAction::Track);
     EXPECT_EQ(dispatch(ItemCreated | ItemIsFile, ItemKind::Other), WatchAction::None);
-    EXPECT_EQ(recorder.calls, "+/a\n+/a/\n");
+    EXPECT_EQ(dispatch(ItemXattrMod | ItemIsFile, ItemKind::File), WatchAction::None);
+    EXPECT_EQ(dispatch(ItemRemoved | ItemIsFile, ItemKind::Unknown), WatchAction::None);
+    EXPECT_EQ(recorder.calls, "+/a\n~/a\n+/a/\n~/a\n");
     EXPECT_EQ(dispatch(ItemRemoved | ItemIsFile, ItemKind::None), WatchAction::None) << "it threw";
     EXPECT_TRUE(log.HasLine(4, "[0] 1 10100 /a"));
     EXPECT_TRUE(log.HasLine(4, "kFSEventStreamEventFlags: ItemCreated ItemIsFile"));

@@ -85,6 +85,8 @@ void UGCTracker::EnterKnown() {
     if (unreported) {
         EnterChanges(unreported->changed, until);
         EnterChanges(unreported->incomplete, until);
+        for (const std::string& path : unreported->disturbed)
+            NoteDisturbed(path);
     }
     backlog_.Await(until);
 }

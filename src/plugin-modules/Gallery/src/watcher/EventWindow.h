@@ -34,7 +34,6 @@ class EventWindow {
     // Whether the events should be taken now: the time is over, or the window is full.
     bool IsDue(TimePoint now) const { return closes_ && (now >= *closes_ || events_.size() >= capacity_); }
 
-    size_t size() const { return events_.size(); }
     const std::deque<WatchEvent>& events() const { return events_; }
 
     // Closes the window and returns its events.

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// Both calls may repeat what the callback knows already, so it has to be idempotent. Neither may destroy the
+// The calls may repeat what the callback knows already, so it has to be idempotent. None may destroy the
 // watcher.
 class IFileWatcherCallback {
   public:
@@ -18,14 +18,19 @@ class IFileWatcherCallback {
     virtual void Track(std::string path, bool isFolder) = 0;
     // The file or folder at the path is gone; for a folder this includes its contents.
     virtual void Untrack(std::string path) = 0;
-    // Something that is neither a file nor a folder has come, gone or changed there, or a time has.
+    // Modification times at the path, or of the folders around it, may have changed, and neither call above
+    // says so: a link or pipe, a name that is not UTF-8 (the path is then that of the folder around it), the
+    // times of a folder, a file that is not complete yet. At most once in each window for each path.
     virtual void Disturbed(std::string /*path*/) {}
 };
 
 // What the callback does not know yet.
 struct UnreportedPaths {
+    // Tracked or untracked soon; also files that were created and not closed, but not written to of late.
     std::vector<std::string> changed;
-    std::vector<std::string> incomplete;  // files that are being written
+    // Files that are being written, and files and folders of the gallery that cannot be looked at.
+    std::vector<std::string> incomplete;
+    std::vector<std::string> disturbed;
 };
 
 // The destructor ends the thread between two calls of the callback and drops changes not reported by then.
@@ -33,13 +38,15 @@ class IFileWatcher {
   public:
     virtual ~IFileWatcher() = default;
 
-    // As of the time of the call. No value when it is unknown, or when either list would have more than
-    // `most` paths. Waits for the watcher's thread, about 100 ms at most. Any thread but the watcher's.
+    // As of the time of the call; a path may be repeated. No value when a list would have more than `most`
+    // paths, or when the watcher's thread has not caught up with the disk after about 200 ms, for which this
+    // waits. Any thread but the watcher's.
     virtual std::optional<UnreportedPaths> Unreported(size_t most) = 0;
 };
 
 struct WatcherOptions {
-    // The folder below the watched one in which no change may be missed; empty means the whole tree.
+    // A folder in the watched one. It is watched with everything below it; of the watched folder only its own
+    // entries are. Empty means the watched folder itself.
     std::string gallery;
     // An event opens a window of this length; all events in it are reported together.
     std::chrono::milliseconds window{1000};
@@ -56,7 +63,7 @@ struct WatcherOptions {
     bool polling = false;
 };
 
-// Watches `path` and everything below it. Files that exist when the call returns count as known. Returns
+// Watches `path` and, below it, the gallery. Files that exist when the call returns count as known. Returns
 // null, and logs, when no thread can be started.
 std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
                                                 std::unique_ptr<IFileWatcherCallback>&& callback,

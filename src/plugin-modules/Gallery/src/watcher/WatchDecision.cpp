@@ -22,6 +22,14 @@ WatchAction DecideWatchAction(uint32_t flags, bool exists) {
     return WatchAction::None;
 }
 
+bool MayHaveAction(uint32_t flags) {
+    return (flags & (ItemCreated | ItemRemoved | ItemRenamed | ItemModified)) != 0;
+}
+
+bool DisturbsTimes(uint32_t flags) {
+    return MayHaveAction(flags) || (flags & ItemInodeMetaMod) != 0;
+}
+
 std::string DescribeWatchFlags(uint32_t flags) {
     std::string text = "kFSEventStreamEventFlags:";
     for (size_t bit = 0; bit < std::size(kFlagNames); ++bit) {

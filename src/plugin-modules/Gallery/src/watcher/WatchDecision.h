@@ -41,6 +41,12 @@ enum class WatchAction { None, Track, Untrack };
 // that appeared and disappeared within a window, what is there now decides as well.
 WatchAction DecideWatchAction(uint32_t flags, bool exists);
 
+// Whether there is an action for some answer to the question what is on disk.
+bool MayHaveAction(uint32_t flags);
+
+// Whether modification times, of the item or of the folder around it, may have changed.
+bool DisturbsTimes(uint32_t flags);
+
 // For the log: "kFSEventStreamEventFlags:", then a blank and the name of each flag.
 std::string DescribeWatchFlags(uint32_t flags);
 

@@ -13,6 +13,7 @@ WatchAction Dispatch(int index, uint64_t id, const WatchEvent& event, ItemKind t
     KXP_LOG(KXP::LogTrace, "[%d] %llx %llx %s", index, static_cast<unsigned long long>(id),
             static_cast<unsigned long long>(event.flags), path);
     KXP_LOG(KXP::LogTrace, "%s", DescribeWatchFlags(event.flags).c_str());
+    if (there == ItemKind::Unknown) return WatchAction::None;
     const WatchAction action = DecideWatchAction(event.flags, WatchedItemExists(event, there));
     if (action == WatchAction::Track) {
         KXP_LOG(KXP::LogTrace, "Calling Track for %s", path);
@@ -20,6 +21,8 @@ WatchAction Dispatch(int index, uint64_t id, const WatchEvent& event, ItemKind t
     } else if (action == WatchAction::Untrack) {
         KXP_LOG(KXP::LogTrace, "Calling Untrack for %s", path);
         callback.Untrack(event.path);
+    } else if (DisturbsTimes(event.flags)) {
+        callback.Disturbed(event.path);
     }
     return action;
 }

@@ -1,5 +1,6 @@
 #include "plugin-modules/Gallery/src/watcher/linux/Dispatcher.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace watcher {
@@ -9,6 +10,19 @@ namespace {
 constexpr size_t kEventsPerPass = 256;
 
 }  // namespace
+
+void Dispatcher::Begin(std::deque<WatchEvent> events) {
+    events_ = std::move(events);
+    const auto isNamed = [this](const WatchEvent& event) { return follower_.IsNamed(event.path); };
+    const auto named = std::find_if(events_.begin(), events_.end(), isNamed);
+    if (named == events_.end() || LookAt(named->path, true).kind != ItemKind::Folder) return;
+    // The gallery is back, or another one. Whoever is notified of it looks into it and would find the old
+    // content gone without a notice, so what has gone is reported first.
+    std::stable_partition(named, events_.end(), [&](const WatchEvent& event) {
+        return (event.flags & (ItemRemoved | ItemRenamed)) != 0 && (event.flags & ItemCreated) == 0 &&
+               !isNamed(event);
+    });
+}
 
 void Dispatcher::ReportSome(const std::atomic<bool>& stop) {
     for (size_t left = kEventsPerPass; left > 0 && !events_.empty() && !stop; --left) {

@@ -21,7 +21,9 @@ class Dispatcher {
         : callback_(callback), follower_(follower) {}
 
     bool IsIdle() const { return events_.empty(); }
-    void Begin(std::deque<WatchEvent> events) { events_ = std::move(events); }
+    // Not reported yet.
+    const std::deque<WatchEvent>& events() const { return events_; }
+    void Begin(std::deque<WatchEvent> events);
     void ReportSome(const std::atomic<bool>& stop);
 
   private:

@@ -31,7 +31,7 @@ constexpr milliseconds kLongestWait{60000};
 // The longest wait when there was no descriptor left for waking the thread.
 constexpr milliseconds kWithoutWake{20};
 // How long Unreported waits when the thread is busy with a slow disk.
-constexpr milliseconds kAnswerLimit{100};
+constexpr milliseconds kAnswerLimit{200};
 
 class FileWatcher : public IFileWatcher {
   public:
@@ -48,7 +48,7 @@ class FileWatcher : public IFileWatcher {
     milliseconds TimeToWait() const;
     void ReportReady() EXCLUDES(mutex_);
     void Wake();
-    void Answer(const UnreportedQuery::Question& asked);
+    bool Answer(const UnreportedQuery::Question& asked);
 
     const std::unique_ptr<IFileWatcherCallback> callback_;
     const milliseconds recoverAfter_;
@@ -66,6 +66,7 @@ class FileWatcher : public IFileWatcher {
     TreeFollower follower_;
     Dispatcher dispatcher_;
     bool learning_ = true;
+    uint64_t polledFor_ = 0;  // the number of a question
 
     std::thread thread_;  // last: it uses all of the above
 };
@@ -105,18 +106,19 @@ std::optional<UnreportedPaths> FileWatcher::Unreported(size_t most) {
     return query_.Await(asked, limit);
 }
 
-// Answers the calls that were made before the events of this pass were read.
-void FileWatcher::Answer(const UnreportedQuery::Question& asked) {
-    std::optional<UnreportedPaths> unreported;
-    std::optional<std::vector<std::string>> incomplete;
-    if (dispatcher_.IsIdle() && window_.size() <= asked.most)
-        incomplete = follower_.IncompleteFiles(asked.most);
-    if (incomplete) {
-        unreported = {{}, std::move(*incomplete)};
-        for (const WatchEvent& event : window_.events())
-            unreported->changed.push_back(event.path);
+// Answers the calls that were made before the events of this pass were read. Returns false when it is too
+// early.
+bool FileWatcher::Answer(const UnreportedQuery::Question& asked) {
+    if (!follower_.HasCaughtUp()) return false;
+    UnreportedPaths paths;
+    follower_.AddUnreported(paths);
+    for (const auto* events : {&dispatcher_.events(), &window_.events()}) {
+        for (const WatchEvent& event : *events)
+            (MayHaveAction(event.flags) ? paths.changed : paths.disturbed).push_back(event.path);
     }
-    query_.Answer(asked.number, std::move(unreported));
+    const size_t longest = std::max({paths.changed.size(), paths.incomplete.size(), paths.disturbed.size()});
+    query_.Answer(asked.number, longest <= asked.most ? std::optional(std::move(paths)) : std::nullopt);
+    return true;
 }
 
 void FileWatcher::Run() {
@@ -140,13 +142,14 @@ void FileWatcher::Run() {
 // bounded.
 void FileWatcher::RunOnce() {
     const std::optional<UnreportedQuery::Question> asked = query_.Pending();
+    if (asked && std::exchange(polledFor_, asked->number) != asked->number) follower_.PollNow();
     follower_.ReadEvents();
     follower_.DoDueWork();
     if (learning_ && (follower_.HasLearntGallery() || steady_clock::now() >= startLimit_)) ReportReady();
     if (dispatcher_.IsIdle() && window_.IsDue(steady_clock::now())) dispatcher_.Begin(window_.Take());
     dispatcher_.ReportSome(stop_);
-    if (asked) Answer(*asked);
-    Wait(TimeToWait());
+    const bool isTooEarly = asked && !Answer(*asked);
+    Wait(isTooEarly ? milliseconds(0) : TimeToWait());
 }
 
 void FileWatcher::ReportReady() {

@@ -1,4 +1,4 @@
-// The folders that have to be watched and read, those of the gallery first.
+// The folders of the gallery that have to be watched and read.
 #pragma once
 
 #include <deque>
@@ -19,29 +19,25 @@ struct FolderJob {
 class FolderJobs {
   public:
     // A second whole job for a folder is not taken: the first one finds the same.
-    void Push(FolderJob job, bool ofGallery) {
+    void Push(FolderJob job) {
         if (job.IsWhole() && !whole_.insert(job.folder).second) return;
-        (ofGallery ? gallery_ : others_).push_back(std::move(job));
+        jobs_.push_back(std::move(job));
     }
     // There must be one.
     FolderJob Pop() {
-        std::deque<FolderJob>& jobs = gallery_.empty() ? others_ : gallery_;
-        FolderJob job = std::move(jobs.front());
-        jobs.pop_front();
+        FolderJob job = std::move(jobs_.front());
+        jobs_.pop_front();
         if (job.IsWhole()) whole_.erase(job.folder);
         return job;
     }
     void Clear() {
-        gallery_.clear();
-        others_.clear();
+        jobs_.clear();
         whole_.clear();
     }
-    bool HasGalleryJobs() const { return !gallery_.empty(); }
-    bool IsEmpty() const { return gallery_.empty() && others_.empty(); }
+    bool IsEmpty() const { return jobs_.empty(); }
 
   private:
-    std::deque<FolderJob> gallery_;
-    std::deque<FolderJob> others_;
+    std::deque<FolderJob> jobs_;
     std::unordered_set<std::string> whole_;  // the folders of whole jobs
 };
 

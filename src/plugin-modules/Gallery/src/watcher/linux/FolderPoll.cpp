@@ -33,6 +33,19 @@ void FolderPoll::Add(const std::string& folder, const Item& state) {
     folders_[folder] = stamp;
 }
 
+bool FolderPoll::IsUnread(const std::string& folder) const {
+    const auto found = folders_.find(folder);
+    return found != folders_.end() && found->second == Stamp{};
+}
+
+std::vector<std::string> FolderPoll::Unread() const {
+    std::vector<std::string> unread;
+    for (const auto& [folder, stamp] : folders_) {
+        if (stamp == Stamp{}) unread.push_back(folder);
+    }
+    return unread;
+}
+
 void FolderPoll::RemoveWithBeneath(const std::string& folder) {
     EraseWithBeneath(folders_, folder);
 }

@@ -18,8 +18,11 @@ class FolderPoll {
     // `state` is the folder as it was before its content was read. A folder that has just changed counts as
     // changed in the next round too: a second change within the clock's resolution would not show.
     void Add(const std::string& folder, const Item& state);
-    // Counts as changed in the next round.
+    // It could not be read, and counts as changed in each round.
     void AddUnread(const std::string& folder) { folders_[folder] = {}; }
+    bool IsUnread(const std::string& folder) const;
+    std::vector<std::string> Unread() const;
+    void Remove(const std::string& folder) { folders_.erase(folder); }
     void RemoveWithBeneath(const std::string& folder);
     void Clear() { folders_.clear(); }
     bool IsEmpty() const { return folders_.empty(); }

@@ -1,11 +1,14 @@
 #include "plugin-modules/Gallery/src/watcher/linux/FolderSnapshot.h"
 
+#include <cerrno>
 #include <ctime>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include "base/FolderReader.h"
+#include "base/Text.h"
 
 namespace watcher {
 namespace {
@@ -26,12 +29,20 @@ Item ItemOf(const struct stat& status) {
     return item;
 }
 
+// After a look that failed, by errno. Nothing can be reached by a path that is too long.
+Item ItemNotSeen() {
+    Item item;
+    const bool none = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+    item.kind = none ? ItemKind::None : ItemKind::Unknown;
+    return item;
+}
+
 }  // namespace
 
 Item LookAt(const std::string& path, bool follow) {
     struct stat status {};
     const int flags = follow ? 0 : AT_SYMLINK_NOFOLLOW;
-    if (fstatat(AT_FDCWD, path.empty() ? "/" : path.c_str(), &status, flags) != 0) return {};
+    if (fstatat(AT_FDCWD, path.empty() ? "/" : path.c_str(), &status, flags) != 0) return ItemNotSeen();
     return ItemOf(status);
 }
 
@@ -47,12 +58,15 @@ bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool
     struct stat status {};
     if (!reader.IsOpen() || fstat(reader.descriptor(), &status) != 0) return false;
     snapshot.folder = ItemOf(status);
-    while (!stop && reader.Next()) {
-        if (!reader.Look(status, KXP::Links::Refuse)) continue;  // gone meanwhile
-        Item item = ItemOf(status);
-        if (item.kind != ItemKind::Other) snapshot.entries.push_back({reader.Name(), item});
+    while (!stop && reader.NextOfAll()) {
+        const std::string_view name = reader.Name();
+        if (name == "." || name == "..") continue;
+        const Item item = reader.Look(status, KXP::Links::Refuse) ? ItemOf(status) : ItemNotSeen();
+        if (item.kind == ItemKind::None || item.kind == ItemKind::Other) continue;
+        snapshot.entries.push_back({std::string(name), item});
+        if (item.kind == ItemKind::Unknown) snapshot.allKnown = false;
+        if (!KXP::IsValidUtf8(name)) snapshot.illegible = true;
     }
-    snapshot.illegible = reader.illegible();
     return !stop && reader.error() == 0;
 }
 

@@ -32,7 +32,7 @@ struct Item {
     uint64_t links = 0;
 };
 
-// The kind is None when nothing is there or it cannot be read. `follow` follows a link at the path itself.
+// The kind is None only when nothing can be there. `follow` follows a link at the path itself.
 Item LookAt(const std::string& path, bool follow = false);
 
 // The current time, on the clock of the times above.
@@ -46,11 +46,12 @@ struct FoundItem {
 struct FolderSnapshot {
     Item folder;  // as it was before its entries were read
     std::vector<FoundItem> entries;
-    int illegible = 0;  // how many names were skipped because they are not UTF-8
+    bool allKnown = true;    // no entry is Unknown
+    bool illegible = false;  // whether a name is not UTF-8
 };
 
 // `follow` follows a link at `folder` itself. Returns false when the folder cannot be read to its end or
-// `stop` is set meanwhile.
+// `stop` is set meanwhile. Entries that cannot be looked at are in the snapshot, as Unknown.
 bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool>& stop,
                   FolderSnapshot& snapshot);
 

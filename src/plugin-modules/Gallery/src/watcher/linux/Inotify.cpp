@@ -23,12 +23,12 @@ bool Inotify::Open() {
     return file_.IsOpen();
 }
 
-int Inotify::Watch(const std::string& folder, bool itself, bool follow) {
-    uint32_t mask = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
+int Inotify::Watch(const std::string& folder, bool writes, bool named) {
+    uint32_t mask = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_ATTRIB;
     // Without events of files that are removed and still written to.
     mask |= IN_ONLYDIR | IN_EXCL_UNLINK;
-    if (itself) mask |= IN_DELETE_SELF | IN_MOVE_SELF;
-    if (!follow) mask |= IN_DONT_FOLLOW;
+    if (writes) mask |= IN_MODIFY;
+    mask |= named ? IN_DELETE_SELF | IN_MOVE_SELF : IN_DONT_FOLLOW;
     return inotify_add_watch(file_.get(), folder.empty() ? "/" : folder.c_str(), mask);
 }
 

@@ -27,10 +27,10 @@ class Inotify {
     bool IsOpen() const { return file_.IsOpen(); }
     int Descriptor() const { return file_.get(); }
 
-    // Watches what is created, removed, moved and written in a folder and, with `itself`, the removal or move
-    // of the folder. A link at `folder` is followed only with `follow`. Returns the watch descriptor, or -1
-    // with errno set.
-    int Watch(const std::string& folder, bool itself, bool follow);
+    // Watches what is created, removed, moved and closed after writing in a folder, and changes of times;
+    // with `writes`, each write too. A `named` folder may be a link, and its own removal or move is watched.
+    // Returns the watch descriptor, or -1 with errno set.
+    int Watch(const std::string& folder, bool writes, bool named);
     void Unwatch(int watch);
 
     // Returns the number of bytes; 0 when there are none or reading fails.

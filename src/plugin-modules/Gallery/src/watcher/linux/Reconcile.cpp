@@ -30,6 +30,7 @@ std::vector<Difference> Reconcile(const KnownItems& known, const FolderSnapshot&
         if (present.count(name) == 0) differences.push_back({name, ItemRemoved | KindFlag(stamp), nullptr});
     }
     for (const FoundItem& entry : disk.entries) {
+        if (entry.item.kind == ItemKind::Unknown) continue;
         const auto found = known.find(entry.name);
         const Stamp* before = found == known.end() ? nullptr : &found->second;
         if (before && *before == entry.item.stamp) continue;
@@ -48,6 +49,14 @@ void KnownTree::Erase(const std::string& path) {
     const size_t slash = path.rfind('/');
     const auto folder = folders_.find(path.substr(0, slash));
     if (folder != folders_.end()) folder->second.erase(path.substr(slash + 1));
+}
+
+const Stamp* KnownTree::Find(const std::string& path) const {
+    const size_t slash = path.rfind('/');
+    const auto folder = folders_.find(path.substr(0, slash));
+    if (folder == folders_.end()) return nullptr;
+    const auto item = folder->second.find(path.substr(slash + 1));
+    return item == folder->second.end() ? nullptr : &item->second;
 }
 
 void KnownTree::SetUnseen(const std::string& path, bool folder) {

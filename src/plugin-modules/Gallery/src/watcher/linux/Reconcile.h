@@ -19,7 +19,7 @@ struct Difference {
     const FoundItem* found = nullptr;  // in the snapshot; null for an item that is gone
 };
 
-// Items that are gone come first.
+// Items that are gone come first; what is Unknown is no difference.
 std::vector<Difference> Reconcile(const KnownItems& known, const FolderSnapshot& disk);
 
 // Its size is bounded by the number of files in the gallery.
@@ -31,6 +31,8 @@ class KnownTree {
     // Does nothing if the folder of `path` is not known: reading that folder will find the item.
     void Set(const std::string& path, const Stamp& stamp);
     void Erase(const std::string& path);
+    // Null if the item is not known. Valid until the next change.
+    const Stamp* Find(const std::string& path) const;
     // Something has been reported at the path, but its state is unknown: it will count as changed.
     void SetUnseen(const std::string& path, bool folder);
 

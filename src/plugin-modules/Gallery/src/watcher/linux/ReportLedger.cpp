@@ -2,20 +2,39 @@
 
 #include <algorithm>
 
+#include "base/Text.h"
 #include "plugin-modules/Gallery/src/watcher/linux/PathRange.h"
 
 namespace watcher {
+namespace {
+
+// A file that was created and not closed: its name has changed the time of its folder.
+constexpr uint32_t kOpened = ItemInodeMetaMod | ItemIsFile;
+
+// The innermost folder around the path whose own path is UTF-8.
+std::string LegibleFolderOf(std::string path) {
+    while (!path.empty() && !KXP::IsValidUtf8(path))
+        path.erase(std::min(path.rfind('/'), path.size()));
+    return path;
+}
+
+}  // namespace
 
 bool ReportLedger::IsInGallery(const std::string& path) const {
     return path == gallery_ || IsBeneath(path, gallery_);
 }
 
 void ReportLedger::Report(const std::string& path, uint32_t flags) {
-    window_.Add(path, flags, std::chrono::steady_clock::now());
+    const TimePoint now = std::chrono::steady_clock::now();
+    if (KXP::IsValidUtf8(path))
+        window_.Add(path, flags, now);
+    else
+        window_.Add(LegibleFolderOf(path), ItemInodeMetaMod, now);
 }
 
 void ReportLedger::FileComplete(const std::string& path, uint32_t flag) {
     unsettled_.erase(path);
+    open_.erase(path);
     Report(path, flag | ItemIsFile);
 }
 
@@ -24,12 +43,35 @@ void ReportLedger::FileNamed(const std::string& path) {
     // Linking changes a file's change time only. The old name may be gone, so the count of links is not
     // enough.
     const bool linked = item.links > 1 || item.changedNs > item.stamp.modifiedNs;
-    if (item.kind == ItemKind::File && linked) FileComplete(path, ItemCreated);
+    if (item.kind == ItemKind::File && linked) return FileComplete(path, ItemCreated);
+    if (!IsInGallery(path)) return Disturbed(path);
+    if (item.kind == ItemKind::Unknown) return AwaitSettled(path, std::nullopt, ItemCreated | ItemIsFile);
+    if (item.kind != ItemKind::File) return Disturbed(path);
+    open_.insert(path);
+    AwaitSettled(path, std::nullopt, kOpened);
+}
+
+void ReportLedger::FileWritten(const std::string& path) {
+    AwaitSettled(path, std::nullopt, open_.count(path) > 0 ? kOpened : ItemModified | ItemIsFile);
+}
+
+void ReportLedger::FileTouched(const std::string& path) {
+    const Item item = LookAt(path);
+    if (item.kind != ItemKind::File) return Disturbed(path);
+    const Stamp* const known = known_.Find(path);
+    if (known && *known == item.stamp) return;
+    if (open_.count(path) > 0 || unsettled_.count(path) > 0) return FileWritten(path);
+    Report(path, ItemModified | ItemIsFile);
+}
+
+void ReportLedger::Disturbed(const std::string& path) {
+    Report(path, ItemInodeMetaMod);
 }
 
 void ReportLedger::FileGone(const std::string& path, uint32_t flag) {
     known_.Erase(path);
     unsettled_.erase(path);
+    open_.erase(path);
     Report(path, flag | ItemIsFile);
 }
 
@@ -51,14 +93,13 @@ void ReportLedger::FolderGone(const std::string& path, uint32_t flag) {
     for (auto entry = first; entry != last; ++entry)
         Report(entry->first, flag | ItemIsFile);
     unsettled_.erase(first, last);
+    EraseWithBeneath(open_, path);
 }
 
 ReportLedger::Folders ReportLedger::Compare(const std::string& folder, const FolderSnapshot& disk,
                                             bool silent) {
     Folders folders;
-    const KnownItems nothing;
-    const bool inGallery = IsInGallery(folder);
-    for (const Difference& difference : Reconcile(inGallery ? known_.Folder(folder) : nothing, disk)) {
+    for (const Difference& difference : Reconcile(known_.Folder(folder), disk)) {
         const std::string path = folder + "/" + difference.name;
         if (!difference.found) {
             const bool wasFolder = (difference.flags & ItemIsDir) != 0;
@@ -73,7 +114,7 @@ ReportLedger::Folders ReportLedger::Compare(const std::string& folder, const Fol
         }
         const bool news = !silent || IsNews(difference.found->item);
         if (news && isFolder) folders.appeared.push_back(path);
-        if (news || inGallery) Found(path, difference, news);
+        Found(path, difference, news);
     }
     return folders;
 }
@@ -81,7 +122,7 @@ ReportLedger::Folders ReportLedger::Compare(const std::string& folder, const Fol
 void ReportLedger::Found(const std::string& path, const Difference& difference, bool news) {
     const Stamp& stamp = difference.found->item.stamp;
     const bool young = !stamp.folder && IsYoung(difference.found->item);
-    if (young) AwaitSettled(path, stamp, news);
+    if (young) AwaitSettled(path, stamp, news ? ItemCreated | ItemIsFile : 0);
     if (young && news) return;
     known_.Set(path, stamp);
     if (news) Report(path, difference.flags);
@@ -90,6 +131,8 @@ void ReportLedger::Found(const std::string& path, const Difference& difference, 
 void ReportLedger::NoteReported(const WatchEvent& event, WatchAction action, const Item& item) {
     if (action == WatchAction::Track && item.kind == ItemKind::File && IsInGallery(event.path))
         known_.Set(event.path, item.stamp);
+    if (item.kind == ItemKind::Unknown && DisturbsTimes(event.flags))
+        return AwaitSettled(event.path, std::nullopt, event.flags);
     const bool went = (event.flags & (ItemRemoved | ItemRenamed)) != 0;
     if (!went || action == WatchAction::Untrack || event.path == gallery_ || !IsInGallery(event.path)) return;
     known_.SetUnseen(event.path, (event.flags & ItemIsDir) != 0);
@@ -101,10 +144,15 @@ bool ReportLedger::IsYoung(const Item& item) const {
     return age >= 0 && age < std::chrono::nanoseconds(settle_).count();
 }
 
-void ReportLedger::AwaitSettled(const std::string& path, const Stamp& stamp, bool news) {
+void ReportLedger::AwaitSettled(const std::string& path, const std::optional<Stamp>& stamp, uint32_t flags) {
     const TimePoint now = std::chrono::steady_clock::now();
-    const auto [entry, isNew] = unsettled_.try_emplace(path, Unsettled{stamp, now, news});
-    if (!isNew && entry->second.stamp != stamp) entry->second = {stamp, now, true};
+    const auto [entry, isNew] = unsettled_.try_emplace(path, Unsettled{now, stamp, flags});
+    if (!isNew) {
+        // A look that finds nothing new does not start the time again; an event always does.
+        if (!stamp || entry->second.stamp != stamp) entry->second.seen = now;
+        entry->second.stamp = stamp;
+        entry->second.flags |= flags;
+    }
     nextLook_ = std::min(nextLook_, entry->second.seen + settle_);
 }
 
@@ -124,16 +172,30 @@ void ReportLedger::LookAgain(TimePoint now) {
 bool ReportLedger::HasSettled(const std::string& path, Unsettled& entry, TimePoint now) {
     if (now < entry.seen + settle_) return false;
     const Item item = LookAt(path);
-    if (item.kind == ItemKind::None) Report(path, ItemRemoved | ItemIsFile);
-    if (item.kind != ItemKind::File) return true;
-    if (item.stamp != entry.stamp) {
-        entry = {item.stamp, now, true};
-        return false;
+    const bool changed = item.kind == ItemKind::File && entry.stamp && item.stamp != *entry.stamp;
+    if (changed) entry = {now, item.stamp, entry.flags | ItemCreated | ItemIsFile};
+    if (item.kind == ItemKind::Unknown) entry.seen = now;
+    if (changed || item.kind == ItemKind::Unknown) return false;
+    if (item.kind == ItemKind::None) {
+        const bool wasFolder = (entry.flags & ItemIsDir) != 0;
+        entry.flags |= wasFolder ? ItemRemoved : ItemRemoved | ItemIsFile;
     }
-    if (!entry.news) return true;
-    if (IsInGallery(path)) known_.Set(path, item.stamp);
-    Report(path, ItemCreated | ItemIsFile);
+    if (item.kind == ItemKind::File && (entry.flags & (ItemCreated | ItemModified)) != 0)
+        known_.Set(path, item.stamp);
+    if (entry.flags != 0) Report(path, entry.flags);
     return true;
+}
+
+void ReportLedger::AddUnreported(UnreportedPaths& paths) const {
+    for (const auto& [path, entry] : unsettled_) {
+        if (KXP::IsValidUtf8(path))
+            paths.incomplete.push_back(path);
+        else
+            paths.disturbed.push_back(LegibleFolderOf(path));
+    }
+    for (const std::string& path : open_) {
+        if (unsettled_.count(path) == 0 && KXP::IsValidUtf8(path)) paths.changed.push_back(path);
+    }
 }
 
 }  // namespace watcher

@@ -1,12 +1,11 @@
-// Follows a tree of folders: sets watches, turns the kernel's events into entries of the ledger, and reads
-// the disk where events are not enough. Works in short slices, so that its thread can read the kernel's queue
-// in between. One thread.
+// Follows the gallery with everything below it, and the folders around it for their own entries: sets
+// watches, turns the kernel's events into entries of the ledger, and reads the disk where events are not
+// enough. Works in short slices, so that its thread can read the kernel's queue in between. One thread.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -27,9 +26,9 @@ class TreeFollower {
                  EventWindow& window, const std::atomic<bool>& stop);
 
     // Starts watching.
-    void Start() { Begin(true); }
+    void Start();
     // Whether every folder of the gallery that can be watched is watched.
-    bool HasLearntGallery() const { return !jobs_.HasGalleryJobs(); }
+    bool HasLearntGallery() const { return jobs_.IsEmpty(); }
 
     // Readable when there are events; -1 without the kernel's events.
     int Descriptor() { return tree_.inotify().Descriptor(); }
@@ -47,9 +46,12 @@ class TreeFollower {
     // When there is something to do next; a time in the past means now.
     TimePoint NextDue() const;
 
-    // The files of the gallery that were not complete at the last ReadEvents. No value when they are more
-    // than `most`, or when events or folders wait to be read.
-    std::optional<std::vector<std::string>> IncompleteFiles(size_t most);
+    // Looks at once at the folders without events.
+    void PollNow();
+    // Whether the ledger holds everything that happened before the last ReadEvents and PollNow.
+    bool HasCaughtUp() const;
+    // Adds what is in no window yet.
+    void AddUnreported(UnreportedPaths& paths) const;
 
     // Events were lost: start again and compare the disk with what was reported.
     void DistrustEvents() { eventsLost_ = true; }
@@ -69,7 +71,8 @@ class TreeFollower {
         const std::string path;
         Identity seen;
 
-        Identity Look() const;
+        // No value when it cannot be looked at.
+        std::optional<Identity> Look() const;
     };
     // Lines that are logged once.
     struct Logged {
@@ -81,27 +84,36 @@ class TreeFollower {
     void Begin(bool silent);
     void Recover();
     void OpenTree();
-    void Push(FolderJob job);
     void RunJobs(TimePoint until);
     void Look(const FolderJob& job);
+    void NoteUnread(const std::string& folder);
     void PushFoldersIn(const FolderJob& job, const FolderSnapshot& snapshot,
                        const std::vector<std::string>& appeared);
     void NoteLeftOut(const std::string& folder);
     void NoteIllegible(const std::string& folder);
 
     void Handle(const KernelEvent& event);
+    void HandleAround(const KernelEvent& event);
     void HandleFolder(const std::string& path, uint32_t mask);
     void HandleFile(const std::string& path, uint32_t mask);
-    void HandleLostWatch(const KernelEvent& event, const std::string& folder);
+    void HandleSelf(const KernelEvent& event, const std::string& folder);
+    void HandleTouchedFolder(const std::string& path);
+    void HandleLostWatch(const std::string& folder);
 
     void AppearFolder(const std::string& path, uint32_t flag);
     void LoseFolder(const std::string& path, uint32_t flag);
     void CheckRoots();
-    void LoseRoot();
+    void Replace(NamedFolder& folder, const Identity& now);
+    void WatchParents();
+    void WatchParent(const std::string& folder);
+    bool IsParent(const std::string& folder) const;
     void PollFolders(TimePoint now);
 
     NamedFolder root_;
     NamedFolder gallery_;
+    // The folder that holds the gallery, watched when it is not the watched folder: the gallery may be a
+    // link.
+    const std::string around_;
     const WatcherOptions options_;
     const std::atomic<bool>& stop_;
     ReportLedger ledger_;
@@ -110,8 +122,6 @@ class TreeFollower {
 
     bool onNetwork_ = false;
     FolderJobs jobs_;
-    // Files of the gallery that were created and, as far as is known, not closed since.
-    std::set<std::string> unfinished_;
     bool readAll_ = true;  // by the last ReadEvents
 
     TimePoint rootsDue_;

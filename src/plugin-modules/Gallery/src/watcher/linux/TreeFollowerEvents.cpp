@@ -5,7 +5,7 @@
 
 #include <sys/inotify.h>
 
-#include "common/text/TextUtil.h"
+#include "base/Text.h"
 #include "plugin-modules/Gallery/src/watcher/linux/TreeFollower.h"
 
 namespace watcher {
@@ -40,34 +40,63 @@ void TreeFollower::Handle(const KernelEvent& event) {
     const std::string* watched = tree_.FolderOf(event.watch);
     if (!watched) return;
     const std::string folder = *watched;
-    if (event.name.empty()) return HandleLostWatch(event, folder);
-    if (!KXP::IsValidUtf8(event.name)) return NoteIllegible(folder);
+    if (folder == around_) return HandleAround(event);
+    if (event.name.empty()) return HandleSelf(event, folder);
+    if (!KXP::IsValidUtf8(event.name)) NoteIllegible(folder);
     const std::string path = folder + "/" + std::string(event.name);
     (event.mask & IN_ISDIR) != 0 ? HandleFolder(path, event.mask) : HandleFile(path, event.mask);
+}
+
+// Only the time of that folder is of interest.
+void TreeFollower::HandleAround(const KernelEvent& event) {
+    const bool touched = event.name.empty() && (event.mask & IN_ATTRIB) != 0;
+    if (touched || (event.mask & (kComes | kGoes)) != 0) ledger_.Disturbed(root_.path);
+    if ((event.mask & IN_IGNORED) != 0) tree_.Forget(event.watch);
 }
 
 void TreeFollower::HandleFolder(const std::string& path, uint32_t mask) {
     if ((mask & kComes) != 0) AppearFolder(path, FlagOf(mask));
     if ((mask & kGoes) != 0) LoseFolder(path, FlagOf(mask));
+    if ((mask & IN_ATTRIB) != 0) HandleTouchedFolder(path);
 }
 
 void TreeFollower::HandleFile(const std::string& path, uint32_t mask) {
+    // One of the two folders may be a link.
+    if (IsNamed(path)) {
+        rootsDue_ = {};
+        return ledger_.Disturbed(path);
+    }
     if ((mask & kGoes) != 0) ledger_.FileGone(path, FlagOf(mask));
     if ((mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) != 0) ledger_.FileComplete(path, FlagOf(mask));
-    if ((mask & (kGoes | IN_CLOSE_WRITE | IN_MOVED_TO)) != 0) unfinished_.erase(path);
-    if ((mask & IN_CREATE) == 0) return;
-    ledger_.FileNamed(path);
-    if (ledger_.IsInGallery(path)) unfinished_.insert(path);
+    if ((mask & IN_CREATE) != 0) ledger_.FileNamed(path);
+    if (!ledger_.IsInGallery(path)) return;
+    if ((mask & IN_MODIFY) != 0) ledger_.FileWritten(path);
+    if ((mask & IN_ATTRIB) != 0) ledger_.FileTouched(path);
 }
 
-// The volume was unmounted, or the folder is gone, which its parent reports as well.
-void TreeFollower::HandleLostWatch(const KernelEvent& event, const std::string& folder) {
-    if ((event.mask & (IN_IGNORED | IN_UNMOUNT | IN_DELETE_SELF | IN_MOVE_SELF)) == 0) return;
-    if ((event.mask & IN_IGNORED) != 0) tree_.Forget(event.watch);
-    if (IsNamed(folder)) {
-        rootsDue_ = {};
-    } else if ((event.mask & IN_IGNORED) != 0) {
-        Push({folder, !ledger_.IsInGallery(folder)});
+// An event of the folder itself, which its parent, if that is watched, reports as well.
+void TreeFollower::HandleSelf(const KernelEvent& event, const std::string& folder) {
+    if ((event.mask & IN_ATTRIB) != 0) HandleTouchedFolder(folder);
+    if (IsNamed(folder) && (event.mask & (IN_UNMOUNT | IN_DELETE_SELF | IN_MOVE_SELF)) != 0) rootsDue_ = {};
+    if ((event.mask & IN_IGNORED) == 0) return;
+    tree_.Forget(event.watch);
+    HandleLostWatch(folder);
+}
+
+// Its permissions may let it be read now.
+void TreeFollower::HandleTouchedFolder(const std::string& path) {
+    if (path != root_.path && !ledger_.IsInGallery(path)) return;
+    ledger_.Disturbed(path);
+    if (poll_.IsUnread(path)) jobs_.Push({path});
+}
+
+// The volume was unmounted, or the folder is gone.
+void TreeFollower::HandleLostWatch(const std::string& folder) {
+    if (!IsNamed(folder)) return jobs_.Push({folder});
+    rootsDue_ = {};
+    // It has to be watched anew even if the same folder is back by then.
+    for (NamedFolder* named : {&root_, &gallery_}) {
+        if (named->path == folder && named->seen.exists) named->seen = {true, 0, 0};
     }
 }
 

@@ -33,9 +33,8 @@ void WatchTree::Close() {
 
 Watched WatchTree::Watch(const std::string& folder, bool ofGallery, bool named) {
     if (!inotify_.IsOpen()) return Watched::LeftOut;
-    const size_t limit = ofGallery || named ? limit_ : limit_ / 4;
-    if (byPath_.size() >= limit && byPath_.count(folder) == 0) return Watched::LeftOut;
-    const int watch = inotify_.Watch(folder, named, named);
+    if (byPath_.size() >= limit_ && byPath_.count(folder) == 0) return Watched::LeftOut;
+    const int watch = inotify_.Watch(folder, ofGallery, named);
     if (watch >= 0) {
         Enter(folder, watch);
         return Watched::Yes;

@@ -27,9 +27,8 @@ class WatchTree {
     void Close();
     Inotify& inotify() { return inotify_; }
 
-    // Watches a folder, or keeps watching it. A folder outside the gallery gets a watch only while less than
-    // a quarter of the limit is in use. A `named` folder, one that the user has chosen, may be a link, and
-    // its own removal or move is reported.
+    // Watches a folder, or keeps watching it. Writes are reported only of files of the gallery. A `named`
+    // folder, one that the user has chosen, may be a link, and its own removal or move is reported.
     Watched Watch(const std::string& folder, bool ofGallery, bool named);
     void UnwatchWithBeneath(const std::string& folder);
 

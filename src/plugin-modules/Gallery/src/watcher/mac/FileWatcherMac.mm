@@ -1,6 +1,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/CoreServices.h>
 
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -31,7 +32,8 @@ CFArrayRef CreatePaths(CFStringRef path) {
 
 watcher::ItemKind KindAt(const char* path) {
     struct stat status {};
-    if (stat(path, &status) != 0) return watcher::ItemKind::None;
+    if (stat(path, &status) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? watcher::ItemKind::None : watcher::ItemKind::Unknown;
     return S_ISDIR(status.st_mode) ? watcher::ItemKind::Folder : watcher::ItemKind::File;
 }
 
