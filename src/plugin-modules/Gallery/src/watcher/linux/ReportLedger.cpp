@@ -52,7 +52,11 @@ void ReportLedger::FileNamed(const std::string& path) {
 }
 
 void ReportLedger::FileWritten(const std::string& path) {
-    AwaitSettled(path, std::nullopt, open_.count(path) > 0 ? kOpened : ItemModified | ItemIsFile);
+    if (open_.count(path) > 0) return AwaitSettled(path, std::nullopt, kOpened);
+    AwaitSettled(path, std::nullopt, ItemModified | ItemIsFile);
+    // Who rewrites a file in steps closes it at the end. One that is never closed, or was cut by its path, is
+    // reported when nothing more seems to come.
+    unsettled_[path].quiet = kRewriteSettles * settle_;
 }
 
 void ReportLedger::FileTouched(const std::string& path) {
@@ -146,14 +150,14 @@ bool ReportLedger::IsYoung(const Item& item) const {
 
 void ReportLedger::AwaitSettled(const std::string& path, const std::optional<Stamp>& stamp, uint32_t flags) {
     const TimePoint now = std::chrono::steady_clock::now();
-    const auto [entry, isNew] = unsettled_.try_emplace(path, Unsettled{now, stamp, flags});
+    const auto [entry, isNew] = unsettled_.try_emplace(path, Unsettled{now, stamp, flags, settle_});
     if (!isNew) {
         // A look that finds nothing new does not start the time again; an event always does.
         if (!stamp || entry->second.stamp != stamp) entry->second.seen = now;
         entry->second.stamp = stamp;
         entry->second.flags |= flags;
     }
-    nextLook_ = std::min(nextLook_, entry->second.seen + settle_);
+    nextLook_ = std::min(nextLook_, entry->second.seen + entry->second.quiet);
 }
 
 void ReportLedger::LookAgain(TimePoint now) {
@@ -164,16 +168,16 @@ void ReportLedger::LookAgain(TimePoint now) {
             entry = unsettled_.erase(entry);
             continue;
         }
-        nextLook_ = std::min(nextLook_, entry->second.seen + settle_);
+        nextLook_ = std::min(nextLook_, entry->second.seen + entry->second.quiet);
         ++entry;
     }
 }
 
 bool ReportLedger::HasSettled(const std::string& path, Unsettled& entry, TimePoint now) {
-    if (now < entry.seen + settle_) return false;
+    if (now < entry.seen + entry.quiet) return false;
     const Item item = LookAt(path);
     const bool changed = item.kind == ItemKind::File && entry.stamp && item.stamp != *entry.stamp;
-    if (changed) entry = {now, item.stamp, entry.flags | ItemCreated | ItemIsFile};
+    if (changed) entry = {now, item.stamp, entry.flags | ItemCreated | ItemIsFile, entry.quiet};
     if (item.kind == ItemKind::Unknown) entry.seen = now;
     if (changed || item.kind == ItemKind::Unknown) return false;
     if (item.kind == ItemKind::None) {

@@ -70,6 +70,8 @@ class ReportLedger {
     void LookAgain(TimePoint now);
 
   private:
+    // How many times longer a known file that is written to must stay unchanged.
+    static constexpr int kRewriteSettles = 10;
     // The clock of files may be late by one tick.
     static constexpr int64_t kFileTickNs = 20000000;
 
@@ -77,8 +79,9 @@ class ReportLedger {
     // looked at and is looked at again until it can be.
     struct Unsettled {
         TimePoint seen;
-        std::optional<Stamp> stamp;  // as it was seen; none where each change causes an event
-        uint32_t flags = 0;          // to report then; 0 if only a further change is to be reported
+        std::optional<Stamp> stamp;          // as it was seen; none where each change causes an event
+        uint32_t flags = 0;                  // to report then; 0 if only a further change is to be reported
+        std::chrono::milliseconds quiet{0};  // how long it must stay as it is
     };
 
     void Report(const std::string& path, uint32_t flags);
