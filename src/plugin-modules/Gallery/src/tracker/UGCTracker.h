@@ -53,10 +53,11 @@ class UGCTracker : private IJournalSource {
         std::chrono::milliseconds sumInPassing{5};
     };
 
-    // Starts with the file's content or, if that does not match the disk, with a rebuild that continues after
-    // the constructor has returned. With `useUniqueFile` it always rebuilds, into a file of its own that
-    // replaces the tracker's file at the end. `host` outlives it. Throws KXP::Exception when the share folder
-    // cannot be created, and std::runtime_error when no unique name is left.
+    // If no other process does, it writes the file: it starts with its content or, if that does not match the
+    // disk, with a rebuild that continues after the constructor has returned. With `useUniqueFile` it always
+    // rebuilds, into a file of its own that replaces the tracker's file at the end. Otherwise it follows the
+    // file until that process ends. `host` outlives it. Throws KXP::Exception when the share folder cannot be
+    // created, and std::runtime_error when no unique name is left.
     UGCTracker(ITrackerHost* host, bool useUniqueFile) : UGCTracker(host, useUniqueFile, Parts{}) {}
     UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& parts);
     // Stops. On any thread but the tracker's worker and the watcher's.
@@ -153,7 +154,7 @@ class UGCTracker : private IJournalSource {
     };
 
     // Start and rebuild.
-    void StartWatcher(WatcherOptions options);
+    void StartWatcher();
     void ParseTracker() EXCLUDES(mutex_);
     void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId) EXCLUDES(mutex_);
     void Rebuild(const char* reason, RebuildPlan::Former former);
@@ -164,6 +165,15 @@ class UGCTracker : private IJournalSource {
     void EnterKnown();
     void EnterChanges(const std::vector<std::string>& paths, std::chrono::steady_clock::time_point until);
     void EnterChange(const std::string& path) EXCLUDES(mutex_);
+
+    // Beside another process, on the worker.
+    void FollowLater();
+    void Follow();
+    void TakeKept(const KeptCapture& kept);
+    void TakeOverRecord();
+    void ReadRecord();
+    void CompleteFollowed(TrackedUGC& record);
+    void TakeRecord(std::vector<TrackedUGC> records, int32_t lastId) EXCLUDES(mutex_);
 
     // Tracking, on the worker.
     void EnqueueWork(const void* tag, std::function<void()> work);
@@ -233,8 +243,11 @@ class UGCTracker : private IJournalSource {
     mutable KXP::CondVar entered_;  // a record was added, or a wait has to end
     RecordStore records_ GUARDED_BY(mutex_);
 
-    // Set by the constructor and Stop; in between the thread that has the journal's turn uses it.
+    WatcherOptions watcherOptions_;
+    // Set before the worker starts, or by it while it does not own the file, and by Stop; otherwise the
+    // thread that has the journal's turn uses it.
     std::unique_ptr<IFileWatcher> watcher_;
+    bool followed_ = false;  // the file of another process was read; used like watcher_
     // Its entries use all of the above. Stop ends it before the watcher, whose reports it drops then.
     KXP::TaskQueue queue_;
     CapacityWatch capacity_;

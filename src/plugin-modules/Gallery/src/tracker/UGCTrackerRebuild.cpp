@@ -12,13 +12,6 @@ namespace {
 // Files of a rebuild for each entry of the queue.
 constexpr size_t kSome = 32;
 
-// Of the records in the tracker's file. If somebody else has written it, their files have to be looked at.
-void TakeStamps(const TrackerJournal::Stamps& stamps, RebuildPlan::Former& former) {
-    former.isOwn = stamps && stamps->size() == former.records.size();
-    for (size_t i = 0; former.isOwn && i < former.records.size(); ++i)
-        former.records[i].stamp = (*stamps)[i];
-}
-
 bool HasFacts(const TrackedUGC& record) {
     return !record.topBarText.empty() || !record.bottomBarText.empty() || TrackedUGC::IsAHighlight(record);
 }
@@ -32,7 +25,7 @@ void UGCTracker::ParseTracker() {
     const bool read = !journal_.Read(document, info, &stamps).Failed();
     RebuildPlan::Former former;
     if (read) former.records = ParseUGCFromJSON(document);
-    TakeStamps(stamps, former);
+    former.TakeStamps(stamps);
     // If the settings still say that a rebuild is in progress, an earlier start did not finish it.
     if (!read || info.version != kTrackerVersion ||
         host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress)

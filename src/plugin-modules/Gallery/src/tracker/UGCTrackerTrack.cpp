@@ -46,7 +46,9 @@ void UGCTracker::TrackFile(const std::string& path) {
 }
 
 void UGCTracker::TrackWatchedFile(const std::string& path) {
-    if (place_.KindOf(path) == GalleryPlace::Kind::Capture && !ignoreList_.Has(path)) EnqueueTrack(path);
+    if (place_.KindOf(path) != GalleryPlace::Kind::Capture || ignoreList_.Has(path)) return;
+    // Only who writes the record gives ids; the others are shown the file by it.
+    if (journal_.Owns()) EnqueueTrack(path);
 }
 
 void UGCTracker::EnqueueTrack(const std::string& path) {
@@ -109,7 +111,7 @@ bool UGCTracker::MayWaitForNext() {
 
 void UGCTracker::TrackNow(const std::string& path) {
     const std::optional<std::string> place = place_.CapturePathOf(path);
-    if (!place) return;
+    if (!place || !journal_.Owns()) return;
     TrackOrLog(*place);
     EnqueueFinish();
 }
@@ -123,6 +125,7 @@ void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
     const RecordPtr record = FindRecord(from);
     const std::optional<std::string> place = place_.CapturePathOf(to);
     if (record) Drop({record->path});
+    if (!journal_.Owns()) return EnqueueFinish();
     if (place && record && StampAt(*place) == record->stamp) {
         TrackedUGC moved = *record;
         moved.path = *place;
