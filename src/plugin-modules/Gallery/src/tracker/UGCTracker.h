@@ -171,6 +171,7 @@ class UGCTracker : private IJournalSource {
     void Follow();
     void TakeKept(const KeptCapture& kept);
     void TakeOverRecord();
+    void FindMissed();
     void ReadRecord();
     void CompleteFollowed(TrackedUGC& record);
     void TakeRecord(std::vector<TrackedUGC> records, int32_t lastId) EXCLUDES(mutex_);

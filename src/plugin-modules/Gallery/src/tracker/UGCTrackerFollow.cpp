@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 #include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
@@ -44,11 +45,26 @@ void UGCTracker::TakeOverRecord() {
     KXP_LOG(KXP::LogMilestone, "The process that wrote %s has ended, this one goes on", kTrackerFileName);
     ReadRecord();
     StartWatcher();
-    if (rebuilding_ == Rebuilding::InOneFile) {
-        Rebuild("The gallery was changed, and nobody has read it yet", {});
-    } else {
-        ParseTracker();
+    if (rebuilding_ == Rebuilding::InOneFile)
+        return Rebuild("The gallery was changed, and nobody has read it yet", {});
+    FindMissed();
+    // If that process has left a rebuild, it is complete now.
+    queue_.EnqueueNotification(
+        queue_.Now(), [this] { host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete); });
+}
+
+// Finds what has changed while nobody watched.
+void UGCTracker::FindMissed() {
+    place_.NoteScanned();
+    const FoundFiles found = ScanGallery(gallery());
+    for (const std::string& folder : found.unread)
+        NoteFailedLook(folder);
+    for (const FoundFile& file : found.files) {
+        const RecordPtr record = RecordAt(file.path);
+        if (!record || record->stamp != file.stamp) TrackWatchedFile(file.path);
     }
+    DropGoneIn(KXP::WithoutSlash(gallery()));
+    journal_.NoteDisturbed();
 }
 
 // The file may be of another gallery, whose change this process has not heard of yet, or the other has not.
@@ -57,7 +73,7 @@ void UGCTracker::ReadRecord() {
         KXP::Document document;
         TrackerInfo info;
         TrackerJournal::Stamps stamps;
-        if (journal_.Read(document, info, &stamps).Failed()) return;
+        if (journal_.Read(document, info, &stamps).Failed() || info.version != kTrackerVersion) return;
         RebuildPlan::Former former;
         former.records = ParseUGCFromJSON(document);
         former.TakeStamps(stamps);
