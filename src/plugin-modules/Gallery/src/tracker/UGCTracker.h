@@ -75,8 +75,9 @@ class UGCTracker : private IJournalSource {
     // The path under which the file is on record, or would be; of another file the path itself.
     std::string PlaceOf(const std::string& path) const { return place_.CapturePathOf(path).value_or(path); }
 
-    // Queues a scan of the whole gallery, which only adds and renews records. `former` is what they were.
-    void UpdateTracker(RebuildPlan::Former former = {});
+    // Scans the whole gallery and queues its files for `when`, which only adds and renews records. `former`
+    // is what they were.
+    void UpdateTracker(RebuildPlan::Former former, KXP::TimePoint when);
     // Each queues the work for one path. TrackFolder tracks the files in a game's folder; for the gallery, or
     // its parent, the whole gallery. The second is for a path as gallery() has it.
     void TrackFile(const std::string& path);
@@ -177,7 +178,7 @@ class UGCTracker : private IJournalSource {
     void TakeRecord(std::vector<TrackedUGC> records, int32_t lastId) EXCLUDES(mutex_);
 
     // Tracking, on the worker.
-    void EnqueueWork(const void* tag, std::function<void()> work);
+    void EnqueueWork(const void* tag, KXP::TimePoint when, std::function<void()> work);
     void EnqueueFinish();
     void EnqueueTrack(const std::string& path);
     void TrackFilesIn(const std::string& folder);
@@ -191,6 +192,7 @@ class UGCTracker : private IJournalSource {
     RecordPtr RecordAt(const std::string& path) const EXCLUDES(mutex_);
     RecordPtr FindRecord(const std::string& path) const EXCLUDES(mutex_);
     std::vector<std::string> PathsIn(const std::string& folder) const EXCLUDES(mutex_);
+    void TrackMoved(const TrackedUGC& record, const std::string& place);
     void TrackOrLog(const std::string& path, const TrackedUGC* former = nullptr);
     KXP::RetVal TrackFileTask(const std::string& path, const TrackedUGC* former) EXCLUDES(mutex_);
     void TrackUGC(TrackedUGC record, const KeptFacts& hint) EXCLUDES(mutex_);

@@ -78,10 +78,10 @@ void UGCTracker::Rebuild(const char* reason, RebuildPlan::Former former) {
         records_.Clear();
     }
     KXP_LOG(KXP::LogMilestone, "%s", reason);
-    UpdateTracker(std::move(former));
+    UpdateTracker(std::move(former), queue_.Now());
 }
 
-void UGCTracker::UpdateTracker(RebuildPlan::Former former) {
+void UGCTracker::UpdateTracker(RebuildPlan::Former former, KXP::TimePoint when) {
     place_.NoteScanned();
     FoundFiles found = ScanGallery(gallery());
     for (const std::string& folder : found.unread)
@@ -93,7 +93,7 @@ void UGCTracker::UpdateTracker(RebuildPlan::Former former) {
     const auto plan = std::make_shared<RebuildPlan>(std::move(found), std::move(former),
                                                     KXP::Platform::KeepsInodes(gallery()));
     for (size_t enqueued = 0; enqueued < plan->size(); enqueued += kSome)
-        EnqueueWork(&kRunTag, [this, plan] { TrackSome(*plan); });
+        EnqueueWork(&kRunTag, when, [this, plan] { TrackSome(*plan); });
     if (rebuilding_ == Rebuilding::InOneFile)
         queue_.EnqueueNotification(queue_.Now(), [this] { FinishRebuild(); });
     queue_.EnqueueNotification(queue_.Now(), [this] {

@@ -52,13 +52,16 @@ void UGCTracker::TrackWatchedFile(const std::string& path) {
 }
 
 void UGCTracker::EnqueueTrack(const std::string& path) {
-    EnqueueWork(&kRunTag, [this, path] { TrackOrLog(path); });
+    EnqueueWork(&kRunTag, queue_.Now(), [this, path] { TrackOrLog(path); });
 }
 
 void UGCTracker::TrackFolder(const std::string& path) {
     const GalleryPlace::Kind kind = place_.KindOf(path);
-    if (kind == GalleryPlace::Kind::Gallery) EnqueueWork(nullptr, [this] { UpdateTracker(); });
-    if (kind == GalleryPlace::Kind::Game) EnqueueWork(nullptr, [this, path] { TrackFilesIn(path); });
+    // The whole gallery is tracked before files in it that are reported from now on: in its order.
+    const KXP::TimePoint when = queue_.Now();
+    if (kind == GalleryPlace::Kind::Gallery)
+        EnqueueWork(nullptr, when, [this, when] { UpdateTracker({}, when); });
+    if (kind == GalleryPlace::Kind::Game) EnqueueWork(nullptr, when, [this, path] { TrackFilesIn(path); });
 }
 
 void UGCTracker::TrackFilesIn(const std::string& folder) {
@@ -75,13 +78,13 @@ void UGCTracker::UntrackFile(const std::string& path) {
         const KXP::MutexLock lock(mutex_);
         before = records_.nextPlace();
     }
-    EnqueueWork(&kRunTag, [this, path, before] { UntrackPath(path, before); });
+    EnqueueWork(&kRunTag, queue_.Now(), [this, path, before] { UntrackPath(path, before); });
 }
 
 // The backlog counts an entry until it is done: until then a known change is missing from the record.
-void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
+void UGCTracker::EnqueueWork(const void* tag, KXP::TimePoint when, std::function<void()> work) {
     backlog_.Begin();
-    queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
+    queue_.EnqueueTagged(when, tag, [this, work = std::move(work)] {
         try {
             work();
         } catch (...) {
@@ -126,14 +129,21 @@ void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
     const std::optional<std::string> place = place_.CapturePathOf(to);
     if (record) Drop({record->path});
     if (!journal_.Owns()) return EnqueueFinish();
-    if (place && record && StampAt(*place) == record->stamp) {
-        TrackedUGC moved = *record;
-        moved.path = *place;
-        TrackUGC(std::move(moved), FactsOfRecord(*record));
-    } else if (place) {
-        TrackOrLog(*place);
-    }
+    if (place) record ? TrackMoved(*record, *place) : TrackOrLog(*place);
     EnqueueFinish();
+}
+
+void UGCTracker::TrackMoved(const TrackedUGC& record, const std::string& place) {
+    TrackedUGC moved = record;
+    moved.path = place;
+    // It may have been changed a moment before.
+    if (StampAt(place) != record.stamp) {
+        Inspection inspection = InspectCapture(place);
+        if (inspection.finding != Inspection::Finding::Capture) return TrackOrLog(place);
+        moved = std::move(inspection.record);
+        moved.id = record.id;
+    }
+    TrackUGC(std::move(moved), FactsOfRecord(record));
 }
 
 bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
@@ -205,7 +215,7 @@ void UGCTracker::LookAgain(const std::string& path) {
     NoteDisturbed(path);
     if (kind == GalleryPlace::Kind::Gallery) {
         backlog_.ClearFailed(path);
-        UpdateTracker();
+        UpdateTracker({}, queue_.Now());
     } else if (kind == GalleryPlace::Kind::Game) {
         TrackFilesIn(path);
         DropGoneIn(path);
