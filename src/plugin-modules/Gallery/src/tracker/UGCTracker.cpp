@@ -26,17 +26,15 @@ void DeleteUniqueTrackerFiles() {
 
 UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& parts)
     : host_(*host),
+      watcherOptions_(parts.watcher),
       place_(host->GetGalleryPath()),
-      news_(parts.clock),
-      kept_(KXP::CreateDirectoryPath(GetShareFolderPath())),
+      record_(*host, capacity_, KXP::CreateDirectoryPath(GetShareFolderPath()), parts.clock,
+              useUniqueFile ? Rebuilding::InOneFile : Rebuilding::No),
       journal_(*this, KXP::CreateDirectoryPath(GetShareFolderPath()), gallery(), parts.clock,
                parts.sumInPassing),
-      rebuilding_(useUniqueFile ? Rebuilding::InOneFile : Rebuilding::No),
-      watcherOptions_(parts.watcher),
       queue_("UGC_", parts.clock),
       capacity_(host_, queue_) {
     if (!useUniqueFile) DeleteUniqueTrackerFiles();
-    kept_.Load();
     if (journal_.Open(useUniqueFile)) {
         // The watcher starts first and the worker last: changes made while the file is read and compared are
         // in the queue when the worker starts, after the entries of a rebuild, and none is missed.
@@ -46,14 +44,14 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
         KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
         ReadRecord();
     }
-    queue_.EnqueueNotification(queue_.Now(), [this] { SortOutKept(); });
-    if (parts.watch) FollowLater();
+    queue_.EnqueueNotification(queue_.Now(), [this] { record_.SortOutKept(stopping_); });
+    if (parts.watch) queue_.EnqueueNotification(queue_.Now(), [this] { Follow(); });
     capacity_.MonitorDiskSpace();
     // Those that were in flight when the gallery was changed.
     for (const Highlight& highlight : host_.GetPendingHighlights().All())
         CancelLater(highlight);
     if (parts.startWorker) queue_.Start();
-    news_.Drain();
+    news().Drain();
 }
 
 UGCTracker::~UGCTracker() {
@@ -76,12 +74,12 @@ void UGCTracker::Stop() {
     if (queue_.IsStarted()) EnterKnown();
     queue_.StopAndJoin();
     // While the watcher can still report whether there are more changes.
-    if (news_.HasUnwritten() || journal_.NeedsSum() || journal_.lastIdInFile() != LastId())
+    if (news().HasUnwritten() || journal_.NeedsSum() || journal_.lastIdInFile() != record_.LastId())
         (void)Write(Sum::Renew);
-    (void)kept_.Save();
+    (void)kept().Save();
     journal_.Close();
     watcher_.reset();
-    news_.Drain();
+    news().Drain();
 }
 
 // The window of what was changed a moment ago would close too late.
@@ -90,21 +88,16 @@ void UGCTracker::EnterKnown() {
     std::optional<UnreportedPaths> unreported;
     while (watcher_ && !unreported && steady_clock::now() < until)
         unreported = watcher_->Unreported(kAllUnreported);
-    if (unreported) {
-        EnterChanges(unreported->changed, until);
-        EnterChanges(unreported->incomplete, until);
-        for (const std::string& path : unreported->disturbed)
+    if (!unreported) unreported.emplace();
+    for (const std::vector<std::string>* paths : {&unreported->changed, &unreported->incomplete}) {
+        for (const std::string& path : *paths) {
             NoteDisturbed(path);
+            if (steady_clock::now() < until) EnterChange(path);
+        }
     }
-    backlog_.Await(until);
-}
-
-void UGCTracker::EnterChanges(const std::vector<std::string>& paths, steady_clock::time_point until) {
-    for (const std::string& path : paths) {
-        if (steady_clock::now() >= until) return;
+    for (const std::string& path : unreported->disturbed)
         NoteDisturbed(path);
-        EnterChange(path);
-    }
+    backlog_.Await(until);
 }
 
 void UGCTracker::EnterChange(const std::string& path) {
@@ -112,7 +105,7 @@ void UGCTracker::EnterChange(const std::string& path) {
     if (kind == GalleryPlace::Kind::Capture && !IsGone(path)) {
         if (!IsSettled(path)) TrackOrLog(path);
     } else if (kind == GalleryPlace::Kind::Capture) {
-        Drop({path});
+        record_.Remove({path});
     } else if (kind == GalleryPlace::Kind::Game) {
         DropGoneIn(path);
         for (const FoundFile& file : ScanFolder(path).files)

@@ -1,9 +1,7 @@
 // Announced files, and highlights: in flight, matched with their files, and by group.
 #include <algorithm>
 #include <chrono>
-#include <map>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -28,11 +26,7 @@ void KeepMatching(std::vector<TrackedUGC>& records, int32_t TrackedUGC::*bits, i
 }  // namespace
 
 void UGCTracker::EnqueuePendingHighlight(Highlight& highlight) {
-    {
-        const KXP::MutexLock lock(mutex_);
-        highlight.SetId(NewId());
-        host_.GetPendingHighlights().Enqueue(highlight);
-    }
+    record_.Promise(highlight);
     CancelLater(highlight);
 }
 
@@ -45,27 +39,14 @@ void UGCTracker::CancelLater(const Highlight& highlight) {
     queue_.EnqueueNotification(queue_.Now() + end + kHighlightGrace, [this, highlight] {
         if (!DequeuePendingHighlight(highlight)) return;
         KXP_LOG(KXP::LogFailure, "Timeout on HL capture, deleted HL in-flight");
-        news_.AddAtOnce([this, highlight] { host_.NotifyHighlightCanceled(highlight); });
-        news_.Drain();
+        news().AddAtOnce([this, highlight] { host_.NotifyHighlightCanceled(highlight); });
+        news().Drain();
     });
 }
 
-// In one critical section: either the announcement finds the record, or the record will find the
-// announcement.
 void UGCTracker::Announce(const std::string& announced, const Announcement& announcement) {
     const std::string path = PlaceOf(announced);
-    std::optional<int32_t> oldId;
-    {
-        const KXP::MutexLock lock(mutex_);
-        if (const RecordPtr found = records_.FindByPath(path)) {
-            oldId = found->id;
-            if (announcement.ofHighlight) UpdateHighlightInfo(*found, announcement.highlight);
-            news_.Add(News::Change::None,
-                      [this, path, announcement] { NotifyAnnounced(path, announcement); });
-        } else {
-            host_.GetAnnouncements().Put(path, announcement);
-        }
-    }
+    const std::optional<int32_t> oldId = record_.Announce(path, announcement);
     if (!oldId) return TrackFile(path);
     if (announcement.ofHighlight) {
         KXP_LOG(KXP::LogFailure, "UpdateHighlightInfo %s %d HL id %d", KXP::NameOf(path).c_str(), *oldId,
@@ -73,40 +54,17 @@ void UGCTracker::Announce(const std::string& announced, const Announcement& anno
         // On the tracker's worker: the caller is the module's worker, and nobody waits for the file.
         queue_.EnqueueNotification(queue_.Now(), [this] {
             (void)Write(Sum::Keep);
-            news_.Drain();
+            news().Drain();
         });
     }
-    news_.Drain();
-}
-
-void UGCTracker::UpdateHighlightInfo(const TrackedUGC& found, const Highlight& highlight) {
-    TrackedUGC record = found;
-    host_.GetPendingHighlights().Dequeue(highlight);
-    if (IsFreeId(highlight.GetId())) record.id = highlight.GetId();
-    Apply(FactsOf(highlight, record), record);
-    Keep(record, FactsOf(record, true));
-    records_.Replace(std::move(record));
-}
-
-void UGCTracker::NotifyAnnounced(const std::string& path, const Announcement& announcement) {
-    // Drops an earlier announcement of the same file that nothing has used.
-    bool unannounced = false;
-    (void)host_.GetAnnouncements().Take(path, unannounced);
-    TrackedUGC record;
-    if (GetUGCData(path, record).Failed()) return;
-    if (announcement.ofHighlight) {
-        host_.NotifyHighlightSaved(record, announcement.unannounced);
-    } else {
-        host_.NotifyCaptureSaved(record, false);
-    }
+    news().Drain();
 }
 
 RetVal UGCTracker::GetHighlights(std::vector<TrackedUGC>& out, const std::string& game,
                                  const std::string& group) const {
     if (!group.empty()) {
-        KXP::MutexLock lock(mutex_);
-        for (const RecordPtr& record : records_.OfGroup(game, group))
-            out.push_back(*record);
+        for (TrackedUGC& record : record_.OfGroup(game, group).records)
+            out.push_back(std::move(record));
     }
     host_.GetPendingHighlights().GetPendingHighlights(out, game, group);
     if (!out.empty()) return {};
@@ -124,69 +82,27 @@ RetVal UGCTracker::GetFilteredHighlights(std::vector<TrackedUGC>& out, const std
 
 RetVal UGCTracker::DeleteTrackedHighlights(const std::vector<TrackedUGC>& records) {
     std::vector<TrackedUGC> doomed = records;
-    {
-        KXP::MutexLock lock(mutex_);
-        for (TrackedUGC& record : doomed) {
-            // The usage is not reduced: it is too high, which is safe, until the next rebuild counts again.
-            const RecordPtr taken = records_.Take(record.id, record.profileName, record.highlightGroupId);
-            if (!taken) continue;
-            record.path = taken->path;
-            AddRemovedNews(taken);
-        }
-    }
-    RemoveFromGroups(doomed);
+    record_.TakeHighlights(doomed);
+    record_.RemoveFromGroups(doomed);
     for (const TrackedUGC& record : doomed) {
         if (DeleteUGC(record).Failed()) KXP_LOG(KXP::LogFailure, "Failed to delete media file from disk");
     }
     RetVal written = Write(Sum::Keep);
-    news_.Drain();
+    news().Drain();
     return written;
 }
 
-void UGCTracker::RemoveFromGroups(const std::vector<TrackedUGC>& records) {
-    using Group = std::pair<std::string, std::string>;  // group and game
-    std::map<Group, std::set<int>> groups;
-    for (const TrackedUGC& record : records)
-        groups[{record.highlightGroupId, record.profileName}].insert(record.id);
-    for (const auto& [key, ids] : groups) {
-        const auto& [group, game] = key;
-        bool knowsGame = false;
-        bool knowsGroup = false;
-        {
-            KXP::MutexLock lock(mutex_);
-            const auto found = records_.games().find(game);
-            knowsGame = found != records_.games().end();
-            knowsGroup = knowsGame && found->second.groups.count(group) > 0;
-            if (knowsGroup) records_.RemoveFromGroup(game, group, ids);
-        }
-        if (!knowsGame)
-            KXP_LOG(KXP::LogFailure, "DeleteGroupHighlights: Could not find persisted game");
-        else if (!knowsGroup)
-            KXP_LOG(KXP::LogFailure, "GetGroupHighlights: Failed to find the group");
-    }
-}
-
 RetVal UGCTracker::DeleteTrackedHighlightGroup(const std::string& group, const std::string& game) {
-    bool knowsGame = false;
-    bool knowsGroup = false;
-    std::vector<TrackedUGC> records;
-    {
-        KXP::MutexLock lock(mutex_);
-        const auto found = records_.games().find(game);
-        knowsGame = found != records_.games().end();
-        knowsGroup = knowsGame && found->second.groups.count(group) > 0;
-        for (const RecordPtr& record : records_.OfGroup(game, group))
-            records.push_back(*record);
-    }
-    if (!knowsGame) {
+    const GalleryRecord::Group found = record_.OfGroup(game, group);
+    if (!found.knowsGame) {
         KXP_LOG(KXP::LogFailure, "DeleteTrackedHighlightGroup: Could not find persisted game");
         return {};
     }
-    if (!knowsGroup) {
+    if (!found.knowsGroup) {
         KXP_LOG(KXP::LogFailure, "DeleteTrackedHighlightGroup: Failed to find the group");
         return {};
     }
-    RetVal deleted = DeleteTrackedHighlights(records);
+    RetVal deleted = DeleteTrackedHighlights(found.records);
     if (deleted.Failed())
         KXP_LOG(KXP::LogFailure, "DeleteTrackedHighlightGroup: Failed to delete tracked highlights: 0x%08u",
                 static_cast<unsigned>(deleted.code));

@@ -13,19 +13,17 @@
 using KXP::RetVal;
 namespace Code = KXP::Code;
 
+UGCTracker::RecordPtr UGCTracker::FindRecord(const std::string& path) const {
+    if (RecordPtr found = record_.At(path)) return found;
+    const std::optional<std::string> place = place_.CapturePathOf(path);
+    return place ? record_.At(*place) : nullptr;
+}
+
 RetVal UGCTracker::GetUGCData(const std::string& path, TrackedUGC& out) const {
     const RecordPtr record = FindRecord(path);
     if (!record) return {Code::kNotFound, "UGC not found", 0};
     out = *record;
     return {};
-}
-
-std::vector<std::string> UGCTracker::GetTrackedGames() const {
-    std::vector<std::string> names;
-    KXP::MutexLock lock(mutex_);
-    for (const auto& [name, game] : records_.games())
-        names.push_back(name);
-    return names;
 }
 
 // Removes the captures whose files are gone, from `list` and from the record.
@@ -41,18 +39,15 @@ void UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
 
 void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
     if (gone.empty()) return;
-    for (size_t found = Untrack(gone, UINT64_MAX); found < gone.size(); ++found)
+    for (size_t found = record_.Remove(gone); found < gone.size(); ++found)
         KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
-    Flush();
+    (void)Write(Sum::Renew);
+    news().Drain();
 }
 
 std::vector<TrackedUGC> UGCTracker::GetSanatizedGameUGC(const std::string& game) {
     std::vector<TrackedUGC> found;
-    std::vector<RecordPtr> records;
-    {
-        KXP::MutexLock lock(mutex_);
-        records = records_.OfGame(game);
-    }
+    const std::vector<RecordPtr> records = record_.OfGame(game);
     found.reserve(records.size());
     for (const RecordPtr& record : records)
         found.push_back(*record);
@@ -70,11 +65,7 @@ std::vector<TrackedUGC> UGCTracker::GetGameUGC(const std::string& game) {
 
 std::vector<TrackedUGC> UGCTracker::GetRecentUGC(unsigned count) {
     std::vector<TrackedUGC> out;
-    size_t wanted = 0;
-    {
-        KXP::MutexLock lock(mutex_);
-        wanted = std::min<size_t>(count, records_.size());
-    }
+    const size_t wanted = std::min<size_t>(count, record_.size());
     if (wanted == 0) {
         if (count > 0) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
         return out;
@@ -84,10 +75,7 @@ std::vector<TrackedUGC> UGCTracker::GetRecentUGC(unsigned count) {
     RecordStore::IdKey end = RecordStore::NewestEnd();
     std::vector<RecordPtr> next;
     do {
-        {
-            KXP::MutexLock lock(mutex_);
-            next = records_.Newest(wanted - out.size(), end);
-        }
+        next = record_.Newest(wanted - out.size(), end);
         for (const RecordPtr& record : next) {
             if (!IsGone(record->path)) {
                 out.push_back(*record);
@@ -119,6 +107,5 @@ RetVal UGCTracker::DeleteUGC(const TrackedUGC& record) {
 }
 
 unsigned UGCTracker::GetCurrentSizeMB() const {
-    KXP::MutexLock lock(mutex_);
-    return static_cast<unsigned>(records_.SumKB() >> 10);
+    return static_cast<unsigned>(record_.SumKB() >> 10);
 }

@@ -49,12 +49,7 @@ void UGCTracker::ParseTracker() {
     } else {
         Rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath", std::move(former));
     }
-    uint32_t usageKB = 0;
-    {
-        const KXP::MutexLock lock(mutex_);
-        usageKB = records_.usageKB();
-    }
-    capacity_.UpdateGalleryUsage(usageKB);
+    capacity_.UpdateGalleryUsage(record_.usageKB());
 }
 
 // What people gave is kept before it is in the tracker's file, so it is never older. Only somebody who has
@@ -63,20 +58,16 @@ void UGCTracker::Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t
     for (TrackedUGC& record : former.records) {
         if (!former.isOwn) {
             record.stamp = StampAt(record.path);
-            if (HasFacts(record)) Keep(record, FactsOf(record, TrackedUGC::IsAHighlight(record)));
-        } else if (const KeptPtr kept = kept_.LatestOf(record.path)) {
-            Apply(kept->facts, record);
+            if (HasFacts(record)) record_.Keep(record, FactsOf(record, TrackedUGC::IsAHighlight(record)));
+        } else if (const KeptPtr given = kept().LatestOf(record.path)) {
+            Apply(given->facts, record);
         }
     }
-    const KXP::MutexLock lock(mutex_);
-    records_.Load(std::move(former.records), std::move(games), lastId);
+    record_.Load(std::move(former.records), std::move(games), lastId);
 }
 
 void UGCTracker::Rebuild(const char* reason, RebuildPlan::Former former) {
-    {
-        const KXP::MutexLock lock(mutex_);
-        records_.Clear();
-    }
+    record_.Clear();
     KXP_LOG(KXP::LogMilestone, "%s", reason);
     UpdateTracker(std::move(former), queue_.Now());
 }
@@ -86,23 +77,19 @@ void UGCTracker::UpdateTracker(RebuildPlan::Former former, KXP::TimePoint when) 
     FoundFiles found = ScanGallery(gallery());
     for (const std::string& folder : found.unread)
         NoteFailedLook(folder);
-    Rebuilding none = Rebuilding::No;
-    rebuilding_.compare_exchange_strong(none, Rebuilding::Silently);
+    if (record_.rebuilding() == Rebuilding::No) record_.SetRebuilding(Rebuilding::Silently);
     // Written before the first file is queued, so that the next start rebuilds if the process ends now.
     host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateInProgress);
     const auto plan = std::make_shared<RebuildPlan>(std::move(found), std::move(former),
                                                     KXP::Platform::KeepsInodes(gallery()));
     for (size_t enqueued = 0; enqueued < plan->size(); enqueued += kSome)
         EnqueueWork(&kRunTag, when, [this, plan] { TrackSome(*plan); });
-    if (rebuilding_ == Rebuilding::InOneFile)
+    if (record_.rebuilding() == Rebuilding::InOneFile)
         queue_.EnqueueNotification(queue_.Now(), [this] { FinishRebuild(); });
     queue_.EnqueueNotification(queue_.Now(), [this] {
-        rebuilding_ = Rebuilding::No;
+        record_.SetRebuilding(Rebuilding::No);
         host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete);
-        {
-            const KXP::MutexLock lock(mutex_);
-            host_.GetGallerySettings()->SetCurrentSizeMB(records_.usageKB() / 1000);
-        }
+        host_.GetGallerySettings()->SetCurrentSizeMB(record_.usageKB() / 1000);
         KXP_LOG(KXP::LogMilestone, "Tracker update done");
     });
 }
@@ -112,34 +99,28 @@ void UGCTracker::TrackSome(RebuildPlan& plan) {
     for (size_t left = kSome; left > 0; --left) {
         std::optional<RebuildPlan::Step> step = plan.Next();
         if (!step) return;
-        if (!ignoreList_.Has(step->path)) TrackStep(std::move(*step));
+        if (ignoreList_.Has(step->path)) continue;
+        if (step->unchanged) {
+            const KeptFacts facts = FactsOf(*step->former, TrackedUGC::IsAHighlight(*step->former));
+            step->former->id = 0;
+            record_.Track(std::move(*step->former), facts);
+        } else {
+            TrackOrLog(step->path, step->former ? &*step->former : nullptr);
+        }
     }
-}
-
-void UGCTracker::TrackStep(RebuildPlan::Step step) {
-    if (!step.unchanged) return TrackOrLog(step.path, step.former ? &*step.former : nullptr);
-    const KeptFacts facts = FactsOf(*step.former, TrackedUGC::IsAHighlight(*step.former));
-    step.former->id = 0;
-    TrackUGC(std::move(*step.former), facts);
 }
 
 void UGCTracker::FinishRebuild() {
     queue_.AssertOnWorker();
     journal_.TakeOver();
     std::vector<TrackedUGC> all;
-    {
-        const KXP::MutexLock lock(mutex_);
-        for (const RecordPtr& record : records_.Snapshot())
-            all.push_back(*record);
-    }
+    for (const RecordPtr& record : record_.Snapshot())
+        all.push_back(*record);
     SanitizeUGC(all);
-    {
-        const KXP::MutexLock lock(mutex_);
-        news_.AddAtOnce([this, usageKB = records_.usageKB()] {
-            capacity_.UpdateGalleryUsage(usageKB);
-            host_.NotifyTrackerUpdate(TrackerUpdateComplete);
-        });
-    }
-    news_.Drain();
-    rebuilding_ = Rebuilding::Silently;
+    news().AddAtOnce([this, usageKB = record_.usageKB()] {
+        capacity_.UpdateGalleryUsage(usageKB);
+        host_.NotifyTrackerUpdate(TrackerUpdateComplete);
+    });
+    news().Drain();
+    record_.SetRebuilding(Rebuilding::Silently);
 }

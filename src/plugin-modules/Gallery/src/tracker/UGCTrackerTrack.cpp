@@ -48,11 +48,7 @@ void UGCTracker::TrackFile(const std::string& path) {
 void UGCTracker::TrackWatchedFile(const std::string& path) {
     if (place_.KindOf(path) != GalleryPlace::Kind::Capture || ignoreList_.Has(path)) return;
     // Only who writes the record gives ids; the others are shown the file by it.
-    if (journal_.Owns()) EnqueueTrack(path);
-}
-
-void UGCTracker::EnqueueTrack(const std::string& path) {
-    EnqueueWork(&kRunTag, queue_.Now(), [this, path] { TrackOrLog(path); });
+    if (journal_.Owns()) EnqueueWork(&kRunTag, queue_.Now(), [this, path] { TrackOrLog(path); });
 }
 
 void UGCTracker::TrackFolder(const std::string& path) {
@@ -73,11 +69,7 @@ void UGCTracker::TrackFilesIn(const std::string& folder) {
 
 void UGCTracker::UntrackFile(const std::string& path) {
     if (ignoreList_.Has(path)) return;
-    uint64_t before = 0;
-    {
-        const KXP::MutexLock lock(mutex_);
-        before = records_.nextPlace();
-    }
+    const uint64_t before = record_.nextPlace();
     EnqueueWork(&kRunTag, queue_.Now(), [this, path, before] { UntrackPath(path, before); });
 }
 
@@ -102,14 +94,11 @@ void UGCTracker::EnqueueFinish() {
 
 void UGCTracker::FinishEntry() {
     queue_.AssertOnWorker();
-    if (!MayWaitForNext() && news_.HasUnwritten()) (void)Write(Sum::Later);
-    news_.Drain();
+    const std::chrono::milliseconds run = record_.rebuilding() == Rebuilding::No ? kLiveRun : kRebuildRun;
+    const bool mayWait = queue_.NextDueIs(&kRunTag) && news().MayWait(run);
+    if (!mayWait && news().HasUnwritten()) (void)Write(Sum::Later);
+    news().Drain();
     if (!queue_.NextDueIs(&kRunTag)) PaySum();
-}
-
-bool UGCTracker::MayWaitForNext() {
-    if (!queue_.NextDueIs(&kRunTag)) return false;
-    return news_.MayWait(rebuilding_ == Rebuilding::No ? kLiveRun : kRebuildRun);
 }
 
 void UGCTracker::TrackNow(const std::string& path) {
@@ -120,14 +109,14 @@ void UGCTracker::TrackNow(const std::string& path) {
 }
 
 void UGCTracker::UntrackNow(const std::string& path) {
-    if (const RecordPtr record = FindRecord(path)) Drop({record->path});
+    if (const RecordPtr record = FindRecord(path)) record_.Remove({record->path});
     EnqueueFinish();
 }
 
 void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
     const RecordPtr record = FindRecord(from);
     const std::optional<std::string> place = place_.CapturePathOf(to);
-    if (record) Drop({record->path});
+    if (record) record_.Remove({record->path});
     if (!journal_.Owns()) return EnqueueFinish();
     if (place) record ? TrackMoved(*record, *place) : TrackOrLog(*place);
     EnqueueFinish();
@@ -143,25 +132,14 @@ void UGCTracker::TrackMoved(const TrackedUGC& record, const std::string& place) 
         moved = std::move(inspection.record);
         moved.id = record.id;
     }
-    TrackUGC(std::move(moved), FactsOfRecord(record));
+    record_.Track(std::move(moved), record_.GivenTo(record));
 }
 
 bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
                               const std::atomic<bool>& cancelled) const {
     const std::optional<std::string> place = place_.CapturePathOf(path);
     if (!place) return false;
-    const KXP::MutexLock lock(mutex_);
-    while (!records_.FindByPath(*place)) {
-        if (cancelled || stopping_ || std::chrono::steady_clock::now() >= until) return false;
-        entered_.WaitUntil(mutex_, until);
-    }
-    return true;
-}
-
-// Takes the mutex so that no wait misses what was changed before the call.
-void UGCTracker::WakeWaiting() {
-    const KXP::MutexLock lock(mutex_);
-    entered_.NotifyAll();
+    return record_.Await(*place, until, cancelled, stopping_);
 }
 
 void UGCTracker::TrackOrLog(const std::string& path, const TrackedUGC* former) {
@@ -179,7 +157,7 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path, const TrackedUGC*
     const bool looked = lstat(path.c_str(), &status) == 0;
     const bool isFile = looked && S_ISREG(status.st_mode);
     const FileStamp stamp = isFile ? StampOf(status) : FileStamp{};
-    const RecordPtr known = RecordAt(path);
+    const RecordPtr known = record_.At(path);
     if (known && isFile && known->stamp == stamp)
         return {KXP::Code::kNothingDone, "File is already tracked as UGC", 0};
     Inspection inspection = looked && !isFile ? NoFile() : InspectCapture(path);
@@ -190,10 +168,11 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path, const TrackedUGC*
     backlog_.ClearFailed(path);
     if (inspection.finding == Inspection::Finding::Capture) {
         const KeptFacts hint = HintOf(former, inspection.record);
-        known ? RenewUGC(std::move(inspection.record)) : TrackUGC(std::move(inspection.record), hint);
+        known ? record_.Renew(std::move(inspection.record))
+              : record_.Track(std::move(inspection.record), hint);
     } else if (inspection.finding == Inspection::Finding::NoCapture) {
         backlog_.NoteRefused(path, stamp);
-        if (known) Drop({path});
+        if (known) record_.Remove({path});
     }
     return inspection.result;
 }
@@ -223,4 +202,18 @@ void UGCTracker::LookAgain(const std::string& path) {
         TrackOrLog(path);
     }
     FinishEntry();
+}
+
+void UGCTracker::DropGoneIn(const std::string& folder) {
+    std::vector<std::string> gone;
+    for (std::string& path : record_.PathsIn(folder))
+        if (IsGone(path)) gone.push_back(std::move(path));
+    record_.Remove(gone);
+}
+
+// For a folder this removes all records in it. A record that was added after the report is of another file.
+void UGCTracker::UntrackPath(const std::string& path, uint64_t before) {
+    queue_.AssertOnWorker();
+    if (record_.Remove({path}, before) == 0 && record_.Remove(record_.PathsIn(path), before) == 0)
+        KXP_LOG(KXP::LogFailure, "UntrackFile failed");
 }

@@ -21,24 +21,14 @@ constexpr size_t kMostUnreported = 256;
 
 KXP::RetVal UGCTracker::Write(Sum sum) {
     // First, so that it is never older than what the tracker's file says.
-    (void)kept_.Save();
+    (void)kept().Save();
     return journal_.WriteUGCToTracker(sum);
-}
-
-void UGCTracker::Flush() {
-    if (Write(Sum::Renew).Failed()) {
-        KXP_LOG(KXP::LogFailure, "UntrackFileTask: Failed to write to tracker json");
-    } else {
-        const KXP::MutexLock lock(mutex_);
-        news_.AddAtOnce([this, usageKB = records_.usageKB()] { capacity_.UpdateGalleryUsage(usageKB); });
-    }
-    news_.Drain();
 }
 
 void UGCTracker::PaySum() {
     if (!journal_.OwesSum()) return;
     (void)Write(Sum::Renew);
-    news_.Drain();
+    news().Drain();
 }
 
 void UGCTracker::NoteDisturbed(const std::string& path) {
@@ -48,16 +38,8 @@ void UGCTracker::NoteDisturbed(const std::string& path) {
 void UGCTracker::QueueRelease() {
     queue_.EnqueueNotification(queue_.Now() + kReleaseDelay, [this] {
         journal_.ReleaseSum();
-        news_.Drain();
+        news().Drain();
     });
-}
-
-TrackerFileWriter::Content UGCTracker::TakeContent(const TrackerFileWriter& writer) {
-    const KXP::MutexLock lock(mutex_);
-    news_.CoverAll();
-    TrackerFileWriter::Content content(records_, writer.FirstPlace(records_));
-    content.info.lastUGCIdUsed = std::max(content.info.lastUGCIdUsed, host_.GetPendingHighlights().LastId());
-    return content;
 }
 
 bool UGCTracker::KnowsAll() {
@@ -83,11 +65,11 @@ bool UGCTracker::IsSettled(const std::string& path) const {
         case GalleryPlace::Kind::Gallery:
             return false;
         case GalleryPlace::Kind::Game:
-            return exists && S_ISDIR(status.st_mode) ? IsFolderSettled(path) : PathsIn(path).empty();
+            return exists && S_ISDIR(status.st_mode) ? IsFolderSettled(path) : record_.PathsIn(path).empty();
         case GalleryPlace::Kind::Capture:
             break;
     }
-    const RecordPtr record = RecordAt(path);
+    const RecordPtr record = record_.At(path);
     if (!exists || !S_ISREG(status.st_mode)) return !record;
     const FileStamp stamp = StampOf(status);
     return record ? record->stamp == stamp : backlog_.WasRefused(path, stamp) || !media::MayBeOwn(path);
