@@ -447,8 +447,8 @@ class GalleryWalk : public testing::Test {
         {1, [&] { MoveGalleryAway(); }},
         {1, [&] { ChangeGallery(); }},
         {1, [&] { CancelChange(); }},
-        {2, [&] { KillAmidst(); }},
-        {4, [&] { Restart(); }},
+        {4, [&] { KillAmidst(); }},
+        {18, [&] { Restart(); }},
         {3, [&] { StartOrEndOther(); }},
         {8, [&] { Caption(); }},
         {4, [&] { MoveByRequest(); }},
@@ -483,7 +483,7 @@ TEST_F(GalleryWalk, TheRecordIsTrueToTheDisk) {
     Start();
     // Without a capture there is no tracker's file, and then every start rebuilds.
     Settle();
-    for (int left = static_cast<int>(FromEnvironment("GALLERY_WALK_STEPS", 45)); left > 0;) {
+    for (int left = static_cast<int>(FromEnvironment("GALLERY_WALK_STEPS", 150)); left > 0;) {
         left -= Spell();
         ASSERT_FALSE(HasFailure()) << left << " steps were left";
     }
