@@ -64,8 +64,9 @@ class GalleryRecord {
     void Keep(const TrackedUGC& record, const KeptFacts& facts);
     // Puts on record what is kept of the capture now, whoever has changed it last.
     void ShowKept(const std::string& path) EXCLUDES(mutex_);
-    // Notes which of all kept facts are of files that are gone, and makes their file short if it is long.
-    void SortOutKept(const std::atomic<bool>& stop) EXCLUDES(mutex_);
+    // Notes which of the facts kept of captures in `gallery` are of files that are gone, and makes their file
+    // short if it is long.
+    void SortOutKept(const std::string& gallery, const std::atomic<bool>& stop) EXCLUDES(mutex_);
 
     // Announcements and highlights.
     // Puts the announcement on record if the file is, and returns the id that the record had; otherwise the

@@ -30,11 +30,11 @@ void GalleryRecord::ShowKept(const std::string& path) {
     }
 }
 
-// Sorts out which of the kept facts are of files that are gone. Those of other galleries too: nobody else
-// will look for them.
-void GalleryRecord::SortOutKept(const std::atomic<bool>& stop) {
+// Not those of other galleries: they may be on a drive that is away, or does not answer.
+void GalleryRecord::SortOutKept(const std::string& gallery, const std::atomic<bool>& stop) {
     for (const KeptPtr& kept : kept_.Snapshot()) {
         if (stop) return;
+        if (kept->path.compare(0, gallery.size(), gallery) != 0) continue;
         const RecordPtr record = At(kept->path);
         struct stat status {};
         const bool onRecord = record && record->stamp.SameContent(kept->stamp);

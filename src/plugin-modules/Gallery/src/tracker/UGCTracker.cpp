@@ -44,7 +44,7 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
         KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
         ReadRecord();
     }
-    queue_.EnqueueNotification(queue_.Now(), [this] { record_.SortOutKept(stopping_); });
+    queue_.EnqueueNotification(queue_.Now(), [this] { record_.SortOutKept(gallery(), stopping_); });
     if (parts.watch) queue_.EnqueueNotification(queue_.Now(), [this] { Follow(); });
     capacity_.MonitorDiskSpace();
     // Those that were in flight when the gallery was changed.

@@ -13,6 +13,7 @@
 
 #include "CobalixUtil.h"
 #include "base/FileCalls.h"
+#include "base/FileLock.h"
 #include "base/NewFile.h"
 #include "base/ReadWrite.h"
 #include "common/json/JsonParse.h"
@@ -24,16 +25,17 @@ using KXP::FileDescriptor;
 using KXP::NewFile;
 using KXP::RetVal;
 
+// For a process that holds the lock and does not go on.
+constexpr std::chrono::milliseconds kLongestWait{1000};
+
 RetVal Failure(int error) {
     return {KXP::Code::kFailure, std::generic_category().message(error), error};
 }
 
 bool Lock(const FileDescriptor& file, int kind) {
-    while (flock(file.get(), kind) != 0) {
-        // Not every network volume has locks; there a second process is at its own risk.
-        if (errno != EINTR) return errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP;
-    }
-    return true;
+    if (KXP::LockWithin(file, kind, kLongestWait)) return true;
+    // Not every network volume has locks; there a second process is at its own risk.
+    return errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP;
 }
 
 FileDescriptor OpenOrMake(const std::string& path) {
