@@ -93,6 +93,8 @@ class GalleryWalk : public testing::Test {
         if (!ReadTracker(trackerFile_, records_)) records_ = {};
         process_ = std::make_unique<TrackerProcess>(home_, PathsOf(records_.ids));
         previous_.clear();
+        // The other may have written between the two readings of its file.
+        if (other_) process_->SetSilent();
         if (!process_->HasRebuilt()) return;
         Say("rebuilds");
         process_->SetSilent();
