@@ -20,7 +20,8 @@ class GalleryModel {
     void Put(const std::string& path, bool own) {
         File& file = files_[path];
         const bool renewed = file.onDisk && file.own && own;
-        if (!renewed) Touch(file);
+        // What may not have been on record is not renewed for sure.
+        if (!renewed || file.touched) Touch(file);
         file.onDisk = true;
         file.own = own;
         file.rewritten = true;
