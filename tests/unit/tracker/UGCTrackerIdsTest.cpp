@@ -34,27 +34,30 @@ TEST_F(UGCTrackerTest, AToldIdIsTakenOnlyIfItIsFree) {
 }
 
 TEST_F(UGCTrackerTest, TheIdOfAHighlightInFlightStaysItsOwn) {
+    const auto last = [this] { return File()["info"]["lastUGCIdUsed"].GetInt(); };
     OpenSettled();
     Highlight highlight;
-    tracker_->EnqueuePendingHighlight(highlight);
+    for (int id = 1; id <= 3; ++id)
+        tracker_->EnqueuePendingHighlight(highlight);
     tracker_.reset();
-    EXPECT_EQ(File()["info"]["lastUGCIdUsed"].GetInt(), 1);
+    EXPECT_EQ(last(), 3);
     // Through a move of the gallery, whose ids start again.
     gallery_.AddImage("Game/a.png");
     Open(true);
     RunDue();
-    EXPECT_EQ(Records(), "2 a.png;");
+    EXPECT_EQ(Records(), "1 a.png;");
+    EXPECT_EQ(last(), 3);
     const std::string b = gallery_.AddHighlight("Game/b.mp4");
     tracker_->Announce(b, {true, false, highlight});
     RunDue();
-    EXPECT_EQ(Records(), "2 a.png;1 b.mp4;");
+    EXPECT_EQ(Records(), "1 a.png;3 b.mp4;");
     // In the next process it is not in flight any more.
     tracker_->EnqueuePendingHighlight(highlight);
     tracker_.reset();
     (void)host_.GetPendingHighlights().Dequeue(highlight);
     OpenSettled();
     Track(gallery_.AddImage("Game/c.png"));
-    EXPECT_EQ(Records(), "2 a.png;1 b.mp4;4 c.png;");
+    EXPECT_EQ(Records(), "1 a.png;3 b.mp4;5 c.png;");
 }
 
 TEST_F(UGCTrackerTest, DoubledIdsInTheFileAreMended) {
