@@ -32,7 +32,7 @@ TEST_F(UGCTrackerTest, WhatCouldNotBeReadIsLookedAtAgain) {
         EXPECT_EQ(log_.Count(path + " could not be read, and will be looked at again"), 1);
         EXPECT_EQ(log_.Count("looked at again"), 2);
         EXPECT_NE(FileCrc(), DiskCrc());
-        while (!tracker_->IsTrackedFile(path))
+        for (int steps = 0; steps < 500 && !tracker_->IsTrackedFile(path); ++steps)
             ASSERT_TRUE(Step());
         EXPECT_EQ(std::chrono::round<seconds>(clock_.Now() - start).count(), found);
         RunDue(*tracker_, seconds(2));
