@@ -78,10 +78,12 @@ TEST_F(ItemsTest, OnlyCapturesOnRecordAreDeletedElsewhereOnlyByTheirBytes) {
     const std::string link = gallery_.home() / "link.png";
     fs::create_symlink(a, link);
     const std::string own = gallery_.home().Write("own.png", gallery_.home().Read("link.png"));
-    StartWithRecords({{a, foreign}, {b, link}, {c, own}});
+    const std::string hidden = gallery_.Add(".hidden/letter.png", "text");
+    const std::string d = gallery_.AddImage("Race/d.png");
+    StartWithRecords({{a, foreign}, {b, link}, {c, own}, {d, hidden}});
     const std::string inGame = gallery_.Path("Race/link.png");
     fs::create_symlink(a, inGame);
-    for (const std::string& path : {foreign, link}) {
+    for (const std::string& path : {foreign, link, hidden}) {
         EXPECT_EQ(Remove(path), "-2147024891 Not a capture of this product");
         EXPECT_TRUE(fs::is_symlink(path) || fs::exists(path));
     }

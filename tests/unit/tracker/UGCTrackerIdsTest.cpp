@@ -28,9 +28,55 @@ TEST_F(UGCTrackerTest, AToldIdIsTakenOnlyIfItIsFree) {
             EXPECT_GT(id, 0) << told;
             EXPECT_TRUE(ids.insert(id).second) << id << " for " << told;
             EXPECT_EQ(id == told, free) << told;
+            EXPECT_GE(File()["info"]["lastUGCIdUsed"].GetInt(), *ids.rbegin()) << told;
         }
     }
     EXPECT_EQ(tracker_->GetGameUGC("Game").size(), ids.size() - 1) << "none hides another";
+}
+
+TEST_F(UGCTrackerTest, AToldIdIsNotGivenAgain) {
+    OpenSettled();
+    const std::string a = gallery_.AddHighlight("Game/a.mp4");
+    Track(a);
+    Highlight highlight;
+    highlight.SetId(2);
+    tracker_->Announce(a, {true, false, highlight});
+    RunDue();
+    ASSERT_EQ(Records(), "2 a.mp4;");
+    gallery_.Remove("Game/a.mp4");
+    tracker_->UntrackFile(a);
+    RunDue();
+    Track(gallery_.AddImage("Game/b.png"));
+    EXPECT_EQ(Records(), "3 b.png;");
+}
+
+// Hangs in NewId, with the tracker's mutex held.
+TEST_F(UGCTrackerTest, AfterTheLastIdTheLowestFreeOneIsGiven) {
+    OpenSettled();
+    const std::string a = gallery_.AddHighlight("Game/a.mp4");
+    Highlight highlight;
+    highlight.SetId(INT32_MAX);
+    tracker_->Announce(a, {true, false, highlight});
+    RunDue();
+    for (const char* reference : {"first", "second"}) {
+        highlight.SetMessageBusRefid(reference);
+        tracker_->EnqueuePendingHighlight(highlight);
+    }
+    EXPECT_EQ(highlight.GetId(), 2);
+}
+
+TEST_F(UGCTrackerTest, ALastIdBelowZeroIsNone) {
+    OpenSettled();
+    Track(gallery_.AddImage("Game/a.png"));
+    tracker_.reset();
+    std::string text = gallery_.home().Read(gallery_.ShareFile("UGCTracker.json"));
+    for (const char* name : {"\"id\": ", "\"lastUGCIdUsed\": "}) {
+        const std::string from = std::string(name) + "1";
+        text.replace(text.find(from), from.size(), std::string(name) + "-1");
+    }
+    gallery_.home().Write(gallery_.ShareFile("UGCTracker.json"), text);
+    OpenSettled();
+    EXPECT_EQ(IdsOfGame(), "1 ");
 }
 
 TEST_F(UGCTrackerTest, TheIdOfAHighlightInFlightStaysItsOwn) {

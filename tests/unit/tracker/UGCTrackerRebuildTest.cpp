@@ -121,6 +121,11 @@ TEST_F(UGCTrackerTest, AnEmptiedGalleryIsNeverWrittenWithTheSumOfAFullOne) {
     EXPECT_NE(FileCrc(), DiskCrc()) << "nor with its own: nobody has looked into the folder";
     fs::remove(gallery_.path());
     fs::rename(gallery_.home() / "unplugged", gallery_.path());
+    // A write before its watcher has seen it.
+    tracker_->NoteDisturbed(gallery_.path());
+    RunDue(*tracker_, std::chrono::milliseconds(2000));
+    EXPECT_EQ(Records(), "");
+    EXPECT_NE(FileCrc(), DiskCrc());
     // As its watcher does.
     tracker_->TrackFolder(gallery_.path());
     RunDue();
