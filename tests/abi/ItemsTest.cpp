@@ -70,17 +70,31 @@ TEST_F(ItemsTest, CopiesAndMovesGoWhereNothingIs) {
     EXPECT_NE(container_.WaitFor(6, "Updating tracker on MoveFile took").text, "");
 }
 
-TEST_F(ItemsTest, ARecordThatNamesAForeignFileOrALinkDoesNotDeleteIt) {
+TEST_F(ItemsTest, OnlyCapturesOnRecordAreDeletedElsewhereOnlyByTheirBytes) {
     const std::string a = gallery_.AddImage("Race/a.png");
     const std::string b = gallery_.AddImage("Race/b.png");
+    const std::string c = gallery_.AddImage("Race/c.png");
     const std::string foreign = gallery_.home().Write("letter.png", "text");
     const std::string link = gallery_.home() / "link.png";
     fs::create_symlink(a, link);
-    StartWithRecords({{a, foreign}, {b, link}});
-    for (const std::string& path : {foreign, link}) {
+    const std::string own = gallery_.home().Write("own.png", gallery_.home().Read("link.png"));
+    const std::string hidden = gallery_.Add(".hidden/letter.png", "text");
+    const std::string d = gallery_.AddImage("Race/d.png");
+    StartWithRecords({{a, foreign}, {b, link}, {c, own}, {d, hidden}});
+    const std::string inGame = gallery_.Path("Race/link.png");
+    fs::create_symlink(a, inGame);
+    for (const std::string& path : {foreign, link, hidden}) {
         EXPECT_EQ(Remove(path), "-2147024891 Not a capture of this product");
         EXPECT_TRUE(fs::is_symlink(path) || fs::exists(path));
     }
+    for (const std::string& path :
+         {inGame, gallery_.AddImage("top.png"), gallery_.AddImage("Race/deep/d.png"), a + "/"}) {
+        EXPECT_EQ(Remove(path).find(kInvalid), 0u) << path;
+        EXPECT_TRUE(path.back() == '/' || fs::exists(path)) << path;
+    }
+    EXPECT_TRUE(fs::exists(a));
+    EXPECT_EQ(Remove(own), "0 Success");
+    EXPECT_FALSE(fs::exists(own));
 }
 
 TEST_F(RunningPlugin, AnswersAboutFilesFoldersAndDrives) {

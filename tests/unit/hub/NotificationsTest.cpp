@@ -145,17 +145,3 @@ TEST_F(HubTest, AnAddedFileIsReportedAsItsAnnouncementHasIt) {
     EXPECT_EQ(module_.TakeSent(), Saved(highlight, true));
     EXPECT_TRUE(log_.HasLine(1, "NotifyHighlightSaved: Cannot get config data, skip"));
 }
-
-TEST_F(HubTest, MalformedAnnouncementsAreLogged) {
-    const auto message = [](const char* payload) { return PageRequest("Saved", "id", payload); };
-    hub_.OnCaptureSaved(message("{}"));
-    EXPECT_TRUE(log_.HasLine(1, "OnCaptureSaved::Invalid parameters"));
-    hub_.OnCaptureSaved(message(R"({"captureMode":"x","path":""})"));
-    EXPECT_TRUE(log_.HasLine(1, "OnCaptureSaved::empty path"));
-    hub_.OnHighlightSaved(message("{}"));
-    EXPECT_TRUE(log_.HasLine(1, "OnHighlightSaved::Invalid notification data"));
-    hub_.OnHighlightSaved(message(R"({"highlight":{"path":5}})"));
-    EXPECT_TRUE(log_.HasLine(1, "OnHighlightSaved::Invalid path"));
-    EXPECT_THROW(hub_.OnHighlightCaptureFailed(message(R"({"highlight":{}})")), KXP::JSONFieldError);
-    EXPECT_EQ(module_.TakeSent(), "");
-}

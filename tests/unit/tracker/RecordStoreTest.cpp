@@ -54,19 +54,4 @@ TEST(RecordStore, TheFirstOfRepeatedIdsAndPathsCounts) {
     EXPECT_EQ(store.Remove({"/g/game/a"}).withoutGame, 1);
 }
 
-TEST(RecordStore, TheSumOfTheSizesStopsAtItsEnds) {
-    RecordStore store;
-    store.Track(Record(1, "a", 7));
-    store.Track(Record(2, "b", UINT32_MAX));
-    EXPECT_EQ(store.usageKB(), UINT32_MAX);
-    EXPECT_EQ(store.SumKB(), uint64_t{UINT32_MAX} + 7);
-    store.Remove({"/g/game/b", "/g/game/a"});
-    EXPECT_EQ(store.usageKB(), 0u);
-    store.Track(Record(3, "c", 5));
-    ASSERT_NE(store.Take(3, "game", ""), nullptr);
-    EXPECT_EQ(store.usageKB(), 5u) << "what is taken out still counts";
-    store.Clear();
-    EXPECT_EQ(store.usageKB(), 0u);
-}
-
 }  // namespace

@@ -3,8 +3,6 @@
 
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerJournal.h"
-#include "tests/support/FileSizeLimit.h"
-#include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -32,27 +30,6 @@ TEST(StampFile, OnlyTheWholeFileOfThisTrackerFileIsBelieved) {
         folder.Write("t.stamps", torn);
         EXPECT_EQ(file.Read(of).has_value(), size >= 56) << size;
     }
-}
-
-TEST(StampFile, AFailureIsLoggedOnceAndLastsUntilTheNextWholeWrite) {
-    const TempFolder folder;
-    StampFile file;
-    file.Init(folder / "t.json");
-    LogCapture log;
-    const KXP::JSONFile::Stamp of{1, 2, 3, 4, 5};
-    file.Write(of, 0, kThree);
-    {
-        const FileSizeLimit full(100);
-        file.Write(of, 3, kThree);
-    }
-    file.Write(of, 3, kThree);
-    EXPECT_FALSE(file.Read(of));
-    EXPECT_EQ(log.Count("Failed to write"), 1);
-    file.Write(of, 0, {});
-    EXPECT_EQ(file.Read(of), Stamps{});
-    file.Write(of, 0, {kThree[0]});
-    file.Write(of, 1, {kThree[1], kThree[2]});
-    EXPECT_EQ(file.Read(of), kThree);
 }
 
 // A gallery whose captures never change.

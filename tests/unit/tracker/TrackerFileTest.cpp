@@ -82,15 +82,6 @@ TEST(TrackerFile, WhatIsMissingOrOfAnotherTypeGetsItsDefault) {
         EXPECT_EQ(ReadFrom(Parsed(text)).ugc.size(), 0u) << text;
 }
 
-TEST(TrackerFile, TakesTheKeysOfARecordInAnyOrderAndTheFirstOfEach) {
-    const auto records = ReadFrom(Parsed(R"({"UGC":[{"meme":{"bottom":"b","more":1,"top":"t"},"unknown":{},
-        "type":"image","id":3,"duration":"d","id":4}]})"))
-                             .ugc;
-    ASSERT_EQ(records.size(), 1u);
-    EXPECT_EQ(records[0].id, 3);
-    EXPECT_EQ(records[0].topBarText + records[0].bottomBarText + records[0].duration, "tbd");
-}
-
 TEST(TrackerFile, GamesWithoutANameAreDroppedAndTheOthersKept) {
     LogCapture log;
     TrackedUGCGames games;
@@ -153,13 +144,6 @@ TEST(TrackerFile, AHighlightInFlightHasTheMembersThatPagesRead) {
         R"("highlightDefinitionId":"def","highlightName":"name","highlightGroupId":"group",)"
         R"("highlightTags":1,"highlightSignificance":2,"eventTimeStamp":"stamp",)"
         "\"memeInfo\":{\"topBarText\":\"\xEF\xBF\xBD\",\"bottomBarText\":\"\"}}");
-    record.fileSubType = "Screenshot";
-    EXPECT_FALSE(TrackedUGC::IsAHighlight(record));
-    TrackedUGC::CreateUGCJSONValue(record, document, document.GetAllocator());
-    EXPECT_FALSE(document.HasMember("fileSubType"));
-    record.fileSubType = "Highlight";
-    record.fileSource = "OVS";
-    EXPECT_FALSE(TrackedUGC::IsAHighlight(record));
 }
 
 }  // namespace

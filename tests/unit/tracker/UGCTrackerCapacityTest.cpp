@@ -31,15 +31,4 @@ TEST_F(UGCTrackerTest, NotifiesEachCrossingOfTheLimitAndOfLowSpace) {
     EXPECT_TRUE(log_.Has("MonitorDiskSpace: 0x80004005"));
 }
 
-TEST_F(UGCTrackerTest, SurvivesAGalleryThatIsGone) {
-    OpenSettled();
-    std::filesystem::remove_all(gallery_.home() / "Videos");
-    gallery_.home().Write("Videos", "as when its drive is unplugged");
-    tracker_->TrackFile(gallery_.Path("Game/a.png"));
-    tracker_->TrackFolder(gallery_.path());
-    tracker_->UntrackFile(gallery_.path());
-    RunDue();
-    EXPECT_EQ(host_.Told(), "");
-}
-
 }  // namespace

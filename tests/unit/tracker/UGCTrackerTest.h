@@ -24,16 +24,18 @@ class UGCTrackerTest : public testing::Test {
         tracker_ = std::make_unique<UGCTracker>(&host_, useUniqueFile, parts);
     }
     // One entry, with all that were enqueued before it due.
-    bool Step() {
+    bool Step() { return Step(*tracker_); }
+    bool Step(UGCTracker& tracker) {
         clock_.Advance(std::chrono::microseconds(1));
-        return tracker_->queue().Step();
+        return tracker.queue().Step();
     }
-    // Runs what is due now, without a wait for later entries.
-    void RunDue() {
+    // Runs what is due now or in `after`, without a wait for later entries.
+    void RunDue() { RunDue(*tracker_); }
+    void RunDue(UGCTracker& tracker, std::chrono::milliseconds after = {}) {
         bool done = false;
-        tracker_->queue().EnqueueNotification(tracker_->queue().Now(), [&] { done = true; });
+        tracker.queue().EnqueueNotification(tracker.queue().Now() + after, [&] { done = true; });
         while (!done)
-            ASSERT_TRUE(Step());
+            ASSERT_TRUE(Step(tracker));
     }
     // Until `told` comes, across any time.
     void RunUntilTold(const std::string& told) {
@@ -84,6 +86,12 @@ class UGCTrackerTest : public testing::Test {
         EXPECT_EQ(tracker_->GetUGCData(path, record).code, 0) << path;
         return record;
     }
+    std::string CaptionOf(const std::string& path) { return RecordOf(path).topBarText; }
+    bool Caption(const std::string& path, const std::string& text) {
+        return tracker_->AddMeme(path, text, "").code == 0;
+    }
+    // The next start does not trust the tracker's file as a whole.
+    void RebuildNext() { host_.GetGallerySettings()->SetTrackerUpdateState(TrackerUpdateInProgress); }
     static std::string Ids(const std::vector<TrackedUGC>& records) {
         std::string text;
         for (const TrackedUGC& record : records)

@@ -1,6 +1,8 @@
 // Files that come and go: their records, what is written of them and when it is notified.
+#include <cmath>
 #include <future>
 
+#include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
 #include "tests/unit/tracker/UGCTrackerTest.h"
 
 namespace {
@@ -56,19 +58,6 @@ TEST_F(UGCTrackerTest, ASlowSumWaitsUntilTheCaptureIsNotified) {
     EXPECT_EQ(fits, std::vector<bool>({false, false}));
     EXPECT_EQ(Records(), "1 a.png;");
     EXPECT_EQ(FileCrc(), DiskCrc());
-    // Nor is it there as long as more is to come, also when that never does.
-    tracker_->TrackFile(gallery_.AddImage("Game/b.png"));
-    tracker_->TrackFile(gallery_.AddImage("Game/c.png"));
-    ASSERT_TRUE(Step());
-    clock_.Advance(milliseconds(200));
-    tracker_->TrackFile(gallery_.AddImage("Game/d.png"));
-    ASSERT_TRUE(Step());
-    EXPECT_EQ(host_.Told(), "usage 0, added 2 b.png, usage 0, added 3 c.png");
-    EXPECT_NE(FileCrc(), DiskCrc());
-    host_.onTold = nullptr;
-    tracker_.reset();
-    EXPECT_EQ(Records(), "1 a.png;2 b.png;3 c.png;");
-    EXPECT_NE(FileCrc(), DiskCrc());
 }
 
 TEST_F(UGCTrackerTest, AFailedWriteIsNotNotifiedAndTheNextRepairsIt) {
@@ -82,60 +71,13 @@ TEST_F(UGCTrackerTest, AFailedWriteIsNotNotifiedAndTheNextRepairsIt) {
     EXPECT_EQ(Records(), "1 a.png;2 b.png;");
 }
 
-TEST_F(UGCTrackerTest, ImpossibleVideoLengthsAreRefused) {
-    OpenSettled();
-    const auto track = [&](uint32_t scale, uint32_t duration) {
-        gallery_.Remove("Game/v.mp4");
-        tracker_->UntrackFile(gallery_.Path("Game/v.mp4"));
-        Track(gallery_.Add("Game/v.mp4",
-                           TempGallery::Video(scale, duration, captures::Block("Ovirastream SHARE", "{}"))));
-        TrackedUGC record;
-        return tracker_->GetUGCData(gallery_.Path("Game/v.mp4"), record).Failed() ? "refused"
-                                                                                  : record.duration;
-    };
-    EXPECT_EQ(track(10, 3599999), "99:59:59");
-    EXPECT_EQ(track(1, 360000), "refused");
-    EXPECT_EQ(track(0, 1), "refused");
-    EXPECT_EQ(track(0, 0), "refused");
-    EXPECT_EQ(log_.Count("Failed to create duration string!"), 3);
-}
-
-TEST_F(UGCTrackerTest, IgnoresListedPathsAndFilesAboveTheGameFolders) {
-    OpenSettled();
-    const std::string a = gallery_.AddImage("Game/a.png");
-    tracker_->ignoreList().AddToIgnoreList({a, a});
-    EXPECT_EQ(Track(a), "");
-    EXPECT_EQ(Track(gallery_.AddImage("top.png")), "");
-    EXPECT_EQ(Track(gallery_.Path("Game")), "");
-    tracker_->ignoreList().RemoveFromIgnoreList({a});
-    EXPECT_EQ(Track(a), "usage 0, added 1 a.png");
-    tracker_->ignoreList().AddToIgnoreList({a});
-    tracker_->UntrackFile(a);
-    RunDue();
-    EXPECT_TRUE(tracker_->IsTrackedFile(a));
-}
-
-TEST_F(UGCTrackerTest, FoldersComeAndGoWithTheirFiles) {
-    OpenSettled();
-    gallery_.AddImage("Game/a.png");
-    tracker_->TrackFolder(gallery_.Path("Game"));
-    RunDue();
-    RunDue();
-    EXPECT_EQ(host_.Told(), "usage 0, added 1 a.png");
-    gallery_.Remove("Game");
-    tracker_->UntrackFile(gallery_.Path("Game"));
-    RunDue();
-    EXPECT_EQ(host_.Told(), "deleted 1 a.png, usage 0");
-    EXPECT_EQ(FileCrc(), DiskCrc());
-    tracker_->UntrackFile(gallery_.Path("Game"));
-    RunDue();
-    EXPECT_TRUE(log_.HasLine(1, "UntrackFile failed"));
-    gallery_.AddImage("Other/b.png");
-    tracker_->TrackFolder(gallery_.path());
-    RunDue();
-    RunDue();
-    EXPECT_EQ(host_.Told(), "");
-    EXPECT_TRUE(tracker_->IsTrackedFile(gallery_.Path("Other/b.png")));
+TEST(CaptureInspector, AFileMayClaimAnyLength) {
+    std::string text;
+    uint32_t length = 0;
+    EXPECT_TRUE(FormatDuration(359999.9, text, length));
+    EXPECT_EQ(text, "99:59:59");
+    for (const double seconds : {360000.0, -1.0, std::nan(""), HUGE_VAL})
+        EXPECT_FALSE(FormatDuration(seconds, text, length)) << seconds;
 }
 
 // What the product does itself is on record at once, whatever the worker is at.
@@ -170,6 +112,11 @@ TEST_F(UGCTrackerTest, OnlyFilesOfGameFoldersAreWaitedFor) {
     gallery_.AddImage("Game/a.png");
     std::filesystem::create_directory_symlink(gallery_.path(), gallery_.home() / "alias");
     std::atomic<bool> cancelled{false};
+    const std::string ignored = gallery_.AddImage("Game/ignored.png");
+    tracker_->ignoreList().AddToIgnoreList({ignored, ignored});
+    EXPECT_EQ(Track(ignored), "");
+    tracker_->ignoreList().RemoveFromIgnoreList({ignored});
+    EXPECT_EQ(Track(ignored), "usage 0, added 1 ignored.png");
     const auto never = std::chrono::steady_clock::time_point::max();
     for (const std::string& path :
          {gallery_.AddImage("top.png"), gallery_.AddImage("Game/deep/b.png"),
@@ -195,14 +142,6 @@ TEST_F(UGCTrackerTest, OnlyFilesOfGameFoldersAreWaitedFor) {
         EXPECT_FALSE(wait.get());
         cancelled = false;
     }
-}
-
-TEST_F(UGCTrackerTest, CaptionsAreKept) {
-    OpenSettled();
-    Track(gallery_.AddImage("Game/a.png"));
-    EXPECT_EQ(tracker_->AddMeme(gallery_.Path("Game/a.png"), "top", "bottom").code, 0);
-    EXPECT_NE(gallery_.home().Read(gallery_.ShareFile("UGCTracker.json")).find("\"top\""), std::string::npos);
-    EXPECT_EQ(tracker_->AddMeme("/none.mp4", "top", "").code, static_cast<int32_t>(0x80070002));
 }
 
 }  // namespace

@@ -16,27 +16,6 @@ using namespace watcher;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-TEST(WatchDecision, FlagsAndExistenceDecide) {
-    const struct {
-        uint32_t flags;
-        WatchAction there, gone;
-    } rows[] = {
-        {0x100, WatchAction::Track, WatchAction::None},     // created
-        {0x200, WatchAction::None, WatchAction::Untrack},   // removed
-        {0x800, WatchAction::Track, WatchAction::Untrack},  // renamed
-        {0x1000, WatchAction::Track, WatchAction::None},    // modified
-        {0x300, WatchAction::Track, WatchAction::Untrack},  // created and removed
-        {0xFE4FF, WatchAction::None, WatchAction::None},    // everything else
-        {0, WatchAction::None, WatchAction::None},
-    };
-    for (const auto& row : rows) {
-        for (const uint32_t kind : {0x10000U, 0x20000U, 0x40000U}) {
-            EXPECT_EQ(DecideWatchAction(row.flags | kind, true), row.there) << row.flags;
-            EXPECT_EQ(DecideWatchAction(row.flags | kind, false), row.gone) << row.flags;
-        }
-    }
-}
-
 // The log asks for its level once, so this holds for the whole program.
 const ScopedEnv kTraceLevel("COBALIX_LOG_LEVEL", "4");
 
@@ -61,6 +40,8 @@ TEST(WatchDispatch, HoldsTheKindOfTheEventAgainstWhatIsThere) {
     EXPECT_EQ(dispatch(ItemRemoved | ItemIsFile, ItemKind::Unknown), WatchAction::None);
     EXPECT_EQ(recorder.calls, "+/a\n~/a\n+/a/\n~/a\n");
     EXPECT_EQ(dispatch(ItemRemoved | ItemIsFile, ItemKind::None), WatchAction::None) << "it threw";
+    EXPECT_EQ(dispatch(ItemRemoved | ItemIsFile, ItemKind::File), WatchAction::None);
+    EXPECT_EQ(dispatch(ItemModified | ItemIsFile, ItemKind::None), WatchAction::None);
     EXPECT_TRUE(log.HasLine(4, "[0] 1 10100 /a"));
     EXPECT_TRUE(log.HasLine(4, "kFSEventStreamEventFlags: ItemCreated ItemIsFile"));
     EXPECT_TRUE(log.HasLine(4, "Calling Track for /a"));
@@ -81,18 +62,6 @@ TEST(EventWindow, OpensAtTheFirstEventAndClosesAfterItsTimeOrWhenFull) {
     EXPECT_EQ(window.Closes(), start + seconds(6));
     window.Add("b", ItemCreated, start + seconds(5));
     EXPECT_TRUE(window.IsDue(start + seconds(5)));
-}
-
-TEST(EventWindow, EachPathOnceInOrderOfFirstArrival) {
-    EventWindow window(seconds(1));
-    window.Add("b", ItemCreated | ItemIsFile, {});
-    window.Add("a", ItemRenamed | ItemIsFile, {});
-    window.Add("b", ItemRemoved | ItemIsDir, {});
-    const auto events = window.Take();
-    ASSERT_EQ(events.size(), 2U);
-    EXPECT_EQ(events[0].path, "b");
-    EXPECT_EQ(events[0].flags, ItemCreated | ItemRemoved | ItemIsDir);
-    EXPECT_EQ(events[1].flags, ItemRenamed | ItemIsFile);
 }
 
 }  // namespace
