@@ -32,7 +32,9 @@ FileTransfer FileTransfer::Parse(const KXP::Value& params) {
     transfer.source = KXP::jsonGetValue<std::string>(params, "source");
     if (!KXP::FileExists(transfer.source)) throw std::runtime_error("'source' is not a valid file");
     bool isOwn = false;
-    if (ZvGalleryAPI::CheckIfZv(transfer.source, isOwn) != 1 || !isOwn)
+    // A link is no capture, whatever it leads to.
+    if (!KXP::IsRegularFile(transfer.source) || ZvGalleryAPI::CheckIfZv(transfer.source, isOwn) != 1 ||
+        !isOwn)
         throw std::runtime_error("'source' is not a valid ZORVEX file");
     transfer.destination = KXP::jsonGetValue<std::string>(params, "destination");
     if (KXP::FileExists(transfer.destination)) throw std::runtime_error("'destination' already exists");

@@ -25,7 +25,7 @@ bool LiesInGameOf(const std::string& path, const std::string& gallery) {
     const std::filesystem::path game = std::filesystem::canonical(path.substr(0, path.rfind('/') + 1), error);
     if (error) return false;
     const std::filesystem::path root = std::filesystem::canonical(gallery, error);
-    return !error && game.parent_path() == root && game != root;
+    return !error && game.parent_path() == root && game != root && game.filename().native().front() != '.';
 }
 
 }  // namespace

@@ -55,8 +55,9 @@ void GalleryPlace::NoteScanned() {
     scanned_ = now;
 }
 
-bool GalleryPlace::IsScanned() const {
+bool GalleryPlace::IsScanned() {
     const Folder now = Look();
     const KXP::MutexLock lock(mutex_);
-    return now.exists == scanned_.exists && now.volume == scanned_.volume && now.inode == scanned_.inode;
+    if (scanned_ && !(*scanned_ == now)) scanned_.reset();
+    return scanned_.has_value();
 }

@@ -34,19 +34,22 @@ class GalleryPlace {
 
     // The record is of the folder that is there now.
     void NoteScanned() EXCLUDES(mutex_);
-    // Whether that folder is still there. Another one may be: an unplugged drive leaves the folder that it
-    // was mounted on.
-    bool IsScanned() const EXCLUDES(mutex_);
+    // Whether that folder is still there, and was whenever this was asked. Another one may be: an unplugged
+    // drive leaves the folder that it was mounted on, and comes back before anybody has noticed.
+    bool IsScanned() EXCLUDES(mutex_);
 
   private:
     struct Folder {
         bool exists = false;
         uint64_t volume = 0;
         uint64_t inode = 0;
+        bool operator==(const Folder& other) const {
+            return exists == other.exists && volume == other.volume && inode == other.inode;
+        }
     };
     Folder Look() const;
 
     const std::string path_;
     mutable KXP::Mutex mutex_;
-    Folder scanned_ GUARDED_BY(mutex_);
+    std::optional<Folder> scanned_ GUARDED_BY(mutex_);
 };

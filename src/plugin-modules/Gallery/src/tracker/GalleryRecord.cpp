@@ -118,8 +118,12 @@ bool GalleryRecord::IsFreeId(int32_t id) const {
 
 int32_t GalleryRecord::NewId() {
     int32_t id = records_.NextId();
-    while (!IsFreeId(id))
+    while (id > 0 && !IsFreeId(id))
         id = records_.NextId();
+    if (id > 0) return id;
+    // All have been given out; some of their captures are gone.
+    for (id = 1; !IsFreeId(id);)
+        ++id;
     return id;
 }
 

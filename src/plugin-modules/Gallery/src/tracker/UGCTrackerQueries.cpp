@@ -39,6 +39,7 @@ void UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
 
 void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
     if (gone.empty()) return;
+    (void)place_.IsScanned();  // the drive may be back before the write
     for (size_t found = record_.Remove(gone); found < gone.size(); ++found)
         KXP_LOG(KXP::LogFailure, "Error sanitizing erroneous UGC");
     (void)Write(Sum::Renew);

@@ -214,6 +214,7 @@ void UGCTracker::DropGoneIn(const std::string& folder) {
 // For a folder this removes all records in it. A record that was added after the report is of another file.
 void UGCTracker::UntrackPath(const std::string& path, uint64_t before) {
     queue_.AssertOnWorker();
+    (void)place_.IsScanned();  // the drive may be back before the write
     if (record_.Remove({path}, before) == 0 && record_.Remove(record_.PathsIn(path), before) == 0)
         KXP_LOG(KXP::LogFailure, "UntrackFile failed");
 }

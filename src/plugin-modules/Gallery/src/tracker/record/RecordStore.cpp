@@ -35,11 +35,7 @@ void RecordStore::Clear() {
 }
 
 int32_t RecordStore::NextId() {
-    if (lastId_ < INT32_MAX) return ++lastId_;
-    int32_t id = 1;
-    while (!IsFreeId(id))
-        ++id;
-    return id;
+    return lastId_ < INT32_MAX ? ++lastId_ : 0;
 }
 
 void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t lastId) {
@@ -49,6 +45,7 @@ void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t las
         Append(std::move(record));
     games_ = std::move(games);
     if (!byId_.empty()) lastId_ = std::max(lastId_, byId_.rbegin()->first);
+    lastId_ = std::max(lastId_, 0);
     if (!HasUniqueIds()) RepairIds();
 }
 
@@ -78,6 +75,8 @@ void RecordStore::RepairIds() {
         if (record.path.empty()) continue;
         if (record.id <= 0 || !taken.insert(record.id).second) {
             record.id = NextId();
+            for (int32_t id = 1; record.id == 0; ++id)
+                if (IsFreeId(id)) record.id = id;
             taken.insert(record.id);
             Exchange(entry, record);
         }
@@ -185,6 +184,7 @@ RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
     if (found == records_.end()) return nullptr;
     const RecordPtr old = found->second;
     RecordPtr entered = Exchange(found, std::move(record));
+    lastId_ = std::max(lastId_, entered->id);
     TrackedUGCGame& game = games_[old->profileName];
     game.appName = old->profileName;
     std::replace(game.recents.begin(), game.recents.end(), old->id, entered->id);

@@ -34,7 +34,7 @@ class RecordStore {
     // The same with games that list what the records say.
     void Load(std::vector<TrackedUGC> records, int32_t lastId);
 
-    // Returns an id that was not given out before. When there are none left, one that no record has.
+    // Returns an id that was not given out before; 0 when there are none left.
     int32_t NextId();
     // Whether a record may have this id, which somebody else has chosen.
     bool IsFreeId(int32_t id) const { return id > 0 && !FindById(id); }
