@@ -65,11 +65,11 @@ TrackerFileWriter::Content GalleryRecord::TakeContent(const TrackerFileWriter& w
 void GalleryRecord::Track(TrackedUGC record, const KeptFacts& hint) {
     // The folder decides which game it is, not the file's own metadata, because users sort their captures.
     record.profileName = KXP::NameOf(KXP::ParentOf(record.path));
+    const KeptPtr kept = KeptOf(record);
 
     const KXP::MutexLock lock(mutex_);
     // Another thread may have tracked it meanwhile.
     if (records_.FindByPath(record.path)) return;
-    const KeptPtr kept = kept_.Find(record.path, record.stamp);
     const KeptFacts& known = kept ? kept->facts : hint;
     Apply(known, record);
     const KeptFacts facts = TakeHighlight(record, known.told);
@@ -82,11 +82,11 @@ void GalleryRecord::Track(TrackedUGC record, const KeptFacts& hint) {
 
 void GalleryRecord::Renew(TrackedUGC record) {
     record.profileName = KXP::NameOf(KXP::ParentOf(record.path));
+    // A capture that was moved over another one brings along what people gave it.
+    const KeptPtr moved = KeptOf(record);
     const KXP::MutexLock lock(mutex_);
     const RecordPtr known = records_.FindByPath(record.path);
     if (!known) return;  // its removal was reported meanwhile, and so will be this file
-    // A capture that was moved over another one brings along what people gave it.
-    const KeptPtr moved = kept_.Find(record.path, record.stamp);
     const KeptFacts facts = moved ? moved->facts : GivenTo(*known);
     FillIn(facts, record);
     Keep(record, FactsOf(record, facts.told));

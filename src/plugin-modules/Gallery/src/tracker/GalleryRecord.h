@@ -107,6 +107,7 @@ class GalleryRecord {
 
   private:
     void Complete(TrackedUGC& record);
+    KeptPtr KeptOf(const TrackedUGC& record) const;
     KeptFacts TakeHighlight(TrackedUGC& record, bool told) REQUIRES(mutex_);
     void UpdateHighlight(const TrackedUGC& found, const Highlight& highlight) REQUIRES(mutex_);
     void NotifyAnnounced(const std::string& path, const Announcement& announcement);

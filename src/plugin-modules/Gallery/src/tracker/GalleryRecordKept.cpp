@@ -7,9 +7,16 @@
 #include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryRecord.h"
 
+// What is kept of the file, which may have been moved. A copy of a file that is still there is another one.
+KeptPtr GalleryRecord::KeptOf(const TrackedUGC& record) const {
+    const KeptPtr kept = kept_.Find(record.path, record.stamp);
+    const bool stays = kept && kept->path != record.path && StampAt(kept->path) == kept->stamp;
+    return stays ? nullptr : kept;
+}
+
 KeptFacts GalleryRecord::GivenTo(const TrackedUGC& record) const {
     const KeptPtr kept = kept_.Find(record.path, record.stamp);
-    return FactsOf(record, kept && kept->facts.told);
+    return FactsOf(record, kept && kept->path == record.path && kept->facts.told);
 }
 
 void GalleryRecord::Keep(const TrackedUGC& record, const KeptFacts& facts) {
