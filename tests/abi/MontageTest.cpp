@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 
 #include "tests/abi/GalleryRequests.h"
+#include "tests/support/CaptureBytes.h"
 #include "tests/support/Counter.h"
 #include "tests/support/Processes.h"
 
@@ -129,6 +130,25 @@ TEST_F(MontageTest, TheStopEndsWhatWillNotEnd) {
     Down();
     EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(20));
     EXPECT_TRUE(Soon([&] { return !IsAlive(pid) && !HasChildren(); }));
+}
+
+TEST_F(MontageTest, AStartGoesOnWhereTheStopLeftOff) {
+    plugin_->OnJsonMessage(Envelope("GalleryNotifications", "page", "{}", R"(,"type":3073)").c_str());
+    Begin("cut", "hangs");
+    ASSERT_NE(Printed("running"), "");
+    EXPECT_EQ(plugin_->Stop(), 2);
+    ASSERT_EQ(container_.WaitFor(1, "_CmdStop_").notification, 1);
+    home().Write("Videos/ZORVEX/Ovirastream/Game/shot.png",
+                 captures::Png(captures::PngText("Software", "Ovirastream SHARE")));
+    // The answer of the montage, the capture, and what the gallery takes now.
+    container_.WaitFor(6, "Keeping message in queue", 3);
+    EXPECT_TRUE(container_.All(3, "shot.png").empty() && container_.All(3, "\"cut\"").empty());
+    EXPECT_EQ(plugin_->Start(), 2);
+    EXPECT_TRUE(IsAnswered("cut") && container_.WaitFor(3, "shot.png").notification == 3);
+    Begin("whole", "");
+    EXPECT_TRUE(IsAnswered("whole") && fs::exists(Output("whole")) && !fs::exists(Output("cut")));
+    for (const char* once : {"shot.png", "\"cut\"", "\"CaptureSavedNotification\""})
+        EXPECT_EQ(container_.All(3, once).size(), 1u) << once;
 }
 
 TEST_F(MontageTest, ACloudConfigurationThatCannotBeReadIsAFailure) {

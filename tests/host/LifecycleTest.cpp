@@ -69,6 +69,17 @@ TEST(Lifecycle, AnInterruptStopsInOrder) {
     EXPECT_EQ(serving.Wait(), 130);
 }
 
+TEST(Lifecycle, ServeRunsCommandsInTheirOrder) {
+    const Ended ended = RunHost({"serve"},
+                                "{\"command\":\"stop\"}\n{\"command\":\"start\"}\n{\"command\":\"dance\"}\n"
+                                "{\"command\":\"restart\"}\n{\"method\":\"Echo\"}\n{\"command\":\"stop\"}\n");
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    EXPECT_EQ(Calls(ended.err), "init start stop start stop uninit init start stop uninit ");
+    EXPECT_EQ(ended.out.find("{\"command\":\"stop\"}\n{\"command\":\"start\"}\n{\"error\":{\"line\":3,"), 0u)
+        << ended.out;
+    EXPECT_TRUE(Contains(ended.out, "\"method\":\"Echo\"")) << "the new instance answers";
+}
+
 TEST(Lifecycle, AnInterruptDuringTheStopLetsItEnd) {
     ChildProcess child(WithFake({"-v", "--timeout", "1", "call", "Echo"}), {{"FAKE_PLUGIN=stop-never"}});
     ASSERT_TRUE(child.ReadErrUntil("fake: stop"));

@@ -46,6 +46,8 @@ class GalleryModel {
             Put(to + path.substr(from.size()), moved.own);
             // What was given follows its file; a file without anything takes the place of the one before.
             if (moved.caption != "") file.caption = moved.caption;
+            // With new bytes in a new place it is known by nothing.
+            if (moved.rewritten && file.caption != "") file.caption.reset();
             file.rewritten = moved.rewritten;
         }
         Remove(from);
@@ -54,6 +56,7 @@ class GalleryModel {
     void MoveRecord(const std::string& from, const std::string& to) {
         const File moved = files_[from];
         Move(from, to);
+        files_[to].caption = moved.caption;
         files_[to].id = moved.id;
         files_[to].touched = moved.touched;
     }

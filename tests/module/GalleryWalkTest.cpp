@@ -224,6 +224,7 @@ class GalleryWalk : public testing::Test {
         outsiders_.pop_back();
     }
     void MoveGalleryAway() {
+        EndOther();
         Say("gallery away");
         process_->SetSilent();
         fs::rename(model_.gallery(), away_);
@@ -243,6 +244,7 @@ class GalleryWalk : public testing::Test {
         process_->Tell("GetAppUGC", Member("appName", Quoted(kGames[0])));
     }
     void ChangeGallery() {
+        EndOther();
         const std::string to = galleries_[model_.gallery() == galleries_[0] ? 1 : 0];
         Say("change the gallery to " + to);
         process_->SetSilent();
@@ -253,6 +255,7 @@ class GalleryWalk : public testing::Test {
     }
     void CancelChange() {
         if (previous_.empty()) return;
+        EndOther();
         Say("cancel the change");
         process_->SetSilent();
         EXPECT_EQ(CodeOf(process_->Ask("CancelPathUpdate", "{}")), 0) << process_->log();
@@ -279,7 +282,7 @@ class GalleryWalk : public testing::Test {
             Member("memeInfo", "{\"topBarText\":\"" + text + "\",\"bottomBarText\":\"\"}");
         const bool isKnown = model_.IsKnown(path) && !process_->silent();
         const int code =
-            CodeOf(process_->Ask("AddMeme", "{\"file\":" + Quoted(path) + "," + texts.substr(1)));
+            CodeOf(Someone().Ask("AddMeme", "{\"file\":" + Quoted(path) + "," + texts.substr(1)));
         if (code == 0) model_.Caption(path, text);
         if (isKnown) {
             EXPECT_EQ(code, 0) << Tail(said_, 8000) << process_->log();
@@ -292,7 +295,8 @@ class GalleryWalk : public testing::Test {
         Say("ask to move " + from.string() + " to " + to);
         const std::string paths = "{\"source\":" + Quoted(from) + ",\"destination\":" + Quoted(to) + "}";
         EXPECT_EQ(CodeOf(process_->Ask("MoveFile", paths)), 0) << process_->log();
-        process_->silent() ? model_.Move(from, to) : model_.MoveRecord(from, to);
+        // Who follows another process gets the record from there, with a new id.
+        process_->silent() || other_ ? model_.Move(from, to) : model_.MoveRecord(from, to);
     }
     void CopyByRequest() {
         const fs::path from = SomeFile();
@@ -300,14 +304,14 @@ class GalleryWalk : public testing::Test {
         if (from.empty() || !model_.IsKnown(from)) return;
         Say("ask to copy " + from.string() + " to " + to);
         const std::string paths = "{\"source\":" + Quoted(from) + ",\"destination\":" + Quoted(to) + "}";
-        EXPECT_EQ(CodeOf(process_->Ask("CopyFile", paths)), 0) << process_->log();
+        EXPECT_EQ(CodeOf(Someone().Ask("CopyFile", paths)), 0) << process_->log();
         model_.Copy(from, to);
     }
     void RemoveByRequest() {
         const std::string path = SomeFile();
         if (path.empty() || !model_.IsKnown(path) || process_->silent()) return;
         Say("ask to remove " + path);
-        EXPECT_EQ(CodeOf(process_->Ask("RemoveGalleryItem", Member("file", Quoted(path)))), 0);
+        EXPECT_EQ(CodeOf(Someone().Ask("RemoveGalleryItem", Member("file", Quoted(path)))), 0);
         model_.Remove(path);
     }
     void Engrave() {
@@ -317,10 +321,27 @@ class GalleryWalk : public testing::Test {
         const std::string info =
             "\"DRSProfileName\":\"p\",\"DRSAppName\":\"a\",\"DRSShortName\":\"s\","
             "\"highlightDefinitionId\":\"\",\"highlightGroupId\":\"\",\"mediaType\":\"\"}";
-        EXPECT_EQ(CodeOf(process_->Ask("EngraveMP4", "{\"file\":" + Quoted(path) + "," + info)), 0)
+        EXPECT_EQ(CodeOf(Someone().Ask("EngraveMP4", "{\"file\":" + Quoted(path) + "," + info)), 0)
             << process_->log();
         model_.Put(path, true);
     }
+    // A second process on the same folders, which writes the record when the first one has ended.
+    void StartOrEndOther() {
+        if (process_->silent() && !other_) return;
+        Say(other_ ? "end the other" : "start another");
+        if (other_) {
+            EXPECT_EQ(other_->End(), 0) << other_->log();
+            other_.reset();
+        } else {
+            other_ = std::make_unique<TrackerProcess>(home_, PathsOf(records_.ids));
+            EXPECT_FALSE(other_->HasRebuilt());
+        }
+    }
+    void EndOther() {
+        if (other_) StartOrEndOther();
+    }
+    // Of the two, at random.
+    TrackerProcess& Someone() { return other_ && Chance(50) ? *other_ : *process_; }
     void KillAmidst() {
         Say("kill");
         process_->Kill();
@@ -329,6 +350,7 @@ class GalleryWalk : public testing::Test {
     }
     // When all is quiet, what is on disk decides whether the next start rebuilds.
     void KillAtRest() {
+        EndOther();
         process_->Kill();
         const bool changes = Chance(50);
         if (changes) PutMarker();
@@ -385,12 +407,15 @@ class GalleryWalk : public testing::Test {
         media::CalculateFolderCRC(model_.gallery() + "/", model_.gallery(), crc);
         if (crc != records_.folderCRC) return "the sum of the gallery is another\n";
         if (!process_->silent() && process_->known() != PathsOf(records_.ids)) return "told are others\n";
+        if (other_ && Recent(*other_) != records_.ids) return "the other process says otherwise\n";
         return {};
     }
 
+    static std::map<std::string, int> Recent(TrackerProcess& process) {
+        return IdsIn(process.Ask("GetRecentUGC", Member("count", "100000")), "recents");
+    }
     void CompareAnswers() {
-        EXPECT_EQ(IdsIn(process_->Ask("GetRecentUGC", Member("count", "100000")), "recents"), records_.ids)
-            << Tail(said_, 8000);
+        EXPECT_EQ(Recent(*process_), records_.ids) << Tail(said_, 8000);
         for (const auto& [game, ids] : records_.games)
             EXPECT_EQ(IdsIn(process_->Ask("GetAppUGC", Member("appName", Quoted(game))), "ugc"), ids)
                 << Tail(said_, 8000);
@@ -424,6 +449,7 @@ class GalleryWalk : public testing::Test {
         {1, [&] { CancelChange(); }},
         {2, [&] { KillAmidst(); }},
         {4, [&] { Restart(); }},
+        {3, [&] { StartOrEndOther(); }},
         {8, [&] { Caption(); }},
         {4, [&] { MoveByRequest(); }},
         {2, [&] { CopyByRequest(); }},
@@ -441,6 +467,7 @@ class GalleryWalk : public testing::Test {
     std::mt19937 random_{FromEnvironment("GALLERY_WALK_SEED", 1)};
     GalleryModel model_{galleries_[0]};
     std::unique_ptr<TrackerProcess> process_;
+    std::unique_ptr<TrackerProcess> other_;  // beside it, at times
     TrackerRecords records_;
     std::string previous_;  // the gallery that a cancelled change goes back to
     std::string marker_;

@@ -203,7 +203,11 @@ bool PluginModuleBase::SendResponse(std::unique_ptr<JSONMessage> response, const
 
 void PluginModuleBase::RegisterNotificationSyncFn(const std::string& system, const std::string& module,
                                                   const std::string& method, NotificationListener listener) {
-    notificationListeners_[system + "." + module + "." + method] = std::move(listener);
+    const bool isNew =
+        notificationListeners_.insert_or_assign(system + "." + module + "." + method, std::move(listener))
+            .second;
+    // The other module keeps a subscription while this one is stopped, and would send a copy for each.
+    if (!isNew) return;
     auto subscription = Message::CreateRequest(system.c_str(), module.c_str(), method.c_str(),
                                                systemName_.c_str(), moduleName_.c_str(), nullptr);
     subscription->set_type(JSONMessage::kPersistent);

@@ -95,7 +95,8 @@ class PluginModuleBase : public IContainerConnector,
         };
     }
 
-    // Listens to the notification `method` of another module; this subscribes to it as well.
+    // Listens to the notification `method` of another module, and subscribes to it the first time; later
+    // calls, as at another start, replace the listener.
     void RegisterNotificationSyncFn(const std::string& system, const std::string& module,
                                     const std::string& method, NotificationListener listener);
 

@@ -28,8 +28,12 @@ constexpr const char* kServeFooter =
 Each message of the plug-in, response or notification, is a line of standard output. A line that is refused is answered with
   {"error":{"line":3,"text":"what is wrong"},"reference_uniqueid":"the line's own, if it had one"}
 The plug-in's log goes to standard error. All notifications are printed; an envelope of type 3073 with the name of a
-notification as its method subscribes to it under its own uniqueid. After the end of standard input the program waits
-for the remaining answers and ends.
+notification as its method subscribes to it under its own uniqueid. These lines are commands for the plug-in; each is
+printed when it is done:
+  {"command":"stop"}     end montages, and keep all messages in both directions until the next start
+  {"command":"start"}    deliver the messages that were kept, and go on
+  {"command":"restart"}  end the plug-in and start it anew; requests without an answer by then get none
+After the end of standard input the program waits for the remaining answers and ends.
 Programs that the plug-in starts can send such lines, of 64 KiB at most, as datagrams to the socket that the
 environment variable GALLERY_HOST_MESSAGES names; they receive no answers.
 )";

@@ -70,16 +70,46 @@ int PluginLoader::Open(const std::string& path) {
 }
 
 void PluginLoader::Start() {
+    auto failed = RunInitialize();
+    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be initialized: " + Reason(*failed));
+    failed = RunStart();
+    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be started: " + Reason(*failed));
+}
+
+std::optional<std::string> PluginLoader::RunInitialize() {
     // A failed Initialize leaves an instance that only Uninitialize removes.
     stage_ = Stage::kInitialized;
-    auto failed = RunCommand(
+    return RunCommand(
         "_CmdInit_", [this] { return plugin_->Initialize(OnNotification, "{}", &events_); },
         "Initialize of the plug-in", kExitNoPlugin);
-    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be initialized: " + Reason(*failed));
+}
+
+std::optional<std::string> PluginLoader::RunStart() {
     stage_ = Stage::kStarted;
-    failed = RunCommand(
+    return RunCommand(
         "_CmdStart_", [this] { return plugin_->Start(); }, "Start of the plug-in", kExitNoPlugin);
-    if (failed) throw Failure(kExitNoPlugin, "the plug-in could not be started: " + Reason(*failed));
+}
+
+std::optional<std::string> PluginLoader::RunStop() {
+    stage_ = Stage::kInitialized;
+    return RunCommand(
+        "_CmdStop_", [this] { return plugin_->Stop(); }, "Stop of the plug-in", kExitNoAnswer);
+}
+
+std::optional<std::string> PluginLoader::RunUninitialize() {
+    stage_ = Stage::kLoaded;
+    return Call([this] { return plugin_->Uninitialize(); }, "Uninitialize of the plug-in", kExitNoAnswer)
+        .thrown;
+}
+
+std::optional<std::string> PluginLoader::RunRestart() {
+    std::optional<std::string> failed;
+    if (stage_ == Stage::kStarted) failed = RunStop();
+    const std::optional<std::string> ended = RunUninitialize();
+    std::optional<std::string> started = RunInitialize();
+    if (!started) started = RunStart();
+    if (started) return started;
+    return ended ? ended : failed;
 }
 
 std::string PluginLoader::Reason(const std::string& failure) const {
@@ -143,18 +173,14 @@ void PluginLoader::StopInOrder() {
     Await([this] { return !busy_ && command_.running.empty(); }, "the plug-in's last command", kExitNoAnswer);
     // 2. End only what was started; go on after a failure.
     if (stage_ == Stage::kStarted) {
-        const auto failed = RunCommand(
-            "_CmdStop_", [this] { return plugin_->Stop(); }, "Stop of the plug-in", kExitNoAnswer);
-        if (failed) {
+        if (const auto failed = RunStop()) {
             Say("the plug-in did not stop well: " + *failed);
             stopStatus_ = kExitFailed;
         }
     }
     if (stage_ >= Stage::kInitialized) {
-        const Returned ended =
-            Call([this] { return plugin_->Uninitialize(); }, "Uninitialize of the plug-in", kExitNoAnswer);
-        if (ended.thrown) {
-            Say("the plug-in did not end well: " + *ended.thrown);
+        if (const auto failed = RunUninitialize()) {
+            Say("the plug-in did not end well: " + *failed);
             stopStatus_ = kExitFailed;
         }
     }

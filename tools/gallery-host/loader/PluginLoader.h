@@ -32,6 +32,13 @@ class PluginLoader {
     void Load(const std::string& path);
     void Start();
 
+    // Commands for a plug-in that was started. Each returns the reason if the plug-in fails it, and may throw
+    // as Stop's calls do: Failure(kExitNoAnswer), Failure(kExitInterrupted).
+    std::optional<std::string> RunStart();
+    std::optional<std::string> RunStop();
+    // Ends the plug-in, also when a part of that fails, and starts it again without unloading the library.
+    std::optional<std::string> RunRestart();
+
     // Hands over one envelope. Returns the plug-in's error text if it refuses the envelope. Throws
     // Failure(kExitNoAnswer) when the call does not return, and Failure(kExitInterrupted).
     std::optional<std::string> Send(const std::string& json);
@@ -71,6 +78,8 @@ class PluginLoader {
     // Runs a lifecycle command to its end; the text of its failure, if it failed.
     std::optional<std::string> RunCommand(const std::string& method, std::function<int()> call,
                                           const std::string& name, ExitStatus late);
+    std::optional<std::string> RunInitialize();
+    std::optional<std::string> RunUninitialize();
     void StopInOrder();
     void HeedInterrupt();
     bool IsIdle() const { return stage_ == Stage::kStarted && command_.running.empty() && !busy_; }

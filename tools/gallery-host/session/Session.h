@@ -34,6 +34,11 @@ class Session {
 
     void Start();
     ExitStatus Stop();
+    // Lifecycle commands in between, each with the plug-in's reason if it fails. After RunStop the plug-in
+    // keeps messages until RunStart; RunRestart ends it and drops its subscriptions.
+    std::optional<std::string> RunStop() { return loader_.RunStop(); }
+    std::optional<std::string> RunStart() { return loader_.RunStart(); }
+    std::optional<std::string> RunRestart() { return loader_.RunRestart(); }
     bool abandoned() const { return loader_.abandoned(); }
     const SessionOptions& options() const { return options_; }
 

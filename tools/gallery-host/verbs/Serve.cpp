@@ -54,11 +54,33 @@ void Server::OnLine(const LineSplitter::Line& line) {
         Refuse(line.number, error, {});
         return;
     }
+    if (TakeCommand(envelope, line.number)) return;
     const std::string ownId = Text(envelope, "uniqueid");
     Complete(envelope);
     if (TakeSubscription(envelope)) return;
     const std::optional<std::string> refusal = Forward(envelope);
     if (refusal) Refuse(line.number, *refusal, ownId);
+}
+
+bool Server::TakeCommand(const KXP::Document& line, size_t lineNumber) {
+    const std::string command = Text(line, "command");
+    if (command.empty() || line.HasMember("method")) return false;
+    if (const std::optional<std::string> failure = RunCommand(command))
+        Refuse(lineNumber, command + ": " + *failure, {});
+    else
+        Write(MakeTexts({{"command", command}}));
+    return true;
+}
+
+std::optional<std::string> Server::RunCommand(const std::string& command) {
+    if (command == "stop") return session_.RunStop();
+    if (command == "start") return session_.RunStart();
+    if (command != "restart") return "no such command";
+    std::optional<std::string> failure = session_.RunRestart();
+    // The next instance knows neither the requests of the last one nor its subscribers.
+    outstanding_.clear();
+    subscriptions_.Make(session_);
+    return failure;
 }
 
 std::optional<std::string> Server::Forward(const KXP::Document& envelope) {

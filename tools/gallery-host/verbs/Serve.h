@@ -17,7 +17,8 @@ namespace host {
 // Each line of standard input is an envelope; fields that it lacks are filled in. Each message of the plug-in
 // is a line of standard output. A line that is refused is answered with
 //   {"error":{"line":3,"text":"..."},"reference_uniqueid":"the line's own, if it had one"}
-// and the server goes on.
+// and the server goes on. A line {"command":"stop"}, "start" or "restart" is a lifecycle command for the
+// plug-in; it is written back when the plug-in has carried it out.
 //
 // The server subscribes to each notification once. It writes a notification once for each subscription of a
 // sender, with its identifier, or once with the method's name if nobody subscribed.
@@ -39,6 +40,10 @@ class Server {
     void ReadLines();
     void AwaitAnswers();
     void OnLine(const LineSplitter::Line& line);
+    // Whether the line is a lifecycle command; it is then done.
+    bool TakeCommand(const KXP::Document& line, size_t lineNumber);
+    // The reason if it fails.
+    std::optional<std::string> RunCommand(const std::string& command);
     // The plug-in's error text if it refuses the envelope.
     std::optional<std::string> Forward(const KXP::Document& envelope);
     bool TakeSubscription(const KXP::Document& envelope);

@@ -57,6 +57,7 @@ bool GalleryPlugin::Initialize() {
 bool GalleryPlugin::Start() {
     if (!api_) return false;
     SubscribeToCaptures();
+    api_->Start();
     KXP_LOG(KXP::LogMilestone, "CloudSync montage recipe async task started");
     task_queue().ExecuteAsync(
         [api = api_] {

@@ -51,8 +51,9 @@ ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
 void ZvGalleryAPI::Cleanup() {
     recipes_.End();
     StopAndJoinFileWatcher();
-    // Shorter than the time that the queue waits for the task.
-    transcoder_->EndMontages(std::chrono::milliseconds(500));
+    // Shorter than the time that the queue waits for the task. Later requests for montages wait for the
+    // start.
+    transcoder_->CancelMontage(std::chrono::milliseconds(500));
 }
 
 std::shared_ptr<UGCTracker> ZvGalleryAPI::GetUGCTracker() const {

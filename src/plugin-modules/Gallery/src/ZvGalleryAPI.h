@@ -29,8 +29,10 @@ class ZvGalleryAPI : public ITrackerHost {
     ZvGalleryAPI(const ZvGalleryAPI&) = delete;
     ZvGalleryAPI& operator=(const ZvGalleryAPI&) = delete;
 
-    // Ends what runs in the background; requests are still answered. Worker.
+    // Ends montages and syncs with the cloud, until Start. Everything else goes on. Worker.
     void Cleanup();
+    // Lets syncs begin again. Worker.
+    void Start() { recipes_.Begin(); }
 
     KXP::PluginModuleBase& Plugin() { return plugin_; }
     // Opens every request that only the worker may run.

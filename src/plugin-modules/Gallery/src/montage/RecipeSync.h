@@ -11,8 +11,9 @@ class RecipeSync {
     // Fetches what has changed. False, with a log line, when that cannot be done or after End. May take long;
     // End cuts it short.
     bool RecipeCloudSync();
-    // Aborts the syncs that are running, and lets no other begin.
+    // Aborts the syncs that are running, and lets no other begin until Begin.
     void End();
+    void Begin() { ended_ = false; }
 
   private:
     std::atomic<bool> ended_{false};

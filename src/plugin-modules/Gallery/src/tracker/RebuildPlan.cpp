@@ -9,6 +9,12 @@
 
 #include "base/Path.h"
 
+void RebuildPlan::Former::TakeStamps(const std::optional<std::vector<FileStamp>>& stamps) {
+    isOwn = stamps && stamps->size() == records.size();
+    for (size_t i = 0; isOwn && i < records.size(); ++i)
+        records[i].stamp = (*stamps)[i];
+}
+
 RebuildPlan::RebuildPlan(FoundFiles found, Former former, bool keepsInodes)
     : former_(std::move(former.records)), isOwn_(former.isOwn) {
     std::unordered_map<std::string_view, size_t> byPath;

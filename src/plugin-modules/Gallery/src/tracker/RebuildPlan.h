@@ -18,6 +18,9 @@ class RebuildPlan {
         // The file is as the product left it and the records have their stamps. If not, anybody may have
         // written it.
         bool isOwn = false;
+
+        // None unless the file is own.
+        void TakeStamps(const std::optional<std::vector<FileStamp>>& stamps);
     };
     struct Step {
         std::string path;

@@ -5,6 +5,7 @@
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "libraries/share-common/ShareFolder.h"
+#include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 #include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 #include "plugin-modules/Gallery/src/tracker/UGCFileWatcherCallback.h"
 
@@ -31,16 +32,22 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
       journal_(*this, KXP::CreateDirectoryPath(GetShareFolderPath()), gallery(), parts.clock,
                parts.sumInPassing),
       rebuilding_(useUniqueFile ? Rebuilding::InOneFile : Rebuilding::No),
+      watcherOptions_(parts.watcher),
       queue_("UGC_", parts.clock),
       capacity_(host_, queue_) {
     if (!useUniqueFile) DeleteUniqueTrackerFiles();
     kept_.Load();
-    journal_.Open(useUniqueFile);
-    // The watcher starts first and the worker last: changes made while the file is read and compared are in
-    // the queue when the worker starts, after the entries of a rebuild, and none is missed.
-    if (parts.watch) StartWatcher(parts.watcher);
-    ParseTracker();
+    if (journal_.Open(useUniqueFile)) {
+        // The watcher starts first and the worker last: changes made while the file is read and compared are
+        // in the queue when the worker starts, after the entries of a rebuild, and none is missed.
+        if (parts.watch) StartWatcher();
+        ParseTracker();
+    } else {
+        KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
+        ReadRecord();
+    }
     queue_.EnqueueNotification(queue_.Now(), [this] { SortOutKept(); });
+    if (parts.watch) FollowLater();
     capacity_.MonitorDiskSpace();
     // Those that were in flight when the gallery was changed.
     for (const Highlight& highlight : host_.GetPendingHighlights().All())
@@ -53,7 +60,8 @@ UGCTracker::~UGCTracker() {
     Stop();
 }
 
-void UGCTracker::StartWatcher(WatcherOptions options) {
+void UGCTracker::StartWatcher() {
+    WatcherOptions options = watcherOptions_;
     options.gallery = KXP::WithoutSlash(gallery());
     const std::string shareFolder = KXP::CreateDirectoryPath(GetShareFolderPath());
     watcher_ = CreateFileWatcher(KXP::ParentOf(options.gallery),

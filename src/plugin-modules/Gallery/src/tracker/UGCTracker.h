@@ -53,10 +53,11 @@ class UGCTracker : private IJournalSource {
         std::chrono::milliseconds sumInPassing{5};
     };
 
-    // Starts with the file's content or, if that does not match the disk, with a rebuild that continues after
-    // the constructor has returned. With `useUniqueFile` it always rebuilds, into a file of its own that
-    // replaces the tracker's file at the end. `host` outlives it. Throws KXP::Exception when the share folder
-    // cannot be created, and std::runtime_error when no unique name is left.
+    // If no other process does, it writes the file: it starts with its content or, if that does not match the
+    // disk, with a rebuild that continues after the constructor has returned. With `useUniqueFile` it always
+    // rebuilds, into a file of its own that replaces the tracker's file at the end. Otherwise it follows the
+    // file until that process ends. `host` outlives it. Throws KXP::Exception when the share folder cannot be
+    // created, and std::runtime_error when no unique name is left.
     UGCTracker(ITrackerHost* host, bool useUniqueFile) : UGCTracker(host, useUniqueFile, Parts{}) {}
     UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& parts);
     // Stops. On any thread but the tracker's worker and the watcher's.
@@ -74,8 +75,9 @@ class UGCTracker : private IJournalSource {
     // The path under which the file is on record, or would be; of another file the path itself.
     std::string PlaceOf(const std::string& path) const { return place_.CapturePathOf(path).value_or(path); }
 
-    // Queues a scan of the whole gallery, which only adds and renews records. `former` is what they were.
-    void UpdateTracker(RebuildPlan::Former former = {});
+    // Scans the whole gallery and queues its files for `when`, which only adds and renews records. `former`
+    // is what they were.
+    void UpdateTracker(RebuildPlan::Former former, KXP::TimePoint when);
     // Each queues the work for one path. TrackFolder tracks the files in a game's folder; for the gallery, or
     // its parent, the whole gallery. The second is for a path as gallery() has it.
     void TrackFile(const std::string& path);
@@ -153,7 +155,7 @@ class UGCTracker : private IJournalSource {
     };
 
     // Start and rebuild.
-    void StartWatcher(WatcherOptions options);
+    void StartWatcher();
     void ParseTracker() EXCLUDES(mutex_);
     void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId) EXCLUDES(mutex_);
     void Rebuild(const char* reason, RebuildPlan::Former former);
@@ -165,8 +167,18 @@ class UGCTracker : private IJournalSource {
     void EnterChanges(const std::vector<std::string>& paths, std::chrono::steady_clock::time_point until);
     void EnterChange(const std::string& path) EXCLUDES(mutex_);
 
+    // Beside another process, on the worker.
+    void FollowLater();
+    void Follow();
+    void TakeKept(const KeptCapture& kept);
+    void TakeOverRecord();
+    void FindMissed();
+    void ReadRecord();
+    void CompleteFollowed(TrackedUGC& record);
+    void TakeRecord(std::vector<TrackedUGC> records, int32_t lastId) EXCLUDES(mutex_);
+
     // Tracking, on the worker.
-    void EnqueueWork(const void* tag, std::function<void()> work);
+    void EnqueueWork(const void* tag, KXP::TimePoint when, std::function<void()> work);
     void EnqueueFinish();
     void EnqueueTrack(const std::string& path);
     void TrackFilesIn(const std::string& folder);
@@ -180,6 +192,7 @@ class UGCTracker : private IJournalSource {
     RecordPtr RecordAt(const std::string& path) const EXCLUDES(mutex_);
     RecordPtr FindRecord(const std::string& path) const EXCLUDES(mutex_);
     std::vector<std::string> PathsIn(const std::string& folder) const EXCLUDES(mutex_);
+    void TrackMoved(const TrackedUGC& record, const std::string& place);
     void TrackOrLog(const std::string& path, const TrackedUGC* former = nullptr);
     KXP::RetVal TrackFileTask(const std::string& path, const TrackedUGC* former) EXCLUDES(mutex_);
     void TrackUGC(TrackedUGC record, const KeptFacts& hint) EXCLUDES(mutex_);
@@ -233,8 +246,11 @@ class UGCTracker : private IJournalSource {
     mutable KXP::CondVar entered_;  // a record was added, or a wait has to end
     RecordStore records_ GUARDED_BY(mutex_);
 
-    // Set by the constructor and Stop; in between the thread that has the journal's turn uses it.
+    WatcherOptions watcherOptions_;
+    // Set before the worker starts, or by it while it does not own the file, and by Stop; otherwise the
+    // thread that has the journal's turn uses it.
     std::unique_ptr<IFileWatcher> watcher_;
+    bool followed_ = false;  // the file of another process was read; used like watcher_
     // Its entries use all of the above. Stop ends it before the watcher, whose reports it drops then.
     KXP::TaskQueue queue_;
     CapacityWatch capacity_;

@@ -12,13 +12,6 @@ namespace {
 // Files of a rebuild for each entry of the queue.
 constexpr size_t kSome = 32;
 
-// Of the records in the tracker's file. If somebody else has written it, their files have to be looked at.
-void TakeStamps(const TrackerJournal::Stamps& stamps, RebuildPlan::Former& former) {
-    former.isOwn = stamps && stamps->size() == former.records.size();
-    for (size_t i = 0; former.isOwn && i < former.records.size(); ++i)
-        former.records[i].stamp = (*stamps)[i];
-}
-
 bool HasFacts(const TrackedUGC& record) {
     return !record.topBarText.empty() || !record.bottomBarText.empty() || TrackedUGC::IsAHighlight(record);
 }
@@ -32,7 +25,7 @@ void UGCTracker::ParseTracker() {
     const bool read = !journal_.Read(document, info, &stamps).Failed();
     RebuildPlan::Former former;
     if (read) former.records = ParseUGCFromJSON(document);
-    TakeStamps(stamps, former);
+    former.TakeStamps(stamps);
     // If the settings still say that a rebuild is in progress, an earlier start did not finish it.
     if (!read || info.version != kTrackerVersion ||
         host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress)
@@ -85,10 +78,10 @@ void UGCTracker::Rebuild(const char* reason, RebuildPlan::Former former) {
         records_.Clear();
     }
     KXP_LOG(KXP::LogMilestone, "%s", reason);
-    UpdateTracker(std::move(former));
+    UpdateTracker(std::move(former), queue_.Now());
 }
 
-void UGCTracker::UpdateTracker(RebuildPlan::Former former) {
+void UGCTracker::UpdateTracker(RebuildPlan::Former former, KXP::TimePoint when) {
     place_.NoteScanned();
     FoundFiles found = ScanGallery(gallery());
     for (const std::string& folder : found.unread)
@@ -100,7 +93,7 @@ void UGCTracker::UpdateTracker(RebuildPlan::Former former) {
     const auto plan = std::make_shared<RebuildPlan>(std::move(found), std::move(former),
                                                     KXP::Platform::KeepsInodes(gallery()));
     for (size_t enqueued = 0; enqueued < plan->size(); enqueued += kSome)
-        EnqueueWork(&kRunTag, [this, plan] { TrackSome(*plan); });
+        EnqueueWork(&kRunTag, when, [this, plan] { TrackSome(*plan); });
     if (rebuilding_ == Rebuilding::InOneFile)
         queue_.EnqueueNotification(queue_.Now(), [this] { FinishRebuild(); });
     queue_.EnqueueNotification(queue_.Now(), [this] {

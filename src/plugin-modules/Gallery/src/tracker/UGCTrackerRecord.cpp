@@ -127,7 +127,9 @@ RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarTex
     KeptFacts facts = FactsOfRecord(*found);
     facts.topBarText = topBarText;
     facts.bottomBarText = bottomBarText;
-    const KeptCaptures::Change change = kept_.Put({found->path, found->stamp, facts});
+    // Of the file as it is now: that it has changed may not be on record yet.
+    const FileStamp now = StampAt(found->path);
+    const KeptCaptures::Change change = kept_.Put({found->path, now.IsKnown() ? now : found->stamp, facts});
     if (!change.put) return {Code::kFailure, "The texts are too long to be kept", 0};
     // Kept before they are on record: what a page is shown outlasts the process.
     if (RetVal saved = kept_.Save(); saved.Failed()) {
@@ -152,7 +154,7 @@ RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarTex
 size_t UGCTracker::ShowKept(const std::string& path) {
     const KXP::MutexLock lock(mutex_);
     if (const RecordPtr found = records_.FindByPath(path)) {
-        const KeptPtr kept = kept_.Find(found->path, found->stamp);
+        const KeptPtr kept = kept_.LatestOf(found->path);
         TrackedUGC record = *found;
         Apply(kept ? kept->facts : KeptFacts{}, record);
         records_.Change(std::move(record));

@@ -46,17 +46,22 @@ void UGCTracker::TrackFile(const std::string& path) {
 }
 
 void UGCTracker::TrackWatchedFile(const std::string& path) {
-    if (place_.KindOf(path) == GalleryPlace::Kind::Capture && !ignoreList_.Has(path)) EnqueueTrack(path);
+    if (place_.KindOf(path) != GalleryPlace::Kind::Capture || ignoreList_.Has(path)) return;
+    // Only who writes the record gives ids; the others are shown the file by it.
+    if (journal_.Owns()) EnqueueTrack(path);
 }
 
 void UGCTracker::EnqueueTrack(const std::string& path) {
-    EnqueueWork(&kRunTag, [this, path] { TrackOrLog(path); });
+    EnqueueWork(&kRunTag, queue_.Now(), [this, path] { TrackOrLog(path); });
 }
 
 void UGCTracker::TrackFolder(const std::string& path) {
     const GalleryPlace::Kind kind = place_.KindOf(path);
-    if (kind == GalleryPlace::Kind::Gallery) EnqueueWork(nullptr, [this] { UpdateTracker(); });
-    if (kind == GalleryPlace::Kind::Game) EnqueueWork(nullptr, [this, path] { TrackFilesIn(path); });
+    // The whole gallery is tracked before files in it that are reported from now on: in its order.
+    const KXP::TimePoint when = queue_.Now();
+    if (kind == GalleryPlace::Kind::Gallery)
+        EnqueueWork(nullptr, when, [this, when] { UpdateTracker({}, when); });
+    if (kind == GalleryPlace::Kind::Game) EnqueueWork(nullptr, when, [this, path] { TrackFilesIn(path); });
 }
 
 void UGCTracker::TrackFilesIn(const std::string& folder) {
@@ -73,13 +78,13 @@ void UGCTracker::UntrackFile(const std::string& path) {
         const KXP::MutexLock lock(mutex_);
         before = records_.nextPlace();
     }
-    EnqueueWork(&kRunTag, [this, path, before] { UntrackPath(path, before); });
+    EnqueueWork(&kRunTag, queue_.Now(), [this, path, before] { UntrackPath(path, before); });
 }
 
 // The backlog counts an entry until it is done: until then a known change is missing from the record.
-void UGCTracker::EnqueueWork(const void* tag, std::function<void()> work) {
+void UGCTracker::EnqueueWork(const void* tag, KXP::TimePoint when, std::function<void()> work) {
     backlog_.Begin();
-    queue_.EnqueueTagged(queue_.Now(), tag, [this, work = std::move(work)] {
+    queue_.EnqueueTagged(when, tag, [this, work = std::move(work)] {
         try {
             work();
         } catch (...) {
@@ -109,7 +114,7 @@ bool UGCTracker::MayWaitForNext() {
 
 void UGCTracker::TrackNow(const std::string& path) {
     const std::optional<std::string> place = place_.CapturePathOf(path);
-    if (!place) return;
+    if (!place || !journal_.Owns()) return;
     TrackOrLog(*place);
     EnqueueFinish();
 }
@@ -123,14 +128,22 @@ void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
     const RecordPtr record = FindRecord(from);
     const std::optional<std::string> place = place_.CapturePathOf(to);
     if (record) Drop({record->path});
-    if (place && record && StampAt(*place) == record->stamp) {
-        TrackedUGC moved = *record;
-        moved.path = *place;
-        TrackUGC(std::move(moved), FactsOfRecord(*record));
-    } else if (place) {
-        TrackOrLog(*place);
-    }
+    if (!journal_.Owns()) return EnqueueFinish();
+    if (place) record ? TrackMoved(*record, *place) : TrackOrLog(*place);
     EnqueueFinish();
+}
+
+void UGCTracker::TrackMoved(const TrackedUGC& record, const std::string& place) {
+    TrackedUGC moved = record;
+    moved.path = place;
+    // It may have been changed a moment before.
+    if (StampAt(place) != record.stamp) {
+        Inspection inspection = InspectCapture(place);
+        if (inspection.finding != Inspection::Finding::Capture) return TrackOrLog(place);
+        moved = std::move(inspection.record);
+        moved.id = record.id;
+    }
+    TrackUGC(std::move(moved), FactsOfRecord(record));
 }
 
 bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
@@ -202,7 +215,7 @@ void UGCTracker::LookAgain(const std::string& path) {
     NoteDisturbed(path);
     if (kind == GalleryPlace::Kind::Gallery) {
         backlog_.ClearFailed(path);
-        UpdateTracker();
+        UpdateTracker({}, queue_.Now());
     } else if (kind == GalleryPlace::Kind::Game) {
         TrackFilesIn(path);
         DropGoneIn(path);

@@ -59,10 +59,8 @@ class Transcoder {
     // was canceled before; 0x80004005, and logs, when it could not be started.
     int32_t CreateCefMontageProcess(MontageRun& run, const std::string& launchPath,
                                     const std::vector<std::string>& arguments) EXCLUDES(montageMutex_);
-    // Ends all montages, by force when they take longer than `grace`.
+    // Ends all montages that were requested before, by force when they take longer than `grace`.
     void CancelMontage(std::chrono::milliseconds grace = std::chrono::seconds(5)) EXCLUDES(montageMutex_);
-    // The same for good: a montage that begins later is canceled at once.
-    void EndMontages(std::chrono::milliseconds grace) EXCLUDES(montageMutex_);
     bool WasMontageCanceled(const MontageRun& run) const EXCLUDES(montageMutex_);
 
     // Other platforms have encoders. Here each of these does nothing and succeeds: it returns 0 and leaves
@@ -84,7 +82,6 @@ class Transcoder {
     const std::unique_ptr<TranscoderPlatformContext> context_;
     mutable KXP::OuterMutex montageMutex_;  // then that of a montage's process
     std::set<MontageRun*> montages_ GUARDED_BY(montageMutex_);
-    bool ended_ GUARDED_BY(montageMutex_) = false;
 };
 
 // The words of requests for these values.

@@ -17,7 +17,6 @@ constexpr int kMaxLinesLogged = 2000;
 Transcoder::MontageRun::MontageRun(Transcoder& owner) : owner_(owner) {
     const KXP::MutexLock lock(owner_.montageMutex_);
     owner_.montages_.insert(this);
-    canceled_ = owner_.ended_;
 }
 
 Transcoder::MontageRun::~MontageRun() {
@@ -71,14 +70,6 @@ void Transcoder::CancelMontage(std::chrono::milliseconds grace) {
         run->canceled_ = true;
         if (run->process_) run->process_->Terminate(grace);
     }
-}
-
-void Transcoder::EndMontages(std::chrono::milliseconds grace) {
-    {
-        const KXP::MutexLock lock(montageMutex_);
-        ended_ = true;
-    }
-    CancelMontage(grace);
 }
 
 bool Transcoder::WasMontageCanceled(const MontageRun& run) const {

@@ -56,24 +56,33 @@ TrackerJournal::TrackerJournal(IJournalSource& source, std::string shareFolder, 
       shareFolder_(std::move(shareFolder)),
       gallery_(std::move(gallery)),
       clock_(clock),
-      sumInPassing_(sumInPassing) {}
+      sumInPassing_(sumInPassing),
+      owner_(shareFolder_ + "/" + kTrackerLockName) {}
 
-void TrackerJournal::Open(bool useUniqueFile) {
-    replaceTrackerFile_ = useUniqueFile;
+bool TrackerJournal::Open(bool useUniqueFile) {
+    const bool owns = TryOwn();
+    replaceTrackerFile_ = owns && useUniqueFile;
     std::string name = kTrackerFileName;
-    if (!useUniqueFile) {
+    if (owns && !useUniqueFile) {
         RemoveStaleTrackerFiles(shareFolder_);
-    } else if (GenerateUniqueTrackerFileName(shareFolder_, name).Failed()) {
+    } else if (replaceTrackerFile_ && GenerateUniqueTrackerFileName(shareFolder_, name).Failed()) {
         throw std::runtime_error("Failed to generate unique tracker name, cannot reset tracker file");
     }
     trackerFile_.Init(shareFolder_ + "/" + name);
     stampFile_.Init(trackerFile_.path());
+    return owns;
+}
+
+bool TrackerJournal::IsNew() const {
+    KXP::JSONFile::Stamp now;
+    return trackerFile_.ReadStamp(now) && !(read_ && *read_ == now);
 }
 
 KXP::RetVal TrackerJournal::Read(KXP::Document& document, TrackerInfo& info, Stamps* stamps) {
     KXP::JSONFile::Stamp before;
     KXP::JSONFile::Stamp after;
     const bool known = trackerFile_.ReadStamp(before);
+    read_ = known ? std::optional(before) : std::nullopt;
     KXP::RetVal read = trackerFile_.ReadAndParseJSON(document);
     if (read.Failed()) return read;
     if (stamps && known && trackerFile_.ReadStamp(after) && after == before) *stamps = stampFile_.Read(after);
@@ -98,16 +107,21 @@ bool TrackerJournal::MeasureFolder(uint32_t& crc, std::vector<std::string>* rece
 KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
     const KXP::Turn turn(turns_, kFileTurn);
     if (closed_) return {KXP::Code::kFailure, "No tracker", 0};
+    if (!Owns()) {
+        (void)source_.TakeContent(writer_);
+        source_.NoteWritten({});
+        return {};
+    }
     const bool pending = source_.HasUnwritten();
     if (sum == Sum::Later && sumTook_ > sumInPassing_) {
-        sumWithheld_ = true;
-        sumOwed_ = true;
+        sum_.withheld = true;
+        sum_.owed = true;
     } else if (pending || sum == Sum::Renew) {
         RenewSum(pending);
     }
     writer_.Recheck(trackerFile_);
     TrackerFileWriter::Content content = source_.TakeContent(writer_);
-    content.info.folderCRC = sumWithheld_ ? ~folderCRC_ : folderCRC_;
+    content.info.folderCRC = sum_.withheld ? ~folderCRC_ : folderCRC_;
     KXP::HeldLog log;
     KXP::RetVal written = writer_.Write(trackerFile_, stampFile_, content, log);
     if (!written.Failed()) lastIdInFile_ = content.info.lastUGCIdUsed;
@@ -118,29 +132,29 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
 // The sum is taken before the records: a capture that comes between the two is in the file but not in the
 // sum, which costs a rebuild. In the other order it would be in the sum alone and be lost.
 void TrackerJournal::RenewSum(bool pending) {
-    sumOwed_ = false;
-    disturbed_ = false;
+    sum_.owed = false;
+    sum_.disturbed = false;
     const bool measured = MeasureFolder(folderCRC_);
     if (!measured)
         KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
-    sumWithheld_ = !measured || !source_.KnowsAll();
-    if (sumWithheld_) QueueRelease();
+    sum_.withheld = !measured || !source_.KnowsAll();
+    if (sum_.withheld) QueueRelease();
 }
 
 void TrackerJournal::NoteDisturbed() {
-    disturbed_ = true;
+    sum_.disturbed = true;
     QueueRelease();
 }
 
 void TrackerJournal::QueueRelease() {
-    if (!releaseQueued_.exchange(true)) source_.QueueRelease();
+    if (!sum_.releaseQueued.exchange(true)) source_.QueueRelease();
 }
 
 void TrackerJournal::ReleaseSum() {
     {
         const KXP::Turn turn(turns_, kFileTurn);
-        releaseQueued_ = false;
-        if (!(sumWithheld_ || disturbed_) || closed_) return;
+        sum_.releaseQueued = false;
+        if (!(sum_.withheld || sum_.disturbed) || closed_) return;
         if (!source_.KnowsAll()) return QueueRelease();
     }
     (void)WriteUGCToTracker(Sum::Renew);
@@ -165,7 +179,7 @@ void TrackerJournal::TakeOver() {
 
 void TrackerJournal::DeleteTrackerFile() {
     const KXP::Turn turn(turns_, kFileTurn);
-    if (closed_) return;
+    if (closed_ || !Owns()) return;
     stampFile_.Remove();
     (void)trackerFile_.RemoveFile();
 }
@@ -173,8 +187,10 @@ void TrackerJournal::DeleteTrackerFile() {
 void TrackerJournal::Close() {
     const KXP::Turn turn(turns_, kFileTurn);
     closed_ = true;
-    // The change of the gallery was cancelled, so the files of its rebuild are of no use.
-    if (!replaceTrackerFile_) return;
-    if (KXP::FileExists(trackerFile_.path())) KXP::FileDelete(trackerFile_.path(), true);
-    stampFile_.Remove();
+    if (replaceTrackerFile_) {
+        // The change of the gallery was cancelled, so the files of its rebuild are of no use.
+        if (KXP::FileExists(trackerFile_.path())) KXP::FileDelete(trackerFile_.path(), true);
+        stampFile_.Remove();
+    }
+    owner_.Release();
 }

@@ -26,6 +26,7 @@
 #include "common/task/Clock.h"
 #include "common/threads/Turns.h"
 #include "plugin-modules/Gallery/src/tracker/journal/IJournalSource.h"
+#include "plugin-modules/Gallery/src/tracker/journal/RecordOwner.h"
 #include "plugin-modules/Gallery/src/tracker/journal/StampFile.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
@@ -49,13 +50,22 @@ class TrackerJournal {
     // Before other threads use the journal:
 
     // Selects the file: the tracker's file or, for a rebuild, a unique one that TakeOver moves to its place.
-    // Throws std::runtime_error when no unique name is left.
-    void Open(bool useUniqueFile);
+    // Throws std::runtime_error when no unique name is left. Returns false when another process writes the
+    // file; it is then only read, and a write does nothing but report success.
+    bool Open(bool useUniqueFile);
     // One for each record of a file; none unless the file is the one that the product wrote last.
     using Stamps = std::optional<std::vector<FileStamp>>;
     // Fails when there is no such file or it holds no JSON object. Writes keep the file's sum until one
     // renews it. Sets `stamps` unless it is null.
     KXP::RetVal Read(KXP::Document& document, TrackerInfo& info, Stamps* stamps = nullptr);
+
+    // One thread at a time, while the file is only read:
+
+    // Whether the file is another one than at the last Read.
+    bool IsNew() const;
+    // Writes the file from now on, if nobody else does.
+    bool TryOwn() { return owner_.TryOwn(); }
+    bool Owns() const { return owner_.Owns(); }
 
     // Any thread, with none of the source's locks held:
 
@@ -63,11 +73,11 @@ class TrackerJournal {
     // to the files that may have changed after the file's sum was taken and without changing it.
     bool MeasureFolder(uint32_t& crc, std::vector<std::string>* recent = nullptr);
     KXP::RetVal WriteUGCToTracker(Sum sum);
-    bool OwesSum() const { return sumOwed_; }
+    bool OwesSum() const { return sum_.owed; }
     // Something has changed that counts in the sum: a right one is written soon.
     void NoteDisturbed();
     // Whether the file's sum is not that of the gallery.
-    bool NeedsSum() const { return sumOwed_ || disturbed_ || sumWithheld_; }
+    bool NeedsSum() const { return sum_.owed || sum_.disturbed || sum_.withheld; }
     // As the file was read or written last.
     int32_t lastIdInFile() const { return lastIdInFile_; }
     // Writes the right sum if the file has not got it and everything is on record now.
@@ -80,6 +90,13 @@ class TrackerJournal {
     void Close();
 
   private:
+    struct SumState {
+        std::atomic<bool> owed{false};
+        std::atomic<bool> disturbed{false};
+        std::atomic<bool> withheld{false};
+        std::atomic<bool> releaseQueued{false};
+    };
+
     void RenewSum(bool pending);
     void QueueRelease();
 
@@ -89,16 +106,15 @@ class TrackerJournal {
     KXP::Clock& clock_;
     const std::chrono::milliseconds sumInPassing_;
     KXP::Turns turns_;
-    std::atomic<bool> sumOwed_{false};
-    std::atomic<bool> disturbed_{false};
-    std::atomic<bool> sumWithheld_{false};
-    std::atomic<bool> releaseQueued_{false};
+    SumState sum_;
+    RecordOwner owner_;
     std::atomic<int32_t> lastIdInFile_{0};
 
     // Used by the thread that has the turn.
     KXP::JSONFile trackerFile_;
     StampFile stampFile_;
     TrackerFileWriter writer_;
+    std::optional<KXP::JSONFile::Stamp> read_;  // the file, as it was read last
     uint32_t folderCRC_ = 0;
     std::chrono::nanoseconds sumTook_{0};  // last time
     bool replaceTrackerFile_ = false;

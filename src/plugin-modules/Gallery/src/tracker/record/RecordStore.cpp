@@ -52,6 +52,13 @@ void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t las
     if (!HasUniqueIds()) RepairIds();
 }
 
+void RecordStore::Load(std::vector<TrackedUGC> records, int32_t lastId) {
+    Load(std::move(records), {}, lastId);
+    games_.clear();
+    for (const auto& [place, record] : records_)
+        ListInGame(*record);
+}
+
 // A record without a path is of no capture, and goes with the next list.
 bool RecordStore::HasUniqueIds() const {
     int32_t before = 0;

@@ -31,6 +31,8 @@ class RecordStore {
     // two captures have the same id, or one has none, each further one gets a new id, and the games are made
     // anew from the records.
     void Load(std::vector<TrackedUGC> records, Games games, int32_t lastId);
+    // The same with games that list what the records say.
+    void Load(std::vector<TrackedUGC> records, int32_t lastId);
 
     // Returns an id that was not given out before. When there are none left, one that no record has.
     int32_t NextId();
