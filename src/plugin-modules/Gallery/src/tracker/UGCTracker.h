@@ -158,7 +158,8 @@ class UGCTracker : private IJournalSource {
     void StartWatcher();
     void ParseTracker() EXCLUDES(mutex_);
     void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId) EXCLUDES(mutex_);
-    void Rebuild(const char* reason, RebuildPlan::Former former);
+    void Rebuild(const char* reason, RebuildPlan::Former former, std::optional<FoundFiles> found = {});
+    void TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::TimePoint when);
     void TrackSome(RebuildPlan& plan);
     void TrackStep(RebuildPlan::Step step);
     void FinishRebuild() EXCLUDES(mutex_);
