@@ -3,125 +3,32 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <future>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <time.h>
 
-#include "CobalixUtil.h"
+#include "benchmarks/SampleGallery.h"
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 #include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
-#include "tests/support/RecordingHost.h"
-#include "tests/support/TempGallery.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr int kFilesPerGame = 200;
-constexpr std::chrono::minutes kPatience{10};
-
-template <typename Work>
-double SecondsOf(Work work) {
-    const Clock::time_point start = Clock::now();
-    work();
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-double Quantile(std::vector<double> values, double share) {
-    std::sort(values.begin(), values.end());
-    return values[std::min(values.size() - 1,
-                           static_cast<size_t>(share * static_cast<double>(values.size())))];
-}
-
-double Median(const std::vector<double>& values) {
-    return Quantile(values, 0.5);
-}
-
-// A gallery with screenshots and highlights in turn.
-class SampleGallery : public TempGallery {
-  public:
-    SampleGallery() {
-        KXP::LogInit(
-            KXP::LocalApp, [](const char*, void*) {}, nullptr);
-    }
-    ~SampleGallery() { KXP::LogInit(KXP::LocalApp, nullptr, nullptr); }
-
-    std::string AddCapture(const std::string& game) {
-        const std::string name = game + "/" + game + " capture " + std::to_string(++captures_);
-        return captures_ % 2 == 0 ? Add(name + ".png", image_) : Add(name + ".mp4", video_);
-    }
-    std::vector<std::string> Fill(int count, int perGame = kFilesPerGame) {
-        std::vector<std::string> paths;
-        for (int i = 0; i < count; ++i)
-            paths.push_back(AddCapture("Game " + std::to_string(i / perGame)));
-        return paths;
-    }
-    void RemoveTrackerFile() const { std::filesystem::remove(home() / ShareFile("UGCTracker.json")); }
-
-  private:
-    const std::string image_ = captures::Png(captures::PngText("Software", "Ovirastream SHARE"));
-    const std::string video_ = Video(
-        600, 1200,
-        captures::Block("Ovirastream SDK", R"({"HighlightName":"Victory","HighlightGroupId":"group"})"));
-    int captures_ = 0;
-};
-
-// Counts what is added, and keeps nothing.
-class CountingHost : public RecordingHost {
-  public:
-    void UpdateGalleryUsage(unsigned) override {}
-    void NotifyUGCDeleted(const TrackedUGC&) override {}
-    void NotifyUGCAdded(TrackedUGC, Announcements::Found, bool) override {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ++added_;
-        changed_.notify_all();
-    }
-    bool WaitForAdded(int count) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, kPatience, [&] { return added_ >= count; });
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    int added_ = 0;
-};
-
-std::unique_ptr<UGCTracker> MakeTracker(ITrackerHost& host) {
-    UGCTracker::Parts parts;
-    parts.watch = false;
-    return std::make_unique<UGCTracker>(&host, false, parts);
-}
-
-// Until the worker has done what is in its queue by now.
-void WaitForWorker(UGCTracker& tracker) {
-    auto done = std::make_shared<std::promise<void>>();
-    tracker.queue().EnqueueNotification(tracker.queue().Now(), [done] { done->set_value(); });
-    done->get_future().wait_for(kPatience);
-}
-
-size_t RecordsOf(UGCTracker& tracker) {
-    return tracker.GetRecentUGC(UINT32_MAX).size();
-}
+using namespace benchmarks;
 
 // The floor of a rebuild: one look at each file, one sum of the tree and one write.
 void RebuildOnce(const SampleGallery& gallery) {
     RecordStore records;
-    for (const std::string& path : ScanGallery(gallery.path() + "/")) {
-        TrackedUGC record;
-        if (!InspectCapture(path, record).Failed()) records.Track(std::move(record));
+    for (const FoundFile& file : ScanGallery(gallery.path() + "/").files) {
+        Inspection inspection = InspectCapture(file.path);
+        if (!inspection.result.Failed()) records.Track(std::move(inspection.record));
     }
     unsigned crc = 0;
     media::CalculateFolderCRC(gallery.path(), gallery.path(), crc);
@@ -176,12 +83,6 @@ void Start(benchmark::State& state) {
         state.SetIterationTime(starts.back());
     }
     state.counters["median_ms"] = Median(starts) * 1000;
-}
-
-double CpuSeconds() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
 // From TrackFile to the notification; at most 10 ms for the median and 25 ms for the "p99". The "cpu" of the

@@ -49,6 +49,12 @@ bool FolderReader::IsFolder() const {
     return Look(status, Links::Refuse) && S_ISDIR(status.st_mode);
 }
 
+bool FolderReader::IsLink() const {
+    if (entry_->d_type != DT_UNKNOWN) return entry_->d_type == DT_LNK;
+    struct stat status {};
+    return Look(status, Links::Refuse) && S_ISLNK(status.st_mode);
+}
+
 bool FolderReader::Look(struct stat& status, Links links) const {
     const int flags = links == Links::Follow ? 0 : AT_SYMLINK_NOFOLLOW;
     return fstatat(descriptor(), entry_->d_name, &status, flags) == 0;

@@ -42,6 +42,7 @@ class FolderReader {
     EntryKind Kind() const;
     // A folder itself, and no link to one.
     bool IsFolder() const;
+    bool IsLink() const;
     // All that the system knows of it, or of a link's target. False with errno set.
     bool Look(struct stat& status, Links links) const;
 

@@ -1,6 +1,7 @@
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 
 #include <cerrno>
+#include <cstring>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -8,6 +9,7 @@
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
+#include "base/FileCalls.h"
 #include "base/FolderReader.h"
 #include "base/Path.h"
 #include "base/Text.h"
@@ -44,8 +46,8 @@ std::string ErrorText(int error) {
 
 class TreeWalk {
   public:
-    TreeWalk(Bytes& timeBytes, Bytes& dirBytes, Bytes& lastFileBytes, RecentFiles* recent)
-        : timeBytes_(timeBytes), dirBytes_(dirBytes), lastFileBytes_(lastFileBytes), recent_(recent) {}
+    TreeWalk(Bytes& timeBytes, Bytes& dirBytes, Bytes& lastFileBytes, SeenFiles* seen)
+        : timeBytes_(timeBytes), dirBytes_(dirBytes), lastFileBytes_(lastFileBytes), seen_(seen) {}
 
     bool Run(const std::string& path) {
         Append(dirBytes_, path);
@@ -60,6 +62,7 @@ class TreeWalk {
 
   private:
     static constexpr size_t kNone = SIZE_MAX;
+    static constexpr size_t kRoot = 0;  // in walked_
 
     struct Identity {
         dev_t device;
@@ -95,6 +98,7 @@ class TreeWalk {
             identity = {status.st_dev, status.st_ino};
         }
         walked_.push_back({identity, folder.parent});
+        if (seen_ && folder.parent == kRoot) NoteFolder(folder);
         bool fileSeen = false;
         while (entries.NextOfAll())
             if (!TakeEntry(folder, entries, fileSeen)) return false;
@@ -116,8 +120,7 @@ class TreeWalk {
             if (entry.Name()[0] != '.') AddFolder(folder, entry.Name(), {status.st_dev, status.st_ino});
             return true;
         }
-        if (recent_ && status.st_mtime >= recent_->since)
-            recent_->paths.push_back(folder.path + "/" + entry.Name());
+        if (seen_) NoteFile(folder, entry, status);
         if (!fileSeen) {
             fileSeen = true;
             lastFileBytes_.clear();
@@ -141,10 +144,25 @@ class TreeWalk {
         pending_.push_back({folder.path + "/" + name, identity, walked_.size() - 1});
     }
 
+    void NoteFolder(const Folder& folder) {
+        seen_->folders.push_back(folder.path);
+        if (!KXP::IsValidUtf8(folder.path)) seen_->legible = false;
+    }
+
+    void NoteFile(const Folder& folder, const KXP::FolderReader& entry, const struct stat& status) {
+        if (status.st_mtime >= seen_->recentSince) seen_->recent.push_back(folder.path + "/" + entry.Name());
+        if (folder.parent != kRoot || !S_ISREG(status.st_mode) || entry.IsLink()) return;
+        if (!KXP::IsValidUtf8(entry.Name())) seen_->legible = false;
+        seen_->files.push_back({seen_->folders.size() - 1, seen_->names.size(),
+                                static_cast<uint64_t>(status.st_size), KXP::Platform::ModifiedNs(status),
+                                status.st_ino});
+        seen_->names.append(entry.Name(), std::strlen(entry.Name()) + 1);
+    }
+
     Bytes& timeBytes_;
     Bytes& dirBytes_;
     Bytes& lastFileBytes_;
-    RecentFiles* const recent_;
+    SeenFiles* const seen_;
     std::vector<Folder> pending_;  // the last is walked next
     std::vector<Walked> walked_;
 };
@@ -185,12 +203,12 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath, Bytes&
     return Walk(path, galleryPath, walk, timeBytes);
 }
 
-bool SumFolder(std::string path, const std::string& galleryPath, unsigned int& crc, RecentFiles* recent) {
+bool SumFolder(std::string path, const std::string& galleryPath, unsigned int& crc, SeenFiles* seen) {
     if (!path.empty() && path.back() == '/') path.pop_back();
     Bytes timeBytes;
     Bytes dirBytes;
     Bytes lastFileBytes;
-    TreeWalk walk(timeBytes, dirBytes, lastFileBytes, recent);
+    TreeWalk walk(timeBytes, dirBytes, lastFileBytes, seen);
     if (!Walk(path, galleryPath, walk, timeBytes)) {
         KXP_LOG(KXP::LogMilestone, "GetTreeData had an error, returning CRC:%d", static_cast<int>(crc));
         return false;

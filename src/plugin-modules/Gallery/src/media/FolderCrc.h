@@ -44,16 +44,32 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath,
                  std::vector<unsigned char>& timeBytes, std::vector<unsigned char>& dirBytes,
                  std::vector<unsigned char>& lastFileBytes);
 
-// What the sum may miss: two changes of a file within one second look the same.
-struct RecentFiles {
-    int64_t since = 0;               // seconds since 1970
-    std::vector<std::string> paths;  // everything but folders that has changed since then
+// What the walk for a sum sees of the files, so that nobody has to walk for it again.
+struct SeenFiles {
+    // The regular files in the folders right below `path`, in no particular order. Those of links are not.
+    struct File {
+        size_t folder;  // index in `folders`
+        size_t name;    // offset in `names`
+        uint64_t size;
+        int64_t modifiedNs;
+        uint64_t inode;
+    };
+    std::vector<File> files;
+    std::vector<std::string> folders;  // whole paths
+    std::string names;                 // each ends with a zero byte
+    bool legible = true;               // whether all names of these are UTF-8
+
+    // What the sum may miss, because two changes of a file within one second look the same: everything but
+    // folders that has changed since then, in seconds since 1970.
+    int64_t recentSince = INT64_MAX;
+    std::vector<std::string> recent;
 };
 
 // Sets `crc` to the sum of the CRCs of these three and of `path`, without the "/" that it may end in. False,
-// and `crc` keeps its value, when the tree cannot be walked. `recent` may be null.
+// and `crc` keeps its value, when the tree cannot be walked. `seen` may be null; after a failure it is not
+// complete.
 bool SumFolder(std::string path, const std::string& galleryPath, unsigned int& crc,
-               RecentFiles* recent = nullptr);
+               SeenFiles* seen = nullptr);
 
 // The same for callers that recognise a failure by the value.
 void CalculateFolderCRC(std::string path, const std::string& galleryPath, unsigned int& crc);

@@ -59,3 +59,12 @@ FoundFiles ScanGallery(const std::string& gallery) {
         AppendFiles(game, found);
     return found;
 }
+
+FoundFiles FilesSeen(const media::SeenFiles& seen) {
+    FoundFiles found;
+    found.files.reserve(seen.files.size());
+    for (const media::SeenFiles::File& file : seen.files)
+        found.files.push_back({seen.folders[file.folder] + "/" + &seen.names[file.name],
+                               {file.size, file.modifiedNs, file.inode}});
+    return found;
+}

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/record/FileStamp.h"
 
 struct FoundFile {
@@ -24,3 +25,6 @@ FoundFiles ScanFolder(const std::string& folder);
 // The same for every folder in `gallery`, which ends in "/" and may be a link, except folders whose names
 // begin with ".". Files in the gallery folder itself and in deeper folders are not listed.
 FoundFiles ScanGallery(const std::string& gallery);
+
+// The same for a gallery that was walked for its sum just now, if all names in it are legible.
+FoundFiles FilesSeen(const media::SeenFiles& seen);

@@ -37,7 +37,6 @@ class UGCTracker : private IJournalSource {
     using TrackedUGC = ::TrackedUGC;
     using TrackedUGCGame = ::TrackedUGCGame;
     using Parts = TrackerParts;
-
     // If no other process does, it writes the file: it starts with its content or, if that does not match the
     // disk, with a rebuild that continues after the constructor has returned. With `useUniqueFile` it always
     // rebuilds, into a file of its own that replaces the tracker's file at the end. Otherwise it follows the
@@ -137,7 +136,8 @@ class UGCTracker : private IJournalSource {
     void StartWatcher();
     void ParseTracker();
     void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId);
-    void Rebuild(const char* reason, RebuildPlan::Former former);
+    void Rebuild(const char* reason, RebuildPlan::Former former, std::optional<FoundFiles> found = {});
+    void TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::TimePoint when);
     void TrackSome(RebuildPlan& plan);
     void FinishRebuild();
     void EnterKnown();

@@ -38,16 +38,22 @@ void UGCTracker::ParseTracker() {
     }
     place_.NoteScanned();
     uint32_t calculated = UINT32_MAX;
-    std::vector<std::string> recent;
-    const bool measured = journal_.MeasureFolder(calculated, &recent);
+    media::SeenFiles seen;
+    const bool measured = journal_.MeasureFolder(calculated, &seen);
     KXP_LOG(KXP::LogMilestone, "CRC Check: Tracker value: %s, calculated value: %s",
             std::to_string(info.folderCRC).c_str(), std::to_string(calculated).c_str());
     if (measured && calculated == info.folderCRC) {
         Load(std::move(former), std::move(games), info.lastUGCIdUsed);
-        for (const std::string& path : recent)
+        for (const std::string& path : seen.recent)
             TrackWatchedFile(path);
     } else {
-        Rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath", std::move(former));
+        std::optional<FoundFiles> found;
+        if (measured && seen.legible) {
+            found = FilesSeen(seen);
+            journal_.RecordFollows(calculated);
+        }
+        Rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath", std::move(former),
+                std::move(found));
     }
     capacity_.UpdateGalleryUsage(record_.usageKB());
 }
@@ -66,15 +72,22 @@ void UGCTracker::Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t
     record_.Load(std::move(former.records), std::move(games), lastId);
 }
 
-void UGCTracker::Rebuild(const char* reason, RebuildPlan::Former former) {
+void UGCTracker::Rebuild(const char* reason, RebuildPlan::Former former, std::optional<FoundFiles> found) {
     record_.Clear();
     KXP_LOG(KXP::LogMilestone, "%s", reason);
-    UpdateTracker(std::move(former), queue_.Now());
+    if (found) {
+        TrackAll(std::move(*found), std::move(former), queue_.Now());
+    } else {
+        UpdateTracker(std::move(former), queue_.Now());
+    }
 }
 
 void UGCTracker::UpdateTracker(RebuildPlan::Former former, KXP::TimePoint when) {
     place_.NoteScanned();
-    FoundFiles found = ScanGallery(gallery());
+    TrackAll(ScanGallery(gallery()), std::move(former), when);
+}
+
+void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::TimePoint when) {
     for (const std::string& folder : found.unread)
         NoteFailedLook(folder);
     if (record_.rebuilding() == Rebuilding::No) record_.SetRebuilding(Rebuilding::Silently);
@@ -101,7 +114,8 @@ void UGCTracker::TrackSome(RebuildPlan& plan) {
         if (!step) return;
         if (ignoreList_.Has(step->path)) continue;
         if (step->unchanged) {
-            const KeptFacts facts = FactsOf(*step->former, TrackedUGC::IsAHighlight(*step->former));
+            // What was reported of it has been kept ever since, so the record need not say so.
+            const KeptFacts facts = FactsOf(*step->former, false);
             step->former->id = 0;
             record_.Track(std::move(*step->former), facts);
         } else {

@@ -8,14 +8,13 @@
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "common/files/FileUtil.h"
-#include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 
 namespace {
 
 constexpr int kUniqueNames = 100;
-// Seconds that may pass between a sum and the end of its write.
-constexpr int64_t kSumToWrite = 10;
+// What may pass between a sum and the end of its write.
+constexpr std::chrono::seconds kSumToWrite{10};
 // Turns have names; there is one file and so one turn.
 constexpr const char* kFileTurn = "file";
 
@@ -93,15 +92,18 @@ KXP::RetVal TrackerJournal::Read(KXP::Document& document, TrackerInfo& info, Sta
 }
 
 // The gallery's folder is not made where it is missing: it may be on a drive that is unplugged.
-bool TrackerJournal::MeasureFolder(uint32_t& crc, std::vector<std::string>* recent) {
-    const KXP::TimePoint start = clock_.Now();
+bool TrackerJournal::MeasureFolder(uint32_t& crc, media::SeenFiles* seen) {
+    sumBegan_ = clock_.Now();
     KXP::JSONFile::Stamp written;
-    media::RecentFiles files{INT64_MAX, {}};
-    if (recent && trackerFile_.ReadStamp(written)) files.since = written.seconds - kSumToWrite;
-    const bool measured = media::SumFolder(gallery_, KXP::WithoutSlash(gallery_), crc, &files);
-    sumTook_ = clock_.Now() - start;
-    if (recent) *recent = std::move(files.paths);
+    if (seen && trackerFile_.ReadStamp(written)) seen->recentSince = written.seconds - kSumToWrite.count();
+    const bool measured = media::SumFolder(gallery_, KXP::WithoutSlash(gallery_), crc, seen);
+    sumTook_ = clock_.Now() - sumBegan_;
     return measured;
+}
+
+void TrackerJournal::RecordFollows(uint32_t crc) {
+    const KXP::Turn turn(turns_, kFileTurn);
+    nextSum_ = crc;
 }
 
 KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
@@ -113,7 +115,7 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
         return {};
     }
     const bool pending = source_.HasUnwritten();
-    if (sum == Sum::Later && sumTook_ > sumInPassing_) {
+    if (sum == Sum::Later && sumTook_ > sumInPassing_ && !HasNextSum()) {
         sum_.withheld = true;
         sum_.owed = true;
     } else if (pending || sum == Sum::Renew) {
@@ -132,13 +134,20 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
 // The sum is taken before the records: a capture that comes between the two is in the file but not in the
 // sum, which costs a rebuild. In the other order it would be in the sum alone and be lost.
 void TrackerJournal::RenewSum(bool pending) {
+    const bool known = HasNextSum();
+    if (known) folderCRC_ = *nextSum_;
     sum_.owed = false;
     sum_.disturbed = false;
-    const bool measured = MeasureFolder(folderCRC_);
+    const bool measured = known || MeasureFolder(folderCRC_);
     if (!measured)
         KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
     sum_.withheld = !measured || !source_.KnowsAll();
+    if (!known || !sum_.withheld) nextSum_.reset();
     if (sum_.withheld) QueueRelease();
+}
+
+bool TrackerJournal::HasNextSum() const {
+    return nextSum_ && !sum_.disturbed && clock_.Now() - sumBegan_ < kSumToWrite / 2;
 }
 
 void TrackerJournal::NoteDisturbed() {

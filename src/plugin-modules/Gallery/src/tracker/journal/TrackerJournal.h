@@ -25,6 +25,7 @@
 #include "common/results/RetVal.h"
 #include "common/task/Clock.h"
 #include "common/threads/Turns.h"
+#include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/journal/IJournalSource.h"
 #include "plugin-modules/Gallery/src/tracker/journal/RecordOwner.h"
 #include "plugin-modules/Gallery/src/tracker/journal/StampFile.h"
@@ -69,9 +70,12 @@ class TrackerJournal {
 
     // Any thread, with none of the source's locks held:
 
-    // The sum of the tree on disk. False when the gallery cannot be read. Sets `recent`, unless it is null,
-    // to the files that may have changed after the file's sum was taken and without changing it.
-    bool MeasureFolder(uint32_t& crc, std::vector<std::string>* recent = nullptr);
+    // The sum of the tree on disk. False when the gallery cannot be read. `seen` may be null; its recent
+    // files are those that may have changed after the file's sum was taken and without changing it.
+    bool MeasureFolder(uint32_t& crc, media::SeenFiles* seen = nullptr);
+    // The files that were seen with the sum measured last are about to be put on record: unless something
+    // changes meanwhile, the sum is that of the record, and need not be measured again.
+    void RecordFollows(uint32_t crc);
     KXP::RetVal WriteUGCToTracker(Sum sum);
     bool OwesSum() const { return sum_.owed; }
     // Something has changed that counts in the sum: a right one is written soon.
@@ -98,6 +102,7 @@ class TrackerJournal {
     };
 
     void RenewSum(bool pending);
+    bool HasNextSum() const;
     void QueueRelease();
 
     IJournalSource& source_;
@@ -116,7 +121,9 @@ class TrackerJournal {
     TrackerFileWriter writer_;
     std::optional<KXP::JSONFile::Stamp> read_;  // the file, as it was read last
     uint32_t folderCRC_ = 0;
-    std::chrono::nanoseconds sumTook_{0};  // last time
+    std::optional<uint32_t> nextSum_;      // of RecordFollows
+    KXP::TimePoint sumBegan_;              // last time
+    std::chrono::nanoseconds sumTook_{0};  // then
     bool replaceTrackerFile_ = false;
     bool closed_ = false;
 };
