@@ -86,7 +86,7 @@ class GalleryModel {
             const auto record = records.ids.find(path);
             const bool known = record != records.ids.end();
             if (IsCapture(path, file) != known)
-                wrong += (known ? "on record: " : "not on record: ") + path + "\n";
+                wrong.append(known ? "on record: " : "not on record: ").append(path).append("\n");
             if (!known) continue;
             if (!file.touched && file.id != 0 && record->second != file.id)
                 wrong += "id " + std::to_string(file.id) + " is now " + std::to_string(record->second) +

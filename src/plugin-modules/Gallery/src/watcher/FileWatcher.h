@@ -21,7 +21,7 @@ class IFileWatcherCallback {
     // Modification times at the path, or of the folders around it, may have changed, and neither call above
     // says so: a link or pipe, a name that is not UTF-8 (the path is then that of the folder around it), the
     // times of a folder, a file that is not complete yet. At most once in each window for each path.
-    virtual void Disturbed(std::string /*path*/) {}
+    virtual void Disturbed(std::string path) = 0;
 };
 
 // What the callback does not know yet.
