@@ -33,7 +33,7 @@ struct KnownGallery : SampleGallery {
 };
 
 // Reads and parses the tracker's file, asks one stat for each file, reads the changed ones, and writes what
-// it has.
+// it has over what it wrote the last time.
 void BareRebuild(const KnownGallery& gallery, size_t changed) {
     KXP::JSONFile file;
     KXP::Document document;
@@ -47,19 +47,21 @@ void BareRebuild(const KnownGallery& gallery, size_t changed) {
         benchmark::DoNotOptimize(InspectCapture(gallery.paths[i]));
     file.Init(gallery.home() / "floor.json");
     (void)file.WriteJSON(document);
-    std::filesystem::remove(gallery.home() / "floor.json");
 }
 
-// "ratio" is at most 1.3.
+// "ratio" is that of the times a user waits, at most 1.3; "cpu_ratio" that of the processor times, in which
+// reading the file and walking the gallery at once gains nothing.
 void RebuildKnown(benchmark::State& state) {
     KnownGallery gallery;
     const auto changed = static_cast<size_t>(state.range(0));
     std::vector<double> floors;
     std::vector<double> rebuilds;
     std::vector<double> ratios;
+    std::vector<double> cpuRatios;
     std::vector<double> waits;
     while (state.KeepRunning()) {
-        floors.push_back(CpuSecondsOf([&] { BareRebuild(gallery, changed); }));
+        double bareWait = 0;
+        floors.push_back(CpuSecondsOf([&] { bareWait = SecondsOf([&] { BareRebuild(gallery, changed); }); }));
         for (size_t i = 0; i < changed; ++i)
             std::filesystem::last_write_time(gallery.paths[i], std::filesystem::file_time_type::clock::now());
         gallery.Add("Game 0/foreign " + std::to_string(floors.size()) + ".txt", "foreign");
@@ -70,13 +72,15 @@ void RebuildKnown(benchmark::State& state) {
                 WaitForWorker(*tracker);
             }));
         }));
-        ratios.push_back(rebuilds.back() / floors.back());
+        ratios.push_back(waits.back() / bareWait);
+        cpuRatios.push_back(rebuilds.back() / floors.back());
         state.SetIterationTime(rebuilds.back());
         if (RecordsOf(*tracker) != kCaptures) state.SkipWithError("not rebuilt");
     }
     state.counters["ratio"] = Median(ratios);
+    state.counters["cpu_ratio"] = Median(cpuRatios);
     state.counters["cpu_ms"] = Median(rebuilds) * 1000;
-    state.counters["floor_ms"] = Median(floors) * 1000;
+    state.counters["floor_cpu_ms"] = Median(floors) * 1000;
     state.counters["wait_ms"] = Median(waits) * 1000;
 }
 

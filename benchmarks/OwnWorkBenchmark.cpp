@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -185,6 +186,34 @@ void Trim(benchmark::State& state, bool inPlace) {
     state.counters["cut_ms"] = Quantile(cuts, 0.5);
 }
 
+// A page gives captions in a row and asks for captures in between, while the worker writes the captions into
+// the tracker's file. The target of a caption, median and longest, is 20 ms; "asked_longest_ms" is how long
+// a question waited. "writes" is how often the file was written.
+void Captions(benchmark::State& state) {
+    const Gallery gallery(state.range(0));
+    Product product;
+    const std::filesystem::path stamps = gallery.home() / gallery.ShareFile("UGCTracker.stamps");
+    std::set<std::filesystem::file_time_type> writes;
+    std::vector<double> captions;
+    std::vector<double> asked;
+    while (state.KeepRunning()) {
+        const std::string number = std::to_string(captions.size());
+        const std::string file = gallery.Path("Game 0/" + number + ".png");
+        captions.push_back(product.Ask("AddMeme", "{" + Quoted("file", file) + ",\"memeInfo\":{" +
+                                                      Quoted("topBarText", number) + "," +
+                                                      Quoted("bottomBarText", "") + "}}"));
+        asked.push_back(product.Ask("GetFileMetadata", "{" + Quoted("file", file) + "}"));
+        asked.push_back(product.Ask("GetAppUGC", "{" + Quoted("appName", "Live") + "}"));
+        writes.insert(std::filesystem::last_write_time(stamps));
+        state.SetIterationTime(captions.back() / 1000);
+    }
+    Report(state, captions);
+    state.counters["longest_ms"] = Quantile(captions, 1);
+    state.counters["asked_median_ms"] = Quantile(asked, 0.5);
+    state.counters["asked_longest_ms"] = Quantile(asked, 1);
+    state.counters["writes"] = static_cast<double>(writes.size() - 1);
+}
+
 void Cases(benchmark::internal::Benchmark* benchmark) {
     benchmark->ArgNames({"captures", "events"})->UseManualTime()->Unit(benchmark::kMillisecond);
     benchmark->Iterations(100)->Args({1000, 1})->Args({1000, 0})->Args({100000, 1})->Args({100000, 0});
@@ -192,5 +221,6 @@ void Cases(benchmark::internal::Benchmark* benchmark) {
 BENCHMARK(Move)->Apply(Cases);
 BENCHMARK_CAPTURE(Trim, IntoAFileOfItsOwn, false)->Apply(Cases);
 BENCHMARK_CAPTURE(Trim, InPlace, true)->Apply(Cases);
+BENCHMARK(Captions)->Arg(1000)->Arg(100000)->Iterations(200)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -63,8 +63,10 @@ FoundFiles ScanGallery(const std::string& gallery) {
 FoundFiles FilesSeen(const media::SeenFiles& seen) {
     FoundFiles found;
     found.files.reserve(seen.files.size());
-    for (const media::SeenFiles::File& file : seen.files)
-        found.files.push_back({seen.folders[file.folder] + "/" + &seen.names[file.name],
-                               {file.size, file.modifiedNs, file.inode}});
+    std::string path;
+    for (const media::SeenFiles::File& file : seen.files) {
+        path.assign(seen.folders[file.folder]).append("/").append(&seen.names[file.name]);
+        found.files.push_back({path, {file.size, file.modifiedNs, file.inode}});
+    }
     return found;
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <set>
 #include <string_view>
-#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -43,20 +42,31 @@ RebuildPlan::RebuildPlan(FoundFiles found, Former former, bool keepsInodes)
         if (!foundAgain[i] && (unread.count(folder) > 0 || unread.count(KXP::ParentOf(folder)) > 0))
             items_.push_back({{former_[i].path, former_[i].stamp}, i, true});
     }
-    std::sort(items_.begin(), items_.end(), [](const Item& a, const Item& b) {
-        return std::tie(a.file.stamp.modifiedNs, a.file.path) <
-               std::tie(b.file.stamp.modifiedNs, b.file.path);
+    Sort();
+}
+
+// The items themselves are large.
+void RebuildPlan::Sort() {
+    order_.reserve(items_.size());
+    for (size_t i = 0; i < items_.size(); ++i)
+        order_.emplace_back(items_[i].file.stamp.modifiedNs, i);
+    std::sort(order_.begin(), order_.end(), [this](const auto& a, const auto& b) {
+        return a.first != b.first ? a.first < b.first
+                                  : items_[a.second].file.path < items_[b.second].file.path;
     });
 }
 
 std::optional<RebuildPlan::Step> RebuildPlan::Next() {
-    if (next_ == items_.size()) return {};
-    Item& item = items_[next_++];
-    Step step{std::move(item.file.path), {}, item.unchanged};
+    std::optional<Step> step;
+    if (next_ == order_.size()) return step;
+    Item& item = items_[order_[next_++].second];
+    step.emplace();
+    step->path = std::move(item.file.path);
+    step->unchanged = item.unchanged;
     // What our own file says of a file that has changed is no longer so.
     if (item.former != kNone && (item.unchanged || !isOwn_)) {
-        step.former = std::move(former_[item.former]);
-        step.former->stamp = item.file.stamp;
+        step->former = std::move(former_[item.former]);
+        step->former->stamp = item.file.stamp;
     }
     return step;
 }

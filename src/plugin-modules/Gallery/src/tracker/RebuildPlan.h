@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
@@ -46,7 +48,10 @@ class RebuildPlan {
         bool unchanged = false;
     };
 
+    void Sort();
+
     std::vector<Item> items_;
+    std::vector<std::pair<int64_t, size_t>> order_;  // times and indexes of items
     std::vector<TrackedUGC> former_;
     const bool isOwn_;
     size_t next_ = 0;

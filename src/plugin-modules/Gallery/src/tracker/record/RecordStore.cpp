@@ -58,6 +58,11 @@ void RecordStore::Load(std::vector<TrackedUGC> records, int32_t lastId) {
 
 // A record without a path is of no capture, and goes with the next list.
 bool RecordStore::HasUniqueIds() const {
+    const auto isSame = [](const IdKey& a, const IdKey& b) { return a.first == b.first; };
+    if (byId_.empty()) return true;
+    // Of the file that the product wrote this is enough, and no record is looked up.
+    if (byId_.begin()->first > 0 && std::adjacent_find(byId_.begin(), byId_.end(), isSame) == byId_.end())
+        return true;
     int32_t before = 0;
     for (const auto& [id, place] : byId_) {
         if (records_.find(place)->second->path.empty()) continue;
@@ -98,7 +103,7 @@ RecordStore::RecordPtr RecordStore::Track(TrackedUGC record) {
     return entered;
 }
 
-RecordStore::RecordPtr RecordStore::Append(TrackedUGC record) {
+RecordStore::RecordPtr RecordStore::Append(TrackedUGC&& record) {
     const uint64_t place = nextPlace_++;
     RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
     records_.emplace_hint(records_.end(), place, entered);
@@ -113,7 +118,7 @@ void RecordStore::AddUsage(uint32_t sizeKB) {
 
 void RecordStore::Index(uint64_t place, const TrackedUGC& record) {
     byPath_.emplace(record.path, place);
-    byId_.emplace(record.id, place);
+    byId_.emplace_hint(byId_.end(), record.id, place);  // most are the newest
 }
 
 void RecordStore::Unindex(uint64_t place, const TrackedUGC& record) {

@@ -102,7 +102,7 @@ class RecordStore {
     bool HasUniqueIds() const;
     void RepairIds();
     void ListInGame(const TrackedUGC& record);
-    RecordPtr Append(TrackedUGC record);
+    RecordPtr Append(TrackedUGC&& record);
     RecordPtr Exchange(Records::const_iterator place, TrackedUGC record);
     RecordPtr Detach(Records::iterator record);
     void AddUsage(uint32_t sizeKB);
