@@ -270,10 +270,7 @@ class GalleryWalk : public testing::Test {
         End();
         const std::string before = process_->log();
         Start();
-        if (!mayRebuild) {
-            EXPECT_FALSE(process_->HasRebuilt())
-                << Tail(said_, 8000) << Tail(before, 20000) << process_->log();
-        }
+        EXPECT_TRUE(mayRebuild || !process_->HasRebuilt()) << Tail(said_, 8000) << before << process_->log();
     }
     void Caption() {
         const std::string path = SomeFile();
@@ -286,28 +283,20 @@ class GalleryWalk : public testing::Test {
         const int code =
             CodeOf(Someone().Ask("AddMeme", "{\"file\":" + Quoted(path) + "," + texts.substr(1)));
         if (code == 0) model_.Caption(path, text);
-        if (isKnown) {
-            EXPECT_EQ(code, 0) << Tail(said_, 8000) << process_->log();
-        }
+        EXPECT_TRUE(code == 0 || !isKnown) << Tail(said_, 8000) << process_->log();
     }
-    void MoveByRequest() {
+    void Transfer(const std::string& method) {
         const fs::path from = SomeFile();
         const std::string to = AnyGame() + "/m" + std::to_string(++captions_) + from.extension().string();
-        if (from.empty() || !model_.IsKnown(from)) return;
-        Say("ask to move " + from.string() + " to " + to);
+        if (!model_.IsKnown(from)) return;
+        const bool move = method == "MoveFile";
+        if (!move) fs::create_directories(fs::path(to).parent_path());
+        Say("ask to " + method + " " + from.string() + " to " + to);
         const std::string paths = "{\"source\":" + Quoted(from) + ",\"destination\":" + Quoted(to) + "}";
-        EXPECT_EQ(CodeOf(process_->Ask("MoveFile", paths)), 0) << process_->log();
+        EXPECT_EQ(CodeOf((move ? *process_ : Someone()).Ask(method, paths)), 0) << process_->log();
+        if (!move) return model_.Copy(from, to);
         // Who follows another process gets the record from there, with a new id.
         process_->silent() || other_ ? model_.Move(from, to) : model_.MoveRecord(from, to);
-    }
-    void CopyByRequest() {
-        const fs::path from = SomeFile();
-        const std::string to = SomeGame() + "/n" + std::to_string(++captions_) + from.extension().string();
-        if (from.empty() || !model_.IsKnown(from)) return;
-        Say("ask to copy " + from.string() + " to " + to);
-        const std::string paths = "{\"source\":" + Quoted(from) + ",\"destination\":" + Quoted(to) + "}";
-        EXPECT_EQ(CodeOf(Someone().Ask("CopyFile", paths)), 0) << process_->log();
-        model_.Copy(from, to);
     }
     void RemoveByRequest() {
         const std::string path = SomeFile();
@@ -453,8 +442,8 @@ class GalleryWalk : public testing::Test {
         {18, [&] { Restart(); }},
         {3, [&] { StartOrEndOther(); }},
         {8, [&] { Caption(); }},
-        {4, [&] { MoveByRequest(); }},
-        {2, [&] { CopyByRequest(); }},
+        {4, [&] { Transfer("MoveFile"); }},
+        {2, [&] { Transfer("CopyFile"); }},
         {4, [&] { RemoveByRequest(); }},
         {2, [&] { Engrave(); }},
     };
