@@ -101,6 +101,7 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
         queue_.EnqueueNotification(queue_.Now(), [this] { FinishRebuild(); });
     queue_.EnqueueNotification(queue_.Now(), [this] {
         record_.SetRebuilding(Rebuilding::No);
+        journal_.RecordFollows({});
         host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete);
         host_.GetGallerySettings()->SetCurrentSizeMB(record_.usageKB() / 1000);
         KXP_LOG(KXP::LogMilestone, "Tracker update done");

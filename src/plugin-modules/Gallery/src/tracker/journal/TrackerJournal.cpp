@@ -101,7 +101,7 @@ bool TrackerJournal::MeasureFolder(uint32_t& crc, media::SeenFiles* seen) {
     return measured;
 }
 
-void TrackerJournal::RecordFollows(uint32_t crc) {
+void TrackerJournal::RecordFollows(std::optional<uint32_t> crc) {
     const KXP::Turn turn(turns_, kFileTurn);
     nextSum_ = crc;
 }

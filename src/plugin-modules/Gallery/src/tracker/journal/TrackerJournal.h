@@ -73,9 +73,10 @@ class TrackerJournal {
     // The sum of the tree on disk. False when the gallery cannot be read. `seen` may be null; its recent
     // files are those that may have changed after the file's sum was taken and without changing it.
     bool MeasureFolder(uint32_t& crc, media::SeenFiles* seen = nullptr);
-    // The files that were seen with the sum measured last are about to be put on record: unless something
-    // changes meanwhile, the sum is that of the record, and need not be measured again.
-    void RecordFollows(uint32_t crc);
+    // The files that were seen with the sum measured last, `crc`, are about to be put on record: until the
+    // call with none, and unless something changes meanwhile, the sum is that of the record, and need not be
+    // measured again.
+    void RecordFollows(std::optional<uint32_t> crc);
     KXP::RetVal WriteUGCToTracker(Sum sum);
     bool OwesSum() const { return sum_.owed; }
     // Something has changed that counts in the sum: a right one is written soon.
