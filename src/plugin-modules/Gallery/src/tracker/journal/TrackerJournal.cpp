@@ -44,9 +44,8 @@ void RemoveStaleTrackerFiles(const std::string& shareFolder) {
 }  // namespace
 
 bool HasUniqueTrackerFileName(const std::string& shareFolder) {
-    for (int number = 0; number < kUniqueNames; ++number)
-        if (!KXP::FileExists(shareFolder + "/" + UniqueTrackerFileName(number))) return true;
-    return false;
+    std::string name;
+    return !GenerateUniqueTrackerFileName(shareFolder, name).Failed();
 }
 
 TrackerJournal::TrackerJournal(IJournalSource& source, std::string shareFolder, std::string gallery,
