@@ -18,12 +18,16 @@ constexpr std::chrono::seconds kSumToWrite{10};
 // Turns have names; there is one file and so one turn.
 constexpr const char* kFileTurn = "file";
 
+bool IsFree(const std::string& shareFolder, const std::string& name) {
+    return !KXP::FileExists(KXP::FileJoin({shareFolder, name}));
+}
+
 KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::string& name) {
     // Not rand(): the client seeds it, and its sequence is the same after every start.
     const int first = static_cast<int>(std::random_device{}() % kUniqueNames);
     for (int attempt = 0; attempt < kUniqueNames; ++attempt) {
         name = UniqueTrackerFileName((first + attempt) % kUniqueNames);
-        if (!KXP::FileExists(KXP::FileJoin({shareFolder, name}))) {
+        if (IsFree(shareFolder, name)) {
             KXP_LOG(KXP::LogDetail, "File is unique");
             return {};
         }
@@ -44,8 +48,9 @@ void RemoveStaleTrackerFiles(const std::string& shareFolder) {
 }  // namespace
 
 bool HasUniqueTrackerFileName(const std::string& shareFolder) {
-    std::string name;
-    return !GenerateUniqueTrackerFileName(shareFolder, name).Failed();
+    for (int number = 0; number < kUniqueNames; ++number)
+        if (IsFree(shareFolder, UniqueTrackerFileName(number))) return true;
+    return false;
 }
 
 TrackerJournal::TrackerJournal(IJournalSource& source, std::string shareFolder, std::string gallery,
