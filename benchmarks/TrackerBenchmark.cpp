@@ -28,7 +28,8 @@ void RebuildOnce(const SampleGallery& gallery) {
     RecordStore records;
     for (const FoundFile& file : ScanGallery(gallery.path() + "/").files) {
         Inspection inspection = InspectCapture(file.path);
-        if (!inspection.result.Failed()) records.Track(std::move(inspection.record));
+        if (!inspection.result.Failed())
+            records.Track(std::make_shared<TrackedUGC>(std::move(inspection.record)));
     }
     unsigned crc = 0;
     media::CalculateFolderCRC(gallery.path(), gallery.path(), crc);

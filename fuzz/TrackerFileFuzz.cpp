@@ -12,8 +12,8 @@ namespace {
 
 bool Read(std::string_view text, TrackerContent& content) {
     KXP::Document document;
-    if (KXP::ParseJSON(text, document).IsError()) return false;
-    content.ugc = ParseUGCFromJSON(document);
+    const KXP::ElementReader records = ParseUGCFromJSON(content.ugc);
+    if (KXP::ParseJSON(text, document, &records).IsError()) return false;
     ParseTrackerInfoFromJSON(document, content.info);
     return !ParseUGCGamesFromJSON(document, content.games).Failed();
 }
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     TrackerContent content;
     Read(bytes, content);
-    content.ugc.emplace_back().topBarText = bytes;
+    content.ugc.emplace_back(std::make_shared<TrackedUGC>())->topBarText = bytes;
     const std::string text = Written(content);
     TrackerContent again;
     if (!Read(text, again) || Written(again) != text) std::abort();

@@ -24,9 +24,10 @@ inline bool ReadTracker(const std::string& path, TrackerRecords& out) {
     KXP::JSONFile file;
     file.Init(path);
     KXP::Document document;
-    if (file.ReadAndParseJSON(document).Failed()) return false;
+    std::vector<NewUGC> records;
+    const KXP::ElementReader elements = ParseUGCFromJSON(records);
+    if (file.ReadAndParseJSON(document, &elements).Failed()) return false;
     TrackerInfo info;
-    const std::vector<TrackedUGC> records = ParseUGCFromJSON(document);
     TrackedUGCGames games;
     ParseTrackerInfoFromJSON(document, info);
     if (ParseUGCGamesFromJSON(document, games).Failed()) return false;
@@ -35,7 +36,8 @@ inline bool ReadTracker(const std::string& path, TrackerRecords& out) {
     std::set<int> ids;
     // The ids of each game and of its groups, the game's own beneath "".
     std::map<std::pair<std::string, std::string>, std::multiset<int>> wanted, listed;
-    for (const TrackedUGC& record : records) {
+    for (const NewUGC& read : records) {
+        const TrackedUGC& record = *read;
         if (!out.ids.emplace(record.path, record.id).second) out.wrong += "twice: " + record.path + "\n";
         out.captions[record.path] = record.topBarText;
         if (!ids.insert(record.id).second || record.id < 1 || record.id > info.lastUGCIdUsed)

@@ -77,28 +77,30 @@ bool TakeTail(std::string_view& text, size_t start, size_t& keep) {
 
 static_assert(FileBytes::kSlack >= kJsonTextSlack);
 
-bool ParseWithTail(FileBytes& file, size_t keep, std::string_view tail, Document& document) {
+bool ParseWithTail(FileBytes& file, size_t keep, std::string_view tail, Document& document,
+                   const ElementReader* elements) {
     const size_t size = keep + tail.size();
     std::memmove(&file.bytes[keep], tail.data(), tail.size());
     std::memset(&file.bytes[size], 0, kJsonTextSlack);
-    return !ParseJSONInPlace(file.bytes.get(), size, document).IsError();
+    return !ParseJSONInPlace(file.bytes.get(), size, document, elements).IsError();
 }
 
 // Parses the last complete text of the file. There is more than one, with zero bytes between them, when a
 // write was stopped half-way. Each try overwrites no text but its own.
-bool ParseLastText(FileBytes& file, Document& document) {
+bool ParseLastText(FileBytes& file, Document& document, const ElementReader* elements) {
     std::string_view text = file.view();
     // Searched from the front first, which is faster through a file without one.
     if (text.find('\0') == std::string_view::npos)
-        return !ParseJSONInPlace(file.bytes.get(), text.size(), document).IsError();
+        return !ParseJSONInPlace(file.bytes.get(), text.size(), document, elements).IsError();
     for (int i = 0; i < kMaxTextsTried; ++i) {
         const size_t end = text.find_last_not_of('\0');
         text = text.substr(0, end + 1);
         const size_t start = text.rfind('\0') + 1;
         std::string_view tail = text.substr(start);
         size_t keep = 0;
-        if (TakeTail(tail, start, keep)) return ParseWithTail(file, keep, tail, document);
-        const bool parsed = !ParseJSONInPlace(&file.bytes[start], text.size() - start, document).IsError();
+        if (TakeTail(tail, start, keep)) return ParseWithTail(file, keep, tail, document, elements);
+        const bool parsed =
+            !ParseJSONInPlace(&file.bytes[start], text.size() - start, document, elements).IsError();
         if (start == 0) return parsed;
         // A write leaves an object; anything else after a zero byte is not ours.
         if (parsed && document.IsObject()) return true;
@@ -107,10 +109,10 @@ bool ParseLastText(FileBytes& file, Document& document) {
     return false;
 }
 
-bool ParseAnyEncoding(FileBytes& text, Document& document) {
-    if (IsUtf8(text.view())) return ParseLastText(text, document);
+bool ParseAnyEncoding(FileBytes& text, Document& document, const ElementReader* elements) {
+    if (IsUtf8(text.view())) return ParseLastText(text, document, elements);
     std::string utf8;
-    return ToUtf8(text.view(), utf8) && !ParseJSON(utf8, document).IsError();
+    return ToUtf8(text.view(), utf8) && !ParseJSON(utf8, document, elements).IsError();
 }
 
 constexpr size_t kSpacesAtOnce = size_t{1} << 16;
@@ -186,19 +188,19 @@ RetVal JSONFile::OpenFailed(const char* mode, HeldLog& log) const {
     return {Code::kNotFound, "Failed to open file", 0};
 }
 
-RetVal JSONFile::ReadAndParseJSON(Document& document) const {
+RetVal JSONFile::ReadAndParseJSON(Document& document, const ElementReader* elements) const {
     HeldLog log;
-    return ReadAndParseJSON(document, log);
+    return ReadAndParseJSON(document, log, elements);
 }
 
-RetVal JSONFile::ReadAndParseJSON(Document& document, HeldLog& log) const {
+RetVal JSONFile::ReadAndParseJSON(Document& document, HeldLog& log, const ElementReader* elements) const {
     const FileDescriptor file = OpenForRead(path_);
     if (!file.IsOpen()) {
         log.Add(LogMilestone, "Config file " + GetFileNameFromPath(path_) + " not found!!");
         return {Code::kNotFound, "Config file not found", 0};
     }
     FileBytes text;
-    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text, document)) {
+    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text, document, elements)) {
         log.Add(LogFailure, "Error parsing JSON document " + path_);
         return {Code::kJsonField, "Error parsing JSON document", 0};
     }

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "common/json/Json.h"
+#include "common/json/JsonParse.h"
 #include "common/results/RetVal.h"
 #include "common/threads/HeldLog.h"
 
@@ -35,9 +35,10 @@ class JSONFile {
 
     // Reads UTF-8, UTF-16 or UTF-32 in either byte order, recognised by its mark or its zero bytes, with
     // comments allowed and an object at the root. 0x80070002 when there is no such file, 0x8008F001 when the
-    // text is wrong, 0x8007000D when its root is no object; `document` is then not to be used.
-    RetVal ReadAndParseJSON(Document& document) const;
-    RetVal ReadAndParseJSON(Document& document, HeldLog& log) const;
+    // text is wrong, 0x8007000D when its root is no object; `document` and what `elements` has received are
+    // then not to be used.
+    RetVal ReadAndParseJSON(Document& document, const ElementReader* elements = nullptr) const;
+    RetVal ReadAndParseJSON(Document& document, HeldLog& log, const ElementReader* elements = nullptr) const;
 
     // Writes over the file in place, indented by tabs. After a kill or on a full disk ReadAndParseJSON finds
     // the old text or the new one: space is reserved first, and a second copy stands after the text while the

@@ -2,6 +2,7 @@
 // kept here: nesting, and the digits of an exponent.
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "common/json/Json.h"
@@ -15,15 +16,26 @@ constexpr int kMaxExponentDigits = 9;
 // A larger file is none of the product's own; reading it would only cost the client its memory.
 constexpr size_t kMaxJsonFileBytes = size_t{1} << 30;
 
+// Receives the elements of one array of the root object while the text is parsed, for arrays too large to be
+// in memory twice.
+struct ElementReader {
+    std::string_view member;      // The array's name. Of several the first counts.
+    std::function<void()> begin;  // A text begins; what was read before does not count.
+    // The element goes when this returns.
+    std::function<void(const Value& element)> read;
+};
+
 // Parses UTF-8 text, with or without its byte-order mark, comments allowed, strings checked for their
 // encoding. On failure the result holds the error and its byte offset, and `document` is not to be used. Text
 // that breaks a limit fails with kParseErrorTermination. A zero byte ends the text, as in RapidJSON.
-rapidjson::ParseResult ParseJSON(std::string_view text, Document& document);
+rapidjson::ParseResult ParseJSON(std::string_view text, Document& document,
+                                 const ElementReader* elements = nullptr);
 
 // The same for a text that may be overwritten, without the copy that ParseJSON takes. A zero byte ends it at
 // `size` at the latest, and is the first of kJsonTextSlack readable bytes. `document` does not need the text
-// afterwards.
+// afterwards. If `elements` is set, its array is empty in `document`.
 constexpr size_t kJsonTextSlack = 16;
-rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document);
+rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document,
+                                        const ElementReader* elements = nullptr);
 
 }  // namespace KXP

@@ -17,6 +17,12 @@ class StackDocument {
 
     Document& operator*() { return document_; }
 
+    // For the next text. The values go.
+    void Clear() {
+        document_.SetNull();
+        pool_.Clear();
+    }
+
   private:
     alignas(std::max_align_t) char buffer_[8192];
     Allocator pool_;

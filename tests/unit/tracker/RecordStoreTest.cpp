@@ -33,10 +33,10 @@ std::string Text(const std::vector<RecordStore::RecordPtr>& records) {
 TEST(RecordStore, TheFirstOfRepeatedIdsAndPathsCounts) {
     RecordStore store;
     for (const TrackedUGC& record : {Record(2, "a"), Highlight(1, "b"), Highlight(2, "c"), Record(1, "a")})
-        store.Track(record);
+        store.Track(std::make_shared<TrackedUGC>(record));
     EXPECT_EQ(store.FindById(1)->path, "/g/game/b");
     EXPECT_EQ(store.FindByPath("/g/game/a")->id, 2);
-    EXPECT_EQ(Text(store.Under("/g/game/")), "2a 1b 2c 1a ");
+    EXPECT_EQ(Text(store.In("/g/game")), "2a 1b 2c 1a ");
     EXPECT_EQ(Text(store.OfGroup("game", "group")), "1b ") << "the first one with id 2 is no highlight";
     std::string pages;
     RecordStore::IdKey end = RecordStore::NewestEnd();

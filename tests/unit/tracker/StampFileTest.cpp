@@ -40,7 +40,7 @@ class Source : public IJournalSource {
             TrackedUGC record;
             record.id = id;
             record.stamp = kThree[static_cast<size_t>(id - 1)];
-            store_.Track(record);
+            store_.Track(std::make_shared<TrackedUGC>(record));
         }
     }
     bool HasUnwritten() override { return false; }
@@ -68,9 +68,10 @@ TEST(StampFile, GoesWithTheTrackerFileWhereverThatGoes) {
         TrackerJournal journal(source, share, gallery, KXP::Clock::Steady(), {});
         journal.Open(false);
         KXP::Document document;
+        std::vector<NewUGC> records;
         TrackerInfo info;
         TrackerJournal::Stamps stamps;
-        EXPECT_FALSE(journal.Read(document, info, &stamps).Failed());
+        EXPECT_FALSE(journal.Read(document, records, info, &stamps).Failed());
         return stamps;
     };
     {

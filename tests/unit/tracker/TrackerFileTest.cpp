@@ -23,9 +23,11 @@ std::string Written(const TrackerContent& content) {
     return {buffer.GetString(), buffer.GetSize()};
 }
 
-TrackerContent ReadFrom(const KXP::Document& document) {
+TrackerContent ReadFrom(const std::string& text) {
     TrackerContent content;
-    content.ugc = ParseUGCFromJSON(document);
+    KXP::Document document;
+    const KXP::ElementReader records = ParseUGCFromJSON(content.ugc);
+    EXPECT_FALSE(KXP::ParseJSON(text, document, &records).IsError()) << text;
     EXPECT_EQ(ParseUGCGamesFromJSON(document, content.games).code, 0);
     ParseTrackerInfoFromJSON(document, content.info);
     return content;
@@ -52,12 +54,12 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
         R"("info": {"lastUGCIdUsed": 2,"version": 6,"folderCRC": 4000000001}})";
     // Only the low half of a number of the catalogue is read, and an image has no duration.
     TrackerContent content =
-        ReadFrom(Parsed(head + R"("cmsId": 4294967303,"duration": "left out","highlightTags": 9,)" + tail));
+        ReadFrom(head + R"("cmsId": 4294967303,"duration": "left out","highlightTags": 9,)" + tail);
     content.games["App"].groups["empty"] = {};
     content.games["Bare"].groups["empty"] = {};
     EXPECT_EQ(Line(Written(content)), head + R"("cmsId": 7,)" + tail);
-    content.ugc[0].cmsId = 0x100000001;
-    content.ugc[0].topBarText = "\x80";
+    content.ugc[0]->cmsId = 0x100000001;
+    content.ugc[0]->topBarText = "\x80";
     const std::string written = Line(Written(content));
     EXPECT_NE(written.find(R"("cmsId": 4294967297,"meme": {"top": ")"
                            "\xEF\xBF\xBD\""),
@@ -70,16 +72,15 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
 
 TEST(TrackerFile, WhatIsMissingOrOfAnotherTypeGetsItsDefault) {
     TrackerContent defaults;
-    defaults.ugc.resize(4);
-    for (TrackedUGC& record : defaults.ugc)
-        record.id = -1;
+    for (int i = 0; i < 4; ++i)
+        defaults.ugc.emplace_back(std::make_shared<TrackedUGC>())->id = -1;
     TrackerContent read;
-    read.ugc = ReadFrom(Parsed(R"({"UGC":[{},5,{"id":"1","path":7,"sizeKB":-1,"cmsId":1.5,"meme":[1]},
-        {"id":2147483648,"sizeKB":4294967296,"msDuration":"1","meme":{"top":1}}]})"))
+    read.ugc = ReadFrom(R"({"UGC":[{},5,{"id":"1","path":7,"sizeKB":-1,"cmsId":1.5,"meme":[1]},
+        {"id":2147483648,"sizeKB":4294967296,"msDuration":"1","meme":{"top":1}}],"UGC":[{}]})")
                    .ugc;
     EXPECT_EQ(Written(read), Written(defaults));
-    for (const char* text : {"{}", R"({"UGC":{}})"})
-        EXPECT_EQ(ReadFrom(Parsed(text)).ugc.size(), 0u) << text;
+    for (const char* text : {"{}", R"({"UGC":{"UGC":[1]},"UGC":[1],"apps":[{"UGC":[1]}]})"})
+        EXPECT_EQ(ReadFrom(text).ugc.size(), 0u) << text;
 }
 
 TEST(TrackerFile, GamesWithoutANameAreDroppedAndTheOthersKept) {

@@ -50,7 +50,7 @@ TEST(TrackerFileWriter, TheTextIsTheSameHoweverMuchOfItIsWritten) {
         const auto some = static_cast<int>(random() % 40);
         if (change < 10) {
             for (unsigned i = 0; i < 1 + change % 3; ++i)
-                store.Track(Record(++id));
+                store.Track(std::make_shared<TrackedUGC>(Record(++id)));
         } else if (change == 10) {
             store.Remove({Record(id - some).path});
         } else if (change == 11) {

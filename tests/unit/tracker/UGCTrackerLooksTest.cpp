@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "plugin-modules/Gallery/src/tracker/RebuildPlan.h"
 #include "tests/support/Counter.h"
 #include "tests/support/DescriptorLimit.h"
 #include "tests/support/FileSizeLimit.h"
@@ -43,29 +44,60 @@ TEST_F(UGCTrackerTest, WhatCouldNotBeReadIsLookedAtAgain) {
 
 TEST_F(UGCTrackerTest, AFolderThatCannotBeReadLosesNoRecord) {
     SKIP_WHERE_DESCRIPTORS_ARE_NEEDED();
-    const std::string a = gallery_.AddImage("Game/a.png");
-    gallery_.AddImage("Other/b.png");
     OpenSettled();
-    ASSERT_TRUE(Caption(a, "caption"));
-    tracker_.reset();
-    RebuildNext();
+    const std::string a = gallery_.AddImage("Game/a.png");
+    Track(a);
+    Track(gallery_.AddImage("Other/b.png"));
+    const std::string late = gallery_.AddImage("Game/late.png");
     {
-        // Enough for the lock, the kept facts and one more: the gallery can be opened, its games cannot.
+        // The gallery can be opened, its games cannot.
         const int next = dup(0);
         close(next);
-        const DescriptorLimit few(static_cast<rlim_t>(next) + 3);
-        OpenSettled();
+        const DescriptorLimit few(static_cast<rlim_t>(next) + 1);
+        tracker_->TrackFolder(gallery_.path());
+        RunDue();
         EXPECT_EQ(log_.Count("looked at again"), 2);
     }
     EXPECT_EQ(Ids(tracker_->GetRecentUGC(9)), "2 1 ");
-    const std::string late = gallery_.AddImage("Game/late.png");
     Track(gallery_.AddImage("Third/c.png"));
     EXPECT_NE(FileCrc(), DiskCrc()) << "the folders may hold more";
     RunDue(*tracker_, seconds(8));
     EXPECT_TRUE(tracker_->IsTrackedFile(late));
-    EXPECT_EQ(CaptionOf(a), "caption");
     EXPECT_EQ(host_.Told(), "usage 0, added 4 late.png");
     EXPECT_EQ(FileCrc(), DiskCrc());
+}
+
+TEST(RebuildPlan, TakesWhatIsUnchangedOrCouldNotBeReadFromTheOwnFile) {
+    // By the time of the file; those of the same time by path. "g/x" was edited by hand to be there twice.
+    const std::vector<FoundFile> files = {{"g/new", {1, 20, 7}},    {"g/same", {1, 10, 1}},
+                                          {"g/longer", {5, 30, 3}}, {"g/later", {1, 99, 4}},
+                                          {"g/x", {1, 10, 5}},      {"g/elsewhere", {1, 40, 8}}};
+    const auto plan = [&](bool own, bool keepsInodes) {
+        RebuildPlan::Former former;
+        former.isOwn = own;
+        for (const FoundFile& file : std::vector<FoundFile>{{"g/x", {1, 10, 5}},
+                                                            {"g/x", {1, 10, 5}},
+                                                            {"g/same", {1, 10, 1}},
+                                                            {"g/longer", {1, 30, 3}},
+                                                            {"g/later", {1, 11, 4}},
+                                                            {"g/gone", {1, 50, 9}},
+                                                            {"g/elsewhere", {1, 40, 6}},
+                                                            {"h/unread", {1, 35, 2}}}) {
+            former.records.push_back(std::make_shared<TrackedUGC>());
+            former.records.back()->path = file.path;
+            former.records.back()->id = static_cast<int>(former.records.size());
+            if (own) former.records.back()->stamp = file.stamp;
+        }
+        RebuildPlan made({files, {"h"}}, std::move(former), keepsInodes);
+        std::string text;
+        while (const auto step = made.Next())
+            text += step->path + (step->unchanged ? "=" : "") +
+                    (step->former ? std::to_string(step->former->id) : "") + " ";
+        return text;
+    };
+    EXPECT_EQ(plan(true, true), "g/same=3 g/x=1 g/new g/longer h/unread=8 g/elsewhere g/later ");
+    EXPECT_EQ(plan(true, false), "g/same=3 g/x=1 g/new g/longer h/unread=8 g/elsewhere=7 g/later ");
+    EXPECT_EQ(plan(false, true), "g/same3 g/x1 g/new g/longer4 g/elsewhere7 g/later5 ");
 }
 
 TEST_F(UGCTrackerTest, CaptionsThatCannotBeWrittenLeaveTheOldOnes) {

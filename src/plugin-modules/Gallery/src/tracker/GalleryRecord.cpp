@@ -18,14 +18,19 @@ void GalleryRecord::Clear() {
     records_.Clear();
 }
 
-void GalleryRecord::Load(std::vector<TrackedUGC> records, TrackedUGCGames games, int32_t lastId) {
+void GalleryRecord::Reserve(size_t count) {
+    const KXP::MutexLock lock(mutex_);
+    records_.Reserve(count);
+}
+
+void GalleryRecord::Load(std::vector<NewUGC> records, TrackedUGCGames games, int32_t lastId) {
     const KXP::MutexLock lock(mutex_);
     records_.Load(std::move(records), std::move(games), lastId);
 }
 
-void GalleryRecord::Follow(std::vector<TrackedUGC> records, int32_t lastId, bool notify) {
-    for (TrackedUGC& record : records)
-        Complete(record);
+void GalleryRecord::Follow(std::vector<NewUGC> records, int32_t lastId, bool notify) {
+    for (const NewUGC& record : records)
+        Complete(*record);
     const KXP::MutexLock lock(mutex_);
     const std::vector<RecordPtr> before = records_.Snapshot();
     std::unordered_set<std::string> known;
@@ -62,7 +67,8 @@ TrackerFileWriter::Content GalleryRecord::TakeContent(const TrackerFileWriter& w
     return content;
 }
 
-void GalleryRecord::Track(TrackedUGC record, const KeptFacts& hint) {
+void GalleryRecord::Track(NewUGC made, const KeptFacts& hint) {
+    TrackedUGC& record = *made;
     // The folder decides which game it is, not the file's own metadata, because users sort their captures.
     record.profileName = KXP::NameOf(KXP::ParentOf(record.path));
     const KeptPtr kept = KeptOf(record);
@@ -74,8 +80,8 @@ void GalleryRecord::Track(TrackedUGC record, const KeptFacts& hint) {
     Apply(known, record);
     const KeptFacts facts = TakeHighlight(record, known.told);
     if (!IsFreeId(record.id)) record.id = NewId();
-    Keep(record, facts);
-    const RecordPtr entered = records_.Track(std::move(record));
+    if (kept || !facts.IsEmpty()) Keep(record, facts);
+    const RecordPtr entered = records_.Track(std::move(made));
     entered_.NotifyAll();
     AddTrackedNews(entered);
 }
@@ -118,7 +124,7 @@ bool GalleryRecord::IsFreeId(int32_t id) const {
 
 int32_t GalleryRecord::NewId() {
     int32_t id = records_.NextId();
-    while (id > 0 && !IsFreeId(id))
+    while (id > 0 && host_.GetPendingHighlights().HasId(id))
         id = records_.NextId();
     if (id > 0) return id;
     // All have been given out; some of their captures are gone.

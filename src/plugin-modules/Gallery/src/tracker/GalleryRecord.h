@@ -45,15 +45,16 @@ class GalleryRecord {
 
     // The whole content.
     void Clear() EXCLUDES(mutex_);
-    void Load(std::vector<TrackedUGC> records, TrackedUGCGames games, int32_t lastId) EXCLUDES(mutex_);
+    void Reserve(size_t count) EXCLUDES(mutex_);
+    void Load(std::vector<NewUGC> records, TrackedUGCGames games, int32_t lastId) EXCLUDES(mutex_);
     // What another process has on record now. Pages are notified of the difference if `notify` is set.
-    void Follow(std::vector<TrackedUGC> records, int32_t lastId, bool notify) EXCLUDES(mutex_);
+    void Follow(std::vector<NewUGC> records, int32_t lastId, bool notify) EXCLUDES(mutex_);
     // For the tracker's file.
     TrackerFileWriter::Content TakeContent(const TrackerFileWriter& writer) EXCLUDES(mutex_);
 
     // Single captures. A record that is new gets what was kept of its file, or else `hint`. It keeps its id
     // if that is above 0 and free. A second record of a path is not added.
-    void Track(TrackedUGC record, const KeptFacts& hint) EXCLUDES(mutex_);
+    void Track(NewUGC record, const KeptFacts& hint) EXCLUDES(mutex_);
     // The file at the path has changed.
     void Renew(TrackedUGC record) EXCLUDES(mutex_);
     // Removes the records of these paths that were added before place `before`, and returns how many.

@@ -14,7 +14,7 @@ std::vector<GalleryRecord::RecordPtr> GalleryRecord::Snapshot() const {
 std::vector<std::string> GalleryRecord::PathsIn(const std::string& folder) const {
     std::vector<std::string> paths;
     const KXP::MutexLock lock(mutex_);
-    for (const RecordPtr& record : records_.Under(folder + "/"))
+    for (const RecordPtr& record : records_.In(folder))
         paths.push_back(record->path);
     return paths;
 }

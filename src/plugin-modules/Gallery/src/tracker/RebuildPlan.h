@@ -14,9 +14,11 @@
 
 class RebuildPlan {
   public:
+    using Order = std::vector<std::pair<int64_t, size_t>>;  // times and indexes
+
     // The old records.
     struct Former {
-        std::vector<TrackedUGC> records;
+        std::vector<NewUGC> records;
         // The file is as the product left it and the records have their stamps. If not, anybody may have
         // written it.
         bool isOwn = false;
@@ -26,8 +28,8 @@ class RebuildPlan {
     };
     struct Step {
         std::string path;
-        // What the old file said of the path, if that is, or may be, still so.
-        std::optional<TrackedUGC> former;
+        // What the old file said of the path, if that is, or may be, still so; else null.
+        NewUGC former;
         bool unchanged = false;  // the file is the one that `former` is of
     };
 
@@ -48,11 +50,12 @@ class RebuildPlan {
         bool unchanged = false;
     };
 
-    void Sort();
+    void SortItems();
+    std::vector<bool> FindFormer();
 
     std::vector<Item> items_;
-    std::vector<std::pair<int64_t, size_t>> order_;  // times and indexes of items
-    std::vector<TrackedUGC> former_;
+    Order order_;  // of items
+    std::vector<NewUGC> former_;
     const bool isOwn_;
     size_t next_ = 0;
 };

@@ -67,15 +67,15 @@ void UGCTracker::ReadRecord() {
         KXP::Document document;
         TrackerInfo info;
         TrackerJournal::Stamps stamps;
-        if (journal_.Read(document, info, &stamps).Failed() || info.version != kTrackerVersion) return;
         RebuildPlan::Former former;
-        former.records = ParseUGCFromJSON(document);
+        std::vector<NewUGC>& records = former.records;
+        if (journal_.Read(document, records, info, &stamps).Failed() || info.version != kTrackerVersion)
+            return;
         former.TakeStamps(stamps);
-        const auto isNone = [this](const TrackedUGC& record) {
-            return place_.KindOf(record.path) != GalleryPlace::Kind::Capture ||
-                   (!record_.At(record.path) && IsGone(record.path));
+        const auto isNone = [this](const NewUGC& record) {
+            return place_.KindOf(record->path) != GalleryPlace::Kind::Capture ||
+                   (!record_.At(record->path) && IsGone(record->path));
         };
-        std::vector<TrackedUGC>& records = former.records;
         records.erase(std::remove_if(records.begin(), records.end(), isNone), records.end());
         record_.Follow(std::move(records), info.lastUGCIdUsed, followed_);
         host_.GetGallerySettings()->SetCurrentSizeMB(record_.usageKB() / 1000);

@@ -1,5 +1,6 @@
 // How the record is read at the start, and made anew.
 #include <algorithm>
+#include <future>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -19,27 +20,41 @@ bool HasFacts(const TrackedUGC& record) {
 }  // namespace
 
 void UGCTracker::ParseTracker() {
+    place_.NoteScanned();
+    uint32_t calculated = UINT32_MAX;
+    media::SeenFiles seen;
+    // The walk takes about as long as parsing, and neither needs the other. It does not begin before the file
+    // is open, so that it cannot take its descriptor.
+    std::future<bool> sum;
+    const auto walk = [&] {
+        if (!sum.valid()) sum = std::async([&] { return journal_.MeasureFolder(calculated, &seen); });
+    };
     KXP::Document document;
     TrackerInfo info;
     TrackerJournal::Stamps stamps;
-    const bool read = !journal_.Read(document, info, &stamps).Failed();
     RebuildPlan::Former former;
-    if (read) former.records = ParseUGCFromJSON(document);
+    const bool read = !journal_.Read(document, former.records, info, &stamps, walk).Failed();
+    walk();
     former.TakeStamps(stamps);
+    const bool measured = sum.get();
+    const auto rebuild = [&](const char* reason) {
+        std::optional<FoundFiles> found;
+        if (measured && seen.legible) {
+            found = FilesSeen(seen);
+            journal_.RecordFollows(calculated);
+        }
+        Rebuild(reason, std::move(former), std::move(found));
+    };
     // If the settings still say that a rebuild is in progress, an earlier start did not finish it.
     if (!read || info.version != kTrackerVersion ||
         host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateInProgress)
-        return Rebuild("ParseTracker::rebuilding from GalleryPath", std::move(former));
+        return rebuild("ParseTracker::rebuilding from GalleryPath");
 
     TrackedUGCGames games;
     if (ParseUGCGamesFromJSON(document, games).Failed()) {
         KXP_LOG(KXP::LogFailure, "ParseTracker::Failed to parse Games from tracker");
         return Load(std::move(former), {}, info.lastUGCIdUsed);
     }
-    place_.NoteScanned();
-    uint32_t calculated = UINT32_MAX;
-    media::SeenFiles seen;
-    const bool measured = journal_.MeasureFolder(calculated, &seen);
     KXP_LOG(KXP::LogMilestone, "CRC Check: Tracker value: %s, calculated value: %s",
             std::to_string(info.folderCRC).c_str(), std::to_string(calculated).c_str());
     if (measured && calculated == info.folderCRC) {
@@ -47,13 +62,7 @@ void UGCTracker::ParseTracker() {
         for (const std::string& path : seen.recent)
             TrackWatchedFile(path);
     } else {
-        std::optional<FoundFiles> found;
-        if (measured && seen.legible) {
-            found = FilesSeen(seen);
-            journal_.RecordFollows(calculated);
-        }
-        Rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath", std::move(former),
-                std::move(found));
+        rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath");
     }
     capacity_.UpdateGalleryUsage(record_.usageKB());
 }
@@ -61,12 +70,12 @@ void UGCTracker::ParseTracker() {
 // What people gave is kept before it is in the tracker's file, so it is never older. Only somebody who has
 // edited that file since knows better.
 void UGCTracker::Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId) {
-    for (TrackedUGC& record : former.records) {
+    for (const NewUGC& record : former.records) {
         if (!former.isOwn) {
-            record.stamp = StampAt(record.path);
-            if (HasFacts(record)) record_.Keep(record, FactsOf(record, TrackedUGC::IsAHighlight(record)));
-        } else if (const KeptPtr given = kept().LatestOf(record.path)) {
-            Apply(given->facts, record);
+            record->stamp = StampAt(record->path);
+            if (HasFacts(*record)) record_.Keep(*record, FactsOf(*record, TrackedUGC::IsAHighlight(*record)));
+        } else if (const KeptPtr given = kept().LatestOf(record->path)) {
+            Apply(given->facts, *record);
         }
     }
     record_.Load(std::move(former.records), std::move(games), lastId);
@@ -95,6 +104,7 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
     host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateInProgress);
     const auto plan = std::make_shared<RebuildPlan>(std::move(found), std::move(former),
                                                     KXP::Platform::KeepsInodes(gallery()));
+    record_.Reserve(plan->size());
     for (size_t enqueued = 0; enqueued < plan->size(); enqueued += kSome)
         EnqueueWork(&kRunTag, when, [this, plan] { TrackSome(*plan); });
     if (record_.rebuilding() == Rebuilding::InOneFile)
@@ -118,9 +128,9 @@ void UGCTracker::TrackSome(RebuildPlan& plan) {
             // What was reported of it has been kept ever since, so the record need not say so.
             const KeptFacts facts = FactsOf(*step->former, false);
             step->former->id = 0;
-            record_.Track(std::move(*step->former), facts);
+            record_.Track(std::move(step->former), facts);
         } else {
-            TrackOrLog(step->path, step->former ? &*step->former : nullptr);
+            TrackOrLog(step->path, step->former.get());
         }
     }
 }

@@ -123,16 +123,16 @@ void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
 }
 
 void UGCTracker::TrackMoved(const TrackedUGC& record, const std::string& place) {
-    TrackedUGC moved = record;
-    moved.path = place;
+    const NewUGC moved = std::make_shared<TrackedUGC>(record);
+    moved->path = place;
     // It may have been changed a moment before.
     if (StampAt(place) != record.stamp) {
         Inspection inspection = InspectCapture(place);
         if (inspection.finding != Inspection::Finding::Capture) return TrackOrLog(place);
-        moved = std::move(inspection.record);
-        moved.id = record.id;
+        *moved = std::move(inspection.record);
+        moved->id = record.id;
     }
-    record_.Track(std::move(moved), record_.GivenTo(record));
+    record_.Track(moved, record_.GivenTo(record));
 }
 
 bool UGCTracker::AwaitTracked(const std::string& path, std::chrono::steady_clock::time_point until,
@@ -169,7 +169,7 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path, const TrackedUGC*
     if (inspection.finding == Inspection::Finding::Capture) {
         const KeptFacts hint = HintOf(former, inspection.record);
         known ? record_.Renew(std::move(inspection.record))
-              : record_.Track(std::move(inspection.record), hint);
+              : record_.Track(std::make_shared<TrackedUGC>(std::move(inspection.record)), hint);
     } else if (inspection.finding == Inspection::Finding::NoCapture) {
         backlog_.NoteRefused(path, stamp);
         if (known) record_.Remove({path});
@@ -215,6 +215,7 @@ void UGCTracker::DropGoneIn(const std::string& folder) {
 void UGCTracker::UntrackPath(const std::string& path, uint64_t before) {
     queue_.AssertOnWorker();
     (void)place_.IsScanned();  // the drive may be back before the write
-    if (record_.Remove({path}, before) == 0 && record_.Remove(record_.PathsIn(path), before) == 0)
+    const bool isFile = place_.KindOf(path) == GalleryPlace::Kind::Capture;
+    if (record_.Remove({path}, before) == 0 && (isFile || record_.Remove(record_.PathsIn(path), before) == 0))
         KXP_LOG(KXP::LogFailure, "UntrackFile failed");
 }

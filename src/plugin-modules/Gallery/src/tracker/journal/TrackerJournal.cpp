@@ -81,14 +81,24 @@ bool TrackerJournal::IsNew() const {
     return trackerFile_.ReadStamp(now) && !(read_ && *read_ == now);
 }
 
-KXP::RetVal TrackerJournal::Read(KXP::Document& document, TrackerInfo& info, Stamps* stamps) {
+KXP::RetVal TrackerJournal::Read(KXP::Document& document, std::vector<NewUGC>& records, TrackerInfo& info,
+                                 Stamps* stamps, const std::function<void()>& meanwhile) {
     KXP::JSONFile::Stamp before;
     KXP::JSONFile::Stamp after;
     const bool known = trackerFile_.ReadStamp(before);
     read_ = known ? std::optional(before) : std::nullopt;
-    KXP::RetVal read = trackerFile_.ReadAndParseJSON(document);
-    if (read.Failed()) return read;
-    if (stamps && known && trackerFile_.ReadStamp(after) && after == before) *stamps = stampFile_.Read(after);
+    if (stamps && known) *stamps = stampFile_.Read(before);
+    KXP::ElementReader elements = ParseUGCFromJSON(records);
+    elements.begin = [&meanwhile, begin = std::move(elements.begin)] {
+        if (meanwhile) meanwhile();
+        begin();
+    };
+    KXP::RetVal read = trackerFile_.ReadAndParseJSON(document, &elements);
+    if (read.Failed()) {
+        records.clear();
+        return read;
+    }
+    if (stamps && !(trackerFile_.ReadStamp(after) && after == before)) stamps->reset();
     ParseTrackerInfoFromJSON(document, info);
     folderCRC_ = info.folderCRC;
     lastIdInFile_ = info.lastUGCIdUsed;

@@ -17,6 +17,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -56,9 +57,11 @@ class TrackerJournal {
     bool Open(bool useUniqueFile);
     // One for each record of a file; none unless the file is the one that the product wrote last.
     using Stamps = std::optional<std::vector<FileStamp>>;
-    // Fails when there is no such file or it holds no JSON object. Writes keep the file's sum until one
-    // renews it. Sets `stamps` unless it is null.
-    KXP::RetVal Read(KXP::Document& document, TrackerInfo& info, Stamps* stamps = nullptr);
+    // Fails when there is no such file or it holds no JSON object. `document` gets what the file holds beside
+    // the records. Writes keep the file's sum until one renews it. Sets `stamps` unless it is null.
+    // `meanwhile` is called, once or more, when the file is there and still has to be parsed.
+    KXP::RetVal Read(KXP::Document& document, std::vector<NewUGC>& records, TrackerInfo& info,
+                     Stamps* stamps = nullptr, const std::function<void()>& meanwhile = {});
 
     // One thread at a time, while the file is only read:
 

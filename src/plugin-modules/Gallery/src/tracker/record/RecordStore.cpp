@@ -1,8 +1,15 @@
 #include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
 
 #include <algorithm>
+#include <string_view>
+
+#include "plugin-modules/Gallery/src/tracker/record/RecordIndex.h"
 
 namespace {
+
+using record_index::ByFolder;
+using record_index::ById;
+using record_index::ByPath;
 
 // In one pass, however many ids there are.
 void Erase(std::vector<int>& from, const std::set<int>& ids) {
@@ -24,50 +31,57 @@ std::string GroupOf(const TrackedUGC& record) {
 
 }  // namespace
 
+RecordStore::RecordStore() : records_(std::make_unique<RecordIndex>()) {}
+
+RecordStore::~RecordStore() = default;
+
+size_t RecordStore::size() const {
+    return records_->size();
+}
+
 void RecordStore::Clear() {
     ++generation_;
-    byPath_.clear();
-    byId_.clear();
-    records_.clear();
+    records_->clear();
     games_.clear();
     lastId_ = 0;
     usageKB_ = 0;
+}
+
+void RecordStore::Reserve(size_t count) {
+    records_->get<ByPath>().reserve(count);
+    records_->get<ByFolder>().reserve(count);
 }
 
 int32_t RecordStore::NextId() {
     return lastId_ < INT32_MAX ? ++lastId_ : 0;
 }
 
-void RecordStore::Load(std::vector<TrackedUGC> records, Games games, int32_t lastId) {
+void RecordStore::Load(std::vector<NewUGC> records, Games games, int32_t lastId) {
     Clear();
     lastId_ = lastId;
-    for (TrackedUGC& record : records)
+    Reserve(records.size());
+    for (NewUGC& record : records)
         Append(std::move(record));
     games_ = std::move(games);
-    if (!byId_.empty()) lastId_ = std::max(lastId_, byId_.rbegin()->first);
+    if (size() > 0) lastId_ = std::max(lastId_, records_->get<ById>().rbegin()->record->id);
     lastId_ = std::max(lastId_, 0);
     if (!HasUniqueIds()) RepairIds();
 }
 
-void RecordStore::Load(std::vector<TrackedUGC> records, int32_t lastId) {
+void RecordStore::Load(std::vector<NewUGC> records, int32_t lastId) {
     Load(std::move(records), {}, lastId);
     games_.clear();
-    for (const auto& [place, record] : records_)
-        ListInGame(*record);
+    for (const RecordEntry& entry : *records_)
+        ListInGame(*entry.record);
 }
 
 // A record without a path is of no capture, and goes with the next list.
 bool RecordStore::HasUniqueIds() const {
-    const auto isSame = [](const IdKey& a, const IdKey& b) { return a.first == b.first; };
-    if (byId_.empty()) return true;
-    // Of the file that the product wrote this is enough, and no record is looked up.
-    if (byId_.begin()->first > 0 && std::adjacent_find(byId_.begin(), byId_.end(), isSame) == byId_.end())
-        return true;
     int32_t before = 0;
-    for (const auto& [id, place] : byId_) {
-        if (records_.find(place)->second->path.empty()) continue;
-        if (id <= before) return false;
-        before = id;
+    for (const RecordEntry& entry : records_->get<ById>()) {
+        if (entry.record->path.empty()) continue;
+        if (entry.record->id <= before) return false;
+        before = entry.record->id;
     }
     return true;
 }
@@ -75,8 +89,8 @@ bool RecordStore::HasUniqueIds() const {
 void RecordStore::RepairIds() {
     games_.clear();
     std::set<int32_t> taken;
-    for (auto entry = records_.cbegin(); entry != records_.cend(); ++entry) {
-        TrackedUGC record = *entry->second;
+    for (const RecordEntry& entry : *records_) {
+        TrackedUGC record = *entry.record;
         if (record.path.empty()) continue;
         if (record.id <= 0 || !taken.insert(record.id).second) {
             record.id = NextId();
@@ -96,19 +110,18 @@ void RecordStore::ListInGame(const TrackedUGC& record) {
     if (const std::string group = GroupOf(record); !group.empty()) game.groups[group].push_back(record.id);
 }
 
-RecordStore::RecordPtr RecordStore::Track(TrackedUGC record) {
+RecordStore::RecordPtr RecordStore::Track(NewUGC record) {
     RecordPtr entered = Append(std::move(record));
     lastId_ = std::max(lastId_, entered->id);
     ListInGame(*entered);
     return entered;
 }
 
-RecordStore::RecordPtr RecordStore::Append(TrackedUGC&& record) {
+RecordStore::RecordPtr RecordStore::Append(NewUGC record) {
     const uint64_t place = nextPlace_++;
-    RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
-    records_.emplace_hint(records_.end(), place, entered);
+    RecordPtr entered = std::move(record);
+    records_->insert(records_->end(), RecordEntry(place, entered));
     AddUsage(entered->sizeKB);
-    Index(place, *entered);
     return entered;
 }
 
@@ -116,48 +129,35 @@ void RecordStore::AddUsage(uint32_t sizeKB) {
     usageKB_ += std::min(sizeKB, UINT32_MAX - usageKB_);
 }
 
-void RecordStore::Index(uint64_t place, const TrackedUGC& record) {
-    byPath_.emplace(record.path, place);
-    byId_.emplace_hint(byId_.end(), record.id, place);  // most are the newest
-}
-
-void RecordStore::Unindex(uint64_t place, const TrackedUGC& record) {
-    const auto [first, end] = byPath_.equal_range(record.path);
-    byPath_.erase(std::find_if(first, end, [&](const auto& entry) { return entry.second == place; }));
-    byId_.erase({record.id, place});
-}
-
 RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths, uint64_t before) {
     std::set<uint64_t> places;
     // Each path once: if a file had the same path in all records, the time would be quadratic.
     for (const std::string_view path : std::set<std::string_view>(paths.begin(), paths.end())) {
-        const auto [first, end] = byPath_.equal_range(path);
-        for (auto entry = first; entry != end; ++entry)
-            if (entry->second < before) places.insert(entry->second);
+        for (const RecordEntry* entry : records_->Of(path))
+            if (entry->place < before) places.insert(entry->place);
     }
     Removed removed;
     for (const uint64_t place : places) {
-        removed.records.push_back(Detach(records_.find(place)));
+        removed.records.push_back(Detach(place));
         usageKB_ -= std::min(usageKB_, removed.records.back()->sizeKB);
     }
     removed.withoutGame = RemoveFromGames(removed.records);
     return removed;
 }
 
-RecordStore::RecordPtr RecordStore::Detach(Records::iterator record) {
+RecordStore::RecordPtr RecordStore::Detach(uint64_t place) {
     ++generation_;
-    RecordPtr detached = record->second;
-    Unindex(record->first, *detached);
-    records_.erase(record);
+    const auto entry = records_->find(place);
+    RecordPtr detached = entry->record;
+    records_->erase(entry);
     return detached;
 }
 
 RecordStore::RecordPtr RecordStore::Take(int32_t id, const std::string& game, const std::string& group) {
-    for (auto entry = byId_.lower_bound({id, 0}); entry != byId_.end() && entry->first == id; ++entry) {
-        const auto record = records_.find(entry->second);
-        if (record->second->profileName == game && record->second->highlightGroupId == group)
-            return Detach(record);
-    }
+    const auto& byId = records_->get<ById>();
+    for (auto entry = byId.lower_bound(IdKey(id, 0)); entry != byId.end() && entry->record->id == id; ++entry)
+        if (entry->record->profileName == game && entry->record->highlightGroupId == group)
+            return Detach(entry->place);
     return nullptr;
 }
 
@@ -185,10 +185,10 @@ int RecordStore::RemoveFromGames(const std::vector<RecordPtr>& records) {
 }
 
 RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
-    const auto found = FirstOfPath(record.path);
-    if (found == records_.end()) return nullptr;
-    const RecordPtr old = found->second;
-    RecordPtr entered = Exchange(found, std::move(record));
+    const RecordEntry* const found = FirstOfPath(record.path);
+    if (!found) return nullptr;
+    const RecordPtr old = found->record;
+    RecordPtr entered = Exchange(*found, std::move(record));
     lastId_ = std::max(lastId_, entered->id);
     TrackedUGCGame& game = games_[old->profileName];
     game.appName = old->profileName;
@@ -199,16 +199,16 @@ RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
 }
 
 RecordStore::RecordPtr RecordStore::Change(TrackedUGC record) {
-    const auto found = FirstOfPath(record.path);
-    return found == records_.end() ? nullptr : Exchange(found, std::move(record));
+    const RecordEntry* const found = FirstOfPath(record.path);
+    return found ? Exchange(*found, std::move(record)) : nullptr;
 }
 
 RecordStore::RecordPtr RecordStore::Renew(TrackedUGC record) {
-    const auto found = FirstOfPath(record.path);
-    if (found == records_.end()) return nullptr;
-    const RecordPtr old = found->second;
+    const RecordEntry* const found = FirstOfPath(record.path);
+    if (!found) return nullptr;
+    const RecordPtr old = found->record;
     record.id = old->id;
-    RecordPtr entered = Exchange(found, std::move(record));
+    RecordPtr entered = Exchange(*found, std::move(record));
     usageKB_ -= std::min(usageKB_, old->sizeKB);
     AddUsage(entered->sizeKB);
     const std::string group = GroupOf(*entered);
@@ -220,44 +220,44 @@ RecordStore::RecordPtr RecordStore::Renew(TrackedUGC record) {
     return entered;
 }
 
-RecordStore::RecordPtr RecordStore::Exchange(Records::const_iterator place, TrackedUGC record) {
+RecordStore::RecordPtr RecordStore::Exchange(const RecordEntry& old, TrackedUGC record) {
     ++generation_;
-    const uint64_t number = place->first;
-    Unindex(number, *place->second);
     RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
-    records_[number] = entered;
-    Index(number, *entered);
+    records_->modify(records_->iterator_to(old), [&](RecordEntry& entry) { entry.Set(entered); });
     return entered;
 }
 
-RecordStore::Records::const_iterator RecordStore::FirstOfPath(const std::string& path) const {
-    const auto [first, end] = byPath_.equal_range(path);
+const RecordEntry* RecordStore::FirstOfPath(const std::string& path) const {
+    const std::vector<const RecordEntry*> entries = records_->Of(path);
     const auto earliest =
-        std::min_element(first, end, [](const auto& a, const auto& b) { return a.second < b.second; });
-    return earliest == end ? records_.end() : records_.find(earliest->second);
+        std::min_element(entries.begin(), entries.end(),
+                         [](const RecordEntry* a, const RecordEntry* b) { return a->place < b->place; });
+    return earliest == entries.end() ? nullptr : *earliest;
 }
 
 RecordStore::RecordPtr RecordStore::FindByPath(const std::string& path) const {
-    const auto found = FirstOfPath(path);
-    return found == records_.end() ? nullptr : found->second;
+    const RecordEntry* const found = FirstOfPath(path);
+    return found ? found->record : nullptr;
 }
 
 RecordStore::RecordPtr RecordStore::FindById(int32_t id) const {
-    const auto found = byId_.lower_bound({id, 0});
-    if (found == byId_.end() || found->first != id) return nullptr;
-    return records_.find(found->second)->second;
+    const auto& byId = records_->get<ById>();
+    const auto found = byId.lower_bound(IdKey(id, 0));
+    return found == byId.end() || found->record->id != id ? nullptr : found->record;
 }
 
-std::vector<RecordStore::RecordPtr> RecordStore::Under(const std::string& prefix) const {
-    std::vector<uint64_t> places;
-    for (auto entry = byPath_.lower_bound(prefix);
-         entry != byPath_.end() && entry->first.substr(0, prefix.size()) == prefix; ++entry)
-        places.push_back(entry->second);
-    std::sort(places.begin(), places.end());
+std::vector<RecordStore::RecordPtr> RecordStore::In(const std::string& folder) const {
+    std::map<uint64_t, RecordPtr> inFolder;
+    const auto [first, end] = records_->get<ByFolder>().equal_range(HashOf(folder));
+    for (auto entry = first; entry != end; ++entry)
+        if (FolderOf(entry->record->path) == folder) inFolder.emplace(entry->place, entry->record);
     std::vector<RecordPtr> found;
-    found.reserve(places.size());
-    for (const uint64_t place : places)
-        found.push_back(records_.find(place)->second);
+    for (auto& [place, record] : inFolder)
+        found.push_back(std::move(record));
+    if (!found.empty()) return found;
+    for (const RecordEntry& entry : *records_)
+        if (entry.record->path.compare(0, folder.size() + 1, folder + "/") == 0)
+            found.push_back(entry.record);
     return found;
 }
 
@@ -288,26 +288,27 @@ std::vector<RecordStore::RecordPtr> RecordStore::OfGroup(const std::string& game
 
 std::vector<RecordStore::RecordPtr> RecordStore::Newest(size_t count, IdKey& end) const {
     std::vector<RecordPtr> found;
-    for (auto entry = byId_.lower_bound(end); entry != byId_.begin() && found.size() < count;) {
+    const auto& byId = records_->get<ById>();
+    for (auto entry = byId.lower_bound(end); entry != byId.begin() && found.size() < count;) {
         --entry;
-        end = *entry;
-        found.push_back(records_.find(entry->second)->second);
+        end = entry->Id();
+        found.push_back(entry->record);
     }
     return found;
 }
 
 std::vector<RecordStore::RecordPtr> RecordStore::From(uint64_t place) const {
     std::vector<RecordPtr> found;
-    if (place == 0) found.reserve(records_.size());
-    for (auto entry = records_.lower_bound(place); entry != records_.end(); ++entry)
-        found.push_back(entry->second);
+    if (place == 0) found.reserve(size());
+    for (auto entry = records_->lower_bound(place); entry != records_->end(); ++entry)
+        found.push_back(entry->record);
     return found;
 }
 
 uint64_t RecordStore::SumKB() const {
     uint64_t sum = 0;
-    for (const auto& [place, record] : records_)
-        sum += record->sizeKB;
+    for (const RecordEntry& entry : *records_)
+        sum += entry.record->sizeKB;
     return sum;
 }
 

@@ -7,11 +7,13 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
+
+struct RecordEntry;
+struct RecordIndex;
 
 class RecordStore {
   public:
@@ -21,7 +23,8 @@ class RecordStore {
     // A position in the order of ids; equal ids are in the order of tracking.
     using IdKey = std::pair<int32_t, uint64_t>;
 
-    RecordStore() = default;
+    RecordStore();
+    ~RecordStore();
     RecordStore(const RecordStore&) = delete;
     RecordStore& operator=(const RecordStore&) = delete;
 
@@ -30,11 +33,14 @@ class RecordStore {
     // Takes the content of a file, which anybody can have edited. Games may list ids that no record has. If
     // two captures have the same id, or one has none, each further one gets a new id, and the games are made
     // anew from the records.
-    void Load(std::vector<TrackedUGC> records, Games games, int32_t lastId);
+    void Load(std::vector<NewUGC> records, Games games, int32_t lastId);
     // The same with games that list what the records say.
-    void Load(std::vector<TrackedUGC> records, int32_t lastId);
+    void Load(std::vector<NewUGC> records, int32_t lastId);
 
-    // Returns an id that was not given out before; 0 when there are none left.
+    // Makes room for so many records in all.
+    void Reserve(size_t count);
+
+    // Returns an id above all that were given out or are on record; 0 when there are none left.
     int32_t NextId();
     // Whether a record may have this id, which somebody else has chosen.
     bool IsFreeId(int32_t id) const { return id > 0 && !FindById(id); }
@@ -44,7 +50,7 @@ class RecordStore {
 
     // Adds the record at the end, and its id, which no other has, to its game and, for a highlight, to its
     // group.
-    RecordPtr Track(TrackedUGC record);
+    RecordPtr Track(NewUGC record);
 
     struct Removed {
         std::vector<RecordPtr> records;  // in the order of tracking
@@ -67,8 +73,9 @@ class RecordStore {
     // The first record of the path or id; null when there is none.
     RecordPtr FindByPath(const std::string& path) const;
     RecordPtr FindById(int32_t id) const;
-    // The records whose path begins with `prefix`, in the order of tracking.
-    std::vector<RecordPtr> Under(const std::string& prefix) const;
+    // The records in the folder, in the order of tracking, or those in folders below it if it has none
+    // itself.
+    std::vector<RecordPtr> In(const std::string& folder) const;
     // The records of the game's ids, in the order of those ids. Ids without a record are skipped.
     std::vector<RecordPtr> OfGame(const std::string& game) const;
     // The highlights of a group, in the same way.
@@ -78,7 +85,7 @@ class RecordStore {
     std::vector<RecordPtr> Newest(size_t count, IdKey& end) const;
     static IdKey NewestEnd() { return {INT32_MAX, UINT64_MAX}; }
 
-    size_t size() const { return records_.size(); }
+    size_t size() const;
     std::vector<RecordPtr> Snapshot() const { return From(0); }
     // The records tracked at `place` or later. A place is a number that grows with each record and never
     // repeats.
@@ -97,28 +104,20 @@ class RecordStore {
     void RemoveFromGroup(const std::string& game, const std::string& group, const std::set<int>& ids);
 
   private:
-    using Records = std::map<uint64_t, RecordPtr>;
-
     bool HasUniqueIds() const;
     void RepairIds();
     void ListInGame(const TrackedUGC& record);
-    RecordPtr Append(TrackedUGC&& record);
-    RecordPtr Exchange(Records::const_iterator place, TrackedUGC record);
-    RecordPtr Detach(Records::iterator record);
+    RecordPtr Append(NewUGC record);
+    RecordPtr Exchange(const RecordEntry& old, TrackedUGC record);
+    RecordPtr Detach(uint64_t place);
     void AddUsage(uint32_t sizeKB);
-    void Index(uint64_t place, const TrackedUGC& record);
-    void Unindex(uint64_t place, const TrackedUGC& record);
-    Records::const_iterator FirstOfPath(const std::string& path) const;
+    const RecordEntry* FirstOfPath(const std::string& path) const;
     std::vector<RecordPtr> Collect(const std::vector<int>& ids) const;
     int RemoveFromGames(const std::vector<RecordPtr>& records);
 
-    // By place.
-    Records records_;
+    const std::unique_ptr<RecordIndex> records_;
     uint64_t nextPlace_ = 0;
     uint64_t generation_ = 0;
-    // The texts belong to the records.
-    std::multimap<std::string_view, uint64_t> byPath_;
-    std::set<IdKey> byId_;
     Games games_;
     int32_t lastId_ = 0;
     uint32_t usageKB_ = 0;

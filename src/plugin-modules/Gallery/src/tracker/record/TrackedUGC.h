@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,9 @@ struct TrackedUGC {
     uint32_t msDuration = 0;
     FileStamp stamp;  // of the file when it was inspected; in neither JSON form
 };
+
+// A record while it is made; once entered, it never changes.
+using NewUGC = std::shared_ptr<TrackedUGC>;
 
 // The captures of one game. The game's name is its key in a map of games.
 struct TrackedUGCGame {

@@ -168,23 +168,14 @@ void WriteInfo(const TrackerInfo& info, PrettyJsonWriter& writer) {
     writer.EndObject();
 }
 
-const TrackedUGC& RecordOf(const TrackedUGC& record) {
-    return record;
-}
-const TrackedUGC& RecordOf(const std::shared_ptr<const TrackedUGC>& record) {
-    return *record;
-}
-
 template <typename Records>
 void WriteTracker(const Records& records, const TrackedUGCGames& games, const TrackerInfo& info,
                   PrettyJsonWriter& writer, const std::function<void()>& afterRecords) {
     writer.StartObject();
     writer.Key("UGC");
     writer.StartArray();
-    for (const auto& entry : records) {
-        const TrackedUGC& record = RecordOf(entry);
-        WriteMember{record, KindsOf(record), writer}(kRecordFileFields);
-    }
+    for (const auto& record : records)
+        WriteMember{*record, KindsOf(*record), writer}(kRecordFileFields);
     afterRecords();
     writer.EndArray();
     writer.Key("apps");
@@ -199,19 +190,19 @@ void WriteTracker(const Records& records, const TrackedUGCGames& games, const Tr
 
 }  // namespace
 
-std::vector<TrackedUGC> ParseUGCFromJSON(const Value& root) {
-    KXP_LOG(KXP::LogMilestone, "ParseUGCFromJSON");
-    std::vector<TrackedUGC> ugc;
-    const Value& elements = KXP::JSONGetArrayOrEmpty(root, "UGC");
-    ugc.reserve(elements.Size());
+KXP::ElementReader ParseUGCFromJSON(std::vector<NewUGC>& ugc) {
+    const auto begin = [&ugc] {
+        KXP_LOG(KXP::LogMilestone, "ParseUGCFromJSON");
+        ugc.clear();
+    };
     // An element that is not an object also becomes a record, with defaults; it is removed when the next list
     // finds that it has no file.
-    for (const Value& element : elements.GetArray()) {
-        TrackedUGC& record = ugc.emplace_back();
+    const auto read = [&ugc](const Value& element) {
+        TrackedUGC& record = *ugc.emplace_back(std::make_shared<TrackedUGC>());
         record.id = -1;
         ReadFields(element, kRecordFileFields, record);
-    }
-    return ugc;
+    };
+    return {"UGC", begin, read};
 }
 
 KXP::RetVal ParseUGCGamesFromJSON(const Value& root, TrackedUGCGames& games) {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "common/json/Json.h"
+#include "common/json/JsonParse.h"
 #include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackedUGC.h"
 
@@ -24,13 +24,13 @@ struct TrackerInfo {
 };
 
 struct TrackerContent {
-    std::vector<TrackedUGC> ugc;
+    std::vector<NewUGC> ugc;
     TrackedUGCGames games;
     TrackerInfo info;
 };
 
-// Returns the records of the file; none when it has no array of them.
-std::vector<TrackedUGC> ParseUGCFromJSON(const KXP::Value& root);
+// Reads the records of a file, none when it has no array of them, into `ugc`, which outlives the reader.
+KXP::ElementReader ParseUGCFromJSON(std::vector<NewUGC>& ugc);
 
 // Replaces `games`. A game without a name is left out with a log line. 0x8007000D when `root` is no object.
 KXP::RetVal ParseUGCGamesFromJSON(const KXP::Value& root, TrackedUGCGames& games);
