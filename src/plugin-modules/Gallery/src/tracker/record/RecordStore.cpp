@@ -252,12 +252,13 @@ std::vector<RecordStore::RecordPtr> RecordStore::In(const std::string& folder) c
     for (auto entry = first; entry != end; ++entry)
         if (FolderOf(entry->record->path) == folder) inFolder.emplace(entry->place, entry->record);
     std::vector<RecordPtr> found;
+    found.reserve(inFolder.size());
     for (auto& [place, record] : inFolder)
         found.push_back(std::move(record));
     if (!found.empty()) return found;
+    const std::string prefix = folder + "/";
     for (const RecordEntry& entry : *records_)
-        if (entry.record->path.compare(0, folder.size() + 1, folder + "/") == 0)
-            found.push_back(entry.record);
+        if (entry.record->path.compare(0, prefix.size(), prefix) == 0) found.push_back(entry.record);
     return found;
 }
 
