@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include <sys/stat.h>
+
 #include "tests/module/TrackerRecords.h"
 
 class GalleryModel {
@@ -92,7 +94,9 @@ class GalleryModel {
                 wrong += "id " + std::to_string(file.id) + " is now " + std::to_string(record->second) +
                          ": " + path + "\n";
             const std::string& caption = records.captions.at(path);
-            if (file.caption && *file.caption != caption)
+            const auto before = given_.find(Identity(path));
+            const bool cameBack = before != given_.end() && before->second == caption;
+            if (file.caption && *file.caption != caption && !cameBack)
                 wrong += "\"" + *file.caption + "\" is now \"" + caption + "\": " + path + "\n";
         }
         for (const auto& [path, id] : records.ids)
@@ -113,6 +117,7 @@ class GalleryModel {
             file.touched = false;
             file.rewritten = false;
             if (file.id != 0) file.caption = records.captions.at(entry->first);
+            if (file.caption && file.caption != "") given_[Identity(entry->first)] = *file.caption;
             ++entry;
         }
     }
@@ -135,6 +140,13 @@ class GalleryModel {
         std::optional<std::string> caption = "";  // none where it may be lost or not
     };
 
+    // A copy keeps the time of its source. In the place of the source it is taken for it.
+    static std::string Identity(const std::string& path) {
+        struct stat status {};
+        if (lstat(path.c_str(), &status) != 0) return {};
+        return path + " " + std::to_string(status.st_size) + " " + std::to_string(status.st_mtim.tv_sec) +
+               " " + std::to_string(status.st_mtim.tv_nsec);
+    }
     static bool IsBeneath(const std::string& path, const std::string& folder) {
         return path.compare(0, folder.size() + 1, folder + "/") == 0;
     }
@@ -150,4 +162,5 @@ class GalleryModel {
 
     std::string gallery_;
     std::map<std::string, File> files_;
+    std::map<std::string, std::string> given_;  // captions by the identity of their file
 };
