@@ -6,7 +6,7 @@ import type { Query } from "../src/api/query.js";
 import type { Capture, CaptureRecord } from "../src/model/capture.js";
 import { Feed } from "../src/model/feed.js";
 import { Gallery } from "../src/model/gallery.js";
-import { Thumbnails } from "../src/model/thumbnails.js";
+import { Thumbnails, type Found } from "../src/model/thumbnails.js";
 import { capture, dateAt, record } from "./captures.js";
 
 const tick = () => new Promise((resolve) => setImmediate(resolve));
@@ -169,23 +169,19 @@ test("a scan and a missing folder are watched until they are over, by one timer"
 
 /** Thumbnails whose loads end when the test says so. */
 function thumbnails(cancelable = true, cacheBytes = 1000) {
-    const loads = new Map<string, (found: { source: string; bytes: number } | null) => void>();
-    const fail = new Map<string, () => void>();
+    const loads = new Map<string, (found: Found | null | undefined) => void>();
     const asked: string[] = [];
     const loader = ({ title }: Capture) => {
         asked.push(title);
-        const done = new Promise<{ source: string; bytes: number } | null>((resolve, reject) => {
-            loads.set(title, resolve);
-            fail.set(title, () => reject(new Error("lost")));
-        });
-        return { done, cancel: () => cancelable && loads.delete(title) };
+        const done = new Promise<Found | null | undefined>((resolve) => loads.set(title, resolve));
+        return { done, cancel: () => cancelable && loads.get(title)!(undefined) };
     };
     const found = new Thumbnails(loader, () => {}, { inFlight: 3, cacheBytes });
-    const end = async (title: string, bytes: number | null = 100) => {
-        loads.get(title)!(bytes === null ? null : { source: title, bytes });
+    const end = async (title: string, ended: Found | null | undefined = { source: title, bytes: 100 }) => {
+        loads.get(title)!(ended);
         await tick();
     };
-    return { thumbnails: found, asked, end, fail };
+    return { thumbnails: found, asked, end, lose: (title: string) => (loads.get(title)!(undefined), tick()) };
 }
 
 const named = (names: string) =>
@@ -197,6 +193,8 @@ test("few thumbnails are under way, the wanted ones, and what left the view is n
     assert.deepEqual([asked.join(""), all.inFlight], ["abc", 3]);
     await end("b");
     all.want(named("cxyz"));
+    assert.equal(all.inFlight, 3);
+    await tick();
     assert.deepEqual([asked.join(""), all.inFlight], ["abcdxy", 3]);
     for (const name of "cxyz") await end(name);
     assert.deepEqual([asked.join(""), all.inFlight], ["abcdxyz", 0]);
@@ -231,7 +229,7 @@ test("the cache drops what was used longest ago", async () => {
 });
 
 test("a broken file is asked for once, until it changes or somebody tries again; a lost connection breaks none", async () => {
-    const { thumbnails: all, asked, end, fail } = thumbnails();
+    const { thumbnails: all, asked, end, lose } = thumbnails();
     const [a] = named("a") as [Capture];
     all.want([a]);
     await end("a", null);
@@ -242,8 +240,7 @@ test("a broken file is asked for once, until it changes or somebody tries again;
     all.retry(a);
     assert.deepEqual([asked.length, all.get(a)], [3, undefined]);
     all.pause(true);
-    fail.get("a")!();
-    await tick();
+    await lose("a");
     all.want([a]);
     assert.deepEqual([asked.length, all.get(a)], [3, undefined]);
     all.pause(false);

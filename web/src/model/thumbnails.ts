@@ -2,12 +2,18 @@
 // has left the view is not asked for any more.
 import type { Capture } from "./capture.js";
 
+/** What an image shows, and how many bytes the page keeps for it. */
+export interface Found {
+    readonly source: string;
+    readonly bytes: number;
+}
+
 /** A request for one thumbnail. */
 export interface Load {
-    /** Resolves with what an image shows and how many bytes the page keeps for it; null when there is none. */
-    readonly done: Promise<{ source: string; bytes: number } | null>;
-    /** Ends it, if it can be ended. */
-    cancel(): boolean;
+    /** Null when the file has none; undefined, or a rejection, when nothing is known, as after `cancel`. */
+    readonly done: Promise<Found | null | undefined>;
+    /** Ends it, if it can be ended. It is under way until `done` is settled. */
+    cancel(): void;
 }
 
 export type Loader = (capture: Capture) => Load;
@@ -20,9 +26,9 @@ const CACHE_BYTES = 48 * 1024 * 1024;
 
 export class Thumbnails {
     private wanted: Capture[] = [];
-    private readonly underWay = new Map<string, Load>();
+    private readonly underWay = new Map<string, { load: Load; canceled: boolean }>();
     // In the order of their last use.
-    private readonly cache = new Map<string, { source: string; bytes: number }>();
+    private readonly cache = new Map<string, Found>();
     private readonly broken = new Set<string>();
     private bytes = 0;
     private paused = false;
@@ -57,8 +63,7 @@ export class Thumbnails {
     want(captures: readonly Capture[]): void {
         this.wanted = captures.filter((capture) => !this.isSettled(keyOf(capture)));
         const keys = new Set(this.wanted.map(keyOf));
-        for (const [key, load] of this.underWay)
-            if (!keys.has(key) && load.cancel()) this.underWay.delete(key);
+        for (const [key, one] of this.underWay) if (!keys.has(key)) this.cancel(one);
         this.next();
     }
 
@@ -89,32 +94,36 @@ export class Thumbnails {
         }
     }
 
+    private cancel(one: { load: Load; canceled: boolean }): void {
+        if (one.canceled) return;
+        one.canceled = true;
+        one.load.cancel();
+    }
+
     private start(capture: Capture): void {
         const key = keyOf(capture);
         const load = this.load(capture);
-        this.underWay.set(key, load);
-        load.done.then(
-            (found) => this.finish(key, load, found),
-            () => this.finish(key, load, undefined),
-        );
+        const one = { load, canceled: false };
+        this.underWay.set(key, one);
+        const finish = (found?: Found | null) => {
+            this.underWay.delete(key);
+            // After a failure of the channel, only the next change of the view asks again.
+            if (found === undefined && !one.canceled)
+                this.wanted = this.wanted.filter((other) => keyOf(other) !== key);
+            this.settle(key, found);
+            this.next();
+        };
+        load.done.then(finish, () => finish());
     }
 
-    // Undefined stands for a failure of the channel, after which the next change of the view asks again.
-    private finish(
-        key: string,
-        load: Load,
-        found: { source: string; bytes: number } | null | undefined,
-    ): void {
-        if (this.underWay.get(key) === load) this.underWay.delete(key);
-        else if (!found) return; // canceled
+    private settle(key: string, found: Found | null | undefined): void {
+        if (found === undefined) return;
         if (found) this.keep(key, found);
-        else if (found === null) this.broken.add(key);
-        else this.wanted = this.wanted.filter((capture) => keyOf(capture) !== key);
-        if (found !== undefined) this.onChange();
-        this.next();
+        else this.broken.add(key);
+        this.onChange();
     }
 
-    private keep(key: string, found: { source: string; bytes: number }): void {
+    private keep(key: string, found: Found): void {
         this.bytes += found.bytes - (this.cache.get(key)?.bytes ?? 0);
         this.cache.set(key, found);
         for (const [oldest, { bytes }] of this.cache) {

@@ -2,7 +2,7 @@
 import type { Client } from "../api/client.js";
 import { ApiError, CANCELED } from "../api/envelope.js";
 import type { Capture } from "../model/capture.js";
-import type { Load, Loader } from "../model/thumbnails.js";
+import type { Found, Load, Loader } from "../model/thumbnails.js";
 import { thumbnailAddress, THUMBNAIL } from "./media.js";
 
 // What the page keeps for a picture that is in the browser's own cache: about its address.
@@ -12,22 +12,23 @@ const ADDRESS_BYTES = 200;
 function fromRoute(capture: Capture): Load {
     const image = new Image();
     const source = thumbnailAddress(capture);
-    const done = new Promise<{ source: string; bytes: number } | null>((resolve) => {
-        image.onload = () => resolve({ source, bytes: ADDRESS_BYTES });
-        image.onerror = () => resolve(null);
-    });
+    let settle: (found: Found | null | undefined) => void;
+    const done = new Promise<Found | null | undefined>((resolve) => (settle = resolve));
+    image.onload = () => settle({ source, bytes: ADDRESS_BYTES });
+    image.onerror = () => settle(null);
     image.src = source;
     return {
         done,
         cancel() {
             image.onload = image.onerror = null;
             image.src = "";
-            return true;
+            // Browsers end the request later, when they have nothing more urgent to do.
+            requestIdleCallback(() => settle(undefined), { timeout: 200 });
         },
     };
 }
 
-async function ask(client: Client, { path }: Capture): Promise<{ source: string; bytes: number } | null> {
+async function ask(client: Client, { path }: Capture): Promise<Found | null> {
     try {
         const { thumbnail } = await client.request("GetThumbnail", { file: path, ...THUMBNAIL });
         return thumbnail ? { source: thumbnail, bytes: thumbnail.length } : null;
@@ -40,7 +41,7 @@ async function ask(client: Client, { path }: Capture): Promise<{ source: string;
 
 // A request that was sent cannot be called back.
 function fromGallery(client: Client, capture: Capture): Load {
-    return { done: ask(client, capture), cancel: () => false };
+    return { done: ask(client, capture), cancel: () => {} };
 }
 
 export function loaderFor(client: Client): Loader {
