@@ -16,6 +16,7 @@ class Side {
     records: CaptureRecord[] = [];
     status = "TrackerUpdateComplete";
     folder = true;
+    refuses = false;
     held: (() => void)[] | null = null;
     asked: string[] = [];
     timers: (() => void)[] = [];
@@ -75,8 +76,9 @@ class Side {
     }
 
     private answer(method: string, count: number): object {
+        if (this.refuses) return { _return_code: -2147467259 };
         if (method === "GetSettings") return { settings: { path: "/gallery", trackerStatus: this.status } };
-        if (method === "GetFolderListing") return this.folder ? {} : { _return_code: -2147467259 };
+        if (method === "GetDriveInfo") return this.folder ? {} : { _return_code: -2147467259 };
         return { recents: this.records.slice(0, count) };
     }
 
@@ -164,7 +166,23 @@ test("a scan and a missing folder are watched until they are over, by one timer"
     assert.equal(side.gallery.status, "missing");
     side.folder = true;
     await side.runTimers();
-    assert.deepEqual([side.gallery.status, side.timers.length], ["ready", 0]);
+    // The captures come back later than the folder, and nothing says so.
+    assert.deepEqual([side.gallery.status, side.timers.length], ["ready", 1]);
+    side.records = [record("G/a.png")];
+    await side.runTimers();
+    await side.runTimers();
+    assert.deepEqual([side.titles, side.timers.length], ["a", 0]);
+});
+
+test("a gallery that refuses for a while is asked again, over the same connection", async () => {
+    const side = new Side();
+    side.refuses = true;
+    side.start();
+    await tick();
+    side.refuses = false;
+    side.records = [record("G/a.png")];
+    await side.runTimers();
+    assert.deepEqual([side.gallery.connection, side.titles, side.open.size], ["open", "a", 2]);
 });
 
 /** Thumbnails whose loads end when the test says so. */

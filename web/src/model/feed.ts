@@ -20,7 +20,13 @@ const FIRST_COUNT = 300;
 const ALL_COUNT = 1_000_000;
 // No notification reports the end of the scan at a start, nor that a drive is back.
 const POLL_MS = 1000;
+const POLLS_AFTER_RETURN = 60;
 const LONGEST_WAIT_MS = 5000;
+
+// The gallery's own answer, and not the end of the channel.
+function isRefusal(error: unknown): boolean {
+    return error instanceof ApiError && error.code !== CANCELED && error.code !== OUTDATED;
+}
 
 export class Feed {
     // Counts connections; what belongs to an earlier one is ignored.
@@ -28,6 +34,9 @@ export class Feed {
     // Counts loads of the list; a later one takes over from one that is under way.
     private loads = 0;
     private failures = 0;
+    // How often to look again for captures that come back, and how many there were.
+    private polls = 0;
+    private lastSize = 0;
     private unsubscribe: (() => void)[] = [];
     // Notifications that came while the list was on its way, which may be older than they are.
     private newsSinceAsked: News[] | null = null;
@@ -58,7 +67,12 @@ export class Feed {
         const { generation } = this;
         const load = ++this.loads;
         const isCurrent = () => generation === this.generation && load === this.loads;
-        this.load(isCurrent).catch((error: unknown) => isCurrent() && this.onLost(error));
+        this.load(isCurrent).catch((error: unknown) => {
+            if (!isCurrent()) return;
+            // As while the gallery is moved to another folder.
+            if (isRefusal(error)) this.reloadLater(isCurrent);
+            else this.onLost(error);
+        });
     }
 
     private onLost(error: unknown): void {
@@ -92,8 +106,23 @@ export class Feed {
         const scanning = settings.trackerStatus === "TrackerUpdateInProgress";
         const missing = !scanning && this.gallery.captures.size === 0 && !(await this.isFolderThere());
         if (!isCurrent()) return;
+        if (missing) this.polls = POLLS_AFTER_RETURN;
         this.gallery.setStatus(scanning ? "scanning" : missing ? "missing" : "ready");
-        if (scanning || missing) this.scheduler.later(POLL_MS, () => isCurrent() && this.reload());
+        if (scanning || missing || this.isReturning()) this.reloadLater(isCurrent);
+    }
+
+    // Captures of a drive that is back come back one after the other.
+    private isReturning(): boolean {
+        const { size } = this.gallery.captures;
+        if (this.polls > 0 && size > 0 && size === this.lastSize) this.polls = 0;
+        this.lastSize = size;
+        if (this.polls === 0) return false;
+        --this.polls;
+        return true;
+    }
+
+    private reloadLater(isCurrent: () => boolean): void {
+        this.scheduler.later(POLL_MS, () => isCurrent() && this.reload());
     }
 
     private async settings(): Promise<Settings> {
@@ -114,10 +143,10 @@ export class Feed {
 
     private async isFolderThere(): Promise<boolean> {
         try {
-            await this.client.request("GetFolderListing", { directory: this.gallery.folder || "/" });
+            await this.client.request("GetDriveInfo", { drive: this.gallery.folder });
             return true;
         } catch (error) {
-            if (error instanceof ApiError && error.code !== CANCELED) return false;
+            if (isRefusal(error)) return false;
             throw error;
         }
     }
