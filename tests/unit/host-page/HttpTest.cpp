@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include "sample-media/MadeMedia.h"
 #include "tests/unit/host-page/RunningPage.h"
 
 namespace host::page {
@@ -60,14 +61,9 @@ TEST(PageHttp, OnlyTheLoopbackAddressIsServed) {
     EXPECT_TRUE(RawClient(page.port()).connected());
     EXPECT_FALSE(RawClient(page.port(), "127.0.0.2").connected());
     // A second server goes on to the next port, and fails where there is none.
-    const StaticTable* const noTable = nullptr;
-    Handles handles;
-    GalleryFolder gallery;
-    IPageBus* const noBus = nullptr;
-    const Site::Parts parts{*noTable, handles, gallery, *noBus};
-    PageServer second(parts, {page.port(), 0}, {}, "");
+    PageServer second(page.parts(), {page.port(), 0}, {}, "");
     EXPECT_NE(second.port(), page.port());
-    EXPECT_THROW(PageServer(parts, {page.port()}, {}, ""), Failure);
+    EXPECT_THROW(PageServer(page.parts(), {page.port()}, {}, ""), Failure);
 }
 
 TEST(PageHttp, TheLaunchWorksOnce) {
@@ -175,6 +171,27 @@ TEST(PageHttp, RangesAndTagsHold) {
     const std::string empty = page.Get("/media/" + page.HandleFor(page.InGallery("empty.png")),
                                        page.cookie() + "Range: bytes=-5\r\n");
     EXPECT_TRUE(StatusOf(empty) == "200" && Has(empty, "Content-Length: 0\r\n")) << empty;
+}
+
+TEST(PageHttp, KeyframesComeFromTheTablesOfTheFile) {
+    RunningPage page;
+    page.Launch();
+    made::Video video;
+    video.frames = 90;
+    video.keyInterval = 30;
+    std::filesystem::copy_file(made::Path(video), page.InGallery("a.mp4"));
+    page.home().folder().Write("Videos/ZORVEX/Ovirastream/b.mp4", "no video");
+    page.home().folder().Write("outside.mp4", "no video");
+    const auto get = [&page](const std::string& path, const char* type = "video") {
+        return page.Get("/keyframes/" + page.HandleFor(path, type), page.cookie());
+    };
+    EXPECT_EQ(BodyOf(get(page.InGallery("a.mp4"))), R"({"keyframes":[0.0,1000.0,2000.0],"frameMs":33.33})");
+    EXPECT_EQ(StatusOf(get(page.InGallery("a.mp4"), "image")), "404");
+    EXPECT_EQ(StatusOf(get(page.InGallery("b.mp4"))), "404");
+    EXPECT_EQ(StatusOf(get(page.InGallery("gone.mp4"))), "404");
+    EXPECT_EQ(StatusOf(get(page.home() / "outside.mp4")), "404");
+    const std::string handle = page.HandleFor(page.InGallery("a.mp4"), "video");
+    EXPECT_EQ(StatusOf(page.Get("/keyframes/" + handle)), "403");
 }
 
 TEST(PageHttp, AFileThatShrinksEndsTheAnswerShort) {

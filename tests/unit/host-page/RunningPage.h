@@ -196,6 +196,7 @@ class RunningPage {
     std::string host() const { return "127.0.0.1:" + std::to_string(port_); }
     const std::string& launch() const { return launch_; }
     Handles& handles() { return handles_; }
+    const Site::Parts& parts() const { return *parts_; }
     const TemporaryHome& home() const { return home_; }
     std::string InGallery(const std::string& name) const {
         return home_ / ("Videos/ZORVEX/Ovirastream/" + name);
@@ -255,8 +256,10 @@ class RunningPage {
             const StaticTable table(resources_.path());
             GalleryFolder gallery;
             LibraryBus bus(session, handles_, gallery);
-            PageServer server({table, handles_, gallery, bus}, {0}, limits, "1.2.3");
+            const Site::Parts parts{table, handles_, gallery, bus, MEDIA_FOLDER};
+            PageServer server(parts, {0}, limits, "1.2.3");
             bus_ = &bus;
+            parts_ = &parts;
             const std::string address = server.NewLaunchAddress();
             launch_ = address.substr(address.find("/launch"));
             server.Start();
@@ -271,6 +274,7 @@ class RunningPage {
     const TempFolder resources_;
     Handles handles_;
     LibraryBus* bus_ = nullptr;
+    const Site::Parts* parts_ = nullptr;
     std::string launch_;
     std::string cookie_;
     std::string token_;

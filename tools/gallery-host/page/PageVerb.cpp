@@ -15,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string PageFolder() {
-    return (fs::path(KXP::GetExePath()).parent_path().parent_path() / "Resources/page").string();
+std::string InProduct(const char* folder) {
+    return (fs::path(KXP::GetExePath()).parent_path().parent_path() / folder).string();
 }
 
 std::vector<uint16_t> PortsOf(const PageOptions& options) {
@@ -38,7 +38,7 @@ void RunBus(LibraryBus& bus) {
 
 struct Prepared {
     explicit Prepared(const PageOptions& chosen)
-        : options(chosen), table(PageFolder()), browser(chosen.app ? FindAppBrowser() : "") {}
+        : options(chosen), table(InProduct("Resources/page")), browser(chosen.app ? FindAppBrowser() : "") {}
 
     const PageOptions options;
     const StaticTable table;
@@ -51,8 +51,8 @@ void RunPage(Session& session, Output& output, Prepared& prepared) {
     Handles handles;
     GalleryFolder gallery;
     LibraryBus bus(session, handles, gallery);
-    PageServer server({prepared.table, handles, gallery, bus}, PortsOf(prepared.options), ServerLimits(),
-                      prepared.options.version);
+    const Site::Parts parts{prepared.table, handles, gallery, bus, InProduct("Frameworks/dependencies")};
+    PageServer server(parts, PortsOf(prepared.options), ServerLimits(), prepared.options.version);
     output.Write(server.NewLaunchAddress() + "\n");
     std::unique_ptr<AppWindow> window;
     if (prepared.options.app) {
