@@ -10,7 +10,6 @@
 #include <thread>
 #include <vector>
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -26,20 +25,15 @@
 
 namespace host::page {
 
-// Reads wait no longer than this, and then fail the test.
-constexpr int kPatienceSeconds = 20;
-
 class RawClient {
   public:
-    explicit RawClient(uint16_t port, const char* address = "127.0.0.1") {
-        sockaddr_in place{};
-        place.sin_family = AF_INET;
-        place.sin_port = htons(port);
-        inet_pton(AF_INET, address, &place.sin_addr);
+    // 127.0.0.`last`
+    explicit RawClient(uint16_t port, uint32_t last = 1) {
+        const sockaddr_in place{AF_INET, htons(port), {htonl(0x7F000000 + last)}, {}};
         fd_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         const int on = 1;
         setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        const timeval patience{kPatienceSeconds, 0};
+        const timeval patience{20, 0};
         setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
         connected_ = connect(fd_, reinterpret_cast<const sockaddr*>(&place), sizeof place) == 0;
     }
@@ -62,21 +56,10 @@ class RawClient {
         if (got > 0) into.append(bytes, static_cast<size_t>(got));
         return got > 0;
     }
-    std::string ReadToEnd() {
+    // Ends early when there are so many bytes.
+    std::string ReadToEnd(size_t enough = SIZE_MAX) {
         std::string all;
-        while (ReadSome(all)) {
-        }
-        return all;
-    }
-    // One answer: its head and its body by Content-Length.
-    std::string ReadAnswer(bool withBody = true) {
-        std::string all;
-        while (all.find("\r\n\r\n") == std::string::npos)
-            if (!ReadSome(all)) return all;
-        const size_t head = all.find("\r\n\r\n") + 4;
-        const size_t field = all.find("Content-Length: ");
-        const size_t length = withBody && field < head ? std::stoul(all.substr(field + 16)) : 0;
-        while (all.size() < head + length && ReadSome(all)) {
+        while (all.size() < enough && ReadSome(all)) {
         }
         return all;
     }
@@ -90,8 +73,10 @@ inline bool Has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-inline std::string BodyOf(const std::string& answer) {
-    return answer.substr(answer.find("\r\n\r\n") + 4);
+// What follows `before` up to `end`.
+inline std::string Between(const std::string& text, const std::string& before, const std::string& end) {
+    const size_t at = std::min(text.find(before), text.size() - before.size()) + before.size();
+    return text.substr(at, text.find(end, at) - at);
 }
 
 // A client for the WebSocket that knows frames and nothing of their limits.
@@ -108,11 +93,8 @@ class WebSocket : public RawClient {
                         "Sec-WebSocket-Extensions: permessage-deflate\r\n"
                         "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n" +
                         (origin.empty() ? "" : "Origin: " + origin + "\r\n") + "\r\n");
-        while (in_.find("\r\n\r\n") == std::string::npos && ReadSome(in_)) {
+        while (head_.find("\r\n\r\n") == std::string::npos && ReadSome(head_)) {
         }
-        const size_t end = std::min(in_.find("\r\n\r\n") + 4, in_.size());
-        head_ = in_.substr(0, end);
-        in_.erase(0, end);
     }
     explicit WebSocket(uint16_t port) : WebSocket(port, "http://127.0.0.1:" + std::to_string(port)) {}
 
@@ -128,7 +110,7 @@ class WebSocket : public RawClient {
             frame += static_cast<char>(size >> (8 * i));
         RawClient::Send(frame + std::string(4, '\0') + text);
     }
-    // The next message; empty at the end.
+    // The next message, "closed " with the code for one that closes; empty at the end.
     std::string Read() {
         if (!Fill(2)) return {};
         size_t size = static_cast<uint8_t>(in_[1]);
@@ -141,17 +123,11 @@ class WebSocket : public RawClient {
                 size = size << 8 | static_cast<uint8_t>(in_[header]);
         }
         if (!Fill(header + size)) return {};
-        closed_ = (in_[0] & 15) == 8;
+        const bool closes = (in_[0] & 15) == 8;
         const std::string text = in_.substr(header, size);
         in_.erase(0, header + size);
-        return text;
-    }
-    // The code of the next message, a close; 0 for anything else.
-    int ReadCloseCode() {
-        const std::string text = Read();
-        return closed_ && text.size() >= 2
-                   ? static_cast<uint8_t>(text[0]) << 8 | static_cast<uint8_t>(text[1])
-                   : 0;
+        if (!closes || size < 2) return text;
+        return "closed " + std::to_string(static_cast<uint8_t>(text[0]) << 8 | static_cast<uint8_t>(text[1]));
     }
     // Sends the token and returns the answer.
     std::string Open(const std::string& token) {
@@ -172,7 +148,6 @@ class WebSocket : public RawClient {
 
     std::string head_;
     std::string in_;
-    bool closed_ = false;
 };
 
 class RunningPage {
@@ -180,10 +155,11 @@ class RunningPage {
     explicit RunningPage(const ServerLimits& limits = {}) {
         resources_.Write("index.html", "<title>Gallery</title>");
         resources_.Write("assets/app-1.js", "1");
-        home_.folder().MakeFolder("Videos/ZORVEX/Ovirastream/Race");
+        home_.folder().MakeFolder(std::string(kGallery) + "Race");
         std::promise<uint16_t> port;
         thread_ = std::thread([this, limits, &port] { Run(limits, port); });
         port_ = port.get_future().get();
+        Launch(addresses_[0]);
     }
     ~RunningPage() {
         bus_->Quit();
@@ -194,12 +170,14 @@ class RunningPage {
 
     uint16_t port() const { return port_; }
     std::string host() const { return "127.0.0.1:" + std::to_string(port_); }
-    const std::string& launch() const { return launch_; }
-    Handles& handles() { return handles_; }
+    // The target of a launch that was not used yet.
+    const std::string& launch() const { return addresses_[1]; }
     const Site::Parts& parts() const { return *parts_; }
     const TemporaryHome& home() const { return home_; }
-    std::string InGallery(const std::string& name) const {
-        return home_ / ("Videos/ZORVEX/Ovirastream/" + name);
+    std::string InGallery(const std::string& name) const { return home_ / (kGallery + name); }
+    // Writes a file of the gallery and returns its path.
+    std::string Write(const std::string& name, const std::string& bytes) const {
+        return home_.folder().Write(kGallery + name, bytes);
     }
     // The handle that a page would have for a record with that path.
     std::string HandleFor(const std::string& path, const char* type = "image") {
@@ -210,24 +188,17 @@ class RunningPage {
         return Text(record, "handle");
     }
 
-    // "GET target" on a connection of its own, with the server's name and more lines of header.
-    std::string Get(const std::string& target, const std::string& lines = {}, const char* method = "GET") {
+    // The answer to a request on a connection of its own.
+    std::string Get(const std::string& target, const std::string& lines = {},
+                    const char* method = "GET") const {
         RawClient client(port_);
-        client.Send(RequestText(target, lines, method));
-        return client.ReadAnswer(std::string(method) != "HEAD");
+        client.Send(RequestText(target, "Connection: close\r\n" + lines, method));
+        return client.ReadToEnd();
     }
+    // With the server's name and more lines of header.
     std::string RequestText(const std::string& target, const std::string& lines = {},
                             const char* method = "GET") const {
         return std::string(method) + " " + target + " HTTP/1.1\r\nHost: " + host() + "\r\n" + lines + "\r\n";
-    }
-    // The line with the cookie, and the socket's token; from the one launch.
-    void Launch() {
-        const std::string answer = Get(launch_);
-        const size_t at = answer.find("Set-Cookie: ");
-        cookie_ = "Cookie: " + answer.substr(at + 12, answer.find(';', at) - at - 12) + "\r\n";
-        const size_t token = answer.find("socket-token\" content=\"");
-        ASSERT_NE(token, std::string::npos) << answer;
-        token_ = answer.substr(token + 23, 32);
     }
     // Over a socket apart from those under test.
     std::string Ask(const std::string& method, const std::string& payload) {
@@ -240,12 +211,20 @@ class RunningPage {
     // How often the plug-in was sent the method.
     int Seen(const std::string& method) {
         const std::string answer = Ask("CheckDiskSpace", R"({"seen":")" + method + "\"}");
-        return std::stoi("0" + answer.substr(std::min(answer.find("\"seen\":") + 7, answer.size())));
+        return std::stoi(Between(answer, "\"seen\":", ","));
     }
+    // From the launch: the line of header with the cookie, and the socket's token.
     const std::string& cookie() const { return cookie_; }
     const std::string& token() const { return token_; }
 
   private:
+    static constexpr const char* kGallery = "Videos/ZORVEX/Ovirastream/";
+
+    void Launch(const std::string& target) {
+        const std::string answer = Get(target);
+        cookie_ = "Cookie: " + Between(answer, "Set-Cookie: ", ";") + "\r\n";
+        token_ = Between(answer, "socket-token\" content=\"", "\"");
+    }
     void Run(const ServerLimits& limits, std::promise<uint16_t>& port) {
         SessionOptions options;
         options.plugin = FAKE_PLUGIN_PATH;
@@ -260,8 +239,8 @@ class RunningPage {
             PageServer server(parts, {0}, limits, "1.2.3");
             bus_ = &bus;
             parts_ = &parts;
-            const std::string address = server.NewLaunchAddress();
-            launch_ = address.substr(address.find("/launch"));
+            for (std::string& target : addresses_)
+                target = "/launch" + Between(server.NewLaunchAddress() + " ", "/launch", " ");
             server.Start();
             port.set_value(server.port());
             bus.Run();
@@ -275,12 +254,17 @@ class RunningPage {
     Handles handles_;
     LibraryBus* bus_ = nullptr;
     const Site::Parts* parts_ = nullptr;
-    std::string launch_;
+    std::string addresses_[2];
     std::string cookie_;
     std::string token_;
     uint16_t port_ = 0;
     std::unique_ptr<WebSocket> control_;
     std::thread thread_;
+};
+
+// A page that has sent its token.
+struct Tab : WebSocket {
+    explicit Tab(const RunningPage& page) : WebSocket(page.port()) { Open(page.token()); }
 };
 
 }  // namespace host::page
