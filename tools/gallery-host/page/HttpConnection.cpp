@@ -304,6 +304,9 @@ void HttpConnection::Drain() {
 }
 
 void StartConnection(net::ip::tcp::socket socket, Connections& connections) {
+    // Answers are written whole, so gathering small packets only delays them.
+    ErrorCode ignored;
+    socket.set_option(net::ip::tcp::no_delay(true), ignored);
     std::make_shared<HttpConnection>(std::move(socket), connections)->ReadRequest();
 }
 

@@ -100,9 +100,9 @@ class PageServer::Impl {
     Impl(const Site::Parts& parts, const std::vector<uint16_t>& ports, const ServerLimits& limits,
          const std::string& version)
         : limits_(limits), acceptors_(OpenFirst(context_, ports)), pause_(context_) {
-        site_.emplace(parts, port(), RunsOnDisk());
+        site_.emplace(parts, port(), Elsewhere{RunsIn(disk_), RunsIn(media_)});
         connections_.emplace(
-            Connections{*site_, limits_, RunsOnDisk(), ReadyText(version), [this] { AcceptAll(); }});
+            Connections{*site_, limits_, RunsIn(disk_), ReadyText(version), [this] { AcceptAll(); }});
     }
 
     // No handler runs once the threads have ended; then the context drops those that wait.
@@ -110,6 +110,7 @@ class PageServer::Impl {
         context_.stop();
         if (thread_.joinable()) thread_.join();
         disk_.join();
+        media_.join();
         ending_ = true;
         connections_->sockets.clear();
     }
@@ -125,8 +126,8 @@ class PageServer::Impl {
     LaunchTokens& launches() { return site_->launches(); }
 
   private:
-    RunElsewhere RunsOnDisk() {
-        return [this](std::function<void()> work) { net::post(disk_, std::move(work)); };
+    static RunElsewhere RunsIn(net::thread_pool& pool) {
+        return [&pool](std::function<void()> work) { net::post(pool, std::move(work)); };
     }
 
     void Run() {
@@ -171,6 +172,7 @@ class PageServer::Impl {
     const ServerLimits limits_;
     bool ending_ = false;
     net::thread_pool disk_{kDiskThreads};
+    net::thread_pool media_{1};
     std::optional<Site> site_;
     std::optional<Connections> connections_;
     net::io_context context_{1};  // after what its handlers use when they are dropped

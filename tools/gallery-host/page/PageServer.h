@@ -18,7 +18,7 @@ struct ServerLimits {
     size_t sockets = 128;
     size_t requestsPerSocket = 64;  // unanswered; the next ones are not read
     size_t headerBytes = size_t{8} << 10;
-    size_t messageBytes = size_t{1} << 20;
+    size_t messageBytes = size_t{256} << 10;
     std::chrono::milliseconds header{10000};    // for a whole request, from its first byte
     std::chrono::milliseconds idle{60000};      // between requests
     std::chrono::milliseconds progress{60000};  // for each part of an answer to be taken

@@ -87,6 +87,7 @@ void PageSocket::Accept(const http::request<http::empty_body>& request) {
     stream_.set_option(websocket::stream_base::decorator([fields](websocket::response_type& response) {
         for (const auto& [name, value] : fields)
             response.set(name, value);
+        response.set(http::field::server, "gallery-host");
     }));
     stream_.async_accept(request, [self = shared_from_this()](const ErrorCode& error) {
         if (error)

@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <vector>
 
+#include <malloc.h>
+
 #include "common/product/Profile.h"
 #include "gallery-host/message/MessageSocket.h"
 #include "gallery-host/page/AppWindow.h"
@@ -15,8 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string PageFolder() {
-    return (fs::path(KXP::GetExePath()).parent_path().parent_path() / "Resources/page").string();
+std::string InProduct(const char* folder) {
+    return (fs::path(KXP::GetExePath()).parent_path().parent_path() / folder).string();
 }
 
 std::vector<uint16_t> PortsOf(const PageOptions& options) {
@@ -36,9 +38,17 @@ void RunBus(LibraryBus& bus) {
     }
 }
 
+// A list of all captures takes tens of megabytes for a moment. Left to themselves, the allocator's pools
+// would keep as much in each thread that has once handled one.
+void ReturnLargeBlocks() {
+    constexpr int kLargeBlock = 1 << 20;
+    mallopt(M_MMAP_THRESHOLD, kLargeBlock);
+    mallopt(M_ARENA_MAX, 2);
+}
+
 struct Prepared {
     explicit Prepared(const PageOptions& chosen)
-        : options(chosen), table(PageFolder()), browser(chosen.app ? FindAppBrowser() : "") {}
+        : options(chosen), table(InProduct("Resources/page")), browser(chosen.app ? FindAppBrowser() : "") {}
 
     const PageOptions options;
     const StaticTable table;
@@ -51,8 +61,8 @@ void RunPage(Session& session, Output& output, Prepared& prepared) {
     Handles handles;
     GalleryFolder gallery;
     LibraryBus bus(session, handles, gallery);
-    PageServer server({prepared.table, handles, gallery, bus}, PortsOf(prepared.options), ServerLimits(),
-                      prepared.options.version);
+    const Site::Parts parts{prepared.table, handles, gallery, bus, InProduct("Frameworks/dependencies")};
+    PageServer server(parts, PortsOf(prepared.options), ServerLimits(), prepared.options.version);
     output.Write(server.NewLaunchAddress() + "\n");
     std::unique_ptr<AppWindow> window;
     if (prepared.options.app) {
@@ -71,6 +81,7 @@ void RunPage(Session& session, Output& output, Prepared& prepared) {
 }  // namespace
 
 std::function<void(Session&, Output&)> PreparePage(const PageOptions& options) {
+    ReturnLargeBlocks();
     const auto prepared = std::make_shared<Prepared>(options);
     return [prepared](Session& session, Output& output) { RunPage(session, output, *prepared); };
 }

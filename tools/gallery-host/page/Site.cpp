@@ -11,19 +11,30 @@
 namespace host::page {
 namespace {
 
-// The rest of the path if it begins with `route`.
-std::optional<std::string> After(const std::string& path, std::string_view route) {
-    if (path.compare(0, route.size(), route) != 0) return std::nullopt;
-    return path.substr(route.size());
+enum class Route { kMedia, kThumb, kKeyframes };
+
+struct CaptureRoute {
+    std::string_view prefix;
+    Route route;
+};
+
+constexpr CaptureRoute kCaptureRoutes[] = {
+    {"/media/", Route::kMedia}, {"/thumb/", Route::kThumb}, {"/keyframes/", Route::kKeyframes}};
+
+const CaptureRoute* FindRoute(const std::string& path) {
+    for (const CaptureRoute& route : kCaptureRoutes)
+        if (path.compare(0, route.prefix.size(), route.prefix) == 0) return &route;
+    return nullptr;
 }
 
 }  // namespace
 
-Site::Site(const Parts& parts, uint16_t port, RunElsewhere runElsewhere)
+Site::Site(const Parts& parts, uint16_t port, Elsewhere elsewhere)
     : parts_(parts),
-      runElsewhere_(std::move(runElsewhere)),
+      elsewhere_(std::move(elsewhere)),
       socketToken_(NewSecret()),
-      rules_(port, NewSecret()) {}
+      rules_(port, NewSecret()),
+      keyframes_(parts.mediaFolder) {}
 
 void Site::Answer(const HttpRequest& request, const Ticket& ticket, Respond respond) {
     if (std::optional<HttpReply> refusal = rules_.Refuse(request)) {
@@ -62,26 +73,36 @@ HttpReply Site::Launch(const HttpRequest& request, const Target& target) {
 
 bool Site::AnswerForCapture(const HttpRequest& request, const Target& target, const Ticket& ticket,
                             const Respond& respond) {
-    const std::optional<std::string> media = After(target.path, "/media/");
-    const std::optional<std::string> thumb = After(target.path, "/thumb/");
-    if (!media && !thumb) return false;
+    const CaptureRoute* const route = FindRoute(target.path);
+    if (!route) return false;
     if (!rules_.HasCookie(request)) {
         respond(TextReply(403, "the browser was not launched"));
         return true;
     }
-    const std::string handle = media ? *media : *thumb;
-    std::optional<Capture> capture = parts_.handles.Find(handle);
-    if (!capture) {
+    const std::string handle = target.path.substr(route->prefix.size());
+    const std::optional<Capture> capture = parts_.handles.Find(handle);
+    if (!capture)
         respond(TextReply(404, "there is no such capture"));
-    } else if (thumb) {
+    else if (route->route == Route::kThumb)
         AnswerThumb(request, target, {handle, capture->path}, parts_.bus, ticket, respond);
-    } else {
-        runElsewhere_([&gallery = parts_.gallery, request, capture = std::move(*capture), respond,
-                       ref = TicketRef(ticket)] {
-            if (!ref.expired()) respond(MediaReply(request, capture, gallery));
-        });
-    }
+    else if (route->route == Route::kKeyframes)
+        AnswerKeyframes(*capture, ticket, respond);
+    else
+        AnswerMedia(request, *capture, ticket, respond);
     return true;
+}
+
+void Site::AnswerMedia(const HttpRequest& request, const Capture& capture, const Ticket& ticket,
+                       const Respond& respond) const {
+    elsewhere_.disk([&gallery = parts_.gallery, request, capture, respond, ref = TicketRef(ticket)] {
+        if (!ref.expired()) respond(MediaReply(request, capture, gallery));
+    });
+}
+
+void Site::AnswerKeyframes(const Capture& capture, const Ticket& ticket, const Respond& respond) {
+    elsewhere_.media([this, capture, respond, ref = TicketRef(ticket)] {
+        if (!ref.expired()) respond(keyframes_.Answer(capture, parts_.gallery, ref));
+    });
 }
 
 }  // namespace host::page
