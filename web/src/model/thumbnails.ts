@@ -74,8 +74,9 @@ export class Thumbnails {
         this.next();
     }
 
-    /** While the connection is lost, failures say nothing about files. */
+    /** While the connection is lost, failures say nothing about files, nor do those of just before. */
     pause(paused: boolean): void {
+        if (this.paused && !paused) this.broken.clear();
         this.paused = paused;
         this.next();
     }
