@@ -35,7 +35,7 @@ const axe = readFileSync("node_modules/axe-core/axe.min.js", "utf8");
 export class Site {
     readonly folder = mkdtempSync(join(tmpdir(), "gallery-page-"));
     home = this.folder;
-    private server: ChildProcess | null = null;
+    private host: ChildProcess | null = null;
     private launch = "";
     private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
 
@@ -75,31 +75,45 @@ export class Site {
 
     /** Starts the server. */
     async start(): Promise<void> {
-        const home = this.home;
-        const env = { PATH: process.env["PATH"], HOME: home, XDG_DATA_HOME: join(home, ".local/share") };
-        this.server = spawn(host, ["page", "--no-open", "--port", "0"], {
-            env,
-            stdio: ["ignore", "pipe", "inherit"],
-        });
-        const [line] = (await once(createInterface(this.server.stdout!), "line")) as [string];
+        const server = this.run(["page", "--no-open", "--port", "0"]);
+        const [line] = (await once(createInterface(server.stdout!), "line")) as [string];
         this.launch = line.trim();
+    }
+
+    /** Loads the library without a server; its messages are lines. */
+    serve(onLine: (line: string) => void): ChildProcess {
+        const library = this.run(["serve"]);
+        createInterface(library.stdout!).on("line", onLine);
+        return library;
+    }
+
+    private run(words: string[]): ChildProcess {
+        const { home } = this;
+        const env = { PATH: process.env["PATH"], HOME: home, XDG_DATA_HOME: join(home, ".local/share") };
+        this.host = spawn(host, words, { env, stdio: ["pipe", "pipe", "ignore"] });
+        return this.host;
+    }
+
+    /** A page in a browser of its own that shows nothing yet. */
+    async blankPage(options: BrowserContextOptions = {}): Promise<Page> {
+        const context = await browser!.newContext({ ...desktop, ...options, ...this.known });
+        context.setDefaultTimeout(10_000);
+        return context.newPage();
     }
 
     /** Opens the page in a browser of its own; the address that the server prints works only the first time. */
     async open(options: BrowserContextOptions = {}): Promise<Page> {
-        const context = await browser!.newContext({ ...desktop, ...options, ...this.known });
-        context.setDefaultTimeout(10_000);
-        const page = await context.newPage();
+        const page = await this.blankPage(options);
         await page.goto(this.known ? new URL("/", this.launch).href : this.launch);
         await page.getByRole("main").waitFor();
-        this.known ??= { storageState: await context.storageState() };
+        this.known ??= { storageState: await page.context().storageState() };
         return page;
     }
 
     async stop(): Promise<void> {
-        if (this.server?.exitCode === null) {
-            this.server.kill("SIGINT");
-            await once(this.server, "exit");
+        if (this.host?.exitCode === null) {
+            this.host.kill("SIGINT");
+            await once(this.host, "exit");
         }
         rmSync(this.folder, { recursive: true, force: true });
     }

@@ -24,6 +24,7 @@ const LAST_DELAY_MS = 8000;
 export class Socket implements Carrier {
     ready = false;
     private socket: WebSocket | null = null;
+    private token: string | null = null;
     private delay = FIRST_DELAY_MS;
     private timer: ReturnType<typeof setTimeout> | undefined;
 
@@ -33,7 +34,9 @@ export class Socket implements Carrier {
     ) {
         // Somebody who looks at the page again, or whose network is back, does not wait for the next attempt.
         for (const event of ["online", "focus"]) window.addEventListener(event, () => this.retryNow());
-        window.addEventListener("storage", (event) => event.key === TOKEN_KEY && this.connect());
+        window.addEventListener("storage", ({ key, newValue }) => {
+            if (key === TOKEN_KEY && newValue !== null && newValue !== this.token) this.connect();
+        });
         // The page goes: its queries end without a word, as in the container.
         window.addEventListener("pagehide", () => this.drop());
         window.addEventListener("pageshow", (event) => event.persisted && this.connect());
@@ -47,7 +50,7 @@ export class Socket implements Carrier {
     connect(): void {
         this.drop();
         this.handlers.onLost();
-        const token = localStorage.getItem(TOKEN_KEY);
+        const token = (this.token = localStorage.getItem(TOKEN_KEY));
         if (!token) return this.handlers.onRefused(REFUSED, "The page has no token");
         const socket = new WebSocket(this.address);
         this.socket = socket;
