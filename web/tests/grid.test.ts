@@ -12,6 +12,11 @@ const empty = new Site();
 // Enough that most are out of view; with the samples' own in three games.
 const LAPS = 400;
 const SAMPLES = 15;
+// Captures in a row: as many more move all that come after them.
+const ROW = 7;
+
+const addRow = (name: string, minute: number): string[] =>
+    Array.from({ length: ROW }, (_, place) => site.add(`Laps/${name} ${place}.png`, minute + place));
 
 before(async () => {
     site.addSamples();
@@ -120,19 +125,20 @@ pageTest("what one looks at stays where it is while captures come and go", site,
     await cell(page, "Lap 270").waitFor();
     const seen = await firstSeen(page);
     const top = await topOf(page, seen);
-    const added = [site.add("Laps/New.png", LAPS + 1), site.add("Laps/Earlier.png", LAPS - 20)];
-    await page.getByRole("button", { name: "2 new" }).waitFor();
+    const added = addRow("New", LAPS + 1);
+    const earlier = site.add("Laps/Earlier.png", LAPS - 20);
+    await page.getByRole("button", { name: `${ROW + 1} new` }).waitFor();
     assert.equal(await topOf(page, seen), top);
     await expectAccessible(page);
-    await page.getByRole("button", { name: "2 new" }).click();
-    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("New, "));
+    await page.getByRole("button", { name: "new" }).click();
+    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("New 6, "));
     await cell(page, "Earlier").waitFor();
     await page.getByRole("button", { name: "new" }).waitFor({ state: "detached" });
     // The focus goes to what takes the place of a capture that goes.
-    rmSync(added[0]!);
+    for (const path of added) rmSync(path);
     await loaded(page, LAPS + SAMPLES + 1);
     await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Lap 399, "));
-    rmSync(added[1]!);
+    rmSync(earlier);
     await loaded(page, LAPS + SAMPLES);
 });
 
@@ -206,14 +212,14 @@ pageTest("after the connection was lost the page catches up in its place", site,
     await cell(page, "Lap 270").waitFor();
     const seen = await firstSeen(page);
     const top = await topOf(page, seen);
-    const path = site.add("Laps/Meanwhile.png", LAPS + 3);
+    const added = addRow("Meanwhile", LAPS + 1);
     await connections[0]!.close({ code: 1012 });
     await page.getByText("The connection was lost").waitFor();
     await expectAccessible(page);
-    await loaded(page, LAPS + SAMPLES + 1);
+    await loaded(page, LAPS + SAMPLES + ROW);
     await page.getByText("The connection was lost").waitFor({ state: "detached" });
     assert.equal(await topOf(page, seen), top);
-    rmSync(path);
+    for (const path of added) rmSync(path);
     await loaded(page, LAPS + SAMPLES);
     await connections[1]!.close({ code: 4401 });
     await page.getByText("an earlier start").waitFor();

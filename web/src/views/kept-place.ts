@@ -11,9 +11,15 @@ interface Anchor {
 export class KeptPlace {
     // All rows that are seen, because the first ones can be the next to go.
     private anchors: Anchor[] = [];
+    private top = 0;
 
-    /** `top` is the height of the layout at which the view begins. */
+    /**
+     * `top` is the height of the layout at which the view begins. While nobody scrolls, the anchors stay the same: new
+     * ones after each change would let what one looks at drift from row to row.
+     */
     remember(rows: readonly Row[], { arrangement }: Gallery, layout: Layout, top: number): void {
+        if (this.anchors.length > 0 && Math.abs(top - this.top) < 1) return;
+        this.top = top;
         const seen = rows.filter((row) => row.count > 0 && row.top + layout.cellHeight > top);
         this.anchors = seen.map((row) => ({ path: arrangement.at(row.first)!.path, offset: row.top - top }));
     }
@@ -23,8 +29,9 @@ export class KeptPlace {
         for (const { path, offset } of this.anchors) {
             const capture = captures.get(path);
             const index = capture ? arrangement.indexOf(capture) : -1;
-            if (index >= 0) return layout.topOf(index) - offset;
+            if (index >= 0) return (this.top = layout.topOf(index) - offset);
         }
+        this.anchors = [];
         return null;
     }
 }
