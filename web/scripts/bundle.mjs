@@ -20,6 +20,8 @@ export async function withBundles(files, run) {
             packages: "external",
             platform: "node",
             target: "node18",
+            // Browsers have it; Node.js 18 does not.
+            banner: { js: 'import { webcrypto } from "node:crypto"; globalThis.crypto ??= webcrypto;' },
             format: "esm",
             sourcemap: "inline",
             metafile: true,
