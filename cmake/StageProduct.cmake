@@ -5,6 +5,7 @@ set(PRODUCT_HOST_DIR "${PRODUCT_ROOT}/Contents/MacOS")
 set(PRODUCT_PLUGIN_DIR "${PRODUCT_ROOT}/Contents/Frameworks/plugins/Gallery")
 set(PRODUCT_DEPENDENCIES_DIR "${PRODUCT_ROOT}/Contents/Frameworks/dependencies")
 set(PRODUCT_DATA_DIR "${PRODUCT_ROOT}/Contents/Resources/data")
+set(PRODUCT_PAGE_DIR "${PRODUCT_ROOT}/Contents/Resources/page")
 
 # stage_target(<target> <folder> [<run path>]): the target is built into <folder> of the product root.
 function(stage_target target folder)

@@ -19,6 +19,7 @@ import pathlib
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CATALOGUE = ROOT / "src/plugin-modules/Gallery/plugin/ApiCatalogue.json"
 BEHAVIOUR = ROOT / "scripts/api-behaviour.json"
+REFERENCE = "#/definitions/"  # what a "$ref" begins with; the rest is the name of a type
 
 
 def _renamed(properties, old, new):
@@ -75,3 +76,16 @@ def definitions():
     for row in json.loads(BEHAVIOUR.read_text(encoding="utf-8"))["rows"]:
         _apply(found, row)
     return found
+
+
+def group(schema):
+    """What a definition is: "Requests", "Notifications" or "Types"."""
+    return "Notifications" if "persistent" in schema else "Requests" if "isCommand" in schema else "Types"
+
+
+def meaning(schema):
+    """Description and note in one text, or nothing."""
+    description, note = schema.get("description", ""), schema.get("note", "")
+    if description and note and not description.endswith("."):
+        description += "."
+    return f"{description} {note}".strip()

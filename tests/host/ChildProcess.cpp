@@ -40,7 +40,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
     // What this process ignores, SIGPIPE above all, would be ignored by the child.
     std::vector<std::string> words = {"env", "--default-signal", "-u", "NO_COLOR"};
     words.insert(words.end(), options.environment.begin(), options.environment.end());
-    words.emplace_back(GALLERY_HOST);
+    words.push_back(options.program);
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers(words.size() + 1);
     std::transform(words.begin(), words.end(), pointers.begin(),

@@ -11,6 +11,7 @@ class ChildProcess {
   public:
     struct Options {
         std::vector<std::string> environment;  // "NAME=value", over this process's own
+        std::string program = GALLERY_HOST;
     };
 
     ChildProcess(const std::vector<std::string>& arguments, const Options& options);

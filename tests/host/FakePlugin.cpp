@@ -40,6 +40,8 @@ struct Fake {
     ZvCefPluginCallback callback;
     void* context;
     std::map<std::string, std::vector<std::string>> subscribers;
+    std::map<std::string, int> seen;     // requests by method
+    std::vector<std::string> held;       // requests that wait for one to release them
     boost::asio::thread_pool worker{1};  // last: its tasks use the rest
 };
 std::unique_ptr<Fake> fake;
@@ -135,6 +137,22 @@ void Change(const std::string& method, const KXP::Value& payload) {
     std::ofstream(payload[member].GetString(), std::ios::app) << "changed";
 }
 
+void Handle(const std::string& text);
+
+// Keeps a request that says "held" until one says "release", which is then handled last.
+bool TakeHeld(const std::string& text) {
+    if (text.find("\"release\"") != std::string::npos) {
+        std::vector<std::string> held;
+        held.swap(fake->held);
+        for (std::string& one : held)
+            Handle(one.replace(one.find("held"), 4, "kept"));
+        return false;
+    }
+    if (text.find("held") == std::string::npos) return false;
+    fake->held.push_back(text);
+    return true;
+}
+
 void Handle(const std::string& text) {
     if (Behaves("reverses") && text.find("CopyFile") != std::string::npos) {
         // The answer to the first of two comes after the answer to the second.
@@ -148,6 +166,7 @@ void Handle(const std::string& text) {
     KXP::Document request;
     KXP::ParseJSON(text, request);
     const std::string method = request["method"].GetString();
+    if (TakeHeld(text)) return;
     Change(method, request["payload"]);
     if (request["type"].GetInt() == 3073) {
         fake->subscribers[method].emplace_back(request["uniqueid"].GetString());
@@ -156,6 +175,9 @@ void Handle(const std::string& text) {
     }
     if (method == "Never") return;
     std::string payload = ToText(request["payload"]);
+    if (request["payload"].HasMember("seen"))
+        payload = "{\"seen\":" + std::to_string(fake->seen[request["payload"]["seen"].GetString()]) + "}";
+    if (request["payload"].HasMember("notify")) Notify(request["payload"]["notify"].GetString());
     if (method == "Notify") Notify(request["payload"]["method"].GetString());
     if (method == "Log") {
         Send(ZvCefPluginLog, "a line with \x1b[31mcolour");
@@ -209,7 +231,10 @@ int OnJsonMessage(const char* json) {
     if (method == "ThrowOdd") throw 42;
     while (method == "Hang")
         pause();
-    boost::asio::post(fake->worker, [text = std::string(json)] { Handle(text); });
+    boost::asio::post(fake->worker, [method, text = std::string(json)] {
+        ++fake->seen[method];
+        Handle(text);
+    });
     return 0;
 }
 

@@ -30,7 +30,7 @@ constexpr const char* kJsonHelp = "print JSON, for programs";
 // Sets `chosen` to `prepare` if the command line names the subcommand.
 void Choose(CLI::App& subcommand, Prepare& chosen, Prepare prepare);
 
-// call, list, serve, watch and demo.
+// call, list, serve, watch, page and demo.
 void AddHostVerbs(CLI::App& app, Prepare& chosen);
 // recent, stats, show, thumb, cp, mv, rm, drives and settings.
 void AddCaptureVerbs(CLI::App& app, Prepare& chosen);

@@ -1,4 +1,4 @@
-// The command line of call, list, serve, watch and demo.
+// The command line of call, list, serve, watch, page and demo.
 #include <memory>
 #include <string>
 
@@ -6,6 +6,7 @@
 
 #include "gallery-host/base/Paths.h"
 #include "gallery-host/commandline/CommandLine.h"
+#include "gallery-host/page/PageVerb.h"
 #include "gallery-host/verbs/Demo.h"
 #include "gallery-host/verbs/GalleryList.h"
 #include "gallery-host/verbs/Serve.h"
@@ -45,6 +46,11 @@ constexpr const char* kWatchFooter =
 A notification of another form is shown as its name and its payload. With --json each line is
   {"notification":"GalleryNotifications","payload":{"galleryIsFull":true}}
 Ctrl-C ends it with exit status 0, or with 130 if there were fewer notifications than --count.
+)";
+
+constexpr const char* kPageFooter =
+    R"(It prints an address that opens the page once, within five minutes, and leads the user's browser to it. Only this
+computer can reach the server, and of its users only who has the address. Ctrl-C ends it with exit status 0.
 )";
 
 void AddCall(CLI::App& app, Prepare& chosen) {
@@ -118,6 +124,35 @@ void AddWatch(CLI::App& app, Prepare& chosen) {
     });
 }
 
+void AddPage(CLI::App& app, Prepare& chosen) {
+    struct Arguments {
+        bool noOpen = false;
+        bool app = false;
+        uint16_t port = 0;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* page = app.add_subcommand("page", "Show the gallery in a browser.");
+    CLI::Option* noOpen = page->add_flag("--no-open", arguments->noOpen, "only print the address");
+    CLI::Option* port =
+        page->add_option("--port", arguments->port,
+                         "this port and no other, 0 for any free one; by default the first free one of " +
+                             std::to_string(page::kFirstPort) + " to " +
+                             std::to_string(page::kFirstPort + page::kPorts - 1))
+            ->type_name("N");
+    page->add_flag("--app", arguments->app,
+                   "open a window of its own in Chromium; the program ends when it is closed")
+        ->excludes(noOpen);
+    page->footer(kPageFooter);
+    Choose(*page, chosen, [arguments, port](const Preparation&) -> Job {
+        page::PageOptions options;
+        if (port->count() > 0) options.port = arguments->port;
+        options.open = !arguments->noOpen;
+        options.app = arguments->app;
+        options.version = GALLERY_VERSION;
+        return page::PreparePage(options);
+    });
+}
+
 void AddDemo(CLI::App& app, Prepare& chosen) {
     const auto keep = std::make_shared<bool>(false);
     CLI::App* demo = app.add_subcommand(
@@ -139,6 +174,7 @@ void AddHostVerbs(CLI::App& app, Prepare& chosen) {
     AddList(app, chosen);
     AddServe(app, chosen);
     AddWatch(app, chosen);
+    AddPage(app, chosen);
     AddDemo(app, chosen);
 }
 

@@ -36,6 +36,7 @@ constexpr const char* kFooter = R"(Examples:
   gallery-host cp *.mp4 /media/me/stick/
   gallery-host settings set --cap on --cap-percent 50
   gallery-host watch
+  gallery-host page
   gallery-host demo
   gallery-host cp --help
 

@@ -27,6 +27,7 @@ MediaLibrary::MediaLibrary(const std::string& folder) {
     Find(library, "OvnxMediaVideoFrame", videoFrame);
     Find(library, "OvnxMediaRelease", release);
     Find(library, "OvnxMediaRemux", remux);
+    Find(library, "OvnxMediaKeyframes", keyframes);
 }
 
 }  // namespace ovnxmedia

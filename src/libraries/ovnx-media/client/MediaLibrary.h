@@ -18,6 +18,7 @@ struct MediaLibrary {
     decltype(&OvnxMediaVideoFrame) videoFrame = nullptr;
     decltype(&OvnxMediaRelease) release = nullptr;
     decltype(&OvnxMediaRemux) remux = nullptr;
+    decltype(&OvnxMediaKeyframes) keyframes = nullptr;
 };
 
 }  // namespace ovnxmedia

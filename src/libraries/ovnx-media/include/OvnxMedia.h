@@ -103,6 +103,23 @@ struct OvnxMediaRemuxRequest {
 __attribute__((visibility("default"))) int32_t OvnxMediaRemux(int input, int output,
                                                               const struct OvnxMediaRemuxRequest* request);
 
+/* The times of a video's keyframes, in units of 100 ns, ascending, in memory of the caller. */
+struct OvnxMediaKeyframeList {
+    int64_t* times;
+    size_t capacity; /* of `times`; a video with more keyframes is over the limit */
+    /* As in OvnxMediaRequest. */
+    int (*stop)(void* context);
+    void* context;
+    /* Filled by the call. */
+    size_t count;
+    int64_t frame; /* the mean time from one frame to the next */
+};
+
+/* Lists the keyframes of an MP4 file by its tables and decodes nothing. A file in fragments, which has no
+ * such tables, is of unknown format. Returns a status of enum OvnxMediaStatus and fills the last two members
+ * only on success. */
+__attribute__((visibility("default"))) int32_t OvnxMediaKeyframes(int fd, struct OvnxMediaKeyframeList* list);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,97 @@
+// gallery-host page: what it prints and opens, and how it ends.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/host/HostRun.h"
+#include "tests/support/TemporaryHome.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A product root with a page, and programs of the desktop that write to a pipe what they are given.
+class PageVerb : public testing::Test {
+  protected:
+    PageVerb() {
+        const fs::path built = fs::path(GALLERY_HOST).parent_path().parent_path();
+        home_.folder().MakeFolder("Contents/MacOS");
+        fs::copy_file(GALLERY_HOST, program_);
+        fs::create_symlink(built / "Frameworks", home_ / "Contents/Frameworks");
+        home_.folder().Write("Contents/Resources/page/index.html", "<p>");
+        home_.folder().MakeFolder("run");
+        EXPECT_EQ(mkfifo((home_ / "told").c_str(), 0600), 0);
+        told_ = open((home_ / "told").c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+    }
+    ~PageVerb() override { close(told_); }
+
+    ChildProcess::Options WithProgram(const std::string& name, const std::string& script) const {
+        const std::string path = home_.folder().Write("bin/" + name, "#!/bin/sh\n" + script + "\n");
+        fs::permissions(path, fs::perms::owner_all);
+        return Environment((home_ / "bin") + ":/usr/bin:/bin");
+    }
+    ChildProcess::Options Environment(const std::string& path) const {
+        return {{"PATH=" + path, "XDG_RUNTIME_DIR=" + (home_ / "run"), "TOLD=" + (home_ / "told")}, program_};
+    }
+    std::string ReadTold() const {
+        std::string text;
+        for (pollfd waiting{told_, POLLIN, 0}; text.empty() || text.back() != '\n';) {
+            char bytes[4096];
+            if (poll(&waiting, 1, 60000) != 1) return text;
+            const ssize_t got = read(told_, bytes, sizeof bytes);
+            if (got > 0) text.append(bytes, static_cast<size_t>(got));
+        }
+        return text;
+    }
+
+    const TemporaryHome home_;
+    const std::string program_ = home_ / "Contents/MacOS/gallery-host";
+    int told_ = -1;
+};
+
+TEST_F(PageVerb, LeadsTheBrowserThereByAFileOfTheUsersOwn) {
+    const auto environment =
+        WithProgram("xdg-open", R"sh(echo "$1 $(stat -c %a "$1") $(cat "$1")" >"$TOLD")sh");
+    ChildProcess child(WithFake({"page", "--port", "0"}), environment);
+    ASSERT_TRUE(child.ReadOutUntil("\n")) << child.err;
+    EXPECT_EQ(child.out.find("http://127.0.0.1:"), 0u);
+    const std::string told = ReadTold();
+    EXPECT_EQ(told.find(home_ / "run/gallery-page-"), 0u) << told;
+    for (const char* part : {".html 600 ", "url=http://127.0.0.1:", "/launch?token="})
+        EXPECT_TRUE(Contains(told, part)) << told;
+    EXPECT_FALSE(Contains(told, child.out.substr(0, child.out.size() - 1))) << "the printed one works, too";
+    child.Signal(SIGINT);
+    EXPECT_EQ(child.Wait(), 0) << child.err;
+    EXPECT_TRUE(fs::is_empty(home_ / "run"));
+}
+
+TEST_F(PageVerb, AWindowOfItsOwnEndsTheProgram) {
+    ChildProcess child(WithFake({"page", "--app", "--port", "0"}),
+                       WithProgram("chromium", R"(echo "$@" >"$TOLD")"));
+    const std::string told = ReadTold();
+    EXPECT_EQ(told.find("--app=file://"), 0u) << told;
+    EXPECT_TRUE(Contains(told, " --user-data-dir=" + (home_ / "data/ZORVEX/OvirastreamX/PageProfile-")));
+    EXPECT_FALSE(Contains(told, "token"));
+    EXPECT_EQ(child.Wait(), 0) << child.err;
+    EXPECT_TRUE(fs::is_empty(home_ / "run"));
+}
+
+TEST_F(PageVerb, SaysWhatIsMissing) {
+    const auto run = [this](const std::vector<std::string>& arguments) {
+        ChildProcess child(WithFake(arguments), Environment("/nowhere"));
+        const int status = child.Wait();
+        return std::to_string(status) + " " + child.err;
+    };
+    EXPECT_EQ(run({"page", "--app"}), "1 gallery-host: --app needs Chromium, which is not installed\n");
+    fs::remove_all(home_ / "Contents/Resources");
+    const std::string missing = run({"page", "--no-open"});
+    EXPECT_TRUE(Contains(missing, "1 gallery-host: the page is not in ") && Contains(missing, "npm"))
+        << missing;
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+#include "gallery-host/page/HostMethods.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include "common/results/RetVal.h"
+#include "common/system/System.h"
+#include "gallery-host/message/Envelope.h"
+
+namespace host::page {
+namespace {
+
+constexpr const char* kOpenFolder = "OpenFolder";
+constexpr const char* kOpenInPlayer = "OpenInPlayer";
+
+// The shell leaves the opener behind, which may stay as long as what it opens.
+constexpr const char* kOpener =
+    "command -v xdg-open >/dev/null || exit 127; xdg-open \"$1\" </dev/null >/dev/null 2>&1 &";
+
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
+}
+
+KXP::Document Response(const std::string& method, int32_t code, const char* text) {
+    KXP::Document payload = MakeTexts({{"_return_status", text}});
+    payload.AddMember("_return_code", code, payload.GetAllocator());
+    payload.AddMember("_return_internal", 0, payload.GetAllocator());
+    KXP::Document response = MakeRequest(method, payload);
+    SetText(response, "system", kSourceSystem);
+    SetText(response, "module", "Host");
+    response.RemoveMember("uniqueid");
+    return response;
+}
+
+}  // namespace
+
+const std::vector<std::string>& HostMethodNames() {
+    static const std::vector<std::string> names = {kOpenFolder, kOpenInPlayer};
+    return names;
+}
+
+KXP::Document HostMethods::Answer(const std::string& method, const KXP::Value& payload) const {
+    const std::string path = Text(payload, "file");
+    struct stat status {};
+    // Only what a page was shown, and only where it still is a file of the gallery.
+    if (!handles_.Knows(path)) return Response(method, KXP::Code::kNotFound, "Not a capture on record");
+    const bool there = gallery_.Open(path, status).IsOpen();
+    if (!there && method == kOpenInPlayer)
+        return Response(method, KXP::Code::kNotFound, "The file is not in the gallery");
+    const bool opened = OpenWithDesktop(method == kOpenFolder ? FolderOf(path) : path);
+    if (!opened) return Response(method, KXP::Code::kFailure, "The desktop has no program to open it");
+    return Response(method, 0, "Success");
+}
+
+bool OpenWithDesktop(const std::string& path) {
+    posix_spawnattr_t attributes;
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_init(&attributes);
+    posix_spawn_file_actions_init(&actions);
+    posix_spawnattr_setflags(&attributes,
+                             static_cast<short>(POSIX_SPAWN_SETSID | KXP::Platform::kSpawnCloses));
+    // A program that stays would keep the server's port.
+    KXP::Platform::CloseOtherDescriptors(&actions);
+    const char* const argv[] = {"sh", "-c", kOpener, "sh", path.c_str(), nullptr};
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, "/bin/sh", &actions, &attributes, const_cast<char* const*>(argv),
+                                  KXP::Platform::Environment());
+    posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
+    if (error != 0) return false;
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0)
+        if (errno != EINTR) return false;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+}  // namespace host::page

@@ -1,0 +1,46 @@
+// Builds the page: node scripts/build.mjs FOLDER. The folder is made anew, and holds what the server serves.
+import { build } from "esbuild";
+import { mkdir, readFile, rm, writeFile } from "node:fs/promises";
+import { basename, join } from "node:path";
+import { fileURLToPath } from "node:url";
+
+const source = fileURLToPath(new URL("../src/", import.meta.url));
+const folder = process.argv[2];
+if (!folder) throw new Error("usage: node scripts/build.mjs FOLDER");
+
+const common = {
+    bundle: true,
+    minify: true,
+    target: "chrome120",
+    legalComments: "none",
+    logLevel: "warning",
+};
+
+await rm(folder, { recursive: true, force: true });
+await mkdir(folder, { recursive: true });
+
+// Names with a hash, so that browsers may keep them for ever.
+const { metafile } = await build({
+    ...common,
+    entryPoints: { page: join(source, "shell/main.ts"), styles: join(source, "styles/page.css") },
+    entryNames: "[name]-[hash]",
+    outdir: join(folder, "assets"),
+    format: "esm",
+    metafile: true,
+});
+const outputs = Object.keys(metafile.outputs).map((path) => basename(path));
+const outputOf = (ending) => outputs.find((name) => name.endsWith(ending));
+
+// The server, and pages that were opened before, know these by name.
+await build({
+    ...common,
+    entryPoints: { cefquery: join(source, "shim/main.ts"), launch: join(source, "shim/launch.ts") },
+    outdir: folder,
+    format: "iife",
+});
+
+const index = await readFile(join(source, "shell/index.html"), "utf8");
+await writeFile(
+    join(folder, "index.html"),
+    index.replace("{{page.js}}", outputOf(".js")).replace("{{page.css}}", outputOf(".css")),
+);

@@ -1,0 +1,54 @@
+// The requests and notifications of the gallery, typed.
+import { makeEnvelope, payloadOf, PERSISTENT, type ApiError } from "./envelope.js";
+import { ask, listen, type Channel } from "./query.js";
+import type { Notifications, Requests } from "./types.js";
+
+/** The host's own methods; which of them a host offers is in `HostInfo`. */
+export interface HostRequests {
+    OpenFolder: { file: string };
+    OpenInPlayer: { file: string };
+}
+
+/** What the server that shows the page offers beyond the gallery. The container offers nothing. */
+export interface HostInfo {
+    readonly methods: readonly string[];
+    readonly version: string;
+}
+
+type Parameters<M extends keyof Requests> = Requests[M]["parameters"];
+type Response<M extends keyof Requests> = Requests[M]["response"];
+type News<N extends keyof Notifications> = Notifications[N]["response"];
+
+export interface NewsListener<N extends keyof Notifications> {
+    onNews(news: News<N>): void;
+    onGap(): void;
+    onEnd(error: ApiError): void;
+}
+
+export class Client {
+    constructor(
+        private readonly channel: Channel,
+        private readonly hostInfo: () => HostInfo | null,
+    ) {}
+
+    /** Resolves with the payload of a successful answer, else rejects with ApiError. */
+    async request<M extends keyof Requests>(method: M, parameters: Parameters<M>): Promise<Response<M>> {
+        return payloadOf(await ask(this.channel, makeEnvelope("Gallery", method, parameters))) as Response<M>;
+    }
+
+    subscribe<N extends keyof Notifications>(method: N, listener: NewsListener<N>): () => void {
+        return listen(this.channel, makeEnvelope("Gallery", method, {}, PERSISTENT), {
+            onNotification: (envelope) => listener.onNews(envelope.payload as News<N>),
+            onGap: () => listener.onGap(),
+            onEnd: (error) => listener.onEnd(error),
+        });
+    }
+
+    offers(method: keyof HostRequests): boolean {
+        return this.hostInfo()?.methods.includes(method) ?? false;
+    }
+
+    async askHost<M extends keyof HostRequests>(method: M, parameters: HostRequests[M]): Promise<void> {
+        payloadOf(await ask(this.channel, makeEnvelope("Host", method, parameters)));
+    }
+}

@@ -1,0 +1,151 @@
+// The captures that the page knows, and those of them that it shows.
+import { Arrangement, type Grouping } from "./arrangement.js";
+import type { Capture } from "./capture.js";
+import { matcher, NO_FILTER, type Filter } from "./filter.js";
+import { compareTexts, type Sort } from "./order.js";
+
+export interface View extends Filter {
+    readonly grouping: Grouping;
+    readonly sort: Sort;
+}
+
+export type Status =
+    | "loading"
+    | "scanning" // the gallery is being looked through; what is known already is shown
+    | "ready"
+    | "missing"; // the gallery's folder is not there, as when its drive is unplugged
+
+export type Connection = "open" | "lost" | "outdated";
+
+/** What has happened since the last report. */
+export interface Change {
+    /** Captures that came while the page was open, and are shown. */
+    readonly added: readonly Capture[];
+}
+
+type Listener = (change: Change) => void;
+
+export class Gallery {
+    readonly captures = new Map<string, Capture>();
+    /** Changes only with a report: until then views hold places in it. */
+    arrangement: Arrangement;
+    status: Status = "loading";
+    connection: Connection = "open";
+    folder = "";
+    private readonly listeners = new Set<Listener>();
+    private matches: (capture: Capture) => boolean;
+    private added: Capture[] = [];
+    private rearranged = false;
+    private scheduled = false;
+    private gameNames: string[] | null = null;
+    // For the next report, unless everything is arranged anew.
+    private edits: ((arrangement: Arrangement) => void)[] = [];
+
+    /** `schedule` runs a function soon; all changes until then are reported, and drawn, at once. */
+    constructor(
+        public view: View = { ...NO_FILTER, grouping: "day", sort: "newest" },
+        private readonly schedule: (report: () => void) => void = queueMicrotask,
+    ) {
+        this.matches = matcher(this.view);
+        this.arrangement = new Arrangement([], view.grouping, view.sort);
+    }
+
+    /** Returns a function that ends it. */
+    onChange(listener: Listener): () => void {
+        this.listeners.add(listener);
+        return () => this.listeners.delete(listener);
+    }
+
+    /** The names of all games, sorted. */
+    get games(): readonly string[] {
+        this.gameNames ??= [...new Set([...this.captures.values()].map(({ game }) => game))].sort(
+            compareTexts,
+        );
+        return this.gameNames;
+    }
+
+    isShown = (capture: Capture): boolean => this.matches(capture);
+
+    setView(changes: Partial<View>): void {
+        this.view = { ...this.view, ...changes };
+        this.matches = matcher(this.view);
+        this.rearrange();
+    }
+
+    setStatus(status: Status): void {
+        if (this.status === status) return;
+        this.status = status;
+        this.report();
+    }
+
+    setConnection(connection: Connection): void {
+        if (this.connection === connection) return;
+        this.connection = connection;
+        this.report();
+    }
+
+    /** Takes the place of everything that was known. */
+    replace(captures: Iterable<Capture>): void {
+        this.captures.clear();
+        for (const capture of captures) this.captures.set(capture.path, capture);
+        this.gameNames = null;
+        this.rearrange();
+    }
+
+    /** A capture that is new, or has changed. */
+    put(capture: Capture): void {
+        const known = this.captures.get(capture.path);
+        const isNew = !known || this.added.includes(known);
+        if (known) this.takeOut(known);
+        this.captures.set(capture.path, capture);
+        this.gameNames = null;
+        if (this.matches(capture)) {
+            this.edits.push((arrangement) => arrangement.insert(capture));
+            if (isNew) this.added.push(capture);
+        }
+        this.report();
+    }
+
+    remove(path: string): void {
+        const known = this.captures.get(path);
+        if (!known) return;
+        this.takeOut(known);
+        this.captures.delete(path);
+        this.gameNames = null;
+        this.report();
+    }
+
+    private takeOut(capture: Capture): void {
+        if (this.matches(capture)) this.edits.push((arrangement) => arrangement.remove(capture));
+        this.added = this.added.filter(({ path }) => path !== capture.path);
+    }
+
+    private rearrange(): void {
+        this.rearranged = true;
+        this.report();
+    }
+
+    private bringUpToDate(): void {
+        if (this.rearranged) {
+            const shown = [...this.captures.values()].filter(this.matches);
+            this.arrangement = new Arrangement(shown, this.view.grouping, this.view.sort);
+        } else {
+            for (const edit of this.edits) edit(this.arrangement);
+            this.arrangement.count();
+        }
+        this.rearranged = false;
+        this.edits = [];
+    }
+
+    private report(): void {
+        if (this.scheduled) return;
+        this.scheduled = true;
+        this.schedule(() => {
+            const added = this.added.filter(this.matches);
+            this.scheduled = false;
+            this.added = [];
+            this.bringUpToDate();
+            for (const listener of this.listeners) listener({ added });
+        });
+    }
+}

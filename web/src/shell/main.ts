@@ -1,0 +1,78 @@
+// Puts the page together.
+import { Client, type HostInfo } from "../api/client.js";
+import { channelOf, type Channel } from "../api/query.js";
+import { Feed } from "../model/feed.js";
+import { NO_FILTER } from "../model/filter.js";
+import { Gallery, type View } from "../model/gallery.js";
+import { Selection } from "../model/selection.js";
+import { Thumbnails } from "../model/thumbnails.js";
+import { language, text } from "../strings/index.js";
+import { GalleryPage } from "../views/gallery-page.js";
+import { loaderFor } from "../views/thumbnail-loader.js";
+import { Router } from "./router.js";
+import { keepPreferences, readPreferences } from "./preferences.js";
+
+function hostInfo(): HostInfo | null {
+    return (window as { galleryHost?: HostInfo }).galleryHost ?? null;
+}
+
+const scheduler = {
+    later: (ms: number, run: () => void) => void setTimeout(run, ms),
+    idle: (run: () => void) => void requestIdleCallback(run, { timeout: 500 }),
+};
+
+// One report for each frame that is drawn; a page that is not seen draws none.
+function nextFrame(report: () => void): void {
+    if (document.hidden) setTimeout(report, 0);
+    else requestAnimationFrame(report);
+}
+
+function start(channel: Channel): void {
+    let preferences = readPreferences();
+    const { grouping, sort } = preferences;
+    const client = new Client(channel, hostInfo);
+    const gallery = new Gallery({ ...NO_FILTER, grouping, sort }, nextFrame);
+    let redrawing = false;
+    const redraw = (): void => {
+        if (redrawing) return;
+        redrawing = true;
+        nextFrame(() => {
+            redrawing = false;
+            page.grid?.requestUpdate();
+        });
+    };
+    const thumbnails = new Thumbnails(loaderFor(client), redraw);
+    const page = new GalleryPage();
+    page.context = { client, gallery, selection: new Selection(), thumbnails };
+    page.cellSize = preferences.cellSize;
+    const keep = (changes: object): void => keepPreferences((preferences = { ...preferences, ...changes }));
+    page.addEventListener("cell-size", (event) => {
+        page.cellSize = (event as CustomEvent<number>).detail;
+        keep({ cellSize: page.cellSize });
+    });
+    page.addEventListener("view-choice", (event) => {
+        const { grouping = preferences.grouping, sort = preferences.sort } = (
+            event as CustomEvent<Partial<View>>
+        ).detail;
+        keep({ grouping, sort });
+    });
+    document.body.append(page);
+    const router = new Router((path) => page.show(path));
+    page.addEventListener("open-capture", ({ detail }) => router.open(detail.path));
+    page.addEventListener("viewer-move", ({ detail }) => router.move(detail.path));
+    page.addEventListener("viewer-close", () => router.close());
+    // After a reload, once the capture is known.
+    const stopWaiting = gallery.onChange(() => {
+        if (router.path !== null && gallery.status === "loading" && !gallery.captures.has(router.path))
+            return;
+        stopWaiting();
+        page.show(router.path);
+    });
+    new Feed(client, gallery, scheduler).start();
+}
+
+document.documentElement.lang = language;
+document.title = text.gallery;
+const channel = channelOf(window);
+if (channel) start(channel);
+else document.body.append(text.noChannel);

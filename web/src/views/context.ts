@@ -1,0 +1,33 @@
+// What the elements of the page share.
+import type { Client } from "../api/client.js";
+import type { Capture } from "../model/capture.js";
+import type { Gallery } from "../model/gallery.js";
+import type { Selection } from "../model/selection.js";
+import type { Thumbnails } from "../model/thumbnails.js";
+
+export interface Context {
+    readonly client: Client;
+    readonly gallery: Gallery;
+    readonly selection: Selection;
+    readonly thumbnails: Thumbnails;
+}
+
+/** Events that elements send upwards. */
+declare global {
+    interface HTMLElementEventMap {
+        /** Somebody wants to see this capture. */
+        "open-capture": CustomEvent<Capture>;
+        "selection-change": CustomEvent<void>;
+        /** The grid shows another part, or another layout. */
+        "grid-view": CustomEvent<void>;
+        /** The viewer's next capture. */
+        "viewer-move": CustomEvent<Capture>;
+        "viewer-close": CustomEvent<void>;
+        /** Somebody wants to do something that failed; the text says why. */
+        "report-failure": CustomEvent<string>;
+    }
+}
+
+export function send<T>(element: HTMLElement, name: string, detail?: T): void {
+    element.dispatchEvent(new CustomEvent(name, { detail, bubbles: true }));
+}

@@ -1,0 +1,154 @@
+// Keys and pointer of the grid: moving the focus, selecting, opening.
+import type { Capture } from "../model/capture.js";
+import { target } from "../model/navigation.js";
+import { send, type Context } from "./context.js";
+import type { GridWindow } from "../model/grid-window.js";
+
+/** What it needs of the grid. */
+interface Grid extends HTMLElement {
+    readonly context: Context;
+    readonly window: GridWindow;
+    focusCapture(capture: Capture): Promise<void>;
+    requestUpdate(): void;
+}
+
+export class GridInput {
+    private path: string | null = null;
+    // Where the active capture was last, for when it goes.
+    private lastIndex = 0;
+
+    constructor(private readonly grid: Grid) {}
+
+    connect(): void {
+        this.grid.addEventListener("keydown", (event) => this.onKey(event));
+        this.grid.addEventListener("click", (event) => this.onClick(event));
+        this.grid.addEventListener("dblclick", (event) => this.onDoubleClick(event));
+        this.grid.addEventListener("contextmenu", (event) => this.onLongPress(event));
+        this.grid.addEventListener("focusin", (event) => this.onFocus(event));
+    }
+
+    /** The capture that has the focus, or had it last. When it has gone, the one that took its place. */
+    active(): Capture | undefined {
+        if (this.path === null) return undefined;
+        const { arrangement, captures } = this.grid.context.gallery;
+        const known = captures.get(this.path);
+        const index = known ? arrangement.indexOf(known) : -1;
+        if (index >= 0) {
+            this.lastIndex = index;
+            return arrangement.at(index);
+        }
+        const next = arrangement.at(Math.min(this.lastIndex, arrangement.length - 1));
+        if (next) this.path = next.path;
+        return next;
+    }
+
+    activeIndex(): number {
+        const active = this.active();
+        return active ? this.lastIndex : -1;
+    }
+
+    activate({ path }: Capture): void {
+        this.path = path;
+    }
+
+    private captureAt(event: Event): Capture | undefined {
+        const path = (event.target as Element).closest<HTMLElement>("[data-path]")?.dataset["path"];
+        return path === undefined ? undefined : this.grid.context.gallery.captures.get(path);
+    }
+
+    private onFocus(event: Event): void {
+        const capture = this.captureAt(event);
+        if (!capture || capture.path === this.path) return;
+        this.activate(capture);
+        this.grid.requestUpdate();
+    }
+
+    private changeSelection(change: () => void): void {
+        change();
+        this.grid.requestUpdate();
+        send(this.grid, "selection-change");
+    }
+
+    private onKey(event: KeyboardEvent): void {
+        const capture = this.captureAt(event);
+        const onButton = (event.target as Element).closest("button") !== null;
+        if (!capture || onButton || event.altKey) return;
+        const ctrl = event.ctrlKey || event.metaKey;
+        if (this.move(event, capture, ctrl) || this.act(event, capture, ctrl)) event.preventDefault();
+    }
+
+    private move(event: KeyboardEvent, from: Capture, ctrl: boolean): boolean {
+        const { gallery, selection } = this.grid.context;
+        const index = gallery.arrangement.indexOf(from);
+        const rightToLeft = getComputedStyle(this.grid).direction === "rtl";
+        const { layout, pageRows } = this.grid.window;
+        const grid = { arrangement: gallery.arrangement, layout, pageRows };
+        const found = index < 0 ? null : target(index, { key: event.key, ctrl, rightToLeft }, grid);
+        const to = found === null ? undefined : gallery.arrangement.at(found);
+        if (!to) return false;
+        if (event.shiftKey)
+            this.changeSelection(() => {
+                if (selection.size === 0) selection.only(from);
+                selection.extendTo(to, gallery.arrangement, gallery.captures);
+            });
+        void this.grid.focusCapture(to);
+        return true;
+    }
+
+    private act(event: KeyboardEvent, capture: Capture, ctrl: boolean): boolean {
+        const { gallery, selection } = this.grid.context;
+        if (event.key === "Enter" && !ctrl) send(this.grid, "open-capture", capture);
+        else if (event.key === " ") this.changeSelection(() => this.choose(event, capture, true));
+        else if (event.key.toLowerCase() === "a" && ctrl)
+            this.changeSelection(() =>
+                selection.add(gallery.arrangement.between(0, gallery.arrangement.length - 1)),
+            );
+        else if (event.key === "Escape" && selection.size > 0) this.changeSelection(() => selection.clear());
+        else return false;
+        return true;
+    }
+
+    private choose(event: { shiftKey: boolean }, capture: Capture, several: boolean): void {
+        const { gallery, selection } = this.grid.context;
+        if (event.shiftKey) selection.extendTo(capture, gallery.arrangement, gallery.captures);
+        else if (several) selection.toggle(capture);
+        else selection.only(capture);
+    }
+
+    private onClick(event: MouseEvent): void {
+        const capture = this.captureAt(event);
+        const action = (event.target as Element).closest<HTMLElement>("[data-action]")?.dataset["action"];
+        if (capture && action) return this.actOnBroken(action, capture);
+        const { selection } = this.grid.context;
+        if (!capture) {
+            if (selection.size > 0) this.changeSelection(() => selection.clear());
+            return;
+        }
+        const byTouch = (event as PointerEvent).pointerType === "touch";
+        if (byTouch && selection.size === 0) return send(this.grid, "open-capture", capture);
+        const several = byTouch || event.ctrlKey || event.metaKey;
+        this.changeSelection(() => this.choose(event, capture, several));
+    }
+
+    private onDoubleClick(event: MouseEvent): void {
+        const capture = this.captureAt(event);
+        if (!capture || event.ctrlKey || event.metaKey || event.shiftKey) return;
+        if ((event.target as Element).closest("button") === null) send(this.grid, "open-capture", capture);
+    }
+
+    // Browsers report a long press as the wish for a menu; with a mouse, the menu comes.
+    private onLongPress(event: MouseEvent): void {
+        const capture = this.captureAt(event);
+        if (!capture || (event as PointerEvent).pointerType !== "touch") return;
+        event.preventDefault();
+        this.changeSelection(() => this.grid.context.selection.toggle(capture));
+    }
+
+    private actOnBroken(action: string, capture: Capture): void {
+        const { client, thumbnails } = this.grid.context;
+        if (action === "retry") return thumbnails.retry(capture);
+        client
+            .askHost("OpenFolder", { file: capture.path })
+            .catch((error: Error) => send(this.grid, "report-failure", error.message));
+    }
+}

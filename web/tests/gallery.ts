@@ -1,0 +1,178 @@
+// A gallery of real captures, the host that serves it, and a browser that looks at it.
+import assert from "node:assert/strict";
+import { spawn, spawnSync, type ChildProcess } from "node:child_process";
+import { once } from "node:events";
+import {
+    mkdirSync,
+    mkdtempSync,
+    readdirSync,
+    readFileSync,
+    renameSync,
+    rmSync,
+    utimesSync,
+    writeFileSync,
+} from "node:fs";
+import { tmpdir } from "node:os";
+import { dirname, join, resolve } from "node:path";
+import { createInterface } from "node:readline";
+import { test } from "node:test";
+import {
+    chromium,
+    type Browser,
+    type BrowserContext,
+    type BrowserContextOptions,
+    type Page,
+} from "playwright-core";
+
+// Made by the debug preset, unless it is said otherwise.
+const host =
+    process.env["GALLERY_HOST"] ?? resolve("../build/debug/OvirastreamX.app/Contents/MacOS/gallery-host");
+// Kept after a failure.
+const screenshots = "../build/page/failures";
+const axe = readFileSync("node_modules/axe-core/axe.min.js", "utf8");
+
+/** A home with a gallery, and the server that shows it. */
+export class Site {
+    readonly folder = mkdtempSync(join(tmpdir(), "gallery-page-"));
+    home = this.folder;
+    private host: ChildProcess | null = null;
+    private launch = "";
+    private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
+
+    get gallery(): string {
+        return join(this.home, "Videos/ZORVEX/Ovirastream");
+    }
+
+    /** Fills the gallery with samples. */
+    addSamples(): void {
+        const { status, stderr } = spawnSync(host, ["demo", "--keep"], {
+            env: { ...process.env, TMPDIR: this.folder },
+            encoding: "utf8",
+        });
+        assert.equal(status, 0, stderr);
+        this.home = join(
+            this.folder,
+            readdirSync(this.folder).find((name) => name.startsWith("gallery-demo"))!,
+        );
+    }
+
+    /** Saves another capture, of a minute that counts from the day after the samples'. */
+    add(name: string, minute: number): string {
+        return this.addBytes(name, minute, readFileSync(join(this.gallery, "Rustwind Rally/Start line.png")));
+    }
+
+    /** The file appears whole, with its date. */
+    addBytes(name: string, minute: number, bytes: Buffer): string {
+        const path = join(this.gallery, name);
+        const arriving = join(this.folder, "arriving");
+        const time = Date.UTC(2026, 2, 15, 0, minute) / 1000;
+        writeFileSync(arriving, bytes);
+        utimesSync(arriving, time, time);
+        mkdirSync(dirname(path), { recursive: true });
+        renameSync(arriving, path);
+        return path;
+    }
+
+    /** Starts the server. */
+    async start(): Promise<void> {
+        const server = this.run(["page", "--no-open", "--port", "0"]);
+        const [line] = (await once(createInterface(server.stdout!), "line")) as [string];
+        this.launch = line.trim();
+    }
+
+    /** Loads the library without a server; its messages are lines. */
+    serve(onLine: (line: string) => void): ChildProcess {
+        const library = this.run(["serve"]);
+        createInterface(library.stdout!).on("line", onLine);
+        return library;
+    }
+
+    private run(words: string[]): ChildProcess {
+        const { home } = this;
+        const env = { PATH: process.env["PATH"], HOME: home, XDG_DATA_HOME: join(home, ".local/share") };
+        this.host = spawn(host, words, { env, stdio: ["pipe", "pipe", "ignore"] });
+        return this.host;
+    }
+
+    /** A page in a browser of its own that shows nothing yet. */
+    async blankPage(options: BrowserContextOptions = {}): Promise<Page> {
+        const context = await browser!.newContext({ ...desktop, ...options, ...this.known });
+        context.setDefaultTimeout(30_000);
+        return context.newPage();
+    }
+
+    /** Opens the page in a browser of its own; the address that the server prints works only the first time. */
+    async open(options: BrowserContextOptions = {}): Promise<Page> {
+        const page = await this.blankPage(options);
+        await page.goto(this.known ? new URL("/", this.launch).href : this.launch);
+        await page.getByRole("main").waitFor();
+        this.known ??= { storageState: await page.context().storageState() };
+        return page;
+    }
+
+    async stop(): Promise<void> {
+        if (this.host?.exitCode === null) {
+            this.host.kill("SIGINT");
+            await once(this.host, "exit");
+        }
+        rmSync(this.folder, { recursive: true, force: true });
+    }
+}
+
+let browser: Browser | null = null;
+
+export async function startBrowser(): Promise<void> {
+    // Chromium refuses its sandbox to root, as in a container.
+    const args = process.getuid?.() === 0 ? ["--no-sandbox"] : [];
+    const executablePath = process.env["CHROMIUM"] ?? "/usr/bin/chromium";
+    browser = await chromium.launch({ executablePath, args });
+}
+
+export async function stopBrowser(): Promise<void> {
+    await browser?.close();
+}
+
+const desktop: BrowserContextOptions = { viewport: { width: 1920, height: 1080 }, locale: "en-GB" };
+
+/** A test with a page of its own. What the page throws, or what its policy blocks, fails it. */
+export function pageTest(
+    name: string,
+    site: Site,
+    run: (page: Page) => Promise<void>,
+    options: BrowserContextOptions = {},
+): void {
+    test(name, async () => {
+        const page = await site.open(options);
+        const faults: string[] = [];
+        page.on("pageerror", (error) => faults.push(String(error.stack)));
+        page.on(
+            "console",
+            (message) =>
+                void (/Content Security|Trusted/.test(message.text()) && faults.push(message.text())),
+        );
+        try {
+            await run(page);
+            assert.deepEqual(faults, []);
+        } catch (error) {
+            mkdirSync(screenshots, { recursive: true });
+            await page.screenshot({ path: join(screenshots, `${name.replace(/\W+/g, "-")}.png`) });
+            throw error;
+        } finally {
+            await page.context().close();
+        }
+    });
+}
+
+/** Nothing that the accessibility rules find. */
+export async function expectAccessible(page: Page): Promise<void> {
+    const session = await page.context().newCDPSession(page);
+    // The page's policy would keep a script of ours out.
+    await session.send("Runtime.evaluate", { expression: axe });
+    const { result } = await session.send("Runtime.evaluate", {
+        expression: `axe.run(document, { resultTypes: ["violations"] }).then(({ violations }) =>
+            violations.map(({ id, nodes }) => id + ": " + nodes.map(({ html }) => html).join(" | ")))`,
+        awaitPromise: true,
+        returnByValue: true,
+    });
+    assert.deepEqual(result.value, []);
+}
