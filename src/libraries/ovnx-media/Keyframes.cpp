@@ -58,7 +58,7 @@ KeyframeTimes ReadKeyframes(int fd, size_t most, const Budget& budget) {
         keyframes.times.push_back(std::max<int64_t>(inTicks(entry.timestamp + later), 0));
     }
     std::sort(keyframes.times.begin(), keyframes.times.end());
-    keyframes.frame = inTicks(TimeOfEntry(video, count - 1) - TimeOfEntry(video, 0)) / (count - 1);
+    keyframes.frame = inTicks(TimeOfEntry(video, count - 1) - TimeOfEntry(video, 0)) / std::max(count - 1, 1);
     return keyframes;
 }
 
