@@ -25,10 +25,10 @@ class PageVerb : public testing::Test {
         fs::create_symlink(built / "Frameworks", home_ / "Contents/Frameworks");
         home_.folder().Write("Contents/Resources/page/index.html", "<p>");
         home_.folder().MakeFolder("run");
-        EXPECT_EQ(mkfifo((home_ / "told").c_str(), 0600), 0);
-        told_ = open((home_ / "told").c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+        EXPECT_EQ(mkfifo((home_ / "given").c_str(), 0600), 0);
+        given_ = open((home_ / "given").c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
     }
-    ~PageVerb() override { close(told_); }
+    ~PageVerb() override { close(given_); }
 
     ChildProcess::Options WithProgram(const std::string& name, const std::string& script) const {
         const std::string path = home_.folder().Write("bin/" + name, "#!/bin/sh\n" + script + "\n");
@@ -36,14 +36,15 @@ class PageVerb : public testing::Test {
         return Environment((home_ / "bin") + ":/usr/bin:/bin");
     }
     ChildProcess::Options Environment(const std::string& path) const {
-        return {{"PATH=" + path, "XDG_RUNTIME_DIR=" + (home_ / "run"), "TOLD=" + (home_ / "told")}, program_};
+        return {{"PATH=" + path, "XDG_RUNTIME_DIR=" + (home_ / "run"), "GIVEN=" + (home_ / "given")},
+                program_};
     }
-    std::string ReadTold() const {
+    std::string ReadGiven() const {
         std::string text;
-        for (pollfd waiting{told_, POLLIN, 0}; text.empty() || text.back() != '\n';) {
+        for (pollfd waiting{given_, POLLIN, 0}; text.empty() || text.back() != '\n';) {
             char bytes[4096];
             if (poll(&waiting, 1, 60000) != 1) return text;
-            const ssize_t got = read(told_, bytes, sizeof bytes);
+            const ssize_t got = read(given_, bytes, sizeof bytes);
             if (got > 0) text.append(bytes, static_cast<size_t>(got));
         }
         return text;
@@ -51,20 +52,20 @@ class PageVerb : public testing::Test {
 
     const TemporaryHome home_;
     const std::string program_ = home_ / "Contents/MacOS/gallery-host";
-    int told_ = -1;
+    int given_ = -1;
 };
 
 TEST_F(PageVerb, LeadsTheBrowserThereByAFileOfTheUsersOwn) {
     const auto environment =
-        WithProgram("xdg-open", R"sh(echo "$1 $(stat -c %a "$1") $(cat "$1")" >"$TOLD")sh");
+        WithProgram("xdg-open", R"sh(echo "$1 $(stat -c %a "$1") $(cat "$1")" >"$GIVEN")sh");
     ChildProcess child(WithFake({"page", "--port", "0"}), environment);
     ASSERT_TRUE(child.ReadOutUntil("\n")) << child.err;
     EXPECT_EQ(child.out.find("http://127.0.0.1:"), 0u);
-    const std::string told = ReadTold();
-    EXPECT_EQ(told.find(home_ / "run/gallery-page-"), 0u) << told;
+    const std::string given = ReadGiven();
+    EXPECT_EQ(given.find(home_ / "run/gallery-page-"), 0u) << given;
     for (const char* part : {".html 600 ", "url=http://127.0.0.1:", "/launch?token="})
-        EXPECT_TRUE(Contains(told, part)) << told;
-    EXPECT_FALSE(Contains(told, child.out.substr(0, child.out.size() - 1))) << "the printed one works, too";
+        EXPECT_TRUE(Contains(given, part)) << given;
+    EXPECT_FALSE(Contains(given, child.out.substr(0, child.out.size() - 1))) << "the printed one works, too";
     child.Signal(SIGINT);
     EXPECT_EQ(child.Wait(), 0) << child.err;
     EXPECT_TRUE(fs::is_empty(home_ / "run"));
@@ -72,11 +73,11 @@ TEST_F(PageVerb, LeadsTheBrowserThereByAFileOfTheUsersOwn) {
 
 TEST_F(PageVerb, AWindowOfItsOwnEndsTheProgram) {
     ChildProcess child(WithFake({"page", "--app", "--port", "0"}),
-                       WithProgram("chromium", R"(echo "$@" >"$TOLD")"));
-    const std::string told = ReadTold();
-    EXPECT_EQ(told.find("--app=file://"), 0u) << told;
-    EXPECT_TRUE(Contains(told, " --user-data-dir=" + (home_ / "data/ZORVEX/OvirastreamX/PageProfile-")));
-    EXPECT_FALSE(Contains(told, "token"));
+                       WithProgram("chromium", R"(echo "$@" >"$GIVEN")"));
+    const std::string given = ReadGiven();
+    EXPECT_EQ(given.find("--app=file://"), 0u) << given;
+    EXPECT_TRUE(Contains(given, " --user-data-dir=" + (home_ / "data/ZORVEX/OvirastreamX/PageProfile-")));
+    EXPECT_FALSE(Contains(given, "token"));
     EXPECT_EQ(child.Wait(), 0) << child.err;
     EXPECT_TRUE(fs::is_empty(home_ / "run"));
 }

@@ -51,14 +51,14 @@ KeyframeTimes ReadKeyframes(int fd, size_t most, const Budget& budget) {
     KeyframeTimes keyframes;
     const int count = avformat_index_get_entries_count(&video);
     for (int i = 0; i < count; ++i) {
+        if (i % 4096 == 0) budget.Check();
         const AVIndexEntry& entry = *avformat_index_get_entry(&video, i);
         if (!(entry.flags & AVINDEX_KEYFRAME)) continue;
         if (keyframes.times.size() == most) throw Failure(OVNX_MEDIA_OVER_LIMIT, "too many keyframes");
-        if (i % 4096 == 0) budget.Check();
         keyframes.times.push_back(std::max<int64_t>(inTicks(entry.timestamp + later), 0));
     }
     std::sort(keyframes.times.begin(), keyframes.times.end());
-    keyframes.frame = inTicks(TimeOfEntry(video, count - 1) - TimeOfEntry(video, 0)) / (count - 1);
+    keyframes.frame = inTicks(TimeOfEntry(video, count - 1) - TimeOfEntry(video, 0)) / std::max(count - 1, 1);
     return keyframes;
 }
 

@@ -177,7 +177,7 @@ TEST(OutQueue, ASlowPageLosesNotificationsButNeverAnAnswer) {
     EXPECT_FALSE(queue.Push(frame(kAnswer, 'c', 90)));
     EXPECT_EQ(Drain(queue), (Texts{"w", "a", "{", "b"}));
     EXPECT_EQ(queue.bytes(), 0u);
-    // What happens while the resync is being written is told after it.
+    // What happens while the resync is being written is sent after it.
     EXPECT_TRUE(queue.Push(frame(kAnswer, 'a', 99)));
     EXPECT_TRUE(queue.Push(frame(kNews, 'n', 30)));
     queue.BeginWrite();

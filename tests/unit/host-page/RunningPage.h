@@ -121,7 +121,7 @@ class WebSocket : public RawClient {
         }
         if (!Fill(header + size)) return {};
         const bool closes = (in_[0] & 15) == 8;
-        const std::string text = in_.substr(header, size);
+        std::string text = in_.substr(header, size);
         in_.erase(0, header + size);
         if (!closes || size < 2) return text;
         return "closed " + std::to_string(static_cast<uint8_t>(text[0]) << 8 | static_cast<uint8_t>(text[1]));

@@ -51,7 +51,7 @@ std::string FindAppBrowser() {
     for (const char* const name : kBrowsers) {
         std::istringstream folders(path ? path : "/usr/bin");
         for (std::string folder; std::getline(folders, folder, ':');) {
-            const std::string file = folder + "/" + name;
+            std::string file = folder + "/" + name;
             if (folder.substr(0, 1) == "/" && access(file.c_str(), X_OK) == 0) return file;
         }
     }

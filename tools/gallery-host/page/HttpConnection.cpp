@@ -180,7 +180,7 @@ bool HttpConnection::TakeUpgrade() {
         keepAlive_ = false;
         Write(std::move(*refusal));
     } else {
-        StartSocket(std::move(stream_), parser_->release(), connections_);
+        StartSocket(std::move(stream_), parser_->get(), connections_);
     }
     return true;
 }

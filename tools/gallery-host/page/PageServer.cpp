@@ -196,7 +196,7 @@ std::string PageServer::NewLaunchAddress() {
 std::string PageServer::NewLaunchFile() {
     const std::string address = NewLaunchAddress();
     auto file = std::make_shared<LaunchFile>(address);
-    const std::string path = file->path();
+    std::string path = file->path();
     impl_->launches().Attach(address.substr(address.find('=') + 1), std::move(file));
     return path;
 }

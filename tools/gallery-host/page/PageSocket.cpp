@@ -208,7 +208,7 @@ void PageSocket::End() {
     beast::get_lowest_layer(stream_).close();
 }
 
-void StartSocket(beast::tcp_stream stream, http::request<http::empty_body> request,
+void StartSocket(beast::tcp_stream stream, const http::request<http::empty_body>& request,
                  Connections& connections) {
     const auto shared = std::make_shared<PageSocket>(std::move(stream), connections);
     shared->Accept(request);

@@ -11,7 +11,7 @@ namespace host::page {
 
 // For the server's thread, on a connection whose request for it was found good.
 void StartSocket(boost::beast::tcp_stream stream,
-                 boost::beast::http::request<boost::beast::http::empty_body> request,
+                 const boost::beast::http::request<boost::beast::http::empty_body>& request,
                  Connections& connections);
 
 }  // namespace host::page

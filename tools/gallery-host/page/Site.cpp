@@ -36,7 +36,7 @@ Site::Site(const Parts& parts, uint16_t port, Elsewhere elsewhere)
       rules_(port, NewSecret()),
       keyframes_(parts.mediaFolder) {}
 
-void Site::Answer(const HttpRequest& request, const Ticket& ticket, Respond respond) {
+void Site::Answer(const HttpRequest& request, const Ticket& ticket, const Respond& respond) {
     if (std::optional<HttpReply> refusal = rules_.Refuse(request)) {
         respond(std::move(*refusal));
         return;

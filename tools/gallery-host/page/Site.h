@@ -36,7 +36,7 @@ class Site {
     Site(const Parts& parts, uint16_t port, Elsewhere elsewhere);
 
     // Answers at once or later. The ticket is the caller's; when it is gone, no answer is needed.
-    void Answer(const HttpRequest& request, const Ticket& ticket, Respond respond);
+    void Answer(const HttpRequest& request, const Ticket& ticket, const Respond& respond);
 
     const HttpRules& rules() const { return rules_; }
     LaunchTokens& launches() { return launches_; }

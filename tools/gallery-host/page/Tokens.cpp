@@ -82,8 +82,9 @@ std::string LaunchTokens::Issue(Clock::time_point now) {
 }
 
 void LaunchTokens::Attach(const std::string& token, std::shared_ptr<LaunchFile> file) {
-    for (Entry& entry : entries_)
-        if (entry.token == token) entry.file = std::move(file);
+    const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                    [&token](const Entry& entry) { return entry.token == token; });
+    if (found != entries_.end()) found->file = std::move(file);
 }
 
 bool LaunchTokens::Redeem(std::string_view token, Clock::time_point now) {
