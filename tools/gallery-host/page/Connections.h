@@ -14,14 +14,16 @@ class HttpConnection;
 class PageSocket;
 
 struct Connections {
+    using Idle = std::list<std::weak_ptr<HttpConnection>>;
+
     Site& site;
     const ServerLimits& limits;
     RunElsewhere runElsewhere;
     std::string ready;             // the frame that answers a socket's token
     std::function<void()> onRoom;  // a connection is gone or idle, so that another may come
 
-    size_t open = 0;                                  // that are no sockets
-    std::list<std::weak_ptr<HttpConnection>> idle{};  // between requests, the oldest first
+    size_t open = 0;  // that are no sockets
+    Idle idle{};      // without a whole request, the oldest first
     std::map<SocketId, std::shared_ptr<PageSocket>> sockets{};
     SocketId lastSocket = 0;
 };

@@ -79,6 +79,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
         ++connections_.open;
     }
     ~HttpConnection() {
+        EndIdle();
         --connections_.open;
         connections_.onRoom();
     }
@@ -88,10 +89,17 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
     void ReadRequest();
     void AwaitRequest();
     void Close() { stream_.close(); }
+    // To another connection, which has a request.
+    void GiveWay() {
+        EndIdle();
+        Close();
+    }
 
   private:
     using Parser = http::request_parser<http::empty_body>;
 
+    void BeginIdle();
+    void EndIdle();
     void OnRequest(const ErrorCode& error);
     void OnBrokenRequest(const ErrorCode& error);
     bool TakeUpgrade();
@@ -109,6 +117,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
     Connections& connections_;
     beast::flat_buffer buffer_;
     std::optional<Parser> parser_;
+    std::optional<Connections::Idle::iterator> idle_;
     HttpRequest request_;
     bool keepAlive_ = false;
     uint64_t number_ = 0;  // of the request
@@ -125,11 +134,10 @@ void HttpConnection::AwaitRequest() {
         ReadRequest();
         return;
     }
-    const auto place = connections_.idle.insert(connections_.idle.end(), weak_from_this());
+    BeginIdle();
     stream_.expires_after(connections_.limits.idle);
     stream_.async_read_some(buffer_.prepare(4096),
-                            [self = shared_from_this(), place](const ErrorCode& error, size_t got) {
-                                self->connections_.idle.erase(place);
+                            [self = shared_from_this()](const ErrorCode& error, size_t got) {
                                 if (error) return;
                                 self->buffer_.commit(got);
                                 self->ReadRequest();
@@ -137,7 +145,18 @@ void HttpConnection::AwaitRequest() {
     connections_.onRoom();
 }
 
+// Until a request is whole: one that is sent slowly takes no room from others.
+void HttpConnection::BeginIdle() {
+    if (!idle_) idle_ = connections_.idle.insert(connections_.idle.end(), weak_from_this());
+}
+
+void HttpConnection::EndIdle() {
+    if (idle_) connections_.idle.erase(*idle_);
+    idle_.reset();
+}
+
 void HttpConnection::ReadRequest() {
+    BeginIdle();
     parser_.emplace();
     parser_->header_limit(static_cast<uint32_t>(connections_.limits.headerBytes));
     stream_.expires_after(connections_.limits.header);
@@ -146,6 +165,7 @@ void HttpConnection::ReadRequest() {
 }
 
 void HttpConnection::OnRequest(const ErrorCode& error) {
+    EndIdle();
     if (error) {
         OnBrokenRequest(error);
         return;
@@ -314,7 +334,7 @@ void StartConnection(net::ip::tcp::socket socket, Connections& connections) {
 bool CloseOldestIdle(Connections& connections) {
     for (const std::weak_ptr<HttpConnection>& idle : connections.idle)
         if (const auto connection = idle.lock()) {
-            connection->Close();
+            connection->GiveWay();
             return true;
         }
     return false;

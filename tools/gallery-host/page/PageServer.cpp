@@ -140,16 +140,20 @@ class PageServer::Impl {
         }
     }
 
-    // While there are too many connections, the next one waits until one ends.
     void AcceptAll() {
         if (ending_) return;
         for (size_t i = 0; i < acceptors_.size(); ++i)
             Accept(i);
     }
 
+    // While there are too many connections, the next one waits until one ends or gives way.
     void Accept(size_t index) {
         if (accepting_[index]) return;
-        if (connections_->open >= limits_.connections && !CloseOldestIdle(*connections_)) return;
+        if (std::optional<tcp::socket>& next = waiting_[index]) {
+            if (connections_->open >= limits_.connections && !CloseOldestIdle(*connections_)) return;
+            StartConnection(std::move(*next), *connections_);
+            next.reset();
+        }
         accepting_[index] = true;
         acceptors_[index].async_accept([this, index](const ErrorCode& error, tcp::socket socket) {
             accepting_[index] = false;
@@ -157,7 +161,7 @@ class PageServer::Impl {
                 PauseAccepting();
                 return;
             }
-            StartConnection(std::move(socket), *connections_);
+            waiting_[index] = std::move(socket);
             Accept(index);
         });
     }
@@ -178,6 +182,7 @@ class PageServer::Impl {
     net::io_context context_{1};  // after what its handlers use when they are dropped
     Acceptors acceptors_;
     std::array<bool, 2> accepting_{};
+    std::array<std::optional<tcp::socket>, 2> waiting_{};
     net::steady_timer pause_;
     std::thread thread_;
 };
