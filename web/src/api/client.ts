@@ -7,6 +7,15 @@ import type { Notifications, Requests } from "./types.js";
 export interface HostRequests {
     OpenFolder: { file: string };
     OpenInPlayer: { file: string };
+    /** Moves files into the trash; answered with `HostAnswer`. */
+    Trash: { files: readonly string[] };
+    /** Takes files that `Trash` was asked for out of it again; answered with `HostAnswer`. */
+    Restore: { files: readonly string[] };
+}
+
+/** What became of each file. */
+export interface HostAnswer {
+    readonly files?: readonly { file: string; _return_code: number; _return_status: string }[];
 }
 
 /** What the server that shows the page offers beyond the gallery. The container offers nothing. */
@@ -48,7 +57,7 @@ export class Client {
         return this.hostInfo()?.methods.includes(method) ?? false;
     }
 
-    async askHost<M extends keyof HostRequests>(method: M, parameters: HostRequests[M]): Promise<void> {
-        payloadOf(await ask(this.channel, makeEnvelope("Host", method, parameters)));
+    async askHost<M extends keyof HostRequests>(method: M, parameters: HostRequests[M]): Promise<HostAnswer> {
+        return payloadOf(await ask(this.channel, makeEnvelope("Host", method, parameters)));
     }
 }

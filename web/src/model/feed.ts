@@ -12,7 +12,7 @@ export interface Scheduler {
     idle(run: () => void): void;
 }
 
-type News = Notifications["GalleryNotifications"]["response"];
+export type News = Notifications["GalleryNotifications"]["response"];
 type Settings = Requests["GetSettings"]["response"]["settings"];
 
 // Enough for the first screen, and quick for any gallery.
@@ -45,6 +45,8 @@ export class Feed {
         private readonly client: Client,
         private readonly gallery: Gallery,
         private readonly scheduler: Scheduler,
+        /** Called with everything that the gallery reports, after the gallery's model knows of it. */
+        private readonly hear: (news: News) => void = () => {},
     ) {}
 
     start(): void {
@@ -161,6 +163,7 @@ export class Feed {
         if (news.galleryPathUpdateStatus) this.reload();
         // The last capture may have gone with the drive.
         else if (news.ugcDeleted && this.gallery.captures.size === 0) this.reload();
+        this.hear(news);
     }
 
     private apply(news: News): void {

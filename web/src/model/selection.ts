@@ -16,6 +16,16 @@ export class Selection {
         return this.paths.has(capture.path);
     }
 
+    list(): readonly string[] {
+        return [...this.paths];
+    }
+
+    /** Selects these, and nothing else. */
+    set(paths: Iterable<string>): void {
+        this.clear();
+        for (const path of paths) this.paths.add(path);
+    }
+
     /** The selected captures among these. */
     of(captures: ReadonlyMap<string, Capture>): Capture[] {
         return [...this.paths].flatMap((path) => captures.get(path) ?? []);

@@ -4,6 +4,7 @@ import type { Capture } from "../model/capture.js";
 import { NO_FILTER } from "../model/filter.js";
 import type { Change, View } from "../model/gallery.js";
 import { text } from "../strings/index.js";
+import { Actions } from "./actions.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context } from "./context.js";
 import "./capture-grid.js";
@@ -12,12 +13,14 @@ import "./jump-scrubber.js";
 import { PageElement } from "./page-element.js";
 import "./selection-bar.js";
 import { emptyState, notice } from "./states.js";
+import "./toast-list.js";
 
 export class GalleryPage extends PageElement {
     static override properties = { cellSize: { type: Number } };
 
     context!: Context;
     cellSize = 240;
+    readonly actions = new Actions(this);
     private announced = "";
 
     /** Null while there is nothing to show in it. */
@@ -27,6 +30,7 @@ export class GalleryPage extends PageElement {
 
     override connectedCallback(): void {
         super.connectedCallback();
+        this.actions.connect();
         this.context.gallery.onChange((change) => this.onChange(change));
         this.addEventListener("selection-change", () => this.refresh());
         this.addEventListener("grid-view", () => this.followGrid());
@@ -69,7 +73,9 @@ export class GalleryPage extends PageElement {
                       </div>`}
                 <selection-bar .context=${context} hidden></selection-bar>
                 <div class="announcements" role="status">${this.announced}</div>
+                <div class="toasts"><toast-list .context=${context}></toast-list></div>
             </main>
+            <div class="dialogs"></div>
         `;
     }
 

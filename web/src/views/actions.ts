@@ -1,0 +1,102 @@
+// What can be done from anywhere on the page: deleting, undoing, and opening the page's dialogs.
+import type { Capture } from "../model/capture.js";
+import type { News } from "../model/feed.js";
+import { text } from "../strings/index.js";
+import { confirmed } from "./confirm-dialog.js";
+import type { CaptureGrid } from "./capture-grid.js";
+import type { Context, SelectionAction } from "./context.js";
+import type { KeyList } from "./key-list.js";
+
+/** What it needs of the page. */
+interface Page extends HTMLElement {
+    readonly context: Context;
+    readonly grid: CaptureGrid | null;
+    announce(message: string): void;
+    refresh(): void;
+}
+
+// More are asked about once more.
+const MANY = 100;
+
+export const PAGE_KEYS: KeyList = {
+    title: text.gallery,
+    keys: [
+        [["Ctrl+Z"], text.keys.undo],
+        [["?"], text.keys.list],
+    ],
+};
+
+function isEditable(target: EventTarget | null): boolean {
+    return target instanceof Element && target.matches("input:not([type=range], [type=checkbox]), textarea");
+}
+
+export class Actions {
+    constructor(private readonly page: Page) {}
+
+    connect(): void {
+        const { page } = this;
+        page.addEventListener("delete-captures", ({ detail }) => void this.delete(detail));
+        page.addEventListener("delete-for-good", ({ detail }) => void this.deleteForGood(detail));
+        page.addEventListener("selection-action", ({ detail }) => void this.act(detail));
+        document.addEventListener("keydown", (event) => this.onKey(event));
+    }
+
+    /** The gallery has reported something. */
+    hear(news: News): void {
+        this.page.context.pathChange.hear(news);
+    }
+
+    private onKey(event: KeyboardEvent): void {
+        if (isEditable(event.target) || event.altKey || event.defaultPrevented) return;
+        const isUndo = event.key.toLowerCase() === "z" && (event.ctrlKey || event.metaKey) && !event.shiftKey;
+        if (!isUndo) return;
+        event.preventDefault();
+        void this.undo();
+    }
+
+    private async undo(): Promise<void> {
+        const batch = await this.page.context.deletions.undo();
+        if (batch && batch.failures.length === 0) this.page.announce(text.undone(batch.captures.length));
+    }
+
+    private async act(action: SelectionAction): Promise<void> {
+        const { selection } = this.page.context;
+        if (action === "delete") await this.delete(selection.list());
+    }
+
+    private capturesOf(paths: readonly string[]): Capture[] {
+        const { captures } = this.page.context.gallery;
+        return paths.flatMap((path) => captures.get(path) ?? []);
+    }
+
+    private async delete(paths: readonly string[]): Promise<void> {
+        const { deletions } = this.page.context;
+        const captures = this.capturesOf(paths);
+        const explanation = deletions.hasTrash ? text.deleteManyToTrash : text.deleteManyForGood;
+        const question = { heading: text.deleteQuestion(captures.length), explanation, action: text.delete };
+        if (captures.length > MANY && !(await confirmed(question))) return;
+        deletions.delete(captures);
+        this.leave(paths);
+    }
+
+    private async deleteForGood(paths: readonly string[]): Promise<void> {
+        const captures = this.capturesOf(paths);
+        const question = {
+            heading: text.deleteForGoodQuestion(captures.length),
+            explanation: text.deleteForGoodExplanation,
+            action: text.keys.deleteForGood,
+        };
+        if (captures.length === 0 || !(await confirmed(question))) return;
+        const done = this.page.context.deletions.deleteForGood(captures);
+        this.leave(paths);
+        await done;
+    }
+
+    // What is hidden is selected no longer, and the bar that was used may be gone.
+    private leave(paths: readonly string[]): void {
+        const { selection } = this.page.context;
+        for (const path of paths) selection.drop(path);
+        this.page.refresh();
+        if (document.querySelector("dialog:modal") === null) this.page.grid?.focusLast();
+    }
+}
