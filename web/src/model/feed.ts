@@ -1,7 +1,7 @@
 // Keeps the model of the gallery up to date: loads the list, follows notifications, and starts anew when the
 // connection was lost.
 import type { Client } from "../api/client.js";
-import { ApiError, CANCELED, OUTDATED } from "../api/envelope.js";
+import { ApiError, isRefusal, OUTDATED } from "../api/envelope.js";
 import type { Notifications, Requests } from "../api/types.js";
 import { captureOf, type Capture } from "./capture.js";
 import type { Gallery } from "./gallery.js";
@@ -22,11 +22,6 @@ const ALL_COUNT = 1_000_000;
 const POLL_MS = 1000;
 const POLLS_AFTER_RETURN = 60;
 const LONGEST_WAIT_MS = 5000;
-
-// The gallery's own answer, and not the end of the channel.
-function isRefusal(error: unknown): boolean {
-    return error instanceof ApiError && error.code !== CANCELED && error.code !== OUTDATED;
-}
 
 export class Feed {
     // Counts connections; what belongs to an earlier one is ignored.

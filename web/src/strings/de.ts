@@ -64,6 +64,29 @@ export const de: Strings = {
     deleteForGoodExplanation: "Das geschieht sofort und lässt sich nicht rückgängig machen.",
 
     settings: "Einstellungen",
+    loadingSettings: "Die Galerie wird nach ihren Einstellungen gefragt…",
+    galleryFolder: "Ordner der Galerie",
+    tempFolder: "Temporärer Ordner",
+    changeMeans:
+        "Die Aufnahmen bleiben im alten Ordner. Die Galerie durchsucht den neuen und zeigt, was darin ist.",
+    cancelChange: "Zurück zum alten Ordner",
+    drives: "Laufwerke",
+    driveType: (type) =>
+        ({ fixed: "eingebaut", external: "extern", removable: "Wechselmedium", network: "Netzwerk" })[type] ??
+        type,
+    room: (free, total) => `${free} von ${total} frei`,
+    useDrive: "Nehmen",
+    storage: "Speicher",
+    used: (usage, total) => `Die Aufnahmen belegen ${usage} von ${total}`,
+    hardlyAny: "weniger als 1 MB",
+    limitSize: "Größe begrenzen",
+    limit: "Grenze",
+    limitOf: (percent, size) => `${percent} % des Laufwerks, ${size}`,
+    noLimit: "Die Galerie darf das Laufwerk füllen.",
+    save: "Speichern",
+    saved: "Gespeichert",
+    full: "Die Galerie hat ihre Grenze erreicht. Lösche Aufnahmen oder erhöhe die Grenze.",
+    lowDiskSpace: "Das Laufwerk ist fast voll.",
 
     keys: {
         move: "Zur nächsten Aufnahme",

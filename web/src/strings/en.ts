@@ -62,6 +62,29 @@ export const en = {
     deleteForGoodExplanation: "This happens at once and cannot be undone.",
 
     settings: "Settings",
+    loadingSettings: "Asking the gallery for its settings…",
+    galleryFolder: "Gallery folder",
+    tempFolder: "Temporary folder",
+    changeMeans:
+        "The captures stay in the old folder. The gallery looks through the new one and shows what is there.",
+    cancelChange: "Back to the old folder",
+    drives: "Drives",
+    driveType: (type: string) =>
+        ({ fixed: "built in", external: "external", removable: "removable", network: "network" })[type] ??
+        type,
+    room: (free: string, total: string) => `${free} free of ${total}`,
+    useDrive: "Use",
+    storage: "Storage",
+    used: (usage: string, total: string) => `Captures use ${usage} of ${total}`,
+    hardlyAny: "less than 1 MB",
+    limitSize: "Limit size",
+    limit: "Limit",
+    limitOf: (percent: number, size: string) => `${percent} % of the drive, ${size}`,
+    noLimit: "The gallery may fill the drive.",
+    save: "Save",
+    saved: "Saved",
+    full: "The gallery has reached its limit. Delete captures, or raise the limit.",
+    lowDiskSpace: "The drive is nearly full.",
 
     keys: {
         move: "Go to the next capture",

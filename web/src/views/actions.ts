@@ -1,4 +1,5 @@
 // What can be done from anywhere on the page: deleting, undoing, and opening the page's dialogs.
+import { html, nothing, type TemplateResult } from "lit";
 import type { Capture } from "../model/capture.js";
 import type { News } from "../model/feed.js";
 import { text } from "../strings/index.js";
@@ -6,6 +7,8 @@ import { confirmed } from "./confirm-dialog.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context, SelectionAction } from "./context.js";
 import type { KeyList } from "./key-list.js";
+import { openDialog } from "./page-dialog.js";
+import { SettingsDialog } from "./settings-dialog.js";
 
 /** What it needs of the page. */
 interface Page extends HTMLElement {
@@ -31,6 +34,9 @@ function isEditable(target: EventTarget | null): boolean {
 }
 
 export class Actions {
+    private isFull = false;
+    private isDiskLow = false;
+
     constructor(private readonly page: Page) {}
 
     connect(): void {
@@ -44,6 +50,26 @@ export class Actions {
     /** The gallery has reported something. */
     hear(news: News): void {
         this.page.context.pathChange.hear(news);
+        const { galleryIsFull, checkDiskSpace } = news;
+        if (galleryIsFull === undefined && !checkDiskSpace) return;
+        this.isFull = galleryIsFull ?? this.isFull;
+        this.isDiskLow = checkDiskSpace?.lowDiskSpace ?? this.isDiskLow;
+        this.page.refresh();
+    }
+
+    /** What the gallery has warned of, and where to do something about it. */
+    warnings(): TemplateResult | typeof nothing {
+        if (!this.isFull && !this.isDiskLow) return nothing;
+        return html`<p class="notice warning">
+            ${this.isFull ? text.full : text.lowDiskSpace}
+            <button @click=${() => this.openSettings()}>${text.settings}</button>
+        </p>`;
+    }
+
+    openSettings(): void {
+        const dialog = new SettingsDialog();
+        dialog.context = this.page.context;
+        void openDialog(dialog);
     }
 
     private onKey(event: KeyboardEvent): void {

@@ -61,9 +61,15 @@ export class GalleryPage extends PageElement {
             <main aria-label=${text.gallery}>
                 <header class="bar">
                     <h1>${text.gallery} <small>${this.countText()}</small></h1>
+                    <button
+                        class="settings"
+                        aria-label=${text.settings}
+                        title=${text.settings}
+                        @click=${() => this.actions.openSettings()}
+                    ></button>
                     <filter-bar .context=${context} .cellSize=${this.cellSize}></filter-bar>
                 </header>
-                <div class="notices" role="status">${notice(gallery)}</div>
+                <div class="notices" role="status">${notice(gallery)}${this.actions.warnings()}</div>
                 ${gallery.arrangement.length === 0
                     ? emptyState(gallery, () => this.choose(NO_FILTER))
                     : html`<div class="stage">
