@@ -1,9 +1,11 @@
 // Deleting with a way back, and what a rectangle over the grid selects.
 import assert from "node:assert/strict";
 import { test } from "node:test";
+import { ApiError, CANCELED } from "../src/api/envelope.js";
 import { Arrangement } from "../src/model/arrangement.js";
 import { capturesWithin } from "../src/model/band.js";
 import { Deletions, UNDO_MS, type Answer } from "../src/model/deletions.js";
+import { FileJob, folderFrom } from "../src/model/file-job.js";
 import { Gallery } from "../src/model/gallery.js";
 import { Layout } from "../src/model/layout.js";
 import { capture, dateAt } from "./captures.js";
@@ -127,4 +129,30 @@ test("a rectangle selects the cells that it touches, in all groups and whatever 
     assert.equal(found(650, 60, 700, 70), "", "beside the last column");
     assert.equal(found(450, 50 + row + 5, 600, 50 + row + 9), "", "where the last row has no cell");
     assert.equal(found(10, 60, 10, 9000), "0 3 5 8");
+});
+
+test("files are copied one after the other until somebody stops it or nobody answers", async () => {
+    const captures = ["a", "b", "c"].map((name) => capture(`G/${name}.png`));
+    const asked: string[] = [];
+    let answer: (error?: Error) => void = () => {};
+    const transfer = (source: string, destination: string): Promise<void> => {
+        asked.push(`${source} ${destination}`);
+        return new Promise((resolve, reject) => (answer = (error) => (error ? reject(error) : resolve())));
+    };
+    const jobTo = (folder: string) => new FileJob(captures, folderFrom(folder), transfer, () => {});
+    const job = jobTo(" /x// ");
+    const done = job.run();
+    answer(new ApiError(5, "exists"));
+    for (let turn = 0; turn < 5; ++turn) await null;
+    job.stop();
+    answer();
+    await done;
+    assert.deepEqual(asked, ["/gallery/G/a.png /x/a.png", "/gallery/G/b.png /x/b.png"]);
+    assert.deepEqual([job.state, job.tried, job.succeeded], ["stopped", 2, 1]);
+    assert.deepEqual(job.failures, [{ capture: captures[0], reason: "exists" }]);
+    const lost = jobTo("/");
+    const ended = lost.run();
+    answer(new ApiError(CANCELED, "lost"));
+    await ended;
+    assert.deepEqual([asked.at(-1), asked.length, lost.state], ["/gallery/G/a.png /a.png", 3, "stopped"]);
 });

@@ -1,6 +1,6 @@
 // Doing something with several captures, in a browser.
 import assert from "node:assert/strict";
-import { existsSync, readdirSync, renameSync } from "node:fs";
+import { existsSync, mkdirSync, readdirSync, readFileSync, renameSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { after, before } from "node:test";
 import type { Locator, Page } from "playwright-core";
@@ -181,4 +181,56 @@ pageTest("with a trash, captures come back from it, and those that it refuses st
     await page.keyboard.press("Control+z");
     await cell(page, "Lap 104").waitFor();
     assert.ok(existsSync(lap(104)));
+});
+
+pageTest("captures are copied and moved, and nothing is overwritten", site, async (page) => {
+    const other = join(site.folder, "copies");
+    mkdirSync(other);
+    writeFileSync(join(other, "Lap 90.png"), "mine");
+    for (const number of [91, 90]) await cell(page, `Lap ${number}`).click({ modifiers: ["Control"] });
+    await bar(page).getByRole("button", { name: "Copy to…" }).click();
+    const copying = page.getByRole("dialog", { name: "Copy to…" });
+    const folder = copying.getByRole("textbox", { name: "Folder" });
+    const copy = copying.getByRole("button", { name: "Copy" });
+    await folder.fill(`${other}/none`);
+    await copying.getByText("There is no such folder").waitFor();
+    assert.ok(await copy.isDisabled());
+    await folder.fill(other);
+    await copying.getByText(/GB free of .* GB/).waitFor();
+    await expectAccessible(page);
+    await copy.click();
+    await copying.getByText("1 capture copied.").waitFor();
+    await copying.getByText("Lap 90.png: 'destination' already exists").waitFor();
+    await expectAccessible(page);
+    assert.equal(readFileSync(join(other, "Lap 90.png"), "utf8"), "mine");
+    assert.deepEqual(readFileSync(join(other, "Lap 91.png")), readFileSync(lap(91)));
+    await copying.getByRole("button", { name: "Close" }).click();
+    await selected(page, 2);
+    await bar(page).getByRole("button", { name: "Move to…" }).click();
+    const moving = page.getByRole("dialog", { name: "Move to…" });
+    await moving.getByRole("combobox", { name: "Destination" }).selectOption("Rustwind Rally");
+    await moving.getByRole("button", { name: "Move", exact: true }).click();
+    await moving.getByText("2 captures moved.").waitFor();
+    await page.keyboard.press("Escape");
+    assert.deepEqual([existsSync(lap(90)), existsSync(lap(91))], [false, false]);
+    await page.getByRole("combobox", { name: "Game" }).selectOption("Rustwind Rally");
+    await cell(page, "Lap 90").waitFor();
+});
+
+pageTest("the keys are listed on demand, but not while one types", site, async (page) => {
+    const search = page.getByRole("searchbox", { name: "Search captures" });
+    const keys = page.getByRole("dialog", { name: "Keys" });
+    await search.pressSequentially("Lap 80?");
+    await page.getByRole("heading", { name: "Nothing matches" }).waitFor();
+    assert.equal(await keys.count(), 0);
+    await search.fill("Lap 80");
+    await cell(page, "Lap 80").focus();
+    await page.keyboard.press("?");
+    await keys.getByRole("term").filter({ hasText: "ShiftDelete" }).waitFor();
+    await expectAccessible(page);
+    await page.keyboard.press("?");
+    assert.equal(await keys.count(), 1);
+    await page.keyboard.press("Escape");
+    await keys.waitFor({ state: "detached" });
+    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Lap 80, "));
 });

@@ -61,6 +61,22 @@ export const en = {
     deleteForGoodQuestion: (count: number) => `Delete ${captures(count)} for good?`,
     deleteForGoodExplanation: "This happens at once and cannot be undone.",
 
+    destination: "Destination",
+    otherFolder: "Another folder",
+    games: "Games",
+    folder: "Folder",
+    copy: "Copy",
+    move: "Move",
+    noFolder: "There is no such folder.",
+    notWritable: "This folder cannot be written to.",
+    tooFull: "There is not enough room.",
+    copyQuestion: (count: number) => `Copy ${captures(count)}?`,
+    moveQuestion: (count: number) => `Move ${captures(count)}?`,
+    copied: (count: number) => `${captures(count)} copied.`,
+    moved: (count: number) => `${captures(count)} moved.`,
+    notTried: (count: number) => `${captures(count)} left as they were.`,
+    ofCount: (count: number, all: number) => `${count.toLocaleString("en")} of ${all.toLocaleString("en")}`,
+
     settings: "Settings",
     loadingSettings: "Asking the gallery for its settings…",
     galleryFolder: "Gallery folder",
@@ -86,7 +102,13 @@ export const en = {
     full: "The gallery has reached its limit. Delete captures, or raise the limit.",
     lowDiskSpace: "The drive is nearly full.",
 
+    /** What keys are called where their caps say something else than their names. */
+    caps: { PageUp: "Page Up", PageDown: "Page Down" } as Record<string, string>,
     keys: {
+        title: "Keys",
+        nextGroup: "To the next day or game",
+        nextMark: "To the next mark",
+        firstOrLast: "To the first or last one",
         move: "Go to the next capture",
         moveFar: "Go further",
         open: "Open",

@@ -5,10 +5,14 @@ import type { News } from "../model/feed.js";
 import { text } from "../strings/index.js";
 import { confirmed } from "./confirm-dialog.js";
 import type { CaptureGrid } from "./capture-grid.js";
-import type { Context, SelectionAction } from "./context.js";
+import { MANY, type Context, type SelectionAction } from "./context.js";
+import { GRID_KEYS } from "./grid-input.js";
+import { SCRUBBER_KEYS } from "./jump-scrubber.js";
 import type { KeyList } from "./key-list.js";
+import { KeysDialog } from "./keys-dialog.js";
 import { openDialog } from "./page-dialog.js";
 import { SettingsDialog } from "./settings-dialog.js";
+import { TransferDialog } from "./transfer-dialog.js";
 
 /** What it needs of the page. */
 interface Page extends HTMLElement {
@@ -18,9 +22,6 @@ interface Page extends HTMLElement {
     refresh(): void;
 }
 
-// More are asked about once more.
-const MANY = 100;
-
 export const PAGE_KEYS: KeyList = {
     title: text.gallery,
     keys: [
@@ -28,6 +29,9 @@ export const PAGE_KEYS: KeyList = {
         [["?"], text.keys.list],
     ],
 };
+
+/** Of all parts of the page, in the order in which they are listed. */
+const KEY_LISTS: readonly KeyList[] = [PAGE_KEYS, GRID_KEYS, SCRUBBER_KEYS];
 
 function isEditable(target: EventTarget | null): boolean {
     return target instanceof Element && target.matches("input:not([type=range], [type=checkbox]), textarea");
@@ -74,10 +78,19 @@ export class Actions {
 
     private onKey(event: KeyboardEvent): void {
         if (isEditable(event.target) || event.altKey || event.defaultPrevented) return;
+        if (event.key === "?") return this.openKeys(event);
         const isUndo = event.key.toLowerCase() === "z" && (event.ctrlKey || event.metaKey) && !event.shiftKey;
         if (!isUndo) return;
         event.preventDefault();
         void this.undo();
+    }
+
+    private openKeys(event: Event): void {
+        event.preventDefault();
+        if (document.querySelector("keys-dialog")) return;
+        const dialog = new KeysDialog();
+        dialog.lists = KEY_LISTS;
+        void openDialog(dialog);
     }
 
     private async undo(): Promise<void> {
@@ -87,7 +100,17 @@ export class Actions {
 
     private async act(action: SelectionAction): Promise<void> {
         const { selection } = this.page.context;
-        if (action === "delete") await this.delete(selection.list());
+        if (action === "delete") return this.delete(selection.list());
+        if (action === "copy" || action === "move") await this.transfer(action === "move");
+        // What was moved away is selected no longer, so that the bar may be gone.
+        if (!this.page.contains(document.activeElement)) this.page.grid?.focusLast();
+    }
+
+    private async transfer(moves: boolean): Promise<void> {
+        const dialog = new TransferDialog();
+        const { context } = this.page;
+        Object.assign(dialog, { context, moves, captures: this.capturesOf(context.selection.list()) });
+        await openDialog(dialog);
     }
 
     private capturesOf(paths: readonly string[]): Capture[] {

@@ -16,6 +16,9 @@ export interface Context {
     readonly pathChange: PathChange;
 }
 
+/** Whatever concerns more captures is asked about once more. */
+export const MANY = 100;
+
 export type SelectionAction = "copy" | "move" | "delete" | "montage";
 
 /** Events that elements send upwards. */

@@ -26,6 +26,13 @@ export abstract class PageDialog extends PageElement {
         this.querySelector("dialog")?.showModal();
     }
 
+    // The focus goes to what takes the place of the button that was used.
+    protected override updated(): void {
+        const lost =
+            document.activeElement === document.body || document.activeElement === this.firstElementChild;
+        if (lost) this.querySelector<HTMLElement>(".buttons button:not(:disabled)")?.focus();
+    }
+
     protected closeButton(label = text.close): TemplateResult {
         return html`<button type="button" @click=${() => this.close()}>${label}</button>`;
     }

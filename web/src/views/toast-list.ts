@@ -4,11 +4,11 @@ import { repeat } from "lit/directives/repeat.js";
 import type { Batch } from "../model/deletions.js";
 import { text } from "../strings/index.js";
 import type { Context } from "./context.js";
+import { failureList } from "./failure-list.js";
 import { PageElement } from "./page-element.js";
 
 // More would hide what one looks at; the older ones can be undone by key.
 const SHOWN = 3;
-const REASONS = 5;
 
 function message({ state, captures, failures }: Batch, hasTrash: boolean): string {
     const count = captures.length;
@@ -22,12 +22,7 @@ function message({ state, captures, failures }: Batch, hasTrash: boolean): strin
 function reasons({ state, failures }: Batch): TemplateResult | typeof nothing {
     if (failures.length === 0) return nothing;
     return html`${state === "trashed" ? html`<p>${text.notDeleted(failures.length)}</p>` : nothing}
-        <ul>
-            ${failures
-                .slice(0, REASONS)
-                .map(({ capture, reason }) => html`<li><bdi>${capture.fileName}</bdi>: ${reason}</li>`)}
-            ${failures.length > REASONS ? html`<li>${text.more(failures.length - REASONS)}</li>` : nothing}
-        </ul>`;
+    ${failureList(failures)}`;
 }
 
 export class ToastList extends PageElement {
