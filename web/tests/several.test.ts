@@ -234,3 +234,46 @@ pageTest("the keys are listed on demand, but not while one types", site, async (
     await keys.waitFor({ state: "detached" });
     await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Lap 80, "));
 });
+
+// As a program of the client does it, over the page's own channel.
+function request(page: Page, method: string, payload: object): Promise<Record<string, never>> {
+    type Query = { request: string; onSuccess(text: string): void };
+    return page.evaluate(
+        (envelope) =>
+            new Promise((resolve) => {
+                const { cefQuery } = window as unknown as { cefQuery(query: Query): void };
+                const onSuccess = (text: string) => resolve(JSON.parse(text).payload);
+                cefQuery({ request: JSON.stringify(envelope), onSuccess });
+            }),
+        { method, payload, uniqueid: `test-${method}`, type: 3072, module: "Gallery" },
+    );
+}
+
+pageTest("of a session's highlights one keeps what one chooses", site, async (page) => {
+    const shown = page.getByRole("gridcell", { name: /^Photo finish, Highlight/ });
+    await page.getByRole("searchbox", { name: "Search captures" }).fill("photo finish");
+    await shown.first().waitFor();
+    const { recents } = (await request(page, "GetRecentUGC", { count: 1000 })) as unknown as {
+        recents: { path: string; highlightGroupId: string; DRSProfileName: string }[];
+    };
+    const one = recents.find(({ path }) => path.endsWith("Photo finish.mp4"))!;
+    const app = { profileName: one.DRSProfileName };
+    await request(page, "OpenHighlightsGroupSummary", { app, groups: [{ groupId: one.highlightGroupId }] });
+    const dialog = page.getByRole("dialog", { name: "Highlights" });
+    const kept = dialog.getByRole("checkbox");
+    await dialog.locator("img").nth(1).waitFor();
+    assert.equal(await dialog.getByRole("button", { name: "Delete" }).isDisabled(), true);
+    await expectAccessible(page);
+    const { length } = await kept.all();
+    await kept.first().uncheck();
+    await dialog.getByRole("button", { name: "Delete 1…" }).click();
+    const question = page.getByRole("dialog", { name: "Delete 1 capture?" });
+    await question.getByRole("button", { name: "Cancel" }).click();
+    await dialog.getByRole("button", { name: "Delete 1…" }).click();
+    await question.getByRole("button", { name: "Delete" }).click();
+    const undo = status(page).getByRole("button", { name: "Undo" });
+    await undo.waitFor();
+    assert.equal(await shown.count(), length - 1);
+    await undo.click();
+    await shown.nth(length - 1).waitFor();
+});

@@ -79,6 +79,11 @@ export const de: Strings = {
     notTried: (count) => `${captures(count)} unverändert.`,
     ofCount: (count, all) => `${count.toLocaleString("de")} von ${all.toLocaleString("de")}`,
 
+    chooseHighlights:
+        "Das wurde beim Spielen aufgenommen. Nimm das Häkchen weg, wenn du etwas nicht behalten willst.",
+    keepAll: "Alle behalten",
+    deleteCount: (count) => `${count.toLocaleString("de")} löschen…`,
+
     settings: "Einstellungen",
     loadingSettings: "Die Galerie wird nach ihren Einstellungen gefragt…",
     galleryFolder: "Ordner der Galerie",

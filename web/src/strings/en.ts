@@ -77,6 +77,10 @@ export const en = {
     notTried: (count: number) => `${captures(count)} left as they were.`,
     ofCount: (count: number, all: number) => `${count.toLocaleString("en")} of ${all.toLocaleString("en")}`,
 
+    chooseHighlights: "These were captured while you played. Clear the mark of those that you do not keep.",
+    keepAll: "Keep all",
+    deleteCount: (count: number) => `Delete ${count.toLocaleString("en")}…`,
+
     settings: "Settings",
     loadingSettings: "Asking the gallery for its settings…",
     galleryFolder: "Gallery folder",

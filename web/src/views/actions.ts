@@ -1,12 +1,13 @@
 // What can be done from anywhere on the page: deleting, undoing, and opening the page's dialogs.
 import { html, nothing, type TemplateResult } from "lit";
-import type { Capture } from "../model/capture.js";
+import { captureOf, type Capture } from "../model/capture.js";
 import type { News } from "../model/feed.js";
 import { text } from "../strings/index.js";
 import { confirmed } from "./confirm-dialog.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import { MANY, type Context, type SelectionAction } from "./context.js";
 import { GRID_KEYS } from "./grid-input.js";
+import { HighlightsDialog } from "./highlights-dialog.js";
 import { SCRUBBER_KEYS } from "./jump-scrubber.js";
 import type { KeyList } from "./key-list.js";
 import { KeysDialog } from "./keys-dialog.js";
@@ -40,6 +41,7 @@ function isEditable(target: EventTarget | null): boolean {
 export class Actions {
     private isFull = false;
     private isDiskLow = false;
+    private lastSummary = Promise.resolve();
 
     constructor(private readonly page: Page) {}
 
@@ -54,11 +56,21 @@ export class Actions {
     /** The gallery has reported something. */
     hear(news: News): void {
         this.page.context.pathChange.hear(news);
-        const { galleryIsFull, checkDiskSpace } = news;
+        const { galleryIsFull, checkDiskSpace, openSummary } = news;
+        const highlights = openSummary?.ugc?.flatMap((record) => captureOf(record) ?? []) ?? [];
+        if (highlights.length > 0) this.showHighlights(highlights);
         if (galleryIsFull === undefined && !checkDiskSpace) return;
         this.isFull = galleryIsFull ?? this.isFull;
         this.isDiskLow = checkDiskSpace?.lowDiskSpace ?? this.isDiskLow;
         this.page.refresh();
+    }
+
+    // One session after the other.
+    private showHighlights(captures: readonly Capture[]): void {
+        this.lastSummary = this.lastSummary.then(() => {
+            const { context } = this.page;
+            return openDialog(Object.assign(new HighlightsDialog(), { context, captures }));
+        });
     }
 
     /** What the gallery has warned of, and where to do something about it. */
@@ -71,9 +83,8 @@ export class Actions {
     }
 
     openSettings(): void {
-        const dialog = new SettingsDialog();
-        dialog.context = this.page.context;
-        void openDialog(dialog);
+        const { context } = this.page;
+        void openDialog(Object.assign(new SettingsDialog(), { context }));
     }
 
     private onKey(event: KeyboardEvent): void {
@@ -88,9 +99,7 @@ export class Actions {
     private openKeys(event: Event): void {
         event.preventDefault();
         if (document.querySelector("keys-dialog")) return;
-        const dialog = new KeysDialog();
-        dialog.lists = KEY_LISTS;
-        void openDialog(dialog);
+        void openDialog(Object.assign(new KeysDialog(), { lists: KEY_LISTS }));
     }
 
     private async undo(): Promise<void> {
@@ -107,10 +116,9 @@ export class Actions {
     }
 
     private async transfer(moves: boolean): Promise<void> {
-        const dialog = new TransferDialog();
         const { context } = this.page;
-        Object.assign(dialog, { context, moves, captures: this.capturesOf(context.selection.list()) });
-        await openDialog(dialog);
+        const captures = this.capturesOf(context.selection.list());
+        await openDialog(Object.assign(new TransferDialog(), { context, moves, captures }));
     }
 
     private capturesOf(paths: readonly string[]): Capture[] {
