@@ -277,3 +277,44 @@ pageTest("of a session's highlights one keeps what one chooses", site, async (pa
     await undo.click();
     await shown.nth(length - 1).waitFor();
 });
+
+pageTest("a montage is made, shown and canceled, and overwrites nothing", site, async (page) => {
+    const recipes = join(site.home, ".local/share/ZORVEX/OvirastreamX/Montage/v1");
+    mkdirSync(recipes, { recursive: true });
+    // The montage process of the tests goes by the recipe's name.
+    for (const name of ["good.js", "hangs.js"]) writeFileSync(join(recipes, name), "//");
+    await page.getByRole("combobox", { name: "Game" }).selectOption("Rustwind Rally");
+    await page.getByRole("gridcell").first().focus();
+    await page.keyboard.press("Control+a");
+    const dialog = page.getByRole("dialog", { name: "Montage" });
+    const result = dialog.getByRole("textbox", { name: "Result" });
+    const begin = async (recipe: string): Promise<string> => {
+        await bar(page).getByRole("button", { name: "Montage…" }).click();
+        await dialog.getByRole("textbox", { name: "Recipe" }).fill(recipe);
+        await dialog.getByRole("textbox", { name: "Title" }).fill("The race");
+        return result.inputValue();
+    };
+    const make = dialog.getByRole("button", { name: "Make the montage" });
+    const proposed = await begin("good.js");
+    await expectAccessible(page);
+    await result.fill(join(site.gallery, "Rustwind Rally/Start line.png"));
+    await make.click();
+    await dialog.getByText("There is a file of this name").waitFor();
+    await result.fill(proposed);
+    await make.click();
+    await dialog.getByText("The montage is in the gallery").waitFor();
+    await dialog.getByRole("button", { name: "Show" }).click();
+    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Montage "));
+    assert.ok(existsSync(proposed));
+    await page.keyboard.press("Control+a");
+    const canceled = await begin("hangs.js");
+    await make.click();
+    await dialog.getByText("Making the montage").waitFor();
+    await expectAccessible(page);
+    // It goes on while nobody looks at it.
+    await dialog.getByRole("button", { name: "Close" }).click();
+    await bar(page).getByRole("button", { name: "Montage…" }).click();
+    await dialog.getByRole("button", { name: "Cancel" }).click();
+    await dialog.getByText("The montage was canceled").waitFor();
+    assert.equal(existsSync(canceled), false);
+});

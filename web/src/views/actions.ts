@@ -2,6 +2,7 @@
 import { html, nothing, type TemplateResult } from "lit";
 import { captureOf, type Capture } from "../model/capture.js";
 import type { News } from "../model/feed.js";
+import { montageCaptures, type MontageJob } from "../model/montage.js";
 import { text } from "../strings/index.js";
 import { confirmed } from "./confirm-dialog.js";
 import type { CaptureGrid } from "./capture-grid.js";
@@ -11,6 +12,7 @@ import { HighlightsDialog } from "./highlights-dialog.js";
 import { SCRUBBER_KEYS } from "./jump-scrubber.js";
 import type { KeyList } from "./key-list.js";
 import { KeysDialog } from "./keys-dialog.js";
+import { MontageDialog } from "./montage-dialog.js";
 import { openDialog } from "./page-dialog.js";
 import { SettingsDialog } from "./settings-dialog.js";
 import { TransferDialog } from "./transfer-dialog.js";
@@ -21,6 +23,8 @@ interface Page extends HTMLElement {
     readonly grid: CaptureGrid | null;
     announce(message: string): void;
     refresh(): void;
+    /** Selects a capture and goes to it, whatever is filtered. */
+    show(capture: Capture): void;
 }
 
 export const PAGE_KEYS: KeyList = {
@@ -41,6 +45,7 @@ function isEditable(target: EventTarget | null): boolean {
 export class Actions {
     private isFull = false;
     private isDiskLow = false;
+    private montage: MontageJob | null = null;
     private lastSummary = Promise.resolve();
 
     constructor(private readonly page: Page) {}
@@ -111,6 +116,7 @@ export class Actions {
         const { selection } = this.page.context;
         if (action === "delete") return this.delete(selection.list());
         if (action === "copy" || action === "move") await this.transfer(action === "move");
+        if (action === "montage") return this.makeMontage();
         // What was moved away is selected no longer, so that the bar may be gone.
         if (!this.page.contains(document.activeElement)) this.page.grid?.focusLast();
     }
@@ -119,6 +125,25 @@ export class Actions {
         const { context } = this.page;
         const captures = this.capturesOf(context.selection.list());
         await openDialog(Object.assign(new TransferDialog(), { context, moves, captures }));
+    }
+
+    // One at a time: a montage that is under way is shown again.
+    private async makeMontage(): Promise<void> {
+        const { context } = this.page;
+        const captures = montageCaptures(this.capturesOf(context.selection.list()));
+        const dialog = Object.assign(new MontageDialog(), { context, captures, job: this.montage });
+        await openDialog(dialog);
+        this.montage = dialog.job?.isOver ? null : dialog.job;
+        this.montage?.onChange(() => this.reportMontage());
+        if (dialog.result) this.page.show(dialog.result);
+    }
+
+    // Nobody looks at its dialog.
+    private reportMontage(): void {
+        if (!this.montage?.isOver) return;
+        const { state, failure } = this.montage;
+        this.montage = null;
+        this.page.announce(state === "failed" ? text.failed(failure) : text.montageOver);
     }
 
     private capturesOf(paths: readonly string[]): Capture[] {

@@ -45,6 +45,15 @@ export class GalleryPage extends PageElement {
         this.requestUpdate();
     }
 
+    show(capture: Capture): void {
+        const { gallery, selection } = this.context;
+        if (!gallery.isShown(capture)) this.choose(NO_FILTER);
+        selection.only(capture);
+        this.refresh();
+        // The grid may have to be laid out with it first.
+        requestAnimationFrame(() => void this.grid?.focusCapture(capture));
+    }
+
     /** Draws everything again that shows what the model holds. */
     refresh(): void {
         this.requestUpdate();
