@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include "gallery-host/message/Envelope.h"
-#include "gallery-host/page/AppWindow.h"
 #include "gallery-host/page/ByteRange.h"
 #include "gallery-host/page/Frame.h"
 #include "gallery-host/page/Handles.h"
@@ -48,8 +47,8 @@ TEST(ByteRange, ReadsOneRangeAndTakesAllElseForNone) {
         EXPECT_EQ(Range(field), "all") << field;
 }
 
-HttpRequest RequestWith(Fields fields, const std::string& target = "/", const std::string& method = "GET") {
-    return {method, target, std::move(fields)};
+HttpRequest RequestWith(Fields fields, const std::string& target = "/") {
+    return {"GET", target, std::move(fields)};
 }
 
 TEST(HttpRules, OnlyTheServersOwnNamesAndPagesPass) {
@@ -88,18 +87,6 @@ TEST(HttpRules, OnlyTheServersOwnNamesAndPagesPass) {
     EXPECT_TRUE(rules.MayUpgrade(RequestWith({host, {"origin", "http://localhost:26173"}})));
 }
 
-TEST(HttpRules, TheCookieIsTheOneOfThisPort) {
-    const HttpRules rules(26173, "0123");
-    const auto has = [&rules](const char* cookie) {
-        return rules.HasCookie(RequestWith({{"cookie", cookie}}));
-    };
-    EXPECT_TRUE(has("gallery-26173=0123"));
-    EXPECT_TRUE(has("a=b; gallery-26173=9999; gallery-26173=0123; c=d"));
-    for (const char* cookie : {"", "gallery-26173=012", "gallery-26173=01234", "gallery-26173",
-                               "gallery-26174=0123", "x-gallery-26173=0123; ; ="})
-        EXPECT_FALSE(has(cookie)) << cookie;
-}
-
 TEST(HttpMessage, TargetsAreDecodedOnce) {
     const auto path = [](std::string_view target) {
         const auto read = ReadTarget(target);
@@ -110,8 +97,7 @@ TEST(HttpMessage, TargetsAreDecodedOnce) {
                             "/?%00=1", "/%0d%0aX: y"})
         EXPECT_EQ(path(bad), "-") << bad;
     EXPECT_EQ(ReadTarget("/t?w=1&h=2%26&w=3&x")->Query("h"), "2&");
-    EXPECT_TRUE(MatchesTag(R"("x", W/"a-1")", R"("a-1")"));
-    EXPECT_TRUE(MatchesTag("*", R"("a-1")"));
+    EXPECT_TRUE(MatchesTag(R"("x", W/"a-1")", R"("a-1")") && MatchesTag("*", R"("a-1")"));
     EXPECT_FALSE(MatchesTag(R"("a-11", a-1)", R"("a-1")"));
 }
 
@@ -130,7 +116,6 @@ TEST(Tokens, ALaunchWorksOnceAndInTime) {
     EXPECT_FALSE(tokens.Redeem(first, now));
     EXPECT_FALSE(tokens.Redeem(second, now + LaunchTokens::kLifetime));
     EXPECT_FALSE(tokens.Redeem(second, now)) << "an expired token stays so";
-    EXPECT_EQ(FileAddress("/run/a b/ü.html"), "file:///run/a%20b/%C3%BC.html");
 }
 
 std::string HandleOf(Handles& handles, const std::string& record) {
@@ -159,7 +144,6 @@ TEST(Handles, FollowTheFileAndNotTheRecord) {
     EXPECT_TRUE(handles.Knows("/g/a") && !handles.Knows("/g"));
     for (const std::string& bad : {handle.substr(1), handle + "0", "G" + handle.substr(1), std::string()})
         EXPECT_FALSE(handles.Find(bad)) << bad;
-    EXPECT_EQ(HandleOf(handles, R"({"path":"/g/x","fileType":5})"), "");
     // Four more: the oldest are forgotten, the latest two at least are known.
     for (const char* path : {"/g/b", "/g/c", "/g/d"})
         HandleOf(handles, record(path, rest));

@@ -82,9 +82,6 @@ inline std::string Between(const std::string& text, const std::string& before, c
 // A client for the WebSocket that knows frames and nothing of their limits.
 class WebSocket : public RawClient {
   public:
-    static constexpr char kText = 1;
-    static constexpr char kBinary = 2;
-
     // `origin` may hold more lines of header; without one there is no such field.
     WebSocket(uint16_t port, const std::string& origin, const std::string& target = "/socket")
         : RawClient(port) {
@@ -101,8 +98,8 @@ class WebSocket : public RawClient {
     const std::string& head() const { return head_; }
 
     // A whole message, masked with zeros.
-    void Send(const std::string& text, char kind = kText) {
-        std::string frame{static_cast<char>(0x80 | kind)};
+    void Send(const std::string& text, char opcode = 1) {
+        std::string frame{static_cast<char>(0x80 | opcode)};
         const size_t size = text.size();
         const int width = size < 126 ? 0 : size < 65536 ? 2 : 8;
         frame += static_cast<char>(0x80 | (width == 0 ? size : width == 2 ? 126 : 127));
@@ -160,6 +157,8 @@ class RunningPage {
         thread_ = std::thread([this, limits, &port] { Run(limits, port); });
         port_ = port.get_future().get();
         Launch(addresses_[0]);
+        control_ = std::make_unique<WebSocket>(port_);
+        control_->Open(token_);
     }
     ~RunningPage() {
         bus_->Quit();
@@ -202,10 +201,6 @@ class RunningPage {
     }
     // Over a socket apart from those under test.
     std::string Ask(const std::string& method, const std::string& payload) {
-        if (!control_) {
-            control_ = std::make_unique<WebSocket>(port_);
-            control_->Open(token_);
-        }
         return control_->Ask(method, payload);
     }
     // How often the plug-in was sent the method.

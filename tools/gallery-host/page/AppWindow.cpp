@@ -19,6 +19,23 @@ namespace {
 constexpr const char* kBrowsers[] = {"chromium", "chromium-browser", "google-chrome-stable", "google-chrome"};
 constexpr std::chrono::seconds kTimeToClose{5};
 
+// An absolute path as a file: address.
+std::string FileAddress(const std::string& path) {
+    std::string address = "file://";
+    for (const char c : path) {
+        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                           std::string_view("/-._~").find(c) != std::string_view::npos;
+        const auto byte = static_cast<unsigned char>(c);
+        if (plain)
+            address += c;
+        else
+            address.append(1, '%')
+                .append(1, "0123456789ABCDEF"[byte >> 4])
+                .append(1, "0123456789ABCDEF"[byte & 0x0F]);
+    }
+    return address;
+}
+
 std::vector<std::string> ArgumentsFor(const std::string& launchFile, uint16_t port) {
     // By port: a second server's window must not become a window of the first one's browser.
     const std::string profile =
@@ -54,22 +71,6 @@ AppWindow::AppWindow(const std::string& browser, const std::string& launchFile, 
 AppWindow::~AppWindow() {
     browser_.Terminate(kTimeToClose);
     waiting_.join();
-}
-
-std::string FileAddress(const std::string& path) {
-    std::string address = "file://";
-    for (const char c : path) {
-        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                           std::string_view("/-._~").find(c) != std::string_view::npos;
-        const auto byte = static_cast<unsigned char>(c);
-        if (plain)
-            address += c;
-        else
-            address.append(1, '%')
-                .append(1, "0123456789ABCDEF"[byte >> 4])
-                .append(1, "0123456789ABCDEF"[byte & 0x0F]);
-    }
-    return address;
 }
 
 }  // namespace host::page

@@ -28,7 +28,4 @@ class AppWindow {
     std::thread waiting_;  // last: it uses the browser
 };
 
-// An absolute path as a file: address.
-std::string FileAddress(const std::string& path);
-
 }  // namespace host::page

@@ -17,8 +17,8 @@ struct Connections {
     Site& site;
     const ServerLimits& limits;
     RunElsewhere runElsewhere;
-    std::string ready;              // the frame that answers a socket's token
-    std::function<void()> onEnded;  // a connection is gone, so that another may come
+    std::string ready;             // the frame that answers a socket's token
+    std::function<void()> onRoom;  // a connection is gone or idle, so that another may come
 
     size_t open = 0;                                  // that are no sockets
     std::list<std::weak_ptr<HttpConnection>> idle{};  // between requests, the oldest first

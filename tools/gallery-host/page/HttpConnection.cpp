@@ -80,7 +80,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
     }
     ~HttpConnection() {
         --connections_.open;
-        connections_.onEnded();
+        connections_.onRoom();
     }
     HttpConnection(const HttpConnection&) = delete;
     HttpConnection& operator=(const HttpConnection&) = delete;
@@ -134,6 +134,7 @@ void HttpConnection::AwaitRequest() {
                                 self->buffer_.commit(got);
                                 self->ReadRequest();
                             });
+    connections_.onRoom();
 }
 
 void HttpConnection::ReadRequest() {

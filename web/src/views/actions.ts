@@ -24,7 +24,7 @@ interface Page extends HTMLElement {
     announce(message: string): void;
     refresh(): void;
     /** Selects a capture and goes to it, whatever is filtered. */
-    show(capture: Capture): void;
+    goTo(capture: Capture): void;
 }
 
 export const PAGE_KEYS: KeyList = {
@@ -135,7 +135,7 @@ export class Actions {
         await openDialog(dialog);
         this.montage = dialog.job?.isOver ? null : dialog.job;
         this.montage?.onChange(() => this.reportMontage());
-        if (dialog.result) this.page.show(dialog.result);
+        if (dialog.result) this.page.goTo(dialog.result);
     }
 
     // Nobody looks at its dialog.

@@ -14,6 +14,8 @@ import { PageElement } from "./page-element.js";
 import "./selection-bar.js";
 import { emptyState, notice } from "./states.js";
 import "./toast-list.js";
+import type { CaptureViewer } from "./viewer/capture-viewer.js";
+import "./viewer/capture-viewer.js";
 
 export class GalleryPage extends PageElement {
     static override properties = { cellSize: { type: Number } };
@@ -40,12 +42,21 @@ export class GalleryPage extends PageElement {
         );
     }
 
+    /** Opens a capture over the grid, or closes it; the focus goes back to the capture that was open last. */
+    show(path: string | null): void {
+        const viewer = this.querySelector<CaptureViewer>("capture-viewer");
+        const capture = path === null ? null : (this.context.gallery.captures.get(path) ?? null);
+        const last = viewer?.capture;
+        viewer?.show(capture);
+        if (viewer && !capture && last) void viewer.updateComplete.then(() => this.grid?.focusCapture(last));
+    }
+
     announce(message: string): void {
         this.announced = message;
         this.requestUpdate();
     }
 
-    show(capture: Capture): void {
+    goTo(capture: Capture): void {
         const { gallery, selection } = this.context;
         if (!gallery.isShown(capture)) this.choose(NO_FILTER);
         selection.only(capture);
@@ -89,6 +100,7 @@ export class GalleryPage extends PageElement {
                 <selection-bar .context=${context} hidden></selection-bar>
                 <div class="announcements" role="status">${this.announced}</div>
                 <div class="toasts"><toast-list .context=${context}></toast-list></div>
+                <capture-viewer .context=${context}></capture-viewer>
             </main>
             <div class="dialogs"></div>
         `;

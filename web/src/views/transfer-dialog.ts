@@ -101,7 +101,7 @@ export class TransferDialog extends PageDialog {
     private progress(job: FileJob): TemplateResult {
         const { state, tried, captures, current, failures } = job;
         const isOver = state !== "running" && !current;
-        const done = this.moves ? text.moved(job.succeeded) : text.copied(job.succeeded);
+        const done = this.moves ? text.movedCount(job.succeeded) : text.copiedCount(job.succeeded);
         const left = captures.length - tried;
         return html`
             <progress aria-label=${this.heading} max=${captures.length} .value=${tried}></progress>

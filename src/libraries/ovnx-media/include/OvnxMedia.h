@@ -115,9 +115,9 @@ struct OvnxMediaKeyframeList {
     int64_t frame; /* the mean time from one frame to the next */
 };
 
-/* Lists the keyframes of an MP4 file by its tables and decodes nothing. A file in fragments, which has no such
- * tables, is of unknown format. Returns a status of enum OvnxMediaStatus and fills the last two members only
- * on success. */
+/* Lists the keyframes of an MP4 file by its tables and decodes nothing. A file in fragments, which has no
+ * such tables, is of unknown format. Returns a status of enum OvnxMediaStatus and fills the last two members
+ * only on success. */
 __attribute__((visibility("default"))) int32_t OvnxMediaKeyframes(int fd, struct OvnxMediaKeyframeList* list);
 
 #ifdef __cplusplus
