@@ -20,14 +20,18 @@ await rm(folder, { recursive: true, force: true });
 await mkdir(folder, { recursive: true });
 
 // Names with a hash, so that browsers may keep them for ever.
-const { metafile } = await build({
+const { metafile, outputFiles } = await build({
     ...common,
     entryPoints: { page: join(source, "shell/main.ts"), styles: join(source, "styles/page.css") },
     entryNames: "[name]-[hash]",
     outdir: join(folder, "assets"),
     format: "esm",
     metafile: true,
+    write: false,
 });
+// Only templates have lines that begin with spaces; browsers show one space for all of them.
+await mkdir(join(folder, "assets"));
+for (const { path, text } of outputFiles) await writeFile(path, text.replace(/\n {2,}/g, " "));
 const outputs = Object.keys(metafile.outputs).map((path) => basename(path));
 const outputOf = (ending) => outputs.find((name) => name.endsWith(ending));
 

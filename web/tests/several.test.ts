@@ -82,6 +82,13 @@ pageTest("deleted captures come back by Undo, and go when it is too late for it"
     assert.equal(await bar(page).isVisible(), false);
     await status(page).getByText("2 captures will be deleted for good").waitFor();
     await expectAccessible(page);
+    // It can be used in a dialog that opens meanwhile, too, and is there again afterwards.
+    await page.keyboard.press("?");
+    const keys = page.getByRole("dialog", { name: "Keys" });
+    await keys.getByText("2 captures will be deleted for good").waitFor();
+    await page.keyboard.press("Escape");
+    await keys.waitFor({ state: "detached" });
+    await status(page).getByText("2 captures will be deleted for good").waitFor();
     await page.keyboard.press("Control+z");
     await cell(page, "Lap 107").waitFor();
     assert.ok(existsSync(lap(109)));

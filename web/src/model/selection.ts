@@ -20,10 +20,11 @@ export class Selection {
         return [...this.paths];
     }
 
-    /** Selects these, and nothing else. */
-    set(paths: Iterable<string>): void {
+    /** Selects these, and nothing else; ranges begin at the first one. */
+    set(paths: readonly string[]): void {
         this.clear();
         for (const path of paths) this.paths.add(path);
+        this.anchor = paths[0] ?? null;
     }
 
     /** The selected captures among these. */

@@ -5,6 +5,7 @@ import type { Capture } from "../model/capture.js";
 import { MontageJob, montageRequest, type MontageForm } from "../model/montage.js";
 import { sizeText, text } from "../strings/index.js";
 import type { Context } from "./context.js";
+import { option, selectField, textField } from "./fields.js";
 import { PageDialog } from "./page-dialog.js";
 
 // Until the page is closed: recipes have no list to choose from.
@@ -78,28 +79,14 @@ export class MontageDialog extends PageDialog {
     }
 
     private input(label: string, member: keyof MontageForm): TemplateResult {
-        return html`<label>
-            ${label}
-            <input
-                type="text"
-                spellcheck="false"
-                autocomplete="off"
-                .value=${this.form[member]}
-                @input=${(event: Event) => this.edit(member, (event.target as HTMLInputElement).value)}
-            />
-        </label>`;
+        return textField(label, this.form[member], (value) => this.edit(member, value));
     }
 
     private choice(label: string, member: keyof MontageForm): TemplateResult | typeof nothing {
-        const options = this.choices[member] ?? [];
-        if (options.length === 0) return nothing;
-        return html`<label>
-            ${label}
-            <select @change=${(event: Event) => this.edit(member, (event.target as HTMLSelectElement).value)}>
-                <option value="">${text.none}</option>
-                ${options.map(({ id = "", name = id }) => html`<option value=${id}>${name}</option>`)}
-            </select>
-        </label>`;
+        const choices = this.choices[member] ?? [];
+        if (choices.length === 0) return nothing;
+        const options = choices.map(({ id = "", name = id }) => option(id, name));
+        return selectField(label, [option("", text.none), ...options], (value) => this.edit(member, value));
     }
 
     private progress(job: MontageJob): TemplateResult {

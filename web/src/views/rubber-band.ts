@@ -38,8 +38,13 @@ export class RubberBand {
         this.grid.addEventListener("pointerup", () => this.end());
         this.grid.addEventListener("lostpointercapture", () => this.end());
         this.grid.addEventListener("scroll", () => this.pointer && this.draw(this.pointer));
-        // The click that ends a rectangle is none.
-        this.grid.addEventListener("click", (event) => this.drawn && event.stopImmediatePropagation(), true);
+        this.grid.addEventListener("click", (event) => this.onClick(event), true);
+    }
+
+    // The click that ends a rectangle is none; those of the keyboard, which count 0, are.
+    private onClick(event: MouseEvent): void {
+        if (this.drawn && event.detail > 0) event.stopImmediatePropagation();
+        this.drawn = false;
     }
 
     private onDown(event: PointerEvent): void {

@@ -5,6 +5,7 @@ import { listDrives, type Drive } from "../model/drives.js";
 import { changesOf, formOf, rebased, type SettingsForm } from "../model/settings.js";
 import { sizeText, text } from "../strings/index.js";
 import type { Context } from "./context.js";
+import { textField } from "./fields.js";
 import { PageDialog } from "./page-dialog.js";
 
 const megabytes = (count: number): string => sizeText(count * 1000);
@@ -60,8 +61,12 @@ export class SettingsDialog extends PageDialog {
 
     private fields(form: SettingsForm): TemplateResult {
         return html`
-            ${this.folder(text.galleryFolder, "galleryFolder", form)} ${this.progress(form)}
-            ${this.driveList()} ${this.folder(text.tempFolder, "tempFolder", form)} ${this.storage(form)}
+            ${textField(text.galleryFolder, form.galleryFolder, (galleryFolder) =>
+                this.edit({ galleryFolder }),
+            )}
+            ${this.progress(form)} ${this.driveList()}
+            ${textField(text.tempFolder, form.tempFolder, (tempFolder) => this.edit({ tempFolder }))}
+            ${this.storage(form)}
             <label class="check">
                 <input
                     type="checkbox"
@@ -87,23 +92,6 @@ export class SettingsDialog extends PageDialog {
                 <small>${form.limited ? this.limitText(form) : text.noLimit}</small>
             </div>
         `;
-    }
-
-    private folder(
-        label: string,
-        member: "galleryFolder" | "tempFolder",
-        form: SettingsForm,
-    ): TemplateResult {
-        return html`<label>
-            ${label}
-            <input
-                type="text"
-                spellcheck="false"
-                autocomplete="off"
-                .value=${form[member]}
-                @input=${(event: Event) => this.edit({ [member]: (event.target as HTMLInputElement).value })}
-            />
-        </label>`;
     }
 
     // What a change of the folder means, or how far it is.

@@ -28,18 +28,21 @@ function reasons({ state, failures }: Batch): TemplateResult | typeof nothing {
 export class ToastList extends PageElement {
     context!: Context;
     private home: HTMLElement | null = null;
+    // When they were shown first.
+    private readonly since = new Map<number, number>();
 
     override connectedCallback(): void {
         super.connectedCallback();
         this.home ??= this.parentElement;
         this.context.deletions.onChange(() => this.requestUpdate());
-        document.addEventListener("close", this.goWhereSeen, true);
+        // Dialogs open with the focus in them.
+        for (const event of ["close", "focusin"]) document.addEventListener(event, this.goWhereSeen, true);
     }
 
     // A dialog that is taken away takes along what is in it.
     override disconnectedCallback(): void {
         super.disconnectedCallback();
-        document.removeEventListener("close", this.goWhereSeen, true);
+        for (const event of ["close", "focusin"]) document.removeEventListener(event, this.goWhereSeen, true);
         queueMicrotask(() => !this.isConnected && this.goWhereSeen());
     }
 
@@ -64,7 +67,7 @@ export class ToastList extends PageElement {
         const { id, state } = batch;
         const canUndo = state === "waiting" || state === "trashed";
         const canDismiss = state === "trashed" || state === "failed";
-        return html`<section class="toast ${state}">
+        return html`<section class="toast ${state}" data-since=${this.sinceOf(batch)}>
             <p id="toast-${id}">${message(batch, deletions.hasTrash)}</p>
             ${canUndo
                 ? html`<button aria-describedby="toast-${id}" @click=${() => deletions.undo(batch)}>
@@ -84,8 +87,17 @@ export class ToastList extends PageElement {
     private readonly goWhereSeen = (): void => {
         const dialogs = document.querySelectorAll<HTMLElement>("dialog:modal");
         const place = [...dialogs].at(-1) ?? this.home;
-        if (place && this.parentElement !== place) place.append(this);
+        if (!place || this.parentElement === place) return;
+        place.append(this);
+        // Their animations begin anew, and their time does not.
+        for (const toast of this.querySelectorAll<HTMLElement>(".toast"))
+            toast.style.setProperty("--passed", `${Number(toast.dataset["since"]) - performance.now()}ms`);
     };
+
+    private sinceOf({ id }: Batch): number {
+        if (!this.since.has(id)) this.since.set(id, performance.now());
+        return this.since.get(id)!;
+    }
 }
 
 customElements.define("toast-list", ToastList);

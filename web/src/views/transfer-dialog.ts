@@ -7,6 +7,7 @@ import { sizeText, text } from "../strings/index.js";
 import { confirmed } from "./confirm-dialog.js";
 import { MANY, type Context } from "./context.js";
 import { failureList } from "./failure-list.js";
+import { option, selectField, textField } from "./fields.js";
 import { PageDialog } from "./page-dialog.js";
 
 /** What is known of the folder that is typed. */
@@ -59,26 +60,8 @@ export class TransferDialog extends PageDialog {
     private choice(sizeKB: number): TemplateResult {
         const obstacle = this.obstacle(sizeKB);
         return html`<form novalidate @submit=${this.start}>
-            <label>
-                ${text.destination}
-                <select @change=${(event: Event) => this.choose((event.target as HTMLSelectElement).value)}>
-                    <option value="">${text.otherFolder}</option>
-                    <optgroup label=${text.games}>${this.gameOptions()}</optgroup>
-                    <optgroup label=${text.drives}>
-                        ${this.drives.map(({ name }) => this.option(name, name))}
-                    </optgroup>
-                </select>
-            </label>
-            <label>
-                ${text.folder}
-                <input
-                    type="text"
-                    spellcheck="false"
-                    autocomplete="off"
-                    .value=${this.folder}
-                    @input=${(event: Event) => this.choose((event.target as HTMLInputElement).value)}
-                />
-            </label>
+            ${selectField(text.destination, this.destinations(), this.choose)}
+            ${textField(text.folder, this.folder, this.choose)}
             <p role="status">${this.roomText()} ${obstacle}</p>
             <div class="buttons">
                 ${this.closeButton(text.cancel)}
@@ -89,13 +72,14 @@ export class TransferDialog extends PageDialog {
         </form>`;
     }
 
-    private gameOptions(): TemplateResult[] {
+    private destinations(): TemplateResult {
         const { folder, games } = this.context.gallery;
-        return games.map((game) => this.option(`${folderFrom(folder)}/${game}`, game));
-    }
-
-    private option(folder: string, title: string): TemplateResult {
-        return html`<option value=${folder} ?selected=${folder === this.folder}>${title}</option>`;
+        const at = (place: string, title: string) => option(place, title, place === this.folder);
+        return html`${at("", text.otherFolder)}
+            <optgroup label=${text.games}>
+                ${games.map((game) => at(`${folderFrom(folder)}/${game}`, game))}
+            </optgroup>
+            <optgroup label=${text.drives}>${this.drives.map(({ name }) => at(name, name))}</optgroup>`;
     }
 
     private progress(job: FileJob): TemplateResult {
@@ -138,12 +122,12 @@ export class TransferDialog extends PageDialog {
         return !this.moves && place.room.freeMB * 1000 < sizeKB ? text.tooFull : "";
     }
 
-    private choose(folder: string): void {
+    private readonly choose = (folder: string): void => {
         this.folder = folder;
         this.place = null;
         this.requestUpdate();
         void this.look();
-    }
+    };
 
     // One look at a time, and the last one at what is typed then.
     private async look(): Promise<void> {
