@@ -35,6 +35,9 @@ export interface NewsListener<N extends keyof Notifications> {
 }
 
 export class Client {
+    // Of `follow`, by the name of the notification.
+    private readonly followed = new Map<string, Set<(news: never) => void>>();
+
     constructor(
         private readonly channel: Channel,
         private readonly hostInfo: () => HostInfo | null,
@@ -51,6 +54,26 @@ export class Client {
             onGap: () => listener.onGap(),
             onEnd: (error) => listener.onEnd(error),
         });
+    }
+
+    /**
+     * Calls `onNews` with each notification of this name until the function that it returns is called. All who follow
+     * one share a subscription, because a server keeps every one for as long as the page is open. After
+     * the connection was lost nothing comes to those who followed before.
+     */
+    follow<N extends keyof Notifications>(method: N, onNews: (news: News<N>) => void): () => void {
+        const known = this.followed.get(method);
+        const followers = known ?? new Set();
+        followers.add(onNews);
+        if (!known) {
+            this.followed.set(method, followers);
+            this.subscribe(method, {
+                onNews: (news) => followers.forEach((follower) => (follower as typeof onNews)(news)),
+                onGap: () => {},
+                onEnd: () => this.followed.delete(method),
+            });
+        }
+        return () => followers.delete(onNews);
     }
 
     offers(method: keyof HostRequests): boolean {

@@ -66,11 +66,7 @@ export class MontageJob {
     }
 
     async run(): Promise<void> {
-        const end = this.client.subscribe("MontageNotification", {
-            onNews: ({ progress = null }) => this.report(progress),
-            onGap: () => {},
-            onEnd: () => {},
-        });
+        const end = this.client.follow("MontageNotification", ({ progress = null }) => this.report(progress));
         try {
             await this.client.request("CreateMontageFromRecipe", this.request);
             // A montage that was canceled is answered as if it had been made.

@@ -26,11 +26,9 @@ export class SettingsDialog extends PageDialog {
         super.connectedCallback();
         const { client, pathChange } = this.context;
         pathChange.onChange(() => (pathChange.isRunning ? this.requestUpdate() : void this.load()));
-        this.stopListening = client.subscribe("GalleryUpdatedNotification", {
-            onNews: ({ capacity = {} }) => this.measure(capacity),
-            onGap: () => void this.load(),
-            onEnd: () => {},
-        });
+        this.stopListening = client.follow("GalleryUpdatedNotification", ({ capacity = {} }) =>
+            this.measure(capacity),
+        );
         void this.load();
         listDrives(client).then(
             (drives) => {
