@@ -20,16 +20,22 @@ await rm(folder, { recursive: true, force: true });
 await mkdir(folder, { recursive: true });
 
 // Names with a hash, so that browsers may keep them for ever.
-const { metafile } = await build({
+const { metafile, outputFiles } = await build({
     ...common,
     entryPoints: { page: join(source, "shell/main.ts"), styles: join(source, "styles/page.css") },
     entryNames: "[name]-[hash]",
+    chunkNames: "[name]-[hash]",
+    splitting: true,
     outdir: join(folder, "assets"),
     format: "esm",
     metafile: true,
+    write: false,
 });
-const outputs = Object.keys(metafile.outputs).map((path) => basename(path));
-const outputOf = (ending) => outputs.find((name) => name.endsWith(ending));
+// Only templates have lines that begin with spaces; browsers show one space for all of them.
+await mkdir(join(folder, "assets"));
+for (const { path, text } of outputFiles) await writeFile(path, text.replace(/\n {2,}/g, " "));
+const outputOf = (entry) =>
+    basename(Object.entries(metafile.outputs).find(([, { entryPoint }]) => entryPoint?.endsWith(entry))[0]);
 
 // The server, and pages that were opened before, know these by name.
 await build({
@@ -42,5 +48,7 @@ await build({
 const index = await readFile(join(source, "shell/index.html"), "utf8");
 await writeFile(
     join(folder, "index.html"),
-    index.replace("{{page.js}}", outputOf(".js")).replace("{{page.css}}", outputOf(".css")),
+    index
+        .replace("{{page.js}}", outputOf("shell/main.ts"))
+        .replace("{{page.css}}", outputOf("styles/page.css")),
 );

@@ -156,3 +156,21 @@ test("the client pairs answers and notifications of a recorded session with what
     answer(0, { payload: saved });
     assert.deepEqual(heard, ["/g/Rally/x.png"]);
 });
+
+test("all who follow a notification share one subscription, and a lost one is made anew", () => {
+    const { sent, answer, queries, client } = connect();
+    const heard: string[] = [];
+    const follow = (name: string) =>
+        client.follow("MontageNotification", ({ progress }) => heard.push(`${name}${progress}`));
+    const end = follow("a");
+    follow("b");
+    answer(0, { payload: { progress: 1 } });
+    end();
+    answer(0, { payload: { progress: 2 } });
+    follow("c");
+    assert.deepEqual([heard, sent.length], [["a1", "b1", "b2"], 1]);
+    queries.onLost();
+    follow("d");
+    answer(1, { payload: { progress: 3 } });
+    assert.deepEqual([heard.slice(3), sent.length], [["d3"], 2]);
+});

@@ -7,6 +7,15 @@ import type { Notifications, Requests } from "./types.js";
 export interface HostRequests {
     OpenFolder: { file: string };
     OpenInPlayer: { file: string };
+    /** Moves files into the trash; answered with `HostAnswer`. */
+    Trash: { files: readonly string[] };
+    /** Takes files that `Trash` was asked for out of it again; answered with `HostAnswer`. */
+    Restore: { files: readonly string[] };
+}
+
+/** What became of each file. */
+export interface HostAnswer {
+    readonly files?: readonly { file: string; _return_code: number; _return_status: string }[];
 }
 
 /** What the server that shows the page offers beyond the gallery. The container offers nothing. */
@@ -26,6 +35,9 @@ export interface NewsListener<N extends keyof Notifications> {
 }
 
 export class Client {
+    // Of `follow`, by the name of the notification.
+    private readonly followed = new Map<string, Set<(news: never) => void>>();
+
     constructor(
         private readonly channel: Channel,
         private readonly hostInfo: () => HostInfo | null,
@@ -44,11 +56,31 @@ export class Client {
         });
     }
 
+    /**
+     * Calls `onNews` with each notification of this name until the function that it returns is called. All who follow
+     * one share a subscription, because a server keeps every one for as long as the page is open. After
+     * the connection was lost nothing comes to those who followed before.
+     */
+    follow<N extends keyof Notifications>(method: N, onNews: (news: News<N>) => void): () => void {
+        const known = this.followed.get(method);
+        const followers = known ?? new Set();
+        followers.add(onNews);
+        if (!known) {
+            this.followed.set(method, followers);
+            this.subscribe(method, {
+                onNews: (news) => followers.forEach((follower) => (follower as typeof onNews)(news)),
+                onGap: () => {},
+                onEnd: () => this.followed.delete(method),
+            });
+        }
+        return () => followers.delete(onNews);
+    }
+
     offers(method: keyof HostRequests): boolean {
         return this.hostInfo()?.methods.includes(method) ?? false;
     }
 
-    async askHost<M extends keyof HostRequests>(method: M, parameters: HostRequests[M]): Promise<void> {
-        payloadOf(await ask(this.channel, makeEnvelope("Host", method, parameters)));
+    async askHost<M extends keyof HostRequests>(method: M, parameters: HostRequests[M]): Promise<HostAnswer> {
+        return payloadOf(await ask(this.channel, makeEnvelope("Host", method, parameters)));
     }
 }

@@ -34,6 +34,11 @@ export const CANCELED = -1;
 /** The code of a server that knows the page's token no longer. */
 export const OUTDATED = 4401;
 
+/** The gallery's own answer, and not the end of the channel. */
+export function isRefusal(error: unknown): boolean {
+    return error instanceof ApiError && error.code !== CANCELED && error.code !== OUTDATED;
+}
+
 // Other pages of the client share the channel, so that a count alone would not be unique.
 const origin = Array.from(crypto.getRandomValues(new Uint32Array(3)), (part) => part.toString(16)).join("");
 let created = 0;

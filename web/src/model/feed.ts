@@ -1,7 +1,7 @@
 // Keeps the model of the gallery up to date: loads the list, follows notifications, and starts anew when the
 // connection was lost.
 import type { Client } from "../api/client.js";
-import { ApiError, CANCELED, OUTDATED } from "../api/envelope.js";
+import { ApiError, isRefusal, OUTDATED } from "../api/envelope.js";
 import type { Notifications, Requests } from "../api/types.js";
 import { captureOf, type Capture } from "./capture.js";
 import type { Gallery } from "./gallery.js";
@@ -12,7 +12,7 @@ export interface Scheduler {
     idle(run: () => void): void;
 }
 
-type News = Notifications["GalleryNotifications"]["response"];
+export type News = Notifications["GalleryNotifications"]["response"];
 type Settings = Requests["GetSettings"]["response"]["settings"];
 
 // Enough for the first screen, and quick for any gallery.
@@ -22,11 +22,6 @@ const ALL_COUNT = 1_000_000;
 const POLL_MS = 1000;
 const POLLS_AFTER_RETURN = 60;
 const LONGEST_WAIT_MS = 5000;
-
-// The gallery's own answer, and not the end of the channel.
-function isRefusal(error: unknown): boolean {
-    return error instanceof ApiError && error.code !== CANCELED && error.code !== OUTDATED;
-}
 
 export class Feed {
     // Counts connections; what belongs to an earlier one is ignored.
@@ -45,6 +40,8 @@ export class Feed {
         private readonly client: Client,
         private readonly gallery: Gallery,
         private readonly scheduler: Scheduler,
+        /** Called with everything that the gallery reports, after the gallery's model knows of it. */
+        private readonly hear: (news: News) => void = () => {},
     ) {}
 
     start(): void {
@@ -161,6 +158,7 @@ export class Feed {
         if (news.galleryPathUpdateStatus) this.reload();
         // The last capture may have gone with the drive.
         else if (news.ugcDeleted && this.gallery.captures.size === 0) this.reload();
+        this.hear(news);
     }
 
     private apply(news: News): void {

@@ -33,7 +33,9 @@ export class Gallery {
     connection: Connection = "open";
     folder = "";
     private readonly listeners = new Set<Listener>();
-    private matches: (capture: Capture) => boolean;
+    private passes: (capture: Capture) => boolean;
+    // Paths of what is about to be deleted.
+    private readonly hidden = new Set<string>();
     private added: Capture[] = [];
     private rearranged = false;
     private scheduled = false;
@@ -46,7 +48,7 @@ export class Gallery {
         public view: View = { ...NO_FILTER, grouping: "day", sort: "newest" },
         private readonly schedule: (report: () => void) => void = queueMicrotask,
     ) {
-        this.matches = matcher(this.view);
+        this.passes = matcher(this.view);
         this.arrangement = new Arrangement([], view.grouping, view.sort);
     }
 
@@ -66,9 +68,32 @@ export class Gallery {
 
     isShown = (capture: Capture): boolean => this.matches(capture);
 
+    isHidden({ path }: Capture): boolean {
+        return this.hidden.has(path);
+    }
+
+    /** Shows them no longer, though they are there. */
+    hide(captures: readonly Capture[]): void {
+        for (const { path } of captures) {
+            const known = this.captures.get(path);
+            if (known) this.takeOut(known);
+            this.hidden.add(path);
+        }
+        this.report();
+    }
+
+    /** Ends `hide`. Those that are gone by now stay away. */
+    show(captures: readonly Capture[]): void {
+        for (const { path } of captures) {
+            const known = this.hidden.delete(path) ? this.captures.get(path) : undefined;
+            if (known && this.matches(known)) this.edits.push((arrangement) => arrangement.insert(known));
+        }
+        this.report();
+    }
+
     setView(changes: Partial<View>): void {
         this.view = { ...this.view, ...changes };
-        this.matches = matcher(this.view);
+        this.passes = matcher(this.view);
         this.rearrange();
     }
 
@@ -114,6 +139,8 @@ export class Gallery {
         this.gameNames = null;
         this.report();
     }
+
+    private matches = (capture: Capture): boolean => !this.hidden.has(capture.path) && this.passes(capture);
 
     private takeOut(capture: Capture): void {
         if (this.matches(capture)) this.edits.push((arrangement) => arrangement.remove(capture));

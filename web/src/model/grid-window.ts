@@ -45,7 +45,7 @@ export class GridWindow {
         return way > 0 ? Math.min(1, Math.max(0, scrollTop / way)) : 0;
     }
 
-    drawnTop(row: Row, scrollTop: number): number {
+    drawnTop(row: Pick<Row, "top">, scrollTop: number): number {
         return this.scale.drawnTop(row.top, scrollTop);
     }
 

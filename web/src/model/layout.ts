@@ -68,6 +68,11 @@ export class Layout {
         return this.measures.width;
     }
 
+    /** Between the cells of a row, and between rows. */
+    get gap(): number {
+        return this.measures.gap;
+    }
+
     groupTop(group: number): number {
         return this.tops[group] ?? this.height;
     }

@@ -16,6 +16,17 @@ export class Selection {
         return this.paths.has(capture.path);
     }
 
+    list(): readonly string[] {
+        return [...this.paths];
+    }
+
+    /** Selects these, and nothing else; ranges begin at the first one. */
+    set(paths: readonly string[]): void {
+        this.clear();
+        for (const path of paths) this.paths.add(path);
+        this.anchor = paths[0] ?? null;
+    }
+
     /** The selected captures among these. */
     of(captures: ReadonlyMap<string, Capture>): Capture[] {
         return [...this.paths].flatMap((path) => captures.get(path) ?? []);

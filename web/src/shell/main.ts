@@ -1,13 +1,16 @@
 // Puts the page together.
 import { Client, type HostInfo } from "../api/client.js";
 import { channelOf, type Channel } from "../api/query.js";
-import { Feed } from "../model/feed.js";
+import { Deletions } from "../model/deletions.js";
+import { Feed, type News } from "../model/feed.js";
 import { NO_FILTER } from "../model/filter.js";
 import { Gallery, type View } from "../model/gallery.js";
+import { PathChange } from "../model/path-change.js";
 import { Selection } from "../model/selection.js";
 import { Thumbnails } from "../model/thumbnails.js";
 import { language, text } from "../strings/index.js";
 import { GalleryPage } from "../views/gallery-page.js";
+import { removerFor } from "../views/remover.js";
 import { loaderFor } from "../views/thumbnail-loader.js";
 import { Router } from "./router.js";
 import { keepPreferences, readPreferences } from "./preferences.js";
@@ -19,6 +22,13 @@ function hostInfo(): HostInfo | null {
 const scheduler = {
     later: (ms: number, run: () => void) => void setTimeout(run, ms),
     idle: (run: () => void) => void requestIdleCallback(run, { timeout: 500 }),
+};
+
+const clock = {
+    later(ms: number, run: () => void) {
+        const timer = setTimeout(run, ms);
+        return () => clearTimeout(timer);
+    },
 };
 
 // One report for each frame that is drawn; a page that is not seen draws none.
@@ -43,7 +53,11 @@ function start(channel: Channel): void {
     };
     const thumbnails = new Thumbnails(loaderFor(client), redraw);
     const page = new GalleryPage();
-    page.context = { client, gallery, selection: new Selection(), thumbnails };
+    const deletions = new Deletions(gallery, removerFor(client), clock);
+    const pathChange = new PathChange();
+    page.context = { client, gallery, selection: new Selection(), thumbnails, deletions, pathChange };
+    // A page that was left and comes back from the browser's memory deletes nothing either.
+    window.addEventListener("pagehide", () => deletions.callOff());
     page.cellSize = preferences.cellSize;
     const keep = (changes: object): void => keepPreferences((preferences = { ...preferences, ...changes }));
     page.addEventListener("cell-size", (event) => {
@@ -68,7 +82,8 @@ function start(channel: Channel): void {
         stopWaiting();
         page.show(router.path);
     });
-    new Feed(client, gallery, scheduler).start();
+    const hear = (news: News): void => page.actions.hear(news);
+    new Feed(client, gallery, scheduler, hear).start();
 }
 
 document.documentElement.lang = language;

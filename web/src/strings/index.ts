@@ -1,13 +1,16 @@
 // The language that the browser asks for, and how it writes dates and sizes.
-import { de } from "./de.js";
 import { en, type Strings } from "./en.js";
 
-const LANGUAGES: Record<string, Strings> = { de, en };
+// A page loads only the language that it shows; English is there for when another one cannot be loaded.
+const LANGUAGES: Record<string, () => Promise<Strings>> = {
+    de: async () => (await import("./de.js")).de,
+    en: async () => en,
+};
 
 const wanted = navigator.languages.find((language) => language.slice(0, 2) in LANGUAGES) ?? "en";
 
 export const language = wanted.slice(0, 2);
-export const text: Strings = LANGUAGES[language]!;
+export const text: Strings = await LANGUAGES[language]!().catch(() => en);
 
 const formats = {
     moment: new Intl.DateTimeFormat(wanted, { dateStyle: "long", timeStyle: "short" }),

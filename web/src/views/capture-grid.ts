@@ -12,6 +12,7 @@ import { GridInput } from "./grid-input.js";
 import { gridRow } from "./grid-rows.js";
 import { KeptPlace } from "./kept-place.js";
 import { PageElement } from "./page-element.js";
+import { RubberBand } from "./rubber-band.js";
 
 // Pixels; the styles use the same through custom properties.
 const GAP = 12;
@@ -44,6 +45,7 @@ export class CaptureGrid extends PageElement {
         this.window = this.makeWindow(0, 0);
         this.stopListening = this.context.gallery.onChange((change) => this.onChange(change));
         this.addEventListener("scroll", () => this.requestUpdate(), { passive: true });
+        new RubberBand(this).connect();
         this.input.connect();
     }
 
@@ -72,6 +74,12 @@ export class CaptureGrid extends PageElement {
         this.reveal(capture);
         await this.updateComplete;
         this.cellOf(capture)?.focus({ preventScroll: true });
+    }
+
+    /** Moves the focus to where it was last in the grid. */
+    focusLast(): void {
+        const active = this.input.active() ?? this.tabStop();
+        if (active) void this.focusCapture(active);
     }
 
     /** The key of the group that the view begins with. */

@@ -1,7 +1,9 @@
 // What the elements of the page share.
 import type { Client } from "../api/client.js";
 import type { Capture } from "../model/capture.js";
+import type { Deletions } from "../model/deletions.js";
 import type { Gallery } from "../model/gallery.js";
+import type { PathChange } from "../model/path-change.js";
 import type { Selection } from "../model/selection.js";
 import type { Thumbnails } from "../model/thumbnails.js";
 
@@ -10,7 +12,14 @@ export interface Context {
     readonly gallery: Gallery;
     readonly selection: Selection;
     readonly thumbnails: Thumbnails;
+    readonly deletions: Deletions;
+    readonly pathChange: PathChange;
 }
+
+/** Whatever concerns more captures is asked about once more. */
+export const MANY = 100;
+
+export type SelectionAction = "copy" | "move" | "delete" | "montage";
 
 /** Events that elements send upwards. */
 declare global {
@@ -18,6 +27,11 @@ declare global {
         /** Somebody wants to see this capture. */
         "open-capture": CustomEvent<Capture>;
         "selection-change": CustomEvent<void>;
+        /** Somebody wants to do this with what is selected. */
+        "selection-action": CustomEvent<SelectionAction>;
+        /** Somebody wants to delete captures, which can be undone, or for good, which cannot. */
+        "delete-captures": CustomEvent<readonly string[]>;
+        "delete-for-good": CustomEvent<readonly string[]>;
         /** The grid shows another part, or another layout. */
         "grid-view": CustomEvent<void>;
         /** The viewer's next capture. */

@@ -4,6 +4,7 @@ import type { Capture } from "../model/capture.js";
 import { NO_FILTER } from "../model/filter.js";
 import type { Change, View } from "../model/gallery.js";
 import { text } from "../strings/index.js";
+import { Actions } from "./actions.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context } from "./context.js";
 import "./capture-grid.js";
@@ -12,6 +13,7 @@ import "./jump-scrubber.js";
 import { PageElement } from "./page-element.js";
 import "./selection-bar.js";
 import { emptyState, notice } from "./states.js";
+import "./toast-list.js";
 import type { CaptureViewer } from "./viewer/capture-viewer.js";
 import "./viewer/capture-viewer.js";
 
@@ -20,6 +22,7 @@ export class GalleryPage extends PageElement {
 
     context!: Context;
     cellSize = 240;
+    readonly actions = new Actions(this);
     private announced = "";
 
     /** Null while there is nothing to show in it. */
@@ -29,6 +32,7 @@ export class GalleryPage extends PageElement {
 
     override connectedCallback(): void {
         super.connectedCallback();
+        this.actions.connect();
         this.context.gallery.onChange((change) => this.onChange(change));
         this.addEventListener("selection-change", () => this.refresh());
         this.addEventListener("grid-view", () => this.followGrid());
@@ -52,6 +56,15 @@ export class GalleryPage extends PageElement {
         this.requestUpdate();
     }
 
+    goTo(capture: Capture): void {
+        const { gallery, selection } = this.context;
+        if (!gallery.isShown(capture)) this.choose(NO_FILTER);
+        selection.only(capture);
+        this.refresh();
+        // The grid may have to be laid out with it first.
+        requestAnimationFrame(() => void this.grid?.focusCapture(capture));
+    }
+
     /** Draws everything again that shows what the model holds. */
     refresh(): void {
         this.requestUpdate();
@@ -68,9 +81,15 @@ export class GalleryPage extends PageElement {
             <main aria-label=${text.gallery}>
                 <header class="bar">
                     <h1>${text.gallery} <small>${this.countText()}</small></h1>
+                    <button
+                        class="settings"
+                        aria-label=${text.settings}
+                        title=${text.settings}
+                        @click=${() => this.actions.openSettings()}
+                    ></button>
                     <filter-bar .context=${context} .cellSize=${this.cellSize}></filter-bar>
                 </header>
-                <div class="notices" role="status">${notice(gallery)}</div>
+                <div class="notices" role="status">${notice(gallery)}${this.actions.warnings()}</div>
                 ${gallery.arrangement.length === 0
                     ? emptyState(gallery, () => this.choose(NO_FILTER))
                     : html`<div class="stage">
@@ -80,8 +99,10 @@ export class GalleryPage extends PageElement {
                       </div>`}
                 <selection-bar .context=${context} hidden></selection-bar>
                 <div class="announcements" role="status">${this.announced}</div>
+                <div class="toasts"><toast-list .context=${context}></toast-list></div>
                 <capture-viewer .context=${context}></capture-viewer>
             </main>
+            <div class="dialogs"></div>
         `;
     }
 

@@ -1,8 +1,26 @@
 // Keys and pointer of the grid: moving the focus, selecting, opening.
 import type { Capture } from "../model/capture.js";
 import { target } from "../model/navigation.js";
-import { send, type Context } from "./context.js";
 import type { GridWindow } from "../model/grid-window.js";
+import { text } from "../strings/index.js";
+import { send, type Context } from "./context.js";
+import type { KeyList } from "./key-list.js";
+
+export const GRID_KEYS: KeyList = {
+    title: text.captures,
+    keys: [
+        [["←", "→", "↑", "↓"], text.keys.move],
+        [["PageUp", "PageDown", "Home", "End"], text.keys.moveFar],
+        [["Enter"], text.keys.open],
+        [["Space"], text.keys.select],
+        [["Shift+←", "Shift+→", "Shift+↑", "Shift+↓"], text.keys.selectRange],
+        [["Ctrl+A"], text.selectAll],
+        [["G"], text.selectGame],
+        [["Esc"], text.clearSelection],
+        [["Delete"], text.delete],
+        [["Shift+Delete"], text.keys.deleteForGood],
+    ],
+};
 
 /** What it needs of the grid. */
 interface Grid extends HTMLElement {
@@ -96,16 +114,37 @@ export class GridInput {
     }
 
     private act(event: KeyboardEvent, capture: Capture, ctrl: boolean): boolean {
-        const { gallery, selection } = this.grid.context;
+        const { selection } = this.grid.context;
         if (event.key === "Enter" && !ctrl) send(this.grid, "open-capture", capture);
         else if (event.key === " ") this.changeSelection(() => this.choose(event, capture, true));
         else if (event.key.toLowerCase() === "a" && ctrl)
+            this.changeSelection(() => selection.add(this.shown()));
+        else if (event.key.toLowerCase() === "g" && !ctrl)
             this.changeSelection(() =>
-                selection.add(gallery.arrangement.between(0, gallery.arrangement.length - 1)),
+                selection.add(this.shown().filter(({ game }) => game === capture.game)),
             );
+        else if (event.key === "Delete" && !ctrl) this.delete(capture, event.shiftKey);
         else if (event.key === "Escape" && selection.size > 0) this.changeSelection(() => selection.clear());
         else return false;
         return true;
+    }
+
+    private shown(): Capture[] {
+        const { arrangement } = this.grid.context.gallery;
+        return arrangement.between(0, arrangement.length - 1);
+    }
+
+    private selectGroup(button: HTMLElement): void {
+        const { gallery, selection } = this.grid.context;
+        const group = gallery.arrangement.groups.find(({ key }) => key === button.dataset["group"]);
+        if (group) this.changeSelection(() => selection.add(group.captures));
+    }
+
+    // What is selected goes; without a selection, what has the focus.
+    private delete(focused: Capture, forGood: boolean): void {
+        const { selection } = this.grid.context;
+        const paths = selection.size > 0 ? selection.list() : [focused.path];
+        send(this.grid, forGood ? "delete-for-good" : "delete-captures", paths);
     }
 
     private choose(event: { shiftKey: boolean }, capture: Capture, several: boolean): void {
@@ -120,6 +159,7 @@ export class GridInput {
         const action = (event.target as Element).closest<HTMLElement>("[data-action]")?.dataset["action"];
         if (capture && action) return this.actOnBroken(action, capture);
         const { selection } = this.grid.context;
+        if (action === "select-group") return this.selectGroup(event.target as HTMLElement);
         if (!capture) {
             if (selection.size > 0) this.changeSelection(() => selection.clear());
             return;

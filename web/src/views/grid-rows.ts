@@ -18,10 +18,14 @@ const styleOf = ({ top }: RowState): string => `transform:translateY(${top}px)`;
 
 function header({ gallery }: Context, row: Row, state: RowState): TemplateResult {
     const { key, captures } = gallery.arrangement.groups[row.group]!;
-    const title = gallery.view.grouping === "game" ? key : dayText(key);
+    const byGame = gallery.view.grouping === "game";
+    const title = byGame ? key : dayText(key);
     return html`<div role="row" class="group" aria-rowindex=${row.number} .style=${styleOf(state)}>
         <div role="rowheader" aria-colspan=${state.columns}>
             <span dir="auto">${title}</span> <small>${text.captureCount(captures.length)}</small>
+            <button class="select-group" data-action="select-group" data-group=${key} tabindex="-1">
+                ${byGame ? text.selectGame : text.selectDay}
+            </button>
         </div>
     </div>`;
 }

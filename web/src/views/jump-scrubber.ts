@@ -4,7 +4,17 @@ import { marksOf, type Mark } from "../model/scrubber.js";
 import { dayText, monthText, text } from "../strings/index.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context } from "./context.js";
+import type { KeyList } from "./key-list.js";
 import { PageElement } from "./page-element.js";
+
+export const SCRUBBER_KEYS: KeyList = {
+    title: text.jumpTo,
+    keys: [
+        [["↑", "↓"], text.keys.nextGroup],
+        [["PageUp", "PageDown"], text.keys.nextMark],
+        [["Home", "End"], text.keys.firstOrLast],
+    ],
+};
 
 export class JumpScrubber extends PageElement {
     context!: Context;

@@ -1,8 +1,15 @@
 // What is selected: how many, how large, and what can be done with them.
 import { html, type TemplateResult } from "lit";
 import { sizeText, text } from "../strings/index.js";
-import { send, type Context } from "./context.js";
+import { send, type Context, type SelectionAction } from "./context.js";
 import { PageElement } from "./page-element.js";
+
+const ACTIONS: readonly (readonly [SelectionAction, string])[] = [
+    ["copy", text.copyTo],
+    ["move", text.moveTo],
+    ["delete", text.delete],
+    ["montage", text.montage],
+];
 
 export class SelectionBar extends PageElement {
     context!: Context;
@@ -11,7 +18,18 @@ export class SelectionBar extends PageElement {
         super.connectedCallback();
         this.setAttribute("role", "toolbar");
         this.setAttribute("aria-label", text.selection);
+        this.addEventListener("keydown", this.onKey);
     }
+
+    // The arrows lead from button to button, as in any toolbar.
+    private readonly onKey = (event: KeyboardEvent): void => {
+        const way = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
+        const buttons = [...this.querySelectorAll("button")];
+        const place = buttons.indexOf(document.activeElement as HTMLButtonElement);
+        if (way === undefined || place < 0) return;
+        event.preventDefault();
+        buttons.at((place + way) % buttons.length)?.focus();
+    };
 
     protected override updated(): void {
         this.hidden = this.context.selection.size === 0;
@@ -22,6 +40,11 @@ export class SelectionBar extends PageElement {
         const size = selection.of(gallery.captures).reduce((sum, { sizeKB }) => sum + sizeKB, 0);
         return html`
             <span class="count">${text.selected(selection.size, sizeText(size))}</span>
+            ${ACTIONS.map(
+                ([action, label]) =>
+                    html`<button @click=${() => send(this, "selection-action", action)}>${label}</button>`,
+            )}
+            <span class="divider"></span>
             <button @click=${this.selectAll}>${text.selectAll}</button>
             <button @click=${this.clear}>${text.clearSelection}</button>
         `;

@@ -1,0 +1,43 @@
+// Asks once more before something that cannot be undone, or that concerns many captures.
+import { html, type TemplateResult } from "lit";
+import { text } from "../strings/index.js";
+import { openDialog, PageDialog } from "./page-dialog.js";
+
+export interface Question {
+    readonly heading: string;
+    readonly explanation: string;
+    /** What the button that does it says. */
+    readonly action: string;
+}
+
+export class ConfirmDialog extends PageDialog {
+    question!: Question;
+    confirmed = false;
+
+    protected get heading(): string {
+        return this.question.heading;
+    }
+
+    // The focus starts on the way out: Enter alone destroys nothing.
+    protected content(): TemplateResult {
+        return html`<p>${this.question.explanation}</p>
+            <div class="buttons">
+                <button type="button" autofocus @click=${() => this.close()}>${text.cancel}</button>
+                <button type="button" class="danger" @click=${this.confirm}>${this.question.action}</button>
+            </div>`;
+    }
+
+    private readonly confirm = (): void => {
+        this.confirmed = true;
+        this.close();
+    };
+}
+
+customElements.define("confirm-dialog", ConfirmDialog);
+
+export async function confirmed(question: Question): Promise<boolean> {
+    const dialog = new ConfirmDialog();
+    dialog.question = question;
+    await openDialog(dialog);
+    return dialog.confirmed;
+}

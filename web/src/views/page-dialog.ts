@@ -1,0 +1,53 @@
+// The base of the page's dialogs: a native one, which keeps the focus in itself, closes with Esc, and gives the
+// focus back.
+import { html, type TemplateResult } from "lit";
+import { text } from "../strings/index.js";
+import { PageElement } from "./page-element.js";
+
+export abstract class PageDialog extends PageElement {
+    /** What follows when it has been closed in any way. */
+    onClosed = (): void => {};
+
+    protected abstract readonly heading: string;
+    protected abstract content(): TemplateResult;
+
+    close(): void {
+        this.querySelector("dialog")?.close();
+    }
+
+    protected override render(): TemplateResult {
+        return html`<dialog class="page-dialog" aria-label=${this.heading} @close=${this.onClose}>
+            <h2>${this.heading}</h2>
+            ${this.content()}
+        </dialog>`;
+    }
+
+    protected override firstUpdated(): void {
+        this.querySelector("dialog")?.showModal();
+    }
+
+    // The focus goes to what takes the place of the button that was used.
+    protected override updated(): void {
+        const lost =
+            document.activeElement === document.body || document.activeElement === this.firstElementChild;
+        if (lost) this.querySelector<HTMLElement>(".buttons button:not(:disabled)")?.focus();
+    }
+
+    protected closeButton(label = text.close): TemplateResult {
+        return html`<button type="button" @click=${() => this.close()}>${label}</button>`;
+    }
+
+    private readonly onClose = (event: Event): void => {
+        if (event.target !== this.querySelector("dialog")) return;
+        this.remove();
+        this.onClosed();
+    };
+}
+
+/** Opens a dialog, and returns when it has been closed. */
+export function openDialog(dialog: PageDialog): Promise<void> {
+    return new Promise((resolve) => {
+        dialog.onClosed = resolve;
+        document.querySelector("gallery-page .dialogs")?.append(dialog);
+    });
+}

@@ -1,0 +1,327 @@
+// Doing something with several captures, in a browser.
+import assert from "node:assert/strict";
+import { existsSync, mkdirSync, readdirSync, readFileSync, renameSync, writeFileSync } from "node:fs";
+import { join } from "node:path";
+import { after, before } from "node:test";
+import type { Locator, Page } from "playwright-core";
+import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+
+const site = new Site();
+const LAPS = 110;
+
+before(async () => {
+    site.addSamples();
+    for (let lap = 0; lap < LAPS; ++lap) site.add(`Laps/Lap ${lap}.png`, lap);
+    await Promise.all([site.start(), startBrowser()]);
+});
+
+after(async () => {
+    await stopBrowser();
+    await site.stop();
+});
+
+const cell = (page: Page, title: string): Locator => page.getByRole("gridcell", { name: `${title}, ` });
+const bar = (page: Page): Locator => page.getByRole("toolbar", { name: "Selection" });
+const selected = (page: Page, count: number): Promise<void> =>
+    bar(page).getByText(`${count} selected`).waitFor();
+const status = (page: Page): Locator => page.getByRole("status", { name: "Deleted captures" });
+const gone = (locator: Locator): Promise<void> => locator.waitFor({ state: "detached" });
+const lap = (number: number): string => join(site.gallery, `Laps/Lap ${number}.png`);
+const laps = (): number => readdirSync(join(site.gallery, "Laps")).length;
+
+pageTest("captures are selected by a rectangle, by group and by game", site, async (page) => {
+    const from = (await cell(page, "Lap 108").boundingBox())!;
+    const to = (await cell(page, "Lap 101").boundingBox())!;
+    await page.mouse.move(from.x - 6, from.y + 30);
+    await page.mouse.down();
+    await page.mouse.move(to.x + 20, to.y + 30, { steps: 3 });
+    await selected(page, 2);
+    await page.mouse.up();
+    await selected(page, 2);
+    await cell(page, "Lap 109").click({ modifiers: ["Control"] });
+    await selected(page, 3);
+    // Another one adds while Ctrl is held, and Esc ends it as if it had not been.
+    await page.keyboard.down("Control");
+    await page.mouse.move(from.x - 6, from.y + 30);
+    await page.mouse.down();
+    await page.mouse.move(to.x + 900, to.y + 30, { steps: 3 });
+    await selected(page, 9);
+    await page.keyboard.press("Escape");
+    await selected(page, 3);
+    await page.mouse.up();
+    await page.keyboard.up("Control");
+    await selected(page, 3);
+    await page.getByRole("button", { name: "Select this day" }).first().click();
+    await selected(page, LAPS);
+    await page.keyboard.press("Escape");
+    await bar(page).getByRole("button", { name: "Clear selection" }).click();
+    // The game with "g", as far as it is shown.
+    const search = page.getByRole("searchbox", { name: "Search captures" });
+    for (const [words, count] of [
+        ["", LAPS],
+        ["lap 10", 11],
+    ] as const) {
+        await search.fill(words);
+        await cell(page, "Lap 109").focus();
+        await page.keyboard.press("g");
+        await selected(page, count);
+        await page.keyboard.press("Escape");
+    }
+});
+
+pageTest("deleted captures come back by Undo, and go when it is too late for it", site, async (page) => {
+    await page.clock.install();
+    await cell(page, "Lap 109").focus();
+    await page.keyboard.press("Delete");
+    await gone(cell(page, "Lap 109"));
+    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Lap 108, "));
+    await cell(page, "Lap 107").click({ modifiers: ["Control"] });
+    await cell(page, "Lap 106").click({ modifiers: ["Control"] });
+    await bar(page).getByRole("button", { name: "Delete" }).click();
+    await gone(cell(page, "Lap 107"));
+    assert.equal(await bar(page).isVisible(), false);
+    await status(page).getByText("2 captures will be deleted for good").waitFor();
+    await expectAccessible(page);
+    // It can be used in a dialog that opens meanwhile, too, and is there again afterwards.
+    await page.keyboard.press("?");
+    const keys = page.getByRole("dialog", { name: "Keys" });
+    await keys.getByText("2 captures will be deleted for good").waitFor();
+    await page.keyboard.press("Escape");
+    await keys.waitFor({ state: "detached" });
+    await status(page).getByText("2 captures will be deleted for good").waitFor();
+    await page.keyboard.press("Control+z");
+    await cell(page, "Lap 107").waitFor();
+    assert.ok(existsSync(lap(109)));
+    await page.clock.fastForward(8000);
+    await gone(status(page).getByRole("button", { name: "Undo" }));
+    await gone(status(page).getByText("1 capture"));
+    assert.equal(existsSync(lap(109)), false);
+    await cell(page, "Lap 106").focus();
+    await page.keyboard.press("Delete");
+    await status(page).getByRole("button", { name: "Undo" }).click();
+    await cell(page, "Lap 106").waitFor();
+    // At once, after a question from which Enter leads back.
+    await cell(page, "Lap 106").focus();
+    await page.keyboard.press("Shift+Delete");
+    const question = page.getByRole("dialog", { name: "Delete 1 capture for good?" });
+    await question.waitFor();
+    await expectAccessible(page);
+    await page.keyboard.press("Enter");
+    await question.waitFor({ state: "detached" });
+    assert.ok(existsSync(lap(106)));
+    await page.keyboard.press("Shift+Delete");
+    await question.getByRole("button", { name: "Delete for good" }).click();
+    await gone(cell(page, "Lap 106"));
+    await gone(status(page).getByText("1 capture"));
+    assert.equal(existsSync(lap(106)), false);
+});
+
+pageTest(
+    "a page that closes deletes nothing, and more than 100 are asked about again",
+    site,
+    async (page) => {
+        const before = laps();
+        await page.clock.install();
+        await page.getByRole("button", { name: "Select this day" }).first().click();
+        await bar(page).getByRole("button", { name: "Delete" }).click();
+        const question = page.getByRole("dialog", { name: `Delete ${before} captures?` });
+        await question.getByRole("button", { name: "Cancel" }).click();
+        await selected(page, before);
+        await bar(page).getByRole("button", { name: "Delete" }).click();
+        await question.getByRole("button", { name: "Delete" }).click();
+        await status(page).getByRole("button", { name: "Undo" }).waitFor();
+        await page.goto("about:blank");
+        await page.clock.fastForward(60_000);
+        await page.goBack();
+        await page.clock.fastForward(60_000);
+        await cell(page, "Lap 108").waitFor();
+        assert.equal(laps(), before);
+    },
+);
+
+// Takes the place of a host that has a trash.
+async function withTrash(page: Page, refused: string): Promise<void> {
+    const trashed = (file: string) => join(site.folder, file.split("/").at(-1)!);
+    const moves: Record<string, (file: string) => void> = {
+        Trash: (file) => renameSync(file, trashed(file)),
+        Restore: (file) => renameSync(trashed(file), file),
+    };
+    await page.routeWebSocket("**/socket", (route) => {
+        const server = route.connectToServer();
+        server.onMessage((data) => {
+            const frame = JSON.parse(String(data)) as { ready?: boolean; host?: string[] };
+            if (frame.ready) frame.host!.push(...Object.keys(moves));
+            route.send(JSON.stringify(frame));
+        });
+        route.onMessage((data) => {
+            const { module, method, uniqueid, payload } = JSON.parse(String(data)) as {
+                module: string;
+                method: string;
+                uniqueid: string;
+                payload: { files: string[] };
+            };
+            const move = module === "Host" ? moves[method] : undefined;
+            if (!move) return server.send(data);
+            const files = payload.files.map((file) => {
+                if (file === refused) return { file, _return_code: 5, _return_status: "The trash is full" };
+                move(file);
+                return { file, _return_code: 0, _return_status: "Success" };
+            });
+            route.send(JSON.stringify({ reference_uniqueid: uniqueid, payload: { files, _return_code: 0 } }));
+        });
+    });
+    await page.reload();
+}
+
+pageTest("with a trash, captures come back from it, and those that it refuses stay", site, async (page) => {
+    await withTrash(page, lap(103));
+    await page.clock.install();
+    for (const number of [104, 103]) await cell(page, `Lap ${number}`).click({ modifiers: ["Control"] });
+    await page.keyboard.press("Delete");
+    await status(page).getByText("2 captures will go to the trash").waitFor();
+    await page.clock.fastForward(8000);
+    await status(page).getByText("1 capture in the trash").waitFor();
+    await status(page).getByText("Lap 103.png: The trash is full").waitFor();
+    await expectAccessible(page);
+    await cell(page, "Lap 103").waitFor();
+    assert.deepEqual([existsSync(lap(103)), existsSync(lap(104))], [true, false]);
+    await page.keyboard.press("Control+z");
+    await cell(page, "Lap 104").waitFor();
+    assert.ok(existsSync(lap(104)));
+});
+
+pageTest("captures are copied and moved, and nothing is overwritten", site, async (page) => {
+    const other = join(site.folder, "copies");
+    mkdirSync(other);
+    writeFileSync(join(other, "Lap 90.png"), "mine");
+    for (const number of [91, 90]) await cell(page, `Lap ${number}`).click({ modifiers: ["Control"] });
+    await bar(page).getByRole("button", { name: "Copy to…" }).click();
+    const copying = page.getByRole("dialog", { name: "Copy to…" });
+    const folder = copying.getByRole("textbox", { name: "Folder" });
+    const copy = copying.getByRole("button", { name: "Copy" });
+    await folder.fill(`${other}/none`);
+    await copying.getByText("There is no such folder").waitFor();
+    assert.ok(await copy.isDisabled());
+    await folder.fill(other);
+    await copying.getByText(/GB free of .* GB/).waitFor();
+    await expectAccessible(page);
+    await copy.click();
+    await copying.getByText("1 capture copied.").waitFor();
+    await copying.getByText("Lap 90.png: 'destination' already exists").waitFor();
+    await expectAccessible(page);
+    assert.equal(readFileSync(join(other, "Lap 90.png"), "utf8"), "mine");
+    assert.deepEqual(readFileSync(join(other, "Lap 91.png")), readFileSync(lap(91)));
+    await copying.getByRole("button", { name: "Close" }).click();
+    await selected(page, 2);
+    await bar(page).getByRole("button", { name: "Move to…" }).click();
+    const moving = page.getByRole("dialog", { name: "Move to…" });
+    await moving.getByRole("combobox", { name: "Destination" }).selectOption("Rustwind Rally");
+    await moving.getByRole("button", { name: "Move", exact: true }).click();
+    await moving.getByText("2 captures moved.").waitFor();
+    await page.keyboard.press("Escape");
+    assert.deepEqual([existsSync(lap(90)), existsSync(lap(91))], [false, false]);
+    await page.getByRole("combobox", { name: "Game" }).selectOption("Rustwind Rally");
+    await cell(page, "Lap 90").waitFor();
+});
+
+pageTest("the keys are listed on demand, but not while one types", site, async (page) => {
+    const search = page.getByRole("searchbox", { name: "Search captures" });
+    const keys = page.getByRole("dialog", { name: "Keys" });
+    await search.pressSequentially("Lap 80?");
+    await page.getByRole("heading", { name: "Nothing matches" }).waitFor();
+    assert.equal(await keys.count(), 0);
+    await search.fill("Lap 80");
+    await cell(page, "Lap 80").focus();
+    await page.keyboard.press("?");
+    await keys.getByRole("term").filter({ hasText: "ShiftDelete" }).waitFor();
+    await expectAccessible(page);
+    await page.keyboard.press("?");
+    assert.equal(await keys.count(), 1);
+    await page.keyboard.press("Escape");
+    await keys.waitFor({ state: "detached" });
+    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Lap 80, "));
+});
+
+// As a program of the client does it, over the page's own channel.
+function request(page: Page, method: string, payload: object): Promise<Record<string, never>> {
+    type Query = { request: string; onSuccess(text: string): void };
+    return page.evaluate(
+        (envelope) =>
+            new Promise((resolve) => {
+                const { cefQuery } = window as unknown as { cefQuery(query: Query): void };
+                const onSuccess = (text: string) => resolve(JSON.parse(text).payload);
+                cefQuery({ request: JSON.stringify(envelope), onSuccess });
+            }),
+        { method, payload, uniqueid: `test-${method}`, type: 3072, module: "Gallery" },
+    );
+}
+
+pageTest("of a session's highlights one keeps what one chooses", site, async (page) => {
+    const shown = page.getByRole("gridcell", { name: /^Photo finish, Highlight/ });
+    await page.getByRole("searchbox", { name: "Search captures" }).fill("photo finish");
+    await shown.first().waitFor();
+    const { recents } = (await request(page, "GetRecentUGC", { count: 1000 })) as unknown as {
+        recents: { path: string; highlightGroupId: string; DRSProfileName: string }[];
+    };
+    const one = recents.find(({ path }) => path.endsWith("Photo finish.mp4"))!;
+    const app = { profileName: one.DRSProfileName };
+    await request(page, "OpenHighlightsGroupSummary", { app, groups: [{ groupId: one.highlightGroupId }] });
+    const dialog = page.getByRole("dialog", { name: "Highlights" });
+    const kept = dialog.getByRole("checkbox");
+    await dialog.locator("img").nth(1).waitFor();
+    assert.equal(await dialog.getByRole("button", { name: "Delete" }).isDisabled(), true);
+    await expectAccessible(page);
+    const { length } = await kept.all();
+    await kept.first().uncheck();
+    await dialog.getByRole("button", { name: "Delete 1…" }).click();
+    const question = page.getByRole("dialog", { name: "Delete 1 capture?" });
+    await question.getByRole("button", { name: "Cancel" }).click();
+    await dialog.getByRole("button", { name: "Delete 1…" }).click();
+    await question.getByRole("button", { name: "Delete" }).click();
+    const undo = status(page).getByRole("button", { name: "Undo" });
+    await undo.waitFor();
+    assert.equal(await shown.count(), length - 1);
+    await undo.click();
+    await shown.nth(length - 1).waitFor();
+});
+
+pageTest("a montage is made, shown and canceled, and overwrites nothing", site, async (page) => {
+    const recipes = join(site.home, ".local/share/ZORVEX/OvirastreamX/Montage/v1");
+    mkdirSync(recipes, { recursive: true });
+    // The montage process of the tests goes by the recipe's name.
+    for (const name of ["good.js", "hangs.js"]) writeFileSync(join(recipes, name), "//");
+    await page.getByRole("combobox", { name: "Game" }).selectOption("Rustwind Rally");
+    await page.getByRole("gridcell").first().focus();
+    await page.keyboard.press("Control+a");
+    const dialog = page.getByRole("dialog", { name: "Montage" });
+    const result = dialog.getByRole("textbox", { name: "Result" });
+    const begin = async (recipe: string): Promise<string> => {
+        await bar(page).getByRole("button", { name: "Montage…" }).click();
+        await dialog.getByRole("textbox", { name: "Recipe" }).fill(recipe);
+        await dialog.getByRole("textbox", { name: "Title" }).fill("The race");
+        return result.inputValue();
+    };
+    const make = dialog.getByRole("button", { name: "Make the montage" });
+    const proposed = await begin("good.js");
+    await expectAccessible(page);
+    await result.fill(join(site.gallery, "Rustwind Rally/Start line.png"));
+    await make.click();
+    await dialog.getByText("There is a file of this name").waitFor();
+    await result.fill(proposed);
+    await make.click();
+    await dialog.getByText("The montage is in the gallery").waitFor();
+    await dialog.getByRole("button", { name: "Show" }).click();
+    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Montage "));
+    assert.ok(existsSync(proposed));
+    await page.keyboard.press("Control+a");
+    const canceled = await begin("hangs.js");
+    await make.click();
+    await dialog.getByText("Making the montage").waitFor();
+    await expectAccessible(page);
+    // It goes on while nobody looks at it.
+    await dialog.getByRole("button", { name: "Close" }).click();
+    await bar(page).getByRole("button", { name: "Montage…" }).click();
+    await dialog.getByRole("button", { name: "Cancel" }).click();
+    await dialog.getByText("The montage was canceled").waitFor();
+    assert.equal(existsSync(canceled), false);
+});
