@@ -97,7 +97,7 @@ export class Site {
     /** A page in a browser of its own that shows nothing yet. */
     async blankPage(options: BrowserContextOptions = {}): Promise<Page> {
         const context = await browser!.newContext({ ...desktop, ...options, ...this.known });
-        context.setDefaultTimeout(30_000);
+        context.setDefaultTimeout(10_000);
         return context.newPage();
     }
 

@@ -12,7 +12,6 @@ import { language, text } from "../strings/index.js";
 import { GalleryPage } from "../views/gallery-page.js";
 import { removerFor } from "../views/remover.js";
 import { loaderFor } from "../views/thumbnail-loader.js";
-import { Router } from "./router.js";
 import { keepPreferences, readPreferences } from "./preferences.js";
 
 function hostInfo(): HostInfo | null {
@@ -71,17 +70,6 @@ function start(channel: Channel): void {
         keep({ grouping, sort });
     });
     document.body.append(page);
-    const router = new Router((path) => page.show(path));
-    page.addEventListener("open-capture", ({ detail }) => router.open(detail.path));
-    page.addEventListener("viewer-move", ({ detail }) => router.move(detail.path));
-    page.addEventListener("viewer-close", () => router.close());
-    // After a reload, once the capture is known.
-    const stopWaiting = gallery.onChange(() => {
-        if (router.path !== null && gallery.status === "loading" && !gallery.captures.has(router.path))
-            return;
-        stopWaiting();
-        page.show(router.path);
-    });
     const hear = (news: News): void => page.actions.hear(news);
     new Feed(client, gallery, scheduler, hear).start();
 }

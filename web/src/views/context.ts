@@ -34,9 +34,6 @@ declare global {
         "delete-for-good": CustomEvent<readonly string[]>;
         /** The grid shows another part, or another layout. */
         "grid-view": CustomEvent<void>;
-        /** The viewer's next capture. */
-        "viewer-move": CustomEvent<Capture>;
-        "viewer-close": CustomEvent<void>;
         /** Somebody wants to do something that failed; the text says why. */
         "report-failure": CustomEvent<string>;
     }

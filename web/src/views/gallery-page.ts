@@ -14,8 +14,6 @@ import { PageElement } from "./page-element.js";
 import "./selection-bar.js";
 import { emptyState, notice } from "./states.js";
 import "./toast-list.js";
-import type { CaptureViewer } from "./viewer/capture-viewer.js";
-import "./viewer/capture-viewer.js";
 
 export class GalleryPage extends PageElement {
     static override properties = { cellSize: { type: Number } };
@@ -40,15 +38,6 @@ export class GalleryPage extends PageElement {
         this.addEventListener("view-choice", (event) =>
             this.choose((event as CustomEvent<Partial<View>>).detail),
         );
-    }
-
-    /** Opens a capture over the grid, or closes it; the focus goes back to the capture that was open last. */
-    show(path: string | null): void {
-        const viewer = this.querySelector<CaptureViewer>("capture-viewer");
-        const capture = path === null ? null : (this.context.gallery.captures.get(path) ?? null);
-        const last = viewer?.capture;
-        viewer?.show(capture);
-        if (viewer && !capture && last) void viewer.updateComplete.then(() => this.grid?.focusCapture(last));
     }
 
     announce(message: string): void {
@@ -100,7 +89,6 @@ export class GalleryPage extends PageElement {
                 <selection-bar .context=${context} hidden></selection-bar>
                 <div class="announcements" role="status">${this.announced}</div>
                 <div class="toasts"><toast-list .context=${context}></toast-list></div>
-                <capture-viewer .context=${context}></capture-viewer>
             </main>
             <div class="dialogs"></div>
         `;

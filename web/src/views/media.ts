@@ -8,15 +8,6 @@ export function thumbnailAddress({ handle }: Capture): string {
     return `/thumb/${handle}?w=${THUMBNAIL.width}&h=${THUMBNAIL.height}`;
 }
 
-/** The times of a video's keyframes and the length of its frames, where there is a server that knows them. */
-export async function fetchKeyframes({
-    handle,
-}: Capture): Promise<{ keyframes: number[]; frameMs: number } | null> {
-    if (!handle) return null;
-    const response = await fetch(`/keyframes/${handle}`).catch(() => null);
-    return response?.ok ? response.json() : null;
-}
-
 /** The whole file. */
 export function mediaAddress({ handle, path }: Capture): string {
     if (handle) return `/media/${handle}`;
