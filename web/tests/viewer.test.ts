@@ -63,7 +63,7 @@ pageTest("the viewer leads through the captures and back to the cell of the last
     await page.keyboard.press("Enter");
     const first = viewer(page, "Lap 59");
     await first.waitFor();
-    for (const name of ["Caption", "Delete"]) await first.getByRole("button", { name }).waitFor();
+    for (const name of ["Trim", "Caption", "Delete"]) await first.getByRole("button", { name }).waitFor();
     assert.equal(await button(page, "Previous").getAttribute("aria-disabled"), "true");
     await page.keyboard.press("ArrowLeft");
     await expectAccessible(page);
@@ -277,3 +277,67 @@ pageTest("a caption is seen as it is typed, and survives a failure", site, async
     await page.keyboard.press("i");
     await page.getByRole("region", { name: "Details" }).getByText("were cold").waitFor();
 });
+
+pageTest(
+    "a clip is cut at the frames that were chosen, beside its video and in its place",
+    site,
+    async (page) => {
+        await open(page, "Final");
+        await page.keyboard.press("t");
+        await slider(page, "Start").waitFor();
+        await expectAccessible(page);
+        assert.ok(await button(page, "Save as copy").isDisabled());
+        await slider(page, "Start").focus();
+        await page.keyboard.press("Alt+ArrowRight");
+        await page.getByText("The clip will start at 0:01.00, on a keyframe").waitFor();
+        await page.keyboard.press("PageUp");
+        await page.keyboard.press("ArrowRight");
+        await expectFrame(page, 41);
+        assert.equal(await slider(page, "Start").getAttribute("aria-valuetext"), "0:01.36");
+        await page.getByText("the keyframe before, 0:01.00").waitFor();
+        await slider(page, "End").focus();
+        await page.keyboard.press("Home");
+        for (let step = 0; step < 3; ++step) await page.keyboard.press("PageUp");
+        await expectFrame(page, 71);
+        await expectAccessible(page);
+        await button(page, "Loop").click();
+        await button(page, "Pause").waitFor();
+        await button(page, "Loop").click();
+        await page.keyboard.press("k");
+        await button(page, "Save as copy").click();
+        await focusOn(page, "Final (clip)");
+        await page.getByRole("toolbar", { name: "Selection" }).getByText("1 selected").waitFor();
+        // The clip holds those frames, and no other.
+        await page.keyboard.press("Enter");
+        await page.waitForFunction(() => document.querySelector("video")?.readyState === 4);
+        await page.keyboard.press("k");
+        await page.keyboard.press("j");
+        await expectFrame(page, 41);
+        await slider(page, "Seek").focus();
+        await page.keyboard.press("End");
+        await expectFrame(page, 71);
+        await page.keyboard.press("Escape");
+
+        await open(page, "Final");
+        await page.keyboard.press("t");
+        await page.getByRole("textbox", { name: "Length" }).fill("half");
+        await page.keyboard.press("Enter");
+        await page.getByText("This is not a time").waitFor();
+        await page.getByRole("textbox", { name: "End time" }).fill("2");
+        await page.keyboard.press("Enter");
+        await page.getByText("A copy is saved as Final (clip 2).mp4").waitFor();
+        await button(page, "Replace original").click();
+        await page.getByText("lost for good").waitFor();
+        await expectAccessible(page);
+        // Nothing is replaced by a click too many.
+        await page.keyboard.press("Enter");
+        await button(page, "Replace original").click();
+        await button(page, "Replace it now").click();
+        await focusOn(page, "Final");
+        await page.getByText("The clip was saved").waitFor({ state: "attached" });
+        await page.keyboard.press("Enter");
+        await page.waitForFunction(
+            () => Math.abs((document.querySelector("video")?.duration ?? 0) - 2) < 0.05,
+        );
+    },
+);

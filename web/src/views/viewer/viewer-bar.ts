@@ -37,7 +37,8 @@ export function toolbar(capture: Capture, state: BarState): TemplateResult {
         ${button("previous", state, { disabled: !state.canStep(-1) })}
         ${button("next", state, { disabled: !state.canStep(1) })}
         <h2><bdi>${capture.title}</bdi> <small>${state.place}</small></h2>
-        ${button("caption", state)} ${button("details", state, { pressed: state.showsDetails })}
-        ${button("delete", state)} ${button("close", state)}
+        ${button("trim", state, { disabled: capture.kind !== "video" })} ${button("caption", state)}
+        ${button("details", state, { pressed: state.showsDetails })} ${button("delete", state)}
+        ${button("close", state)}
     </header>`;
 }

@@ -8,6 +8,7 @@ const ACTIONS: Record<string, ViewerAction> = {
     PageDown: "next",
     i: "details",
     c: "caption",
+    t: "trim",
     Delete: "delete",
 };
 

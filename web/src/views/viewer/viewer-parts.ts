@@ -2,6 +2,7 @@
 import { html, nothing, type TemplateResult } from "lit";
 import type { Capture } from "../../model/capture.js";
 import type { Context } from "../context.js";
+import "../trim/trim-dialog.js";
 import "./caption-dialog.js";
 import "./image-stage.js";
 import type { Playback } from "./playback.js";
@@ -46,5 +47,11 @@ export function innerDialog(
             .capture=${capture}
             @close-inner=${() => close(inner)}
         ></caption-dialog>`;
+    if (inner === "trim")
+        return html`<trim-dialog
+            .context=${context}
+            .capture=${capture}
+            @close-inner=${() => close(inner)}
+        ></trim-dialog>`;
     return nothing;
 }
