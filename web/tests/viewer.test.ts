@@ -320,6 +320,26 @@ pageTest(
 
         await open(page, "Final");
         await page.keyboard.press("t");
+        await slider(page, "Position").focus();
+        await page.keyboard.press("Home");
+        for (const key of ["ArrowRight", "ArrowRight", "i", "PageUp", "o"]) await page.keyboard.press(key);
+        // What is shown is the first, and then the last frame of it.
+        const times = async () => [
+            await slider(page, "Start").getAttribute("aria-valuetext"),
+            await slider(page, "End").getAttribute("aria-valuetext"),
+        ];
+        assert.deepEqual(await times(), ["0:00.06", "0:00.43"]);
+        const bar = (await page.locator("trim-bar").boundingBox())!;
+        const grip = (await slider(page, "End").boundingBox())!;
+        await page.mouse.move(grip.x + 3, grip.y + 20);
+        await page.mouse.down();
+        // A drag goes on beyond the bar.
+        await page.mouse.move(bar.x + bar.width * 2, bar.y - 200, { steps: 3 });
+        assert.deepEqual(await times(), ["0:00.06", "0:05.01"]);
+        await page.mouse.move(bar.x + bar.width * 0.2, bar.y - 200, { steps: 3 });
+        await page.mouse.up();
+        assert.deepEqual(await times(), ["0:00.06", "0:01.00"]);
+        await page.getByRole("textbox", { name: "Start time" }).fill("0");
         await page.getByRole("textbox", { name: "Length" }).fill("half");
         await page.keyboard.press("Enter");
         await page.getByText("This is not a time").waitFor();

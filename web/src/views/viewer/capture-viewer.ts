@@ -14,7 +14,7 @@ import type { VideoPlayer } from "./video-player.js";
 import { toolbar, type ViewerAction } from "./viewer-bar.js";
 import { ViewerHistory } from "./viewer-history.js";
 import { innerDialog, media, type Inner } from "./viewer-parts.js";
-import { actionOf, isForControl } from "./viewer-input.js";
+import { actionOf, isForViewer } from "./viewer-input.js";
 
 // A file that has changed is another one.
 const keyOf = ({ version, path }: Capture): string => `${version}\n${path}`;
@@ -187,7 +187,7 @@ export class CaptureViewer extends PageElement {
     };
 
     private readonly onKey = (event: KeyboardEvent): void => {
-        if (!this.isOwnKey(event)) return;
+        if (!isForViewer(event, this.dialog)) return;
         const stage = this.querySelector<ImageStage | VideoPlayer>("image-stage, video-player");
         const action = actionOf(event);
         if (stage?.handleKey(event)) event.preventDefault();
@@ -196,12 +196,6 @@ export class CaptureViewer extends PageElement {
             this.act(action);
         }
     };
-
-    private isOwnKey(event: KeyboardEvent): boolean {
-        const { target, ctrlKey, metaKey, altKey } = event;
-        const dialog = (target as Element).closest("dialog");
-        return dialog === this.dialog && !ctrlKey && !metaKey && !altKey && !isForControl(event);
-    }
 
     private readonly onClose = (event: Event): void => {
         if (event.target !== this.dialog) return;

@@ -1,4 +1,5 @@
 // Which keys do what in the viewer.
+import { isForControl } from "../control-keys.js";
 import type { ViewerAction } from "./viewer-bar.js";
 
 const ACTIONS: Record<string, ViewerAction> = {
@@ -21,13 +22,9 @@ export function actionOf({ key, target, shiftKey }: KeyboardEvent): ViewerAction
     return ACTIONS[(rightToLeft && MIRRORED[key]) || (key.length === 1 ? key.toLowerCase() : key)];
 }
 
-const MOVES = /^(Arrow|Page|Home|End)/;
-
-/** Whether the control that has the focus needs the key itself. */
-export function isForControl({ key, target }: KeyboardEvent): boolean {
-    const control = (target as Element).closest("button, select, input, textarea");
-    if (!control) return false;
-    if (control instanceof HTMLButtonElement) return key === " " || key === "Enter";
-    if (control instanceof HTMLInputElement && control.type === "range") return MOVES.test(key);
-    return key !== "Escape";
+/** Whether a key is neither for a dialog above the viewer's nor for the browser or a control. */
+export function isForViewer(event: KeyboardEvent, dialog: HTMLDialogElement): boolean {
+    const { target, ctrlKey, metaKey, altKey } = event;
+    const inner = (target as Element).closest("dialog") !== dialog;
+    return !inner && !ctrlKey && !metaKey && !altKey && !isForControl(event);
 }
