@@ -66,5 +66,10 @@ test("the page runs in a container, where thumbnails come from the gallery itsel
     assert.match((await cell.locator("img").getAttribute("src"))!, /^data:image\/png;base64,/);
     site.add("Rustwind Rally/Live.png", 1);
     await page.getByRole("gridcell", { name: "Live, Image, " }).locator("img").waitFor();
+    // A page of the web may not show the client's files: there is the thumbnail, and the path.
+    await page.getByRole("gridcell", { name: "Live, Image, " }).dblclick();
+    const viewer = page.getByRole("dialog", { name: "Live" });
+    assert.match((await viewer.locator("unshown-capture img").getAttribute("src"))!, /^data:image/);
+    await viewer.getByText(join(site.gallery, "Rustwind Rally/Live.png")).waitFor();
     assert.deepEqual(sockets, []);
 });

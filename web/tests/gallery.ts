@@ -27,6 +27,7 @@ import {
 // Made by the debug preset, unless it is said otherwise.
 const host =
     process.env["GALLERY_HOST"] ?? resolve("../build/debug/OvirastreamX.app/Contents/MacOS/gallery-host");
+const sampleVideo = process.env["SAMPLE_VIDEO"] ?? resolve("../build/debug/tools/sample-media/sample_video");
 // Kept after a failure.
 const screenshots = "../build/page/failures";
 const axe = readFileSync("node_modules/axe-core/axe.min.js", "utf8");
@@ -71,6 +72,17 @@ export class Site {
         mkdirSync(dirname(path), { recursive: true });
         renameSync(arriving, path);
         return path;
+    }
+
+    /** A video that browsers play: each frame shows its number, and every `keyInterval`th is a keyframe. */
+    addVideo(name: string, minute: number, frames: number, keyInterval: number): string {
+        const made = join(this.folder, "made.mp4");
+        const words = [made, String(frames), String(keyInterval)];
+        const { status, stderr } = spawnSync(sampleVideo, words, { encoding: "utf8" });
+        assert.equal(status, 0, stderr);
+        const bytes = readFileSync(made);
+        rmSync(made);
+        return this.addBytes(name, minute, bytes);
     }
 
     /** Starts the server. */

@@ -16,6 +16,9 @@ export interface Capture {
     readonly kind: Kind;
     readonly highlight: boolean;
     readonly highlightName: string;
+    readonly highlightGroup: string;
+    /** When it happened, in milliseconds since 1970; 0 when that is unknown. */
+    readonly highlightTime: number;
     readonly caption: { readonly top: string; readonly bottom: string };
     /** Milliseconds since 1970; 0 when the date is unknown. */
     readonly time: number;
@@ -35,11 +38,14 @@ function nameParts(path: string): { game: string; fileName: string; title: strin
     return { game: parts.at(-2) ?? "", fileName, title: dot > 0 ? fileName.slice(0, dot) : fileName };
 }
 
+function timeOf(date = ""): number {
+    return Date.parse(date) || 0;
+}
+
 /** Null for a record without a path, which nothing can be done with. */
 export function captureOf(record: CaptureRecord | undefined): Capture | null {
     if (!record || typeof record.path !== "string" || record.path === "") return null;
     const { path, fileType, date = "", fileSizeKB = 0, msDuration = 0, memeInfo, handle = "" } = record;
-    const time = Date.parse(date);
     return {
         path,
         handle,
@@ -47,8 +53,10 @@ export function captureOf(record: CaptureRecord | undefined): Capture | null {
         kind: fileType === "image" || fileType === "video" ? fileType : "other",
         highlight: record.fileSubType === "Highlight",
         highlightName: record.highlightName ?? "",
+        highlightGroup: record.highlightGroupId ?? "",
+        highlightTime: timeOf(record.eventTimeStamp),
         caption: { top: memeInfo?.topBarText ?? "", bottom: memeInfo?.bottomBarText ?? "" },
-        time: Number.isNaN(time) ? 0 : time,
+        time: timeOf(date),
         sizeKB: fileSizeKB,
         durationMs: msDuration,
         version: handle || `${date}/${fileSizeKB}`,

@@ -58,6 +58,18 @@ export class Gallery {
         return () => this.listeners.delete(listener);
     }
 
+    /** Resolves after the next report in which this holds, at once if it holds already. */
+    until(holds: () => boolean): Promise<void> {
+        if (holds()) return Promise.resolve();
+        return new Promise((resolve) => {
+            const stop = this.onChange(() => {
+                if (!holds()) return;
+                stop();
+                resolve();
+            });
+        });
+    }
+
     /** The names of all games, sorted. */
     get games(): readonly string[] {
         this.gameNames ??= [...new Set([...this.captures.values()].map(({ game }) => game))].sort(

@@ -56,3 +56,9 @@ export function lengthText(ms: number): string {
     const shown = parts[0] === 0 ? parts.slice(1) : parts;
     return shown.map((part, place) => (place === 0 ? String(part) : String(part).padStart(2, "0"))).join(":");
 }
+
+/** A moment within a video: hours where there are any, and hundredths of a second. Nothing is rounded up. */
+export function clockText(ms: number): string {
+    const hundredths = Math.floor(Math.max(0, ms) / 10 + 1e-6);
+    return `${lengthText(Math.floor(hundredths / 100) * 1000)}.${String(hundredths % 100).padStart(2, "0")}`;
+}

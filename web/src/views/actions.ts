@@ -16,6 +16,7 @@ import { MontageDialog } from "./montage-dialog.js";
 import { openDialog } from "./page-dialog.js";
 import { SettingsDialog } from "./settings-dialog.js";
 import { TransferDialog } from "./transfer-dialog.js";
+import { PLAYER_KEYS, TRIM_KEYS, VIEWER_KEYS } from "./viewer/keys.js";
 
 /** What it needs of the page. */
 interface Page extends HTMLElement {
@@ -36,7 +37,14 @@ export const PAGE_KEYS: KeyList = {
 };
 
 /** Of all parts of the page, in the order in which they are listed. */
-const KEY_LISTS: readonly KeyList[] = [PAGE_KEYS, GRID_KEYS, SCRUBBER_KEYS];
+const KEY_LISTS: readonly KeyList[] = [
+    PAGE_KEYS,
+    GRID_KEYS,
+    SCRUBBER_KEYS,
+    VIEWER_KEYS,
+    PLAYER_KEYS,
+    TRIM_KEYS,
+];
 
 function isEditable(target: EventTarget | null): boolean {
     return target instanceof Element && target.matches("input:not([type=range], [type=checkbox]), textarea");

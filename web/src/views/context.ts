@@ -21,6 +21,12 @@ export const MANY = 100;
 
 export type SelectionAction = "copy" | "move" | "delete" | "montage";
 
+/** A clip that was saved, and the capture that was at its path before, if any. */
+export interface Clip {
+    readonly path: string;
+    readonly replaced: Capture | null;
+}
+
 /** Events that elements send upwards. */
 declare global {
     interface HTMLElementEventMap {
@@ -36,6 +42,19 @@ declare global {
         "grid-view": CustomEvent<void>;
         /** Somebody wants to do something that failed; the text says why. */
         "report-failure": CustomEvent<string>;
+        /** The browser does not show this capture. */
+        "media-failed": CustomEvent<Capture>;
+        /** The viewer is gone; the detail is what it showed last, if that is still there. */
+        "viewer-closed": CustomEvent<Capture | null>;
+        /** Something to read out in the viewer. */
+        "viewer-message": CustomEvent<string>;
+        /** This path stays in the viewer, even when its capture goes; null for none. */
+        "hold-capture": CustomEvent<string | null>;
+        /** The gallery has saved a clip; whether it is to be shown. */
+        "clip-cut": CustomEvent<Clip & { show: boolean }>;
+        "show-clip": CustomEvent<Clip>;
+        /** Something to read out. */
+        announce: CustomEvent<string>;
     }
 }
 

@@ -12,8 +12,11 @@ import "./filter-bar.js";
 import "./jump-scrubber.js";
 import { PageElement } from "./page-element.js";
 import "./selection-bar.js";
+import { showClip } from "./show-clip.js";
 import { emptyState, notice } from "./states.js";
 import "./toast-list.js";
+import type { CaptureViewer } from "./viewer/capture-viewer.js";
+import "./viewer/capture-viewer.js";
 
 export class GalleryPage extends PageElement {
     static override properties = { cellSize: { type: Number } };
@@ -35,6 +38,14 @@ export class GalleryPage extends PageElement {
         this.addEventListener("selection-change", () => this.refresh());
         this.addEventListener("grid-view", () => this.followGrid());
         this.addEventListener("report-failure", ({ detail }) => this.announce(text.failed(detail)));
+        this.addEventListener("open-capture", ({ detail }) =>
+            this.querySelector<CaptureViewer>("capture-viewer")?.open(detail),
+        );
+        this.addEventListener("viewer-closed", ({ detail }) => {
+            if (detail) void this.grid?.focusCapture(detail);
+        });
+        this.addEventListener("show-clip", ({ detail }) => void showClip(this, detail));
+        this.addEventListener("announce", ({ detail }) => this.announce(detail));
         this.addEventListener("view-choice", (event) =>
             this.choose((event as CustomEvent<Partial<View>>).detail),
         );
@@ -91,6 +102,7 @@ export class GalleryPage extends PageElement {
                 <div class="toasts"><toast-list .context=${context}></toast-list></div>
             </main>
             <div class="dialogs"></div>
+            <capture-viewer .context=${context}></capture-viewer>
         `;
     }
 

@@ -8,8 +8,8 @@ export function thumbnailAddress({ handle }: Capture): string {
     return `/thumb/${handle}?w=${THUMBNAIL.width}&h=${THUMBNAIL.height}`;
 }
 
-/** The whole file. */
-export function mediaAddress({ handle, path }: Capture): string {
-    if (handle) return `/media/${handle}`;
-    return `file://${path.split("/").map(encodeURIComponent).join("/")}`;
+/** The whole file. Each attempt to read it has an address of its own, or browsers show what they have kept of it. */
+export function mediaAddress({ handle, path }: Capture, attempt = 0): string {
+    const file = handle ? `/media/${handle}` : `file://${path.split("/").map(encodeURIComponent).join("/")}`;
+    return attempt === 0 ? file : `${file}?attempt=${attempt}`;
 }

@@ -33,7 +33,7 @@ export abstract class PageDialog extends PageElement {
         if (lost) this.querySelector<HTMLElement>(".buttons button:not(:disabled)")?.focus();
     }
 
-    protected closeButton(label = text.close): TemplateResult {
+    protected closeButton(label = text.viewer.close): TemplateResult {
         return html`<button type="button" @click=${() => this.close()}>${label}</button>`;
     }
 

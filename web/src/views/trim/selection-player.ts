@@ -1,0 +1,93 @@
+// Plays parts of a video: the selection again and again, its first or last moments. Times are milliseconds.
+
+const FASTEST = 4;
+
+export class SelectionPlayer {
+    private from = 0;
+    private until = Infinity;
+    private again = false;
+    // Where to seek when the seek that is under way has ended: a drag asks for more than a video can show.
+    private wanted: number | null = null;
+
+    constructor(
+        private readonly video: HTMLVideoElement,
+        private readonly onMove: (time: number) => void,
+    ) {
+        video.addEventListener("seeked", () => this.seekOn());
+        video.addEventListener("play", () => this.follow());
+    }
+
+    get isPlaying(): boolean {
+        return !this.video.paused;
+    }
+
+    seek(time: number): void {
+        if (this.video.seeking) this.wanted = time;
+        else this.video.currentTime = time / 1000;
+        this.onMove(time);
+    }
+
+    /** Plays from one time until another, where it pauses or begins again. */
+    async play(from: number, until: number, again: boolean): Promise<void> {
+        Object.assign(this, { from, until, again });
+        this.video.playbackRate = 1;
+        this.wanted = null;
+        this.video.currentTime = from / 1000;
+        await this.resume();
+    }
+
+    async resume(): Promise<void> {
+        try {
+            await this.video.play();
+        } catch {
+            // It was paused before it began, or cannot be shown.
+        }
+    }
+
+    pause(): void {
+        this.video.pause();
+        this.playOn();
+    }
+
+    /** What is played goes on to the end of the video. */
+    playOn(): void {
+        this.until = Infinity;
+        this.again = false;
+    }
+
+    faster(): void {
+        if (this.isPlaying) this.video.playbackRate = Math.min(2 * this.video.playbackRate, FASTEST);
+        else {
+            this.video.playbackRate = 1;
+            void this.resume();
+        }
+    }
+
+    /** The part that is played again and again becomes another one. */
+    change(from: number, until: number): void {
+        if (this.again) Object.assign(this, { from, until });
+    }
+
+    private seekOn(): void {
+        if (this.wanted === null) return;
+        this.video.currentTime = this.wanted / 1000;
+        this.wanted = null;
+    }
+
+    // Each frame of the screen: the video's own events come too rarely to stop where the selection ends.
+    private readonly follow = (): void => {
+        const time = this.video.currentTime * 1000;
+        if (!this.video.seeking) {
+            this.onMove(time);
+            if (time >= this.until) this.onEnd();
+        }
+        if (!this.video.paused) requestAnimationFrame(this.follow);
+        // The selection may end where the video does.
+        else if (this.video.ended && this.again) void this.play(this.from, this.until, true);
+    };
+
+    private onEnd(): void {
+        if (this.again) this.video.currentTime = this.from / 1000;
+        else this.pause();
+    }
+}

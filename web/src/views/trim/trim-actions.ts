@@ -1,0 +1,58 @@
+// What is done with a clip that was chosen, and what that means.
+import { html, nothing, type TemplateResult } from "lit";
+import { text } from "../../strings/index.js";
+
+export type TrimState =
+    | { step: "choosing"; failure?: string }
+    | { step: "confirming" } // that the original goes
+    | { step: "cutting" };
+
+export interface TrimChoices {
+    readonly isWhole: boolean;
+    /** Empty until it is known. */
+    readonly copyName: string;
+    cancel(): void;
+    saveCopy(): void;
+    askToReplace(): void;
+    replace(): void;
+    keep(): void;
+}
+
+function cutting(): TemplateResult {
+    return html`<p class="actions" role="status">
+        <progress aria-label=${text.trim.cutting}></progress> ${text.trim.cutting}
+    </p>`;
+}
+
+// A second click at the place of the first keeps the original.
+function confirmation({ replace, keep }: TrimChoices): TemplateResult {
+    return html`<p class="failure" role="alert">${text.trim.replaceMeans}</p>
+        <p class="actions">
+            <button class="primary" @click=${keep}>${text.trim.keepOriginal}</button>
+            <button class="danger" @click=${replace}>${text.trim.replaceConfirm}</button>
+        </p>`;
+}
+
+function hint({ isWhole, copyName }: TrimChoices): string {
+    if (isWhole) return text.trim.whole;
+    return copyName === "" ? "" : text.trim.copyMeans(copyName);
+}
+
+export function trimActions(state: TrimState, choices: TrimChoices): TemplateResult {
+    if (state.step === "cutting") return cutting();
+    if (state.step === "confirming") return confirmation(choices);
+    const { isWhole, copyName } = choices;
+    return html`
+        ${state.failure ? html`<p class="failure" role="alert">${text.failed(state.failure)}</p>` : nothing}
+        <p class="hint">${hint(choices)}</p>
+        <p class="actions">
+            <button @click=${choices.cancel}>${text.captionTexts.cancel}</button>
+            <button class="danger" ?disabled=${isWhole} @click=${choices.askToReplace}>
+                ${text.trim.replace}
+            </button>
+            <button class="primary" ?disabled=${isWhole || copyName === ""} @click=${choices.saveCopy}>
+                ${text.trim.saveCopy}
+            </button>
+        </p>
+    `;
+}

@@ -1,0 +1,37 @@
+// The times of a clip as text, for who knows them exactly.
+import { html, type TemplateResult } from "lit";
+import { live } from "lit/directives/live.js";
+import { parseTime } from "../../model/clip-name.js";
+import type { TrimRange } from "../../model/trim-range.js";
+import { clockText, text } from "../../strings/index.js";
+
+export type Field = "start" | "end" | "length";
+
+/** `set` gets the time that was written; null when what was written is none. */
+export function trimFields(
+    range: TrimRange,
+    set: (field: Field, time: number | null) => void,
+): TemplateResult {
+    const field = (name: Field, label: string, time: number) =>
+        html`<label>
+            ${label}
+            <input
+                type="text"
+                inputmode="decimal"
+                autocomplete="off"
+                .value=${live(clockText(time))}
+                @change=${(event: Event) => set(name, parseTime((event.target as HTMLInputElement).value))}
+            />
+        </label>`;
+    return html`${field("start", text.trim.startTime, range.start)}
+    ${field("end", text.trim.endTime, range.end)} ${field("length", text.trim.length, range.length)}`;
+}
+
+/** Where the clip will start, as far as it is known. */
+export function startHint(range: TrimRange): string {
+    const keyframe = range.keyframeOfStart;
+    if (keyframe === null) return text.trim.startsEarlier;
+    const time = clockText(range.start);
+    if (Math.abs(range.start - keyframe) < range.frame / 2) return text.trim.startsAt(time);
+    return text.trim.startsBefore(time, clockText(keyframe));
+}

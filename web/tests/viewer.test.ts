@@ -1,0 +1,363 @@
+// Looking at one capture, writing its caption, cutting it: in a browser, on real captures.
+import assert from "node:assert/strict";
+import { readFileSync, rmSync, writeFileSync } from "node:fs";
+import { join } from "node:path";
+import { after, before } from "node:test";
+import type { Locator, Page } from "playwright-core";
+import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+
+const site = new Site();
+const PICTURES = 60;
+const FRAMES = 150;
+
+before(async () => {
+    site.addSamples();
+    for (let number = 0; number < PICTURES; ++number)
+        site.add(`Laps/Lap ${number}.png`, number < 30 ? number : 1000 + number);
+    site.addVideo("Races/Final.mp4", 500, FRAMES, 30);
+    await Promise.all([site.start(), startBrowser()]);
+});
+
+after(async () => {
+    await stopBrowser();
+    await site.stop();
+});
+
+const cell = (page: Page, title: string): Locator => page.getByRole("gridcell", { name: `${title}, ` });
+const viewer = (page: Page, title: string): Locator => page.getByRole("dialog", { name: title, exact: true });
+const button = (page: Page, name: string): Locator => page.getByRole("button", { name, exact: true });
+const slider = (page: Page, name: string): Locator => page.getByRole("slider", { name, exact: true });
+const focusOn = (page: Page, title: string): Promise<unknown> =>
+    page.waitForFunction((name) => document.activeElement?.ariaLabel?.startsWith(`${name}, `), title);
+
+/** Finds a capture in the grid, wherever it is, and opens it. */
+async function open(page: Page, title: string): Promise<Locator> {
+    await page.getByRole("searchbox").fill(title);
+    await cell(page, title).dblclick();
+    await page.getByRole("dialog", { name: title, exact: true }).waitFor();
+    return viewer(page, title);
+}
+
+/** The number that the frame shows, in binary. */
+const shownFrame = (page: Page): Promise<number> =>
+    page.evaluate(async () => {
+        const video = document.querySelector("video")!;
+        if (video.seeking)
+            await new Promise((done) => video.addEventListener("seeked", done, { once: true }));
+        const canvas = new OffscreenCanvas(12, 1);
+        const context = canvas.getContext("2d")!;
+        context.drawImage(video, 0, video.videoHeight / 2, video.videoWidth, 1, 0, 0, 12, 1);
+        const { data } = context.getImageData(0, 0, 12, 1);
+        return [...Array(12).keys()].reduce((bits, place) => 2 * bits + (data[4 * place]! > 128 ? 1 : 0), 0);
+    });
+
+async function expectFrame(page: Page, frame: number): Promise<void> {
+    for (let look = 0; look < 50 && (await shownFrame(page)) !== frame; ++look)
+        await page.evaluate(() => new Promise(requestAnimationFrame));
+    assert.equal(await shownFrame(page), frame);
+}
+
+pageTest("the viewer leads through the captures and back to the cell of the last one", site, async (page) => {
+    await cell(page, "Lap 59").focus();
+    const entries = await page.evaluate(() => history.length);
+    await page.keyboard.press("Enter");
+    const first = viewer(page, "Lap 59");
+    await first.waitFor();
+    for (const name of ["Trim", "Caption", "Delete"]) await first.getByRole("button", { name }).waitFor();
+    assert.equal(await button(page, "Previous").getAttribute("aria-disabled"), "true");
+    await page.keyboard.press("ArrowLeft");
+    await expectAccessible(page);
+    for (let step = 0; step < 25; ++step) await page.keyboard.press("ArrowRight");
+    await button(page, "Next").click();
+    const shown = (await page.getByRole("dialog").getAttribute("aria-label"))!;
+    await page.keyboard.press("Escape");
+    await focusOn(page, shown);
+    // The grid has scrolled to it, and the history has one entry more, to go forward to.
+    await cell(page, shown).waitFor();
+    assert.equal(await page.evaluate(() => history.length), entries + 1);
+    await page.goForward();
+    await viewer(page, shown).waitFor();
+    await page.reload();
+    await viewer(page, shown).waitFor();
+    await button(page, "Previous").click();
+    await viewer(page, shown).waitFor({ state: "detached" });
+    const other = (await page.getByRole("dialog").getAttribute("aria-label"))!;
+    await page.goBack();
+    await focusOn(page, other);
+    assert.equal(await page.evaluate(() => history.length), entries + 1);
+});
+
+pageTest("a picture is zoomed at the pointer, by keys and fingers, and moved", site, async (page) => {
+    const dialog = await open(page, "Valley");
+    const picture = dialog.getByRole("img", { name: "Valley" });
+    await page.waitForFunction(
+        () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")?.naturalWidth,
+    );
+    const box = async () => (await picture.boundingBox())!;
+    const whole = await box();
+    const at = { x: Math.round(whole.x + whole.width * 0.3), y: Math.round(whole.y + whole.height * 0.6) };
+    const part = async () => {
+        const { x, y, width, height } = await box();
+        return [(at.x - x) / width, (at.y - y) / height].map((value) => value.toFixed(2));
+    };
+    const zoomed = (isLarger: boolean) =>
+        page.waitForFunction(
+            ([width, larger]) =>
+                document.querySelector(".frame img:not(.preview)")!.getBoundingClientRect().width > width! ===
+                larger,
+            [whole.width * 1.2, isLarger] as const,
+        );
+    await page.mouse.move(at.x, at.y);
+    await page.mouse.wheel(0, -400);
+    await zoomed(true);
+    assert.deepEqual(await part(), ["0.30", "0.60"]);
+    const before = await box();
+    await page.keyboard.press("ArrowRight");
+    await page.mouse.down();
+    await page.mouse.move(at.x, at.y + 40);
+    await page.mouse.up();
+    const { x, y } = await box();
+    assert.deepEqual([Math.round(before.x - x), Math.round(y - before.y)], [80, 40]);
+    await expectAccessible(page);
+    await page.keyboard.press("0");
+    await zoomed(false);
+    await page.mouse.dblclick(at.x, at.y);
+    await zoomed(true);
+    assert.deepEqual(await part(), ["0.30", "0.60"]);
+    await button(page, "Show all of it").click();
+    await zoomed(false);
+    const touch = async (type: "touchStart" | "touchMove" | "touchEnd", ...places: number[]) =>
+        session.send("Input.dispatchTouchEvent", {
+            type,
+            touchPoints: places.map((place, id) => ({ x: place, y: at.y, id })),
+        });
+    const session = await page.context().newCDPSession(page);
+    await touch("touchStart", at.x - 50, at.x + 50);
+    await touch("touchMove", at.x - 100, at.x + 100);
+    await touch("touchEnd");
+    await zoomed(true);
+    assert.ok(Math.abs((await box()).width / whole.width - 2) < 0.05);
+});
+
+pageTest("a video is played, sought and stepped through by keys", site, async (page) => {
+    await open(page, "Final");
+    await page.waitForFunction(() => document.querySelector("video")!.currentTime > 0.2);
+    await page.keyboard.press("k");
+    await button(page, "Play").waitFor();
+    await page.keyboard.press("j");
+    await expectFrame(page, 0);
+    for (let step = 1; step <= 3; ++step) {
+        await page.keyboard.press(".");
+        await expectFrame(page, step);
+    }
+    await page.keyboard.press(",");
+    await expectFrame(page, 2);
+    // The slider has the arrows for itself.
+    await slider(page, "Seek").focus();
+    await page.keyboard.press("End");
+    await expectFrame(page, FRAMES - 1);
+    await viewer(page, "Final").waitFor();
+    await page.keyboard.press("Shift+<");
+    await page.keyboard.press("m");
+    await page.keyboard.press("r");
+    const state = await page.evaluate(() => {
+        const { playbackRate, muted, loop } = document.querySelector("video")!;
+        return { playbackRate, muted, loop };
+    });
+    assert.deepEqual(state, { playbackRate: 0.5, muted: true, loop: true });
+    await page.keyboard.press("f");
+    await page.waitForFunction(() => document.fullscreenElement !== null);
+    await expectAccessible(page);
+    await page.keyboard.press("f");
+    await page.waitForFunction(() => document.fullscreenElement === null);
+    await page.emulateMedia({ colorScheme: "dark", reducedMotion: "reduce" });
+    await page.setViewportSize({ width: 360, height: 700 });
+    await button(page, "Details").click();
+    await expectAccessible(page);
+    assert.equal(await page.evaluate(() => document.querySelector("dialog")!.scrollWidth), 360);
+});
+
+pageTest("the next two and the previous one are loaded, and dropped in fast travel", site, async (page) => {
+    const asked: string[] = [];
+    let hold = false;
+    await page.route("**/media/*", async (route) => {
+        asked.push(route.request().url());
+        if (hold) return; // never answered, like a slow disk
+        await route.continue();
+    });
+    await page.getByRole("searchbox").fill("Lap");
+    await cell(page, "Lap 55").dblclick();
+    await page.waitForFunction(
+        () =>
+            performance.getEntriesByType("resource").filter(({ name }) => name.includes("/media/")).length ===
+            4,
+    );
+    assert.equal(asked.length, 4);
+    hold = true;
+    const dropped: string[] = [];
+    page.on("requestfailed", (request) => dropped.push(request.url()));
+    // Two are there; those after them are given up again, but for the one that is looked at.
+    for (let step = 0; step < 6; ++step) await page.keyboard.press("ArrowRight");
+    await viewer(page, "Lap 49").waitFor();
+    const given = asked.length - 4 - 1;
+    assert.ok(given > 0);
+    while (dropped.length < given) await page.waitForEvent("requestfailed");
+    assert.ok(!dropped.includes(asked.at(-1)!));
+});
+
+pageTest(
+    "a capture that goes gives way to the next one, and Delete says which is meant",
+    site,
+    async (page) => {
+        const path = site.add("Laps/Gone.png", 2000);
+        await open(page, "Gone");
+        await page.keyboard.press("Escape");
+        await page.getByRole("searchbox").fill("");
+        await cell(page, "Gone").dblclick();
+        await page.evaluate(() =>
+            document.addEventListener("delete-captures", (event) => {
+                document.title = (event as CustomEvent<string[]>).detail[0]!;
+            }),
+        );
+        await viewer(page, "Gone").getByRole("button", { name: "Delete" }).click();
+        assert.equal(await page.title(), path);
+        rmSync(path);
+        await viewer(page, "Lap 59").waitFor();
+        await page.getByText("What you looked at has gone").waitFor();
+        await page.keyboard.press("Escape");
+        await focusOn(page, "Lap 59");
+    },
+);
+
+pageTest(
+    "what the browser cannot show is shown as its thumbnail, and what is broken by name",
+    site,
+    async (page) => {
+        const dialog = await open(page, "Second lap");
+        await page.getByText("This browser cannot show this file").waitFor();
+        await dialog.getByRole("button", { name: "Open in player" }).waitFor();
+        await page.waitForFunction(
+            () => document.querySelector<HTMLImageElement>("unshown-capture img")?.naturalWidth,
+        );
+        await expectAccessible(page);
+        await page.keyboard.press("Escape");
+        const good = readFileSync(join(site.gallery, "Rustwind Rally/Start line.png"));
+        const broken = Buffer.from(good);
+        broken.fill(0x55, broken.indexOf("IDAT") + 4, broken.indexOf("IEND") - 8);
+        const path = site.addBytes("Laps/Broken.png", 2001, broken);
+        await open(page, "Broken");
+        await page.getByText("This file is damaged").waitFor();
+        await page.getByText("Broken.png", { exact: true }).waitFor();
+        await viewer(page, "Broken").getByRole("button", { name: "Open folder" }).waitFor();
+        writeFileSync(path, good);
+        await viewer(page, "Broken").getByRole("button", { name: "Retry" }).click();
+        await page.waitForFunction(
+            () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")?.naturalWidth === 640,
+        );
+        rmSync(path);
+    },
+);
+
+pageTest("a caption is seen as it is typed, and survives a failure", site, async (page) => {
+    await open(page, "Lap 58");
+    await page.keyboard.press("c");
+    await page.getByRole("textbox", { name: "Top text" }).fill("When the tyres ");
+    await page.getByRole("textbox", { name: "Bottom text" }).fill("x".repeat(100_000));
+    await page.getByText("When the tyres", { exact: true }).waitFor();
+    await button(page, "Save").click();
+    await page.getByRole("alert").getByText("That did not work").waitFor();
+    await expectAccessible(page);
+    assert.equal(await page.getByRole("textbox", { name: "Top text" }).inputValue(), "When the tyres ");
+    await page.getByRole("textbox", { name: "Bottom text" }).fill("were cold");
+    await page.keyboard.press("Enter");
+    await page.getByText("The caption was saved").waitFor();
+    await viewer(page, "Lap 58").getByText("were cold").waitFor();
+    await page.reload();
+    await viewer(page, "Lap 58").waitFor();
+    await page.keyboard.press("i");
+    await page.getByRole("region", { name: "Details" }).getByText("were cold").waitFor();
+});
+
+pageTest(
+    "a clip is cut at the frames that were chosen, beside its video and in its place",
+    site,
+    async (page) => {
+        await open(page, "Final");
+        await page.keyboard.press("t");
+        await slider(page, "Start").waitFor();
+        await expectAccessible(page);
+        assert.ok(await button(page, "Save as copy").isDisabled());
+        await slider(page, "Start").focus();
+        await page.keyboard.press("Alt+ArrowRight");
+        await page.getByText("The clip will start at 0:01.00, on a keyframe").waitFor();
+        await page.keyboard.press("PageUp");
+        await page.keyboard.press("ArrowRight");
+        await expectFrame(page, 41);
+        assert.equal(await slider(page, "Start").getAttribute("aria-valuetext"), "0:01.36");
+        await page.getByText("the keyframe before, 0:01.00").waitFor();
+        await slider(page, "End").focus();
+        await page.keyboard.press("Home");
+        for (let step = 0; step < 3; ++step) await page.keyboard.press("PageUp");
+        await expectFrame(page, 71);
+        await expectAccessible(page);
+        await button(page, "Loop").click();
+        await button(page, "Pause").waitFor();
+        await button(page, "Loop").click();
+        await page.keyboard.press("k");
+        await button(page, "Save as copy").click();
+        await focusOn(page, "Final (clip)");
+        await page.getByRole("toolbar", { name: "Selection" }).getByText("1 selected").waitFor();
+        // The clip holds those frames, and no other.
+        await page.keyboard.press("Enter");
+        await page.waitForFunction(() => document.querySelector("video")?.readyState === 4);
+        await page.keyboard.press("k");
+        await page.keyboard.press("j");
+        await expectFrame(page, 41);
+        await slider(page, "Seek").focus();
+        await page.keyboard.press("End");
+        await expectFrame(page, 71);
+        await page.keyboard.press("Escape");
+
+        await open(page, "Final");
+        await page.keyboard.press("t");
+        await slider(page, "Position").focus();
+        await page.keyboard.press("Home");
+        for (const key of ["ArrowRight", "ArrowRight", "i", "PageUp", "o"]) await page.keyboard.press(key);
+        // What is shown is the first, and then the last frame of it.
+        const times = async () => [
+            await slider(page, "Start").getAttribute("aria-valuetext"),
+            await slider(page, "End").getAttribute("aria-valuetext"),
+        ];
+        assert.deepEqual(await times(), ["0:00.06", "0:00.43"]);
+        const bar = (await page.locator("trim-bar").boundingBox())!;
+        const grip = (await slider(page, "End").boundingBox())!;
+        await page.mouse.move(grip.x + 3, grip.y + 20);
+        await page.mouse.down();
+        // A drag goes on beyond the bar.
+        await page.mouse.move(bar.x + bar.width * 2, bar.y - 200, { steps: 3 });
+        assert.deepEqual(await times(), ["0:00.06", "0:05.01"]);
+        await page.mouse.move(bar.x + bar.width * 0.2, bar.y - 200, { steps: 3 });
+        await page.mouse.up();
+        assert.deepEqual(await times(), ["0:00.06", "0:01.00"]);
+        await page.getByRole("textbox", { name: "Start time" }).fill("0");
+        await page.getByRole("textbox", { name: "Length" }).fill("half");
+        await page.keyboard.press("Enter");
+        await page.getByText("This is not a time").waitFor();
+        await page.getByRole("textbox", { name: "End time" }).fill("2");
+        await page.keyboard.press("Enter");
+        await page.getByText("A copy is saved as Final (clip 2).mp4").waitFor();
+        await button(page, "Replace original").click();
+        await page.getByText("lost for good").waitFor();
+        await expectAccessible(page);
+        // Nothing is replaced by a click too many.
+        await page.keyboard.press("Enter");
+        await button(page, "Replace original").click();
+        await button(page, "Replace it now").click();
+        await focusOn(page, "Final");
+        await page.getByText("The clip was saved").waitFor({ state: "attached" });
+        await page.keyboard.press("Enter");
+        await page.waitForFunction(
+            () => Math.abs((document.querySelector("video")?.duration ?? 0) - 2) < 0.05,
+        );
+    },
+);
