@@ -8,6 +8,7 @@
 
 #include "common/results/RetVal.h"
 #include "common/system/System.h"
+#include "gallery-host/base/UserEnvironment.h"
 #include "gallery-host/message/Envelope.h"
 
 namespace host::page {
@@ -67,7 +68,7 @@ bool OpenWithDesktop(const std::string& path) {
     const char* const argv[] = {"sh", "-c", kOpener, "sh", path.c_str(), nullptr};
     pid_t pid = -1;
     const int error = posix_spawn(&pid, "/bin/sh", &actions, &attributes, const_cast<char* const*>(argv),
-                                  KXP::Platform::Environment());
+                                  UserEnvironment());
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     if (error != 0) return false;
