@@ -5,9 +5,13 @@ import type { Notifications, Requests } from "./types.js";
 
 /** The host's own methods; which of them a host offers is in `HostInfo`. */
 export interface HostRequests {
+    Preferences: { preferences?: object };
     OpenFolder: { file: string };
     OpenInPlayer: { file: string };
 }
+
+/** Dispatched on the window when the server has said what it offers, before queries that wait are sent. */
+export const HOST_READY = "gallery-host-ready";
 
 /** What the server that shows the page offers beyond the gallery. The container offers nothing. */
 export interface HostInfo {
@@ -42,6 +46,12 @@ export class Client {
             onGap: () => listener.onGap(),
             onEnd: (error) => listener.onEnd(error),
         });
+    }
+
+    /** What the host keeps of how somebody likes to see the gallery; `preferences` take its place. */
+    async preferences(parameters: HostRequests["Preferences"]): Promise<Record<string, unknown>> {
+        const answer = await ask(this.channel, makeEnvelope("Host", "Preferences", parameters));
+        return (payloadOf(answer) as { preferences?: Record<string, unknown> }).preferences ?? {};
     }
 
     offers(method: keyof HostRequests): boolean {

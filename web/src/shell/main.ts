@@ -1,5 +1,5 @@
 // Puts the page together.
-import { Client, type HostInfo } from "../api/client.js";
+import { Client, HOST_READY, type HostInfo } from "../api/client.js";
 import { channelOf, type Channel } from "../api/query.js";
 import { Feed } from "../model/feed.js";
 import { NO_FILTER } from "../model/filter.js";
@@ -10,7 +10,7 @@ import { language, text } from "../strings/index.js";
 import { GalleryPage } from "../views/gallery-page.js";
 import { loaderFor } from "../views/thumbnail-loader.js";
 import { Router } from "./router.js";
-import { keepPreferences, readPreferences } from "./preferences.js";
+import { PreferenceStore } from "./preferences.js";
 
 function hostInfo(): HostInfo | null {
     return (window as { galleryHost?: HostInfo }).galleryHost ?? null;
@@ -28,9 +28,9 @@ function nextFrame(report: () => void): void {
 }
 
 function start(channel: Channel): void {
-    let preferences = readPreferences();
-    const { grouping, sort } = preferences;
     const client = new Client(channel, hostInfo);
+    const preferences = new PreferenceStore(client);
+    const { grouping, sort, cellSize } = preferences.current;
     const gallery = new Gallery({ ...NO_FILTER, grouping, sort }, nextFrame);
     let redrawing = false;
     const redraw = (): void => {
@@ -44,17 +44,14 @@ function start(channel: Channel): void {
     const thumbnails = new Thumbnails(loaderFor(client), redraw);
     const page = new GalleryPage();
     page.context = { client, gallery, selection: new Selection(), thumbnails };
-    page.cellSize = preferences.cellSize;
-    const keep = (changes: object): void => keepPreferences((preferences = { ...preferences, ...changes }));
+    page.cellSize = cellSize;
     page.addEventListener("cell-size", (event) => {
         page.cellSize = (event as CustomEvent<number>).detail;
-        keep({ cellSize: page.cellSize });
+        preferences.keep({ cellSize: page.cellSize });
     });
     page.addEventListener("view-choice", (event) => {
-        const { grouping = preferences.grouping, sort = preferences.sort } = (
-            event as CustomEvent<Partial<View>>
-        ).detail;
-        keep({ grouping, sort });
+        const { grouping, sort } = { ...gallery.view, ...(event as CustomEvent<Partial<View>>).detail };
+        preferences.keep({ grouping, sort });
     });
     document.body.append(page);
     const router = new Router((path) => page.show(path));
@@ -68,6 +65,15 @@ function start(channel: Channel): void {
         stopWaiting();
         page.show(router.path);
     });
+    const load = (): void => {
+        if (!client.offers("Preferences")) return;
+        preferences.load(({ cellSize, ...view }) => {
+            page.cellSize = cellSize;
+            gallery.setView(view);
+        });
+    };
+    if (hostInfo()) load();
+    else window.addEventListener(HOST_READY, load, { once: true });
     new Feed(client, gallery, scheduler).start();
 }
 
