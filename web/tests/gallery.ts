@@ -36,7 +36,7 @@ export class Site {
     readonly folder = mkdtempSync(join(tmpdir(), "gallery-page-"));
     home = this.folder;
     private host: ChildProcess | null = null;
-    private launch = "";
+    launch = "";
     private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
 
     get gallery(): string {
