@@ -82,6 +82,24 @@ TEST_F(PageVerb, AWindowOfItsOwnEndsTheProgram) {
     EXPECT_TRUE(fs::is_empty(home_ / "run"));
 }
 
+TEST_F(PageVerb, TheDemonstrationLivesInAHomeOfItsOwnAndTheBrowserInTheUsers) {
+    auto environment = WithProgram("xdg-open", R"(echo "$HOME" >"$TOLD")");
+    home_.folder().MakeFolder("tmp");
+    environment.environment.push_back("TMPDIR=" + (home_ / "tmp"));
+    ChildProcess none(WithFake({"page", "--demo", "--port", "0"}), environment);
+    EXPECT_EQ(none.Wait(), 1);
+    EXPECT_TRUE(Contains(none.err, "cannot start " + (home_ / "Contents/MacOS/demo-gallery"))) << none.err;
+    WithProgram("demo-gallery", R"(echo no sound >&2; touch "$1/a")");
+    fs::rename(home_ / "bin/demo-gallery", home_ / "Contents/MacOS/demo-gallery");
+    ChildProcess child(WithFake({"page", "--demo", "--port", "0"}), environment);
+    EXPECT_EQ(ReadTold(), home_.folder().path() + "\n");
+    EXPECT_FALSE(fs::is_empty(home_ / "tmp"));
+    child.Signal(SIGINT);
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_TRUE(Contains(child.err, "gallery-host: no sound\n")) << child.err;
+    EXPECT_TRUE(fs::is_empty(home_ / "tmp"));
+}
+
 TEST_F(PageVerb, SaysWhatIsMissing) {
     const auto run = [this](const std::vector<std::string>& arguments) {
         ChildProcess child(WithFake(arguments), Environment("/nowhere"));

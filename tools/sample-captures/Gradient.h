@@ -1,7 +1,9 @@
-// The picture that every sample shows: a colour at the top that passes into another at the bottom.
+// Pictures that files are made of. Most samples show a colour at the top that passes into another at the
+// bottom.
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace samples {
 
@@ -9,6 +11,13 @@ struct Rgb {
     uint8_t red;
     uint8_t green;
     uint8_t blue;
+};
+
+// `width` times `height` pixels, row by row.
+struct Picture {
+    uint16_t width;
+    uint16_t height;
+    std::vector<Rgb> pixels;
 };
 
 struct Gradient {

@@ -23,7 +23,6 @@ struct Destroy {
 
 // Row by row, for a sanitizer makes a call for each pixel a matter of seconds.
 std::vector<Rgb> Pixels(uint32_t width, uint32_t height, const Gradient& colours) {
-    static_assert(sizeof(Rgb) == 3, "as the encoder takes it");
     std::vector<Rgb> pixels;
     pixels.reserve(size_t{width} * height);
     for (uint32_t row = 0; row < height; ++row)
@@ -31,13 +30,13 @@ std::vector<Rgb> Pixels(uint32_t width, uint32_t height, const Gradient& colours
     return pixels;
 }
 
-std::string Encoded(uint16_t width, uint16_t height, const Gradient& colours) {
-    const std::vector<Rgb> pixels = Pixels(width, height, colours);
+std::string Encoded(const Picture& picture) {
+    static_assert(sizeof(Rgb) == 3, "as the encoder takes it");
     const std::unique_ptr<void, Destroy> encoder(tjInitCompress());
     unsigned char* bytes = nullptr;
     unsigned long size = 0;
-    const int result = tjCompress2(encoder.get(), &pixels.data()->red, width, 0, height, TJPF_RGB, &bytes,
-                                   &size, TJSAMP_420, kQuality, 0);
+    const int result = tjCompress2(encoder.get(), &picture.pixels.data()->red, picture.width, 0,
+                                   picture.height, TJPF_RGB, &bytes, &size, TJSAMP_420, kQuality, 0);
     const std::unique_ptr<unsigned char, Free> owner(bytes);
     if (result != 0) throw std::runtime_error(std::string("No JPEG: ") + tjGetErrorStr2(encoder.get()));
     return {reinterpret_cast<const char*>(bytes), size};
@@ -46,8 +45,12 @@ std::string Encoded(uint16_t width, uint16_t height, const Gradient& colours) {
 }  // namespace
 
 std::string JpegImage(uint16_t width, uint16_t height, const Gradient& colours, const ExifTexts& texts) {
-    if (width == 0 || height == 0) throw std::invalid_argument("A JPEG picture needs a width and a height");
-    return Encoded(width, height, colours).insert(kFirstSegments, ExifSegment(texts));
+    return JpegImage({width, height, Pixels(width, height, colours)}, texts);
+}
+
+std::string JpegImage(const Picture& picture, const ExifTexts& texts) {
+    if (picture.pixels.empty()) throw std::invalid_argument("A JPEG picture needs a width and a height");
+    return Encoded(picture).insert(kFirstSegments, ExifSegment(texts));
 }
 
 std::string WithClaimedSize(std::string jpeg, uint16_t width, uint16_t height) {

@@ -13,6 +13,9 @@ namespace samples {
 // std::invalid_argument when a side is zero, or for texts that do not fit.
 std::string JpegImage(uint16_t width, uint16_t height, const Gradient& colours, const ExifTexts& texts = {});
 
+// The same of any picture.
+std::string JpegImage(const Picture& picture, const ExifTexts& texts = {});
+
 // The same file with another size in its frame header: a picture that is too large to be decoded, without the
 // memory that it would take to make one.
 std::string WithClaimedSize(std::string jpeg, uint16_t width, uint16_t height);

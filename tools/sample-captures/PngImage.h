@@ -22,4 +22,7 @@ std::string PngXmpChunk(std::string_view creatorTool, std::string_view descripti
 std::string PngImage(uint32_t width, uint32_t height, const Gradient& colours,
                      const std::vector<std::string>& chunks = {});
 
+// The same of any picture.
+std::string PngImage(const Picture& picture, const std::vector<std::string>& chunks = {});
+
 }  // namespace samples

@@ -66,6 +66,10 @@ std::vector<uint8_t> Picture(int number, const Video& video) {
     const size_t stride = static_cast<size_t>(video.width) * 3;
     std::vector<uint8_t> rgb(stride * static_cast<size_t>(video.height));
     uint8_t* at = rgb.data();
+    if (video.picture) {
+        video.picture(number, at);
+        return rgb;
+    }
     for (int y = 0; y < video.height; ++y)
         if (y == 0 || y == video.height * 2 / 5 || y == video.height * 3 / 5)
             for (int x = 0; x < video.width; ++x)
@@ -176,11 +180,14 @@ std::vector<Packet> EncodeAudio(const Video& video, int track, AVCodecContext& c
     frame->nb_samples = codec.frame_size;
     frame->pts = 0;
     const int64_t end = int64_t{kSampleRate} * video.frames * video.repeat / kFps;
+    const auto loudness = [&](int64_t at) {
+        return video.sound ? video.sound(static_cast<double>(at) / kSampleRate)
+                           : 0.3 * std::sin(static_cast<double>(at) * 0.03 * track);
+    };
     return Encode(codec, *frame, end, codec.frame_size, [&](int64_t at) {
         for (int i = 0; i < frame->nb_samples; ++i)
             for (uint8_t* channel : {frame->data[0], frame->data[1]})
-                reinterpret_cast<float*>(channel)[i] =
-                    static_cast<float>(0.3 * std::sin(static_cast<double>(at + i) * 0.03 * track));
+                reinterpret_cast<float*>(channel)[i] = static_cast<float>(loudness(at + i));
     });
 }
 
@@ -279,13 +286,17 @@ class Folder {
 
 }  // namespace
 
+void Write(const Video& video, const std::string& path) {
+    av_log_set_level(AV_LOG_ERROR);
+    Mux(video, path);
+    if (video.moovInFront || !video.tagc.empty()) EditMovie(path, video.moovInFront, video.tagc);
+}
+
 std::string Path(const Video& video) {
     static const Folder folder;
     static int count = 0;
-    av_log_set_level(AV_LOG_ERROR);
     std::string path = folder.path() + "/" + std::to_string(++count);
-    Mux(video, path);
-    if (video.moovInFront || !video.tagc.empty()) EditMovie(path, video.moovInFront, video.tagc);
+    Write(video, path);
     return path;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,15 @@ struct Video {
     std::vector<std::string> audioLanguages = {"und"};  // one track of AAC for each
     std::string creationTime;                           // ISO 8601, in UTC
     std::string tagc;                                   // the content of moov/udta/tagc
+
+    // Instead of numbers and colours: fills RGB rows without padding for the frame.
+    std::function<void(int frame, uint8_t* rgb)> picture;
+    // Instead of a tone: the loudness at a time, of -1 to 1.
+    std::function<double(double seconds)> sound;
 };
+
+// Makes such a file. Throws std::runtime_error on failure.
+void Write(const Video& video, const std::string& path);
 
 // Makes such a file and returns its path; it is removed at the end of the process.
 std::string Path(const Video& video);

@@ -24,7 +24,7 @@ async function openEmpty(): Promise<Page> {
 }
 
 /** From the start of the navigation to the first cells, and to a first screen of pictures. */
-async function firstPaint(page: Page, pictures: string): Promise<void> {
+async function firstPaint(page: Page, pictures: string, navigate: () => Promise<unknown>): Promise<void> {
     await page.addInitScript(() => {
         const times = ((window as unknown as { times: number[] }).times = [] as number[]);
         const look = (): void => {
@@ -38,7 +38,7 @@ async function firstPaint(page: Page, pictures: string): Promise<void> {
         };
         requestAnimationFrame(look);
     });
-    await page.reload();
+    await navigate();
     const times = await page.waitForFunction(() => {
         const { times } = window as unknown as { times: number[] };
         return times[1] ? times : null;
@@ -126,11 +126,94 @@ async function burst(page: Page): Promise<void> {
     print("drift after a burst of 200", `${(await top()) - before} px`, "0 px");
 }
 
+/** What the page knows of its socket; frames that the server sent can be sent again. */
+interface Heard {
+    socket: WebSocket;
+    saved: string;
+}
+
+/** Before the page is loaded. */
+function listenIn(): void {
+    const heard = ((window as unknown as { heard: Partial<Heard> }).heard = {} as Partial<Heard>);
+    const Real = WebSocket;
+    window.WebSocket = class extends Real {
+        constructor(address: string | URL) {
+            super(address);
+            heard.socket = this;
+            this.addEventListener("message", ({ data }) => {
+                if (String(data).includes('"captureSaved"')) heard.saved = String(data);
+            });
+        }
+    };
+}
+
+/** From the socket's event to the cell in the page; a frame of the screen lies in between. */
+async function notice(page: Page): Promise<void> {
+    const times = await page.getByRole("grid").evaluate(async (grid) => {
+        const { socket, saved } = (window as unknown as { heard: Heard }).heard;
+        grid.scrollTop = 0;
+        const times: number[] = [];
+        for (let one = 0; one < 20; ++one) {
+            await new Promise((resolve) => setTimeout(resolve, 100));
+            const frame = JSON.parse(saved);
+            Object.assign(frame.payload.captureSaved.ugc, {
+                path: `/Game 1/Noticed ${one}.png`,
+                date: new Date(Date.UTC(2027, 0, 1, 0, one)).toISOString(),
+            });
+            const data = JSON.stringify(frame);
+            const start = performance.now();
+            const seen = new Promise<void>((resolve) => {
+                const observer = new MutationObserver(() => {
+                    if (!grid.querySelector(`[aria-label^="Noticed ${one},"]`)) return;
+                    observer.disconnect();
+                    resolve();
+                });
+                observer.observe(grid, { subtree: true, childList: true, attributes: true });
+            });
+            socket.onmessage!(new MessageEvent("message", { data }));
+            await seen;
+            times.push(performance.now() - start);
+        }
+        return times.sort((a, b) => a - b);
+    });
+    print("notification to its cell, median of 20", `${times[10]!.toFixed(1)} ms`, "8 ms");
+}
+
+/** 200 notifications, one right after the other, while somebody looks at something else. */
+async function layoutsOfBurst(page: Page): Promise<void> {
+    await page.getByRole("grid").evaluate((grid) => void (grid.scrollTop = 20_000));
+    await page.waitForTimeout(1000);
+    const session = await page.context().newCDPSession(page);
+    await session.send("Performance.enable", { timeDomain: "threadTicks" });
+    const metric = async (wanted: string): Promise<number> =>
+        (await session.send("Performance.getMetrics")).metrics.find(({ name }) => name === wanted)!.value;
+    const before = [await metric("LayoutCount"), await metric("TaskDuration")] as const;
+    await page.evaluate(async () => {
+        const { socket, saved } = (window as unknown as { heard: Heard }).heard;
+        for (let one = 0; one < 200; ++one) {
+            const frame = JSON.parse(saved);
+            frame.payload.captureSaved.ugc.path = `/Game 2/Burst ${one}.png`;
+            socket.onmessage!(new MessageEvent("message", { data: JSON.stringify(frame) }));
+        }
+        for (let frames = 0; frames < 3; ++frames) await new Promise(requestAnimationFrame);
+    });
+    print("layouts for a burst of 200", String((await metric("LayoutCount")) - before[0]), "1");
+    print("  processor time", ms(1000 * ((await metric("TaskDuration")) - before[1])), "");
+}
+
 async function heap(page: Page): Promise<void> {
     const session = await page.context().newCDPSession(page);
     await session.send("HeapProfiler.collectGarbage");
     const { usedSize } = await session.send("Runtime.getHeapUsage");
     print("heap after a collection", `${(usedSize / 1e6).toFixed(1)} MB`, "8 MB and the cache");
+}
+
+/** A server and a browser that have made no thumbnail yet. */
+async function coldStart(): Promise<void> {
+    await site.start();
+    const page = await site.blankPage();
+    // The library is up when it answers.
+    await firstPaint(page, "made anew", () => page.goto(site.launch));
 }
 
 try {
@@ -140,11 +223,16 @@ try {
     const page = await openEmpty();
     await jump(page, "made anew");
     await jump(page, "kept");
-    await firstPaint(page, "kept");
+    await page.addInitScript(listenIn);
+    await firstPaint(page, "kept", () => page.reload());
     await page.getByRole("heading", { name: "10,015 captures" }).waitFor();
     await scrollThrough(page);
     await burst(page);
+    await notice(page);
+    await layoutsOfBurst(page);
     await heap(page);
+    await page.context().close();
+    await coldStart();
     console.log(`load ${loadavg()[0]!.toFixed(1)}`);
 } finally {
     await stopBrowser();

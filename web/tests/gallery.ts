@@ -37,7 +37,7 @@ export class Site {
     readonly folder = mkdtempSync(join(tmpdir(), "gallery-page-"));
     home = this.folder;
     private host: ChildProcess | null = null;
-    private launch = "";
+    launch = "";
     private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
 
     get gallery(): string {
@@ -85,9 +85,11 @@ export class Site {
         return this.addBytes(name, minute, bytes);
     }
 
-    /** Starts the server. */
-    async start(): Promise<void> {
-        const server = this.run(["page", "--no-open", "--port", "0"]);
+    /** Starts the server, with more arguments; again where one runs, whose browsers it does not know. */
+    async start(...more: string[]): Promise<void> {
+        await this.end();
+        this.known = null;
+        const server = this.run(["page", "--no-open", "--port", "0", ...more]);
         const [line] = (await once(createInterface(server.stdout!), "line")) as [string];
         this.launch = line.trim();
     }
@@ -101,7 +103,12 @@ export class Site {
 
     private run(words: string[]): ChildProcess {
         const { home } = this;
-        const env = { PATH: process.env["PATH"], HOME: home, XDG_DATA_HOME: join(home, ".local/share") };
+        const env = {
+            PATH: process.env["PATH"],
+            HOME: home,
+            XDG_DATA_HOME: join(home, ".local/share"),
+            TMPDIR: this.folder,
+        };
         this.host = spawn(host, words, { env, stdio: ["pipe", "pipe", "ignore"] });
         return this.host;
     }
@@ -122,11 +129,14 @@ export class Site {
         return page;
     }
 
+    private async end(): Promise<void> {
+        if (this.host === null || this.host.exitCode !== null) return;
+        this.host.kill("SIGINT");
+        await once(this.host, "exit");
+    }
+
     async stop(): Promise<void> {
-        if (this.host?.exitCode === null) {
-            this.host.kill("SIGINT");
-            await once(this.host, "exit");
-        }
+        await this.end();
         rmSync(this.folder, { recursive: true, force: true });
     }
 }

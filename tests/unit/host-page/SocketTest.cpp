@@ -70,6 +70,31 @@ TEST(PageSocket, OnlyWhatIsMeantForPagesGoesThrough) {
             "not in the gallery"));
 }
 
+TEST(PageSocket, PreferencesOutliveTheServerWholeOrNotAtAll) {
+    RunningPage page;
+    Tab socket(page);
+    const auto ask = [&socket](const std::string& payload) {
+        socket.Send(R"({"uniqueid":"1","module":"Host","method":"Preferences","payload":)" + payload + "}");
+        return socket.Read();
+    };
+    const std::string file = page.home() / "data/ZORVEX/OvirastreamX/Share/PagePreferences.json";
+    EXPECT_TRUE(Has(ask("{}"), R"("preferences":{})"));
+    const std::string first = R"({"preferences":{"sort":"title","cellSize":200.5,"wide":true}})";
+    EXPECT_TRUE(Has(ask(first), R"("_return_code":0)"));
+    for (const std::string& wrong :
+         {std::string("[]"), std::string("1"), std::string(R"({"a":{}})"), std::string(R"({"a":null})"),
+          R"({"a":")" + std::string(4096, 'x') + "\"}"}) {
+        const std::string answer = ask(R"({"preferences":)" + wrong + "}");
+        EXPECT_TRUE(Has(answer, R"("_return_code":-)")) << answer;
+    }
+    EXPECT_TRUE(Has(ask("{}"), first.substr(1, first.size() - 2)));
+    struct stat status {};
+    EXPECT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    page.home().folder().Write("data/ZORVEX/OvirastreamX/Share/PagePreferences.json", "{\"sort\":");
+    EXPECT_TRUE(Has(ask("{}"), R"("preferences":{})")) << "a damaged file is none";
+}
+
 TEST(PageSocket, AllPagesShareOneSubscription) {
     RunningPage page;
     Tab one(page);

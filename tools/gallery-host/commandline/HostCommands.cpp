@@ -128,6 +128,8 @@ void AddPage(CLI::App& app, Prepare& chosen) {
     struct Arguments {
         bool noOpen = false;
         bool app = false;
+        bool demo = false;
+        bool keep = false;
         uint16_t port = 0;
     };
     const auto arguments = std::make_shared<Arguments>();
@@ -142,14 +144,27 @@ void AddPage(CLI::App& app, Prepare& chosen) {
     page->add_flag("--app", arguments->app,
                    "open a window of its own in Chromium; the program ends when it is closed")
         ->excludes(noOpen);
+    CLI::Option* demo = page->add_flag("--demo", arguments->demo,
+                                       "show a gallery of pictures and videos made for this, in a temporary "
+                                       "home that is removed at the end");
+    page->add_flag("--keep", arguments->keep, "keep the temporary home and say where it is")->needs(demo);
     page->footer(kPageFooter);
-    Choose(*page, chosen, [arguments, port](const Preparation&) -> Job {
+    Choose(*page, chosen, [arguments, port](const Preparation& preparation) -> Job {
         page::PageOptions options;
         if (port->count() > 0) options.port = arguments->port;
         options.open = !arguments->noOpen;
         options.app = arguments->app;
         options.version = GALLERY_VERSION;
-        return page::PreparePage(options);
+        if (!arguments->demo) return page::PreparePage(options);
+        // The job owns it, so it is removed after the plug-in has ended.
+        const auto home =
+            std::make_shared<TemporaryHome>(arguments->keep || preparation.session.debug.keepTemp);
+        const Job job = page::PreparePage(options);
+        home->FillWithScenes();
+        return [home, job](Session& session, Output& output) {
+            CaptionScenes(session);
+            job(session, output);
+        };
     });
 }
 
@@ -161,7 +176,7 @@ void AddDemo(CLI::App& app, Prepare& chosen) {
     Choose(*demo, chosen, [keep](const Preparation& preparation) -> Job {
         // The job owns it, so it is removed after the plug-in has ended.
         const auto home = std::make_shared<TemporaryHome>(*keep || preparation.session.debug.keepTemp);
-        return [home, gallery = home->FillGallery()](Session& session, Output& output) {
+        return [home, gallery = home->FillWithSamples()](Session& session, Output& output) {
             RunDemo(session, output, gallery);
         };
     });

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include <spawn.h>
 #include <sys/wait.h>
 
 #include "common/results/RetVal.h"
 #include "common/system/System.h"
+#include "gallery-host/base/UserEnvironment.h"
 #include "gallery-host/message/Envelope.h"
 
 namespace host::page {
@@ -15,6 +17,9 @@ namespace {
 
 constexpr const char* kOpenFolder = "OpenFolder";
 constexpr const char* kOpenInPlayer = "OpenInPlayer";
+constexpr const char* kPreferences = "Preferences";
+
+constexpr const char* kPreferencesMember = "preferences";
 
 // The shell leaves the opener behind, which may stay as long as what it opens.
 constexpr const char* kOpener =
@@ -24,8 +29,10 @@ std::string FolderOf(const std::string& path) {
     return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
 }
 
-KXP::Document Response(const std::string& method, int32_t code, const char* text) {
-    KXP::Document payload = MakeTexts({{"_return_status", text}});
+// `payload` is an object.
+KXP::Document Response(const std::string& method, int32_t code, const std::string& text,
+                       KXP::Document payload = MakeTexts({})) {
+    AddText(payload, "_return_status", text);
     payload.AddMember("_return_code", code, payload.GetAllocator());
     payload.AddMember("_return_internal", 0, payload.GetAllocator());
     KXP::Document response = MakeRequest(method, payload);
@@ -38,12 +45,26 @@ KXP::Document Response(const std::string& method, int32_t code, const char* text
 }  // namespace
 
 const std::vector<std::string>& HostMethodNames() {
-    static const std::vector<std::string> names = {kOpenFolder, kOpenInPlayer};
+    static const std::vector<std::string> names = {kOpenFolder, kOpenInPlayer, kPreferences};
     return names;
 }
 
 KXP::Document HostMethods::Answer(const std::string& method, const KXP::Value& payload) const {
-    const std::string path = Text(payload, "file");
+    return method == kPreferences ? AnswerPreferences(payload) : OpenFile(method, Text(payload, "file"));
+}
+
+KXP::Document HostMethods::AnswerPreferences(const KXP::Value& payload) const {
+    if (const KXP::Value* const given = Find(payload, kPreferencesMember)) {
+        const std::string error = preferences_.Write(*given);
+        if (!error.empty()) return Response(kPreferences, KXP::Code::kFailure, error);
+    }
+    KXP::Document answer(rapidjson::kObjectType);
+    answer.AddMember(rapidjson::StringRef(kPreferencesMember),
+                     KXP::Value(preferences_.Read(), answer.GetAllocator()), answer.GetAllocator());
+    return Response(kPreferences, 0, "Success", std::move(answer));
+}
+
+KXP::Document HostMethods::OpenFile(const std::string& method, const std::string& path) const {
     struct stat status {};
     // Only what a page was shown, and only where it still is a file of the gallery.
     if (!handles_.Knows(path)) return Response(method, KXP::Code::kNotFound, "Not a capture on record");
@@ -67,7 +88,7 @@ bool OpenWithDesktop(const std::string& path) {
     const char* const argv[] = {"sh", "-c", kOpener, "sh", path.c_str(), nullptr};
     pid_t pid = -1;
     const int error = posix_spawn(&pid, "/bin/sh", &actions, &attributes, const_cast<char* const*>(argv),
-                                  KXP::Platform::Environment());
+                                  UserEnvironment());
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     if (error != 0) return false;

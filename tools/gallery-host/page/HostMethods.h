@@ -7,6 +7,7 @@
 #include "common/json/Json.h"
 #include "gallery-host/page/GalleryFolder.h"
 #include "gallery-host/page/Handles.h"
+#include "gallery-host/page/PagePreferences.h"
 
 namespace host::page {
 
@@ -22,8 +23,12 @@ class HostMethods {
     KXP::Document Answer(const std::string& method, const KXP::Value& payload) const;
 
   private:
+    KXP::Document OpenFile(const std::string& method, const std::string& path) const;
+    KXP::Document AnswerPreferences(const KXP::Value& payload) const;
+
     const Handles& handles_;
     const GalleryFolder& gallery_;
+    const PagePreferences preferences_;
 };
 
 // Opens a file or folder with the desktop's program for it. False when there is none. `path` is absolute.

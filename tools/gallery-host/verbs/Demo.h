@@ -17,13 +17,21 @@ class TemporaryHome {
     TemporaryHome(const TemporaryHome&) = delete;
     TemporaryHome& operator=(const TemporaryHome&) = delete;
 
-    // Creates the gallery in its default place, fills it with samples and returns its path. Throws Failure.
-    std::string FillGallery() const;
+    // These create the gallery in its default place and throw Failure. The samples are small, of every kind,
+    // with files that are no captures; returns the gallery's path.
+    std::string FillWithSamples() const;
+    // Pictures and videos to look at, which the program demo-gallery makes.
+    void FillWithScenes() const;
 
   private:
+    std::string MakeGallery() const;
+
     std::string path_;
     const bool keep_;
 };
+
+// Gives some of the scenes' videos their captions, once the gallery is scanned. Throws Failure.
+void CaptionScenes(Session& session);
 
 // Lists the gallery's folder, then the captures on record.
 void RunDemo(Session& session, Output& output, const std::string& gallery);

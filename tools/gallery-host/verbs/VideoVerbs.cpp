@@ -68,16 +68,21 @@ void RunTrim(Session& session, Output& output, const TrimOptions& options) {
                     "the gallery are"));
 }
 
-void RunMeme(Session& session, Output& output, const MemeOptions& options) {
-    AwaitGallery(session);
-    KXP::Document request = MakeTexts({{"file", options.file.path}});
+std::string AddMeme(Session& session, const std::string& path, const std::string& top,
+                    const std::string& bottom) {
+    KXP::Document request = MakeTexts({{"file", path}});
     KXP::Allocator& allocator = request.GetAllocator();
     KXP::Value texts(rapidjson::kObjectType);
-    texts.AddMember("topBarText", KXP::Value(options.top, allocator), allocator);
-    texts.AddMember("bottomBarText", KXP::Value(options.bottom, allocator), allocator);
+    texts.AddMember("topBarText", KXP::Value(top, allocator), allocator);
+    texts.AddMember("bottomBarText", KXP::Value(bottom, allocator), allocator);
     request.AddMember("memeInfo", texts, allocator);
-    const KXP::Document answer = session.Ask("AddMeme", request);
-    End(output, options.file, MakeTexts({{"file", options.file.path}}), MemeError(answer, options.file.path));
+    return MemeError(session.Ask("AddMeme", request), path);
+}
+
+void RunMeme(Session& session, Output& output, const MemeOptions& options) {
+    AwaitGallery(session);
+    End(output, options.file, MakeTexts({{"file", options.file.path}}),
+        AddMeme(session, options.file.path, options.top, options.bottom));
 }
 
 void RunEngrave(Session& session, Output& output, const EngraveOptions& options) {

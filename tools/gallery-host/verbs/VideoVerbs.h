@@ -41,6 +41,10 @@ struct EngraveOptions {
     std::string mediaType;
 };
 
+// Keeps texts for a video on record. Returns why it could not; empty when it did.
+std::string AddMeme(Session& session, const std::string& path, const std::string& top,
+                    const std::string& bottom);
+
 // These throw Failure(kExitFailed). With JSON the outcome is also a line of standard output.
 void RunTrim(Session& session, Output& output, const TrimOptions& options);
 void RunMeme(Session& session, Output& output, const MemeOptions& options);

@@ -5,6 +5,7 @@ import type { Notifications, Requests } from "./types.js";
 
 /** The host's own methods; which of them a host offers is in `HostInfo`. */
 export interface HostRequests {
+    Preferences: { preferences?: object };
     OpenFolder: { file: string };
     OpenInPlayer: { file: string };
     /** Moves files into the trash; answered with `HostAnswer`. */
@@ -17,6 +18,9 @@ export interface HostRequests {
 export interface HostAnswer {
     readonly files?: readonly { file: string; _return_code: number; _return_status: string }[];
 }
+
+/** Dispatched on the window when the server has said what it offers, before queries that wait are sent. */
+export const HOST_READY = "gallery-host-ready";
 
 /** What the server that shows the page offers beyond the gallery. The container offers nothing. */
 export interface HostInfo {
@@ -74,6 +78,12 @@ export class Client {
             });
         }
         return () => followers.delete(onNews);
+    }
+
+    /** What the host keeps of how somebody likes to see the gallery; `preferences` take its place. */
+    async preferences(parameters: HostRequests["Preferences"]): Promise<Record<string, unknown>> {
+        const answer = await ask(this.channel, makeEnvelope("Host", "Preferences", parameters));
+        return (payloadOf(answer) as { preferences?: Record<string, unknown> }).preferences ?? {};
     }
 
     offers(method: keyof HostRequests): boolean {

@@ -1,5 +1,5 @@
 // Puts the page together.
-import { Client, type HostInfo } from "../api/client.js";
+import { Client, HOST_READY, type HostInfo } from "../api/client.js";
 import { channelOf, type Channel } from "../api/query.js";
 import { Deletions } from "../model/deletions.js";
 import { Feed, type News } from "../model/feed.js";
@@ -12,7 +12,7 @@ import { language, text } from "../strings/index.js";
 import { GalleryPage } from "../views/gallery-page.js";
 import { removerFor } from "../views/remover.js";
 import { loaderFor } from "../views/thumbnail-loader.js";
-import { keepPreferences, readPreferences } from "./preferences.js";
+import { PreferenceStore } from "./preferences.js";
 
 function hostInfo(): HostInfo | null {
     return (window as { galleryHost?: HostInfo }).galleryHost ?? null;
@@ -37,9 +37,9 @@ function nextFrame(report: () => void): void {
 }
 
 function start(channel: Channel): void {
-    let preferences = readPreferences();
-    const { grouping, sort } = preferences;
     const client = new Client(channel, hostInfo);
+    const preferences = new PreferenceStore(client);
+    const { grouping, sort, cellSize } = preferences.current;
     const gallery = new Gallery({ ...NO_FILTER, grouping, sort }, nextFrame);
     let redrawing = false;
     const redraw = (): void => {
@@ -57,19 +57,25 @@ function start(channel: Channel): void {
     page.context = { client, gallery, selection: new Selection(), thumbnails, deletions, pathChange };
     // A page that was left and comes back from the browser's memory deletes nothing either.
     window.addEventListener("pagehide", () => deletions.callOff());
-    page.cellSize = preferences.cellSize;
-    const keep = (changes: object): void => keepPreferences((preferences = { ...preferences, ...changes }));
+    page.cellSize = cellSize;
     page.addEventListener("cell-size", (event) => {
         page.cellSize = (event as CustomEvent<number>).detail;
-        keep({ cellSize: page.cellSize });
+        preferences.keep({ cellSize: page.cellSize });
     });
     page.addEventListener("view-choice", (event) => {
-        const { grouping = preferences.grouping, sort = preferences.sort } = (
-            event as CustomEvent<Partial<View>>
-        ).detail;
-        keep({ grouping, sort });
+        const { grouping, sort } = { ...gallery.view, ...(event as CustomEvent<Partial<View>>).detail };
+        preferences.keep({ grouping, sort });
     });
     document.body.append(page);
+    const load = (): void => {
+        if (!client.offers("Preferences")) return;
+        preferences.load(({ cellSize, ...view }) => {
+            page.cellSize = cellSize;
+            gallery.setView(view);
+        });
+    };
+    if (hostInfo()) load();
+    else window.addEventListener(HOST_READY, load, { once: true });
     const hear = (news: News): void => page.actions.hear(news);
     new Feed(client, gallery, scheduler, hear).start();
 }

@@ -1,4 +1,6 @@
-// How somebody likes to see the gallery, kept in the browser.
+// How somebody likes to see the gallery: kept by the host where it offers that, and in the browser, which forgets
+// it at the next launch of a server.
+import type { Client } from "../api/client.js";
 import { GROUPINGS } from "../model/arrangement.js";
 import { SORTS } from "../model/order.js";
 import type { View } from "../model/gallery.js";
@@ -16,25 +18,53 @@ function oneOf<T>(values: readonly T[], value: unknown, otherwise: T): T {
 }
 
 /** What is kept may come from another version of the page, so that each value is checked. */
-export function readPreferences(): Preferences {
+function checked(kept: Readonly<Record<string, unknown>>): Preferences {
+    const size = kept["cellSize"];
+    const fits = typeof size === "number" && size >= CELL_SIZES.min && size <= CELL_SIZES.max;
+    return {
+        grouping: oneOf(GROUPINGS, kept["grouping"], DEFAULTS.grouping),
+        sort: oneOf(SORTS, kept["sort"], DEFAULTS.sort),
+        cellSize: fits ? size : DEFAULTS.cellSize,
+    };
+}
+
+function readStorage(): Record<string, unknown> {
     try {
-        const kept = JSON.parse(localStorage.getItem(KEY) ?? "{}") as Partial<Preferences>;
-        const { cellSize = DEFAULTS.cellSize } = kept;
-        const fits = cellSize >= CELL_SIZES.min && cellSize <= CELL_SIZES.max;
-        return {
-            grouping: oneOf(GROUPINGS, kept.grouping, DEFAULTS.grouping),
-            sort: oneOf(SORTS, kept.sort, DEFAULTS.sort),
-            cellSize: fits ? cellSize : DEFAULTS.cellSize,
-        };
+        return { ...(JSON.parse(localStorage.getItem(KEY) ?? "{}") as object) };
     } catch {
-        return DEFAULTS;
+        return {};
     }
 }
 
-export function keepPreferences(preferences: Preferences): void {
-    try {
-        localStorage.setItem(KEY, JSON.stringify(preferences));
-    } catch {
-        // A browser without storage forgets them.
+export class PreferenceStore {
+    // With values that only other versions of the page know.
+    private kept = readStorage();
+    private changed = false;
+
+    constructor(private readonly client: Client) {}
+
+    get current(): Preferences {
+        return checked(this.kept);
+    }
+
+    /** Calls `use` with what the host has kept, unless something was chosen before its answer came. */
+    load(use: (preferences: Preferences) => void): void {
+        this.client.preferences({}).then((kept) => {
+            if (this.changed) return;
+            this.kept = { ...this.kept, ...kept };
+            use(this.current);
+        }, console.warn);
+    }
+
+    keep(changes: Partial<Preferences>): void {
+        this.changed = true;
+        this.kept = { ...this.kept, ...changes };
+        try {
+            localStorage.setItem(KEY, JSON.stringify(this.kept));
+        } catch {
+            // A browser without storage forgets them.
+        }
+        if (this.client.offers("Preferences"))
+            this.client.preferences({ preferences: this.kept }).catch(console.warn);
     }
 }

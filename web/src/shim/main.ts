@@ -11,6 +11,8 @@ if (typeof (window as { cefQuery?: unknown }).cefQuery !== "function") {
                 value: Object.freeze({ methods: Object.freeze(host), version }),
                 configurable: true, // another start of the server may offer something else
             });
+            // Before the queries that wait, so that a page can ask the host first.
+            window.dispatchEvent(new Event("gallery-host-ready"));
             queries.onReady();
         },
         onFrame: (text) => queries.onFrame(text),
