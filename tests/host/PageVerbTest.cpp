@@ -83,7 +83,7 @@ TEST_F(PageVerb, AWindowOfItsOwnEndsTheProgram) {
 }
 
 TEST_F(PageVerb, TheDemonstrationLivesInAHomeOfItsOwnAndTheBrowserInTheUsers) {
-    auto environment = WithProgram("xdg-open", R"(echo "$HOME" >"$TOLD")");
+    auto environment = WithProgram("xdg-open", R"(echo "$HOME" >"$GIVEN")");
     home_.folder().MakeFolder("tmp");
     environment.environment.push_back("TMPDIR=" + (home_ / "tmp"));
     ChildProcess none(WithFake({"page", "--demo", "--port", "0"}), environment);
@@ -92,7 +92,7 @@ TEST_F(PageVerb, TheDemonstrationLivesInAHomeOfItsOwnAndTheBrowserInTheUsers) {
     WithProgram("demo-gallery", R"(echo no sound >&2; touch "$1/a")");
     fs::rename(home_ / "bin/demo-gallery", home_ / "Contents/MacOS/demo-gallery");
     ChildProcess child(WithFake({"page", "--demo", "--port", "0"}), environment);
-    EXPECT_EQ(ReadTold(), home_.folder().path() + "\n");
+    EXPECT_EQ(ReadGiven(), home_.folder().path() + "\n");
     EXPECT_FALSE(fs::is_empty(home_ / "tmp"));
     child.Signal(SIGINT);
     EXPECT_EQ(child.Wait(), 0);

@@ -85,6 +85,12 @@ export class Site {
         return this.addBytes(name, minute, bytes);
     }
 
+    /** What the tests before chose of how to see the gallery. */
+    forgetPreferences(): void {
+        const share = ".local/share/ZORVEX/OvirastreamX/Share";
+        rmSync(join(this.home, share, "PagePreferences.json"), { force: true });
+    }
+
     /** Starts the server, with more arguments; again where one runs, whose browsers it does not know. */
     async start(...more: string[]): Promise<void> {
         await this.end();
@@ -164,6 +170,7 @@ export function pageTest(
     options: BrowserContextOptions = {},
 ): void {
     test(name, async () => {
+        site.forgetPreferences();
         const page = await site.open(options);
         const faults: string[] = [];
         page.on("pageerror", (error) => faults.push(String(error.stack)));

@@ -32,7 +32,7 @@ pageTest("the demonstration has pictures, highlights, captions, and videos that 
     await page.getByRole("gridcell", { name: "Skyline run" }).press("Enter");
     const dialog = page.getByRole("dialog", { name: "Skyline run" });
     await dialog.getByRole("button", { name: "Details" }).click();
-    await dialog.getByText("MIND THE GAP").waitFor();
+    await dialog.getByLabel("Details").getByText("MIND THE GAP").waitFor();
     await page.waitForFunction(() => document.querySelector("video")!.currentTime > 0.2);
     await dialog.getByRole("button", { name: "Pause" }).click();
     const { duration, size } = await page
