@@ -85,10 +85,9 @@ export class Site {
         return this.addBytes(name, minute, bytes);
     }
 
-    /** What the tests before chose of how to see the gallery. */
-    forgetPreferences(): void {
-        const share = ".local/share/ZORVEX/OvirastreamX/Share";
-        rmSync(join(this.home, share, "PagePreferences.json"), { force: true });
+    /** How somebody likes to see the gallery. */
+    get preferences(): string {
+        return join(this.home, ".local/share/ZORVEX/OvirastreamX/Share/PagePreferences.json");
     }
 
     /** Starts the server, with more arguments; again where one runs, whose browsers it does not know. */
@@ -170,7 +169,8 @@ export function pageTest(
     options: BrowserContextOptions = {},
 ): void {
     test(name, async () => {
-        site.forgetPreferences();
+        // What the tests before chose.
+        rmSync(site.preferences, { force: true });
         const page = await site.open(options);
         const faults: string[] = [];
         page.on("pageerror", (error) => faults.push(String(error.stack)));

@@ -1,6 +1,8 @@
 // What a launch of the server brings: the demonstration's gallery, and what was chosen before.
 import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
 import { after, before } from "node:test";
+import { setTimeout } from "node:timers/promises";
 import type { Page } from "playwright-core";
 import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
 
@@ -43,7 +45,7 @@ pageTest("the demonstration has pictures, highlights, captions, and videos that 
         }));
     assert.deepEqual(size, [640, 360]);
     assert.ok(Math.abs(duration - 4) < 0.1, String(duration));
-    const position = dialog.getByRole("slider", { name: "Position" });
+    const position = dialog.getByRole("slider", { name: "Seek" });
     await position.press("Home");
     await page.waitForFunction(() => document.querySelector("video")!.currentTime === 0);
     // One frame on, of thirty a second.
@@ -61,6 +63,7 @@ pageTest("how somebody likes to see the gallery outlives a launch", site, async 
     await page.getByRole("combobox", { name: "Group" }).selectOption("By game");
     await page.getByRole("slider", { name: "Size" }).press("End");
     await page.getByRole("row", { name: "Nine Lanterns" }).waitFor();
+    while (!readFileSync(site.preferences, "utf8").includes('"cellSize":420')) await setTimeout(20);
     await site.start();
     const next = await site.open();
     try {
