@@ -31,6 +31,8 @@ export class CaptureGrid extends PageElement {
     unseen: readonly Capture[] = [];
 
     private rows: Row[] = [];
+    // Where the update that is under way scrolls; to ask again after it has drawn would lay out once more.
+    private drawnAt = 0;
     private readonly place = new KeptPlace();
     private readonly input = new GridInput(this);
     private hadFocus = false;
@@ -99,13 +101,14 @@ export class CaptureGrid extends PageElement {
         this.hadFocus = this.matches(":focus-within");
         // The row with the focus stays, or the focus would fall out of the grid.
         const pinned = this.hadFocus ? this.input.activeIndex() : -1;
-        this.rows = this.window.rowsAt(this.scrollTop, pinned);
+        this.drawnAt = this.scrollTop;
+        this.rows = this.window.rowsAt(this.drawnAt, pinned);
     }
 
     protected override render(): TemplateResult {
         const tabStop = this.tabStop();
         const columns = this.window.layout.columns;
-        const top = (row: Row) => this.window.drawnTop(row, this.scrollTop);
+        const top = (row: Row) => this.window.drawnTop(row, this.drawnAt);
         return html`<div class="space" role="presentation" .style=${`height:${this.window.scrollHeight}px`}>
             ${repeat(
                 this.rows,
@@ -121,10 +124,10 @@ export class CaptureGrid extends PageElement {
         this.setAttribute("aria-colcount", String(layout.columns));
         this.style.setProperty("--columns", String(layout.columns));
         this.style.setProperty("--picture", `${layout.cellHeight}px`);
-        this.context.thumbnails.want(this.capturesIn(this.window.nearest(this.rows, this.scrollTop)));
-        this.place.remember(this.rows, this.context.gallery, layout, this.window.topAt(this.scrollTop));
+        this.context.thumbnails.want(this.capturesIn(this.window.nearest(this.rows, this.drawnAt)));
+        this.place.remember(this.rows, this.context.gallery, layout, this.window.topAt(this.drawnAt));
         this.keepFocus();
-        if (this.scrollTop <= HEADER) this.unseen = [];
+        if (this.drawnAt <= HEADER) this.unseen = [];
         send(this, "grid-view");
     }
 
@@ -137,7 +140,7 @@ export class CaptureGrid extends PageElement {
         const { arrangement } = this.context.gallery;
         const active = this.input.activeIndex();
         if (active >= 0 && this.rows.some((row) => holds(row, active))) return arrangement.at(active);
-        const top = this.window.topAt(this.scrollTop);
+        const top = this.window.topAt(this.drawnAt);
         const first = this.rows.find((row) => row.count > 0 && row.top >= top);
         return first && arrangement.at(first.first);
     }
