@@ -135,7 +135,8 @@ export class CaptureViewer extends PageElement {
         const capture = this.viewing.follow();
         if (capture?.path !== before.path) {
             this.inner = null;
-            this.say(text.viewer.gone);
+            // Whoever deleted it knows.
+            if (!this.context.gallery.isHidden(before)) this.say(text.viewer.gone);
         }
         this.present();
     }
