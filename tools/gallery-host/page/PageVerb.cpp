@@ -29,7 +29,7 @@ std::vector<uint16_t> PortsOf(const PageOptions& options) {
     return ports;
 }
 
-// Serves until the bus is told to quit or the user interrupts.
+// Serves until somebody calls Quit or the user interrupts.
 void RunBus(LibraryBus& bus) {
     try {
         bus.Run();
