@@ -21,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr time_t kDay = 24 * 60 * 60;
+constexpr time_t kDay = time_t{24} * 60 * 60;
 
 // The end of yesterday, so that no capture is of the future.
 time_t EndOfAlbum() {
@@ -57,7 +57,7 @@ void WriteAll(const std::vector<Capture>& captures, const fs::path& folder, bool
             fs::remove(path);
             throw;
         }
-        SetTime(path, EndOfAlbum() - capture.minutesAgo * 60);
+        SetTime(path, EndOfAlbum() - time_t{capture.minutesAgo} * 60);
     }
 }
 

@@ -99,10 +99,10 @@ void TemporaryHome::FillWithScenes() const {
 void CaptionScenes(Session& session) {
     const std::string gallery = AwaitGallery(session);
     for (const auto& [file, top, bottom] : kCaptions) {
-        const std::string path = gallery + "/" + file;
+        const fs::path path = fs::path(gallery) / file;
         if (!fs::exists(path)) continue;  // as without an encoder
         const std::string error = AddMeme(session, path, top, bottom);
-        if (!error.empty()) throw Failure(kExitFailed, path + ": " + error);
+        if (!error.empty()) throw Failure(kExitFailed, path.string().append(": ").append(error));
     }
 }
 
