@@ -224,8 +224,6 @@ export const de: Strings = {
         title: "Beschriftung",
         top: "Text oben",
         bottom: "Text unten",
-        save: "Speichern",
-        cancel: "Abbrechen",
         saving: "Die Beschriftung wird gespeichert…",
         saved: "Die Beschriftung ist gespeichert.",
         where: "Die Galerie merkt sich die Texte neben der Datei, die bleibt, wie sie ist.",

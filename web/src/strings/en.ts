@@ -213,8 +213,6 @@ export const en = {
         title: "Caption",
         top: "Top text",
         bottom: "Bottom text",
-        save: "Save",
-        cancel: "Cancel",
         saving: "Saving the caption…",
         saved: "The caption was saved.",
         where: "The gallery keeps the texts beside the file, which stays as it is.",

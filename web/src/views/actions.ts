@@ -25,7 +25,7 @@ interface Page extends HTMLElement {
     announce(message: string): void;
     refresh(): void;
     /** Selects a capture and goes to it, whatever is filtered. */
-    goTo(capture: Capture): void;
+    goTo(capture: Capture): Promise<void>;
 }
 
 export const PAGE_KEYS: KeyList = {
@@ -143,7 +143,7 @@ export class Actions {
         await openDialog(dialog);
         this.montage = dialog.job?.isOver ? null : dialog.job;
         this.montage?.onChange(() => this.reportMontage());
-        if (dialog.result) this.page.goTo(dialog.result);
+        if (dialog.result) await this.page.goTo(dialog.result);
     }
 
     // Nobody looks at its dialog.

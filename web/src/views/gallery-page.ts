@@ -56,13 +56,17 @@ export class GalleryPage extends PageElement {
         this.requestUpdate();
     }
 
-    goTo(capture: Capture): void {
+    async goTo({ path }: Capture): Promise<void> {
         const { gallery, selection } = this.context;
-        if (!gallery.isShown(capture)) this.choose(NO_FILTER);
+        const known = () => gallery.captures.get(path);
+        if (known() && !gallery.isShown(known()!)) this.choose(NO_FILTER);
+        // The grid may have to be laid out with it first.
+        await gallery.until(() => !known() || gallery.arrangement.indexOf(known()!) >= 0);
+        const capture = known();
+        if (!capture) return;
         selection.only(capture);
         this.refresh();
-        // The grid may have to be laid out with it first.
-        requestAnimationFrame(() => void this.grid?.focusCapture(capture));
+        await this.grid?.focusCapture(capture);
     }
 
     /** Draws everything again that shows what the model holds. */

@@ -46,7 +46,7 @@ export function trimActions(state: TrimState, choices: TrimChoices): TemplateRes
         ${state.failure ? html`<p class="failure" role="alert">${text.failed(state.failure)}</p>` : nothing}
         <p class="hint">${hint(choices)}</p>
         <p class="actions">
-            <button @click=${choices.cancel}>${text.captionTexts.cancel}</button>
+            <button @click=${choices.cancel}>${text.cancel}</button>
             <button class="danger" ?disabled=${isWhole} @click=${choices.askToReplace}>
                 ${text.trim.replace}
             </button>

@@ -39,9 +39,9 @@ export class CaptionDialog extends PageElement {
                     ? html`<p class="failure" role="alert">${text.failed(state.failure)}</p>`
                     : nothing}
                 <p class="actions">
-                    <button type="button" @click=${() => this.dialog.close()}>${names.cancel}</button>
+                    <button type="button" @click=${() => this.dialog.close()}>${text.cancel}</button>
                     <button class="primary" ?disabled=${state === "saving"}>
-                        ${state === "saving" ? names.saving : names.save}
+                        ${state === "saving" ? names.saving : text.save}
                     </button>
                 </p>
             </form>
