@@ -88,9 +88,12 @@ TEST_F(TrimmerTest, AClipOfItsOwnIsOnRecordWhereItCanBe) {
 }
 
 TEST_F(TrimmerTest, NothingButACaptureIsReplaced) {
-    const std::string notes = gallery_.home().Write("notes.txt", "mine");
-    EXPECT_EQ(Trim(gallery_.Path("Game/a.mp4"), notes).code, kFailure);
-    EXPECT_EQ(gallery_.home().Read("notes.txt"), "mine");
+    for (const char* name : {"../notes.txt", "Game/notes.txt", "Game/foreign.mp4"}) {
+        gallery_.Add(name, "mine");
+        EXPECT_EQ(Trim(name).code, kFailure) << name;
+        EXPECT_EQ(Trim(gallery_.Path(name), gallery_.Path(name)).code, kFailure) << name;
+        EXPECT_EQ(Bytes(gallery_.Path(name)), "mine");
+    }
     const std::string path = gallery_.Path("Game/a.mp4") + std::string("\0.mp4", 5);
     EXPECT_EQ(Trim(path, path).code, kFailure);
     EXPECT_TRUE(targets_.empty());

@@ -96,11 +96,15 @@ RetVal Trimmer::TrimUGC(const std::string& input, const std::string& output, dou
                         double lengthMs) {
     if (!KXP::IsUsablePath(input) || !KXP::IsUsablePath(output)) return LogTrimFailed(Code::kFailure);
     // Two paths may lead to one file.
-    if (media::EditedFile(input) == media::EditedFile(output))
-        return TrimInPlace(tracker_.PlaceOf(output), headTrimMs, lengthMs);
-    // Of what is there a clip takes the place of captures alone.
-    if (KXP::FileExists(output) && !media::MayDeleteCapture(output, tracker_.gallery()))
+    const std::string file = media::EditedFile(output);
+    const bool inPlace = media::EditedFile(input) == file;
+    // What is no capture is nothing that the product knows how to replace.
+    if (KXP::FileExists(output) && !media::IsOwnCapture(inPlace ? file : output)) {
+        KXP_LOG(KXP::LogFailure, "A clip replaces captures only, and %s is none",
+                KXP::GetFileNameFromPath(output).c_str());
         return LogTrimFailed(Code::kFailure);
+    }
+    if (inPlace) return TrimInPlace(tracker_.PlaceOf(output), headTrimMs, lengthMs);
     Made clip(output);
     if (!CutFile(input, output, headTrimMs, lengthMs)) return TrimFailed();
     clip.Keep();

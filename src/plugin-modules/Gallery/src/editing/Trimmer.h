@@ -23,7 +23,8 @@ class Trimmer {
         : tracker_(tracker), cut_(std::move(cut)), cancelled_(cancelled) {}
 
     // Cuts `lengthMs` from `headTrimMs` on out of a video; over itself when both paths are the same, and the
-    // input is then untouched until the clip is whole. If the process dies meanwhile, FinishInterruptedEdits
+    // input is then untouched until the clip is whole. A file that is there and no capture by its bytes is
+    // never replaced. If the process dies meanwhile, FinishInterruptedEdits
     // leaves the one or the other. A cut that fails leaves nothing where nothing was. Success once the clip
     // is on record; 0x80004005 when it is not, after two seconds or at once where it can never be, though the
     // clip may be there.

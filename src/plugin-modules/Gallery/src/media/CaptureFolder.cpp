@@ -52,11 +52,14 @@ bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& e
     return true;
 }
 
+bool IsOwnCapture(const std::string& path) {
+    SniffResult result;
+    return KXP::IsRegularFile(path) && SniffFile(path, result) >= 0 && result.isOwn;
+}
+
 bool MayDeleteCapture(const std::string& path, const std::string& gallery) {
     if (!KXP::IsRegularFile(path)) return false;
-    if (LiesInGameOf(path, gallery)) return true;
-    SniffResult result;
-    return SniffFile(path, result) >= 0 && result.isOwn;
+    return LiesInGameOf(path, gallery) || IsOwnCapture(path);
 }
 
 }  // namespace media
