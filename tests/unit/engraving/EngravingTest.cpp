@@ -78,6 +78,7 @@ const std::vector<std::pair<const char*, std::string>> kFiles = {
     {"a hole that leaves no room for its rest", Movie() + Free(16 + kNew.size() + 4) + kMedia},
     {"hole for a movie", Free(2000) + kMedia + Movie(UserData(Mp4Box("tagc", kOld))) + kMedia},
     {"fragments", Movie(UserData(Mp4Box("tagc", kOld))) + Free(400) + Mp4Box("moof", "fragment") + kMedia},
+    {"user data after the movie", Movie(UserData(Mp4Box("tagc", kOld)) + Free(400)) + kMedia + UserData("")},
     {"left by an engraving that ended before the switch",
      Movie(UserData(Mp4Box("tagc", kOld))) + kMedia +
          Movie(UserData(Mp4Box("tagc", captures::Block("Ovirastream SHARE", R"({"DRSAppName":"wrong"})"))))},
@@ -133,7 +134,9 @@ TEST(Engraving, RefusesWhatItDoesNotUnderstand) {
                                 Movie() + U32(0) + "mdat to the end",
                                 Movie() + kMedia.substr(0, kMedia.size() - 1),
                                 Movie() + U32(1) + "mdat" + U64(UINT64_MAX),
-                                Movie() + Mp4Box("moof", "fragment") + kMedia};
+                                Movie() + Mp4Box("moof", "fragment") + kMedia,
+                                Movie() + UserData(Mp4Box("tagc", kOld)) + kMedia,
+                                UserData(kTitle) + Movie(Free(400)) + kMedia};
     for (const std::string& bytes : rows)
         EXPECT_TRUE(refused(bytes)) << bytes;
     EXPECT_FALSE(AddMetadatatoFile(folder.path(), info.get()));

@@ -43,12 +43,17 @@ class Planner {
     }
 
     Plan Make() {
-        if (!InsideMovie() && !AfterMovie() && !MovieElsewhere())
-            throw EngravingError("it has fragments, and no room for a larger movie ahead of them");
+        if (!(IsRead(layout_.movie.offset) && (InsideMovie() || AfterMovie())) && !MovieElsewhere())
+            throw EngravingError(layout_.outerUserData
+                                     ? "it has user data outside the movie, which hides the movie's"
+                                     : "it has fragments, and no room for a larger movie ahead of them");
         return std::move(plan_);
     }
 
   private:
+    // Whether readers, which look into the first user data of a file, find that of a movie at `offset`.
+    bool IsRead(uint64_t offset) const { return !layout_.outerUserData || offset < *layout_.outerUserData; }
+
     // Puts the user data into free space within the movie.
     bool InsideMovie() {
         for (const Box& hole : layout_.parts) {
@@ -88,7 +93,8 @@ class Planner {
         const uint64_t size = NewMovieSize();
         if (size > kMaxBoxSize) throw EngravingError("the movie's header is too large");
         const auto hole = std::find_if(layout_.free.begin(), layout_.free.end(), [&](const Box& box) {
-            return Fits(size, box) && (!layout_.firstFragment || box.end() <= *layout_.firstFragment);
+            return Fits(size, box) && IsRead(box.offset) &&
+                   (!layout_.firstFragment || box.end() <= *layout_.firstFragment);
         });
         if (hole != layout_.free.end()) {
             plan_.batches.push_back(NewMovie(hole->offset, size, "free"));
@@ -96,7 +102,7 @@ class Planner {
             AddRest(*hole, size);
             EndDeadMovies();
             plan_.batches.push_back({{hole->offset, media::BoxHeader(size, "moov")}});
-        } else if (!layout_.firstFragment) {
+        } else if (!layout_.firstFragment && IsRead(layout_.end)) {
             plan_.batches.push_back(NewMovie(layout_.end, size, "moov"));
             EndDeadMovies();
         } else {

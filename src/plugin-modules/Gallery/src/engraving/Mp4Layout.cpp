@@ -55,6 +55,8 @@ void Take(const Box& box, Mp4Layout& layout) {
         layout.free.push_back(box);
     } else if (box.type == "moof" && !layout.firstFragment) {
         layout.firstFragment = box.offset;
+    } else if (box.type == "udta" && !layout.outerUserData) {
+        layout.outerUserData = box.offset;
     }
 }
 

@@ -25,6 +25,7 @@ struct Mp4Layout {
     std::vector<Box> deadMovies;            // after the first, left by an interrupted engraving
     std::vector<Box> free;                  // outside the movie
     std::optional<uint64_t> firstFragment;  // a "moof"; the movie has to stay before it
+    std::optional<uint64_t> outerUserData;  // the first "udta" outside the movie, which hides any after it
     uint64_t end = 0;  // of the last box; at most the remains of an interrupted engraving follow
 };
 
