@@ -34,7 +34,7 @@ int32_t Read(std::string_view file, bool wantSize, media::Mp4HeaderInfo& info) {
             info.audioType = number(step - 4, 4) < 4 ? "Single" : "Separate";
             return 1;
         }
-        if (step == 1 && (step = number(8, 8)) < 16) return kInvalidData;
+        if (step == 1 && (step = number(8, 8)) == 0) return kInvalidData;
         if (step > INT64_MAX - at) return kInvalidData;
         at += step;
     }

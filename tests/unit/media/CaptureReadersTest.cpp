@@ -117,6 +117,25 @@ TEST(Mp4Header, AFileOfBoxesIsReadOnceAndDoesNotFloodTheLog) {
     EXPECT_EQ(log.Count("Box ??%s"), 1000);
 }
 
+TEST(Mp4Header, AnExtendedSizeWithinItsHeaderIsFollowed) {
+    const std::string movie = samples::Mp4Box("moov", samples::Mp4Box("mvhd", std::string(100, '\0')));
+    const auto read = [&](uint64_t size, std::string& audioType) {
+        const std::string bytes =
+            samples::U32(1) + "wide" + samples::U64(size) + movie + std::string(120, '\0');
+        media::MemorySource source(bytes);
+        media::Mp4HeaderInfo info;
+        const int32_t code = media::ReadMp4Header(source, false, info);
+        audioType = info.audioType;
+        return code;
+    };
+    std::string audioType;
+    // The last bytes of this size are a box of 12 bytes for such a walk, after which the movie's content
+    // comes.
+    EXPECT_EQ(read(12, audioType), 1);
+    EXPECT_EQ(audioType, "Single");
+    EXPECT_EQ(read(0, audioType), static_cast<int32_t>(0x8007000D));
+}
+
 TEST(Mp4Header, AFileThatCannotBeOpenedLeavesTheResultsAlone) {
     const LogCapture log;
     double duration = 5;

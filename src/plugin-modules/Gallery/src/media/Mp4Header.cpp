@@ -14,7 +14,6 @@ namespace {
 constexpr int32_t kDone = 1;
 constexpr size_t kBlockSize = 120;  // holds the largest header there is, of a movie with 64-bit times
 constexpr uint64_t kHeaderSize = 8;
-constexpr uint64_t kExtendedHeaderSize = 16;
 // No video needs as many before its first track; a file made of boxes must not flood the log.
 constexpr int kMaxTypesLogged = 1000;
 
@@ -40,10 +39,9 @@ class HeaderWalk {
         if (block.HasAt(4, "moov")) step = kHeaderSize;
         if (const Ending ending = wantSize_ ? TakeTrack(block, step) : TakeMovie(block, step)) return ending;
         if (step != 1) return {};
+        // A size that lies within the header is followed too; files are known by what such a walk finds.
         step = block.U64(8);
-        // Anything less would find the same bytes again as a box of their own.
-        if (step < kExtendedHeaderSize) return KXP::Code::kInvalidData;
-        return {};
+        return step == 0 ? Ending(KXP::Code::kInvalidData) : Ending();
     }
 
   private:
