@@ -50,6 +50,13 @@ bool WriteFullyAt(DescriptorRef file, const char* bytes, size_t size, uint64_t o
     return true;
 }
 
+void TakeBack(DescriptorRef file, uint64_t size) {
+    const int error = errno;
+    const bool cut = ftruncate(file.get(), static_cast<off_t>(size)) == 0;
+    (void)cut;
+    errno = error;
+}
+
 bool ReadWhole(DescriptorRef file, size_t limit, FileBytes& content) {
     struct stat status {};
     if (fstat(file.get(), &status) != 0) return false;

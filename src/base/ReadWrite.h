@@ -36,6 +36,9 @@ bool WriteFully(DescriptorRef file, std::string_view bytes);
 // The same from `offset` on; the descriptor's position stays.
 bool WriteFullyAt(DescriptorRef file, const char* bytes, size_t size, uint64_t offset);
 
+// Cuts a file back to `size` after a write that failed, as well as can be; errno stays.
+void TakeBack(DescriptorRef file, uint64_t size);
+
 // The bytes of a file in memory, followed by kSlack zero bytes.
 struct FileBytes {
     static constexpr size_t kSlack = 16;

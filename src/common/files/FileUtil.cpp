@@ -171,8 +171,9 @@ int FileDelete(const std::string& path, bool, HeldLog& log) {
 }
 
 void FileAttrNormal(const std::string& path) {
-    // Best effort; where it matters, the call that follows reports. Fails on a symbolic link, as it should.
-    (void)fchmodat(AT_FDCWD, path.c_str(), kNormalMode, AT_SYMLINK_NOFOLLOW);
+    // Fails on a symbolic link, as it should. Where a failure matters, the call that follows reports it.
+    const bool changed = fchmodat(AT_FDCWD, path.c_str(), kNormalMode, AT_SYMLINK_NOFOLLOW) == 0;
+    (void)changed;
 }
 
 int FileTime(const std::string& path, int64_t& seconds) {

@@ -148,9 +148,7 @@ bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view 
     if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + text.size())) ||
         !WriteFullyAt(file, head.data(), head.size(), place + 1) ||
         !WriteFullyAt(file, text.data(), text.size(), second)) {
-        const int error = errno;
-        (void)ftruncate(file.get(), status.st_size);
-        errno = error;
+        TakeBack(file, static_cast<uint64_t>(status.st_size));
         return false;
     }
     return WriteFullyAt(file, text.data(), text.size(), keep) && WriteSpaces(file, end, place) &&

@@ -91,9 +91,7 @@ bool StampFile::WriteEntries(const TrackerStamp& of, size_t firstIndex, std::str
             KXP::WriteFullyAt(file, header.data(), header.size(), 0) && file.Close())
             return true;
     }
-    const int error = errno;
-    if (file.IsOpen()) (void)ftruncate(file.get(), 0);
-    errno = error;
+    if (file.IsOpen()) KXP::TakeBack(file, 0);
     return false;
 }
 

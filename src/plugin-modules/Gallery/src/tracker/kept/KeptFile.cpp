@@ -184,9 +184,8 @@ RetVal KeptFile::Append(std::string_view lines, Lines& others) {
     bytes += lines;
     if (!KXP::WriteFullyAt(file, bytes.data(), bytes.size(), read_) ||
         !KXP::Platform::MakeDurable(file.get())) {
-        const int error = errno;
-        (void)ftruncate(file.get(), static_cast<off_t>(read_));
-        return Failure(error);
+        KXP::TakeBack(file, read_);
+        return Failure(errno);
     }
     read_ += bytes.size();
     endsInsideLine_ = false;
