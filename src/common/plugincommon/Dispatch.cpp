@@ -46,8 +46,7 @@ bool PluginModuleBase::HandleResponse(const std::string& method, std::unique_ptr
 }
 
 bool PluginModuleBase::AnswerUnknown(const std::string& method, std::unique_ptr<JSONMessage> response) {
-    // The bus announces its members with these; nobody expects an answer.
-    if (method == "JOIN" || method == "LEAVE") return true;
+    if (Message::IsAnnouncement(method)) return true;
     const RetVal value{Code::kNotImplemented, "Could not find registered API for " + method, 0};
     KXP_LOG(LogFailure, "%s", ToStr(value).c_str());
     ReportError(value, method);
