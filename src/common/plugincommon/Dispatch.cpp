@@ -22,7 +22,11 @@ bool PluginModuleBase::HandleMsg(std::unique_ptr<JSONMessage> message) {
 
     const RetVal value = CallHandler(handler->second, std::move(message), *response);
     if (value.code == Code::kPending) return true;  // the task sends its own response
-    if (value.Failed()) ReportError(value, method);
+    if (value.Failed()) {
+        ReportError(value, method);
+        // An object that could not grow for want of memory must not be used further.
+        response->payload().SetObject();
+    }
     return SendResponse(std::move(response), value);
 }
 
