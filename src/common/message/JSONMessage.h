@@ -98,7 +98,11 @@ class JSONMessage {
     void SetText(const char* key, const char* text);
     void CheckEnvelope();
 
-    Document document_{rapidjson::kObjectType};
+    // Most messages are small, and thousands may wait at once: a chunk of the default size would cost each of
+    // them 64 KB.
+    static constexpr size_t kChunkBytes = 1024;
+    Allocator pool_{kChunkBytes};
+    Document document_{rapidjson::kObjectType, &pool_};
     Value absent_;  // what payload() returns without one; reset by each use
     BusMessage first_;
     BusMessage second_;

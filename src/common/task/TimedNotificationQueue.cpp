@@ -3,6 +3,11 @@
 #include <algorithm>
 
 namespace KXP {
+namespace {
+
+constexpr size_t kKeptCapacity = 1024;
+
+}  // namespace
 
 void TimedNotificationQueue::EnqueueNotification(TimePoint when, std::unique_ptr<Notification> notification) {
     Entry entry{when, std::move(notification)};  // destroyed after the unlock if it is not enqueued
@@ -72,6 +77,8 @@ std::unique_ptr<TimedNotificationQueue::Notification> TimedNotificationQueue::Wa
     std::pop_heap(heap_.begin(), heap_.end(), Later);
     std::unique_ptr<Notification> due = std::move(heap_.back().notification);
     heap_.pop_back();
+    // After a burst.
+    if (heap_.empty() && reserved_ == 0 && heap_.capacity() > kKeptCapacity) heap_.shrink_to_fit();
     return due;
 }
 
