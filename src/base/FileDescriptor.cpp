@@ -27,9 +27,10 @@ FileDescriptor Open(int folder, const std::string& path, int flags, mode_t mode 
 FileDescriptor OpenRegular(int folder, const std::string& path, int flags, mode_t mode, struct stat& status) {
     FileDescriptor file = Open(folder, path, flags, mode);
     if (!file.IsOpen()) return file;
-    if (fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
+    const int error = fstat(file.get(), &status) == 0 ? EINVAL : errno;
+    if (error == EINVAL && S_ISREG(status.st_mode)) return file;
     file.Close();
-    errno = EINVAL;
+    errno = error;
     return file;
 }
 
@@ -41,6 +42,10 @@ FileDescriptor OpenRegular(const std::string& path, int flags, mode_t mode, uint
 }
 
 }  // namespace
+
+bool IsPassingError(int error) {
+    return error == EIO || error == EMFILE || error == ENFILE || error == ESTALE || error == ENOMEM;
+}
 
 bool FileDescriptor::Close() {
     if (fd_ < 0) return true;

@@ -34,6 +34,10 @@ class FileDescriptor {
     int fd_ = -1;
 };
 
+// Whether what failed with this number may succeed later although nobody does anything about the file: the
+// disk or the server is away, or the process has run out of something.
+bool IsPassingError(int error);
+
 // What opening does with a symbolic link at the end of the path.
 enum class Links { Follow, Refuse };
 

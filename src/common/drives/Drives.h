@@ -1,5 +1,5 @@
 // Which volumes there are and of what kind, and how much room they have. Nothing here holds state or throws.
-// On macOS EnumDrives uses a buffer of the C library: one thread at a time.
+// Any thread may call; threads that ask at the same time wait for each other where a system library needs it.
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstring>
 #include <string_view>
+#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -12,7 +13,6 @@
 #include <unistd.h>
 
 #include "base/FileCalls.h"
-#include "base/ReadWrite.h"
 #include "common/files/DirUtil.h"
 #include "common/files/FileUtil.h"
 #include "common/json/JsonParse.h"
@@ -193,12 +193,33 @@ RetVal JSONFile::ReadAndParseJSON(Document& document, const ElementReader* eleme
 
 RetVal JSONFile::ReadAndParseJSON(Document& document, HeldLog& log, const ElementReader* elements) const {
     const FileDescriptor file = OpenForRead(path_);
-    if (!file.IsOpen()) {
-        log.Add(LogMilestone, "Config file " + GetFileNameFromPath(path_) + " not found!!");
-        return {Code::kNotFound, "Config file not found", 0};
-    }
+    if (!file.IsOpen()) return NotFound(log);
     FileBytes text;
-    if (!ReadWhole(file, kMaxJsonFileBytes, text) || !ParseAnyEncoding(text, document, elements)) {
+    // One that cannot be read is treated as an empty one.
+    if (!ReadWhole(file, kMaxJsonFileBytes, text)) text = {};
+    return Parse(text, document, elements, log);
+}
+
+RetVal JSONFile::ReadUnlessPassing(Document& document, HeldLog& log) const {
+    FileBytes text;
+    const FileDescriptor file = OpenForRead(path_);
+    if (!file.IsOpen() || !ReadWhole(file, kMaxJsonFileBytes, text)) {
+        const int error = errno;
+        if (IsPassingError(error)) return {Code::kFailure, std::generic_category().message(error), error};
+        if (!file.IsOpen()) return NotFound(log);
+        text = {};
+    }
+    return Parse(text, document, nullptr, log);
+}
+
+RetVal JSONFile::NotFound(HeldLog& log) const {
+    log.Add(LogMilestone, "Config file " + GetFileNameFromPath(path_) + " not found!!");
+    return {Code::kNotFound, "Config file not found", 0};
+}
+
+RetVal JSONFile::Parse(FileBytes& text, Document& document, const ElementReader* elements,
+                       HeldLog& log) const {
+    if (!text.bytes || !ParseAnyEncoding(text, document, elements)) {
         log.Add(LogFailure, "Error parsing JSON document " + path_);
         return {Code::kJsonField, "Error parsing JSON document", 0};
     }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/ReadWrite.h"
 #include "common/json/JsonParse.h"
 #include "common/results/RetVal.h"
 #include "common/threads/HeldLog.h"
@@ -39,6 +40,9 @@ class JSONFile {
     // then not to be used.
     RetVal ReadAndParseJSON(Document& document, const ElementReader* elements = nullptr) const;
     RetVal ReadAndParseJSON(Document& document, HeldLog& log, const ElementReader* elements = nullptr) const;
+    // The same, but if the file cannot be read for a reason that may pass (IsPassingError), returns
+    // 0x80004005 with the system's text and number, and logs nothing.
+    RetVal ReadUnlessPassing(Document& document, HeldLog& log) const;
 
     // Writes over the file in place, indented by tabs. After a kill or on a full disk ReadAndParseJSON finds
     // the old text or the new one: space is reserved first, and a second copy stands after the text while the
@@ -75,6 +79,8 @@ class JSONFile {
     RetVal RemoveFile(HeldLog& log) const;
 
   private:
+    RetVal Parse(FileBytes& text, Document& document, const ElementReader* elements, HeldLog& log) const;
+    RetVal NotFound(HeldLog& log) const;
     RetVal OpenFailed(const char* mode, HeldLog& log) const;
     RetVal Overwrite(size_t keep, std::string_view tail, HeldLog& log) const;
 

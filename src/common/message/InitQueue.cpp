@@ -1,8 +1,7 @@
 #include "common/message/InitQueue.h"
 
+#include <exception>
 #include <optional>
-
-#include "common/results/Exception.h"
 
 namespace KXP {
 
@@ -65,16 +64,33 @@ void InitQueue::StartForwardingMessages() {
                 if (readyToForward_) held_.shrink_to_fit();
             }
             if (!message) break;
-            KXP_LOG(LogDetail, "Forwarding queued message");
-            try {
-                ForwardMsg(std::move(message));
-            } catch (...) {
-                KXP_LOG(LogFailure, "Could not forward queued message: %s",
-                        ToStr(ExceptionToRetVal()).c_str());
-            }
+            ForwardOrLog(std::move(message));
         }
     }
     KXP_LOG(LogTrace, "Plugin is ready to send or receive messages");
+}
+
+void InitQueue::ForwardOrLog(std::unique_ptr<JSONMessage> message) {
+    KXP_LOG(LogDetail, "Forwarding queued message");
+    try {
+        ForwardMsg(std::move(message));
+    } catch (const std::exception& error) {
+        KXP_LOG(LogFailure, "Could not forward queued message: %s", error.what());
+    } catch (...) {
+        KXP_LOG(LogFailure, "Could not forward queued message");
+    }
+}
+
+void InitQueue::DeliverAnswers() {
+    for (;;) {
+        std::unique_ptr<JSONMessage> message;
+        {
+            MutexLock lock(queueMutex_);
+            message = TakeOldest();
+        }
+        if (!message) return;
+        if (message->owed_answer() && Message::IsResponse(*message)) ForwardOrLog(std::move(message));
+    }
 }
 
 void InitQueue::StopForwardingMessages() {

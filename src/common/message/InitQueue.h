@@ -19,8 +19,13 @@ class InitQueue : public MessageHandler<JSONMessage> {
     // Closes the gate and waits for forwards in progress. Not from inside a forward.
     void StopForwardingMessages() EXCLUDES(queueMutex_, inFlightMutex_);
 
+    // Passes on the answers that are kept, oldest first, and drops everything else that is.
+    void DeliverAnswers() EXCLUDES(queueMutex_, inFlightMutex_);
+
   private:
     class InFlight;
+
+    void ForwardOrLog(std::unique_ptr<JSONMessage> message) EXCLUDES(queueMutex_, inFlightMutex_);
 
     std::unique_ptr<JSONMessage> TakeOldest() REQUIRES(queueMutex_);
 

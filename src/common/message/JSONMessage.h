@@ -5,8 +5,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "common/json/Json.h"
+#include "common/message/IOwedAnswer.h"
 
 namespace MessageBusClient {
 class IBusMessage;
@@ -82,6 +84,10 @@ class JSONMessage {
     // Parses the payload; throws JSONFieldError.
     void set_payload(const char* json);
 
+    // Null for all but requests of the container and the responses to them. No copy has it.
+    const std::shared_ptr<IOwedAnswer>& owed_answer() const { return owedAnswer_; }
+    void set_owed_answer(std::shared_ptr<IOwedAnswer> owed) { owedAnswer_ = std::move(owed); }
+
     const Document& document() const { return document_; }
     Document& document() { return document_; }
 
@@ -92,10 +98,15 @@ class JSONMessage {
     void SetText(const char* key, const char* text);
     void CheckEnvelope();
 
-    Document document_{rapidjson::kObjectType};
+    // Most messages are small, and thousands may wait at once: a chunk of the default size would cost each of
+    // them 64 KB.
+    static constexpr size_t kChunkBytes = 1024;
+    Allocator pool_{kChunkBytes};
+    Document document_{rapidjson::kObjectType, &pool_};
     Value absent_;  // what payload() returns without one; reset by each use
     BusMessage first_;
     BusMessage second_;
+    std::shared_ptr<IOwedAnswer> owedAnswer_;
 };
 
 }  // namespace KXP

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "common/message/GenericMessage.h"
 #include "common/message/JSONMessage.h"
@@ -38,12 +39,18 @@ std::unique_ptr<T> CreateRequest(const char* system, const char* module, const c
     return message;
 }
 
+inline void ShareOwedAnswer(const JSONMessage& request, JSONMessage& response) {
+    response.set_owed_answer(request.owed_answer());
+}
+inline void ShareOwedAnswer(const GenericMessage&, GenericMessage&) {}
+
 // The answer to a request, with an empty payload, addressed to where the request came from.
 template <typename T>
 std::unique_ptr<T> CreateResponse(const T& request) {
     auto message = CreateRequest<T>(request.source_system(), request.source_module(), request.method(),
                                     request.target_system(), request.target_module(), nullptr);
     message->set_reference_uniqueid(request.uniqueid());
+    ShareOwedAnswer(request, *message);
     return message;
 }
 
@@ -70,6 +77,11 @@ bool IsResponse(const T& message) {
 template <typename T>
 bool IsPersistent(const T& message) {
     return message.has_type() && message.type() == JSONMessage::kPersistent;
+}
+
+// The bus announces its members with these requests; nobody expects an answer.
+inline bool IsAnnouncement(std::string_view method) {
+    return method == "JOIN" || method == "LEAVE";
 }
 
 template <typename T>

@@ -22,7 +22,11 @@ bool PluginModuleBase::HandleMsg(std::unique_ptr<JSONMessage> message) {
 
     const RetVal value = CallHandler(handler->second, std::move(message), *response);
     if (value.code == Code::kPending) return true;  // the task sends its own response
-    if (value.Failed()) ReportError(value, method);
+    if (value.Failed()) {
+        ReportError(value, method);
+        // An object that could not grow for want of memory must not be used further.
+        response->payload().SetObject();
+    }
     return SendResponse(std::move(response), value);
 }
 
@@ -46,8 +50,7 @@ bool PluginModuleBase::HandleResponse(const std::string& method, std::unique_ptr
 }
 
 bool PluginModuleBase::AnswerUnknown(const std::string& method, std::unique_ptr<JSONMessage> response) {
-    // The bus announces its members with these; nobody expects an answer.
-    if (method == "JOIN" || method == "LEAVE") return true;
+    if (Message::IsAnnouncement(method)) return true;
     const RetVal value{Code::kNotImplemented, "Could not find registered API for " + method, 0};
     KXP_LOG(LogFailure, "%s", ToStr(value).c_str());
     ReportError(value, method);

@@ -39,6 +39,8 @@ void JsonResponseAsyncBase::FinishTask() {
         try {
             FinishAsync(response_->payload(), response_->allocator());
         } catch (...) {
+            // An object that could not grow for want of memory must not be used further.
+            response_->payload().SetObject();
             result_ = LogCaught("FinishAsync");
         }
     }

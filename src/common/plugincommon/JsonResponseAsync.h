@@ -32,7 +32,8 @@ class JsonResponseAsyncBase : public ITask {
     PluginModuleBase& module_;
     const std::unique_ptr<JSONMessage> request_;
     std::unique_ptr<JSONMessage> response_;
-    RetVal result_;
+    // For work that has no result, because there was not even the memory for a failure's text.
+    RetVal result_{Code::kOutOfMemory, "Out of memory", 0};
 };
 
 // Provides T, a task with the constructor T(PluginModuleBase&, std::unique_ptr<JSONMessage>), with the

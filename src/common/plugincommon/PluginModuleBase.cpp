@@ -170,6 +170,8 @@ int PluginModuleBase::Resume(std::shared_ptr<JSONMessage>) {
 int PluginModuleBase::Uninitialize(std::shared_ptr<JSONMessage>) {
     KXP_LOG(LogMilestone, "Starting plugin Uninit for %s", moduleName_.c_str());
     const WallTime start = std::chrono::system_clock::now();
+    // The work is done: its result is worth more than the answer that it was aborted.
+    if (chain_.inboundQueue) chain_.inboundQueue->DeliverAnswers();
     try {
         Uninitialize();
     } catch (...) {

@@ -14,11 +14,9 @@ void KeepLibraryLoaded() {
 
 }  // namespace
 
-void AbandonThreads(std::vector<std::thread> threads) {
-    if (threads.empty()) return;
+void AbandonThread(std::thread thread) {
     KeepLibraryLoaded();
-    for (std::thread& thread : threads)
-        thread.detach();
+    thread.detach();
 }
 
 }  // namespace KXP

@@ -1,13 +1,12 @@
-// Where threads go that a queue could not wait for at shutdown.
+// Where threads go that could not be waited for at shutdown.
 #pragma once
 
 #include <thread>
-#include <vector>
 
 namespace KXP {
 
-// Leaves the threads to the process, and keeps the code they run in for the rest of it: the library stays
-// mapped when the container closes it. What the threads use, they must own.
-void AbandonThreads(std::vector<std::thread> threads);
+// Leaves the thread to the process, and keeps the code that it runs in for the rest of it: the library stays
+// mapped when the container closes it. What the thread uses, it must own.
+void AbandonThread(std::thread thread);
 
 }  // namespace KXP

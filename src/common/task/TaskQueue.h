@@ -98,6 +98,13 @@ class TaskQueue {
     virtual std::thread StartThread(std::function<void()> body) { return std::thread(std::move(body)); }
 
   private:
+    // Fixed times far before any real one, so that these entries are always due and run ahead of everything
+    // enqueued for "now": first the commands of the life cycle, counted up from 0, then tasks and their ends.
+    static constexpr TimePoint kTaskTime{std::chrono::nanoseconds(1000000)};
+
+    struct Run;
+    class RunEnd;
+
     // Two runs may share a name, as two requests may share an identifier; each has a number of its own.
     using RunKey = std::pair<std::string, uint64_t>;
     using AsyncFunction = std::function<TaskStatus()>;
@@ -120,17 +127,20 @@ class TaskQueue {
         F closure_;
         const void* tag_;
     };
-    static void LogEscaped();
+    static void LogEscaped() noexcept;
 
     TimePoint NextCommandTime();
     void WorkerThread();
     void Stop();
     static void Cancel(ITask& task);
     void Join();
+    void KeepTask(const RunKey& key, const std::shared_ptr<ITask>& task, TimePoint when);
     void EnqueueAsync(RunKey key, AsyncFunction fn, TimePoint when);
     void StartOrHold(const RunKey& key, AsyncFunction fn);
     void StartAsync(const RunKey& key, AsyncFunction fn);
+    static void Execute(Run& run) noexcept;
     void StartHeld();
+    void FailCaught(const RunKey& key);
     void Finish(const RunKey& key);
     void FinishPending(const RunKey& key);
     void FinishNamed(const std::string& name);

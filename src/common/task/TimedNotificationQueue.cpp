@@ -3,15 +3,59 @@
 #include <algorithm>
 
 namespace KXP {
+namespace {
+
+constexpr size_t kKeptCapacity = 1024;
+
+}  // namespace
 
 void TimedNotificationQueue::EnqueueNotification(TimePoint when, std::unique_ptr<Notification> notification) {
+    Entry entry{when, std::move(notification)};  // destroyed after the unlock if it is not enqueued
     {
         MutexLock lock(mutex_);
-        if (horizon_ && when > clock_.Now() + *horizon_) return;
-        heap_.push_back({when, std::move(notification)});
-        std::push_heap(heap_.begin(), heap_.end(), Later);
+        if (IsRefused(when)) return;
+        MakeRoom(1);
+        Push(std::move(entry));
     }
     changed_.NotifyAll();
+}
+
+void TimedNotificationQueue::Reserve() {
+    MutexLock lock(mutex_);
+    MakeRoom(1);
+    ++reserved_;
+}
+
+void TimedNotificationQueue::EnqueueReserved(TimePoint when,
+                                             std::unique_ptr<Notification> notification) noexcept {
+    Entry entry{when, std::move(notification)};
+    {
+        MutexLock lock(mutex_);
+        --reserved_;
+        if (IsRefused(when) || heap_.size() == heap_.capacity()) return;
+        Push(std::move(entry));
+    }
+    changed_.NotifyAll();
+}
+
+void TimedNotificationQueue::GiveBackReserved() noexcept {
+    MutexLock lock(mutex_);
+    --reserved_;
+}
+
+bool TimedNotificationQueue::IsRefused(TimePoint when) {
+    return horizon_ && when > clock_.Now() + *horizon_;
+}
+
+// For so many more entries beside those that were reserved.
+void TimedNotificationQueue::MakeRoom(size_t entries) {
+    const size_t needed = heap_.size() + reserved_ + entries;
+    if (needed > heap_.capacity()) heap_.reserve(std::max(needed, 2 * heap_.capacity()));
+}
+
+void TimedNotificationQueue::Push(Entry entry) {
+    heap_.push_back(std::move(entry));
+    std::push_heap(heap_.begin(), heap_.end(), Later);
 }
 
 std::unique_ptr<TimedNotificationQueue::Notification> TimedNotificationQueue::WaitDequeueNotification(
@@ -33,6 +77,8 @@ std::unique_ptr<TimedNotificationQueue::Notification> TimedNotificationQueue::Wa
     std::pop_heap(heap_.begin(), heap_.end(), Later);
     std::unique_ptr<Notification> due = std::move(heap_.back().notification);
     heap_.pop_back();
+    // After a burst.
+    if (heap_.empty() && reserved_ == 0 && heap_.capacity() > kKeptCapacity) heap_.shrink_to_fit();
     return due;
 }
 
@@ -43,15 +89,26 @@ const void* TimedNotificationQueue::TagOfNextDue() {
 }
 
 void TimedNotificationQueue::RefuseLaterThan(std::chrono::milliseconds horizon) {
-    std::vector<Entry> dropped;  // destroyed after the unlock: an entry's destructor may enqueue
+    {
+        MutexLock lock(mutex_);
+        horizon_ = horizon;
+    }
+    while (TakeRefused()) {
+    }
+}
+
+// One at a time, because an entry's destructor may enqueue, and needs the lock to be free.
+std::unique_ptr<TimedNotificationQueue::Notification> TimedNotificationQueue::TakeRefused() {
     MutexLock lock(mutex_);
-    horizon_ = horizon;
-    const TimePoint limit = clock_.Now() + horizon;
-    const auto tooLate = std::partition(heap_.begin(), heap_.end(),
-                                        [limit](const Entry& entry) { return !(limit < entry.when); });
-    std::move(tooLate, heap_.end(), std::back_inserter(dropped));
-    heap_.erase(tooLate, heap_.end());
+    if (!horizon_) return nullptr;
+    const TimePoint limit = clock_.Now() + *horizon_;
+    const auto found =
+        std::find_if(heap_.begin(), heap_.end(), [limit](const Entry& entry) { return limit < entry.when; });
+    if (found == heap_.end()) return nullptr;
+    std::unique_ptr<Notification> refused = std::move(found->notification);
+    heap_.erase(found);
     std::make_heap(heap_.begin(), heap_.end(), Later);
+    return refused;
 }
 
 void TimedNotificationQueue::RefuseNothing() {

@@ -1,6 +1,7 @@
 // A queue of entries in the order of their due times. Any thread may call anything.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -23,6 +24,14 @@ class TimedNotificationQueue {
 
     // Entries of equal time have no order among themselves: callers that need one make their times differ.
     void EnqueueNotification(TimePoint when, std::unique_ptr<Notification> notification) EXCLUDES(mutex_);
+
+    // Makes sure that one EnqueueReserved to come finds memory. Throws std::bad_alloc; each successful call
+    // is followed by one of the two below.
+    void Reserve() EXCLUDES(mutex_);
+    // The same as EnqueueNotification, and cannot fail. After Clear the entry is dropped.
+    void EnqueueReserved(TimePoint when, std::unique_ptr<Notification> notification) noexcept
+        EXCLUDES(mutex_);
+    void GiveBackReserved() noexcept EXCLUDES(mutex_);
 
     // Waits for the first entry to fall due and takes it. `timeoutMs` bounds only the wait for an entry to
     // exist, 0 being no bound; an empty pointer means that it ran out.
@@ -47,10 +56,16 @@ class TimedNotificationQueue {
     // The top of the standard heap is its largest element; ours is the earliest.
     static bool Later(const Entry& a, const Entry& b) { return b.when < a.when; }
 
+    bool IsRefused(TimePoint when) REQUIRES(mutex_);
+    void MakeRoom(size_t entries) REQUIRES(mutex_);
+    void Push(Entry entry) REQUIRES(mutex_);
+    std::unique_ptr<Notification> TakeRefused() EXCLUDES(mutex_);
+
     Clock& clock_;
     Mutex mutex_;
     CondVar changed_;
     std::vector<Entry> heap_ GUARDED_BY(mutex_);
+    size_t reserved_ GUARDED_BY(mutex_) = 0;
     std::optional<std::chrono::milliseconds> horizon_ GUARDED_BY(mutex_);
 };
 

@@ -33,11 +33,15 @@ bool StringEndsWith(std::string_view text, std::string_view ending) {
 }
 
 std::string GenerateGUID() {
+    char text[kGuidLength + 1];
+    GenerateGUID(text);
+    return text;
+}
+
+void GenerateGUID(char (&text)[kGuidLength + 1]) {
     uuid_t id;
     uuid_generate(id);
-    char text[37];
     uuid_unparse_upper(id, text);
-    return text;
 }
 
 }  // namespace KXP

@@ -18,7 +18,9 @@ std::vector<std::string> SplitString(const std::string& text, char delimiter);
 
 bool StringEndsWith(std::string_view text, std::string_view ending);
 
-// A new GUID: 36 characters, upper case.
+// A new GUID: 36 characters, upper case. The second form takes no memory.
+constexpr size_t kGuidLength = 36;
 std::string GenerateGUID();
+void GenerateGUID(char (&text)[kGuidLength + 1]);
 
 }  // namespace KXP

@@ -1,6 +1,10 @@
 #include <array>
+#include <atomic>
+#include <thread>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <libudev.h>
 #include <sys/sysmacros.h>
 
 #include "common/drives/Drives.h"
@@ -8,6 +12,22 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"
+
+// Found before the functions of libudev, which they call, and count who uses it.
+namespace {
+std::atomic<int> udevUsers{0};
+std::atomic<int> udevOverlaps{0};
+}  // namespace
+
+udev* udev_new() {
+    if (++udevUsers > 1) ++udevOverlaps;
+    std::this_thread::yield();
+    return reinterpret_cast<udev* (*)()>(dlsym(RTLD_NEXT, "udev_new"))();
+}
+udev* udev_unref(udev* context) {
+    --udevUsers;
+    return reinterpret_cast<udev* (*)(udev*)>(dlsym(RTLD_NEXT, "udev_unref"))(context);
+}
 
 namespace KXP {
 namespace {
@@ -170,6 +190,17 @@ TEST_F(DrivesTest, ListsThisMachine) {
     EXPECT_EQ(drives.at("/proc"), "reserved");
     EXPECT_TRUE(IsVolumeLocal("/proc/self"));
     EXPECT_FALSE(IsVolumeLocal(files_ / "missing"));
+}
+
+TEST_F(DrivesTest, OneThreadAtATimeUsesLibudev) {
+    const auto ask = [] {
+        for (int i = 0; i < 500; ++i)
+            UdevProperty(makedev(1, 3), "ID_BUS");
+    };
+    std::thread other(ask);
+    ask();
+    other.join();
+    EXPECT_EQ(udevOverlaps, 0);
 }
 
 TEST_F(DrivesTest, SpaceIsInWholeDecimalMegabytes) {

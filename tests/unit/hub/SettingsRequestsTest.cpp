@@ -1,5 +1,7 @@
 #include "common/drives/Drives.h"
 #include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
+#include "tests/support/DescriptorLimit.h"
+#include "tests/support/FakeClock.h"
 #include "tests/unit/hub/HubTest.h"
 
 namespace {
@@ -40,6 +42,59 @@ TEST_F(SettingsRequestsTest, AnswerWithTheSettings) {
     // Neither is there, which does not make them the same.
     EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"), "Success");
     EXPECT_EQ(hub_.GetGalleryPath(), home_ / "new/");
+}
+
+TEST_F(SettingsRequestsTest, WhatCannotBeReadAtTheStartIsLeftAloneAndReadLater) {
+    SKIP_WHERE_DESCRIPTORS_ARE_NEEDED();
+    hub_.EndTracker();
+    const std::string there = home_.folder().MakeFolder("there");
+    EXPECT_TRUE(settings().SetUserGalleryPath(there));
+    settings().SetMaxSizePercent(40);
+    settings().WriteSettings();
+    const std::string share = "data/ZORVEX/OvirastreamX/Share/";
+    const std::string file = share + "GallerySettings.json";
+    const std::string defaultGallery = settings().GetDefaultGalleryFolderPath();
+    std::filesystem::remove_all(home_ / "Videos");
+    for (const bool bySetting : {true, false}) {
+        const std::string written = home_.folder().Read(file);
+        home_.folder().Write(share + "UGCTracker.json", "whatever");
+        const int lines = log_.Count("cannot be read now");
+        std::optional<DescriptorLimit> none(std::in_place);
+        ZvGalleryAPI hub(module_, module_.task_queue());
+        FakeClock clock;
+        SettingsRequests requests(hub, clock);
+        const auto percent = [&] {
+            const std::string answer = Ask("GetSettings", requests, &SettingsRequests::GetSettings);
+            EXPECT_NE(answer.find("\"path\":\"" + (hub.GetUGCTracker() ? there : defaultGallery) + '"'),
+                      std::string::npos);
+            return hub.GetGallerySettings()->GetMaxSizePercent();
+        };
+        EXPECT_EQ(percent(), 100u);
+        clock.Advance(std::chrono::seconds(10));
+        EXPECT_EQ(percent(), 100u);
+        for (const auto request : {&SettingsRequests::SetSettings, &SettingsRequests::CancelPathUpdate}) {
+            Ask("SetSettings", requests, request, R"({"settings":{"capacity":{"enabled":true}}})");
+            EXPECT_EQ(KXP::ToStr(result_),
+                      "0x80004005[18]: The settings cannot be read now: Too many open files");
+        }
+        EXPECT_EQ(hub.GetUGCTracker(), nullptr);
+        none.reset();
+        EXPECT_EQ(log_.Count("cannot be read now"), lines + 1);
+        EXPECT_EQ(home_.folder().Read(file), written);
+        EXPECT_EQ(home_.folder().Read(share + "UGCTracker.json"), "whatever");
+        EXPECT_FALSE(home_.folder().Has("Videos"));
+        EXPECT_EQ(percent(), 100u) << "too early";
+        if (bySetting) {
+            Ask("SetSettings", requests, &SettingsRequests::SetSettings,
+                R"({"settings":{"capacity":{"capacityPercent":40}}})");
+            EXPECT_EQ(result_.code, 0);
+        } else {
+            clock.Advance(std::chrono::seconds(10));
+        }
+        EXPECT_EQ(percent(), 40u);
+        EXPECT_NE(hub.GetUGCTracker(), nullptr);
+        EXPECT_FALSE(home_.folder().Has("Videos"));
+    }
 }
 
 TEST_F(SettingsRequestsTest, WithoutAUniqueNameTheOldTrackerStays) {

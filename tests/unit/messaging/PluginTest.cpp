@@ -9,6 +9,7 @@
 #include "common/results/Exception.h"
 #include "tests/support/Counter.h"
 #include "tests/support/FakeContainer.h"
+#include "tests/unit/messaging/ScarceMemory.h"
 
 using KXP::JSONMessage;
 using KXP::RetVal;
@@ -39,6 +40,7 @@ class WorkTask : public KXP::JsonResponseAsync<WorkTask> {
             kept->running.Add();
             kept->release.WaitFor(1);
         }
+        if (what == "pend") return RetVal::Pending();
         if (what == "later") {
             module().task_queue().FinishAsync(*this);
             return RetVal::Pending();
@@ -97,8 +99,13 @@ class PluginTest : public testing::Test {
     PluginTest() { behaviour = std::make_shared<Behaviour>(); }
     ~PluginTest() override { plugin_.Uninitialize(); }
 
+    static void Callback(ZvCefPluginNotification_t notification, const char* text, void* context) {
+        const SparedMemory mine;
+        FakeContainer::Callback(notification, text, context);
+    }
+
     void Up() {
-        ASSERT_EQ(plugin_.Initialize(&FakeContainer::Callback, "{}", &container_), 2);
+        ASSERT_EQ(plugin_.Initialize(&Callback, "{}", &container_), 2);
         ASSERT_EQ(container_.WaitFor(1).text, "_CmdInit_");
         ASSERT_EQ(plugin_.Start(), 2);
         ASSERT_EQ(container_.WaitFor(1, "_CmdStart_").text, "_CmdStart_");
@@ -107,6 +114,18 @@ class PluginTest : public testing::Test {
     std::string Ask(const std::string& method, const std::string& payload, const std::string& id = "id") {
         plugin_.OnJsonMessage(Envelope(method, id, payload).c_str());
         return container_.WaitFor(3, "\"reference_uniqueid\":\"" + id + "\"").text;
+    }
+
+    // What became of a request: "aborted " or "done " for each of its answers.
+    std::string Answers(const std::string& id) const {
+        std::string answers;
+        for (const FakeContainer::Told& told : container_.All(3, "\"reference_uniqueid\":\"" + id + "\"")) {
+            const RetVal result = Result(told.text);
+            answers += static_cast<uint32_t>(result.code) == 0x80004004 ? "aborted "
+                       : result.text == "Success"                       ? "done "
+                                                                        : result.text;
+        }
+        return answers;
     }
 
     ZvCefPluginInfo& plugin_ = *ZvCefPluginGetInfo();
@@ -219,5 +238,70 @@ TEST_F(PluginTest, AStuckTaskDoesNotHoldTheShutdown) {
     EXPECT_EQ(behaviour->destroyed.Get(), 0) << "the task still uses the module";
     behaviour->release.Add();
     EXPECT_TRUE(behaviour->destroyed.WaitFor(1));
-    EXPECT_TRUE(container_.All(3, "stuck").empty());
+    EXPECT_EQ(Answers("stuck"), "aborted ");
+}
+
+TEST_F(PluginTest, TheEndAnswersWhatIsOpen) {
+    Up();
+    // The worker is busy until the stop, so that the requests after it are on their way at each place.
+    plugin_.OnJsonMessage(Envelope("Work", "result", R"({"do":"block"})").c_str());
+    plugin_.OnJsonMessage(Envelope("Work", "forgotten", R"({"do":"pend"})").c_str());
+    ASSERT_TRUE(behaviour->running.WaitFor(1));
+    EXPECT_EQ(plugin_.Stop(), 2);
+    ASSERT_EQ(container_.WaitFor(1, "_CmdStop_").text, "_CmdStop_");
+    plugin_.OnJsonMessage(Envelope("Echo", "held", R"({"number":1})").c_str());
+    plugin_.OnJsonMessage(Envelope("JOIN", "join").c_str());
+    container_.WaitFor(6, "Keeping message in queue");
+    behaviour->release.Add();
+    container_.React([&](int notification, const std::string& text) {
+        // A page that asks again at each failure must not keep the end waiting.
+        if (notification == 3 && text.find("-2147467260") != std::string::npos)
+            plugin_.OnJsonMessage(Envelope("Echo", "again", R"({"number":1})").c_str());
+    });
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_EQ(Answers("result") + Answers("forgotten") + Answers("held"), "done aborted aborted ");
+    EXPECT_EQ(Answers("join"), "") << "nobody expects one";
+}
+
+TEST_F(PluginTest, WhatWasSentToAnInstanceThatNeverStartedDiesWithIt) {
+    ASSERT_EQ(plugin_.Initialize(&FakeContainer::Callback, "{}", &container_), 2);
+    ASSERT_EQ(container_.WaitFor(1).text, "_CmdInit_");
+    plugin_.OnJsonMessage(Envelope("Echo", "early", R"({"number":1})").c_str());
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_EQ(Answers("early"), "");
+}
+
+// Every allocation between a request and its answer fails once, alone and with all that follow.
+TEST_F(PluginTest, WithoutMemoryEachRequestIsAnsweredOnce) {
+    const SparedMemory mine;
+    Up();
+    const std::pair<const char*, const char*> requests[] = {
+        {"Echo", R"({"number":7,"a comment":[{"}":"\"]"}]} /* " */)"},
+        {"Echo", "{}"},
+        {"Work", R"({"do":"work"})"},
+        {"Work", R"({"do":"later"})"},
+        {"Work", R"({"do":"throw 1"})"},
+        {"Missing", "{}"}};
+    int number = 0;
+    for (const auto which : {ScarceMemory::Fails::One, ScarceMemory::Fails::AllFromThereOn}) {
+        for (const auto& [method, payload] : requests) {
+            bool failed = true;
+            long nth = 0;
+            while (failed) {
+                const std::string id = "request " + std::to_string(++number);
+                const std::string envelope = Envelope(method, id + " \\u00e9", payload);
+                {
+                    const ScarceMemory scarce(++nth, which);
+                    std::thread([&] { plugin_.OnJsonMessage(envelope.c_str()); }).join();
+                    ASSERT_NE(container_.WaitFor(3, id + " ").text, "")
+                        << method << payload << " failed at " << nth;
+                    failed = scarce.HasFailed();
+                }
+                // Behind all that the request has left.
+                Ask("Echo", R"({"number":1})", "after " + std::to_string(number));
+                ASSERT_EQ(container_.All(3, id + " ").size(), 1u) << method << payload << nth;
+            }
+            EXPECT_GT(nth, 15) << method << payload;
+        }
+    }
 }

@@ -4,6 +4,7 @@
 
 #include "common/results/Exception.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
+#include "tests/support/DescriptorLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TemporaryHome.h"
@@ -176,6 +177,30 @@ TEST_F(SettingsTest, ProcessesChangeOneFileWithoutLoss) {
         mine.WriteSettings();
     }
     writer.join();
+}
+
+TEST_F(SettingsTest, WhatCannotBeReadNowIsNotWrittenOver) {
+    SKIP_WHERE_DESCRIPTORS_ARE_NEEDED();
+    Settings mine;
+    {
+        Settings other;
+        other.SetMaxSizePercent(40);
+        other.WriteSettings();
+    }
+    const std::string before = folder_.Read(file_);
+    std::string gallery;
+    mine.SetCapEnabled(true);
+    {
+        const DescriptorLimit none;
+        mine.WriteSettings();
+        EXPECT_EQ(mine.FollowFile(gallery), 0u);
+        EXPECT_EQ(mine.FollowFile(gallery), 0u);
+    }
+    EXPECT_EQ(folder_.Read(file_), before);
+    EXPECT_EQ(log_.Count("The settings cannot be read now: Too many open files"), 1);
+    EXPECT_EQ(mine.FollowFile(gallery), unsigned{kMaxSizePercent});
+    mine.WriteSettings();
+    EXPECT_EQ(folder_.Read(file_), Text("true", "40", gallery_, temp_, "TrackerUpdateNotActive"));
 }
 
 TEST_F(SettingsTest, ManyThreadsAndALogCallbackThatCallsIn) {

@@ -3,6 +3,9 @@
 #include <sys/mount.h>
 #include <sys/param.h>
 
+#include <cstdlib>
+#include <memory>
+
 #include "common/drives/Drives.h"
 #include "common/results/RetVal.h"
 
@@ -83,12 +86,12 @@ namespace Platform {
 
 bool ListMounts(const std::vector<std::string>&, std::vector<Mount>& mounts) {
     struct statfs* entries = nullptr;
-    const int count = getmntinfo(&entries, MNT_WAIT);
-    if (count < 0) return false;
-    // Describing a mount may ask the C library anew, which reuses its buffer.
-    const std::vector<struct statfs> copies(entries, entries + count);
-    for (const struct statfs& entry : copies)
-        mounts.push_back(DescribeMount(entry));
+    // Not getmntinfo, whose buffer all threads share.
+    const int count = getmntinfo_r_np(&entries, MNT_WAIT);
+    const std::unique_ptr<struct statfs, decltype(&std::free)> owned(entries, &std::free);
+    if (count <= 0) return false;
+    for (int i = 0; i < count; ++i)
+        mounts.push_back(DescribeMount(entries[i]));
     return true;
 }
 

@@ -10,6 +10,7 @@
 #include <sys/sysmacros.h>
 
 #include "base/ReadWrite.h"
+#include "common/threads/Mutex.h"
 
 namespace KXP {
 namespace {
@@ -36,6 +37,9 @@ bool Exists(const fs::path& path) {
     std::error_code error;
     return fs::exists(path, error);
 }
+
+// Held while libudev is used: it has state that its contexts share.
+Mutex g_udevMutex;
 
 // An attribute's first line.
 std::string Attribute(const fs::path& file) {
@@ -138,6 +142,7 @@ std::string BlockDisks::PropertyOf(const fs::path& device, const char* name) con
 }
 
 std::string UdevProperty(dev_t device, const char* name) {
+    const MutexLock lock(g_udevMutex);
     const std::unique_ptr<udev, decltype(&udev_unref)> context(udev_new(), &udev_unref);
     if (!context) return "";
     const std::unique_ptr<udev_device, decltype(&udev_device_unref)> found(

@@ -21,6 +21,8 @@ const std::string s_pluginName = KXP::GetLibraryName();
 // receiver through the chain and the log, both of which end before it does.
 IContainerConnector* s_pCefPlugin = nullptr;
 std::unique_ptr<CefJsonReceiver> s_pCefJsonReceiver;
+// Whether the instance was started at least once.
+bool s_started = false;
 
 void LogCallback(const char* line, void*) {
     s_pCefJsonReceiver->container().Call(ZvCefPluginLog, line);
@@ -75,9 +77,12 @@ void TakeDown() {
         KXP_LOG(KXP::LogTrace, "Uninitialize CefPlugin");
         std::shared_ptr<JSONMessage> message = CreateCommand("_CmdUninit_");
         KXP_LOG(KXP::LogMilestone, "Invoking Uninitialize() for plugin %s", s_pluginName.c_str());
+        s_pCefJsonReceiver->open_requests().BeginEnd(s_started);
         s_pCefPlugin->Uninitialize(message);
+        s_pCefJsonReceiver->open_requests().End();
         IContainerConnector::DestroyPluginInstance(s_pCefPlugin);
         s_pCefPlugin = nullptr;
+        s_started = false;
     }
     KXP::LogInit(KXP::LocalApp, nullptr, nullptr);
     s_pCefJsonReceiver.reset();
@@ -121,6 +126,7 @@ int CefPluginStart() {
     if (!s_pCefPlugin) return 0;
     std::shared_ptr<JSONMessage> message = CreateCommand("_CmdStart_");
     KXP_LOG(KXP::LogMilestone, "Invoking Start() for plugin %s", s_pluginName.c_str());
+    s_started = true;
     return MapResult(s_pCefPlugin->Start(message));
 }
 
@@ -149,7 +155,7 @@ int CefPluginUninitialize() {
 
 int CefPluginOnJsonMessage(const char* json) {
     if (!s_pCefJsonReceiver) return 0;
-    s_pCefJsonReceiver->ForwardMsg(KXP::Message::CreateMessage<JSONMessage>(json));
+    s_pCefJsonReceiver->Receive(json);
     return 0;
 }
 

@@ -8,7 +8,7 @@ class ContainerCallback {
     ContainerCallback(ZvCefPluginCallback callback, void* context) : callback_(callback), context_(context) {}
 
     // Does nothing for a null callback. What the callback throws ends here, with one log line. Any thread.
-    void Call(int notification, const char* text) const;
+    void Call(int notification, const char* text) const noexcept;
 
     // Whether the calling thread is inside a callback. Entry calls that end threads must not be made there.
     static bool IsCallingThread();

@@ -44,8 +44,15 @@ void SettleInterruptedWork() {
 ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
     : plugin_(plugin), queue_(queue) {
     SettleInterruptedWork();
-    // Last: the tracker uses this object from its start on.
+    // Last: the tracker uses this object from its start on. Without settings nobody knows the gallery.
+    if (settings_.IsRead()) ReInitializeTracker(false);
+}
+
+KXP::RetVal ZvGalleryAPI::ReadSettingsAgain() {
+    if (settings_.IsRead()) return {};
+    if (!settings_.ReadAgain()) return settings_.ReadFailure();
     ReInitializeTracker(false);
+    return {};
 }
 
 void ZvGalleryAPI::Cleanup() {
@@ -88,6 +95,7 @@ std::string ZvGalleryAPI::GetGalleryPath() {
 }
 
 std::string ZvGalleryAPI::GalleryPathForPages() {
+    if (!settings_.IsRead()) return settings_.GetUserGalleryPath();
     try {
         return settings_.GetGalleryPath();
     } catch (const std::exception& error) {

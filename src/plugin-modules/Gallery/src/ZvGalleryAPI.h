@@ -29,6 +29,10 @@ class ZvGalleryAPI : public ITrackerHost {
     ZvGalleryAPI(const ZvGalleryAPI&) = delete;
     ZvGalleryAPI& operator=(const ZvGalleryAPI&) = delete;
 
+    // If the settings could not be read so far, reads them and goes on as after a start. Fails with the
+    // reason as long as they cannot be read; throws what the constructor throws. Worker.
+    KXP::RetVal ReadSettingsAgain();
+
     // Ends montages and syncs with the cloud, until Start. Everything else goes on. Worker.
     void Cleanup();
     // Lets syncs begin again. Worker.

@@ -25,6 +25,9 @@ namespace {
 constexpr std::chrono::milliseconds kFollowPeriod{1500};
 static_assert(kFollowPeriod.count() > KXP::TaskQueue::kStallTimeoutMs);
 
+// Of settings that could not be read at the start.
+constexpr std::chrono::seconds kReadAgainPeriod{10};
+
 // Two folders that do not exist have no place by which they could be the same.
 bool IsSameFolder(const std::string& a, const std::string& b) {
     return a == b || (KXP::DirectoryExists(a) && KXP::DirectoryExists(b) && KXP::SamePath(a, b));
@@ -42,11 +45,24 @@ void SettingsRequests::FollowRegularly() {
 
 void SettingsRequests::Follow() {
     api_.AssertOnWorker();
+    if (!settings_.IsRead()) return ReadAgainIfDue();
     std::string gallery;
     const SettingsSet news = settings_.FollowFile(gallery);
     if ((news & kUserGalleryPath) != 0) FollowGallery(gallery);
     if ((news & kTempFolder) != 0) api_.NotifyGalleryTempFolderChange(settings_.GetTempFolder());
     if ((news & (kCapEnabled | kMaxSizePercent)) != 0) api_.NotifyGalleryCapStateChange();
+}
+
+KXP::RetVal SettingsRequests::ReadAgain() {
+    lastRead_ = clock_.Now();
+    return KXP::RunRequest([&] { return api_.ReadSettingsAgain(); });
+}
+
+void SettingsRequests::ReadAgainIfDue() {
+    if (clock_.Now() - lastRead_ < kReadAgainPeriod) return;
+    const KXP::RetVal read = ReadAgain();
+    if (read.Failed() && settings_.IsRead())
+        KXP_LOG(KXP::LogFailure, "The gallery cannot be used: %s", KXP::ToStr(read).c_str());
 }
 
 void SettingsRequests::FollowGallery(const std::string& path) {
@@ -96,6 +112,7 @@ void SettingsRequests::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator&
 
 KXP::RetVal SettingsRequests::SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value&,
                                           KXP::Allocator&) {
+    if (KXP::RetVal read = ReadAgain(); read.Failed()) return read;
     Follow();
     const KXP::Value& payload = std::as_const(*message).payload();
     return KXP::RunRequest([&] { return ApplySettings(KXP::JSONGetObjectOrEmpty(payload, "settings")); });
@@ -146,6 +163,7 @@ KXP::RetVal SettingsRequests::ChangeGalleryPath(const std::string& path,
 
 KXP::RetVal SettingsRequests::CancelPathUpdate(std::unique_ptr<KXP::JSONMessage>, KXP::Value&,
                                                KXP::Allocator&) {
+    if (KXP::RetVal read = ReadAgain(); read.Failed()) return read;
     Follow();
     KXP_LOG(KXP::LogMilestone, "CancelPathUpdate: restore to old Gallery path");
     return KXP::RunRequest([&] { return RestoreGalleryPath(); });

@@ -10,12 +10,14 @@
 // that gets no tracker, become the answer.
 class SettingsRequests {
   public:
-    // `api` outlives this object.
-    explicit SettingsRequests(ZvGalleryAPI& api) : api_(api), settings_(*api.GetGallerySettings()) {}
+    // `api` and `clock` outlive this object.
+    explicit SettingsRequests(ZvGalleryAPI& api, KXP::Clock& clock = KXP::Clock::Steady())
+        : api_(api), settings_(*api.GetGallerySettings()), clock_(clock), lastRead_(clock.Now()) {}
 
     // Takes over what other processes have written into the settings file, with the notifications that a
     // request for the same would send. All requests but CheckDiskSpace begin with it; FollowRegularly does
-    // it every 1.5 seconds from now on.
+    // it every 1.5 seconds from now on. As long as the settings could not be read at all, it tries that every
+    // 10 seconds instead.
     void Follow();
     void FollowRegularly();
 
@@ -35,6 +37,9 @@ class SettingsRequests {
   private:
     struct Progress;
 
+    // Nothing to do once the settings are read.
+    KXP::RetVal ReadAgain();
+    void ReadAgainIfDue();
     void WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator);
     KXP::RetVal ApplySettings(const KXP::Value& wanted);
     KXP::RetVal ApplyGalleryPath(const std::string& path, Progress& progress);
@@ -51,6 +56,8 @@ class SettingsRequests {
 
     ZvGalleryAPI& api_;
     Settings& settings_;
+    KXP::Clock& clock_;
+    KXP::TimePoint lastRead_;  // tried
     // In force before the last change; empty when there was none.
     std::string oldGalleryPath_;
 };

@@ -74,12 +74,19 @@ uint32_t VolumeSizeMB(const std::string& path) {
 }  // namespace
 
 Settings::Settings() : JSONFile(GetShareFolderPath(), "", kSettingsFileName) {
+    if (!ReadAgain()) Store(Defaults(), 0);
+}
+
+bool Settings::ReadAgain() {
+    if (isRead_) return true;
     if (!ReadSettings()) {
+        if (ReadFailure().Failed()) return false;
         KXP_LOG(LogFailure, "Failed to read settings file, using defaults");
         SetDefaults();
     }
+    isRead_ = true;
     // In every case, so that the file has the current layout after the first start.
-    WriteSettings();
+    return WriteSettings();
 }
 
 bool Settings::ReadSettings() {
@@ -96,11 +103,16 @@ bool Settings::ReadSettings() {
     return true;
 }
 
-void Settings::SetDefaults() {
+StoredSettings Settings::Defaults() {
     StoredSettings defaults;
     defaults.userGalleryPath = GetDefaultGalleryFolderPath();
-    if (!KXP::DirectoryExists(defaults.userGalleryPath)) KXP::CreateDirectoryPath(GetDefaultGalleryFolder());
     defaults.tempFolder = GetDefaultTempFolder();
+    return defaults;
+}
+
+void Settings::SetDefaults() {
+    const StoredSettings defaults = Defaults();
+    if (!KXP::DirectoryExists(defaults.userGalleryPath)) KXP::CreateDirectoryPath(GetDefaultGalleryFolder());
     // Not as set here: another process may have written the file by now, and then its values count.
     Store(defaults, 0);
     currentSizeMB_ = 0;
@@ -137,6 +149,10 @@ SettingsSet Settings::FollowFile(std::string& galleryPath) {
 }
 
 std::string Settings::GetGalleryPath() {
+    if (!isRead_) {
+        const KXP::RetVal failure = ReadFailure();
+        throw KXP::Exception(failure.code, failure.text.c_str(), failure.internal);
+    }
     const std::string gallery = GetUserGalleryPath();
     const bool isNew = !DeviceOf(gallery);
     std::string path = MakeGallery(gallery);

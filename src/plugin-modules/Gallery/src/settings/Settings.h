@@ -4,6 +4,10 @@
 // Several processes may use the same file. Each write happens under a lock on a file beside it: it reads the
 // file again, replaces the values that were set here since the last write, and keeps the others as they are
 // in the file. FollowFile notices what other processes have written.
+//
+// While the file cannot be read for a reason that may pass, such as a lack of descriptors, nothing is
+// written. If that is so from the start on, the values are the defaults, there is no gallery, and ReadAgain
+// is called until it succeeds.
 #pragma once
 
 #include <atomic>
@@ -18,13 +22,21 @@
 #include "common/threads/Mutex.h"
 #include "plugin-modules/Gallery/src/settings/SettingsJson.h"
 
-// Any thread may call any function. Only the constructor, WriteSettings and UpdateTrackerSettings write the
-// file. Sizes are decimal megabytes.
+// Any thread may call any function. Only the constructor, ReadAgain, WriteSettings and UpdateTrackerSettings
+// write the file. Sizes are decimal megabytes.
 class Settings : public KXP::JSONFile {
   public:
     // Reads the file, or uses the defaults, and writes it in the current layout. Throws KXP::Exception when
     // the share folder or a default folder that is needed cannot be created.
     Settings();
+
+    // Whether the file was read, or has been replaced by the defaults.
+    bool IsRead() const { return isRead_; }
+    // Does what the constructor could not do. True when it is done, now or before. Throws what the
+    // constructor throws. One thread at a time.
+    bool ReadAgain() EXCLUDES(fileMutex_);
+    // Why the last attempt to read the file failed, if the reason may pass: 0x80004005 with a text.
+    KXP::RetVal ReadFailure() const EXCLUDES(fileMutex_);
 
     // False, with the values unchanged, when the file cannot be used. Both throw KXP::Exception when a
     // default folder is needed and cannot be created.
@@ -53,9 +65,9 @@ class Settings : public KXP::JSONFile {
 
     // The folder as the user gave it.
     std::string GetUserGalleryPath() const { return Get(&StoredSettings::userGalleryPath); }
-    // The same, created if it does not exist. Throws KXP::Exception when it cannot be created, and when the
-    // drive that it was on is gone: a folder made at the mount point would hide the captures when the drive
-    // comes back.
+    // The same, created if it does not exist. Throws KXP::Exception when it cannot be created, when the
+    // settings are not read, and when the drive that it was on is gone: a folder made at the mount point
+    // would hide the captures when the drive comes back.
     std::string GetGalleryPath() EXCLUDES(mutex_);
     // Creates the folder if necessary and measures its volume. On failure, or when the path is not absolute,
     // returns false, leaves the path and sets the disk space to GetDriveSpace's failure value.
@@ -104,14 +116,19 @@ class Settings : public KXP::JSONFile {
     bool LoadFile(StoredSettings& file, bool& oldLayout) EXCLUDES(fileMutex_);
     SettingsSet ReadNews(StoredSettings& file) EXCLUDES(fileMutex_);
     void Write(SettingsSet which) EXCLUDES(fileMutex_);
-    KXP::FileLock LockFile(KXP::HeldLog& log) const REQUIRES(fileMutex_);
-    bool ReadFile(StoredSettings& stored, bool& oldLayout, KXP::HeldLog& log) REQUIRES(fileMutex_);
+    enum class FileRead { Done, Unusable, NotNow };
+    std::optional<KXP::FileLock> LockFile(KXP::HeldLog& log) REQUIRES(fileMutex_);
+    FileRead ReadFile(StoredSettings& stored, bool& oldLayout, KXP::HeldLog& log) REQUIRES(fileMutex_);
+    bool MayWriteOver(const StoredSettings& mine, SettingsSet& which, StoredSettings& file, KXP::HeldLog& log)
+        REQUIRES(fileMutex_);
+    void NotePassing(int error, KXP::HeldLog& log) REQUIRES(fileMutex_);
     void NoteWritten(const StoredSettings& written, SettingsSet which) REQUIRES(fileMutex_);
     void RememberFile() REQUIRES(fileMutex_);
     SettingsSet NewsIn(const StoredSettings& file) const EXCLUDES(mutex_);
 
     static std::string LogText(const char* function, const StoredSettings& settings,
                                uint32_t totalDiskSpaceMB);
+    static StoredSettings Defaults();
     void Store(const StoredSettings& stored, SettingsSet unsaved) EXCLUDES(mutex_);
     bool ChangeGallery(const std::string& path, bool unsaved) EXCLUDES(mutex_);
     std::string MakeGallery(const std::string& path) EXCLUDES(mutex_);
@@ -119,9 +136,12 @@ class Settings : public KXP::JSONFile {
 
     std::atomic<uint32_t> totalDiskSpaceMB_{0};
     std::atomic<uint32_t> currentSizeMB_{0};
+    std::atomic<bool> isRead_{false};
 
     // Held while the file is read or written.
-    KXP::OuterMutex fileMutex_ ACQUIRED_BEFORE(mutex_);
+    mutable KXP::OuterMutex fileMutex_ ACQUIRED_BEFORE(mutex_);
+    // Of the last attempt to read the file, if it may pass; else 0.
+    int passingError_ GUARDED_BY(fileMutex_) = 0;
     // The file as it was when this object knew all that was in it.
     std::optional<Stamp> known_ GUARDED_BY(fileMutex_);
     mutable KXP::Mutex mutex_;

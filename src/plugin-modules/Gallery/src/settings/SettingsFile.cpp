@@ -1,7 +1,10 @@
 // The uses of the settings file, which other processes use as well.
 #include <cerrno>
 #include <chrono>
+#include <system_error>
+#include <utility>
 
+#include "base/FileDescriptor.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 
@@ -18,6 +21,10 @@ constexpr std::chrono::seconds kLockLimit{1};
 // A file that changed this lately may change again without showing it, because the times of files are coarse.
 constexpr std::chrono::milliseconds kCoarseTime{100};
 
+std::string ErrorText(int error) {
+    return std::generic_category().message(error);
+}
+
 bool ChangedJustNow(const KXP::JSONFile::Stamp& stamp) {
     const std::chrono::nanoseconds changed =
         std::chrono::seconds(stamp.seconds) + std::chrono::nanoseconds(stamp.nanoseconds);
@@ -30,8 +37,15 @@ bool ChangedJustNow(const KXP::JSONFile::Stamp& stamp) {
 bool Settings::LoadFile(StoredSettings& file, bool& oldLayout) {
     HeldLog log;
     MutexLock lock(fileMutex_);
-    const KXP::FileLock others = LockFile(log);
-    return ReadFile(file, oldLayout, log);
+    const std::optional<KXP::FileLock> others = LockFile(log);
+    return others && ReadFile(file, oldLayout, log) == FileRead::Done;
+}
+
+KXP::RetVal Settings::ReadFailure() const {
+    MutexLock lock(fileMutex_);
+    if (passingError_ == 0) return {};
+    return {KXP::Code::kFailure, "The settings cannot be read now: " + ErrorText(passingError_),
+            passingError_};
 }
 
 SettingsSet Settings::ReadNews(StoredSettings& file) {
@@ -39,15 +53,16 @@ SettingsSet Settings::ReadNews(StoredSettings& file) {
     MutexLock lock(fileMutex_);
     Stamp stamp;
     if (!ReadStamp(stamp) || known_ == stamp) return 0;
-    const KXP::FileLock others = LockFile(log);
+    const std::optional<KXP::FileLock> others = LockFile(log);
+    if (!others) return 0;
     {
         MutexLock valuesLock(mutex_);
         file = stored_;
     }
     bool oldLayout = false;
-    const bool read = ReadFile(file, oldLayout, log);
-    RememberFile();
-    return read ? NewsIn(file) : 0;
+    const FileRead read = ReadFile(file, oldLayout, log);
+    if (read != FileRead::NotNow) RememberFile();
+    return read == FileRead::Done ? NewsIn(file) : 0;
 }
 
 // Which values of the file differ from those here and were not set here.
@@ -56,33 +71,51 @@ SettingsSet Settings::NewsIn(const StoredSettings& file) const {
     return Differences(file, stored_) & ~unsaved_;
 }
 
-KXP::FileLock Settings::LockFile(HeldLog& log) const {
+// None when the file cannot be used now.
+std::optional<KXP::FileLock> Settings::LockFile(HeldLog& log) {
     KXP::FileLock others(directory() + "/" + kSettingsLockName, kLockLimit);
     const int error = errno;
-    if (!others.IsHeld())
-        log.Add(LogFailure, "Using the settings file without its lock, err:" + std::to_string(error));
+    if (others.IsHeld()) return others;
+    if (KXP::IsPassingError(error)) {
+        NotePassing(error, log);
+        return std::nullopt;
+    }
+    log.Add(LogFailure, "Using the settings file without its lock, err:" + std::to_string(error));
     return others;
 }
 
+void Settings::NotePassing(int error, HeldLog& log) {
+    if (std::exchange(passingError_, error) == 0)
+        log.Add(LogFailure, "The settings cannot be read now: " + ErrorText(error) +
+                                "; nothing is written, and they are read again later");
+}
+
 // Values that the file does not have stay as they are in `stored`.
-bool Settings::ReadFile(StoredSettings& stored, bool& oldLayout, HeldLog& log) {
+Settings::FileRead Settings::ReadFile(StoredSettings& stored, bool& oldLayout, HeldLog& log) {
     KXP::Document document;
-    const KXP::RetVal read = ReadAndParseJSON(document, log);
+    const KXP::RetVal read = ReadUnlessPassing(document, log);
+    if (read.Failed() && read.internal != 0) {
+        NotePassing(read.internal, log);
+        return FileRead::NotNow;
+    }
+    passingError_ = 0;
     if (read.Failed()) {
         log.Add(LogFailure, read.code == KXP::Code::kNotFound ? "Settings file not found"
                                                               : "Failure opening existing settings file");
-        return false;
+        return FileRead::Unusable;
     }
-    if (ReadStoredSettings(document, stored, oldLayout)) return true;
+    if (ReadStoredSettings(document, stored, oldLayout)) return FileRead::Done;
     log.Add(LogFailure, "Settings file invalid");
-    return false;
+    return FileRead::Unusable;
 }
 
 // Writes those of the values that were set here since the last write, and the others as they are in the file.
 void Settings::Write(SettingsSet which) {
+    if (!isRead_) return;
     HeldLog log;
     MutexLock lock(fileMutex_);
-    const KXP::FileLock others = LockFile(log);
+    const std::optional<KXP::FileLock> others = LockFile(log);
+    if (!others) return;
     StoredSettings mine;
     {
         MutexLock valuesLock(mutex_);
@@ -90,19 +123,34 @@ void Settings::Write(SettingsSet which) {
         which &= unsaved_;
     }
     StoredSettings file = mine;
-    bool oldLayout = false;
-    Stamp stamp;
-    if (ReadStamp(stamp) && ReadFile(file, oldLayout, log)) {
-        CopySettings(mine, which, file);
-    } else {
-        file = mine;
-        which = ~SettingsSet{0};
-    }
+    if (!MayWriteOver(mine, which, file, log)) return;
     log.Add(LogMilestone, LogText("Settings::WriteSettings::", file, totalDiskSpaceMB_));
     KXP::Document document;
     WriteStoredSettings(file, document);
     // On failure, which is logged, the caller continues with the values in memory.
     if (!WriteJSON(document, log).Failed()) NoteWritten(file, which);
+}
+
+// Sets `file` to what the file is to hold, and extends `which` to all values if the file cannot be used.
+// False when it cannot be read now: the values of others would be lost.
+bool Settings::MayWriteOver(const StoredSettings& mine, SettingsSet& which, StoredSettings& file,
+                            HeldLog& log) {
+    Stamp stamp;
+    const bool exists = ReadStamp(stamp);
+    if (!exists && KXP::IsPassingError(errno)) {
+        NotePassing(errno, log);
+        return false;
+    }
+    bool oldLayout = false;
+    const FileRead read = exists ? ReadFile(file, oldLayout, log) : FileRead::Unusable;
+    if (read == FileRead::NotNow) return false;
+    if (read == FileRead::Done) {
+        CopySettings(mine, which, file);
+    } else {
+        file = mine;
+        which = ~SettingsSet{0};
+    }
+    return true;
 }
 
 void Settings::NoteWritten(const StoredSettings& written, SettingsSet which) {
