@@ -15,12 +15,12 @@ int PluginModuleBase::CommandQueue::Initialize(IMessageHandler<JSONMessage>* jso
                                                std::unique_ptr<JSONMessage> initMessage,
                                                IMessageHandler<GenericMessage>* genericHandler) {
     taskQueue_.Start();
-    taskQueue_.EnqueueCommand(
-        [this, jsonHandler, genericHandler, initMessage = std::move(initMessage)]() mutable {
-            auto response = Message::CreateResponse(*initMessage);
-            Run(std::move(response),
-                [&] { return module_.Initialize(jsonHandler, std::move(initMessage), genericHandler); });
-        });
+    auto response = Message::CreateResponse(*initMessage);
+    taskQueue_.EnqueueCommand([this, jsonHandler, genericHandler, initMessage = std::move(initMessage),
+                               response = std::move(response)]() mutable {
+        Run(std::move(response),
+            [&] { return module_.Initialize(jsonHandler, std::move(initMessage), genericHandler); });
+    });
     return Accepted;
 }
 
@@ -41,9 +41,12 @@ int PluginModuleBase::CommandQueue::Resume(std::shared_ptr<JSONMessage> message)
 }
 
 int PluginModuleBase::CommandQueue::Enqueue(std::shared_ptr<JSONMessage> message, Command command) {
-    taskQueue_.EnqueueCommand([this, message = std::move(message), command] {
-        Run(Message::CreateResponse(*message), [&] { return (module_.*command)(message); });
-    });
+    // Made beforehand: a command that has begun is answered, also when memory runs out.
+    auto response = Message::CreateResponse(*message);
+    taskQueue_.EnqueueCommand(
+        [this, message = std::move(message), response = std::move(response), command]() mutable {
+            Run(std::move(response), [&] { return (module_.*command)(message); });
+        });
     return Accepted;
 }
 

@@ -1,6 +1,7 @@
 // The entry calls of the library, and the translation of a plug-in's notifications for its container.
 
 #include <memory>
+#include <new>
 #include <string>
 
 #include "CobalixUtil.h"
@@ -122,19 +123,28 @@ int CefPluginInitialize(ZvCefPluginCallback callback, const char* configJson, vo
     return 0;
 }
 
-int CefPluginStart() {
+// A lifecycle command of a running instance. Nothing is thrown towards the container.
+int Command(const char* method, const char* name,
+            int (IContainerConnector::*command)(std::shared_ptr<JSONMessage>)) {
     if (!s_pCefPlugin) return 0;
-    std::shared_ptr<JSONMessage> message = CreateCommand("_CmdStart_");
-    KXP_LOG(KXP::LogMilestone, "Invoking Start() for plugin %s", s_pluginName.c_str());
-    s_started = true;
-    return MapResult(s_pCefPlugin->Start(message));
+    try {
+        std::shared_ptr<JSONMessage> message = CreateCommand(method);
+        KXP_LOG(KXP::LogMilestone, "Invoking %s() for plugin %s", name, s_pluginName.c_str());
+        return MapResult((s_pCefPlugin->*command)(std::move(message)));
+    } catch (...) {
+        KXP_LOG(KXP::LogFailure, "Could not %s plugin %s: %s", name, s_pluginName.c_str(),
+                KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
+        return 0;
+    }
+}
+
+int CefPluginStart() {
+    if (s_pCefPlugin) s_started = true;
+    return Command("_CmdStart_", "Start", &IContainerConnector::Start);
 }
 
 int CefPluginStop() {
-    if (!s_pCefPlugin) return 0;
-    std::shared_ptr<JSONMessage> message = CreateCommand("_CmdStop_");
-    KXP_LOG(KXP::LogMilestone, "Invoking Stop() for plugin %s", s_pluginName.c_str());
-    return MapResult(s_pCefPlugin->Stop(message));
+    return Command("_CmdStop_", "Stop", &IContainerConnector::Stop);
 }
 
 int CefPluginSuspend() {
@@ -149,7 +159,12 @@ int CefPluginResume() {
 
 int CefPluginUninitialize() {
     if (!s_pCefPlugin || RefusedInsideCallback("Uninitialize")) return 0;
-    TakeDown();
+    try {
+        TakeDown();
+    } catch (const std::bad_alloc&) {
+        KXP_LOG(KXP::LogFailure, "Could not uninitialize plugin %s: no memory", s_pluginName.c_str());
+        return 0;
+    }
     return 1;
 }
 

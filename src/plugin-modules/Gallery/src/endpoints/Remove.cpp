@@ -28,7 +28,11 @@ KXP::RetVal Remove::ExecuteAsync(const KXP::Value& params) {
             return {KXP::Code::kAccessDenied, "Not a capture of this product", 0};
         tracker->UntrackFile(file_);
         const int code = KXP::FileDelete(file_, true);
-        if (code < 0) return {code, "Unable to delete file", 0};
+        if (code < 0) {
+            // Still there, and to be seen again, with what is kept of it.
+            tracker->TrackFile(file_);
+            return {code, "Unable to delete file", 0};
+        }
 
         std::string thumbnail;
         const size_t dot = file_.rfind('.');

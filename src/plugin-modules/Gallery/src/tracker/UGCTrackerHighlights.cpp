@@ -6,6 +6,7 @@
 
 #include "CobalixUtil.h"
 #include "base/Path.h"
+#include "plugin-modules/Gallery/src/tracker/FailedLook.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 using KXP::RetVal;
@@ -85,7 +86,10 @@ RetVal UGCTracker::DeleteTrackedHighlights(const std::vector<TrackedUGC>& record
     record_.TakeHighlights(doomed);
     record_.RemoveFromGroups(doomed);
     for (const TrackedUGC& record : doomed) {
-        if (DeleteUGC(record).Failed()) KXP_LOG(KXP::LogFailure, "Failed to delete media file from disk");
+        if (!DeleteUGC(record).Failed()) continue;
+        KXP_LOG(KXP::LogFailure, "Failed to delete media file from disk");
+        // What is still there is to be seen again, with what is kept of it.
+        if (!IsGone(record.path)) TrackFile(record.path);
     }
     RetVal written = Write(Sum::Keep);
     news().Drain();
