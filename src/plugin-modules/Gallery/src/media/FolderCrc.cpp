@@ -117,6 +117,9 @@ class TreeWalk {
         if (!entry.Look(status, KXP::Links::Follow)) return RefuseEntry(folder, entry.Name(), errno);
         AppendTime(timeBytes_, status.st_mtime);
         if (entry.IsFolder()) {
+            const bool isSelf = std::strcmp(entry.Name(), ".") == 0;
+            if (seen_ && isSelf && (folder.parent == kNone || folder.parent == kRoot))
+                NoteRecent(status, folder.path);
             if (entry.Name()[0] != '.') AddFolder(folder, entry.Name(), {status.st_dev, status.st_ino});
             return true;
         }
@@ -149,8 +152,12 @@ class TreeWalk {
         if (!KXP::IsValidUtf8(folder.path)) seen_->legible = false;
     }
 
+    void NoteRecent(const struct stat& status, const std::string& path) {
+        if (status.st_mtime >= seen_->recentSince) seen_->recent.push_back(path);
+    }
+
     void NoteFile(const Folder& folder, const KXP::FolderReader& entry, const struct stat& status) {
-        if (status.st_mtime >= seen_->recentSince) seen_->recent.push_back(folder.path + "/" + entry.Name());
+        NoteRecent(status, folder.path + "/" + entry.Name());
         if (folder.parent != kRoot || !S_ISREG(status.st_mode) || entry.IsLink()) return;
         if (!KXP::IsValidUtf8(entry.Name())) seen_->legible = false;
         seen_->files.push_back({seen_->folders.size() - 1, seen_->names.size(),

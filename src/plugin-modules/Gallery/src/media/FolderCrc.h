@@ -59,8 +59,8 @@ struct SeenFiles {
     std::string names;                 // each ends with a zero byte
     bool legible = true;               // whether all names of these are UTF-8
 
-    // What the sum may miss, because two changes of a file within one second look the same: everything but
-    // folders that has changed since then, in seconds since 1970.
+    // What the sum may miss, because two changes within one second look the same: the files that have changed
+    // since then, in seconds since 1970, and the gallery and its games in which names have.
     int64_t recentSince = INT64_MAX;
     std::vector<std::string> recent;
 };

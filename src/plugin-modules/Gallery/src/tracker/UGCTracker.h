@@ -135,6 +135,7 @@ class UGCTracker : private IJournalSource {
     // Start, rebuild and stop.
     void StartWatcher();
     void ParseTracker();
+    void CompareRecent(const std::string& path);
     void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId);
     void Rebuild(const char* reason, RebuildPlan::Former former, std::optional<FoundFiles> found = {});
     void TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::TimePoint when);

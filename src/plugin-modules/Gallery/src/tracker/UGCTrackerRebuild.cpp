@@ -60,11 +60,17 @@ void UGCTracker::ParseTracker() {
     if (measured && calculated == info.folderCRC) {
         Load(std::move(former), std::move(games), info.lastUGCIdUsed);
         for (const std::string& path : seen.recent)
-            TrackWatchedFile(path);
+            CompareRecent(path);
     } else {
         rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath");
     }
     capacity_.UpdateGalleryUsage(record_.usageKB());
+}
+
+// A file that was moved within the second of the sum is in the sum under either name.
+void UGCTracker::CompareRecent(const std::string& path) {
+    if (place_.KindOf(path) == GalleryPlace::Kind::Capture) return TrackWatchedFile(path);
+    if (journal_.Owns()) EnqueueWork(nullptr, queue_.Now(), [this, path] { DropGoneIn(path); });
 }
 
 // What people gave is kept before it is in the tracker's file, so it is never older. Only somebody who has
