@@ -60,6 +60,7 @@ function start(channel: Channel): void {
     page.cellSize = cellSize;
     page.addEventListener("cell-size", (event) => {
         page.cellSize = (event as CustomEvent<number>).detail;
+        page.refresh();
         preferences.keep({ cellSize: page.cellSize });
     });
     page.addEventListener("view-choice", (event) => {
@@ -71,7 +72,7 @@ function start(channel: Channel): void {
         if (!client.offers("Preferences")) return;
         preferences.load(({ cellSize, ...view }) => {
             page.cellSize = cellSize;
-            gallery.setView(view);
+            gallery.setView(view); // draws the page again
         });
     };
     if (hostInfo()) load();

@@ -1,5 +1,5 @@
 // What can be done from anywhere on the page: deleting, undoing, and opening the page's dialogs.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { captureOf, type Capture } from "../model/capture.js";
 import type { News } from "../model/feed.js";
 import { montageCaptures, type MontageJob } from "../model/montage.js";

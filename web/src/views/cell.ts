@@ -1,5 +1,5 @@
 // One capture in the grid: a picture and its title. Cells are many, so they are no elements of their own.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import type { Thumbnail } from "../model/thumbnails.js";
 import { lengthText, momentText, text } from "../strings/index.js";

@@ -1,5 +1,5 @@
 // Asks once more before something that cannot be undone, or that concerns many captures.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { text } from "../strings/index.js";
 import { openDialog, PageDialog } from "./page-dialog.js";
 

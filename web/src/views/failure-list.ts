@@ -1,5 +1,5 @@
 // Files that something did not work with, and why.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Failure } from "../model/deletions.js";
 import { text } from "../strings/index.js";
 

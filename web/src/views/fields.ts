@@ -1,5 +1,5 @@
 // Fields of the page's forms.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 
 /** For paths and names, which no browser should correct. */
 export function textField(label: string, value: string, onInput: (value: string) => void): TemplateResult {

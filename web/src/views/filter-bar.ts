@@ -1,5 +1,5 @@
 // Search, filters, order and size of the cells.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { GROUPINGS } from "../model/arrangement.js";
 import type { View } from "../model/gallery.js";
 import { SORTS } from "../model/order.js";
@@ -16,9 +16,8 @@ interface Choice {
 export const CELL_SIZES = { min: 140, max: 420, step: 20 };
 
 export class FilterBar extends PageElement {
-    static override properties = { cellSize: { type: Number } };
-
     context!: Context;
+    /** The least width of the grid's cells, in pixels. */
     cellSize = 0;
 
     protected override render(): TemplateResult {

@@ -1,5 +1,5 @@
 // The page: the bar on top, the grid, and what is around it.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import { NO_FILTER } from "../model/filter.js";
 import type { Change, View } from "../model/gallery.js";
@@ -19,10 +19,9 @@ import type { CaptureViewer } from "./viewer/capture-viewer.js";
 import "./viewer/capture-viewer.js";
 
 export class GalleryPage extends PageElement {
-    static override properties = { cellSize: { type: Number } };
-
     context!: Context;
-    cellSize = 240;
+    /** The least width of the grid's cells, in pixels; `refresh` after a change. */
+    cellSize = 0;
     readonly actions = new Actions(this);
     private announced = "";
 

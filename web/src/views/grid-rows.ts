@@ -1,5 +1,5 @@
 // The rows of the grid: headers of groups, and rows of cells.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { repeat } from "lit/directives/repeat.js";
 import type { Capture } from "../model/capture.js";
 import type { Row } from "../model/layout.js";

@@ -1,5 +1,5 @@
 // The highlights of a session, of which one chooses what to keep.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import { Thumbnails } from "../model/thumbnails.js";
 import { lengthText, text } from "../strings/index.js";
@@ -23,8 +23,7 @@ export class HighlightsDialog extends PageDialog {
         this.thumbnails.want(this.captures);
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.thumbnails.want([]);
     }
 

@@ -1,5 +1,5 @@
 // A slider beside the grid that shows what lies where, and jumps there.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { marksOf, type Mark } from "../model/scrubber.js";
 import { dayText, monthText, text } from "../strings/index.js";
 import type { CaptureGrid } from "./capture-grid.js";
@@ -23,7 +23,12 @@ export class JumpScrubber extends PageElement {
     private marks: Mark[] = [];
     private marked: { layout: unknown; height: number } | null = null;
     private dragging = false;
-    private readonly resize = new ResizeObserver(() => this.requestUpdate());
+    // The browser reports it; to ask for it after a change would make the browser lay out the page.
+    private height = 0;
+    private readonly resize = new ResizeObserver(([entry]) => {
+        this.height = entry!.contentRect.height;
+        this.requestUpdate();
+    });
 
     override connectedCallback(): void {
         super.connectedCallback();
@@ -40,8 +45,7 @@ export class JumpScrubber extends PageElement {
         this.resize.observe(this);
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.resize.disconnect();
     }
 
@@ -49,9 +53,10 @@ export class JumpScrubber extends PageElement {
         const { grid } = this;
         if (!grid) return;
         this.hidden = !grid.window.overflows;
-        this.setAttribute("aria-valuenow", String(Math.round(100 * grid.window.progressAt(grid.scrollTop))));
+        const progress = grid.window.progressAt(grid.position);
+        this.setAttribute("aria-valuenow", String(Math.round(100 * progress)));
         this.setAttribute("aria-valuetext", this.groupTitle());
-        this.style.setProperty("--progress", String(grid.window.progressAt(grid.scrollTop)));
+        this.style.setProperty("--progress", String(progress));
     }
 
     protected override render(): TemplateResult {
@@ -78,7 +83,7 @@ export class JumpScrubber extends PageElement {
 
     // Only when the layout has changed: scrolling must not look at each group again.
     private findMarks(): void {
-        const height = this.clientHeight;
+        const { height } = this;
         const layout = this.grid?.window.layout;
         if (!layout || (this.marked?.layout === layout && this.marked.height === height)) return;
         this.marked = { layout, height };
@@ -135,7 +140,7 @@ export class JumpScrubber extends PageElement {
         if (!grid) return;
         const box = this.getBoundingClientRect();
         const part = Math.min(1, Math.max(0, (event.clientY - box.top) / box.height));
-        grid.scrollToTop(part * Math.max(0, grid.window.layout.height - grid.clientHeight));
+        grid.scrollToTop(part * Math.max(0, grid.window.layout.height - grid.window.height));
         this.requestUpdate();
     }
 }

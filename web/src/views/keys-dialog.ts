@@ -1,5 +1,5 @@
 // The list of keys.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { text } from "../strings/index.js";
 import type { KeyList } from "./key-list.js";
 import { PageDialog } from "./page-dialog.js";

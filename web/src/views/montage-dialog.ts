@@ -1,5 +1,5 @@
 // Makes a montage of what is selected.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { MontageConfigInfo } from "../api/types.js";
 import type { Capture } from "../model/capture.js";
 import { MontageJob, montageRequest, type MontageForm } from "../model/montage.js";
@@ -52,8 +52,7 @@ export class MontageDialog extends PageDialog {
         );
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.stopListening();
     }
 

@@ -1,6 +1,6 @@
 // The base of the page's dialogs: a native one, which keeps the focus in itself, closes with Esc, and gives the
 // focus back.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { text } from "../strings/index.js";
 import { PageElement } from "./page-element.js";
 

@@ -1,5 +1,5 @@
 // What is selected: how many, how large, and what can be done with them.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { sizeText, text } from "../strings/index.js";
 import { send, type Context, type SelectionAction } from "./context.js";
 import { PageElement } from "./page-element.js";

@@ -1,5 +1,5 @@
 // The gallery's folders, its limit, and the drives.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { GalleryCapInfo } from "../api/types.js";
 import { listDrives, type Drive } from "../model/drives.js";
 import { changesOf, formOf, rebased, type SettingsForm } from "../model/settings.js";
@@ -39,8 +39,7 @@ export class SettingsDialog extends PageDialog {
         );
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.context.pathChange.onChange(() => {});
         this.stopListening();
     }

@@ -1,5 +1,5 @@
 // What is shown where there are no captures to show, and above them when something is wrong.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { isFiltering } from "../model/filter.js";
 import type { Gallery } from "../model/gallery.js";
 import { text } from "../strings/index.js";

@@ -1,5 +1,5 @@
 // What is being deleted, with the way back. It is on top of everything, dialogs too.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { repeat } from "lit/directives/repeat.js";
 import type { Batch } from "../model/deletions.js";
 import { text } from "../strings/index.js";
@@ -40,8 +40,7 @@ export class ToastList extends PageElement {
     }
 
     // A dialog that is taken away takes along what is in it.
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         for (const event of ["close", "focusin"]) document.removeEventListener(event, this.goWhereSeen, true);
         queueMicrotask(() => !this.isConnected && this.goWhereSeen());
     }

@@ -1,5 +1,5 @@
 // Copies or moves captures to a folder: another game's, one on a drive, or any that is typed.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import { listDrives, roomAt, roomIn, type Drive, type Room } from "../model/drives.js";
 import { FileJob, folderFrom } from "../model/file-job.js";
@@ -42,8 +42,7 @@ export class TransferDialog extends PageDialog {
     }
 
     // Whoever closes the dialog wants no more of it.
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.job?.stop();
     }
 

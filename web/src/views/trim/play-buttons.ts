@@ -1,5 +1,5 @@
 // Plays the clip, or its ends, before it is saved.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import type { TrimRange } from "../../model/trim-range.js";
 import { text } from "../../strings/index.js";
 import type { SelectionPlayer } from "./selection-player.js";

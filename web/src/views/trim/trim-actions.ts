@@ -1,5 +1,5 @@
 // What is done with a clip that was chosen, and what that means.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { text } from "../../strings/index.js";
 
 export type TrimState =

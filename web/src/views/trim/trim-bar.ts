@@ -1,5 +1,5 @@
 // The video from left to right: its pictures and keyframes, what is chosen, and the handles that choose it.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import type { TrimRange } from "../../model/trim-range.js";
 import { clockText, text } from "../../strings/index.js";
 import { send } from "../context.js";
@@ -31,8 +31,7 @@ export class TrimBar extends PageElement {
             this.addEventListener(end, () => (this.dragged = null));
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.ending.abort();
     }
 

@@ -1,5 +1,5 @@
 // Chooses a part of a video and has it saved as a clip.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { TrimRange } from "../../model/trim-range.js";
 import { clockText, text } from "../../strings/index.js";
@@ -59,8 +59,7 @@ export class TrimDialog extends PageElement {
         });
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         const video = this.querySelector("video");
         video?.pause();
         video?.removeAttribute("src");

@@ -1,6 +1,5 @@
 // The times of a clip as text, for who knows them exactly.
-import { html, type TemplateResult } from "lit";
-import { live } from "lit/directives/live.js";
+import { html, type TemplateResult } from "lit/html.js";
 import { parseTime } from "../../model/clip-name.js";
 import type { TrimRange } from "../../model/trim-range.js";
 import { clockText, text } from "../../strings/index.js";
@@ -19,8 +18,14 @@ export function trimFields(
                 type="text"
                 inputmode="decimal"
                 autocomplete="off"
-                .value=${live(clockText(time))}
-                @change=${(event: Event) => set(name, parseTime((event.target as HTMLInputElement).value))}
+                .value=${clockText(time)}
+                @change=${({ target }: Event) => {
+                    const input = target as HTMLInputElement;
+                    const written = parseTime(input.value);
+                    // What follows is drawn only when it is another time.
+                    input.value = clockText(time);
+                    set(name, written);
+                }}
             />
         </label>`;
     return html`${field("start", text.trim.startTime, range.start)}

@@ -1,5 +1,5 @@
 // Writes the caption of a capture; both lines are seen over the picture as one types.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { text } from "../../strings/index.js";
 import { send, type Context } from "../context.js";

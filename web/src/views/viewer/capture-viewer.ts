@@ -1,5 +1,5 @@
 // One capture, as large as the window allows, with what can be done with it.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { keyed } from "lit/directives/keyed.js";
 import type { Capture } from "../../model/capture.js";
 import { Viewing } from "../../model/viewing.js";
@@ -59,8 +59,7 @@ export class CaptureViewer extends PageElement {
         });
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.history.disconnect();
         this.stopListening();
     }
@@ -84,6 +83,11 @@ export class CaptureViewer extends PageElement {
         >
             ${capture ? this.content(capture) : nothing}
         </dialog>`;
+    }
+
+    // The capture within may have changed, too.
+    protected override updated(): void {
+        this.querySelector<ImageStage | VideoPlayer>("image-stage, video-player")?.requestUpdate();
     }
 
     private get dialog(): HTMLDialogElement {

@@ -1,5 +1,5 @@
 // What is known about a capture.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { hasCaption, type Capture } from "../../model/capture.js";
 import { lengthText, momentText, sizeText, text } from "../../strings/index.js";
 

@@ -1,5 +1,5 @@
 // A picture that can be zoomed and moved: by wheel, pinch, double click, dragging and keys.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { fitted, WHOLE, Zooming, type Point, type Size, type Zoom } from "../../model/zoom.js";
 import { mediaAddress } from "../media.js";
@@ -25,8 +25,6 @@ const MIDDLE: Point = { x: 0, y: 0 };
 const isOnButton = ({ target }: Event): boolean => (target as Element).closest("button") !== null;
 
 export class ImageStage extends PageElement {
-    static override properties = { capture: { attribute: false } };
-
     capture!: Capture;
     /** The address of a smaller picture, for as long as this one is loading; empty for none. */
     preview = "";
@@ -50,8 +48,7 @@ export class ImageStage extends PageElement {
         this.resize.observe(this);
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.resize.disconnect();
         // Out of the page, it would go on loading.
         this.querySelector("img:not(.preview)")?.removeAttribute("src");

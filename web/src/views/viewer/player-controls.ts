@@ -1,5 +1,5 @@
 // What a video is controlled with.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { clockText, text } from "../../strings/index.js";
 import { SPEEDS } from "./playback.js";
 import type { VideoPlayer } from "./video-player.js";

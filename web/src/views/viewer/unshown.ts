@@ -1,6 +1,6 @@
 // In place of a capture that the browser does not show: its thumbnail, and ways to see it elsewhere. When the gallery
 // has no thumbnail either, the file itself is broken.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { HostRequests } from "../../api/client.js";
 import type { Capture } from "../../model/capture.js";
 import type { Load } from "../../model/thumbnails.js";
@@ -25,8 +25,7 @@ export class UnshownCapture extends PageElement {
         );
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.load?.cancel();
     }
 

@@ -1,5 +1,5 @@
 // A video with its controls.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { send } from "../context.js";
 import { framesOf } from "../keyframes.js";
@@ -33,8 +33,6 @@ const WITH_SHIFT: Record<string, Action> = {
 };
 
 export class VideoPlayer extends PageElement {
-    static override properties = { capture: { attribute: false } };
-
     capture!: Capture;
     playback!: Playback;
     /** The address of a smaller picture; empty for none. */
@@ -43,8 +41,7 @@ export class VideoPlayer extends PageElement {
     attempt = 0;
     private readonly resize = new ResizeObserver(() => this.requestUpdate());
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
+    disconnectedCallback(): void {
         this.resize.disconnect();
         // Else it would go on loading, and be heard.
         this.video.pause();

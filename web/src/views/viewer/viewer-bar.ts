@@ -1,5 +1,5 @@
 // The viewer's buttons.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { text } from "../../strings/index.js";
 

@@ -1,5 +1,5 @@
 // What the viewer shows: the capture itself, and a dialog that works on it.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import type { Context } from "../context.js";
 import "../trim/trim-dialog.js";
