@@ -13,6 +13,7 @@ const common = {
     minify: true,
     target: "chrome120",
     legalComments: "none",
+    loader: { ".svg": "dataurl" },
     logLevel: "warning",
 };
 

@@ -22,6 +22,14 @@ const HEADER = 56;
 // Two columns fit a narrow page.
 const LEAST_CELL = 132;
 
+interface Size {
+    /** The least width of a cell. */
+    readonly cell: number;
+    /** Of the grid's content, and of its view. */
+    readonly width: number;
+    readonly height: number;
+}
+
 export class CaptureGrid extends PageElement {
     context!: Context;
     window!: GridWindow;
@@ -30,19 +38,19 @@ export class CaptureGrid extends PageElement {
     /** Captures that arrived out of view, and have not been in view since. */
     unseen: readonly Capture[] = [];
 
-    private size = { cell: 0, width: 0, height: 0 };
-    private isLaidOut = false;
-    private hasMoved = false;
-    private rows: Row[] = [];
-    private readonly place = new KeptPlace();
-    private readonly input = new GridInput(this);
-    private hadFocus = false;
-    private stopListening = (): void => {};
-    private readonly resize = new ResizeObserver(() => this.onResize());
+    #size: Size = { cell: 0, width: 0, height: 0 };
+    #isLaidOut = false;
+    #hasMoved = false;
+    #rows: Row[] = [];
+    readonly #place = new KeptPlace();
+    readonly #input = new GridInput(this);
+    #hadFocus = false;
+    #stopListening = (): void => {};
+    readonly #resize = new ResizeObserver(() => this.#onResize());
 
     /** The least width of a cell, in pixels. */
     set cellSize(cell: number) {
-        this.setSize({ cell });
+        this.#setSize({ ...this.#size, cell });
     }
 
     override connectedCallback(): void {
@@ -50,39 +58,39 @@ export class CaptureGrid extends PageElement {
         this.setAttribute("role", "grid");
         this.setAttribute("aria-label", text.captures);
         this.setAttribute("aria-multiselectable", "true");
-        this.stopListening = this.context.gallery.onChange((change) => this.onChange(change));
-        this.addEventListener("scroll", () => this.onScroll(), { passive: true });
+        this.#stopListening = this.context.gallery.onChange((change) => this.#onChange(change));
+        this.addEventListener("scroll", () => this.#onScroll(), { passive: true });
         new RubberBand(this).connect();
-        this.input.connect();
+        this.#input.connect();
     }
 
     disconnectedCallback(): void {
-        this.stopListening();
-        this.resize.disconnect();
+        this.#stopListening();
+        this.#resize.disconnect();
     }
 
     /** Scrolls to a capture, if it is shown. */
     reveal(capture: Capture, block: "start" | "nearest" = "nearest"): void {
         const index = this.context.gallery.arrangement.indexOf(capture);
-        if (index >= 0) this.moveTo(this.window.scrollTopToShow(index, this.position, block));
+        if (index >= 0) this.#moveTo(this.window.scrollTopToShow(index, this.position, block));
     }
 
     /** Scrolls to a height of the layout. */
     scrollToTop(top: number): void {
-        this.moveTo(this.window.scrollTopFor(top));
+        this.#moveTo(this.window.scrollTopFor(top));
     }
 
     /** Moves the focus to a capture, which it scrolls to. */
     async focusCapture(capture: Capture): Promise<void> {
-        this.input.activate(capture);
+        this.#input.activate(capture);
         this.reveal(capture);
         await this.updateComplete;
-        this.cellOf(capture)?.focus({ preventScroll: true });
+        this.#cellOf(capture)?.focus({ preventScroll: true });
     }
 
     /** Moves the focus to where it was last in the grid. */
     focusLast(): void {
-        const active = this.input.active() ?? this.tabStop();
+        const active = this.#input.active() ?? this.#tabStop();
         if (active) void this.focusCapture(active);
     }
 
@@ -94,25 +102,25 @@ export class CaptureGrid extends PageElement {
     }
 
     protected override firstUpdated(): void {
-        this.resize.observe(this);
-        this.resize.observe(this.querySelector(".space")!);
+        this.#resize.observe(this);
+        this.#resize.observe(this.querySelector(".space")!);
     }
 
     protected override willUpdate(): void {
-        if (!this.isLaidOut) this.layOut();
-        this.hadFocus = this.matches(":focus-within");
+        if (!this.#isLaidOut) this.#layOut();
+        this.#hadFocus = this.matches(":focus-within");
         // The row with the focus stays, or the focus would fall out of the grid.
-        const pinned = this.hadFocus ? this.input.activeIndex() : -1;
-        this.rows = this.window.rowsAt(this.position, pinned);
+        const pinned = this.#hadFocus ? this.#input.activeIndex() : -1;
+        this.#rows = this.window.rowsAt(this.position, pinned);
     }
 
     protected override render(): TemplateResult {
-        const tabStop = this.tabStop();
+        const tabStop = this.#tabStop();
         const columns = this.window.layout.columns;
         const top = (row: Row) => this.window.drawnTop(row, this.position);
         return html`<div class="space" role="presentation" .style=${`height:${this.window.scrollHeight}px`}>
             ${repeat(
-                this.rows,
+                this.#rows,
                 ({ key }) => key,
                 (row) => gridRow(this.context, row, { columns, top: top(row), tabStop }),
             )}
@@ -125,25 +133,25 @@ export class CaptureGrid extends PageElement {
         this.setAttribute("aria-colcount", String(layout.columns));
         this.style.setProperty("--columns", String(layout.columns));
         this.style.setProperty("--picture", `${layout.cellHeight}px`);
-        this.context.thumbnails.want(this.capturesIn(this.window.nearest(this.rows, this.position)));
-        this.place.remember(this.rows, this.context.gallery, layout, this.window.topAt(this.position));
-        this.keepFocus();
+        this.context.thumbnails.want(this.#capturesIn(this.window.nearest(this.#rows, this.position)));
+        this.#place.remember(this.#rows, this.context.gallery, layout, this.window.topAt(this.position));
+        this.#keepFocus();
         if (this.position <= HEADER) this.unseen = [];
         send(this, "grid-view");
-        if (this.hasMoved) queueMicrotask(() => this.applyPosition());
+        if (this.#hasMoved) queueMicrotask(() => this.#applyPosition());
     }
 
     // The capture that Tab reaches: the one that was looked at last, else the first that is seen.
-    private tabStop(): Capture | undefined {
+    #tabStop(): Capture | undefined {
         const { arrangement } = this.context.gallery;
-        const active = this.input.activeIndex();
-        if (active >= 0 && this.rows.some((row) => holds(row, active))) return arrangement.at(active);
+        const active = this.#input.activeIndex();
+        if (active >= 0 && this.#rows.some((row) => holds(row, active))) return arrangement.at(active);
         const top = this.window.topAt(this.position);
-        const first = this.rows.find((row) => row.count > 0 && row.top >= top);
+        const first = this.#rows.find((row) => row.count > 0 && row.top >= top);
         return first && arrangement.at(first.first);
     }
 
-    private capturesIn(rows: readonly Row[]): Capture[] {
+    #capturesIn(rows: readonly Row[]): Capture[] {
         const { arrangement } = this.context.gallery;
         return rows.flatMap(({ first, count }) =>
             count > 0 ? arrangement.between(first, first + count - 1) : [],
@@ -151,69 +159,69 @@ export class CaptureGrid extends PageElement {
     }
 
     // Around what is in view. At the top, the top stays in view.
-    private layOut(): void {
-        this.isLaidOut = true;
+    #layOut(): void {
+        this.#isLaidOut = true;
         const { gallery } = this.context;
-        const { width, height } = this.size;
-        const cell = Math.min(this.size.cell, Math.max(LEAST_CELL, (width - GAP) / 2));
+        const { width, height } = this.#size;
+        const cell = Math.min(this.#size.cell, Math.max(LEAST_CELL, (width - GAP) / 2));
         const measures = { width, cell, gap: GAP, title: TITLE, header: HEADER };
         this.window = new GridWindow(gallery.arrangement, measures, height);
         const isAtTop = this.position <= HEADER / 2;
-        const top = isAtTop ? null : this.place.find(gallery, this.window.layout);
-        this.moveTo(top === null ? this.position : this.window.scrollTopFor(top));
+        const top = isAtTop ? null : this.#place.find(gallery, this.window.layout);
+        this.#moveTo(top === null ? this.position : this.window.scrollTopFor(top));
     }
 
-    private layOutAgain(): void {
-        this.isLaidOut = false;
+    #layOutAgain(): void {
+        this.#isLaidOut = false;
         this.requestUpdate();
     }
 
-    private moveTo(position: number): void {
+    #moveTo(position: number): void {
         const within = Math.max(0, Math.min(position, this.window.scrollHeight - this.window.height));
         if (within !== this.position) {
             this.position = within;
-            this.hasMoved = true;
+            this.#hasMoved = true;
         }
         this.requestUpdate();
     }
 
     // The browser lays out the page here, once for all that was drawn before.
-    private applyPosition(): void {
-        if (this.hasMoved) this.scrollTop = this.position;
-        this.hasMoved = false;
+    #applyPosition(): void {
+        if (this.#hasMoved) this.scrollTop = this.position;
+        this.#hasMoved = false;
     }
 
-    private onScroll(): void {
-        if (!this.hasMoved) this.position = this.scrollTop;
+    #onScroll(): void {
+        if (!this.#hasMoved) this.position = this.scrollTop;
         this.requestUpdate();
     }
 
-    private onChange({ added }: Change): void {
-        this.layOutAgain();
+    #onChange({ added }: Change): void {
+        this.#layOutAgain();
         const { captures } = this.context.gallery;
         const unseen = this.position > HEADER ? [...this.unseen, ...added] : [];
         this.unseen = unseen.filter(({ path }) => captures.has(path));
     }
 
-    private onResize(): void {
+    #onResize(): void {
         const width = this.querySelector(".space")?.clientWidth ?? 0;
-        this.setSize({ width, height: this.clientHeight });
+        this.#setSize({ ...this.#size, width, height: this.clientHeight });
     }
 
-    private setSize(changes: Partial<typeof this.size>): void {
-        const { cell, width, height } = this.size;
-        this.size = { ...this.size, ...changes };
-        if (cell !== this.size.cell || width !== this.size.width || height !== this.size.height)
-            this.layOutAgain();
+    #setSize(size: Size): void {
+        const { cell, width, height } = this.#size;
+        if (size.cell === cell && size.width === width && size.height === height) return;
+        this.#size = size;
+        this.#layOutAgain();
     }
 
-    private keepFocus(): void {
-        if (!this.hadFocus || this.contains(document.activeElement)) return;
-        const active = this.input.active();
-        if (active) this.cellOf(active)?.focus({ preventScroll: true });
+    #keepFocus(): void {
+        if (!this.#hadFocus || this.contains(document.activeElement)) return;
+        const active = this.#input.active();
+        if (active) this.#cellOf(active)?.focus({ preventScroll: true });
     }
 
-    private cellOf({ path }: Capture): HTMLElement | null {
+    #cellOf({ path }: Capture): HTMLElement | null {
         return this.querySelector(`[data-path="${CSS.escape(path)}"]`);
     }
 }

@@ -30,6 +30,7 @@ function badge({ kind, durationMs }: Capture): string | typeof nothing {
 // The grid finds out by the data attribute which button was pressed.
 function button(action: string, label: string, tabStop: boolean): TemplateResult {
     return html`<button
+        class="icon ${action}"
         data-action=${action}
         aria-label=${label}
         title=${label}

@@ -23,11 +23,11 @@ export class ConfirmDialog extends PageDialog {
         return html`<p>${this.question.explanation}</p>
             <div class="buttons">
                 <button type="button" autofocus @click=${() => this.close()}>${text.cancel}</button>
-                <button type="button" class="danger" @click=${this.confirm}>${this.question.action}</button>
+                <button type="button" class="danger" @click=${this.#confirm}>${this.question.action}</button>
             </div>`;
     }
 
-    private readonly confirm = (): void => {
+    readonly #confirm = (): void => {
         this.confirmed = true;
         this.close();
     };

@@ -29,11 +29,15 @@ export class FilterBar extends PageElement {
                 aria-label=${text.searchCaptures}
                 placeholder=${text.searchCaptures}
                 .value=${gallery.view.search}
-                @input=${(event: Event) => this.set({ search: (event.target as HTMLInputElement).value })}
+                @input=${(event: Event) => this.#set({ search: (event.target as HTMLInputElement).value })}
             />
             <div class="choices">
-                ${this.choice({ label: text.game, member: "game", options: [["", text.allGames], ...games] })}
-                ${this.choice({
+                ${this.#choice({
+                    label: text.game,
+                    member: "game",
+                    options: [["", text.allGames], ...games],
+                })}
+                ${this.#choice({
                     label: text.kind,
                     member: "kind",
                     options: [
@@ -42,27 +46,27 @@ export class FilterBar extends PageElement {
                         ["video", text.kinds.video],
                     ],
                 })}
-                ${this.toggle("highlights", text.highlights)} ${this.toggle("captions", text.captioned)}
+                ${this.#toggle("highlights", text.highlights)} ${this.#toggle("captions", text.captioned)}
                 <span class="divider"></span>
-                ${this.choice({
+                ${this.#choice({
                     label: text.group,
                     member: "grouping",
                     options: GROUPINGS.map((one) => [one, text.groupings[one]]),
                 })}
-                ${this.choice({
+                ${this.#choice({
                     label: text.sort,
                     member: "sort",
                     options: SORTS.map((one) => [one, text.sorts[one]]),
                 })}
-                ${this.size()}
+                ${this.#size()}
             </div>
         `;
     }
 
-    private choice({ label, member, options }: Choice): TemplateResult {
+    #choice({ label, member, options }: Choice): TemplateResult {
         const chosen = this.context.gallery.view[member];
         const isFilter = options[0]?.[0] === "";
-        const choose = (event: Event) => this.set({ [member]: (event.target as HTMLSelectElement).value });
+        const choose = (event: Event) => this.#set({ [member]: (event.target as HTMLSelectElement).value });
         return html`<select
             aria-label=${label}
             class=${isFilter && chosen !== "" ? "chosen" : ""}
@@ -75,14 +79,14 @@ export class FilterBar extends PageElement {
         </select>`;
     }
 
-    private toggle(member: "highlights" | "captions", label: string): TemplateResult {
+    #toggle(member: "highlights" | "captions", label: string): TemplateResult {
         const on = this.context.gallery.view[member];
-        return html`<button class="toggle" aria-pressed=${on} @click=${() => this.set({ [member]: !on })}>
+        return html`<button class="toggle" aria-pressed=${on} @click=${() => this.#set({ [member]: !on })}>
             ${label}
         </button>`;
     }
 
-    private size(): TemplateResult {
+    #size(): TemplateResult {
         const { min, max, step } = CELL_SIZES;
         return html`<input
             type="range"
@@ -97,7 +101,7 @@ export class FilterBar extends PageElement {
         />`;
     }
 
-    private set(changes: Partial<View>): void {
+    #set(changes: Partial<View>): void {
         send(this, "view-choice", changes);
     }
 }

@@ -16,7 +16,7 @@ export abstract class PageDialog extends PageElement {
     }
 
     protected override render(): TemplateResult {
-        return html`<dialog class="page-dialog" aria-label=${this.heading} @close=${this.onClose}>
+        return html`<dialog class="page-dialog" aria-label=${this.heading} @close=${this.#onClose}>
             <h2>${this.heading}</h2>
             ${this.content()}
         </dialog>`;
@@ -37,7 +37,7 @@ export abstract class PageDialog extends PageElement {
         return html`<button type="button" @click=${() => this.close()}>${label}</button>`;
     }
 
-    private readonly onClose = (event: Event): void => {
+    readonly #onClose = (event: Event): void => {
         if (event.target !== this.querySelector("dialog")) return;
         this.remove();
         this.onClosed();

@@ -5,18 +5,18 @@ import { render } from "lit/html.js";
 export abstract class PageElement extends HTMLElement {
     /** Resolves after the update that is under way; at once when none is. */
     updateComplete: Promise<void> = Promise.resolve();
-    private hasUpdated = false;
-    private isPending = false;
+    #hasUpdated = false;
+    #isPending = false;
 
     connectedCallback(): void {
-        if (!this.hasUpdated) this.requestUpdate();
+        if (!this.#hasUpdated) this.requestUpdate();
     }
 
     /** Draws the element again, together with all that is asked for until then. */
     requestUpdate(): void {
-        if (this.isPending) return;
-        this.isPending = true;
-        this.updateComplete = Promise.resolve().then(() => this.update());
+        if (this.#isPending) return;
+        this.#isPending = true;
+        this.updateComplete = Promise.resolve().then(() => this.#update());
     }
 
     protected abstract render(): unknown;
@@ -27,15 +27,15 @@ export abstract class PageElement extends HTMLElement {
     /** After each rendering. */
     protected updated(): void {}
 
-    private update(): void {
-        const isFirst = !this.hasUpdated;
+    #update(): void {
+        const isFirst = !this.#hasUpdated;
         try {
             this.willUpdate();
             render(this.render(), this, { host: this });
         } finally {
-            this.isPending = false;
+            this.#isPending = false;
         }
-        this.hasUpdated = true;
+        this.#hasUpdated = true;
         if (isFirst) this.firstUpdated();
         this.updated();
     }

@@ -18,11 +18,11 @@ export class SelectionBar extends PageElement {
         super.connectedCallback();
         this.setAttribute("role", "toolbar");
         this.setAttribute("aria-label", text.selection);
-        this.addEventListener("keydown", this.onKey);
+        this.addEventListener("keydown", this.#onKey);
     }
 
     // The arrows lead from button to button, as in any toolbar.
-    private readonly onKey = (event: KeyboardEvent): void => {
+    readonly #onKey = (event: KeyboardEvent): void => {
         const way = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
         const buttons = [...this.querySelectorAll("button")];
         const place = buttons.indexOf(document.activeElement as HTMLButtonElement);
@@ -45,18 +45,18 @@ export class SelectionBar extends PageElement {
                     html`<button @click=${() => send(this, "selection-action", action)}>${label}</button>`,
             )}
             <span class="divider"></span>
-            <button @click=${this.selectAll}>${text.selectAll}</button>
-            <button @click=${this.clear}>${text.clearSelection}</button>
+            <button @click=${this.#selectAll}>${text.selectAll}</button>
+            <button @click=${this.#clear}>${text.clearSelection}</button>
         `;
     }
 
-    private readonly selectAll = (): void => {
+    readonly #selectAll = (): void => {
         const { gallery, selection } = this.context;
         selection.add(gallery.arrangement.between(0, gallery.arrangement.length - 1));
         send(this, "selection-change");
     };
 
-    private readonly clear = (): void => {
+    readonly #clear = (): void => {
         this.context.selection.clear();
         send(this, "selection-change");
     };

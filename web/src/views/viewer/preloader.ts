@@ -18,24 +18,24 @@ function drop(element: Loading): void {
 }
 
 export class Preloader {
-    private readonly loading = new Map<string, Loading>();
+    readonly #loading = new Map<string, Loading>();
 
     /** Replaces everything that was wanted before. */
     want(captures: readonly Capture[]): void {
         this.keep(captures);
         for (const capture of captures) {
             const address = mediaAddress(capture);
-            if (capture.kind !== "other" && !this.loading.has(address))
-                this.loading.set(address, load(capture));
+            if (capture.kind !== "other" && !this.#loading.has(address))
+                this.#loading.set(address, load(capture));
         }
     }
 
     /** Drops all but these. */
     keep(captures: readonly Capture[]): void {
         const wanted = new Set(captures.map(mediaAddress));
-        for (const [address, element] of this.loading) {
+        for (const [address, element] of this.#loading) {
             if (wanted.has(address)) continue;
-            this.loading.delete(address);
+            this.#loading.delete(address);
             drop(element);
         }
     }

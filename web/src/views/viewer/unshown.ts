@@ -13,24 +13,25 @@ export class UnshownCapture extends PageElement {
     context!: Context;
     capture!: Capture;
     // Null when there is none.
-    private thumbnail: string | null | undefined;
-    private load: Load | null = null;
+    #thumbnail: string | null | undefined;
+    #load: Load | null = null;
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.load = loaderFor(this.context.client)(this.capture);
-        this.load.done.then(
-            (found) => this.show(found === null ? null : found?.source),
+        this.#load = loaderFor(this.context.client)(this.capture);
+        this.#load.done.then(
+            (found) => this.#show(found === null ? null : found?.source),
             () => {}, // a lost connection says nothing about the file
         );
     }
 
     disconnectedCallback(): void {
-        this.load?.cancel();
+        this.#load?.cancel();
     }
 
     protected override render(): TemplateResult {
-        const { capture, thumbnail } = this;
+        const { capture } = this;
+        const thumbnail = this.#thumbnail;
         return html`
             ${thumbnail ? html`<img alt="" src=${thumbnail} />` : nothing}
             <p>
@@ -38,20 +39,20 @@ export class UnshownCapture extends PageElement {
             </p>
             <p role="status">${thumbnail === null ? text.viewer.brokenTitle : text.viewer.openFailed}</p>
             <p class="actions">
-                ${this.hostButton("OpenInPlayer", text.openInPlayer)}
+                ${this.#hostButton("OpenInPlayer", text.openInPlayer)}
                 <button @click=${() => send(this, "retry-media")}>${text.retry}</button>
-                ${this.hostButton("OpenFolder", text.openFolder)}
+                ${this.#hostButton("OpenFolder", text.openFolder)}
             </p>
-            ${this.context.client.offers("OpenInPlayer") ? nothing : this.path()}
+            ${this.context.client.offers("OpenInPlayer") ? nothing : this.#path()}
         `;
     }
 
-    private path(): TemplateResult {
+    #path(): TemplateResult {
         return html`<p class="path"><bdi>${this.capture.path}</bdi></p>
             <button @click=${() => send(this, "copy-path")}>${text.details.copyPath}</button>`;
     }
 
-    private hostButton(method: keyof HostRequests, label: string): TemplateResult | typeof nothing {
+    #hostButton(method: keyof HostRequests, label: string): TemplateResult | typeof nothing {
         const { client } = this.context;
         if (!client.offers(method)) return nothing;
         const ask = () =>
@@ -61,8 +62,8 @@ export class UnshownCapture extends PageElement {
         return html`<button @click=${ask}>${label}</button>`;
     }
 
-    private show(thumbnail: string | null | undefined): void {
-        this.thumbnail = thumbnail;
+    #show(thumbnail: string | null | undefined): void {
+        this.#thumbnail = thumbnail;
         this.requestUpdate();
     }
 }
