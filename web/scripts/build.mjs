@@ -1,5 +1,6 @@
 // Builds the page: node scripts/build.mjs FOLDER. The folder is made anew, and holds what the server serves.
 import { build } from "esbuild";
+import { minify } from "terser";
 import { mkdir, readFile, rm, writeFile } from "node:fs/promises";
 import { basename, join } from "node:path";
 import { fileURLToPath } from "node:url";
@@ -11,11 +12,16 @@ if (!folder) throw new Error("usage: node scripts/build.mjs FOLDER");
 const common = {
     bundle: true,
     minify: true,
-    target: "chrome120",
+    target: "chrome123",
     legalComments: "none",
     loader: { ".svg": "dataurl" },
     logLevel: "warning",
 };
+
+// What esbuild leaves can be shortened further, by some 3 %.
+async function minified(script) {
+    return (await minify(script, { module: true, ecma: 2022, compress: { passes: 3 } })).code;
+}
 
 await rm(folder, { recursive: true, force: true });
 await mkdir(folder, { recursive: true });
@@ -32,9 +38,12 @@ const { metafile, outputFiles } = await build({
     metafile: true,
     write: false,
 });
-// Only templates have lines that begin with spaces; browsers show one space for all of them.
 await mkdir(join(folder, "assets"));
-for (const { path, text } of outputFiles) await writeFile(path, text.replace(/\n {2,}/g, " "));
+for (const { path, text } of outputFiles) {
+    // Only templates have lines that begin with spaces; browsers show one space for all of them.
+    const short = text.replace(/\n {2,}/g, " ");
+    await writeFile(path, path.endsWith(".js") ? await minified(short) : short);
+}
 const outputOf = (entry) =>
     basename(Object.entries(metafile.outputs).find(([, { entryPoint }]) => entryPoint?.endsWith(entry))[0]);
 

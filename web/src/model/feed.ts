@@ -61,13 +61,12 @@ export class Feed {
 
     /** Loads the whole list again. */
     reload(): void {
-        const generation = this.#generation;
-        const load = ++this.#loads;
-        const isCurrent = () => generation === this.#generation && load === this.#loads;
+        ++this.#loads;
+        const isCurrent = this.#untilNextLoad();
         this.#load(isCurrent).catch((error: unknown) => {
             if (!isCurrent()) return;
             // As while the gallery is moved to another folder.
-            if (isRefusal(error)) this.#reloadLater(isCurrent);
+            if (isRefusal(error)) this.#reloadLater();
             else this.#onLost(error);
         });
     }
@@ -105,7 +104,7 @@ export class Feed {
         if (!isCurrent()) return;
         if (missing) this.#polls = POLLS_AFTER_RETURN;
         this.gallery.setStatus(scanning ? "scanning" : missing ? "missing" : "ready");
-        if (scanning || missing || this.#isReturning()) this.#reloadLater(isCurrent);
+        if (scanning || missing || this.#isReturning()) this.#reloadLater();
     }
 
     // Captures of a drive that is back come back one after the other.
@@ -118,7 +117,14 @@ export class Feed {
         return true;
     }
 
-    #reloadLater(isCurrent: () => boolean): void {
+    #untilNextLoad(): () => boolean {
+        const generation = this.#generation;
+        const load = this.#loads;
+        return () => generation === this.#generation && load === this.#loads;
+    }
+
+    #reloadLater(): void {
+        const isCurrent = this.#untilNextLoad();
         this.scheduler.later(POLL_MS, () => isCurrent() && this.reload());
     }
 
@@ -155,10 +161,19 @@ export class Feed {
     #onNews(news: News): void {
         this.#newsSinceAsked?.push(news);
         this.#apply(news);
-        if (news.galleryPathUpdateStatus) this.reload();
+        const { status } = news.galleryPathUpdateStatus ?? {};
+        if (status === "TrackerUpdateInProgress") this.#followScan();
+        else if (status) this.reload();
         // The last capture may have gone with the drive.
         else if (news.ugcDeleted && this.gallery.captures.size === 0) this.reload();
         this.hear(news);
+    }
+
+    // The gallery reports each file that it looks through; the list is loaded once a second meanwhile.
+    #followScan(): void {
+        if (this.gallery.status === "scanning") return;
+        this.gallery.setStatus("scanning");
+        this.#reloadLater();
     }
 
     #apply(news: News): void {

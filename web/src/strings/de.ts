@@ -227,6 +227,9 @@ export const de: Strings = {
         saving: "Die Beschriftung wird gespeichert…",
         saved: "Die Beschriftung ist gespeichert.",
         where: "Die Galerie merkt sich die Texte neben der Datei, die bleibt, wie sie ist.",
+        discardQuestion: "Beschriftung verwerfen?",
+        unsaved: "Was du geschrieben hast, ist nicht gespeichert.",
+        discard: "Verwerfen",
     },
     trim: {
         title: "Kürzen",

@@ -216,6 +216,9 @@ export const en = {
         saving: "Saving the caption…",
         saved: "The caption was saved.",
         where: "The gallery keeps the texts beside the file, which stays as it is.",
+        discardQuestion: "Discard the caption?",
+        unsaved: "What you have written is not saved.",
+        discard: "Discard",
     },
     trim: {
         title: "Trim",

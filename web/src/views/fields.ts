@@ -7,6 +7,7 @@ export function textField(label: string, value: string, onInput: (value: string)
         ${label}
         <input
             type="text"
+            dir="auto"
             spellcheck="false"
             autocomplete="off"
             .value=${value}

@@ -104,8 +104,8 @@ export class GalleryPage extends PageElement {
                 <div class="announcements" role="status">${this.#announced}</div>
                 <div class="toasts"><toast-list .context=${context}></toast-list></div>
             </main>
-            <div class="dialogs"></div>
             <capture-viewer .context=${context}></capture-viewer>
+            <div class="dialogs"></div>
         `;
     }
 

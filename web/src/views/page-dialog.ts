@@ -15,8 +15,25 @@ export abstract class PageDialog extends PageElement {
         this.querySelector("dialog")?.close();
     }
 
+    /** Closes the dialog because somebody wants to leave it, unless something would be lost that they want to keep. */
+    async leave(): Promise<void> {
+        this.close();
+    }
+
+    protected onKey(event: KeyboardEvent): void {
+        if (event.key !== "Escape" || event.defaultPrevented) return;
+        // The browser would close the dialog without asking.
+        event.preventDefault();
+        void this.leave();
+    }
+
     protected override render(): TemplateResult {
-        return html`<dialog class="page-dialog" aria-label=${this.heading} @close=${this.#onClose}>
+        return html`<dialog
+            class="page-dialog"
+            aria-label=${this.heading}
+            @close=${this.#onClose}
+            @keydown=${this.onKey}
+        >
             <h2>${this.heading}</h2>
             ${this.content()}
         </dialog>`;
@@ -34,7 +51,7 @@ export abstract class PageDialog extends PageElement {
     }
 
     protected closeButton(label = text.viewer.close): TemplateResult {
-        return html`<button type="button" @click=${() => this.close()}>${label}</button>`;
+        return html`<button type="button" @click=${() => this.leave()}>${label}</button>`;
     }
 
     readonly #onClose = (event: Event): void => {
@@ -44,10 +61,17 @@ export abstract class PageDialog extends PageElement {
     };
 }
 
-/** Opens a dialog, and returns when it has been closed. */
+const dialogs = (): Element | null => document.querySelector("gallery-page > .dialogs");
+
+/** Opens a dialog, and returns after it has been closed. */
 export function openDialog(dialog: PageDialog): Promise<void> {
     return new Promise((resolve) => {
         dialog.onClosed = resolve;
-        document.querySelector("gallery-page .dialogs")?.append(dialog);
+        dialogs()?.append(dialog);
     });
+}
+
+/** The dialog that was opened last, if one is open. */
+export function topDialog(): PageDialog | null {
+    return (dialogs()?.lastElementChild as PageDialog | null | undefined) ?? null;
 }

@@ -19,18 +19,18 @@ export interface TrimChoices {
 }
 
 function cutting(): TemplateResult {
-    return html`<p class="actions" role="status">
+    return html`<p role="status">
         <progress aria-label=${text.trim.cutting}></progress> ${text.trim.cutting}
     </p>`;
 }
 
 // A second click at the place of the first keeps the original.
 function confirmation({ replace, keep }: TrimChoices): TemplateResult {
-    return html`<p class="failure" role="alert">${text.trim.replaceMeans}</p>
-        <p class="actions">
+    return html`<p class="error" role="alert">${text.trim.replaceMeans}</p>
+        <div class="buttons">
             <button class="primary" @click=${keep}>${text.trim.keepOriginal}</button>
             <button class="danger" @click=${replace}>${text.trim.replaceConfirm}</button>
-        </p>`;
+        </div>`;
 }
 
 function hint({ isWhole, copyName }: TrimChoices): string {
@@ -43,9 +43,9 @@ export function trimActions(state: TrimState, choices: TrimChoices): TemplateRes
     if (state.step === "confirming") return confirmation(choices);
     const { isWhole, copyName } = choices;
     return html`
-        ${state.failure ? html`<p class="failure" role="alert">${text.failed(state.failure)}</p>` : nothing}
-        <p class="hint">${hint(choices)}</p>
-        <p class="actions">
+        ${state.failure ? html`<p class="error" role="alert">${text.failed(state.failure)}</p>` : nothing}
+        <p>${hint(choices)}</p>
+        <div class="buttons">
             <button @click=${choices.cancel}>${text.cancel}</button>
             <button class="danger" ?disabled=${isWhole} @click=${choices.askToReplace}>
                 ${text.trim.replace}
@@ -53,6 +53,6 @@ export function trimActions(state: TrimState, choices: TrimChoices): TemplateRes
             <button class="primary" ?disabled=${isWhole || copyName === ""} @click=${choices.saveCopy}>
                 ${text.trim.saveCopy}
             </button>
-        </p>
+        </div>
     `;
 }

@@ -7,7 +7,8 @@ import { isForControl } from "../control-keys.js";
 import { send, type Context } from "../context.js";
 import { framesOf } from "../keyframes.js";
 import { mediaAddress, thumbnailAddress } from "../media.js";
-import { PageElement } from "../page-element.js";
+import { PageDialog } from "../page-dialog.js";
+import type { PageElement } from "../page-element.js";
 import { playButtons } from "./play-buttons.js";
 import { freeClipPath, saveClip } from "./save-clip.js";
 import { SelectionPlayer } from "./selection-player.js";
@@ -30,11 +31,12 @@ const KEYS: Record<string, Action> = {
     r: (dialog) => dialog.toggleLoop(),
 };
 
-export class TrimDialog extends PageElement {
+export class TrimDialog extends PageDialog {
     context!: Context;
     capture!: Capture;
     player!: SelectionPlayer;
     position = 0;
+    protected readonly heading = text.trim.title;
     #range: TrimRange | null = null;
     #looping = false;
     #message = "";
@@ -105,32 +107,22 @@ export class TrimDialog extends PageElement {
             this.requestUpdate();
         });
         for (const event of ["play", "pause"]) video.addEventListener(event, () => this.requestUpdate());
-        this.#dialog.showModal();
+        super.firstUpdated();
     }
 
     protected override updated(): void {
+        super.updated();
         const bar = this.querySelector("trim-bar") as PageElement | null;
         bar?.requestUpdate();
     }
 
-    protected override render(): TemplateResult {
+    protected content(): TemplateResult {
         const { capture } = this;
         const range = this.#range;
         const poster = capture.handle ? thumbnailAddress(capture) : nothing;
-        return html`<dialog
-            class="inner trim"
-            aria-label=${text.trim.title}
-            @close=${() => send(this, "close-inner")}
-            @keydown=${this.#onKey}
-        >
-            <h2><bdi>${capture.title}</bdi></h2>
+        return html`<p><bdi>${capture.title}</bdi></p>
             <video playsinline src=${mediaAddress(capture)} poster=${poster}></video>
-            ${range ? this.#controls(range) : html`<progress aria-label=${text.trim.title}></progress>`}
-        </dialog>`;
-    }
-
-    get #dialog(): HTMLDialogElement {
-        return this.querySelector("dialog")!;
+            ${range ? this.#controls(range) : html`<progress aria-label=${text.trim.title}></progress>`}`;
     }
 
     #controls(range: TrimRange): TemplateResult {
@@ -143,8 +135,8 @@ export class TrimDialog extends PageElement {
             <p class="clock">${clockText(range.frameAt(this.position))} / ${clockText(range.duration)}</p>
             <div class="trim-row">${playButtons(this, range, this.#looping)}</div>
             <div class="trim-row">${trimFields(range, (field, time) => this.#write(field, time))}</div>
-            <p class="hint">${startHint(range)}</p>
-            <div class="messages" role="status">${this.#message}</div>
+            <p>${startHint(range)}</p>
+            <p class="error" role="status">${this.#message}</p>
             ${this.#actions(range)}
         `;
     }
@@ -153,16 +145,16 @@ export class TrimDialog extends PageElement {
         return trimActions(this.#state, {
             isWhole: range.isWhole,
             copyName: this.#copyPath.slice(this.#copyPath.lastIndexOf("/") + 1),
-            cancel: () => this.#dialog.close(),
+            cancel: () => this.close(),
             saveCopy: () => void this.#saveCopy(),
-            askToReplace: () => void this.#go({ step: "confirming" }),
+            askToReplace: () => this.#go({ step: "confirming" }),
             replace: () => void this.#save(this.capture.path),
-            keep: () => void this.#go({ step: "choosing" }),
+            keep: () => this.#go({ step: "choosing" }),
         });
     }
 
-    readonly #onKey = (event: KeyboardEvent): void => {
-        event.stopPropagation();
+    protected override onKey(event: KeyboardEvent): void {
+        super.onKey(event);
         if (event.ctrlKey || event.metaKey || isForControl(event)) return;
         const run = event.altKey ? undefined : KEYS[event.key.toLowerCase()];
         const range = this.#range;
@@ -171,7 +163,7 @@ export class TrimDialog extends PageElement {
         else if (typeof time === "number") this.move("position", time);
         else return;
         event.preventDefault();
-    };
+    }
 
     #playSelection(): void {
         const range = this.#range;
@@ -195,17 +187,13 @@ export class TrimDialog extends PageElement {
         this.requestUpdate();
     }
 
-    // The button that was pressed is gone; the focus goes to the one that does no harm.
-    async #go(state: TrimState): Promise<void> {
+    #go(state: TrimState): void {
         this.#state = state;
         this.requestUpdate();
-        await this.updateComplete;
-        if (!this.#dialog.contains(document.activeElement)) this.#dialog.focus();
-        if (state.step !== "cutting") this.querySelector<HTMLElement>(".actions button.primary")?.focus();
     }
 
     #fail(error: Error): void {
-        void this.#go({ step: "choosing", failure: error.message });
+        this.#go({ step: "choosing", failure: error.message });
     }
 
     async #findCopyPath(): Promise<void> {
@@ -214,7 +202,7 @@ export class TrimDialog extends PageElement {
     }
 
     async #saveCopy(): Promise<void> {
-        void this.#go({ step: "cutting" });
+        this.#go({ step: "cutting" });
         try {
             // Something may have taken the name since.
             await this.#findCopyPath();
@@ -227,23 +215,24 @@ export class TrimDialog extends PageElement {
     async #save(output: string): Promise<void> {
         const { capture } = this;
         const range = this.#range;
-        const viewer = this.closest<HTMLElement>("capture-viewer");
-        if (!range || !viewer) return;
+        if (!range) return;
         const replaced = output === capture.path ? capture : null;
         this.player.pause();
         this.#looping = false;
-        void this.#go({ step: "cutting" });
+        this.#go({ step: "cutting" });
         // While the clip takes its place, the original is gone for a moment.
-        if (replaced) send(viewer, "hold-capture", capture.path);
+        if (replaced) send(this, "hold-capture", capture.path);
         try {
             await saveClip(this.context, capture, output, range);
-            // Who has closed the dialog meanwhile looks at something else.
-            send(viewer, "clip-cut", { path: output, replaced, show: this.isConnected });
+            // Whoever has closed the dialog meanwhile looks at something else.
+            const show = this.isConnected;
+            this.close();
+            send(this, "clip-cut", { path: output, replaced, show });
         } catch (error) {
             if (this.isConnected) this.#fail(error as Error);
-            else send(viewer, "report-failure", (error as Error).message);
+            else send(this, "report-failure", (error as Error).message);
         } finally {
-            send(viewer, "hold-capture", null);
+            send(this, "hold-capture", null);
         }
     }
 }

@@ -1,57 +1,61 @@
-// Writes the caption of a capture; both lines are seen over the picture as one types.
+// Writes the caption of a capture; both lines are drawn over the picture as one types.
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { text } from "../../strings/index.js";
-import { send, type Context } from "../context.js";
+import { confirmed } from "../confirm-dialog.js";
+import type { Context } from "../context.js";
+import { textField } from "../fields.js";
 import { mediaAddress, thumbnailAddress } from "../media.js";
-import { PageElement } from "../page-element.js";
+import { PageDialog } from "../page-dialog.js";
 import { captionOverlay } from "./caption-overlay.js";
 
-type Line = "top" | "bottom";
-type State = "writing" | "saving" | { failure: string };
-
-export class CaptionDialog extends PageElement {
+export class CaptionDialog extends PageDialog {
     context!: Context;
     capture!: Capture;
+    isSaved = false;
+    protected readonly heading = text.captionTexts.title;
     #lines = { top: "", bottom: "" };
-    #state: State = "writing";
+    #isSaving = false;
+    #failure = "";
 
     override connectedCallback(): void {
         super.connectedCallback();
         this.#lines = { ...this.capture.caption };
     }
 
+    override async leave(): Promise<void> {
+        const { top, bottom } = this.capture.caption;
+        const isChanged = this.#lines.top !== top || this.#lines.bottom !== bottom;
+        const names = text.captionTexts;
+        const question = {
+            heading: names.discardQuestion,
+            explanation: names.unsaved,
+            action: names.discard,
+        };
+        if (!isChanged || (await confirmed(question))) this.close();
+    }
+
     protected override firstUpdated(): void {
-        this.#dialog.showModal();
+        super.firstUpdated();
         this.querySelector("input")?.select();
     }
 
-    protected override render(): TemplateResult {
-        const state = this.#state;
-        const lines = this.#lines;
+    protected content(): TemplateResult {
         const names = text.captionTexts;
-        return html`<dialog class="inner" aria-label=${names.title} @close=${this.#onClose}>
-            <form @submit=${this.#save}>
-                <div class="caption-preview">
-                    ${this.#picture()} ${captionOverlay(lines.top, lines.bottom)}
-                </div>
-                ${this.#box("top", names.top)} ${this.#box("bottom", names.bottom)}
-                <p class="hint">${names.where}</p>
-                ${typeof state === "object"
-                    ? html`<p class="failure" role="alert">${text.failed(state.failure)}</p>`
-                    : nothing}
-                <p class="actions">
-                    <button type="button" @click=${() => this.#dialog.close()}>${text.cancel}</button>
-                    <button class="primary" ?disabled=${state === "saving"}>
-                        ${state === "saving" ? names.saving : text.save}
-                    </button>
-                </p>
-            </form>
-        </dialog>`;
-    }
-
-    get #dialog(): HTMLDialogElement {
-        return this.querySelector("dialog")!;
+        const { top, bottom } = this.#lines;
+        return html`<form @submit=${this.#save}>
+            <div class="caption-preview">${this.#picture()} ${captionOverlay(top, bottom)}</div>
+            ${textField(names.top, top, (written) => this.#write({ top: written }))}
+            ${textField(names.bottom, bottom, (written) => this.#write({ bottom: written }))}
+            <p>${names.where}</p>
+            ${this.#failure ? html`<p class="error" role="alert">${this.#failure}</p>` : nothing}
+            <div class="buttons">
+                ${this.closeButton(text.cancel)}
+                <button class="primary" ?disabled=${this.#isSaving}>
+                    ${this.#isSaving ? names.saving : text.save}
+                </button>
+            </div>
+        </form>`;
     }
 
     #picture(): TemplateResult {
@@ -72,48 +76,26 @@ export class CaptionDialog extends PageElement {
         if (thumbnail && !image.src.endsWith(thumbnail)) image.src = thumbnail;
     };
 
-    #box(line: Line, label: string): TemplateResult {
-        const write = (event: Event) => {
-            this.#lines[line] = (event.target as HTMLInputElement).value;
-            this.requestUpdate();
-        };
-        return html`<label>
-            ${label}<input
-                type="text"
-                dir="auto"
-                autocomplete="off"
-                .value=${this.#lines[line]}
-                @input=${write}
-            />
-        </label>`;
+    #write(lines: Partial<Capture["caption"]>): void {
+        this.#lines = { ...this.#lines, ...lines };
+        this.requestUpdate();
     }
 
     readonly #save = async (event: Event): Promise<void> => {
         event.preventDefault();
-        if (this.#state === "saving") return;
-        const { client, gallery } = this.context;
-        const { path } = this.capture;
-        const caption = { ...this.#lines };
-        this.#setState("saving");
-        try {
-            const memeInfo = { topBarText: caption.top, bottomBarText: caption.bottom };
-            await client.request("AddMeme", { file: path, memeInfo });
-            // The gallery announces no change of a caption.
-            const known = gallery.captures.get(path);
-            if (known) gallery.put({ ...known, caption });
-            send(this, "viewer-message", text.captionTexts.saved);
-            this.#dialog.close();
-        } catch (error) {
-            this.#setState({ failure: (error as Error).message });
-        }
-    };
-
-    #setState(state: State): void {
-        this.#state = state;
+        if (this.#isSaving) return;
+        this.#isSaving = true;
         this.requestUpdate();
-    }
-
-    readonly #onClose = (): void => send(this, "close-inner");
+        try {
+            await this.context.captions.write(this.capture.path, this.#lines);
+            this.isSaved = true;
+            this.close();
+        } catch (error) {
+            this.#failure = text.failed((error as Error).message);
+        }
+        this.#isSaving = false;
+        this.requestUpdate();
+    };
 }
 
 customElements.define("caption-dialog", CaptionDialog);

@@ -5,7 +5,10 @@ import type { Capture } from "../../model/capture.js";
 import { Viewing } from "../../model/viewing.js";
 import { text } from "../../strings/index.js";
 import { send, type Clip, type Context } from "../context.js";
+import { openDialog, topDialog, type PageDialog } from "../page-dialog.js";
 import { PageElement } from "../page-element.js";
+import { TrimDialog } from "../trim/trim-dialog.js";
+import { CaptionDialog } from "./caption-dialog.js";
 import { detailsPanel } from "./details-panel.js";
 import { Preloader } from "./preloader.js";
 import type { ImageStage } from "./image-stage.js";
@@ -13,7 +16,7 @@ import type { Playback } from "./playback.js";
 import type { VideoPlayer } from "./video-player.js";
 import { toolbar, type ViewerAction } from "./viewer-bar.js";
 import { ViewerHistory } from "./viewer-history.js";
-import { innerDialog, media, type Inner } from "./viewer-parts.js";
+import { media } from "./viewer-media.js";
 import { actionOf, isForViewer } from "./viewer-input.js";
 
 // A file that has changed is another one.
@@ -23,7 +26,8 @@ export class CaptureViewer extends PageElement {
     context!: Context;
     #viewing!: Viewing;
     #showsDetails = false;
-    #inner: Inner = null;
+    // What works on the capture: its caption, or its clip.
+    #inner: PageDialog | null = null;
     #message = "";
     // Which file the browser could not show, and how often it was asked to try again.
     #failed = "";
@@ -34,7 +38,7 @@ export class CaptureViewer extends PageElement {
     readonly #preloader = new Preloader();
     #clip: Clip | null = null;
     readonly #history = new ViewerHistory(
-        () => this.#dialog.close(),
+        () => this.#onBack(),
         (path) => this.#reopen(path),
     );
 
@@ -48,9 +52,6 @@ export class CaptureViewer extends PageElement {
         this.addEventListener("media-shown", () => this.#preloader.want(this.#viewing.nearby()));
         this.addEventListener("retry-media", () => this.#retry());
         this.addEventListener("copy-path", () => void this.#copyPath());
-        this.addEventListener("viewer-message", ({ detail }) => this.#say(detail));
-        this.addEventListener("hold-capture", ({ detail }) => (this.#viewing.held = detail));
-        this.addEventListener("clip-cut", ({ detail }) => this.#onClip(detail));
         // The page's own region is out of reach behind the dialog.
         this.addEventListener("report-failure", (event) => {
             if (!this.#dialog.open) return;
@@ -105,11 +106,12 @@ export class CaptureViewer extends PageElement {
                 run: (action) => this.#act(action),
             })}
             <div class="viewer-body">
-                <div class="viewer-stage">${this.#inner === "trim" ? nothing : this.#stage(capture)}</div>
+                <div class="viewer-stage">
+                    ${this.#inner instanceof TrimDialog ? nothing : this.#stage(capture)}
+                </div>
                 ${this.#showsDetails ? detailsPanel(capture, () => void this.#copyPath()) : nothing}
             </div>
             <div class="viewer-message" role="status">${this.#message}</div>
-            ${innerDialog(this.#inner, this.context, capture, this.#closeInner)}
         `;
     }
 
@@ -140,7 +142,7 @@ export class CaptureViewer extends PageElement {
         if (!before) return;
         const capture = this.#viewing.follow();
         if (capture?.path !== before.path) {
-            this.#inner = null;
+            this.#inner?.close();
             // Whoever deleted it knows.
             if (!this.context.gallery.isHidden(before)) this.#say(text.viewer.gone);
         }
@@ -179,22 +181,45 @@ export class CaptureViewer extends PageElement {
         else if (action === "details") this.#showsDetails = !this.#showsDetails;
         else if (action === "delete") send(this, "delete-captures", [capture.path]);
         else if (action === "close") this.#dialog.close();
-        else if (action === "caption" || capture.kind === "video") {
-            this.querySelector("video")?.pause();
-            this.#playback.begins = false;
-            this.#inner = action;
-        }
+        else if (action === "caption") void this.#writeCaption(capture);
+        else if (capture.kind === "video") void this.#trim(capture);
         this.requestUpdate();
     }
 
-    // It reports its end a moment later, when another may have been opened.
-    readonly #closeInner = (inner: Inner): void => {
-        if (this.#inner === inner) this.#inner = null;
+    async #writeCaption(capture: Capture): Promise<void> {
+        const dialog = Object.assign(new CaptionDialog(), { context: this.context, capture });
+        await this.#openInner(dialog);
+        if (dialog.isSaved) this.#say(text.captionTexts.saved);
+    }
+
+    // A cut goes on after its dialog has been closed, and reports then, too.
+    #trim(capture: Capture): Promise<void> {
+        const dialog = Object.assign(new TrimDialog(), { context: this.context, capture });
+        dialog.addEventListener("hold-capture", ({ detail }) => (this.#viewing.held = detail));
+        dialog.addEventListener("clip-cut", ({ detail }) => this.#onClip(detail));
+        dialog.addEventListener("report-failure", ({ detail }) => send(this, "report-failure", detail));
+        return this.#openInner(dialog);
+    }
+
+    async #openInner(dialog: PageDialog): Promise<void> {
+        this.querySelector("video")?.pause();
+        this.#playback.begins = false;
+        this.#inner = dialog;
+        await openDialog(dialog);
+        this.#inner = null;
         this.requestUpdate();
-    };
+    }
+
+    // A dialog goes first, and the viewer only when none is open.
+    #onBack(): boolean {
+        const dialog = topDialog();
+        if (dialog) void dialog.leave();
+        else this.#dialog.close();
+        return dialog === null;
+    }
 
     readonly #onKey = (event: KeyboardEvent): void => {
-        if (!isForViewer(event, this.#dialog)) return;
+        if (!isForViewer(event)) return;
         const stage = this.querySelector<ImageStage | VideoPlayer>("image-stage, video-player");
         const action = actionOf(event);
         if (stage?.handleKey(event)) event.preventDefault();
@@ -208,7 +233,7 @@ export class CaptureViewer extends PageElement {
         if (event.target !== this.#dialog) return;
         const { current } = this.#viewing;
         this.#viewing.close();
-        this.#inner = null;
+        this.#inner?.close();
         this.#preloader.keep([]);
         this.#history.leave();
         this.requestUpdate();

@@ -38,7 +38,7 @@ export class UnshownCapture extends PageElement {
                 <strong><bdi>${capture.fileName}</bdi></strong>
             </p>
             <p role="status">${thumbnail === null ? text.viewer.brokenTitle : text.viewer.openFailed}</p>
-            <p class="actions">
+            <p>
                 ${this.#hostButton("OpenInPlayer", text.openInPlayer)}
                 <button @click=${() => send(this, "retry-media")}>${text.retry}</button>
                 ${this.#hostButton("OpenFolder", text.openFolder)}

@@ -9,9 +9,12 @@ export class ViewerHistory {
     // Going back takes a moment. What is opened meanwhile gets its entry after it.
     #leaving = false;
     #next = "";
+    // On the way to the viewer's entry again.
+    #returning = false;
 
     constructor(
-        private readonly onBack: () => void,
+        /** Somebody went back from the viewer. Returns false when the viewer stays, and its entry with it. */
+        private readonly onBack: () => boolean,
         private readonly onForward: (path: string) => void,
     ) {}
 
@@ -58,7 +61,12 @@ export class ViewerHistory {
             if (next !== "") this.show(next);
             return;
         }
-        if (this.viewing === "") this.onBack();
-        else this.onForward(this.viewing);
+        if (this.viewing !== "") {
+            if (!this.#returning) this.onForward(this.viewing);
+            this.#returning = false;
+        } else if (!this.onBack()) {
+            this.#returning = true;
+            history.forward();
+        }
     };
 }

@@ -1,15 +1,11 @@
-// What the viewer shows: the capture itself, and a dialog that works on it.
-import { html, nothing, type TemplateResult } from "lit/html.js";
+// What the viewer shows of a capture: a picture, a video, or why there is none.
+import { html, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import type { Context } from "../context.js";
-import "../trim/trim-dialog.js";
-import "./caption-dialog.js";
 import "./image-stage.js";
 import type { Playback } from "./playback.js";
 import "./unshown.js";
 import "./video-player.js";
-
-export type Inner = "caption" | "trim" | null;
 
 export interface MediaState {
     readonly context: Context;
@@ -33,25 +29,4 @@ export function media(capture: Capture, { context, playback, failed, attempt }: 
         .attempt=${attempt}
         .playback=${playback}
     ></video-player>`;
-}
-
-export function innerDialog(
-    inner: Inner,
-    context: Context,
-    capture: Capture,
-    close: (inner: Inner) => void,
-): TemplateResult | typeof nothing {
-    if (inner === "caption")
-        return html`<caption-dialog
-            .context=${context}
-            .capture=${capture}
-            @close-inner=${() => close(inner)}
-        ></caption-dialog>`;
-    if (inner === "trim")
-        return html`<trim-dialog
-            .context=${context}
-            .capture=${capture}
-            @close-inner=${() => close(inner)}
-        ></trim-dialog>`;
-    return nothing;
 }
