@@ -38,6 +38,8 @@ export class Site {
     home = this.folder;
     private host: ChildProcess | null = null;
     launch = "";
+    /** KiB; the server cannot write beyond this, as on a full drive. */
+    largestFile: number | "unlimited" = "unlimited";
     private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
 
     get gallery(): string {
@@ -90,11 +92,12 @@ export class Site {
         return join(this.home, ".local/share/ZORVEX/OvirastreamX/Share/PagePreferences.json");
     }
 
-    /** Starts the server, with more arguments; again where one runs, whose browsers it does not know. */
+    /** Starts the server, with more arguments; again on the same port, where browsers are unknown to it. */
     async start(...more: string[]): Promise<void> {
         await this.end();
         this.known = null;
-        const server = this.run(["page", "--no-open", "--port", "0", ...more]);
+        const port = this.launch === "" ? "0" : new URL(this.launch).port;
+        const server = this.run(["page", "--no-open", "--port", port, ...more]);
         const [line] = (await once(createInterface(server.stdout!), "line")) as [string];
         this.launch = line.trim();
     }
@@ -114,7 +117,8 @@ export class Site {
             XDG_DATA_HOME: join(home, ".local/share"),
             TMPDIR: this.folder,
         };
-        this.host = spawn(host, words, { env, stdio: ["pipe", "pipe", "ignore"] });
+        const limit = `trap "" XFSZ; ulimit -f ${this.largestFile}; exec "$0" "$@"`;
+        this.host = spawn("bash", ["-c", limit, host, ...words], { env, stdio: ["pipe", "pipe", "ignore"] });
         return this.host;
     }
 
@@ -134,9 +138,10 @@ export class Site {
         return page;
     }
 
-    private async end(): Promise<void> {
-        if (this.host === null || this.host.exitCode !== null) return;
-        this.host.kill("SIGINT");
+    /** Ends the server, at once and without a word for SIGKILL. */
+    async end(signal: "SIGINT" | "SIGKILL" = "SIGINT"): Promise<void> {
+        if (this.host === null || this.host.exitCode !== null || this.host.signalCode !== null) return;
+        this.host.kill(signal);
         await once(this.host, "exit");
     }
 
