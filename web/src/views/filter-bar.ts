@@ -5,6 +5,7 @@ import type { View } from "../model/gallery.js";
 import { SORTS } from "../model/order.js";
 import { text } from "../strings/index.js";
 import { send, type Context } from "./context.js";
+import { valueOf } from "./fields.js";
 import { PageElement } from "./page-element.js";
 
 interface Choice {
@@ -29,7 +30,7 @@ export class FilterBar extends PageElement {
                 aria-label=${text.searchCaptures}
                 placeholder=${text.searchCaptures}
                 .value=${gallery.view.search}
-                @input=${(event: Event) => this.#set({ search: (event.target as HTMLInputElement).value })}
+                @input=${(event: Event) => this.#set({ search: valueOf(event) })}
             />
             <div class="choices">
                 ${this.#choice({
@@ -66,7 +67,7 @@ export class FilterBar extends PageElement {
     #choice({ label, member, options }: Choice): TemplateResult {
         const chosen = this.context.gallery.view[member];
         const isFilter = options[0]?.[0] === "";
-        const choose = (event: Event) => this.#set({ [member]: (event.target as HTMLSelectElement).value });
+        const choose = (event: Event) => this.#set({ [member]: valueOf(event) });
         return html`<select
             aria-label=${label}
             class=${isFilter && chosen !== "" ? "chosen" : ""}
@@ -96,8 +97,7 @@ export class FilterBar extends PageElement {
             max=${max}
             step=${step}
             .value=${String(this.cellSize)}
-            @input=${(event: Event) =>
-                send(this, "cell-size", Number((event.target as HTMLInputElement).value))}
+            @input=${(event: Event) => send(this, "cell-size", Number(valueOf(event)))}
         />`;
     }
 

@@ -8,6 +8,7 @@ import { Actions } from "./actions.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context } from "./context.js";
 import "./capture-grid.js";
+import { iconButton } from "./fields.js";
 import "./filter-bar.js";
 import "./jump-scrubber.js";
 import { PageElement } from "./page-element.js";
@@ -84,12 +85,7 @@ export class GalleryPage extends PageElement {
             <main aria-label=${text.gallery}>
                 <header class="bar">
                     <h1>${text.gallery} <small>${this.#countText()}</small></h1>
-                    <button
-                        class="icon settings"
-                        aria-label=${text.settings}
-                        title=${text.settings}
-                        @click=${() => this.actions.openSettings()}
-                    ></button>
+                    ${iconButton("settings", text.settings, () => this.actions.openSettings())}
                     <filter-bar .context=${context} .cellSize=${this.cellSize}></filter-bar>
                 </header>
                 <div class="notices" role="status">${notice(gallery)}${this.actions.warnings()}</div>

@@ -5,7 +5,7 @@ import { listDrives, type Drive } from "../model/drives.js";
 import { changesOf, formOf, rebased, type SettingsForm } from "../model/settings.js";
 import { sizeText, text } from "../strings/index.js";
 import type { Context } from "./context.js";
-import { textField } from "./fields.js";
+import { textField, valueOf } from "./fields.js";
 import { PageDialog } from "./page-dialog.js";
 
 const megabytes = (count: number): string => sizeText(count * 1000);
@@ -83,8 +83,7 @@ export class SettingsDialog extends PageDialog {
                     max="100"
                     .value=${String(form.percent)}
                     ?disabled=${!form.limited}
-                    @input=${(event: Event) =>
-                        this.#edit({ percent: Number((event.target as HTMLInputElement).value) })}
+                    @input=${(event: Event) => this.#edit({ percent: Number(valueOf(event)) })}
                 />
                 <small>${form.limited ? this.#limitText(form) : text.noLimit}</small>
             </div>

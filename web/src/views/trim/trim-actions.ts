@@ -47,9 +47,7 @@ export function trimActions(state: TrimState, choices: TrimChoices): TemplateRes
         <p>${hint(choices)}</p>
         <div class="buttons">
             <button @click=${choices.cancel}>${text.cancel}</button>
-            <button class="danger" ?disabled=${isWhole} @click=${choices.askToReplace}>
-                ${text.trim.replace}
-            </button>
+            <button ?disabled=${isWhole} @click=${choices.askToReplace}>${text.trim.replace}</button>
             <button class="primary" ?disabled=${isWhole || copyName === ""} @click=${choices.saveCopy}>
                 ${text.trim.saveCopy}
             </button>

@@ -2,6 +2,7 @@
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { fitted, WHOLE, Zooming, type Point, type Size, type Zoom } from "../../model/zoom.js";
+import { iconButton } from "../fields.js";
 import { mediaAddress } from "../media.js";
 import { text } from "../../strings/index.js";
 import { PageElement } from "../page-element.js";
@@ -91,14 +92,10 @@ export class ImageStage extends PageElement {
                 ${captionOverlay(capture.caption.top, capture.caption.bottom)}
             </div>
             <div class="controls">
-                ${this.#button("zoom-out", text.zoom.out, () => this.zoomBy(1 / KEY_ZOOM))}
-                ${this.#button("zoom-whole", text.zoom.whole, () => this.#change(() => WHOLE))}
-                ${this.#button("zoom-in", text.zoom.in, () => this.zoomBy(KEY_ZOOM))}
+                ${iconButton("zoom-out", text.zoom.out, () => this.zoomBy(1 / KEY_ZOOM))}
+                ${iconButton("zoom-whole", text.zoom.whole, () => this.#change(() => WHOLE))}
+                ${iconButton("zoom-in", text.zoom.in, () => this.zoomBy(KEY_ZOOM))}
             </div>`;
-    }
-
-    #button(icon: string, label: string, run: () => void): TemplateResult {
-        return html`<button class="icon ${icon}" aria-label=${label} title=${label} @click=${run}></button>`;
     }
 
     get #view(): Size {

@@ -1,6 +1,7 @@
 // What a video is controlled with.
-import { html, nothing, type TemplateResult } from "lit/html.js";
+import { html, type TemplateResult } from "lit/html.js";
 import { clockText, text } from "../../strings/index.js";
+import { iconButton, valueOf } from "../fields.js";
 import { SPEEDS } from "./playback.js";
 import type { VideoPlayer } from "./video-player.js";
 
@@ -11,17 +12,7 @@ export interface PlayerState {
     readonly duration: number;
 }
 
-const valueOf = (event: Event): number => Number((event.target as HTMLInputElement).value);
-
-function button(icon: string, label: string, run: () => void, pressed?: boolean): TemplateResult {
-    return html`<button
-        class="icon ${icon}"
-        aria-label=${label}
-        title=${label}
-        aria-pressed=${pressed ?? nothing}
-        @click=${run}
-    ></button>`;
-}
+const numberOf = (event: Event): number => Number(valueOf(event));
 
 function seekBar(player: VideoPlayer, { time, duration }: PlayerState): TemplateResult {
     const [now, end] = [clockText(time * 1000), clockText(duration * 1000)];
@@ -34,7 +25,7 @@ function seekBar(player: VideoPlayer, { time, duration }: PlayerState): Template
             max=${duration}
             step="any"
             .value=${String(time)}
-            @input=${(event: Event) => (player.video.currentTime = valueOf(event))}
+            @input=${(event: Event) => (player.video.currentTime = numberOf(event))}
         />
         <span class="clock" aria-hidden="true">${now} / ${end}</span>
     </div>`;
@@ -46,7 +37,7 @@ function speeds(player: VideoPlayer): TemplateResult {
     return html`<select
         aria-label=${text.player.speed}
         title=${text.player.speed}
-        @change=${(event: Event) => player.setSpeed(valueOf(event))}
+        @change=${(event: Event) => player.setSpeed(numberOf(event))}
     >
         ${SPEEDS.map(option)}
     </select>`;
@@ -61,7 +52,7 @@ function volume(player: VideoPlayer): TemplateResult {
         max="1"
         step="0.05"
         .value=${String(player.playback.volume)}
-        @input=${(event: Event) => (player.video.volume = valueOf(event))}
+        @input=${(event: Event) => (player.video.volume = numberOf(event))}
     />`;
 }
 
@@ -70,12 +61,17 @@ export function playerControls(player: VideoPlayer, state: PlayerState): Templat
     const names = text.player;
     const [icon, label] = state.paused ? ["play", names.play] : ["pause", names.pause];
     return html`<div class="controls">
-        ${seekBar(player, state)} ${button("previous-frame", names.back, () => void player.stepFrame(-1))}
-        ${button(icon, label, () => player.togglePlay())}
-        ${button("next-frame", names.forward, () => void player.stepFrame(1))}
+        ${seekBar(player, state)} ${iconButton("previous-frame", names.back, () => void player.stepFrame(-1))}
+        ${iconButton(icon, label, () => player.togglePlay())}
+        ${iconButton("next-frame", names.forward, () => void player.stepFrame(1))}
         <span class="space"></span>
-        ${button("loop", names.loop, () => player.toggleLoop(), playback.loop)} ${speeds(player)}
-        ${button(playback.muted ? "muted" : "sound", names.mute, () => player.toggleMuted(), playback.muted)}
-        ${volume(player)} ${button("fullscreen", names.fullscreen, () => player.toggleFullscreen())}
+        ${iconButton("loop", names.loop, () => player.toggleLoop(), playback.loop)} ${speeds(player)}
+        ${iconButton(
+            playback.muted ? "muted" : "sound",
+            names.mute,
+            () => player.toggleMuted(),
+            playback.muted,
+        )}
+        ${volume(player)} ${iconButton("fullscreen", names.fullscreen, () => player.toggleFullscreen())}
     </div>`;
 }
