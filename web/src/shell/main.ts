@@ -4,16 +4,17 @@ import { channelOf, type Channel } from "../api/query.js";
 import { Captions } from "../model/captions.js";
 import { Deletions } from "../model/deletions.js";
 import { Feed, type News } from "../model/feed.js";
+import { NO_FILTER } from "../model/filter.js";
 import { Gallery, type View } from "../model/gallery.js";
 import { PathChange } from "../model/path-change.js";
 import { Selection } from "../model/selection.js";
 import { Thumbnails } from "../model/thumbnails.js";
-import { language, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { GalleryPage } from "../views/gallery-page.js";
 import { removerFor } from "../views/remover.js";
 import { loaderFor } from "../views/thumbnail-loader.js";
 import { PreferenceStore } from "./preferences.js";
-import { keepFilter, keptFilter } from "./tab-filter.js";
+import { keepView, keptView } from "./tab-view.js";
 
 function hostInfo(): HostInfo | null {
     return (window as { galleryHost?: HostInfo }).galleryHost ?? null;
@@ -41,7 +42,7 @@ function start(channel: Channel): void {
     const client = new Client(channel, hostInfo);
     const preferences = new PreferenceStore(client);
     const { grouping, sort, cellSize } = preferences.current;
-    const gallery = new Gallery({ ...keptFilter(), grouping, sort }, nextFrame);
+    const gallery = new Gallery({ ...NO_FILTER, grouping, sort, ...keptView() }, nextFrame);
     let redrawing = false;
     const redraw = (): void => {
         if (redrawing) return;
@@ -66,7 +67,7 @@ function start(channel: Channel): void {
     window.addEventListener("pagehide", () => {
         // A page that was left and comes back from the browser's memory deletes nothing either.
         deletions.callOff();
-        keepFilter(gallery.view);
+        keepView(gallery.view);
     });
     page.cellSize = cellSize;
     page.addEventListener("cell-size", (event) => {
@@ -92,7 +93,7 @@ function start(channel: Channel): void {
     new Feed(client, gallery, scheduler, hear).start();
 }
 
-document.documentElement.lang = language;
+document.documentElement.lang = text.language;
 document.title = text.gallery;
 const channel = channelOf(window);
 if (channel) start(channel);

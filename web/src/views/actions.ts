@@ -3,8 +3,8 @@ import { html, nothing, type TemplateResult } from "lit/html.js";
 import { captureOf, type Capture } from "../model/capture.js";
 import type { News } from "../model/feed.js";
 import { montageCaptures, type MontageJob } from "../model/montage.js";
-import { text } from "../strings/index.js";
-import { confirmed } from "./confirm-dialog.js";
+import * as text from "../strings/en.js";
+import { confirmed, deletionConfirmed } from "./confirm-dialog.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import { MANY, type Context, type SelectionAction } from "./context.js";
 import { GRID_KEYS } from "./grid-input.js";
@@ -31,8 +31,8 @@ interface Page extends HTMLElement {
 export const PAGE_KEYS: KeyList = {
     title: text.gallery,
     keys: [
-        [["Ctrl+Z"], text.keys.undo],
-        [["?"], text.keys.list],
+        [["Ctrl+Z"], text.keyUndo],
+        [["?"], text.keyList],
     ],
 };
 
@@ -162,9 +162,7 @@ export class Actions {
     async #delete(paths: readonly string[]): Promise<void> {
         const { deletions } = this.page.context;
         const captures = this.#capturesOf(paths);
-        const explanation = deletions.hasTrash ? text.deleteManyToTrash : text.deleteManyForGood;
-        const question = { heading: text.deleteQuestion(captures.length), explanation, action: text.delete };
-        if (captures.length > MANY && !(await confirmed(question))) return;
+        if (captures.length > MANY && !(await deletionConfirmed(captures.length, deletions.hasTrash))) return;
         deletions.delete(captures);
         this.#leave(paths);
     }
@@ -174,7 +172,7 @@ export class Actions {
         const question = {
             heading: text.deleteForGoodQuestion(captures.length),
             explanation: text.deleteForGoodExplanation,
-            action: text.keys.deleteForGood,
+            action: text.keyDeleteForGood,
         };
         if (captures.length === 0 || !(await confirmed(question))) return;
         const done = this.page.context.deletions.deleteForGood(captures);

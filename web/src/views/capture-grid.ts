@@ -7,7 +7,7 @@ import type { Capture } from "../model/capture.js";
 import type { Change } from "../model/gallery.js";
 import { GridWindow, holds } from "../model/grid-window.js";
 import type { Row } from "../model/layout.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { send, type Context } from "./context.js";
 import { GridInput } from "./grid-input.js";
 import { gridRow } from "./grid-rows.js";
@@ -55,9 +55,9 @@ export class CaptureGrid extends PageElement {
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.setAttribute("role", "grid");
-        this.setAttribute("aria-label", text.captures);
-        this.setAttribute("aria-multiselectable", "true");
+        this.role = "grid";
+        this.ariaLabel = text.captures;
+        this.ariaMultiSelectable = "true";
         this.#stopListening = this.context.gallery.onChange((change) => this.#onChange(change));
         this.addEventListener("scroll", () => this.#onScroll(), { passive: true });
         new RubberBand(this).connect();
@@ -129,8 +129,8 @@ export class CaptureGrid extends PageElement {
 
     protected override updated(): void {
         const { layout } = this.window;
-        this.setAttribute("aria-rowcount", String(layout.rowCount));
-        this.setAttribute("aria-colcount", String(layout.columns));
+        this.ariaRowCount = String(layout.rowCount);
+        this.ariaColCount = String(layout.columns);
         this.style.setProperty("--columns", String(layout.columns));
         this.style.setProperty("--picture", `${layout.cellHeight}px`);
         this.context.thumbnails.want(this.#capturesIn(this.window.nearest(this.#rows, this.position)));

@@ -2,7 +2,8 @@
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import type { Thumbnail } from "../model/thumbnails.js";
-import { lengthText, momentText, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
+import { lengthText, momentText } from "../strings/formats.js";
 
 export interface CellState {
     readonly column: number;

@@ -3,7 +3,7 @@ import { html, type TemplateResult } from "lit/html.js";
 import { GROUPINGS } from "../model/arrangement.js";
 import type { View } from "../model/gallery.js";
 import { SORTS } from "../model/order.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { send, type Context } from "./context.js";
 import { valueOf } from "./fields.js";
 import { PageElement } from "./page-element.js";

@@ -3,7 +3,7 @@ import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import { NO_FILTER } from "../model/filter.js";
 import type { Change, View } from "../model/gallery.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { Actions } from "./actions.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context } from "./context.js";

@@ -2,23 +2,24 @@
 import type { Capture } from "../model/capture.js";
 import { target } from "../model/navigation.js";
 import type { GridWindow } from "../model/grid-window.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { send, type Context } from "./context.js";
 import type { KeyList } from "./key-list.js";
+import { openOutside } from "./open-outside.js";
 
 export const GRID_KEYS: KeyList = {
     title: text.captures,
     keys: [
-        [["←", "→", "↑", "↓"], text.keys.move],
-        [["PageUp", "PageDown", "Home", "End"], text.keys.moveFar],
-        [["Enter"], text.keys.open],
-        [["Space"], text.keys.select],
-        [["Shift+←", "Shift+→", "Shift+↑", "Shift+↓"], text.keys.selectRange],
+        [["←", "→", "↑", "↓"], text.keyMove],
+        [["PageUp", "PageDown", "Home", "End"], text.keyMoveFar],
+        [["Enter"], text.keyOpen],
+        [["Space"], text.keySelect],
+        [["Shift+←", "Shift+→", "Shift+↑", "Shift+↓"], text.keySelectRange],
         [["Ctrl+A"], text.selectAll],
         [["G"], text.selectGame],
         [["Esc"], text.clearSelection],
-        [["Delete"], text.delete],
-        [["Shift+Delete"], text.keys.deleteForGood],
+        [["Delete"], text.remove],
+        [["Shift+Delete"], text.keyDeleteForGood],
     ],
 };
 
@@ -185,10 +186,7 @@ export class GridInput {
     }
 
     #actOnBroken(action: string, capture: Capture): void {
-        const { client, thumbnails } = this.grid.context;
-        if (action === "retry") return thumbnails.retry(capture);
-        client
-            .askHost("OpenFolder", { file: capture.path })
-            .catch((error: Error) => send(this.grid, "report-failure", error.message));
+        if (action === "retry") this.grid.context.thumbnails.retry(capture);
+        else openOutside(this.grid, "OpenFolder", capture);
     }
 }

@@ -3,7 +3,8 @@ import { html, type TemplateResult } from "lit/html.js";
 import { repeat } from "lit/directives/repeat.js";
 import type { Capture } from "../model/capture.js";
 import type { Row } from "../model/layout.js";
-import { dayText, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
+import { dayText } from "../strings/formats.js";
 import { cell } from "./cell.js";
 import type { Context } from "./context.js";
 

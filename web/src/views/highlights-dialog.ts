@@ -2,8 +2,9 @@
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import { Thumbnails } from "../model/thumbnails.js";
-import { lengthText, text } from "../strings/index.js";
-import { confirmed } from "./confirm-dialog.js";
+import * as text from "../strings/en.js";
+import { lengthText } from "../strings/formats.js";
+import { deletionConfirmed } from "./confirm-dialog.js";
 import type { Context } from "./context.js";
 import { PageDialog } from "./page-dialog.js";
 import { loaderFor } from "./thumbnail-loader.js";
@@ -35,7 +36,7 @@ export class HighlightsDialog extends PageDialog {
             </ul>
             <div class="buttons">
                 <button type="button" ?disabled=${size === 0} @click=${this.#delete}>
-                    ${size === 0 ? text.delete : text.deleteCount(size)}
+                    ${size === 0 ? text.remove : text.deleteCount(size)}
                 </button>
                 <button type="button" class="primary" autofocus @click=${() => this.close()}>
                     ${text.keepAll}
@@ -71,12 +72,7 @@ export class HighlightsDialog extends PageDialog {
     // Each by itself, and not as a group at once: so they can be brought back.
     readonly #delete = async (): Promise<void> => {
         const { deletions } = this.context;
-        const question = {
-            heading: text.deleteQuestion(this.#rejected.size),
-            explanation: deletions.hasTrash ? text.deleteManyToTrash : text.deleteManyForGood,
-            action: text.delete,
-        };
-        if (!(await confirmed(question))) return;
+        if (!(await deletionConfirmed(this.#rejected.size, deletions.hasTrash))) return;
         deletions.delete([...this.#rejected]);
         this.close();
     };

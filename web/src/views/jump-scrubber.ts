@@ -1,7 +1,8 @@
 // A slider beside the grid that shows what lies where, and jumps there.
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import { marksOf, type Mark } from "../model/scrubber.js";
-import { dayText, monthText, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
+import { dayText, monthText } from "../strings/formats.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context } from "./context.js";
 import type { KeyList } from "./key-list.js";
@@ -10,9 +11,9 @@ import { PageElement } from "./page-element.js";
 export const SCRUBBER_KEYS: KeyList = {
     title: text.jumpTo,
     keys: [
-        [["↑", "↓"], text.keys.nextGroup],
-        [["PageUp", "PageDown"], text.keys.nextMark],
-        [["Home", "End"], text.keys.firstOrLast],
+        [["↑", "↓"], text.keyNextGroup],
+        [["PageUp", "PageDown"], text.keyNextMark],
+        [["Home", "End"], text.keyFirstOrLast],
     ],
 };
 
@@ -32,11 +33,11 @@ export class JumpScrubber extends PageElement {
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.setAttribute("role", "slider");
-        this.setAttribute("aria-label", text.jumpTo);
-        this.setAttribute("aria-orientation", "vertical");
-        this.setAttribute("aria-valuemin", "0");
-        this.setAttribute("aria-valuemax", "100");
+        this.role = "slider";
+        this.ariaLabel = text.jumpTo;
+        this.ariaOrientation = "vertical";
+        this.ariaValueMin = "0";
+        this.ariaValueMax = "100";
         this.tabIndex = 0;
         this.addEventListener("keydown", this.#onKey);
         this.addEventListener("pointerdown", this.#onDown);
@@ -54,8 +55,8 @@ export class JumpScrubber extends PageElement {
         if (!grid) return;
         this.hidden = !grid.window.overflows;
         const progress = grid.window.progressAt(grid.position);
-        this.setAttribute("aria-valuenow", String(Math.round(100 * progress)));
-        this.setAttribute("aria-valuetext", this.#groupTitle());
+        this.ariaValueNow = String(Math.round(100 * progress));
+        this.ariaValueText = this.#groupTitle();
         this.style.setProperty("--progress", String(progress));
     }
 

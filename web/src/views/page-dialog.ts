@@ -1,7 +1,7 @@
 // The base of the page's dialogs: a native one, which keeps the focus in itself, closes with Esc, and gives the
 // focus back.
 import { html, type TemplateResult } from "lit/html.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { PageElement } from "./page-element.js";
 
 export abstract class PageDialog extends PageElement {

@@ -1,13 +1,14 @@
 // What is selected: how many, how large, and what can be done with them.
 import { html, type TemplateResult } from "lit/html.js";
-import { sizeText, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
+import { sizeText } from "../strings/formats.js";
 import { send, type Context, type SelectionAction } from "./context.js";
 import { PageElement } from "./page-element.js";
 
 const ACTIONS: readonly (readonly [SelectionAction, string])[] = [
     ["copy", text.copyTo],
     ["move", text.moveTo],
-    ["delete", text.delete],
+    ["delete", text.remove],
     ["montage", text.montage],
 ];
 
@@ -16,8 +17,8 @@ export class SelectionBar extends PageElement {
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.setAttribute("role", "toolbar");
-        this.setAttribute("aria-label", text.selection);
+        this.role = "toolbar";
+        this.ariaLabel = text.selection;
         this.addEventListener("keydown", this.#onKey);
     }
 

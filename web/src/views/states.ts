@@ -2,7 +2,7 @@
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import { isFiltering } from "../model/filter.js";
 import type { Gallery } from "../model/gallery.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 
 function state(name: string, title: string, content: unknown): TemplateResult {
     return html`<section class="state ${name}">

@@ -2,7 +2,7 @@
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import { repeat } from "lit/directives/repeat.js";
 import type { Batch } from "../model/deletions.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import type { Context } from "./context.js";
 import { failureList } from "./failure-list.js";
 import { PageElement } from "./page-element.js";

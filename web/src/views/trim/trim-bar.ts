@@ -1,7 +1,8 @@
 // The video from left to right: its pictures and keyframes, what is chosen, and the handles that choose it.
 import { html, type TemplateResult } from "lit/html.js";
 import type { TrimRange } from "../../model/trim-range.js";
-import { clockText, text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
+import { clockText } from "../../strings/formats.js";
 import { send } from "../context.js";
 import { PageElement } from "../page-element.js";
 import { drawFilmstrip } from "./filmstrip.js";
@@ -50,9 +51,9 @@ export class TrimBar extends PageElement {
             </div>
             <div class="cut" aria-hidden="true" .style=${`left:0;width:${this.#percent(range.start)}`}></div>
             <div class="cut" aria-hidden="true" .style=${`left:${this.#percent(range.end)};right:0`}></div>
-            ${this.#handle("position", text.trim.position, this.position)}
-            ${this.#handle("start", text.trim.start, range.start)}
-            ${this.#handle("end", text.trim.end, range.end)}
+            ${this.#handle("position", text.trimPosition, this.position)}
+            ${this.#handle("start", text.trimStart, range.start)}
+            ${this.#handle("end", text.trimEnd, range.end)}
         `;
     }
 

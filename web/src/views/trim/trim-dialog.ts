@@ -2,11 +2,12 @@
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { TrimRange } from "../../model/trim-range.js";
-import { clockText, text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
+import { clockText } from "../../strings/formats.js";
 import { isForControl } from "../control-keys.js";
 import { send, type Context } from "../context.js";
 import { framesOf } from "../keyframes.js";
-import { mediaAddress, thumbnailAddress } from "../media.js";
+import { mediaAddress, thumbnailAddress, unload } from "../media.js";
 import { PageDialog } from "../page-dialog.js";
 import type { PageElement } from "../page-element.js";
 import { playButtons } from "./play-buttons.js";
@@ -36,7 +37,7 @@ export class TrimDialog extends PageDialog {
     capture!: Capture;
     player!: SelectionPlayer;
     position = 0;
-    protected readonly heading = text.trim.title;
+    protected readonly heading = text.trimTitle;
     #range: TrimRange | null = null;
     #looping = false;
     #message = "";
@@ -62,10 +63,7 @@ export class TrimDialog extends PageDialog {
     }
 
     disconnectedCallback(): void {
-        const video = this.querySelector("video");
-        video?.pause();
-        video?.removeAttribute("src");
-        video?.load();
+        unload(this.querySelector("video"));
     }
 
     togglePlay(): void {
@@ -122,7 +120,7 @@ export class TrimDialog extends PageDialog {
         const poster = capture.handle ? thumbnailAddress(capture) : nothing;
         return html`<p><bdi>${capture.title}</bdi></p>
             <video playsinline src=${mediaAddress(capture)} poster=${poster}></video>
-            ${range ? this.#controls(range) : html`<progress aria-label=${text.trim.title}></progress>`}`;
+            ${range ? this.#controls(range) : html`<progress aria-label=${text.trimTitle}></progress>`}`;
     }
 
     #controls(range: TrimRange): TemplateResult {
@@ -171,7 +169,7 @@ export class TrimDialog extends PageDialog {
     }
 
     #write(field: Field, time: number | null): void {
-        this.#message = time === null ? text.trim.unreadable : "";
+        this.#message = time === null ? text.trimUnreadable : "";
         if (time === null || !this.#range) return this.requestUpdate();
         if (field !== "length") return this.move(field, time);
         this.#range.setLength(time);

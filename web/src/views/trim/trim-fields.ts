@@ -2,7 +2,8 @@
 import { html, type TemplateResult } from "lit/html.js";
 import { parseTime } from "../../model/clip-name.js";
 import type { TrimRange } from "../../model/trim-range.js";
-import { clockText, text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
+import { clockText } from "../../strings/formats.js";
 
 export type Field = "start" | "end" | "length";
 
@@ -28,15 +29,15 @@ export function trimFields(
                 }}
             />
         </label>`;
-    return html`${field("start", text.trim.startTime, range.start)}
-    ${field("end", text.trim.endTime, range.end)} ${field("length", text.trim.length, range.length)}`;
+    return html`${field("start", text.trimStartTime, range.start)}
+    ${field("end", text.trimEndTime, range.end)} ${field("length", text.trimLength, range.length)}`;
 }
 
 /** Where the clip will start, as far as it is known. */
 export function startHint(range: TrimRange): string {
     const keyframe = range.keyframeOfStart;
-    if (keyframe === null) return text.trim.startsEarlier;
+    if (keyframe === null) return text.trimStartsEarlier;
     const time = clockText(range.start);
-    if (Math.abs(range.start - keyframe) < range.frame / 2) return text.trim.startsAt(time);
-    return text.trim.startsBefore(time, clockText(keyframe));
+    if (Math.abs(range.start - keyframe) < range.frame / 2) return text.trimStartsAt(time);
+    return text.trimStartsBefore(time, clockText(keyframe));
 }

@@ -1,7 +1,7 @@
 // Writes the caption of a capture; both lines are drawn over the picture as one types.
 import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
-import { text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
 import { confirmed } from "../confirm-dialog.js";
 import type { Context } from "../context.js";
 import { textField } from "../fields.js";
@@ -13,7 +13,7 @@ export class CaptionDialog extends PageDialog {
     context!: Context;
     capture!: Capture;
     isSaved = false;
-    protected readonly heading = text.captionTexts.title;
+    protected readonly heading = text.captionTitle;
     #lines = { top: "", bottom: "" };
     #isSaving = false;
     #failure = "";
@@ -26,11 +26,10 @@ export class CaptionDialog extends PageDialog {
     override async leave(): Promise<void> {
         const { top, bottom } = this.capture.caption;
         const isChanged = this.#lines.top !== top || this.#lines.bottom !== bottom;
-        const names = text.captionTexts;
         const question = {
-            heading: names.discardQuestion,
-            explanation: names.unsaved,
-            action: names.discard,
+            heading: text.captionDiscardQuestion,
+            explanation: text.captionUnsaved,
+            action: text.captionDiscard,
         };
         if (!isChanged || (await confirmed(question))) this.close();
     }
@@ -41,18 +40,17 @@ export class CaptionDialog extends PageDialog {
     }
 
     protected content(): TemplateResult {
-        const names = text.captionTexts;
         const { top, bottom } = this.#lines;
         return html`<form @submit=${this.#save}>
             <div class="caption-preview">${this.#picture()} ${captionOverlay(top, bottom)}</div>
-            ${textField(names.top, top, (written) => this.#write({ top: written }))}
-            ${textField(names.bottom, bottom, (written) => this.#write({ bottom: written }))}
-            <p>${names.where}</p>
+            ${textField(text.captionTop, top, (written) => this.#write({ top: written }))}
+            ${textField(text.captionBottom, bottom, (written) => this.#write({ bottom: written }))}
+            <p>${text.captionWhere}</p>
             ${this.#failure ? html`<p class="error" role="alert">${this.#failure}</p>` : nothing}
             <div class="buttons">
                 ${this.closeButton(text.cancel)}
                 <button class="primary" ?disabled=${this.#isSaving}>
-                    ${this.#isSaving ? names.saving : text.save}
+                    ${this.#isSaving ? text.captionSaving : text.save}
                 </button>
             </div>
         </form>`;

@@ -1,9 +1,9 @@
 // One capture, as large as the window allows, with what can be done with it.
 import { html, nothing, type TemplateResult } from "lit/html.js";
-import { keyed } from "lit/directives/keyed.js";
+import { repeat } from "lit/directives/repeat.js";
 import type { Capture } from "../../model/capture.js";
 import { Viewing } from "../../model/viewing.js";
-import { text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
 import { send, type Clip, type Context } from "../context.js";
 import { openDialog, topDialog, type PageDialog } from "../page-dialog.js";
 import { PageElement } from "../page-element.js";
@@ -121,9 +121,10 @@ export class CaptureViewer extends PageElement {
         const playback = this.#playback;
         const attempts = this.#attempts;
         const failed = this.#failed === keyOf(capture);
-        return keyed(
-            `${attempts}\n${keyOf(capture)}`,
-            media(capture, { context, playback, failed, attempt: attempts }),
+        return repeat(
+            [capture],
+            () => `${attempts}\n${keyOf(capture)}`,
+            () => media(capture, { context, playback, failed, attempt: attempts }),
         );
     }
 
@@ -189,7 +190,7 @@ export class CaptureViewer extends PageElement {
     async #writeCaption(capture: Capture): Promise<void> {
         const dialog = Object.assign(new CaptionDialog(), { context: this.context, capture });
         await this.#openInner(dialog);
-        if (dialog.isSaved) this.#say(text.captionTexts.saved);
+        if (dialog.isSaved) this.#say(text.captionSaved);
     }
 
     // A cut goes on after its dialog has been closed, and reports then, too.
@@ -247,8 +248,8 @@ export class CaptureViewer extends PageElement {
         if (clip.show) {
             this.#clip = clip;
             this.#dialog.close();
-        } else if (this.#dialog.open) this.#say(text.trim.saved);
-        else send(this, "announce", text.trim.saved);
+        } else if (this.#dialog.open) this.#say(text.trimSaved);
+        else send(this, "announce", text.trimSaved);
     }
 
     #onFailed(capture: Capture): void {
@@ -271,7 +272,7 @@ export class CaptureViewer extends PageElement {
     async #copyPath(): Promise<void> {
         try {
             await navigator.clipboard.writeText(this.#viewing.current?.path ?? "");
-            this.#say(text.details.copied);
+            this.#say(text.detailsCopied);
         } catch (error) {
             this.#say(text.failed((error as Error).message));
         }

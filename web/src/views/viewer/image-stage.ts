@@ -3,8 +3,8 @@ import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { fitted, WHOLE, Zooming, type Point, type Size, type Zoom } from "../../model/zoom.js";
 import { iconButton } from "../fields.js";
-import { mediaAddress } from "../media.js";
-import { text } from "../../strings/index.js";
+import { mediaAddress, unload } from "../media.js";
+import * as text from "../../strings/en.js";
 import { PageElement } from "../page-element.js";
 import { send } from "../context.js";
 import { captionOverlay } from "./caption-overlay.js";
@@ -49,8 +49,7 @@ export class ImageStage extends PageElement {
 
     disconnectedCallback(): void {
         this.#resize.disconnect();
-        // Out of the page, it would go on loading.
-        this.querySelector("img:not(.preview)")?.removeAttribute("src");
+        unload(this.querySelector<HTMLImageElement>("img:not(.preview)"));
     }
 
     /** True when the key was one of its own. Arrows are, while a part of the picture is seen. */
@@ -92,9 +91,9 @@ export class ImageStage extends PageElement {
                 ${captionOverlay(capture.caption.top, capture.caption.bottom)}
             </div>
             <div class="controls">
-                ${iconButton("zoom-out", text.zoom.out, () => this.zoomBy(1 / KEY_ZOOM))}
-                ${iconButton("zoom-whole", text.zoom.whole, () => this.#change(() => WHOLE))}
-                ${iconButton("zoom-in", text.zoom.in, () => this.zoomBy(KEY_ZOOM))}
+                ${iconButton("zoom-out", text.zoomOut, () => this.zoomBy(1 / KEY_ZOOM))}
+                ${iconButton("zoom-whole", text.zoomWhole, () => this.#change(() => WHOLE))}
+                ${iconButton("zoom-in", text.zoomIn, () => this.zoomBy(KEY_ZOOM))}
             </div>`;
     }
 

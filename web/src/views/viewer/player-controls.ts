@@ -1,6 +1,7 @@
 // What a video is controlled with.
 import { html, type TemplateResult } from "lit/html.js";
-import { clockText, text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
+import { clockText } from "../../strings/formats.js";
 import { iconButton, valueOf } from "../fields.js";
 import { SPEEDS } from "./playback.js";
 import type { VideoPlayer } from "./video-player.js";
@@ -19,8 +20,8 @@ function seekBar(player: VideoPlayer, { time, duration }: PlayerState): Template
     return html`<div class="seek-row">
         <input
             type="range"
-            aria-label=${text.player.seek}
-            aria-valuetext=${text.player.of(now, end)}
+            aria-label=${text.playerSeek}
+            aria-valuetext=${text.playerOf(now, end)}
             min="0"
             max=${duration}
             step="any"
@@ -35,8 +36,8 @@ function speeds(player: VideoPlayer): TemplateResult {
     const option = (speed: number) =>
         html`<option value=${speed} ?selected=${speed === player.playback.speed}>${speed}×</option>`;
     return html`<select
-        aria-label=${text.player.speed}
-        title=${text.player.speed}
+        aria-label=${text.playerSpeed}
+        title=${text.playerSpeed}
         @change=${(event: Event) => player.setSpeed(numberOf(event))}
     >
         ${SPEEDS.map(option)}
@@ -47,7 +48,7 @@ function volume(player: VideoPlayer): TemplateResult {
     return html`<input
         class="volume"
         type="range"
-        aria-label=${text.player.volume}
+        aria-label=${text.playerVolume}
         min="0"
         max="1"
         step="0.05"
@@ -58,20 +59,20 @@ function volume(player: VideoPlayer): TemplateResult {
 
 export function playerControls(player: VideoPlayer, state: PlayerState): TemplateResult {
     const { playback } = player;
-    const names = text.player;
-    const [icon, label] = state.paused ? ["play", names.play] : ["pause", names.pause];
+    const [icon, label] = state.paused ? ["play", text.playerPlay] : ["pause", text.playerPause];
     return html`<div class="controls">
-        ${seekBar(player, state)} ${iconButton("previous-frame", names.back, () => void player.stepFrame(-1))}
+        ${seekBar(player, state)}
+        ${iconButton("previous-frame", text.playerBack, () => void player.stepFrame(-1))}
         ${iconButton(icon, label, () => player.togglePlay())}
-        ${iconButton("next-frame", names.forward, () => void player.stepFrame(1))}
+        ${iconButton("next-frame", text.playerForward, () => void player.stepFrame(1))}
         <span class="space"></span>
-        ${iconButton("loop", names.loop, () => player.toggleLoop(), playback.loop)} ${speeds(player)}
+        ${iconButton("loop", text.playerLoop, () => player.toggleLoop(), playback.loop)} ${speeds(player)}
         ${iconButton(
             playback.muted ? "muted" : "sound",
-            names.mute,
+            text.playerMute,
             () => player.toggleMuted(),
             playback.muted,
         )}
-        ${volume(player)} ${iconButton("fullscreen", names.fullscreen, () => player.toggleFullscreen())}
+        ${volume(player)} ${iconButton("fullscreen", text.playerFullscreen, () => player.toggleFullscreen())}
     </div>`;
 }

@@ -1,6 +1,6 @@
 // Loads what is likely to be looked at next. What is not likely any more is dropped, even while it loads.
 import type { Capture } from "../../model/capture.js";
-import { mediaAddress } from "../media.js";
+import { mediaAddress, unload } from "../media.js";
 
 type Loading = HTMLImageElement | HTMLVideoElement;
 
@@ -10,11 +10,6 @@ function load(capture: Capture): Loading {
     if (element instanceof HTMLVideoElement) element.preload = "metadata";
     element.src = mediaAddress(capture);
     return element;
-}
-
-function drop(element: Loading): void {
-    element.removeAttribute("src");
-    if (element instanceof HTMLVideoElement) element.load();
 }
 
 export class Preloader {
@@ -36,7 +31,7 @@ export class Preloader {
         for (const [address, element] of this.#loading) {
             if (wanted.has(address)) continue;
             this.#loading.delete(address);
-            drop(element);
+            unload(element);
         }
     }
 }

@@ -1,11 +1,11 @@
 // In place of a capture that the browser does not show: its thumbnail, and ways to see it elsewhere. When the gallery
 // has no thumbnail either, the file itself is broken.
 import { html, nothing, type TemplateResult } from "lit/html.js";
-import type { HostRequests } from "../../api/client.js";
 import type { Capture } from "../../model/capture.js";
 import type { Load } from "../../model/thumbnails.js";
-import { text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
 import { send, type Context } from "../context.js";
+import { openOutside } from "../open-outside.js";
 import { PageElement } from "../page-element.js";
 import { loaderFor } from "../thumbnail-loader.js";
 
@@ -49,17 +49,12 @@ export class UnshownCapture extends PageElement {
 
     #path(): TemplateResult {
         return html`<p class="path"><bdi>${this.capture.path}</bdi></p>
-            <button @click=${() => send(this, "copy-path")}>${text.details.copyPath}</button>`;
+            <button @click=${() => send(this, "copy-path")}>${text.detailsCopyPath}</button>`;
     }
 
-    #hostButton(method: keyof HostRequests, label: string): TemplateResult | typeof nothing {
-        const { client } = this.context;
-        if (!client.offers(method)) return nothing;
-        const ask = () =>
-            client
-                .askHost(method, { file: this.capture.path })
-                .catch((error: Error) => send(this, "report-failure", error.message));
-        return html`<button @click=${ask}>${label}</button>`;
+    #hostButton(method: "OpenFolder" | "OpenInPlayer", label: string): TemplateResult | typeof nothing {
+        if (!this.context.client.offers(method)) return nothing;
+        return html`<button @click=${() => openOutside(this, method, this.capture)}>${label}</button>`;
     }
 
     #show(thumbnail: string | null | undefined): void {

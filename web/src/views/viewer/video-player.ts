@@ -3,7 +3,7 @@ import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { send } from "../context.js";
 import { framesOf } from "../keyframes.js";
-import { mediaAddress } from "../media.js";
+import { mediaAddress, unload } from "../media.js";
 import { PageElement } from "../page-element.js";
 import { captionOverlay } from "./caption-overlay.js";
 import { SPEEDS, type Playback } from "./playback.js";
@@ -43,10 +43,7 @@ export class VideoPlayer extends PageElement {
 
     disconnectedCallback(): void {
         this.#resize.disconnect();
-        // Else it would go on loading, and be heard.
-        this.video.pause();
-        this.video.removeAttribute("src");
-        this.video.load();
+        unload(this.video);
     }
 
     get video(): HTMLVideoElement {
