@@ -4,7 +4,7 @@ import { readdirSync, readFileSync, renameSync, rmSync, writeFileSync } from "no
 import { join } from "node:path";
 import { after, before } from "node:test";
 import type { Locator, Page } from "playwright-core";
-import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+import { expectAccessible, pageTest, request, Site, startBrowser, stopBrowser } from "./gallery.js";
 
 const site = new Site();
 const full = new Site();
@@ -66,6 +66,8 @@ pageTest("a cut goes on when its page is closed", site, async (page) => {
     await chooseClip(page);
     await button(page, "Save as copy").click();
     await asked;
+    // The server has read what came before this.
+    await request(page, "GetSettings", {});
     await page.close();
     const next = await site.open();
     await cell(next, "Final (clip)").waitFor();

@@ -189,6 +189,7 @@ export function pageTest(
             assert.deepEqual(faults, []);
         } catch (error) {
             mkdirSync(screenshots, { recursive: true });
+            if (page.isClosed()) throw error;
             await page.screenshot({ path: join(screenshots, `${name.replace(/\W+/g, "-")}.png`) });
             throw error;
         } finally {
@@ -209,4 +210,18 @@ export async function expectAccessible(page: Page): Promise<void> {
         returnByValue: true,
     });
     assert.deepEqual(result.value, []);
+}
+
+/** Asks as a program of the client does, over the page's own channel. */
+export function request(page: Page, method: string, payload: object): Promise<Record<string, never>> {
+    type Query = { request: string; onSuccess(text: string): void };
+    return page.evaluate(
+        (envelope) =>
+            new Promise((resolve) => {
+                const { cefQuery } = window as unknown as { cefQuery(query: Query): void };
+                const onSuccess = (text: string) => resolve(JSON.parse(text).payload);
+                cefQuery({ request: JSON.stringify(envelope), onSuccess });
+            }),
+        { method, payload, uniqueid: `test-${method}`, type: 3072, module: "Gallery" },
+    );
 }

@@ -303,7 +303,7 @@ pageTest("Back and Esc close the dialog first, and no caption is lost unasked", 
     await page.keyboard.press("t");
     await slider(page, "Start").waitFor();
     await page.goBack();
-    await slider(page, "Start").waitFor({ state: "detached" });
+    await page.locator("trim-dialog").waitFor({ state: "detached" });
     await viewer(page, "Final").waitFor();
     await page.keyboard.press("c");
     const top = page.getByRole("textbox", { name: "Top text" });
@@ -319,7 +319,7 @@ pageTest("Back and Esc close the dialog first, and no caption is lost unasked", 
     await expectAccessible(page);
     await page.goBack();
     await question.getByRole("button", { name: "Discard" }).click();
-    await top.waitFor({ state: "detached" });
+    await page.locator("caption-dialog").waitFor({ state: "detached" });
     // The viewer is still the entry before which the grid is.
     await page.goBack();
     await focusOn(page, "Final");

@@ -1,6 +1,6 @@
 // Which thumbnails are asked for, and when. Few are under way at a time, those that are seen come first, and what
 // has left the view is not asked for any more.
-import type { Capture } from "./capture.js";
+import { fileKey, type Capture } from "./capture.js";
 
 /** What an image shows, and how many bytes the page keeps for it. */
 export interface Found {
@@ -24,6 +24,7 @@ export type Thumbnail = { readonly source: string } | "broken" | undefined;
 const IN_FLIGHT = 3;
 const CACHE_BYTES = 48 * 1024 * 1024;
 
+// A file that has changed has another thumbnail, and a broken one gets another chance.
 export class Thumbnails {
     #wanted: Capture[] = [];
     readonly #underWay = new Map<string, { load: Load; canceled: boolean }>();
@@ -50,7 +51,7 @@ export class Thumbnails {
 
     /** What there is for a capture at this moment. */
     get(capture: Capture): Thumbnail {
-        const key = keyOf(capture);
+        const key = fileKey(capture);
         if (this.#broken.has(key)) return "broken";
         const found = this.#cache.get(key);
         if (!found) return undefined;
@@ -61,14 +62,14 @@ export class Thumbnails {
 
     /** Replaces everything that waits. The first ones are asked for first. */
     want(captures: readonly Capture[]): void {
-        this.#wanted = captures.filter((capture) => !this.#isSettled(keyOf(capture)));
-        const keys = new Set(this.#wanted.map(keyOf));
+        this.#wanted = captures.filter((capture) => !this.#isSettled(fileKey(capture)));
+        const keys = new Set(this.#wanted.map(fileKey));
         for (const [key, one] of this.#underWay) if (!keys.has(key)) this.#cancel(one);
         this.#next();
     }
 
     retry(capture: Capture): void {
-        this.#broken.delete(keyOf(capture));
+        this.#broken.delete(fileKey(capture));
         if (!this.#wanted.includes(capture)) this.#wanted.unshift(capture);
         this.onChange();
         this.#next();
@@ -88,7 +89,7 @@ export class Thumbnails {
     #next(): void {
         while (!this.#paused && this.#underWay.size < this.limits.inFlight) {
             const capture = this.#wanted.find(
-                (one) => !this.#underWay.has(keyOf(one)) && !this.#isSettled(keyOf(one)),
+                (one) => !this.#underWay.has(fileKey(one)) && !this.#isSettled(fileKey(one)),
             );
             if (!capture) return;
             this.#start(capture);
@@ -102,7 +103,7 @@ export class Thumbnails {
     }
 
     #start(capture: Capture): void {
-        const key = keyOf(capture);
+        const key = fileKey(capture);
         const load = this.load(capture);
         const one = { load, canceled: false };
         this.#underWay.set(key, one);
@@ -110,7 +111,7 @@ export class Thumbnails {
             this.#underWay.delete(key);
             // After a failure of the channel, only the next change of the view asks again.
             if (found === undefined && !one.canceled)
-                this.#wanted = this.#wanted.filter((other) => keyOf(other) !== key);
+                this.#wanted = this.#wanted.filter((other) => fileKey(other) !== key);
             this.#settle(key, found);
             this.#next();
         };
@@ -133,9 +134,4 @@ export class Thumbnails {
             this.#bytes -= bytes;
         }
     }
-}
-
-// A file that has changed has another thumbnail, and a broken one gets another chance.
-function keyOf({ path, version }: Capture): string {
-    return `${version}\n${path}`;
 }

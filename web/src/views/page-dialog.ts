@@ -71,7 +71,9 @@ export function openDialog(dialog: PageDialog): Promise<void> {
     });
 }
 
-/** The dialog that was opened last, if one is open. */
-export function topDialog(): PageDialog | null {
-    return (dialogs()?.lastElementChild as PageDialog | null | undefined) ?? null;
+/** Leaves the dialog that was opened last. Returns false when none is open. */
+export function leaveTopDialog(): boolean {
+    const top = [...(dialogs()?.querySelectorAll("dialog[open]") ?? [])].at(-1)?.parentElement;
+    void (top as PageDialog | null | undefined)?.leave();
+    return !!top;
 }

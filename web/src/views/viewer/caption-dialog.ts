@@ -15,6 +15,7 @@ export class CaptionDialog extends PageDialog {
     isSaved = false;
     protected readonly heading = text.captionTitle;
     #lines = { top: "", bottom: "" };
+    #isAsking = false;
     #isSaving = false;
     #failure = "";
 
@@ -24,6 +25,7 @@ export class CaptionDialog extends PageDialog {
     }
 
     override async leave(): Promise<void> {
+        if (this.#isAsking) return;
         const { top, bottom } = this.capture.caption;
         const isChanged = this.#lines.top !== top || this.#lines.bottom !== bottom;
         const question = {
@@ -31,7 +33,9 @@ export class CaptionDialog extends PageDialog {
             explanation: text.captionUnsaved,
             action: text.captionDiscard,
         };
+        this.#isAsking = true;
         if (!isChanged || (await confirmed(question))) this.close();
+        this.#isAsking = false;
     }
 
     protected override firstUpdated(): void {

@@ -1,15 +1,14 @@
 // One capture, as large as the window allows, with what can be done with it.
 import { html, nothing, type TemplateResult } from "lit/html.js";
-import { repeat } from "lit/directives/repeat.js";
-import type { Capture } from "../../model/capture.js";
+import { fileKey, type Capture } from "../../model/capture.js";
 import { Viewing } from "../../model/viewing.js";
 import * as text from "../../strings/en.js";
 import { send, type Clip, type Context } from "../context.js";
-import { openDialog, topDialog, type PageDialog } from "../page-dialog.js";
+import { openDialog } from "../page-dialog.js";
 import { PageElement } from "../page-element.js";
 import { TrimDialog } from "../trim/trim-dialog.js";
 import { CaptionDialog } from "./caption-dialog.js";
-import { detailsPanel } from "./details-panel.js";
+import { copied, detailsPanel } from "./details-panel.js";
 import { Preloader } from "./preloader.js";
 import type { ImageStage } from "./image-stage.js";
 import type { Playback } from "./playback.js";
@@ -19,15 +18,12 @@ import { ViewerHistory } from "./viewer-history.js";
 import { media } from "./viewer-media.js";
 import { actionOf, isForViewer } from "./viewer-input.js";
 
-// A file that has changed is another one.
-const keyOf = ({ version, path }: Capture): string => `${version}\n${path}`;
-
 export class CaptureViewer extends PageElement {
     context!: Context;
     #viewing!: Viewing;
     #showsDetails = false;
     // What works on the capture: its caption, or its clip.
-    #inner: PageDialog | null = null;
+    #inner: CaptionDialog | TrimDialog | null = null;
     #message = "";
     // Which file the browser could not show, and how often it was asked to try again.
     #failed = "";
@@ -38,7 +34,7 @@ export class CaptureViewer extends PageElement {
     readonly #preloader = new Preloader();
     #clip: Clip | null = null;
     readonly #history = new ViewerHistory(
-        () => this.#onBack(),
+        () => this.#dialog.close(),
         (path) => this.#reopen(path),
     );
 
@@ -115,17 +111,11 @@ export class CaptureViewer extends PageElement {
         `;
     }
 
-    // Another file, and another attempt, is another element.
     #stage(capture: Capture): unknown {
         const { context } = this;
         const playback = this.#playback;
-        const attempts = this.#attempts;
-        const failed = this.#failed === keyOf(capture);
-        return repeat(
-            [capture],
-            () => `${attempts}\n${keyOf(capture)}`,
-            () => media(capture, { context, playback, failed, attempt: attempts }),
-        );
+        const failed = this.#failed === fileKey(capture);
+        return media(capture, { context, playback, failed, attempt: this.#attempts });
     }
 
     // Shows the current capture, after it has become another one or has changed.
@@ -182,52 +172,33 @@ export class CaptureViewer extends PageElement {
         else if (action === "details") this.#showsDetails = !this.#showsDetails;
         else if (action === "delete") send(this, "delete-captures", [capture.path]);
         else if (action === "close") this.#dialog.close();
-        else if (action === "caption") void this.#writeCaption(capture);
-        else if (capture.kind === "video") void this.#trim(capture);
+        else if (action === "caption") void this.#openInner(new CaptionDialog(), capture);
+        else if (capture.kind === "video") void this.#openInner(new TrimDialog(), capture);
         this.requestUpdate();
-    }
-
-    async #writeCaption(capture: Capture): Promise<void> {
-        const dialog = Object.assign(new CaptionDialog(), { context: this.context, capture });
-        await this.#openInner(dialog);
-        if (dialog.isSaved) this.#say(text.captionSaved);
     }
 
     // A cut goes on after its dialog has been closed, and reports then, too.
-    #trim(capture: Capture): Promise<void> {
-        const dialog = Object.assign(new TrimDialog(), { context: this.context, capture });
+    async #openInner(dialog: CaptionDialog | TrimDialog, capture: Capture): Promise<void> {
         dialog.addEventListener("hold-capture", ({ detail }) => (this.#viewing.held = detail));
         dialog.addEventListener("clip-cut", ({ detail }) => this.#onClip(detail));
         dialog.addEventListener("report-failure", ({ detail }) => send(this, "report-failure", detail));
-        return this.#openInner(dialog);
-    }
-
-    async #openInner(dialog: PageDialog): Promise<void> {
         this.querySelector("video")?.pause();
         this.#playback.begins = false;
         this.#inner = dialog;
-        await openDialog(dialog);
-        this.#inner = null;
+        await openDialog(Object.assign(dialog, { context: this.context, capture }));
+        // Another one may have been opened before this one has reported its end.
+        if (this.#inner === dialog) this.#inner = null;
+        if (dialog instanceof CaptionDialog && dialog.isSaved) this.#message = text.captionSaved;
         this.requestUpdate();
-    }
-
-    // A dialog goes first, and the viewer only when none is open.
-    #onBack(): boolean {
-        const dialog = topDialog();
-        if (dialog) void dialog.leave();
-        else this.#dialog.close();
-        return dialog === null;
     }
 
     readonly #onKey = (event: KeyboardEvent): void => {
         if (!isForViewer(event)) return;
         const stage = this.querySelector<ImageStage | VideoPlayer>("image-stage, video-player");
-        const action = actionOf(event);
-        if (stage?.handleKey(event)) event.preventDefault();
-        else if (action) {
-            event.preventDefault();
-            this.#act(action);
-        }
+        const isStages = stage?.handleKey(event);
+        const action = isStages ? undefined : actionOf(event);
+        if (action) this.#act(action);
+        if (isStages || action) event.preventDefault();
     };
 
     readonly #onClose = (event: Event): void => {
@@ -253,7 +224,7 @@ export class CaptureViewer extends PageElement {
     }
 
     #onFailed(capture: Capture): void {
-        this.#failed = keyOf(capture);
+        this.#failed = fileKey(capture);
         this.#preloader.want(this.#viewing.nearby());
         this.requestUpdate();
     }
@@ -270,12 +241,7 @@ export class CaptureViewer extends PageElement {
     }
 
     async #copyPath(): Promise<void> {
-        try {
-            await navigator.clipboard.writeText(this.#viewing.current?.path ?? "");
-            this.#say(text.detailsCopied);
-        } catch (error) {
-            this.#say(text.failed((error as Error).message));
-        }
+        this.#say(await copied(this.#viewing.current?.path ?? ""));
     }
 }
 

@@ -32,3 +32,13 @@ export function detailsPanel(capture: Capture, copyPath: () => void): TemplateRe
         <button @click=${copyPath}>${text.detailsCopyPath}</button>
     </section>`;
 }
+
+/** Copies a path, and returns what to say about it. */
+export async function copied(path: string): Promise<string> {
+    try {
+        await navigator.clipboard.writeText(path);
+        return text.detailsCopied;
+    } catch (error) {
+        return text.failed((error as Error).message);
+    }
+}

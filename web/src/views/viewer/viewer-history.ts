@@ -1,5 +1,6 @@
 // The viewer's one entry in the browser's history, so that Back closes it and a reload opens it again. The address
 // stays as it is.
+import { leaveTopDialog } from "../page-dialog.js";
 
 interface State {
     readonly viewing?: string;
@@ -13,8 +14,7 @@ export class ViewerHistory {
     #returning = false;
 
     constructor(
-        /** Somebody went back from the viewer. Returns false when the viewer stays, and its entry with it. */
-        private readonly onBack: () => boolean,
+        private readonly onBack: () => void,
         private readonly onForward: (path: string) => void,
     ) {}
 
@@ -64,9 +64,10 @@ export class ViewerHistory {
         if (this.viewing !== "") {
             if (!this.#returning) this.onForward(this.viewing);
             this.#returning = false;
-        } else if (!this.onBack()) {
+        } else if (leaveTopDialog()) {
+            // The viewer stays, and its entry with it.
             this.#returning = true;
             history.forward();
-        }
+        } else this.onBack();
     };
 }

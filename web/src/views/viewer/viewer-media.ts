@@ -1,6 +1,7 @@
 // What the viewer shows of a capture: a picture, a video, or why there is none.
+import { repeat } from "lit/directives/repeat.js";
 import { html, type TemplateResult } from "lit/html.js";
-import type { Capture } from "../../model/capture.js";
+import { fileKey, type Capture } from "../../model/capture.js";
 import type { Context } from "../context.js";
 import "./image-stage.js";
 import type { Playback } from "./playback.js";
@@ -15,7 +16,7 @@ export interface MediaState {
     readonly attempt: number;
 }
 
-export function media(capture: Capture, { context, playback, failed, attempt }: MediaState): TemplateResult {
+function element(capture: Capture, { context, playback, failed, attempt }: MediaState): TemplateResult {
     if (capture.kind === "other" || failed)
         return html`<unshown-capture .context=${context} .capture=${capture}></unshown-capture>`;
     const thumbnail = context.thumbnails.get(capture);
@@ -29,4 +30,13 @@ export function media(capture: Capture, { context, playback, failed, attempt }: 
         .attempt=${attempt}
         .playback=${playback}
     ></video-player>`;
+}
+
+/** Another file, and another attempt, is another element. */
+export function media(capture: Capture, state: MediaState): unknown {
+    return repeat(
+        [capture],
+        () => `${state.attempt}\n${fileKey(capture)}`,
+        () => element(capture, state),
+    );
 }
