@@ -87,7 +87,8 @@ pageTest("captures come back with the drive that they are on", site, async (page
     await expectAccessible(page);
     rmSync(drive);
     renameSync(away, drive);
-    await cell(page, "Lap 89").locator("img").waitFor();
+    // The gallery looks for the drive after 5 s, and later after 30 s.
+    await cell(page, "Lap 89").locator("img").waitFor({ timeout: 45_000 });
     await page.getByRole("heading", { name: /^Gallery 1\d\d captures$/ }).waitFor();
 });
 

@@ -400,7 +400,10 @@ pageTest(
         await page.keyboard.press("Enter");
         await button(page, "Replace original").click();
         await button(page, "Replace it now").click();
-        await focusOn(page, "Final");
+        // The focus is on the clip, and not on what it takes the place of.
+        await page.waitForFunction(() =>
+            document.activeElement?.matches('[aria-label^="Final, "][data-badge="0:02"]'),
+        );
         await page.getByText("The clip was saved").waitFor({ state: "attached" });
         await page.keyboard.press("Enter");
         await page.waitForFunction(

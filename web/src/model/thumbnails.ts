@@ -75,7 +75,7 @@ export class Thumbnails {
         this.#next();
     }
 
-    /** While the connection is lost, failures say nothing about files, nor do those of just before. */
+    /** While the connection or the drive is lost, failures say nothing about files, nor do those of just before. */
     pause(paused: boolean): void {
         if (this.#paused && !paused) this.#broken.clear();
         this.#paused = paused;

@@ -139,7 +139,7 @@ export class GalleryPage extends PageElement {
     #onChange({ added }: Change): void {
         const { gallery, selection, thumbnails } = this.context;
         selection.keepShown(gallery.isShown, gallery.captures);
-        thumbnails.pause(gallery.connection !== "open");
+        thumbnails.pause(gallery.connection !== "open" || gallery.status === "missing");
         if (added.length > 0)
             this.#announced =
                 added.length === 1 ? text.captured(added[0]!.title) : text.capturedSeveral(added.length);
