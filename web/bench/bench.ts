@@ -1,6 +1,7 @@
 // Measures the page on 10,000 captures in 200 games, in Chromium and against the real library, and prints the
 // results beside their goals. Other work on the machine shows in all of them.
 import { loadavg } from "node:os";
+import { gzipSync } from "node:zlib";
 import type { Page } from "playwright-core";
 import { Site, startBrowser, stopBrowser } from "../tests/gallery.js";
 
@@ -208,12 +209,30 @@ async function heap(page: Page): Promise<void> {
     print("heap after a collection", `${(usedSize / 1e6).toFixed(1)} MB`, "8 MB and the cache");
 }
 
+/** All scripts and styles that a load asks for, each compressed by itself as gzip -9 does. */
+async function sizeOf(page: Page): Promise<void> {
+    await page.goto(site.launch);
+    await page.getByRole("main").waitFor();
+    const loaded: Promise<Buffer>[] = [];
+    page.on("response", (response) => {
+        if (/\.(js|css)$/.test(response.url())) loaded.push(response.body());
+    });
+    await page.reload();
+    await page.getByRole("gridcell").first().waitFor();
+    const bytes = (await Promise.all(loaded)).reduce(
+        (sum, text) => sum + gzipSync(text, { level: 9 }).length,
+        0,
+    );
+    print("script and style, compressed", `${(bytes / 1000).toFixed(1)} kB`, "45 kB");
+}
+
 /** A server and a browser that have made no thumbnail yet. */
 async function coldStart(): Promise<void> {
     await site.start();
     const page = await site.blankPage();
     // The library is up when it answers.
     await firstPaint(page, "made anew", () => page.goto(site.launch));
+    await page.context().close();
 }
 
 try {
@@ -233,6 +252,8 @@ try {
     await heap(page);
     await page.context().close();
     await coldStart();
+    await site.start();
+    await sizeOf(await site.blankPage());
     console.log(`load ${loadavg()[0]!.toFixed(1)}`);
 } finally {
     await stopBrowser();

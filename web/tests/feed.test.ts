@@ -152,13 +152,21 @@ test("a scan and a missing folder are watched until they are over, by one timer"
     await tick();
     assert.equal(side.gallery.status, "scanning");
     side.records = [record("G/a.png")];
-    side.news({ galleryPathUpdateStatus: { status: "TrackerUpdateInProgress" } });
+    // One comes for each file that is looked through.
+    const newFile = () => side.news({ galleryPathUpdateStatus: { status: "TrackerUpdateInProgress" } });
+    const asked = side.asked.length;
+    for (let file = 0; file < 50; ++file) newFile();
     await tick();
+    assert.equal(side.asked.length, asked);
     await side.runTimers();
     assert.deepEqual([side.gallery.status, side.titles, side.timers.length], ["scanning", "a", 1]);
     side.status = "TrackerUpdateComplete";
     await side.runTimers();
     assert.deepEqual([side.gallery.status, side.timers.length], ["ready", 0]);
+    for (let file = 0; file < 50; ++file) newFile();
+    assert.deepEqual([side.gallery.status, side.timers.length], ["scanning", 1]);
+    await side.runTimers();
+    assert.equal(side.gallery.status, "ready");
     side.records = [];
     side.folder = false;
     side.news(deleted("a"));

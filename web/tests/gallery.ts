@@ -38,6 +38,8 @@ export class Site {
     home = this.folder;
     private host: ChildProcess | null = null;
     launch = "";
+    /** KiB; the server cannot write beyond this, as on a full drive. */
+    largestFile: number | "unlimited" = "unlimited";
     private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
 
     get gallery(): string {
@@ -90,11 +92,12 @@ export class Site {
         return join(this.home, ".local/share/ZORVEX/OvirastreamX/Share/PagePreferences.json");
     }
 
-    /** Starts the server, with more arguments; again where one runs, whose browsers it does not know. */
+    /** Starts the server, with more arguments; again on the same port, where browsers are unknown to it. */
     async start(...more: string[]): Promise<void> {
         await this.end();
         this.known = null;
-        const server = this.run(["page", "--no-open", "--port", "0", ...more]);
+        const port = this.launch === "" ? "0" : new URL(this.launch).port;
+        const server = this.run(["page", "--no-open", "--port", port, ...more]);
         const [line] = (await once(createInterface(server.stdout!), "line")) as [string];
         this.launch = line.trim();
     }
@@ -114,7 +117,8 @@ export class Site {
             XDG_DATA_HOME: join(home, ".local/share"),
             TMPDIR: this.folder,
         };
-        this.host = spawn(host, words, { env, stdio: ["pipe", "pipe", "ignore"] });
+        const limit = `trap "" XFSZ; ulimit -f ${this.largestFile}; exec "$0" "$@"`;
+        this.host = spawn("bash", ["-c", limit, host, ...words], { env, stdio: ["pipe", "pipe", "ignore"] });
         return this.host;
     }
 
@@ -134,9 +138,10 @@ export class Site {
         return page;
     }
 
-    private async end(): Promise<void> {
-        if (this.host === null || this.host.exitCode !== null) return;
-        this.host.kill("SIGINT");
+    /** Ends the server, at once and without a word for SIGKILL. */
+    async end(signal: "SIGINT" | "SIGKILL" = "SIGINT"): Promise<void> {
+        if (this.host === null || this.host.exitCode !== null || this.host.signalCode !== null) return;
+        this.host.kill(signal);
         await once(this.host, "exit");
     }
 
@@ -184,6 +189,7 @@ export function pageTest(
             assert.deepEqual(faults, []);
         } catch (error) {
             mkdirSync(screenshots, { recursive: true });
+            if (page.isClosed()) throw error;
             await page.screenshot({ path: join(screenshots, `${name.replace(/\W+/g, "-")}.png`) });
             throw error;
         } finally {
@@ -204,4 +210,18 @@ export async function expectAccessible(page: Page): Promise<void> {
         returnByValue: true,
     });
     assert.deepEqual(result.value, []);
+}
+
+/** Asks as a program of the client does, over the page's own channel. */
+export function request(page: Page, method: string, payload: object): Promise<Record<string, never>> {
+    type Query = { request: string; onSuccess(text: string): void };
+    return page.evaluate(
+        (envelope) =>
+            new Promise((resolve) => {
+                const { cefQuery } = window as unknown as { cefQuery(query: Query): void };
+                const onSuccess = (text: string) => resolve(JSON.parse(text).payload);
+                cefQuery({ request: JSON.stringify(envelope), onSuccess });
+            }),
+        { method, payload, uniqueid: `test-${method}`, type: 3072, module: "Gallery" },
+    );
 }

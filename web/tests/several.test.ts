@@ -4,7 +4,7 @@ import { existsSync, mkdirSync, readdirSync, readFileSync, renameSync, writeFile
 import { join } from "node:path";
 import { after, before } from "node:test";
 import type { Locator, Page } from "playwright-core";
-import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+import { expectAccessible, pageTest, request, Site, startBrowser, stopBrowser } from "./gallery.js";
 
 const site = new Site();
 const LAPS = 110;
@@ -241,20 +241,6 @@ pageTest("the keys are listed on demand, but not while one types", site, async (
     await keys.waitFor({ state: "detached" });
     await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Lap 80, "));
 });
-
-// As a program of the client does it, over the page's own channel.
-function request(page: Page, method: string, payload: object): Promise<Record<string, never>> {
-    type Query = { request: string; onSuccess(text: string): void };
-    return page.evaluate(
-        (envelope) =>
-            new Promise((resolve) => {
-                const { cefQuery } = window as unknown as { cefQuery(query: Query): void };
-                const onSuccess = (text: string) => resolve(JSON.parse(text).payload);
-                cefQuery({ request: JSON.stringify(envelope), onSuccess });
-            }),
-        { method, payload, uniqueid: `test-${method}`, type: 3072, module: "Gallery" },
-    );
-}
 
 pageTest("of a session's highlights one keeps what one chooses", site, async (page) => {
     const shown = page.getByRole("gridcell", { name: /^Photo finish, Highlight/ });

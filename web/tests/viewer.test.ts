@@ -280,13 +280,49 @@ pageTest("a caption is seen as it is typed, and survives a failure", site, async
     await expectAccessible(page);
     assert.equal(await page.getByRole("textbox", { name: "Top text" }).inputValue(), "When the tyres ");
     await page.getByRole("textbox", { name: "Bottom text" }).fill("were cold");
+    const other = await page.context().newPage();
+    await other.goto(page.url());
+    await open(other, "Lap 58");
+    await page.bringToFront();
     await page.keyboard.press("Enter");
     await page.getByText("The caption was saved").waitFor();
     await viewer(page, "Lap 58").getByText("were cold").waitFor();
-    await page.reload();
-    await viewer(page, "Lap 58").waitFor();
-    await page.keyboard.press("i");
-    await page.getByRole("region", { name: "Details" }).getByText("were cold").waitFor();
+    await other.bringToFront();
+    await viewer(other, "Lap 58").getByText("were cold").waitFor();
+    // The reload keeps the filter, too.
+    await other.reload();
+    await viewer(other, "Lap 58").waitFor();
+    await other.keyboard.press("i");
+    await other.getByRole("region", { name: "Details" }).getByText("were cold").waitFor();
+    await other.keyboard.press("Escape");
+    await other.getByRole("heading", { name: "Gallery 1 capture" }).waitFor();
+});
+
+pageTest("Back and Esc close the dialog first, and no caption is lost unasked", site, async (page) => {
+    await open(page, "Final");
+    await page.keyboard.press("t");
+    await slider(page, "Start").waitFor();
+    await page.goBack();
+    await page.locator("trim-dialog").waitFor({ state: "detached" });
+    await viewer(page, "Final").waitFor();
+    await page.keyboard.press("c");
+    const top = page.getByRole("textbox", { name: "Top text" });
+    await top.fill("And the winner is");
+    const question = page.getByRole("dialog", { name: "Discard the caption?" });
+    for (const leave of [() => page.goBack(), () => page.keyboard.press("Escape")]) {
+        await leave();
+        await question.waitFor();
+        await page.keyboard.press("Escape");
+        await question.waitFor({ state: "detached" });
+        assert.equal(await top.inputValue(), "And the winner is");
+    }
+    await expectAccessible(page);
+    await page.goBack();
+    await question.getByRole("button", { name: "Discard" }).click();
+    await page.locator("caption-dialog").waitFor({ state: "detached" });
+    // The viewer is still the entry before which the grid is.
+    await page.goBack();
+    await focusOn(page, "Final");
 });
 
 pageTest(
@@ -364,7 +400,10 @@ pageTest(
         await page.keyboard.press("Enter");
         await button(page, "Replace original").click();
         await button(page, "Replace it now").click();
-        await focusOn(page, "Final");
+        // The focus is on the clip, and not on what it takes the place of.
+        await page.waitForFunction(() =>
+            document.activeElement?.matches('[aria-label^="Final, "][data-badge="0:02"]'),
+        );
         await page.getByText("The clip was saved").waitFor({ state: "attached" });
         await page.keyboard.press("Enter");
         await page.waitForFunction(

@@ -121,6 +121,36 @@ TEST(PageSocket, AllPagesShareOneSubscription) {
     EXPECT_TRUE(Has(one.Read(), "too many subscriptions"));
 }
 
+TEST(PageSocket, EqualRequestsThatOnlyReadShareOneAnswer) {
+    RunningPage page;
+    Tab first(page);
+    Tab one(page);
+    Tab other(page);
+    const auto ask = [](Tab& tab, const char* id) {
+        tab.Send(std::string(R"({"uniqueid":")") + id +
+                 R"(","method":"GetDriveInfo","payload":{"file":"held"}})");
+    };
+    const auto release = [&page](int sent) {
+        while (page.Seen("GetDriveInfo") < sent) {
+        }
+        page.Ask("CheckDiskSpace", R"({"release":1})");
+    };
+    ask(first, "1");
+    while (page.Seen("GetDriveInfo") < 1) {
+    }
+    // The answer that is under way may be out of date already, so these wait for the next one.
+    ask(one, "2");
+    ask(other, "3");
+    for (Tab* tab : {&one, &other})
+        EXPECT_TRUE(Has(tab->Ask("GetSettings", "{}"), R"("method":"GetSettings")"));
+    release(1);
+    EXPECT_TRUE(Has(first.Read(), R"("reference_uniqueid":"1")"));
+    release(2);
+    EXPECT_TRUE(Has(one.Read(), R"("reference_uniqueid":"2")"));
+    EXPECT_TRUE(Has(other.Read(), R"("reference_uniqueid":"3")"));
+    EXPECT_EQ(page.Seen("GetDriveInfo"), 2);
+}
+
 TEST(PageSocket, RequestsInFlightAreBounded) {
     RunningPage page;
     Tab greedy(page);

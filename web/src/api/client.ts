@@ -40,7 +40,7 @@ export interface NewsListener<N extends keyof Notifications> {
 
 export class Client {
     // Of `follow`, by the name of the notification.
-    private readonly followed = new Map<string, Set<(news: never) => void>>();
+    readonly #followed = new Map<string, Set<(news: never) => void>>();
 
     constructor(
         private readonly channel: Channel,
@@ -66,15 +66,15 @@ export class Client {
      * the connection was lost nothing comes to those who followed before.
      */
     follow<N extends keyof Notifications>(method: N, onNews: (news: News<N>) => void): () => void {
-        const known = this.followed.get(method);
+        const known = this.#followed.get(method);
         const followers = known ?? new Set();
         followers.add(onNews);
         if (!known) {
-            this.followed.set(method, followers);
+            this.#followed.set(method, followers);
             this.subscribe(method, {
                 onNews: (news) => followers.forEach((follower) => (follower as typeof onNews)(news)),
                 onGap: () => {},
-                onEnd: () => this.followed.delete(method),
+                onEnd: () => this.#followed.delete(method),
             });
         }
         return () => followers.delete(onNews);

@@ -15,29 +15,29 @@ export interface Group {
 
 export class Arrangement {
     readonly groups: Group[] = [];
-    private readonly byKey = new Map<string, Group>();
-    private readonly compare: Compare;
-    private total = 0;
+    readonly #byKey = new Map<string, Group>();
+    readonly #compare: Compare;
+    #total = 0;
 
     constructor(
         captures: Iterable<Capture>,
         readonly grouping: Grouping,
         readonly sort: Sort,
     ) {
-        this.compare = compareOf(sort);
+        this.#compare = compareOf(sort);
         for (const capture of captures) {
-            const key = this.keyOf(capture);
-            const group = this.byKey.get(key);
+            const key = this.#keyOf(capture);
+            const group = this.#byKey.get(key);
             if (group) group.captures.push(capture);
-            else this.byKey.set(key, { key, captures: [capture], start: 0 });
+            else this.#byKey.set(key, { key, captures: [capture], start: 0 });
         }
-        for (const group of this.byKey.values()) group.captures.sort(this.compare);
-        this.groups.push(...[...this.byKey.values()].sort((a, b) => this.compareGroups(a, b)));
+        for (const group of this.#byKey.values()) group.captures.sort(this.#compare);
+        this.groups.push(...[...this.#byKey.values()].sort((a, b) => this.#compareGroups(a, b)));
         this.count();
     }
 
     get length(): number {
-        return this.total;
+        return this.#total;
     }
 
     at(index: number): Capture | undefined {
@@ -47,9 +47,9 @@ export class Arrangement {
 
     /** The place of a capture in the whole order, or -1. */
     indexOf(capture: Capture): number {
-        const group = this.byKey.get(this.keyOf(capture));
+        const group = this.#byKey.get(this.#keyOf(capture));
         if (!group) return -1;
-        const place = placeOf(group.captures, capture, this.compare);
+        const place = placeOf(group.captures, capture, this.#compare);
         return group.captures[place]?.path === capture.path ? group.start + place : -1;
     }
 
@@ -69,53 +69,53 @@ export class Arrangement {
     between(first: number, last: number): Capture[] {
         const [from, to] = first <= last ? [first, last] : [last, first];
         const found: Capture[] = [];
-        for (let index = Math.max(from, 0); index <= Math.min(to, this.total - 1); ++index)
+        for (let index = Math.max(from, 0); index <= Math.min(to, this.#total - 1); ++index)
             found.push(this.at(index)!);
         return found;
     }
 
     /** Groups that are there keep their places, so that nothing jumps while somebody looks at it. */
     insert(capture: Capture): void {
-        const key = this.keyOf(capture);
-        let group = this.byKey.get(key);
+        const key = this.#keyOf(capture);
+        let group = this.#byKey.get(key);
         if (!group) {
             group = { key, captures: [], start: 0 };
-            this.byKey.set(key, group);
+            this.#byKey.set(key, group);
             const added: Group = { key, captures: [capture], start: 0 };
-            const place = this.groups.findIndex((other) => this.compareGroups(added, other) < 0);
+            const place = this.groups.findIndex((other) => this.#compareGroups(added, other) < 0);
             this.groups.splice(place < 0 ? this.groups.length : place, 0, group);
         }
-        group.captures.splice(placeOf(group.captures, capture, this.compare), 0, capture);
+        group.captures.splice(placeOf(group.captures, capture, this.#compare), 0, capture);
     }
 
     remove(capture: Capture): void {
-        const group = this.byKey.get(this.keyOf(capture));
+        const group = this.#byKey.get(this.#keyOf(capture));
         if (!group) return;
-        const place = placeOf(group.captures, capture, this.compare);
+        const place = placeOf(group.captures, capture, this.#compare);
         if (group.captures[place]?.path !== capture.path) return;
         group.captures.splice(place, 1);
         if (group.captures.length > 0) return;
-        this.byKey.delete(group.key);
+        this.#byKey.delete(group.key);
         this.groups.splice(this.groups.indexOf(group), 1);
     }
 
     /** Ends a series of changes: until then indexes and length are those from before it. */
     count(): void {
-        this.total = 0;
+        this.#total = 0;
         for (const group of this.groups) {
-            group.start = this.total;
-            this.total += group.captures.length;
+            group.start = this.#total;
+            this.#total += group.captures.length;
         }
     }
 
-    private keyOf(capture: Capture): string {
+    #keyOf(capture: Capture): string {
         return this.grouping === "game" ? capture.game : dayOf(capture);
     }
 
-    private compareGroups(a: Group, b: Group): number {
+    #compareGroups(a: Group, b: Group): number {
         if (this.grouping === "day")
             return this.sort === "oldest" ? compareTexts(a.key, b.key) : compareTexts(b.key, a.key);
         if (this.sort === "name") return compareTexts(a.key, b.key);
-        return this.compare(a.captures[0]!, b.captures[0]!);
+        return this.#compare(a.captures[0]!, b.captures[0]!);
     }
 }

@@ -63,6 +63,11 @@ export function captureOf(record: CaptureRecord | undefined): Capture | null {
     };
 }
 
+/** What a file is known by: one that has changed is another one. */
+export function fileKey({ path, version }: Capture): string {
+    return `${version}\n${path}`;
+}
+
 export function hasCaption({ caption }: Capture): boolean {
     return caption.top !== "" || caption.bottom !== "";
 }

@@ -53,9 +53,9 @@ const NO_ANSWER = "There was no answer for this file";
 export class Deletions {
     /** The latest is the last. */
     batches: readonly Batch[] = [];
-    private readonly timers = new Map<number, () => void>();
-    private listener = (): void => {};
-    private lastId = 0;
+    readonly #timers = new Map<number, () => void>();
+    #listener = (): void => {};
+    #lastId = 0;
 
     constructor(
         private readonly gallery: Gallery,
@@ -68,21 +68,21 @@ export class Deletions {
     }
 
     onChange(listener: () => void): void {
-        this.listener = listener;
+        this.#listener = listener;
     }
 
     /** Deletes them unless somebody undoes it in time. */
     delete(captures: readonly Capture[]): void {
-        const batch = this.begin(captures);
+        const batch = this.#begin(captures);
         if (!batch) return;
-        this.in(UNDO_MS, batch, () => void this.carryOut(batch, this.remover.hasTrash));
-        this.changed();
+        this.#in(UNDO_MS, batch, () => void this.#carryOut(batch, this.remover.hasTrash));
+        this.#changed();
     }
 
     /** Deletes them now; they do not come back. */
     async deleteForGood(captures: readonly Capture[]): Promise<void> {
-        const batch = this.begin(captures);
-        if (batch) await this.carryOut(batch, false);
+        const batch = this.#begin(captures);
+        if (batch) await this.#carryOut(batch, false);
     }
 
     /** The batch that `undo` would take back. */
@@ -94,19 +94,19 @@ export class Deletions {
     async undo(batch = this.undoable): Promise<Batch | undefined> {
         if (batch?.state === "waiting") {
             this.gallery.show(batch.captures);
-            this.drop(batch);
+            this.#drop(batch);
             return batch;
         }
         if (batch?.state !== "trashed") return undefined;
         batch.state = "restoring";
         batch.mentioned = true;
-        this.changed();
-        const failures = await this.failuresOf(batch, (files) => this.remover.restore(files));
+        this.#changed();
+        const failures = await this.#failuresOf(batch, (files) => this.remover.restore(files));
         const lost = new Set(failures.map(({ capture }) => capture));
         // A gallery that has not noticed that they were gone does not report that they are back.
         for (const capture of batch.captures)
             if (!lost.has(capture) && !this.gallery.captures.has(capture.path)) this.gallery.put(capture);
-        this.end(batch, failures);
+        this.#end(batch, failures);
         return batch;
     }
 
@@ -117,48 +117,48 @@ export class Deletions {
 
     /** Somebody has read what there is to say about a batch. */
     dismiss(batch: Batch): void {
-        if (batch.state === "failed") return this.drop(batch);
+        if (batch.state === "failed") return this.#drop(batch);
         batch.mentioned = false;
-        this.changed();
+        this.#changed();
     }
 
-    private begin(all: readonly Capture[]): Batch | null {
+    #begin(all: readonly Capture[]): Batch | null {
         const captures = all.filter((capture) => !this.gallery.isHidden(capture));
         if (captures.length === 0) return null;
         this.gallery.hide(captures);
-        const id = ++this.lastId;
+        const id = ++this.#lastId;
         const batch: Batch = { id, captures, state: "waiting", failures: [], mentioned: true };
         this.batches = [...this.batches, batch];
         return batch;
     }
 
-    private async carryOut(batch: Batch, toTrash: boolean): Promise<void> {
-        this.timers.delete(batch.id);
+    async #carryOut(batch: Batch, toTrash: boolean): Promise<void> {
+        this.#timers.delete(batch.id);
         batch.state = "deleting";
-        this.changed();
+        this.#changed();
         const failures = toTrash
-            ? await this.failuresOf(batch, (files) => this.remover.trash(files))
-            : await this.removeEach(batch);
+            ? await this.#failuresOf(batch, (files) => this.remover.trash(files))
+            : await this.#removeEach(batch);
         const kept = new Set(failures.map(({ capture }) => capture));
         const gone = batch.captures.filter((capture) => !kept.has(capture));
         for (const { path } of gone) this.gallery.remove(path);
         this.gallery.show(batch.captures);
-        if (!toTrash || gone.length === 0) return this.end(batch, failures);
-        this.keepInHistory(batch, gone, failures);
+        if (!toTrash || gone.length === 0) return this.#end(batch, failures);
+        this.#keepInHistory(batch, gone, failures);
     }
 
-    private keepInHistory(batch: Batch, gone: readonly Capture[], failures: readonly Failure[]): void {
+    #keepInHistory(batch: Batch, gone: readonly Capture[], failures: readonly Failure[]): void {
         batch.captures = gone;
         batch.failures = failures;
         batch.state = "trashed";
         const trashed = this.batches.filter(({ state }) => state === "trashed");
-        if (trashed.length > HISTORY) this.drop(trashed[0]!);
+        if (trashed.length > HISTORY) this.#drop(trashed[0]!);
         // Failures stay until somebody has read them.
-        if (failures.length === 0) this.in(MENTIONED_MS, batch, () => this.dismiss(batch));
-        this.changed();
+        if (failures.length === 0) this.#in(MENTIONED_MS, batch, () => this.dismiss(batch));
+        this.#changed();
     }
 
-    private async removeEach({ captures }: Batch): Promise<Failure[]> {
+    async #removeEach({ captures }: Batch): Promise<Failure[]> {
         const failures: Failure[] = [];
         for (const capture of captures)
             await this.remover.remove(capture.path).catch((error: Error) => {
@@ -167,7 +167,7 @@ export class Deletions {
         return failures;
     }
 
-    private async failuresOf(
+    async #failuresOf(
         { captures }: Batch,
         ask: (files: readonly string[]) => Promise<readonly Answer[]>,
     ): Promise<Failure[]> {
@@ -181,27 +181,27 @@ export class Deletions {
         });
     }
 
-    private end(batch: Batch, failures: readonly Failure[]): void {
-        if (failures.length === 0) return this.drop(batch);
+    #end(batch: Batch, failures: readonly Failure[]): void {
+        if (failures.length === 0) return this.#drop(batch);
         batch.failures = failures;
         batch.state = "failed";
-        this.changed();
+        this.#changed();
     }
 
-    private drop(batch: Batch): void {
-        this.timers.get(batch.id)?.();
-        this.timers.delete(batch.id);
+    #drop(batch: Batch): void {
+        this.#timers.get(batch.id)?.();
+        this.#timers.delete(batch.id);
         this.batches = this.batches.filter((one) => one !== batch);
-        this.changed();
+        this.#changed();
     }
 
-    private in(ms: number, batch: Batch, run: () => void): void {
-        this.timers.get(batch.id)?.();
-        this.timers.set(batch.id, this.clock.later(ms, run));
+    #in(ms: number, batch: Batch, run: () => void): void {
+        this.#timers.get(batch.id)?.();
+        this.#timers.set(batch.id, this.clock.later(ms, run));
     }
 
-    private changed(): void {
+    #changed(): void {
         this.batches = [...this.batches];
-        this.listener();
+        this.#listener();
     }
 }

@@ -25,16 +25,16 @@ const LONGEST_WAIT_MS = 5000;
 
 export class Feed {
     // Counts connections; what belongs to an earlier one is ignored.
-    private generation = 0;
+    #generation = 0;
     // Counts loads of the list; a later one takes over from one that is under way.
-    private loads = 0;
-    private failures = 0;
+    #loads = 0;
+    #failures = 0;
     // How often to look again for captures that come back, and how many there were.
-    private polls = 0;
-    private lastSize = 0;
-    private unsubscribe: (() => void)[] = [];
+    #polls = 0;
+    #lastSize = 0;
+    #unsubscribe: (() => void)[] = [];
     // Notifications that came while the list was on its way, which may be older than they are.
-    private newsSinceAsked: News[] | null = null;
+    #newsSinceAsked: News[] | null = null;
 
     constructor(
         private readonly client: Client,
@@ -45,14 +45,14 @@ export class Feed {
     ) {}
 
     start(): void {
-        const generation = ++this.generation;
+        const generation = ++this.#generation;
         const current = <T extends unknown[]>(run: (...values: T) => void) => {
-            return (...values: T) => (generation === this.generation ? run(...values) : undefined);
+            return (...values: T) => (generation === this.#generation ? run(...values) : undefined);
         };
         const reload = current(() => this.reload());
-        const onEnd = current((error: ApiError) => this.onLost(error));
-        const onNews = current((news: News) => this.onNews(news));
-        this.unsubscribe = [
+        const onEnd = current((error: ApiError) => this.#onLost(error));
+        const onNews = current((news: News) => this.#onNews(news));
+        this.#unsubscribe = [
             this.client.subscribe("GalleryNotifications", { onNews, onGap: reload, onEnd }),
             this.client.subscribe("PathChangeNotification", { onNews: reload, onGap: () => {}, onEnd }),
         ];
@@ -61,84 +61,90 @@ export class Feed {
 
     /** Loads the whole list again. */
     reload(): void {
-        const { generation } = this;
-        const load = ++this.loads;
-        const isCurrent = () => generation === this.generation && load === this.loads;
-        this.load(isCurrent).catch((error: unknown) => {
+        ++this.#loads;
+        const isCurrent = this.#untilNextLoad();
+        this.#load(isCurrent).catch((error: unknown) => {
             if (!isCurrent()) return;
             // As while the gallery is moved to another folder.
-            if (isRefusal(error)) this.reloadLater(isCurrent);
-            else this.onLost(error);
+            if (isRefusal(error)) this.#reloadLater();
+            else this.#onLost(error);
         });
     }
 
-    private onLost(error: unknown): void {
-        ++this.generation;
-        for (const end of this.unsubscribe) end();
+    #onLost(error: unknown): void {
+        ++this.#generation;
+        for (const end of this.#unsubscribe) end();
         this.gallery.setConnection(
             error instanceof ApiError && error.code === OUTDATED ? "outdated" : "lost",
         );
-        const wait = this.failures === 0 ? 0 : Math.min(500 * 2 ** this.failures, LONGEST_WAIT_MS);
-        ++this.failures;
+        const wait = this.#failures === 0 ? 0 : Math.min(500 * 2 ** this.#failures, LONGEST_WAIT_MS);
+        ++this.#failures;
         this.scheduler.later(wait, () => this.start());
     }
 
-    private async load(isCurrent: () => boolean): Promise<void> {
+    async #load(isCurrent: () => boolean): Promise<void> {
         const isFirst = this.gallery.captures.size === 0;
         const [settings] = await Promise.all([
-            this.settings(),
-            isFirst ? this.fetch(FIRST_COUNT, isCurrent) : null,
+            this.#settings(),
+            isFirst ? this.#fetch(FIRST_COUNT, isCurrent) : null,
         ]);
         if (!isCurrent()) return;
-        this.failures = 0;
+        this.#failures = 0;
         this.gallery.folder = settings.path ?? "";
         this.gallery.setConnection("open");
-        if (isFirst && this.gallery.captures.size >= FIRST_COUNT) await this.idle();
-        if (!isFirst || this.gallery.captures.size >= FIRST_COUNT) await this.fetch(ALL_COUNT, isCurrent);
-        if (isCurrent()) await this.settle(settings, isCurrent);
+        if (isFirst && this.gallery.captures.size >= FIRST_COUNT) await this.#idle();
+        if (!isFirst || this.gallery.captures.size >= FIRST_COUNT) await this.#fetch(ALL_COUNT, isCurrent);
+        if (isCurrent()) await this.#settle(settings, isCurrent);
     }
 
     // Finds out what it means that the list is as it is, and looks again while that can change unannounced.
-    private async settle(settings: Settings, isCurrent: () => boolean): Promise<void> {
+    async #settle(settings: Settings, isCurrent: () => boolean): Promise<void> {
         const scanning = settings.trackerStatus === "TrackerUpdateInProgress";
-        const missing = !scanning && this.gallery.captures.size === 0 && !(await this.isFolderThere());
+        const missing = !scanning && this.gallery.captures.size === 0 && !(await this.#isFolderThere());
         if (!isCurrent()) return;
-        if (missing) this.polls = POLLS_AFTER_RETURN;
+        if (missing) this.#polls = POLLS_AFTER_RETURN;
         this.gallery.setStatus(scanning ? "scanning" : missing ? "missing" : "ready");
-        if (scanning || missing || this.isReturning()) this.reloadLater(isCurrent);
+        if (scanning || missing || this.#isReturning()) this.#reloadLater();
     }
 
     // Captures of a drive that is back come back one after the other.
-    private isReturning(): boolean {
+    #isReturning(): boolean {
         const { size } = this.gallery.captures;
-        if (this.polls > 0 && size > 0 && size === this.lastSize) this.polls = 0;
-        this.lastSize = size;
-        if (this.polls === 0) return false;
-        --this.polls;
+        if (this.#polls > 0 && size > 0 && size === this.#lastSize) this.#polls = 0;
+        this.#lastSize = size;
+        if (this.#polls === 0) return false;
+        --this.#polls;
         return true;
     }
 
-    private reloadLater(isCurrent: () => boolean): void {
+    #untilNextLoad(): () => boolean {
+        const generation = this.#generation;
+        const load = this.#loads;
+        return () => generation === this.#generation && load === this.#loads;
+    }
+
+    #reloadLater(): void {
+        const isCurrent = this.#untilNextLoad();
         this.scheduler.later(POLL_MS, () => isCurrent() && this.reload());
     }
 
-    private async settings(): Promise<Settings> {
+    async #settings(): Promise<Settings> {
         return (await this.client.request("GetSettings", {})).settings;
     }
 
-    private async fetch(count: number, isCurrent: () => boolean): Promise<void> {
+    async #fetch(count: number, isCurrent: () => boolean): Promise<void> {
         const news: News[] = [];
-        this.newsSinceAsked = news;
+        this.#newsSinceAsked = news;
         const { recents = [] } = await this.client.request("GetRecentUGC", { count });
-        if (!isCurrent() || this.newsSinceAsked !== news) return;
-        this.newsSinceAsked = null;
+        if (!isCurrent() || this.#newsSinceAsked !== news) return;
+        this.#newsSinceAsked = null;
         this.gallery.replace(
             recents.map(captureOf).filter((capture): capture is Capture => capture !== null),
         );
-        for (const one of news) this.apply(one);
+        for (const one of news) this.#apply(one);
     }
 
-    private async isFolderThere(): Promise<boolean> {
+    async #isFolderThere(): Promise<boolean> {
         try {
             await this.client.request("GetDriveInfo", { drive: this.gallery.folder });
             return true;
@@ -148,20 +154,29 @@ export class Feed {
         }
     }
 
-    private idle(): Promise<void> {
+    #idle(): Promise<void> {
         return new Promise((resolve) => this.scheduler.idle(resolve));
     }
 
-    private onNews(news: News): void {
-        this.newsSinceAsked?.push(news);
-        this.apply(news);
-        if (news.galleryPathUpdateStatus) this.reload();
+    #onNews(news: News): void {
+        this.#newsSinceAsked?.push(news);
+        this.#apply(news);
+        const { status } = news.galleryPathUpdateStatus ?? {};
+        if (status === "TrackerUpdateInProgress") this.#followScan();
+        else if (status) this.reload();
         // The last capture may have gone with the drive.
         else if (news.ugcDeleted && this.gallery.captures.size === 0) this.reload();
         this.hear(news);
     }
 
-    private apply(news: News): void {
+    // The gallery reports each file that it looks through; the list is loaded once a second meanwhile.
+    #followScan(): void {
+        if (this.gallery.status === "scanning") return;
+        this.gallery.setStatus("scanning");
+        this.#reloadLater();
+    }
+
+    #apply(news: News): void {
         const saved = captureOf(news.captureSaved?.ugc);
         if (saved) this.gallery.put(saved);
         const deleted = captureOf(news.ugcDeleted?.ugc);

@@ -34,14 +34,14 @@ export class FileJob {
             if (this.state !== "running") break;
             this.current = capture;
             this.onChange();
-            await this.move(capture);
+            await this.#move(capture);
         }
         this.current = undefined;
         if (this.state === "running") this.state = "done";
         this.onChange();
     }
 
-    private async move(capture: Capture): Promise<void> {
+    async #move(capture: Capture): Promise<void> {
         try {
             await this.transfer(capture.path, placeIn(this.folder, capture));
         } catch (error) {

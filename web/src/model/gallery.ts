@@ -32,30 +32,30 @@ export class Gallery {
     status: Status = "loading";
     connection: Connection = "open";
     folder = "";
-    private readonly listeners = new Set<Listener>();
-    private passes: (capture: Capture) => boolean;
+    readonly #listeners = new Set<Listener>();
+    #passes: (capture: Capture) => boolean;
     // Paths of what is about to be deleted.
-    private readonly hidden = new Set<string>();
-    private added: Capture[] = [];
-    private rearranged = false;
-    private scheduled = false;
-    private gameNames: string[] | null = null;
+    readonly #hidden = new Set<string>();
+    #added: Capture[] = [];
+    #rearranged = false;
+    #scheduled = false;
+    #gameNames: string[] | null = null;
     // For the next report, unless everything is arranged anew.
-    private edits: ((arrangement: Arrangement) => void)[] = [];
+    #edits: ((arrangement: Arrangement) => void)[] = [];
 
     /** `schedule` runs a function soon; all changes until then are reported, and drawn, at once. */
     constructor(
         public view: View = { ...NO_FILTER, grouping: "day", sort: "newest" },
         private readonly schedule: (report: () => void) => void = queueMicrotask,
     ) {
-        this.passes = matcher(this.view);
+        this.#passes = matcher(this.view);
         this.arrangement = new Arrangement([], view.grouping, view.sort);
     }
 
     /** Returns a function that ends it. */
     onChange(listener: Listener): () => void {
-        this.listeners.add(listener);
-        return () => this.listeners.delete(listener);
+        this.#listeners.add(listener);
+        return () => this.#listeners.delete(listener);
     }
 
     /** Resolves after the next report in which this holds, at once if it holds already. */
@@ -72,119 +72,119 @@ export class Gallery {
 
     /** The names of all games, sorted. */
     get games(): readonly string[] {
-        this.gameNames ??= [...new Set([...this.captures.values()].map(({ game }) => game))].sort(
+        this.#gameNames ??= [...new Set([...this.captures.values()].map(({ game }) => game))].sort(
             compareTexts,
         );
-        return this.gameNames;
+        return this.#gameNames;
     }
 
-    isShown = (capture: Capture): boolean => this.matches(capture);
+    isShown = (capture: Capture): boolean => this.#matches(capture);
 
     isHidden({ path }: Capture): boolean {
-        return this.hidden.has(path);
+        return this.#hidden.has(path);
     }
 
     /** Shows them no longer, though they are there. */
     hide(captures: readonly Capture[]): void {
         for (const { path } of captures) {
             const known = this.captures.get(path);
-            if (known) this.takeOut(known);
-            this.hidden.add(path);
+            if (known) this.#takeOut(known);
+            this.#hidden.add(path);
         }
-        this.report();
+        this.#report();
     }
 
     /** Ends `hide`. Those that are gone by now stay away. */
     show(captures: readonly Capture[]): void {
         for (const { path } of captures) {
-            const known = this.hidden.delete(path) ? this.captures.get(path) : undefined;
-            if (known && this.matches(known)) this.edits.push((arrangement) => arrangement.insert(known));
+            const known = this.#hidden.delete(path) ? this.captures.get(path) : undefined;
+            if (known && this.#matches(known)) this.#edits.push((arrangement) => arrangement.insert(known));
         }
-        this.report();
+        this.#report();
     }
 
     setView(changes: Partial<View>): void {
         this.view = { ...this.view, ...changes };
-        this.passes = matcher(this.view);
-        this.rearrange();
+        this.#passes = matcher(this.view);
+        this.#rearrange();
     }
 
     setStatus(status: Status): void {
         if (this.status === status) return;
         this.status = status;
-        this.report();
+        this.#report();
     }
 
     setConnection(connection: Connection): void {
         if (this.connection === connection) return;
         this.connection = connection;
-        this.report();
+        this.#report();
     }
 
     /** Takes the place of everything that was known. */
     replace(captures: Iterable<Capture>): void {
         this.captures.clear();
         for (const capture of captures) this.captures.set(capture.path, capture);
-        this.gameNames = null;
-        this.rearrange();
+        this.#gameNames = null;
+        this.#rearrange();
     }
 
     /** A capture that is new, or has changed. */
     put(capture: Capture): void {
         const known = this.captures.get(capture.path);
-        const isNew = !known || this.added.includes(known);
-        if (known) this.takeOut(known);
+        const isNew = !known || this.#added.includes(known);
+        if (known) this.#takeOut(known);
         this.captures.set(capture.path, capture);
-        this.gameNames = null;
-        if (this.matches(capture)) {
-            this.edits.push((arrangement) => arrangement.insert(capture));
-            if (isNew) this.added.push(capture);
+        this.#gameNames = null;
+        if (this.#matches(capture)) {
+            this.#edits.push((arrangement) => arrangement.insert(capture));
+            if (isNew) this.#added.push(capture);
         }
-        this.report();
+        this.#report();
     }
 
     remove(path: string): void {
         const known = this.captures.get(path);
         if (!known) return;
-        this.takeOut(known);
+        this.#takeOut(known);
         this.captures.delete(path);
-        this.gameNames = null;
-        this.report();
+        this.#gameNames = null;
+        this.#report();
     }
 
-    private matches = (capture: Capture): boolean => !this.hidden.has(capture.path) && this.passes(capture);
+    #matches = (capture: Capture): boolean => !this.#hidden.has(capture.path) && this.#passes(capture);
 
-    private takeOut(capture: Capture): void {
-        if (this.matches(capture)) this.edits.push((arrangement) => arrangement.remove(capture));
-        this.added = this.added.filter(({ path }) => path !== capture.path);
+    #takeOut(capture: Capture): void {
+        if (this.#matches(capture)) this.#edits.push((arrangement) => arrangement.remove(capture));
+        this.#added = this.#added.filter(({ path }) => path !== capture.path);
     }
 
-    private rearrange(): void {
-        this.rearranged = true;
-        this.report();
+    #rearrange(): void {
+        this.#rearranged = true;
+        this.#report();
     }
 
-    private bringUpToDate(): void {
-        if (this.rearranged) {
-            const shown = [...this.captures.values()].filter(this.matches);
+    #bringUpToDate(): void {
+        if (this.#rearranged) {
+            const shown = [...this.captures.values()].filter(this.#matches);
             this.arrangement = new Arrangement(shown, this.view.grouping, this.view.sort);
         } else {
-            for (const edit of this.edits) edit(this.arrangement);
+            for (const edit of this.#edits) edit(this.arrangement);
             this.arrangement.count();
         }
-        this.rearranged = false;
-        this.edits = [];
+        this.#rearranged = false;
+        this.#edits = [];
     }
 
-    private report(): void {
-        if (this.scheduled) return;
-        this.scheduled = true;
+    #report(): void {
+        if (this.#scheduled) return;
+        this.#scheduled = true;
         this.schedule(() => {
-            const added = this.added.filter(this.matches);
-            this.scheduled = false;
-            this.added = [];
-            this.bringUpToDate();
-            for (const listener of this.listeners) listener({ added });
+            const added = this.#added.filter(this.#matches);
+            this.#scheduled = false;
+            this.#added = [];
+            this.#bringUpToDate();
+            for (const listener of this.#listeners) listener({ added });
         });
     }
 }

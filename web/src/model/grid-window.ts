@@ -4,7 +4,7 @@ import { Layout, Scale, type Measures, type Row } from "./layout.js";
 
 export class GridWindow {
     readonly layout: Layout;
-    private readonly scale: Scale;
+    readonly #scale: Scale;
 
     /** `height` is the scroller's own. */
     constructor(
@@ -13,16 +13,16 @@ export class GridWindow {
         readonly height: number,
     ) {
         this.layout = new Layout(arrangement, measures);
-        this.scale = new Scale(this.layout.height, height);
+        this.#scale = new Scale(this.layout.height, height);
     }
 
     /** Of the element that is scrolled. */
     get scrollHeight(): number {
-        return this.scale.height;
+        return this.#scale.height;
     }
 
     get overflows(): boolean {
-        return this.scale.height > 2 * this.height;
+        return this.#scale.height > 2 * this.height;
     }
 
     /** Rows of cells that fit. */
@@ -32,21 +32,21 @@ export class GridWindow {
 
     /** The height of the layout at which the view begins. */
     topAt(scrollTop: number): number {
-        return this.scale.toLayout(scrollTop);
+        return this.#scale.toLayout(scrollTop);
     }
 
     scrollTopFor(top: number): number {
-        return this.scale.toScroller(top);
+        return this.#scale.toScroller(top);
     }
 
     /** How much of the whole is above the view, from 0 to 1. */
     progressAt(scrollTop: number): number {
-        const way = this.scale.height - this.height;
+        const way = this.#scale.height - this.height;
         return way > 0 ? Math.min(1, Math.max(0, scrollTop / way)) : 0;
     }
 
     drawnTop(row: Pick<Row, "top">, scrollTop: number): number {
-        return this.scale.drawnTop(row.top, scrollTop);
+        return this.#scale.drawnTop(row.top, scrollTop);
     }
 
     /** The rows that are seen and half a row around them; also that of the pinned index, unless it is -1. */

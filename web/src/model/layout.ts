@@ -39,8 +39,8 @@ export class Layout {
     readonly rowHeight: number;
     readonly height: number;
     readonly rowCount: number;
-    private readonly tops: number[] = [];
-    private readonly firstRows: number[] = [];
+    readonly #tops: number[] = [];
+    readonly #firstRows: number[] = [];
 
     constructor(
         private readonly arrangement: Arrangement,
@@ -54,8 +54,8 @@ export class Layout {
         let top = 0;
         let rows = 0;
         for (const group of arrangement.groups) {
-            this.tops.push(top);
-            this.firstRows.push(rows);
+            this.#tops.push(top);
+            this.#firstRows.push(rows);
             const lines = Math.ceil(group.captures.length / this.columns);
             top += measures.header + lines * this.rowHeight;
             rows += 1 + lines;
@@ -74,7 +74,7 @@ export class Layout {
     }
 
     groupTop(group: number): number {
-        return this.tops[group] ?? this.height;
+        return this.#tops[group] ?? this.height;
     }
 
     /** The top of the row that an index of the whole order is in. */
@@ -83,16 +83,16 @@ export class Layout {
         const group = this.arrangement.groups[place];
         if (!group) return 0;
         const line = Math.floor((index - group.start) / this.columns);
-        return this.tops[place]! + this.measures.header + line * this.rowHeight;
+        return this.#tops[place]! + this.measures.header + line * this.rowHeight;
     }
 
     /** The group whose part of the grid holds this height. */
     groupAtTop(top: number): number {
         let low = 0;
-        let high = this.tops.length - 1;
+        let high = this.#tops.length - 1;
         while (low < high) {
             const middle = (low + high + 1) >> 1;
-            if (this.tops[middle]! <= top) low = middle;
+            if (this.#tops[middle]! <= top) low = middle;
             else high = middle - 1;
         }
         return low;
@@ -102,39 +102,39 @@ export class Layout {
     rowOf(index: number): Row {
         const place = this.arrangement.groupAt(index);
         const group = this.arrangement.groups[place]!;
-        return this.cells(place, Math.floor((index - group.start) / this.columns));
+        return this.#cells(place, Math.floor((index - group.start) / this.columns));
     }
 
     /** All rows that lie, if only in part, between two heights. */
     rowsBetween(from: number, to: number): Row[] {
         const rows: Row[] = [];
         const groups = this.arrangement.groups;
-        for (let place = this.groupAtTop(from); place < groups.length && this.tops[place]! < to; ++place) {
-            const top = this.tops[place]!;
+        for (let place = this.groupAtTop(from); place < groups.length && this.#tops[place]! < to; ++place) {
+            const top = this.#tops[place]!;
             const firstTop = top + this.measures.header;
-            if (firstTop > from) rows.push(this.header(place));
+            if (firstTop > from) rows.push(this.#header(place));
             const lines = Math.ceil(groups[place]!.captures.length / this.columns);
             const last = Math.min(lines, Math.ceil((to - firstTop) / this.rowHeight));
             for (let line = Math.max(0, Math.floor((from - firstTop) / this.rowHeight)); line < last; ++line)
-                rows.push(this.cells(place, line));
+                rows.push(this.#cells(place, line));
         }
         return rows;
     }
 
-    private header(group: number): Row {
+    #header(group: number): Row {
         const { key, start } = this.arrangement.groups[group]!;
-        const top = this.tops[group]!;
+        const top = this.#tops[group]!;
         return {
             key: `${key}/header`,
             group,
             first: start,
             count: 0,
             top,
-            number: this.firstRows[group]! + 1,
+            number: this.#firstRows[group]! + 1,
         };
     }
 
-    private cells(place: number, line: number): Row {
+    #cells(place: number, line: number): Row {
         const group = this.arrangement.groups[place]!;
         const done = line * this.columns;
         return {
@@ -142,8 +142,8 @@ export class Layout {
             group: place,
             first: group.start + done,
             count: Math.min(this.columns, group.captures.length - done),
-            top: this.tops[place]! + this.measures.header + line * this.rowHeight,
-            number: this.firstRows[place]! + 2 + line,
+            top: this.#tops[place]! + this.measures.header + line * this.rowHeight,
+            number: this.#firstRows[place]! + 2 + line,
         };
     }
 }
@@ -155,24 +155,24 @@ export class Layout {
 export class Scale {
     /** Of the element that is scrolled. */
     readonly height: number;
-    private readonly factor: number;
+    readonly #factor: number;
 
     constructor(layoutHeight: number, viewport: number, limit = HEIGHT_LIMIT) {
         this.height = Math.min(layoutHeight, limit);
         const way = this.height - viewport;
-        this.factor = layoutHeight <= limit || way <= 0 ? 1 : (layoutHeight - viewport) / way;
+        this.#factor = layoutHeight <= limit || way <= 0 ? 1 : (layoutHeight - viewport) / way;
     }
 
     toLayout(scrollTop: number): number {
-        return scrollTop * this.factor;
+        return scrollTop * this.#factor;
     }
 
     toScroller(top: number): number {
-        return top / this.factor;
+        return top / this.#factor;
     }
 
     /** Where a row of the layout is drawn while the scroller is here. */
     drawnTop(top: number, scrollTop: number): number {
-        return this.factor === 1 ? top : top - this.toLayout(scrollTop) + scrollTop;
+        return this.#factor === 1 ? top : top - this.toLayout(scrollTop) + scrollTop;
     }
 }

@@ -50,7 +50,7 @@ export class MontageJob {
     /** Percent; null until the first report. */
     progress: number | null = null;
     failure = "";
-    private listener = (): void => {};
+    #listener = (): void => {};
 
     constructor(
         private readonly client: Client,
@@ -62,18 +62,20 @@ export class MontageJob {
     }
 
     onChange(listener: () => void): void {
-        this.listener = listener;
+        this.#listener = listener;
     }
 
     async run(): Promise<void> {
-        const end = this.client.follow("MontageNotification", ({ progress = null }) => this.report(progress));
+        const end = this.client.follow("MontageNotification", ({ progress = null }) =>
+            this.#report(progress),
+        );
         try {
             await this.client.request("CreateMontageFromRecipe", this.request);
             // A montage that was canceled is answered as if it had been made.
-            this.end(this.state === "canceling" ? "canceled" : "made");
+            this.#end(this.state === "canceling" ? "canceled" : "made");
         } catch (error) {
             this.failure = (error as Error).message;
-            this.end("failed");
+            this.#end("failed");
         }
         end();
     }
@@ -81,21 +83,21 @@ export class MontageJob {
     async cancel(): Promise<void> {
         if (this.state !== "running") return;
         this.state = "canceling";
-        this.listener();
+        this.#listener();
         await this.client.request("CancelMontage", {}).catch((error: Error) => {
             this.failure = error.message;
             if (!this.isOver) this.state = "running";
-            this.listener();
+            this.#listener();
         });
     }
 
-    private report(progress: number | null): void {
+    #report(progress: number | null): void {
         this.progress = progress;
-        this.listener();
+        this.#listener();
     }
 
-    private end(state: MontageJob["state"]): void {
+    #end(state: MontageJob["state"]): void {
         this.state = state;
-        this.listener();
+        this.#listener();
     }
 }

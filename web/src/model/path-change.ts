@@ -8,19 +8,19 @@ const DONE: readonly GalleryPathUpdateStatus[] = ["TrackerUpdateComplete", "Canc
 export class PathChange {
     /** Only a change that the page itself began can be canceled: the gallery knows no way back from any other. */
     isRunning = false;
-    private listener = (): void => {};
+    #listener = (): void => {};
 
     onChange(listener: () => void): void {
-        this.listener = listener;
+        this.#listener = listener;
     }
 
     /** Before the gallery is asked: its reports may come before its answer. */
     begin(): void {
-        this.set(true);
+        this.#set(true);
     }
 
     end(): void {
-        this.set(false);
+        this.#set(false);
     }
 
     /** What the gallery reports, or says when it is asked. */
@@ -32,9 +32,9 @@ export class PathChange {
         this.follow(galleryPathUpdateStatus?.status);
     }
 
-    private set(running: boolean): void {
+    #set(running: boolean): void {
         if (this.isRunning === running) return;
         this.isRunning = running;
-        this.listener();
+        this.#listener();
     }
 }

@@ -3,55 +3,55 @@ import type { Arrangement } from "./arrangement.js";
 import type { Capture } from "./capture.js";
 
 export class Selection {
-    private readonly paths = new Set<string>();
-    private anchor: string | null = null;
+    readonly #paths = new Set<string>();
+    #anchor: string | null = null;
     // What the last range added, so that a smaller range takes it away again.
-    private range: string[] = [];
+    #range: string[] = [];
 
     get size(): number {
-        return this.paths.size;
+        return this.#paths.size;
     }
 
     has(capture: Capture): boolean {
-        return this.paths.has(capture.path);
+        return this.#paths.has(capture.path);
     }
 
     list(): readonly string[] {
-        return [...this.paths];
+        return [...this.#paths];
     }
 
     /** Selects these, and nothing else; ranges begin at the first one. */
     set(paths: readonly string[]): void {
         this.clear();
-        for (const path of paths) this.paths.add(path);
-        this.anchor = paths[0] ?? null;
+        for (const path of paths) this.#paths.add(path);
+        this.#anchor = paths[0] ?? null;
     }
 
     /** The selected captures among these. */
     of(captures: ReadonlyMap<string, Capture>): Capture[] {
-        return [...this.paths].flatMap((path) => captures.get(path) ?? []);
+        return [...this.#paths].flatMap((path) => captures.get(path) ?? []);
     }
 
     clear(): void {
-        this.paths.clear();
-        this.anchor = null;
-        this.range = [];
+        this.#paths.clear();
+        this.#anchor = null;
+        this.#range = [];
     }
 
     only(capture: Capture): void {
         this.clear();
-        this.paths.add(capture.path);
-        this.anchor = capture.path;
+        this.#paths.add(capture.path);
+        this.#anchor = capture.path;
     }
 
     toggle(capture: Capture): void {
-        if (!this.paths.delete(capture.path)) this.paths.add(capture.path);
-        this.anchor = capture.path;
-        this.range = [];
+        if (!this.#paths.delete(capture.path)) this.#paths.add(capture.path);
+        this.#anchor = capture.path;
+        this.#range = [];
     }
 
     add(captures: Iterable<Capture>): void {
-        for (const { path } of captures) this.paths.add(path);
+        for (const { path } of captures) this.#paths.add(path);
     }
 
     /**
@@ -59,24 +59,24 @@ export class Selection {
      * this one: a range from nowhere could take in thousands that nobody sees.
      */
     extendTo(capture: Capture, shown: Arrangement, captures: ReadonlyMap<string, Capture>): void {
-        const anchor = this.anchor === null ? undefined : captures.get(this.anchor);
+        const anchor = this.#anchor === null ? undefined : captures.get(this.#anchor);
         const from = anchor ? shown.indexOf(anchor) : -1;
         if (from < 0) return this.only(capture);
-        for (const path of this.range) this.paths.delete(path);
+        for (const path of this.#range) this.#paths.delete(path);
         const covered = shown.between(from, shown.indexOf(capture)).map(({ path }) => path);
-        this.range = covered.filter((path) => !this.paths.has(path));
-        for (const path of covered) this.paths.add(path);
+        this.#range = covered.filter((path) => !this.#paths.has(path));
+        for (const path of covered) this.#paths.add(path);
     }
 
     /** Captures that are gone are selected no longer. */
     drop(path: string): void {
-        this.paths.delete(path);
-        if (this.anchor === path) this.anchor = null;
+        this.#paths.delete(path);
+        if (this.#anchor === path) this.#anchor = null;
     }
 
     /** Nothing stays selected that is not shown: an action on the selection must not reach it. */
     keepShown(shown: (capture: Capture) => boolean, captures: ReadonlyMap<string, Capture>): void {
-        for (const path of [...this.paths]) {
+        for (const path of [...this.#paths]) {
             const capture = captures.get(path);
             if (!capture || !shown(capture)) this.drop(path);
         }

@@ -1,6 +1,6 @@
 // Which thumbnails are asked for, and when. Few are under way at a time, those that are seen come first, and what
 // has left the view is not asked for any more.
-import type { Capture } from "./capture.js";
+import { fileKey, type Capture } from "./capture.js";
 
 /** What an image shows, and how many bytes the page keeps for it. */
 export interface Found {
@@ -24,14 +24,15 @@ export type Thumbnail = { readonly source: string } | "broken" | undefined;
 const IN_FLIGHT = 3;
 const CACHE_BYTES = 48 * 1024 * 1024;
 
+// A file that has changed has another thumbnail, and a broken one gets another chance.
 export class Thumbnails {
-    private wanted: Capture[] = [];
-    private readonly underWay = new Map<string, { load: Load; canceled: boolean }>();
+    #wanted: Capture[] = [];
+    readonly #underWay = new Map<string, { load: Load; canceled: boolean }>();
     // In the order of their last use.
-    private readonly cache = new Map<string, Found>();
-    private readonly broken = new Set<string>();
-    private bytes = 0;
-    private paused = false;
+    readonly #cache = new Map<string, Found>();
+    readonly #broken = new Set<string>();
+    #bytes = 0;
+    #paused = false;
 
     /** `onChange` is called after a thumbnail has arrived or has turned out to be missing. */
     constructor(
@@ -41,101 +42,96 @@ export class Thumbnails {
     ) {}
 
     get inFlight(): number {
-        return this.underWay.size;
+        return this.#underWay.size;
     }
 
     get cachedBytes(): number {
-        return this.bytes;
+        return this.#bytes;
     }
 
     /** What there is for a capture at this moment. */
     get(capture: Capture): Thumbnail {
-        const key = keyOf(capture);
-        if (this.broken.has(key)) return "broken";
-        const found = this.cache.get(key);
+        const key = fileKey(capture);
+        if (this.#broken.has(key)) return "broken";
+        const found = this.#cache.get(key);
         if (!found) return undefined;
-        this.cache.delete(key);
-        this.cache.set(key, found);
+        this.#cache.delete(key);
+        this.#cache.set(key, found);
         return found;
     }
 
     /** Replaces everything that waits. The first ones are asked for first. */
     want(captures: readonly Capture[]): void {
-        this.wanted = captures.filter((capture) => !this.isSettled(keyOf(capture)));
-        const keys = new Set(this.wanted.map(keyOf));
-        for (const [key, one] of this.underWay) if (!keys.has(key)) this.cancel(one);
-        this.next();
+        this.#wanted = captures.filter((capture) => !this.#isSettled(fileKey(capture)));
+        const keys = new Set(this.#wanted.map(fileKey));
+        for (const [key, one] of this.#underWay) if (!keys.has(key)) this.#cancel(one);
+        this.#next();
     }
 
     retry(capture: Capture): void {
-        this.broken.delete(keyOf(capture));
-        if (!this.wanted.includes(capture)) this.wanted.unshift(capture);
+        this.#broken.delete(fileKey(capture));
+        if (!this.#wanted.includes(capture)) this.#wanted.unshift(capture);
         this.onChange();
-        this.next();
+        this.#next();
     }
 
-    /** While the connection is lost, failures say nothing about files, nor do those of just before. */
+    /** While the connection or the drive is lost, failures say nothing about files, nor do those of just before. */
     pause(paused: boolean): void {
-        if (this.paused && !paused) this.broken.clear();
-        this.paused = paused;
-        this.next();
+        if (this.#paused && !paused) this.#broken.clear();
+        this.#paused = paused;
+        this.#next();
     }
 
-    private isSettled(key: string): boolean {
-        return this.cache.has(key) || this.broken.has(key);
+    #isSettled(key: string): boolean {
+        return this.#cache.has(key) || this.#broken.has(key);
     }
 
-    private next(): void {
-        while (!this.paused && this.underWay.size < this.limits.inFlight) {
-            const capture = this.wanted.find(
-                (one) => !this.underWay.has(keyOf(one)) && !this.isSettled(keyOf(one)),
+    #next(): void {
+        while (!this.#paused && this.#underWay.size < this.limits.inFlight) {
+            const capture = this.#wanted.find(
+                (one) => !this.#underWay.has(fileKey(one)) && !this.#isSettled(fileKey(one)),
             );
             if (!capture) return;
-            this.start(capture);
+            this.#start(capture);
         }
     }
 
-    private cancel(one: { load: Load; canceled: boolean }): void {
+    #cancel(one: { load: Load; canceled: boolean }): void {
         if (one.canceled) return;
         one.canceled = true;
         one.load.cancel();
     }
 
-    private start(capture: Capture): void {
-        const key = keyOf(capture);
+    #start(capture: Capture): void {
+        const key = fileKey(capture);
         const load = this.load(capture);
         const one = { load, canceled: false };
-        this.underWay.set(key, one);
+        this.#underWay.set(key, one);
         const finish = (found?: Found | null) => {
-            this.underWay.delete(key);
+            this.#underWay.delete(key);
             // After a failure of the channel, only the next change of the view asks again.
             if (found === undefined && !one.canceled)
-                this.wanted = this.wanted.filter((other) => keyOf(other) !== key);
-            this.settle(key, found);
-            this.next();
+                this.#wanted = this.#wanted.filter((other) => fileKey(other) !== key);
+            this.#settle(key, found);
+            this.#next();
         };
         load.done.then(finish, () => finish());
     }
 
-    private settle(key: string, found: Found | null | undefined): void {
+    #settle(key: string, found: Found | null | undefined): void {
         if (found === undefined) return;
-        if (found) this.keep(key, found);
-        else this.broken.add(key);
+        if (found) this.#keep(key, found);
+        else this.#broken.add(key);
         this.onChange();
     }
 
-    private keep(key: string, found: Found): void {
-        this.bytes += found.bytes - (this.cache.get(key)?.bytes ?? 0);
-        this.cache.set(key, found);
-        for (const [oldest, { bytes }] of this.cache) {
-            if (this.bytes <= this.limits.cacheBytes) return;
-            this.cache.delete(oldest);
-            this.bytes -= bytes;
+    #keep(key: string, found: Found): void {
+        this.#bytes += found.bytes - (this.#cache.get(key)?.bytes ?? 0);
+        this.#cache.set(key, found);
+        for (const [oldest, { bytes }] of this.#cache) {
+            if (this.#bytes <= this.limits.cacheBytes) return;
+            this.#cache.delete(oldest);
+            this.#bytes -= bytes;
         }
     }
-}
-
-// A file that has changed has another thumbnail, and a broken one gets another chance.
-function keyOf({ path, version }: Capture): string {
-    return `${version}\n${path}`;
 }

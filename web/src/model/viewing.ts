@@ -10,15 +10,15 @@ export class Viewing {
     current: Capture | null = null;
     /** Keeps this path although its capture goes, as when a clip takes the place of its video. */
     held: string | null = null;
-    private index = -1;
-    private direction: 1 | -1 = 1;
+    #index = -1;
+    #direction: 1 | -1 = 1;
 
     constructor(private readonly gallery: Gallery) {}
 
     open(capture: Capture): void {
         this.current = capture;
-        this.index = this.gallery.arrangement.indexOf(capture);
-        this.direction = 1;
+        this.#index = this.gallery.arrangement.indexOf(capture);
+        this.#direction = 1;
     }
 
     close(): void {
@@ -27,15 +27,15 @@ export class Viewing {
     }
 
     canStep(by: 1 | -1): boolean {
-        return this.current !== null && this.gallery.arrangement.at(this.index + by) !== undefined;
+        return this.current !== null && this.gallery.arrangement.at(this.#index + by) !== undefined;
     }
 
     step(by: 1 | -1): boolean {
-        const next = this.gallery.arrangement.at(this.index + by);
+        const next = this.gallery.arrangement.at(this.#index + by);
         if (!this.current || !next) return false;
         this.current = next;
-        this.index += by;
-        this.direction = by;
+        this.#index += by;
+        this.#direction = by;
         return true;
     }
 
@@ -46,11 +46,11 @@ export class Viewing {
         const known = captures.get(this.current.path);
         const index = known ? arrangement.indexOf(known) : -1;
         if (index >= 0) {
-            this.index = index;
+            this.#index = index;
             this.current = known!;
         } else if (this.held !== this.current.path) {
-            this.index = Math.min(this.index, arrangement.length - 1);
-            this.current = arrangement.at(this.index) ?? null;
+            this.#index = Math.min(this.#index, arrangement.length - 1);
+            this.current = arrangement.at(this.#index) ?? null;
         }
         return this.current;
     }
@@ -61,7 +61,7 @@ export class Viewing {
         const steps = [...Array(AHEAD).keys()].map((step) => step + 1);
         const behind = [...Array(BEHIND).keys()].map((step) => -step - 1);
         return [...steps, ...behind].flatMap(
-            (step) => arrangement.at(this.index + step * this.direction) ?? [],
+            (step) => arrangement.at(this.#index + step * this.#direction) ?? [],
         );
     }
 }

@@ -37,23 +37,23 @@ export class Zooming {
         return Math.max(this.reduction, 2);
     }
 
-    private get most(): number {
+    get #most(): number {
         return 4 * this.natural;
     }
 
     /** Zooms by a factor; what lies at the point stays there. */
     by(factor: number, { scale, x, y }: Zoom, at: Point): Zoom {
-        const next = Math.min(Math.max(scale * factor, 1), this.most);
+        const next = Math.min(Math.max(scale * factor, 1), this.#most);
         const change = next / scale;
-        return this.within({ scale: next, x: at.x + (x - at.x) * change, y: at.y + (y - at.y) * change });
+        return this.#within({ scale: next, x: at.x + (x - at.x) * change, y: at.y + (y - at.y) * change });
     }
 
     pan({ scale, x, y }: Zoom, by: Point): Zoom {
-        return this.within({ scale, x: x + by.x, y: y + by.y });
+        return this.#within({ scale, x: x + by.x, y: y + by.y });
     }
 
     // No side of the picture comes further in than the view's; what is smaller than the view stays in the middle.
-    private within({ scale, x, y }: Zoom): Zoom {
+    #within({ scale, x, y }: Zoom): Zoom {
         const room = (fit: number, view: number) => Math.max(0, (fit * scale - view) / 2);
         const bounded = (value: number, most: number) => Math.min(Math.max(value, -most), most);
         return {

@@ -1,6 +1,7 @@
 // Puts the page together.
 import { Client, HOST_READY, type HostInfo } from "../api/client.js";
 import { channelOf, type Channel } from "../api/query.js";
+import { Captions } from "../model/captions.js";
 import { Deletions } from "../model/deletions.js";
 import { Feed, type News } from "../model/feed.js";
 import { NO_FILTER } from "../model/filter.js";
@@ -8,11 +9,12 @@ import { Gallery, type View } from "../model/gallery.js";
 import { PathChange } from "../model/path-change.js";
 import { Selection } from "../model/selection.js";
 import { Thumbnails } from "../model/thumbnails.js";
-import { language, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { GalleryPage } from "../views/gallery-page.js";
 import { removerFor } from "../views/remover.js";
 import { loaderFor } from "../views/thumbnail-loader.js";
 import { PreferenceStore } from "./preferences.js";
+import { keepView, keptView } from "./tab-view.js";
 
 function hostInfo(): HostInfo | null {
     return (window as { galleryHost?: HostInfo }).galleryHost ?? null;
@@ -40,7 +42,7 @@ function start(channel: Channel): void {
     const client = new Client(channel, hostInfo);
     const preferences = new PreferenceStore(client);
     const { grouping, sort, cellSize } = preferences.current;
-    const gallery = new Gallery({ ...NO_FILTER, grouping, sort }, nextFrame);
+    const gallery = new Gallery({ ...NO_FILTER, grouping, sort, ...keptView() }, nextFrame);
     let redrawing = false;
     const redraw = (): void => {
         if (redrawing) return;
@@ -53,13 +55,24 @@ function start(channel: Channel): void {
     const thumbnails = new Thumbnails(loaderFor(client), redraw);
     const page = new GalleryPage();
     const deletions = new Deletions(gallery, removerFor(client), clock);
-    const pathChange = new PathChange();
-    page.context = { client, gallery, selection: new Selection(), thumbnails, deletions, pathChange };
-    // A page that was left and comes back from the browser's memory deletes nothing either.
-    window.addEventListener("pagehide", () => deletions.callOff());
+    page.context = {
+        client,
+        gallery,
+        selection: new Selection(),
+        thumbnails,
+        deletions,
+        pathChange: new PathChange(),
+        captions: new Captions(client, gallery, new BroadcastChannel("captions")),
+    };
+    window.addEventListener("pagehide", () => {
+        // A page that was left and comes back from the browser's memory deletes nothing either.
+        deletions.callOff();
+        keepView(gallery.view);
+    });
     page.cellSize = cellSize;
     page.addEventListener("cell-size", (event) => {
         page.cellSize = (event as CustomEvent<number>).detail;
+        page.refresh();
         preferences.keep({ cellSize: page.cellSize });
     });
     page.addEventListener("view-choice", (event) => {
@@ -71,7 +84,7 @@ function start(channel: Channel): void {
         if (!client.offers("Preferences")) return;
         preferences.load(({ cellSize, ...view }) => {
             page.cellSize = cellSize;
-            gallery.setView(view);
+            gallery.setView(view); // draws the page again
         });
     };
     if (hostInfo()) load();
@@ -80,7 +93,7 @@ function start(channel: Channel): void {
     new Feed(client, gallery, scheduler, hear).start();
 }
 
-document.documentElement.lang = language;
+document.documentElement.lang = text.language;
 document.title = text.gallery;
 const channel = channelOf(window);
 if (channel) start(channel);

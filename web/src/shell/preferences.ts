@@ -38,33 +38,33 @@ function readStorage(): Record<string, unknown> {
 
 export class PreferenceStore {
     // With values that only other versions of the page know.
-    private kept = readStorage();
-    private changed = false;
+    #kept = readStorage();
+    #changed = false;
 
     constructor(private readonly client: Client) {}
 
     get current(): Preferences {
-        return checked(this.kept);
+        return checked(this.#kept);
     }
 
     /** Calls `use` with what the host has kept, unless something was chosen before its answer came. */
     load(use: (preferences: Preferences) => void): void {
         this.client.preferences({}).then((kept) => {
-            if (this.changed) return;
-            this.kept = { ...this.kept, ...kept };
+            if (this.#changed) return;
+            this.#kept = { ...this.#kept, ...kept };
             use(this.current);
         }, console.warn);
     }
 
     keep(changes: Partial<Preferences>): void {
-        this.changed = true;
-        this.kept = { ...this.kept, ...changes };
+        this.#changed = true;
+        this.#kept = { ...this.#kept, ...changes };
         try {
-            localStorage.setItem(KEY, JSON.stringify(this.kept));
+            localStorage.setItem(KEY, JSON.stringify(this.#kept));
         } catch {
             // A browser without storage forgets them.
         }
         if (this.client.offers("Preferences"))
-            this.client.preferences({ preferences: this.kept }).catch(console.warn);
+            this.client.preferences({ preferences: this.#kept }).catch(console.warn);
     }
 }

@@ -52,66 +52,66 @@ function call(callback: () => void): void {
 }
 
 export class Queries {
-    private readonly open = new Map<number, Query>();
-    private readonly byReference = new Map<string, Query>();
-    private last = 0;
-    private refusal: { code: number; text: string } | null = null;
+    readonly #open = new Map<number, Query>();
+    readonly #byReference = new Map<string, Query>();
+    #last = 0;
+    #refusal: { code: number; text: string } | null = null;
 
     constructor(private readonly carrier: Carrier) {}
 
     query = (...given: unknown[]): number => {
-        const query = this.read(given);
-        const fault = this.refusal ?? this.faultOf(query);
-        this.open.set(query.id, query);
+        const query = this.#read(given);
+        const fault = this.#refusal ?? this.#faultOf(query);
+        this.#open.set(query.id, query);
         if (fault) {
-            queueMicrotask(() => this.fail(query, fault.code, fault.text));
+            queueMicrotask(() => this.#fail(query, fault.code, fault.text));
             return query.id;
         }
-        this.byReference.set(query.reference, query);
-        if (this.carrier.ready) this.send(query);
+        this.#byReference.set(query.reference, query);
+        if (this.carrier.ready) this.#send(query);
         return query.id;
     };
 
     cancel = (...given: unknown[]): boolean => {
         if (given.length !== 1 || !Number.isInteger(given[0]))
             throw new Error("Invalid arguments; expecting a single integer");
-        const query = this.open.get(given[0] as number);
-        if (query) this.forget(query);
+        const query = this.#open.get(given[0] as number);
+        if (query) this.#forget(query);
         return query !== undefined;
     };
 
     /** The carrier can send, for the first time or again. */
     onReady(): void {
-        this.refusal = null;
-        for (const query of [...this.open.values()]) if (!query.sent) this.send(query);
+        this.#refusal = null;
+        for (const query of [...this.#open.values()]) if (!query.sent) this.#send(query);
     }
 
     /** What was sent gets no answer any more. What came in since waits for the next connection. */
     onLost(): void {
-        for (const query of [...this.open.values()])
-            if (query.sent) this.fail(query, CANCELED, CANCELED_TEXT);
+        for (const query of [...this.#open.values()])
+            if (query.sent) this.#fail(query, CANCELED, CANCELED_TEXT);
     }
 
     /** The other side wants no queries of this page, until onReady. */
     onRefused(code: number, text: string): void {
-        this.refusal = { code, text };
-        for (const query of [...this.open.values()]) this.fail(query, code, text);
+        this.#refusal = { code, text };
+        for (const query of [...this.#open.values()]) this.#fail(query, code, text);
     }
 
     onFrame(text: string): void {
         const frame = JSON.parse(text) as Frame;
         if (frame.resync === true) {
-            for (const query of [...this.open.values()]) if (query.persistent) this.succeed(query, text);
+            for (const query of [...this.#open.values()]) if (query.persistent) this.#succeed(query, text);
             return;
         }
-        const query = this.byReference.get(String(frame.reference_uniqueid));
+        const query = this.#byReference.get(String(frame.reference_uniqueid));
         if (!query) return;
-        if (frame.error === undefined) return this.succeed(query, text);
+        if (frame.error === undefined) return this.#succeed(query, text);
         const { code, text: reason } = frame.error;
-        this.fail(query, typeof code === "number" ? code : CANCELED, String(reason ?? CANCELED_TEXT));
+        this.#fail(query, typeof code === "number" ? code : CANCELED, String(reason ?? CANCELED_TEXT));
     }
 
-    private read(given: unknown[]): Query {
+    #read(given: unknown[]): Query {
         const asked = given[0] as Record<string, unknown> | null;
         if (given.length !== 1 || typeof asked !== "object" || asked === null)
             throw new Error("Invalid arguments; expecting a single object");
@@ -121,7 +121,7 @@ export class Queries {
         optional(onFailure, "function", "onFailure");
         optional(persistent, "boolean", "persistent");
         return {
-            id: ++this.last,
+            id: ++this.#last,
             request,
             reference: referenceOf(request),
             persistent: persistent === true,
@@ -132,30 +132,30 @@ export class Queries {
     }
 
     // Nobody could match an answer to it.
-    private faultOf(query: Query): { code: number; text: string } | null {
-        const unmatched = query.reference === "" || this.byReference.has(query.reference);
+    #faultOf(query: Query): { code: number; text: string } | null {
+        const unmatched = query.reference === "" || this.#byReference.has(query.reference);
         return unmatched ? { code: CANCELED, text: CANCELED_TEXT } : null;
     }
 
-    private send(query: Query): void {
+    #send(query: Query): void {
         query.sent = true;
         this.carrier.send(query.request);
     }
 
-    private succeed(query: Query, text: string): void {
-        if (!query.persistent) this.forget(query);
+    #succeed(query: Query, text: string): void {
+        if (!query.persistent) this.#forget(query);
         call(() => query.onSuccess?.(text));
     }
 
-    private fail(query: Query, code: number, text: string): void {
-        if (!this.open.has(query.id)) return;
-        this.forget(query);
+    #fail(query: Query, code: number, text: string): void {
+        if (!this.#open.has(query.id)) return;
+        this.#forget(query);
         call(() => query.onFailure?.(code, text));
     }
 
-    private forget(query: Query): void {
-        this.open.delete(query.id);
-        if (this.byReference.get(query.reference) === query) this.byReference.delete(query.reference);
+    #forget(query: Query): void {
+        this.#open.delete(query.id);
+        if (this.#byReference.get(query.reference) === query) this.#byReference.delete(query.reference);
     }
 }
 

@@ -23,69 +23,69 @@ const LAST_DELAY_MS = 8000;
 
 export class Socket implements Carrier {
     ready = false;
-    private socket: WebSocket | null = null;
-    private token: string | null = null;
-    private delay = FIRST_DELAY_MS;
-    private timer: ReturnType<typeof setTimeout> | undefined;
+    #socket: WebSocket | null = null;
+    #token: string | null = null;
+    #delay = FIRST_DELAY_MS;
+    #timer: ReturnType<typeof setTimeout> | undefined;
 
     constructor(
         private readonly address: string,
         private readonly handlers: SocketHandlers,
     ) {
         // Somebody who looks at the page again, or whose network is back, does not wait for the next attempt.
-        for (const event of ["online", "focus"]) window.addEventListener(event, () => this.retryNow());
+        for (const event of ["online", "focus"]) window.addEventListener(event, () => this.#retryNow());
         window.addEventListener("storage", ({ key, newValue }) => {
-            if (key === TOKEN_KEY && newValue !== null && newValue !== this.token) this.connect();
+            if (key === TOKEN_KEY && newValue !== null && newValue !== this.#token) this.connect();
         });
         // The page goes: its queries end without a word, as in the container.
-        window.addEventListener("pagehide", () => this.drop());
+        window.addEventListener("pagehide", () => this.#drop());
         window.addEventListener("pageshow", (event) => event.persisted && this.connect());
     }
 
     send(text: string): void {
-        this.socket?.send(text);
+        this.#socket?.send(text);
     }
 
     /** Connects, after the end of a connection that is still there. */
     connect(): void {
-        this.drop();
+        this.#drop();
         this.handlers.onLost();
-        const token = (this.token = localStorage.getItem(TOKEN_KEY));
+        const token = (this.#token = localStorage.getItem(TOKEN_KEY));
         if (!token) return this.handlers.onRefused(REFUSED, "The page has no token");
         const socket = new WebSocket(this.address);
-        this.socket = socket;
+        this.#socket = socket;
         socket.onopen = () => socket.send(JSON.stringify({ token }));
-        socket.onmessage = ({ data }) => this.onMessage(String(data));
-        socket.onclose = ({ code, reason }) => this.onClose(code, reason);
+        socket.onmessage = ({ data }) => this.#onMessage(String(data));
+        socket.onclose = ({ code, reason }) => this.#onClose(code, reason);
     }
 
-    private onMessage(text: string): void {
+    #onMessage(text: string): void {
         if (this.ready) return this.handlers.onFrame(text);
         const { methods = [], host = [], version = "" } = JSON.parse(text) as Partial<Ready>;
         this.ready = true;
-        this.delay = FIRST_DELAY_MS;
+        this.#delay = FIRST_DELAY_MS;
         this.handlers.onReady({ methods, host, version });
     }
 
-    private onClose(code: number, reason: string): void {
-        this.drop();
+    #onClose(code: number, reason: string): void {
+        this.#drop();
         if (code === REFUSED) return this.handlers.onRefused(code, reason);
         this.handlers.onLost();
-        this.timer = setTimeout(() => this.connect(), this.delay);
-        this.delay = Math.min(2 * this.delay, LAST_DELAY_MS);
+        this.#timer = setTimeout(() => this.connect(), this.#delay);
+        this.#delay = Math.min(2 * this.#delay, LAST_DELAY_MS);
     }
 
-    private retryNow(): void {
-        if (this.timer !== undefined) this.connect();
+    #retryNow(): void {
+        if (this.#timer !== undefined) this.connect();
     }
 
-    private drop(): void {
-        clearTimeout(this.timer);
-        this.timer = undefined;
+    #drop(): void {
+        clearTimeout(this.#timer);
+        this.#timer = undefined;
         this.ready = false;
-        if (!this.socket) return;
-        this.socket.onopen = this.socket.onmessage = this.socket.onclose = null;
-        this.socket.close();
-        this.socket = null;
+        if (!this.#socket) return;
+        this.#socket.onopen = this.#socket.onmessage = this.#socket.onclose = null;
+        this.#socket.close();
+        this.#socket = null;
     }
 }

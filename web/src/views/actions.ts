@@ -1,10 +1,10 @@
 // What can be done from anywhere on the page: deleting, undoing, and opening the page's dialogs.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { captureOf, type Capture } from "../model/capture.js";
 import type { News } from "../model/feed.js";
 import { montageCaptures, type MontageJob } from "../model/montage.js";
-import { text } from "../strings/index.js";
-import { confirmed } from "./confirm-dialog.js";
+import * as text from "../strings/en.js";
+import { confirmed, deletionConfirmed } from "./confirm-dialog.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import { MANY, type Context, type SelectionAction } from "./context.js";
 import { GRID_KEYS } from "./grid-input.js";
@@ -31,8 +31,8 @@ interface Page extends HTMLElement {
 export const PAGE_KEYS: KeyList = {
     title: text.gallery,
     keys: [
-        [["Ctrl+Z"], text.keys.undo],
-        [["?"], text.keys.list],
+        [["Ctrl+Z"], text.keyUndo],
+        [["?"], text.keyList],
     ],
 };
 
@@ -51,19 +51,19 @@ function isEditable(target: EventTarget | null): boolean {
 }
 
 export class Actions {
-    private isFull = false;
-    private isDiskLow = false;
-    private montage: MontageJob | null = null;
-    private lastSummary = Promise.resolve();
+    #isFull = false;
+    #isDiskLow = false;
+    #montage: MontageJob | null = null;
+    #lastSummary = Promise.resolve();
 
     constructor(private readonly page: Page) {}
 
     connect(): void {
         const { page } = this;
-        page.addEventListener("delete-captures", ({ detail }) => void this.delete(detail));
-        page.addEventListener("delete-for-good", ({ detail }) => void this.deleteForGood(detail));
-        page.addEventListener("selection-action", ({ detail }) => void this.act(detail));
-        document.addEventListener("keydown", (event) => this.onKey(event));
+        page.addEventListener("delete-captures", ({ detail }) => void this.#delete(detail));
+        page.addEventListener("delete-for-good", ({ detail }) => void this.#deleteForGood(detail));
+        page.addEventListener("selection-action", ({ detail }) => void this.#act(detail));
+        document.addEventListener("keydown", (event) => this.#onKey(event));
     }
 
     /** The gallery has reported something. */
@@ -71,16 +71,16 @@ export class Actions {
         this.page.context.pathChange.hear(news);
         const { galleryIsFull, checkDiskSpace, openSummary } = news;
         const highlights = openSummary?.ugc?.flatMap((record) => captureOf(record) ?? []) ?? [];
-        if (highlights.length > 0) this.showHighlights(highlights);
+        if (highlights.length > 0) this.#showHighlights(highlights);
         if (galleryIsFull === undefined && !checkDiskSpace) return;
-        this.isFull = galleryIsFull ?? this.isFull;
-        this.isDiskLow = checkDiskSpace?.lowDiskSpace ?? this.isDiskLow;
+        this.#isFull = galleryIsFull ?? this.#isFull;
+        this.#isDiskLow = checkDiskSpace?.lowDiskSpace ?? this.#isDiskLow;
         this.page.refresh();
     }
 
     // One session after the other.
-    private showHighlights(captures: readonly Capture[]): void {
-        this.lastSummary = this.lastSummary.then(() => {
+    #showHighlights(captures: readonly Capture[]): void {
+        this.#lastSummary = this.#lastSummary.then(() => {
             const { context } = this.page;
             return openDialog(Object.assign(new HighlightsDialog(), { context, captures }));
         });
@@ -88,9 +88,9 @@ export class Actions {
 
     /** What the gallery has warned of, and where to do something about it. */
     warnings(): TemplateResult | typeof nothing {
-        if (!this.isFull && !this.isDiskLow) return nothing;
+        if (!this.#isFull && !this.#isDiskLow) return nothing;
         return html`<p class="notice warning">
-            ${this.isFull ? text.full : text.lowDiskSpace}
+            ${this.#isFull ? text.full : text.lowDiskSpace}
             <button @click=${() => this.openSettings()}>${text.settings}</button>
         </p>`;
     }
@@ -100,90 +100,88 @@ export class Actions {
         void openDialog(Object.assign(new SettingsDialog(), { context }));
     }
 
-    private onKey(event: KeyboardEvent): void {
+    #onKey(event: KeyboardEvent): void {
         if (isEditable(event.target) || event.altKey || event.defaultPrevented) return;
-        if (event.key === "?") return this.openKeys(event);
+        if (event.key === "?") return this.#openKeys(event);
         const isUndo = event.key.toLowerCase() === "z" && (event.ctrlKey || event.metaKey) && !event.shiftKey;
         if (!isUndo) return;
         event.preventDefault();
-        void this.undo();
+        void this.#undo();
     }
 
-    private openKeys(event: Event): void {
+    #openKeys(event: Event): void {
         event.preventDefault();
         if (document.querySelector("keys-dialog")) return;
         void openDialog(Object.assign(new KeysDialog(), { lists: KEY_LISTS }));
     }
 
-    private async undo(): Promise<void> {
+    async #undo(): Promise<void> {
         const batch = await this.page.context.deletions.undo();
         if (batch && batch.failures.length === 0) this.page.announce(text.undone(batch.captures.length));
     }
 
-    private async act(action: SelectionAction): Promise<void> {
+    async #act(action: SelectionAction): Promise<void> {
         const { selection } = this.page.context;
-        if (action === "delete") return this.delete(selection.list());
-        if (action === "copy" || action === "move") await this.transfer(action === "move");
-        if (action === "montage") return this.makeMontage();
+        if (action === "delete") return this.#delete(selection.list());
+        if (action === "copy" || action === "move") await this.#transfer(action === "move");
+        if (action === "montage") return this.#makeMontage();
         // What was moved away is selected no longer, so that the bar may be gone.
         if (!this.page.contains(document.activeElement)) this.page.grid?.focusLast();
     }
 
-    private async transfer(moves: boolean): Promise<void> {
+    async #transfer(moves: boolean): Promise<void> {
         const { context } = this.page;
-        const captures = this.capturesOf(context.selection.list());
+        const captures = this.#capturesOf(context.selection.list());
         await openDialog(Object.assign(new TransferDialog(), { context, moves, captures }));
     }
 
     // One at a time: a montage that is under way is shown again.
-    private async makeMontage(): Promise<void> {
+    async #makeMontage(): Promise<void> {
         const { context } = this.page;
-        const captures = montageCaptures(this.capturesOf(context.selection.list()));
-        const dialog = Object.assign(new MontageDialog(), { context, captures, job: this.montage });
+        const captures = montageCaptures(this.#capturesOf(context.selection.list()));
+        const dialog = Object.assign(new MontageDialog(), { context, captures, job: this.#montage });
         await openDialog(dialog);
-        this.montage = dialog.job?.isOver ? null : dialog.job;
-        this.montage?.onChange(() => this.reportMontage());
+        this.#montage = dialog.job?.isOver ? null : dialog.job;
+        this.#montage?.onChange(() => this.#reportMontage());
         if (dialog.result) await this.page.goTo(dialog.result);
     }
 
     // Nobody looks at its dialog.
-    private reportMontage(): void {
-        if (!this.montage?.isOver) return;
-        const { state, failure } = this.montage;
-        this.montage = null;
+    #reportMontage(): void {
+        if (!this.#montage?.isOver) return;
+        const { state, failure } = this.#montage;
+        this.#montage = null;
         this.page.announce(state === "failed" ? text.failed(failure) : text.montageOver);
     }
 
-    private capturesOf(paths: readonly string[]): Capture[] {
+    #capturesOf(paths: readonly string[]): Capture[] {
         const { captures } = this.page.context.gallery;
         return paths.flatMap((path) => captures.get(path) ?? []);
     }
 
-    private async delete(paths: readonly string[]): Promise<void> {
+    async #delete(paths: readonly string[]): Promise<void> {
         const { deletions } = this.page.context;
-        const captures = this.capturesOf(paths);
-        const explanation = deletions.hasTrash ? text.deleteManyToTrash : text.deleteManyForGood;
-        const question = { heading: text.deleteQuestion(captures.length), explanation, action: text.delete };
-        if (captures.length > MANY && !(await confirmed(question))) return;
+        const captures = this.#capturesOf(paths);
+        if (captures.length > MANY && !(await deletionConfirmed(captures.length, deletions.hasTrash))) return;
         deletions.delete(captures);
-        this.leave(paths);
+        this.#leave(paths);
     }
 
-    private async deleteForGood(paths: readonly string[]): Promise<void> {
-        const captures = this.capturesOf(paths);
+    async #deleteForGood(paths: readonly string[]): Promise<void> {
+        const captures = this.#capturesOf(paths);
         const question = {
             heading: text.deleteForGoodQuestion(captures.length),
             explanation: text.deleteForGoodExplanation,
-            action: text.keys.deleteForGood,
+            action: text.keyDeleteForGood,
         };
         if (captures.length === 0 || !(await confirmed(question))) return;
         const done = this.page.context.deletions.deleteForGood(captures);
-        this.leave(paths);
+        this.#leave(paths);
         await done;
     }
 
     // What is hidden is selected no longer, and the bar that was used may be gone.
-    private leave(paths: readonly string[]): void {
+    #leave(paths: readonly string[]): void {
         const { selection } = this.page.context;
         for (const path of paths) selection.drop(path);
         this.page.refresh();

@@ -1,8 +1,9 @@
 // One capture in the grid: a picture and its title. Cells are many, so they are no elements of their own.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import type { Thumbnail } from "../model/thumbnails.js";
-import { lengthText, momentText, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
+import { lengthText, momentText } from "../strings/formats.js";
 
 export interface CellState {
     readonly column: number;
@@ -30,6 +31,7 @@ function badge({ kind, durationMs }: Capture): string | typeof nothing {
 // The grid finds out by the data attribute which button was pressed.
 function button(action: string, label: string, tabStop: boolean): TemplateResult {
     return html`<button
+        class="icon ${action}"
         data-action=${action}
         aria-label=${label}
         title=${label}

@@ -1,6 +1,6 @@
 // Asks once more before something that cannot be undone, or that concerns many captures.
-import { html, type TemplateResult } from "lit";
-import { text } from "../strings/index.js";
+import { html, type TemplateResult } from "lit/html.js";
+import * as text from "../strings/en.js";
 import { openDialog, PageDialog } from "./page-dialog.js";
 
 export interface Question {
@@ -23,11 +23,11 @@ export class ConfirmDialog extends PageDialog {
         return html`<p>${this.question.explanation}</p>
             <div class="buttons">
                 <button type="button" autofocus @click=${() => this.close()}>${text.cancel}</button>
-                <button type="button" class="danger" @click=${this.confirm}>${this.question.action}</button>
+                <button type="button" class="danger" @click=${this.#confirm}>${this.question.action}</button>
             </div>`;
     }
 
-    private readonly confirm = (): void => {
+    readonly #confirm = (): void => {
         this.confirmed = true;
         this.close();
     };
@@ -40,4 +40,13 @@ export async function confirmed(question: Question): Promise<boolean> {
     dialog.question = question;
     await openDialog(dialog);
     return dialog.confirmed;
+}
+
+/** Before captures are deleted in a way that can be undone. */
+export function deletionConfirmed(count: number, hasTrash: boolean): Promise<boolean> {
+    return confirmed({
+        heading: text.deleteQuestion(count),
+        explanation: hasTrash ? text.deleteManyToTrash : text.deleteManyForGood,
+        action: text.remove,
+    });
 }

@@ -1,6 +1,7 @@
 // What the elements of the page share.
 import type { Client } from "../api/client.js";
 import type { Capture } from "../model/capture.js";
+import type { Captions } from "../model/captions.js";
 import type { Deletions } from "../model/deletions.js";
 import type { Gallery } from "../model/gallery.js";
 import type { PathChange } from "../model/path-change.js";
@@ -14,6 +15,7 @@ export interface Context {
     readonly thumbnails: Thumbnails;
     readonly deletions: Deletions;
     readonly pathChange: PathChange;
+    readonly captions: Captions;
 }
 
 /** Whatever concerns more captures is asked about once more. */
@@ -46,8 +48,6 @@ declare global {
         "media-failed": CustomEvent<Capture>;
         /** The viewer is gone; the detail is what it showed last, if that is still there. */
         "viewer-closed": CustomEvent<Capture | null>;
-        /** Something to read out in the viewer. */
-        "viewer-message": CustomEvent<string>;
         /** This path stays in the viewer, even when its capture goes; null for none. */
         "hold-capture": CustomEvent<string | null>;
         /** The gallery has saved a clip; whether it is to be shown. */

@@ -1,7 +1,7 @@
 // Files that something did not work with, and why.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Failure } from "../model/deletions.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 
 // More are counted.
 const SHOWN = 5;

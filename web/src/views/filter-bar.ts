@@ -1,10 +1,11 @@
 // Search, filters, order and size of the cells.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { GROUPINGS } from "../model/arrangement.js";
 import type { View } from "../model/gallery.js";
 import { SORTS } from "../model/order.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { send, type Context } from "./context.js";
+import { valueOf } from "./fields.js";
 import { PageElement } from "./page-element.js";
 
 interface Choice {
@@ -16,9 +17,8 @@ interface Choice {
 export const CELL_SIZES = { min: 140, max: 420, step: 20 };
 
 export class FilterBar extends PageElement {
-    static override properties = { cellSize: { type: Number } };
-
     context!: Context;
+    /** The least width of the grid's cells, in pixels. */
     cellSize = 0;
 
     protected override render(): TemplateResult {
@@ -30,11 +30,15 @@ export class FilterBar extends PageElement {
                 aria-label=${text.searchCaptures}
                 placeholder=${text.searchCaptures}
                 .value=${gallery.view.search}
-                @input=${(event: Event) => this.set({ search: (event.target as HTMLInputElement).value })}
+                @input=${(event: Event) => this.#set({ search: valueOf(event) })}
             />
             <div class="choices">
-                ${this.choice({ label: text.game, member: "game", options: [["", text.allGames], ...games] })}
-                ${this.choice({
+                ${this.#choice({
+                    label: text.game,
+                    member: "game",
+                    options: [["", text.allGames], ...games],
+                })}
+                ${this.#choice({
                     label: text.kind,
                     member: "kind",
                     options: [
@@ -43,27 +47,27 @@ export class FilterBar extends PageElement {
                         ["video", text.kinds.video],
                     ],
                 })}
-                ${this.toggle("highlights", text.highlights)} ${this.toggle("captions", text.captioned)}
+                ${this.#toggle("highlights", text.highlights)} ${this.#toggle("captions", text.captioned)}
                 <span class="divider"></span>
-                ${this.choice({
+                ${this.#choice({
                     label: text.group,
                     member: "grouping",
                     options: GROUPINGS.map((one) => [one, text.groupings[one]]),
                 })}
-                ${this.choice({
+                ${this.#choice({
                     label: text.sort,
                     member: "sort",
                     options: SORTS.map((one) => [one, text.sorts[one]]),
                 })}
-                ${this.size()}
+                ${this.#size()}
             </div>
         `;
     }
 
-    private choice({ label, member, options }: Choice): TemplateResult {
+    #choice({ label, member, options }: Choice): TemplateResult {
         const chosen = this.context.gallery.view[member];
         const isFilter = options[0]?.[0] === "";
-        const choose = (event: Event) => this.set({ [member]: (event.target as HTMLSelectElement).value });
+        const choose = (event: Event) => this.#set({ [member]: valueOf(event) });
         return html`<select
             aria-label=${label}
             class=${isFilter && chosen !== "" ? "chosen" : ""}
@@ -76,14 +80,14 @@ export class FilterBar extends PageElement {
         </select>`;
     }
 
-    private toggle(member: "highlights" | "captions", label: string): TemplateResult {
+    #toggle(member: "highlights" | "captions", label: string): TemplateResult {
         const on = this.context.gallery.view[member];
-        return html`<button class="toggle" aria-pressed=${on} @click=${() => this.set({ [member]: !on })}>
+        return html`<button class="toggle" aria-pressed=${on} @click=${() => this.#set({ [member]: !on })}>
             ${label}
         </button>`;
     }
 
-    private size(): TemplateResult {
+    #size(): TemplateResult {
         const { min, max, step } = CELL_SIZES;
         return html`<input
             type="range"
@@ -93,12 +97,11 @@ export class FilterBar extends PageElement {
             max=${max}
             step=${step}
             .value=${String(this.cellSize)}
-            @input=${(event: Event) =>
-                send(this, "cell-size", Number((event.target as HTMLInputElement).value))}
+            @input=${(event: Event) => send(this, "cell-size", Number(valueOf(event)))}
         />`;
     }
 
-    private set(changes: Partial<View>): void {
+    #set(changes: Partial<View>): void {
         send(this, "view-choice", changes);
     }
 }

@@ -1,13 +1,14 @@
 // The page: the bar on top, the grid, and what is around it.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import { NO_FILTER } from "../model/filter.js";
 import type { Change, View } from "../model/gallery.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import { Actions } from "./actions.js";
 import type { CaptureGrid } from "./capture-grid.js";
 import type { Context } from "./context.js";
 import "./capture-grid.js";
+import { iconButton } from "./fields.js";
 import "./filter-bar.js";
 import "./jump-scrubber.js";
 import { PageElement } from "./page-element.js";
@@ -19,12 +20,11 @@ import type { CaptureViewer } from "./viewer/capture-viewer.js";
 import "./viewer/capture-viewer.js";
 
 export class GalleryPage extends PageElement {
-    static override properties = { cellSize: { type: Number } };
-
     context!: Context;
-    cellSize = 240;
+    /** The least width of the grid's cells, in pixels; `refresh` after a change. */
+    cellSize = 0;
     readonly actions = new Actions(this);
-    private announced = "";
+    #announced = "";
 
     /** Null while there is nothing to show in it. */
     get grid(): CaptureGrid | null {
@@ -34,9 +34,9 @@ export class GalleryPage extends PageElement {
     override connectedCallback(): void {
         super.connectedCallback();
         this.actions.connect();
-        this.context.gallery.onChange((change) => this.onChange(change));
+        this.context.gallery.onChange((change) => this.#onChange(change));
         this.addEventListener("selection-change", () => this.refresh());
-        this.addEventListener("grid-view", () => this.followGrid());
+        this.addEventListener("grid-view", () => this.#followGrid());
         this.addEventListener("report-failure", ({ detail }) => this.announce(text.failed(detail)));
         this.addEventListener("open-capture", ({ detail }) =>
             this.querySelector<CaptureViewer>("capture-viewer")?.open(detail),
@@ -47,19 +47,19 @@ export class GalleryPage extends PageElement {
         this.addEventListener("show-clip", ({ detail }) => void showClip(this, detail));
         this.addEventListener("announce", ({ detail }) => this.announce(detail));
         this.addEventListener("view-choice", (event) =>
-            this.choose((event as CustomEvent<Partial<View>>).detail),
+            this.#choose((event as CustomEvent<Partial<View>>).detail),
         );
     }
 
     announce(message: string): void {
-        this.announced = message;
+        this.#announced = message;
         this.requestUpdate();
     }
 
     async goTo({ path }: Capture): Promise<void> {
         const { gallery, selection } = this.context;
         const known = () => gallery.captures.get(path);
-        if (known() && !gallery.isShown(known()!)) this.choose(NO_FILTER);
+        if (known() && !gallery.isShown(known()!)) this.#choose(NO_FILTER);
         // The grid may have to be laid out with it first.
         await gallery.until(() => !known() || gallery.arrangement.indexOf(known()!) >= 0);
         const capture = known();
@@ -84,46 +84,41 @@ export class GalleryPage extends PageElement {
         return html`
             <main aria-label=${text.gallery}>
                 <header class="bar">
-                    <h1>${text.gallery} <small>${this.countText()}</small></h1>
-                    <button
-                        class="settings"
-                        aria-label=${text.settings}
-                        title=${text.settings}
-                        @click=${() => this.actions.openSettings()}
-                    ></button>
+                    <h1>${text.gallery} <small>${this.#countText()}</small></h1>
+                    ${iconButton("settings", text.settings, () => this.actions.openSettings())}
                     <filter-bar .context=${context} .cellSize=${this.cellSize}></filter-bar>
                 </header>
                 <div class="notices" role="status">${notice(gallery)}${this.actions.warnings()}</div>
                 ${gallery.arrangement.length === 0
-                    ? emptyState(gallery, () => this.choose(NO_FILTER))
+                    ? emptyState(gallery, () => this.#choose(NO_FILTER))
                     : html`<div class="stage">
                           <capture-grid .context=${context} .cellSize=${this.cellSize}></capture-grid>
                           <jump-scrubber .context=${context}></jump-scrubber>
-                          ${this.newsButton()}
+                          ${this.#newsButton()}
                       </div>`}
                 <selection-bar .context=${context} hidden></selection-bar>
-                <div class="announcements" role="status">${this.announced}</div>
+                <div class="announcements" role="status">${this.#announced}</div>
                 <div class="toasts"><toast-list .context=${context}></toast-list></div>
             </main>
-            <div class="dialogs"></div>
             <capture-viewer .context=${context}></capture-viewer>
+            <div class="dialogs"></div>
         `;
     }
 
-    private countText(): string {
+    #countText(): string {
         const { gallery } = this.context;
         return gallery.status === "loading" ? "" : text.captureCount(gallery.arrangement.length);
     }
 
-    private newsButton(): TemplateResult | typeof nothing {
+    #newsButton(): TemplateResult | typeof nothing {
         const unseen = this.grid?.unseen ?? [];
         if (unseen.length === 0) return nothing;
-        return html`<button class="news" @click=${() => this.showNews(unseen)}>
+        return html`<button class="news" @click=${() => this.#showNews(unseen)}>
             ${text.newCaptures(unseen.length)}
         </button>`;
     }
 
-    private showNews(unseen: readonly Capture[]): void {
+    #showNews(unseen: readonly Capture[]): void {
         const { grid } = this;
         const { arrangement } = this.context.gallery;
         const first = [...unseen].sort((a, b) => arrangement.indexOf(a) - arrangement.indexOf(b))[0];
@@ -134,24 +129,24 @@ export class GalleryPage extends PageElement {
         this.requestUpdate();
     }
 
-    private choose(changes: Partial<View>): void {
+    #choose(changes: Partial<View>): void {
         const { gallery, selection } = this.context;
         gallery.setView(changes);
         selection.keepShown(gallery.isShown, gallery.captures);
         this.refresh();
     }
 
-    private onChange({ added }: Change): void {
+    #onChange({ added }: Change): void {
         const { gallery, selection, thumbnails } = this.context;
         selection.keepShown(gallery.isShown, gallery.captures);
-        thumbnails.pause(gallery.connection !== "open");
+        thumbnails.pause(gallery.connection !== "open" || gallery.status === "missing");
         if (added.length > 0)
-            this.announced =
+            this.#announced =
                 added.length === 1 ? text.captured(added[0]!.title) : text.capturedSeveral(added.length);
         this.refresh();
     }
 
-    private followGrid(): void {
+    #followGrid(): void {
         const scrubber = this.querySelector("jump-scrubber") as
             | (PageElement & { grid: CaptureGrid | null })
             | null;

@@ -1,9 +1,10 @@
 // The rows of the grid: headers of groups, and rows of cells.
-import { html, type TemplateResult } from "lit";
+import { html, type TemplateResult } from "lit/html.js";
 import { repeat } from "lit/directives/repeat.js";
 import type { Capture } from "../model/capture.js";
 import type { Row } from "../model/layout.js";
-import { dayText, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
+import { dayText } from "../strings/formats.js";
 import { cell } from "./cell.js";
 import type { Context } from "./context.js";
 

@@ -1,5 +1,5 @@
 // What the server knows of a video's keyframes, and of the length of its frames.
-import type { Capture } from "../model/capture.js";
+import { fileKey, type Capture } from "../model/capture.js";
 import { exactFrame } from "../model/trim-range.js";
 
 export interface Frames {
@@ -23,10 +23,10 @@ async function ask({ handle }: Capture): Promise<Frames> {
     }
 }
 
-let latest: { version: string; path: string; frames: Promise<Frames> } | null = null;
+let latest: { key: string; frames: Promise<Frames> } | null = null;
 
 export function framesOf(capture: Capture): Promise<Frames> {
-    const { path, version } = capture;
-    if (latest?.path !== path || latest.version !== version) latest = { path, version, frames: ask(capture) };
+    const key = fileKey(capture);
+    if (latest?.key !== key) latest = { key, frames: ask(capture) };
     return latest.frames;
 }

@@ -1,6 +1,6 @@
 // The list of keys.
-import { html, type TemplateResult } from "lit";
-import { text } from "../strings/index.js";
+import { html, type TemplateResult } from "lit/html.js";
+import * as text from "../strings/en.js";
 import type { KeyList } from "./key-list.js";
 import { PageDialog } from "./page-dialog.js";
 
@@ -18,7 +18,7 @@ function combination(keys: string): TemplateResult[] {
 
 export class KeysDialog extends PageDialog {
     lists: readonly KeyList[] = [];
-    protected readonly heading = text.keys.title;
+    protected readonly heading = text.keyTitle;
 
     protected content(): TemplateResult {
         return html`${this.lists.map(

@@ -13,3 +13,9 @@ export function mediaAddress({ handle, path }: Capture, attempt = 0): string {
     const file = handle ? `/media/${handle}` : `file://${path.split("/").map(encodeURIComponent).join("/")}`;
     return attempt === 0 ? file : `${file}?attempt=${attempt}`;
 }
+
+/** Ends loading, which goes on without its element in the page, and what is heard. */
+export function unload(element: HTMLImageElement | HTMLVideoElement | null): void {
+    element?.removeAttribute("src");
+    if (element instanceof HTMLVideoElement) element.load();
+}

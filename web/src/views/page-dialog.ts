@@ -1,7 +1,7 @@
 // The base of the page's dialogs: a native one, which keeps the focus in itself, closes with Esc, and gives the
 // focus back.
-import { html, type TemplateResult } from "lit";
-import { text } from "../strings/index.js";
+import { html, type TemplateResult } from "lit/html.js";
+import * as text from "../strings/en.js";
 import { PageElement } from "./page-element.js";
 
 export abstract class PageDialog extends PageElement {
@@ -15,8 +15,25 @@ export abstract class PageDialog extends PageElement {
         this.querySelector("dialog")?.close();
     }
 
+    /** Closes the dialog because somebody wants to leave it, unless something would be lost that they want to keep. */
+    async leave(): Promise<void> {
+        this.close();
+    }
+
+    protected onKey(event: KeyboardEvent): void {
+        if (event.key !== "Escape" || event.defaultPrevented) return;
+        // The browser would close the dialog without asking.
+        event.preventDefault();
+        void this.leave();
+    }
+
     protected override render(): TemplateResult {
-        return html`<dialog class="page-dialog" aria-label=${this.heading} @close=${this.onClose}>
+        return html`<dialog
+            class="page-dialog"
+            aria-label=${this.heading}
+            @close=${this.#onClose}
+            @keydown=${this.onKey}
+        >
             <h2>${this.heading}</h2>
             ${this.content()}
         </dialog>`;
@@ -34,20 +51,29 @@ export abstract class PageDialog extends PageElement {
     }
 
     protected closeButton(label = text.viewer.close): TemplateResult {
-        return html`<button type="button" @click=${() => this.close()}>${label}</button>`;
+        return html`<button type="button" @click=${() => this.leave()}>${label}</button>`;
     }
 
-    private readonly onClose = (event: Event): void => {
+    readonly #onClose = (event: Event): void => {
         if (event.target !== this.querySelector("dialog")) return;
         this.remove();
         this.onClosed();
     };
 }
 
-/** Opens a dialog, and returns when it has been closed. */
+const dialogs = (): Element | null => document.querySelector("gallery-page > .dialogs");
+
+/** Opens a dialog, and returns after it has been closed. */
 export function openDialog(dialog: PageDialog): Promise<void> {
     return new Promise((resolve) => {
         dialog.onClosed = resolve;
-        document.querySelector("gallery-page .dialogs")?.append(dialog);
+        dialogs()?.append(dialog);
     });
+}
+
+/** Leaves the dialog that was opened last. Returns false when none is open. */
+export function leaveTopDialog(): boolean {
+    const top = [...(dialogs()?.querySelectorAll("dialog[open]") ?? [])].at(-1)?.parentElement;
+    void (top as PageDialog | null | undefined)?.leave();
+    return !!top;
 }

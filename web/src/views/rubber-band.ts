@@ -22,105 +22,105 @@ const LEAST_WAY = 5;
 const EDGE = 28;
 
 export class RubberBand {
-    private drag: Drag | null = null;
-    private pointer: PointerEvent | null = null;
-    private drawn = false;
-    private readonly box = document.createElement("div");
+    #drag: Drag | null = null;
+    #pointer: PointerEvent | null = null;
+    #drawn = false;
+    readonly #box = document.createElement("div");
 
     constructor(private readonly grid: Grid) {
-        this.box.className = "band";
-        this.box.ariaHidden = "true";
+        this.#box.className = "band";
+        this.#box.ariaHidden = "true";
     }
 
     connect(): void {
-        this.grid.addEventListener("pointerdown", (event) => this.onDown(event));
-        this.grid.addEventListener("pointermove", (event) => this.onMove(event));
-        this.grid.addEventListener("pointerup", () => this.end());
-        this.grid.addEventListener("lostpointercapture", () => this.end());
-        this.grid.addEventListener("scroll", () => this.pointer && this.draw(this.pointer));
-        this.grid.addEventListener("click", (event) => this.onClick(event), true);
+        this.grid.addEventListener("pointerdown", (event) => this.#onDown(event));
+        this.grid.addEventListener("pointermove", (event) => this.#onMove(event));
+        this.grid.addEventListener("pointerup", () => this.#end());
+        this.grid.addEventListener("lostpointercapture", () => this.#end());
+        this.grid.addEventListener("scroll", () => this.#pointer && this.#draw(this.#pointer));
+        this.grid.addEventListener("click", (event) => this.#onClick(event), true);
     }
 
     // The click that ends a rectangle is none; those of the keyboard, which count 0, are.
-    private onClick(event: MouseEvent): void {
-        if (this.drawn && event.detail > 0) event.stopImmediatePropagation();
-        this.drawn = false;
+    #onClick(event: MouseEvent): void {
+        if (this.#drawn && event.detail > 0) event.stopImmediatePropagation();
+        this.#drawn = false;
     }
 
-    private onDown(event: PointerEvent): void {
-        this.drawn = false;
+    #onDown(event: PointerEvent): void {
+        this.#drawn = false;
         const { grid } = this;
         const between = (event.target as Element).closest("[data-path], button") === null;
         const onScrollBar = event.clientX >= grid.getBoundingClientRect().left + grid.clientWidth;
         if (!between || onScrollBar || event.button !== 0 || event.pointerType === "touch") return;
         const adds = event.ctrlKey || event.metaKey || event.shiftKey;
         const before = adds ? grid.context.selection.list() : [];
-        this.drag = { pointer: event.pointerId, start: this.pointAt(event), before };
+        this.#drag = { pointer: event.pointerId, start: this.#pointAt(event), before };
         grid.setPointerCapture(event.pointerId);
     }
 
-    private onMove(event: PointerEvent): void {
-        if (this.drag?.pointer !== event.pointerId) return;
-        const { start } = this.drag;
-        const { x, y } = this.pointAt(event);
-        if (!this.drawn && Math.hypot(x - start.x, y - start.y) < LEAST_WAY) return;
-        if (!this.drawn) this.begin();
-        const moved = this.pointer === null;
-        this.pointer = event;
-        this.draw(event);
-        if (moved) requestAnimationFrame(this.scroll);
+    #onMove(event: PointerEvent): void {
+        if (this.#drag?.pointer !== event.pointerId) return;
+        const { start } = this.#drag;
+        const { x, y } = this.#pointAt(event);
+        if (!this.#drawn && Math.hypot(x - start.x, y - start.y) < LEAST_WAY) return;
+        if (!this.#drawn) this.#begin();
+        const moved = this.#pointer === null;
+        this.#pointer = event;
+        this.#draw(event);
+        if (moved) requestAnimationFrame(this.#scroll);
     }
 
-    private begin(): void {
-        this.drawn = true;
-        this.grid.querySelector(".space")?.append(this.box);
-        document.addEventListener("keydown", this.onKey, true);
+    #begin(): void {
+        this.#drawn = true;
+        this.grid.querySelector(".space")?.append(this.#box);
+        document.addEventListener("keydown", this.#onKey, true);
     }
 
-    private end(): void {
-        this.drag = this.pointer = null;
-        this.box.remove();
-        document.removeEventListener("keydown", this.onKey, true);
+    #end(): void {
+        this.#drag = this.#pointer = null;
+        this.#box.remove();
+        document.removeEventListener("keydown", this.#onKey, true);
     }
 
-    private readonly onKey = (event: KeyboardEvent): void => {
-        if (event.key !== "Escape" || !this.drag) return;
+    readonly #onKey = (event: KeyboardEvent): void => {
+        if (event.key !== "Escape" || !this.#drag) return;
         event.preventDefault();
         event.stopPropagation();
-        this.select(this.drag.before);
-        this.end();
+        this.#select(this.#drag.before);
+        this.#end();
     };
 
     // Near an edge, the grid goes on by itself for as long as the pointer stays there.
-    private readonly scroll = (): void => {
-        if (!this.pointer) return;
+    readonly #scroll = (): void => {
+        if (!this.#pointer) return;
         const { top, bottom } = this.grid.getBoundingClientRect();
-        const over = Math.min(0, this.pointer.clientY - top - EDGE);
-        const under = Math.max(0, this.pointer.clientY - bottom + EDGE);
+        const over = Math.min(0, this.#pointer.clientY - top - EDGE);
+        const under = Math.max(0, this.#pointer.clientY - bottom + EDGE);
         if (over + under !== 0) this.grid.scrollTop += (over + under) / 2;
-        requestAnimationFrame(this.scroll);
+        requestAnimationFrame(this.#scroll);
     };
 
-    private pointAt({ clientX, clientY }: PointerEvent): Point {
+    #pointAt({ clientX, clientY }: PointerEvent): Point {
         const { grid } = this;
         const space = grid.querySelector(".space")!.getBoundingClientRect();
-        const x = this.rightToLeft ? space.right - clientX : clientX - space.left;
+        const x = this.#rightToLeft ? space.right - clientX : clientX - space.left;
         const y = clientY - grid.getBoundingClientRect().top + grid.window.topAt(grid.scrollTop);
         return { x, y };
     }
 
-    private get rightToLeft(): boolean {
+    get #rightToLeft(): boolean {
         return getComputedStyle(this.grid).direction === "rtl";
     }
 
-    private draw(event: PointerEvent): void {
-        if (!this.drag) return;
+    #draw(event: PointerEvent): void {
+        if (!this.#drag) return;
         const { window, scrollTop, context } = this.grid;
-        const { start } = this.drag;
-        const end = this.pointAt(event);
+        const { start } = this.#drag;
+        const end = this.#pointAt(event);
         const top = window.drawnTop({ top: Math.min(start.y, end.y) }, scrollTop);
-        const side = this.rightToLeft ? "right" : "left";
-        Object.assign(this.box.style, {
+        const side = this.#rightToLeft ? "right" : "left";
+        Object.assign(this.#box.style, {
             top: `${top}px`,
             [side]: `${Math.min(start.x, end.x)}px`,
             width: `${Math.abs(start.x - end.x)}px`,
@@ -128,10 +128,10 @@ export class RubberBand {
         });
         const { arrangement } = context.gallery;
         const touched = capturesWithin(start, end, window.layout, arrangement);
-        this.select([...this.drag.before, ...touched.map(({ path }) => path)]);
+        this.#select([...this.#drag.before, ...touched.map(({ path }) => path)]);
     }
 
-    private select(paths: readonly string[]): void {
+    #select(paths: readonly string[]): void {
         this.grid.context.selection.set(paths);
         this.grid.requestUpdate();
         send(this.grid, "selection-change");

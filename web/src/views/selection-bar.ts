@@ -1,13 +1,14 @@
 // What is selected: how many, how large, and what can be done with them.
-import { html, type TemplateResult } from "lit";
-import { sizeText, text } from "../strings/index.js";
+import { html, type TemplateResult } from "lit/html.js";
+import * as text from "../strings/en.js";
+import { sizeText } from "../strings/formats.js";
 import { send, type Context, type SelectionAction } from "./context.js";
 import { PageElement } from "./page-element.js";
 
 const ACTIONS: readonly (readonly [SelectionAction, string])[] = [
     ["copy", text.copyTo],
     ["move", text.moveTo],
-    ["delete", text.delete],
+    ["delete", text.remove],
     ["montage", text.montage],
 ];
 
@@ -16,13 +17,13 @@ export class SelectionBar extends PageElement {
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.setAttribute("role", "toolbar");
-        this.setAttribute("aria-label", text.selection);
-        this.addEventListener("keydown", this.onKey);
+        this.role = "toolbar";
+        this.ariaLabel = text.selection;
+        this.addEventListener("keydown", this.#onKey);
     }
 
     // The arrows lead from button to button, as in any toolbar.
-    private readonly onKey = (event: KeyboardEvent): void => {
+    readonly #onKey = (event: KeyboardEvent): void => {
         const way = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
         const buttons = [...this.querySelectorAll("button")];
         const place = buttons.indexOf(document.activeElement as HTMLButtonElement);
@@ -45,18 +46,18 @@ export class SelectionBar extends PageElement {
                     html`<button @click=${() => send(this, "selection-action", action)}>${label}</button>`,
             )}
             <span class="divider"></span>
-            <button @click=${this.selectAll}>${text.selectAll}</button>
-            <button @click=${this.clear}>${text.clearSelection}</button>
+            <button @click=${this.#selectAll}>${text.selectAll}</button>
+            <button @click=${this.#clear}>${text.clearSelection}</button>
         `;
     }
 
-    private readonly selectAll = (): void => {
+    readonly #selectAll = (): void => {
         const { gallery, selection } = this.context;
         selection.add(gallery.arrangement.between(0, gallery.arrangement.length - 1));
         send(this, "selection-change");
     };
 
-    private readonly clear = (): void => {
+    readonly #clear = (): void => {
         this.context.selection.clear();
         send(this, "selection-change");
     };

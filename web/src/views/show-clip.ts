@@ -1,6 +1,6 @@
 // Brings a clip that was saved before the user's eyes.
 import type { Capture } from "../model/capture.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import type { Clip, Context } from "./context.js";
 
 interface Page {
@@ -19,5 +19,5 @@ export async function showClip(page: Page, { path, replaced }: Clip): Promise<vo
     await gallery.until(() => clip() !== null);
     await page.goTo(clip()!);
     // After the page has reported that there is another capture.
-    page.announce(text.trim.saved);
+    page.announce(text.trimSaved);
 }

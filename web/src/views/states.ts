@@ -1,8 +1,8 @@
 // What is shown where there are no captures to show, and above them when something is wrong.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { isFiltering } from "../model/filter.js";
 import type { Gallery } from "../model/gallery.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 
 function state(name: string, title: string, content: unknown): TemplateResult {
     return html`<section class="state ${name}">

@@ -1,8 +1,8 @@
 // What is being deleted, with the way back. It is on top of everything, dialogs too.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import { repeat } from "lit/directives/repeat.js";
 import type { Batch } from "../model/deletions.js";
-import { text } from "../strings/index.js";
+import * as text from "../strings/en.js";
 import type { Context } from "./context.js";
 import { failureList } from "./failure-list.js";
 import { PageElement } from "./page-element.js";
@@ -27,23 +27,23 @@ function reasons({ state, failures }: Batch): TemplateResult | typeof nothing {
 
 export class ToastList extends PageElement {
     context!: Context;
-    private home: HTMLElement | null = null;
+    #home: HTMLElement | null = null;
     // When they were shown first.
-    private readonly since = new Map<number, number>();
+    readonly #since = new Map<number, number>();
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.home ??= this.parentElement;
+        this.#home ??= this.parentElement;
         this.context.deletions.onChange(() => this.requestUpdate());
         // Dialogs open with the focus in them.
-        for (const event of ["close", "focusin"]) document.addEventListener(event, this.goWhereSeen, true);
+        for (const event of ["close", "focusin"]) document.addEventListener(event, this.#goWhereSeen, true);
     }
 
     // A dialog that is taken away takes along what is in it.
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
-        for (const event of ["close", "focusin"]) document.removeEventListener(event, this.goWhereSeen, true);
-        queueMicrotask(() => !this.isConnected && this.goWhereSeen());
+    disconnectedCallback(): void {
+        for (const event of ["close", "focusin"])
+            document.removeEventListener(event, this.#goWhereSeen, true);
+        queueMicrotask(() => !this.isConnected && this.#goWhereSeen());
     }
 
     protected override render(): TemplateResult {
@@ -53,21 +53,21 @@ export class ToastList extends PageElement {
             ${repeat(
                 shown,
                 ({ id }) => id,
-                (batch) => this.toast(batch),
+                (batch) => this.#toast(batch),
             )}
         </div>`;
     }
 
     protected override updated(): void {
-        this.goWhereSeen();
+        this.#goWhereSeen();
     }
 
-    private toast(batch: Batch): TemplateResult {
+    #toast(batch: Batch): TemplateResult {
         const { deletions } = this.context;
         const { id, state } = batch;
         const canUndo = state === "waiting" || state === "trashed";
         const canDismiss = state === "trashed" || state === "failed";
-        return html`<section class="toast ${state}" data-since=${this.sinceOf(batch)}>
+        return html`<section class="toast ${state}" data-since=${this.#sinceOf(batch)}>
             <p id="toast-${id}">${message(batch, deletions.hasTrash)}</p>
             ${canUndo
                 ? html`<button aria-describedby="toast-${id}" @click=${() => deletions.undo(batch)}>
@@ -84,9 +84,9 @@ export class ToastList extends PageElement {
     }
 
     // What is outside of the topmost dialog cannot be used while that is open.
-    private readonly goWhereSeen = (): void => {
+    readonly #goWhereSeen = (): void => {
         const dialogs = document.querySelectorAll<HTMLElement>("dialog:modal");
-        const place = [...dialogs].at(-1) ?? this.home;
+        const place = [...dialogs].at(-1) ?? this.#home;
         if (!place || this.parentElement === place) return;
         place.append(this);
         // Their animations begin anew, and their time does not.
@@ -94,9 +94,9 @@ export class ToastList extends PageElement {
             toast.style.setProperty("--passed", `${Number(toast.dataset["since"]) - performance.now()}ms`);
     };
 
-    private sinceOf({ id }: Batch): number {
-        if (!this.since.has(id)) this.since.set(id, performance.now());
-        return this.since.get(id)!;
+    #sinceOf({ id }: Batch): number {
+        if (!this.#since.has(id)) this.#since.set(id, performance.now());
+        return this.#since.get(id)!;
     }
 }
 

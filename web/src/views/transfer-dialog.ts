@@ -1,9 +1,10 @@
 // Copies or moves captures to a folder: another game's, one on a drive, or any that is typed.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../model/capture.js";
 import { listDrives, roomAt, roomIn, type Drive, type Room } from "../model/drives.js";
 import { FileJob, folderFrom } from "../model/file-job.js";
-import { sizeText, text } from "../strings/index.js";
+import * as text from "../strings/en.js";
+import { sizeText } from "../strings/formats.js";
 import { confirmed } from "./confirm-dialog.js";
 import { MANY, type Context } from "./context.js";
 import { failureList } from "./failure-list.js";
@@ -22,12 +23,12 @@ export class TransferDialog extends PageDialog {
     context!: Context;
     captures: readonly Capture[] = [];
     moves = false;
-    private folder = "";
-    private place: Place | null = null;
-    private looking = false;
-    private drives: readonly Drive[] = [];
-    private job: FileJob | null = null;
-    private failure = "";
+    #folder = "";
+    #place: Place | null = null;
+    #looking = false;
+    #drives: readonly Drive[] = [];
+    #job: FileJob | null = null;
+    #failure = "";
 
     protected get heading(): string {
         return this.moves ? text.moveTo : text.copyTo;
@@ -36,53 +37,52 @@ export class TransferDialog extends PageDialog {
     override connectedCallback(): void {
         super.connectedCallback();
         listDrives(this.context.client).then((drives) => {
-            this.drives = drives;
+            this.#drives = drives;
             this.requestUpdate();
-        }, this.fail);
+        }, this.#fail);
     }
 
     // Whoever closes the dialog wants no more of it.
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
-        this.job?.stop();
+    disconnectedCallback(): void {
+        this.#job?.stop();
     }
 
     protected content(): TemplateResult {
-        const { job } = this;
+        const job = this.#job;
         const size = this.captures.reduce((sum, { sizeKB }) => sum + sizeKB, 0);
         return html`
             <p>${text.selected(this.captures.length, sizeText(size))}</p>
-            ${this.failure ? html`<p class="error" role="alert">${this.failure}</p>` : nothing}
-            ${job ? this.progress(job) : this.choice(size)}
+            ${this.#failure ? html`<p class="error" role="alert">${this.#failure}</p>` : nothing}
+            ${job ? this.#progress(job) : this.#choice(size)}
         `;
     }
 
-    private choice(sizeKB: number): TemplateResult {
-        const obstacle = this.obstacle(sizeKB);
-        return html`<form novalidate @submit=${this.start}>
-            ${selectField(text.destination, this.destinations(), this.choose)}
-            ${textField(text.folder, this.folder, this.choose)}
-            <p role="status">${this.roomText()} ${obstacle}</p>
+    #choice(sizeKB: number): TemplateResult {
+        const obstacle = this.#obstacle(sizeKB);
+        return html`<form novalidate @submit=${this.#start}>
+            ${selectField(text.destination, this.#destinations(), this.#choose)}
+            ${textField(text.folder, this.#folder, this.#choose)}
+            <p role="status">${this.#roomText()} ${obstacle}</p>
             <div class="buttons">
                 ${this.closeButton(text.cancel)}
-                <button class="primary" ?disabled=${!this.place || obstacle !== ""}>
+                <button class="primary" ?disabled=${!this.#place || obstacle !== ""}>
                     ${this.moves ? text.move : text.copy}
                 </button>
             </div>
         </form>`;
     }
 
-    private destinations(): TemplateResult {
+    #destinations(): TemplateResult {
         const { folder, games } = this.context.gallery;
-        const at = (place: string, title: string) => option(place, title, place === this.folder);
+        const at = (place: string, title: string) => option(place, title, place === this.#folder);
         return html`${at("", text.otherFolder)}
             <optgroup label=${text.games}>
                 ${games.map((game) => at(`${folderFrom(folder)}/${game}`, game))}
             </optgroup>
-            <optgroup label=${text.drives}>${this.drives.map(({ name }) => at(name, name))}</optgroup>`;
+            <optgroup label=${text.drives}>${this.#drives.map(({ name }) => at(name, name))}</optgroup>`;
     }
 
-    private progress(job: FileJob): TemplateResult {
+    #progress(job: FileJob): TemplateResult {
         const { state, tried, captures, current, failures } = job;
         const isOver = state !== "running" && !current;
         const done = this.moves ? text.movedCount(job.succeeded) : text.copiedCount(job.succeeded);
@@ -106,14 +106,14 @@ export class TransferDialog extends PageDialog {
         `;
     }
 
-    private roomText(): string {
-        const { room } = this.place ?? {};
+    #roomText(): string {
+        const { room } = this.#place ?? {};
         return room ? `${text.room(sizeText(room.freeMB * 1000), sizeText(room.totalMB * 1000))}.` : "";
     }
 
     // Why it cannot be started; empty when it can, or nothing is known yet.
-    private obstacle(sizeKB: number): string {
-        const { place } = this;
+    #obstacle(sizeKB: number): string {
+        const place = this.#place;
         if (!place) return "";
         if (!place.room) return text.noFolder;
         // The gallery makes a folder for what is moved, not for copies.
@@ -122,30 +122,30 @@ export class TransferDialog extends PageDialog {
         return !this.moves && place.room.freeMB * 1000 < sizeKB ? text.tooFull : "";
     }
 
-    private readonly choose = (folder: string): void => {
-        this.folder = folder;
-        this.place = null;
+    readonly #choose = (folder: string): void => {
+        this.#folder = folder;
+        this.#place = null;
         this.requestUpdate();
-        void this.look();
+        void this.#look();
     };
 
     // One look at a time, and the last one at what is typed then.
-    private async look(): Promise<void> {
-        if (this.looking) return;
-        this.looking = true;
-        const folder = folderFrom(this.folder);
+    async #look(): Promise<void> {
+        if (this.#looking) return;
+        this.#looking = true;
+        const folder = folderFrom(this.#folder);
         try {
-            const place = await this.lookAt(folder);
-            if (folder === folderFrom(this.folder) && folder !== "") this.place = place;
+            const place = await this.#lookAt(folder);
+            if (folder === folderFrom(this.#folder) && folder !== "") this.#place = place;
         } catch (error) {
-            this.fail(error as Error);
+            this.#fail(error as Error);
         }
-        this.looking = false;
+        this.#looking = false;
         this.requestUpdate();
-        if (folder !== folderFrom(this.folder)) void this.look();
+        if (folder !== folderFrom(this.#folder)) void this.#look();
     }
 
-    private async lookAt(folder: string): Promise<Place> {
+    async #lookAt(folder: string): Promise<Place> {
         const { client } = this.context;
         const [room, there] = await Promise.all([roomAt(client, folder), roomIn(client, folder)]);
         const isThere = there !== null;
@@ -155,9 +155,10 @@ export class TransferDialog extends PageDialog {
         return { folder, room, isThere, isWritable: writable };
     }
 
-    private readonly start = async (event: Event): Promise<void> => {
+    readonly #start = async (event: Event): Promise<void> => {
         event.preventDefault();
-        const { place, captures, moves } = this;
+        const { captures, moves } = this;
+        const place = this.#place;
         if (!place) return;
         const question = {
             heading: moves ? text.moveQuestion(captures.length) : text.copyQuestion(captures.length),
@@ -168,12 +169,12 @@ export class TransferDialog extends PageDialog {
         const { client } = this.context;
         const transfer = (source: string, destination: string) =>
             client.request(moves ? "MoveFile" : "CopyFile", { source, destination });
-        this.job = new FileJob(captures, place.folder, transfer, () => this.requestUpdate());
-        await this.job.run();
+        this.#job = new FileJob(captures, place.folder, transfer, () => this.requestUpdate());
+        await this.#job.run();
     };
 
-    private readonly fail = (error: Error): void => {
-        this.failure = text.failed(error.message);
+    readonly #fail = (error: Error): void => {
+        this.#failure = text.failed(error.message);
         this.requestUpdate();
     };
 }

@@ -1,4 +1,5 @@
 // Small pictures of a video from its beginning to its end, drawn side by side on a canvas.
+import { unload } from "../media.js";
 
 const MOST_PICTURES = 24;
 const HEIGHT = 72;
@@ -44,7 +45,6 @@ export async function drawFilmstrip(
     } catch {
         // A video that the browser does not show is cut without pictures.
     } finally {
-        video.removeAttribute("src");
-        video.load();
+        unload(video);
     }
 }

@@ -1,20 +1,27 @@
 // Plays parts of a video: the selection again and again, its first or last moments. Times are milliseconds.
 
+interface Part {
+    readonly from: number;
+    readonly until: number;
+    /** Whether it is played again and again. */
+    readonly again: boolean;
+}
+
+const WHOLE: Part = { from: 0, until: Infinity, again: false };
 const FASTEST = 4;
 
 export class SelectionPlayer {
-    private from = 0;
-    private until = Infinity;
-    private again = false;
+    // What is played.
+    #part: Part = WHOLE;
     // Where to seek when the seek that is under way has ended: a drag asks for more than a video can show.
-    private wanted: number | null = null;
+    #wanted: number | null = null;
 
     constructor(
         private readonly video: HTMLVideoElement,
         private readonly onMove: (time: number) => void,
     ) {
-        video.addEventListener("seeked", () => this.seekOn());
-        video.addEventListener("play", () => this.follow());
+        video.addEventListener("seeked", () => this.#seekOn());
+        video.addEventListener("play", () => this.#follow());
     }
 
     get isPlaying(): boolean {
@@ -22,16 +29,16 @@ export class SelectionPlayer {
     }
 
     seek(time: number): void {
-        if (this.video.seeking) this.wanted = time;
+        if (this.video.seeking) this.#wanted = time;
         else this.video.currentTime = time / 1000;
         this.onMove(time);
     }
 
     /** Plays from one time until another, where it pauses or begins again. */
     async play(from: number, until: number, again: boolean): Promise<void> {
-        Object.assign(this, { from, until, again });
+        this.#part = { from, until, again };
         this.video.playbackRate = 1;
-        this.wanted = null;
+        this.#wanted = null;
         this.video.currentTime = from / 1000;
         await this.resume();
     }
@@ -51,8 +58,7 @@ export class SelectionPlayer {
 
     /** What is played goes on to the end of the video. */
     playOn(): void {
-        this.until = Infinity;
-        this.again = false;
+        this.#part = WHOLE;
     }
 
     faster(): void {
@@ -65,29 +71,30 @@ export class SelectionPlayer {
 
     /** The part that is played again and again becomes another one. */
     change(from: number, until: number): void {
-        if (this.again) Object.assign(this, { from, until });
+        if (this.#part.again) this.#part = { from, until, again: true };
     }
 
-    private seekOn(): void {
-        if (this.wanted === null) return;
-        this.video.currentTime = this.wanted / 1000;
-        this.wanted = null;
+    #seekOn(): void {
+        if (this.#wanted === null) return;
+        this.video.currentTime = this.#wanted / 1000;
+        this.#wanted = null;
     }
 
     // Each frame of the screen: the video's own events come too rarely to stop where the selection ends.
-    private readonly follow = (): void => {
+    readonly #follow = (): void => {
         const time = this.video.currentTime * 1000;
         if (!this.video.seeking) {
             this.onMove(time);
-            if (time >= this.until) this.onEnd();
+            if (time >= this.#part.until) this.#onEnd();
         }
-        if (!this.video.paused) requestAnimationFrame(this.follow);
+        if (!this.video.paused) requestAnimationFrame(this.#follow);
         // The selection may end where the video does.
-        else if (this.video.ended && this.again) void this.play(this.from, this.until, true);
+        else if (this.video.ended && this.#part.again)
+            void this.play(this.#part.from, this.#part.until, true);
     };
 
-    private onEnd(): void {
-        if (this.again) this.video.currentTime = this.from / 1000;
+    #onEnd(): void {
+        if (this.#part.again) this.video.currentTime = this.#part.from / 1000;
         else this.pause();
     }
 }

@@ -1,6 +1,6 @@
 // What is done with a clip that was chosen, and what that means.
-import { html, nothing, type TemplateResult } from "lit";
-import { text } from "../../strings/index.js";
+import { html, nothing, type TemplateResult } from "lit/html.js";
+import * as text from "../../strings/en.js";
 
 export type TrimState =
     | { step: "choosing"; failure?: string }
@@ -19,23 +19,23 @@ export interface TrimChoices {
 }
 
 function cutting(): TemplateResult {
-    return html`<p class="actions" role="status">
-        <progress aria-label=${text.trim.cutting}></progress> ${text.trim.cutting}
+    return html`<p role="status">
+        <progress aria-label=${text.trimCutting}></progress> ${text.trimCutting}
     </p>`;
 }
 
 // A second click at the place of the first keeps the original.
 function confirmation({ replace, keep }: TrimChoices): TemplateResult {
-    return html`<p class="failure" role="alert">${text.trim.replaceMeans}</p>
-        <p class="actions">
-            <button class="primary" @click=${keep}>${text.trim.keepOriginal}</button>
-            <button class="danger" @click=${replace}>${text.trim.replaceConfirm}</button>
-        </p>`;
+    return html`<p class="error" role="alert">${text.trimReplaceMeans}</p>
+        <div class="buttons">
+            <button class="primary" @click=${keep}>${text.trimKeepOriginal}</button>
+            <button class="danger" @click=${replace}>${text.trimReplaceConfirm}</button>
+        </div>`;
 }
 
 function hint({ isWhole, copyName }: TrimChoices): string {
-    if (isWhole) return text.trim.whole;
-    return copyName === "" ? "" : text.trim.copyMeans(copyName);
+    if (isWhole) return text.trimWhole;
+    return copyName === "" ? "" : text.trimCopyMeans(copyName);
 }
 
 export function trimActions(state: TrimState, choices: TrimChoices): TemplateResult {
@@ -43,16 +43,14 @@ export function trimActions(state: TrimState, choices: TrimChoices): TemplateRes
     if (state.step === "confirming") return confirmation(choices);
     const { isWhole, copyName } = choices;
     return html`
-        ${state.failure ? html`<p class="failure" role="alert">${text.failed(state.failure)}</p>` : nothing}
-        <p class="hint">${hint(choices)}</p>
-        <p class="actions">
+        ${state.failure ? html`<p class="error" role="alert">${text.failed(state.failure)}</p>` : nothing}
+        <p>${hint(choices)}</p>
+        <div class="buttons">
             <button @click=${choices.cancel}>${text.cancel}</button>
-            <button class="danger" ?disabled=${isWhole} @click=${choices.askToReplace}>
-                ${text.trim.replace}
-            </button>
+            <button ?disabled=${isWhole} @click=${choices.askToReplace}>${text.trimReplace}</button>
             <button class="primary" ?disabled=${isWhole || copyName === ""} @click=${choices.saveCopy}>
-                ${text.trim.saveCopy}
+                ${text.trimSaveCopy}
             </button>
-        </p>
+        </div>
     `;
 }

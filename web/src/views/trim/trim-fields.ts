@@ -1,9 +1,9 @@
 // The times of a clip as text, for who knows them exactly.
-import { html, type TemplateResult } from "lit";
-import { live } from "lit/directives/live.js";
+import { html, type TemplateResult } from "lit/html.js";
 import { parseTime } from "../../model/clip-name.js";
 import type { TrimRange } from "../../model/trim-range.js";
-import { clockText, text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
+import { clockText } from "../../strings/formats.js";
 
 export type Field = "start" | "end" | "length";
 
@@ -19,19 +19,25 @@ export function trimFields(
                 type="text"
                 inputmode="decimal"
                 autocomplete="off"
-                .value=${live(clockText(time))}
-                @change=${(event: Event) => set(name, parseTime((event.target as HTMLInputElement).value))}
+                .value=${clockText(time)}
+                @change=${({ target }: Event) => {
+                    const input = target as HTMLInputElement;
+                    const written = parseTime(input.value);
+                    // What follows is drawn only when it is another time.
+                    input.value = clockText(time);
+                    set(name, written);
+                }}
             />
         </label>`;
-    return html`${field("start", text.trim.startTime, range.start)}
-    ${field("end", text.trim.endTime, range.end)} ${field("length", text.trim.length, range.length)}`;
+    return html`${field("start", text.trimStartTime, range.start)}
+    ${field("end", text.trimEndTime, range.end)} ${field("length", text.trimLength, range.length)}`;
 }
 
 /** Where the clip will start, as far as it is known. */
 export function startHint(range: TrimRange): string {
     const keyframe = range.keyframeOfStart;
-    if (keyframe === null) return text.trim.startsEarlier;
+    if (keyframe === null) return text.trimStartsEarlier;
     const time = clockText(range.start);
-    if (Math.abs(range.start - keyframe) < range.frame / 2) return text.trim.startsAt(time);
-    return text.trim.startsBefore(time, clockText(keyframe));
+    if (Math.abs(range.start - keyframe) < range.frame / 2) return text.trimStartsAt(time);
+    return text.trimStartsBefore(time, clockText(keyframe));
 }

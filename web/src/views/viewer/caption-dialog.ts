@@ -1,117 +1,103 @@
-// Writes the caption of a capture; both lines are seen over the picture as one types.
-import { html, nothing, type TemplateResult } from "lit";
+// Writes the caption of a capture; both lines are drawn over the picture as one types.
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
-import { text } from "../../strings/index.js";
-import { send, type Context } from "../context.js";
+import * as text from "../../strings/en.js";
+import { confirmed } from "../confirm-dialog.js";
+import type { Context } from "../context.js";
+import { textField } from "../fields.js";
 import { mediaAddress, thumbnailAddress } from "../media.js";
-import { PageElement } from "../page-element.js";
+import { PageDialog } from "../page-dialog.js";
 import { captionOverlay } from "./caption-overlay.js";
 
-type Line = "top" | "bottom";
-
-export class CaptionDialog extends PageElement {
+export class CaptionDialog extends PageDialog {
     context!: Context;
     capture!: Capture;
-    private lines = { top: "", bottom: "" };
-    private state: "writing" | "saving" | { failure: string } = "writing";
+    isSaved = false;
+    protected readonly heading = text.captionTitle;
+    #lines = { top: "", bottom: "" };
+    #isAsking = false;
+    #isSaving = false;
+    #failure = "";
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.lines = { ...this.capture.caption };
+        this.#lines = { ...this.capture.caption };
+    }
+
+    override async leave(): Promise<void> {
+        if (this.#isAsking) return;
+        const { top, bottom } = this.capture.caption;
+        const isChanged = this.#lines.top !== top || this.#lines.bottom !== bottom;
+        const question = {
+            heading: text.captionDiscardQuestion,
+            explanation: text.captionUnsaved,
+            action: text.captionDiscard,
+        };
+        this.#isAsking = true;
+        if (!isChanged || (await confirmed(question))) this.close();
+        this.#isAsking = false;
     }
 
     protected override firstUpdated(): void {
-        this.dialog.showModal();
+        super.firstUpdated();
         this.querySelector("input")?.select();
     }
 
-    protected override render(): TemplateResult {
-        const { state, lines } = this;
-        const names = text.captionTexts;
-        return html`<dialog class="inner" aria-label=${names.title} @close=${this.onClose}>
-            <form @submit=${this.save}>
-                <div class="caption-preview">
-                    ${this.picture()} ${captionOverlay(lines.top, lines.bottom)}
-                </div>
-                ${this.box("top", names.top)} ${this.box("bottom", names.bottom)}
-                <p class="hint">${names.where}</p>
-                ${typeof state === "object"
-                    ? html`<p class="failure" role="alert">${text.failed(state.failure)}</p>`
-                    : nothing}
-                <p class="actions">
-                    <button type="button" @click=${() => this.dialog.close()}>${text.cancel}</button>
-                    <button class="primary" ?disabled=${state === "saving"}>
-                        ${state === "saving" ? names.saving : text.save}
-                    </button>
-                </p>
-            </form>
-        </dialog>`;
+    protected content(): TemplateResult {
+        const { top, bottom } = this.#lines;
+        return html`<form @submit=${this.#save}>
+            <div class="caption-preview">${this.#picture()} ${captionOverlay(top, bottom)}</div>
+            ${textField(text.captionTop, top, (written) => this.#write({ top: written }))}
+            ${textField(text.captionBottom, bottom, (written) => this.#write({ bottom: written }))}
+            <p>${text.captionWhere}</p>
+            ${this.#failure ? html`<p class="error" role="alert">${this.#failure}</p>` : nothing}
+            <div class="buttons">
+                ${this.closeButton(text.cancel)}
+                <button class="primary" ?disabled=${this.#isSaving}>
+                    ${this.#isSaving ? text.captionSaving : text.save}
+                </button>
+            </div>
+        </form>`;
     }
 
-    private get dialog(): HTMLDialogElement {
-        return this.querySelector("dialog")!;
-    }
-
-    private picture(): TemplateResult {
+    #picture(): TemplateResult {
         const { capture } = this;
         const address = mediaAddress(capture);
-        if (capture.kind === "image") return html`<img alt="" src=${address} @error=${this.onNoPicture} />`;
-        return html`<video muted src=${address} poster=${this.thumbnail() ?? nothing}></video>`;
+        if (capture.kind === "image") return html`<img alt="" src=${address} @error=${this.#onNoPicture} />`;
+        return html`<video muted src=${address} poster=${this.#thumbnail() ?? nothing}></video>`;
     }
 
-    private thumbnail(): string | undefined {
+    #thumbnail(): string | undefined {
         return this.capture.handle ? thumbnailAddress(this.capture) : undefined;
     }
 
     // The browser shows no picture of this kind, but the gallery may.
-    private readonly onNoPicture = (event: Event): void => {
+    readonly #onNoPicture = (event: Event): void => {
         const image = event.target as HTMLImageElement;
-        const thumbnail = this.thumbnail();
+        const thumbnail = this.#thumbnail();
         if (thumbnail && !image.src.endsWith(thumbnail)) image.src = thumbnail;
     };
 
-    private box(line: Line, label: string): TemplateResult {
-        const write = (event: Event) => {
-            this.lines[line] = (event.target as HTMLInputElement).value;
-            this.requestUpdate();
-        };
-        return html`<label>
-            ${label}<input
-                type="text"
-                dir="auto"
-                autocomplete="off"
-                .value=${this.lines[line]}
-                @input=${write}
-            />
-        </label>`;
-    }
-
-    private readonly save = async (event: Event): Promise<void> => {
-        event.preventDefault();
-        if (this.state === "saving") return;
-        const { client, gallery } = this.context;
-        const { path } = this.capture;
-        const caption = { ...this.lines };
-        this.setState("saving");
-        try {
-            const memeInfo = { topBarText: caption.top, bottomBarText: caption.bottom };
-            await client.request("AddMeme", { file: path, memeInfo });
-            // The gallery announces no change of a caption.
-            const known = gallery.captures.get(path);
-            if (known) gallery.put({ ...known, caption });
-            send(this, "viewer-message", text.captionTexts.saved);
-            this.dialog.close();
-        } catch (error) {
-            this.setState({ failure: (error as Error).message });
-        }
-    };
-
-    private setState(state: typeof this.state): void {
-        this.state = state;
+    #write(lines: Partial<Capture["caption"]>): void {
+        this.#lines = { ...this.#lines, ...lines };
         this.requestUpdate();
     }
 
-    private readonly onClose = (): void => send(this, "close-inner");
+    readonly #save = async (event: Event): Promise<void> => {
+        event.preventDefault();
+        if (this.#isSaving) return;
+        this.#isSaving = true;
+        this.requestUpdate();
+        try {
+            await this.context.captions.write(this.capture.path, this.#lines);
+            this.isSaved = true;
+            this.close();
+        } catch (error) {
+            this.#failure = text.failed((error as Error).message);
+        }
+        this.#isSaving = false;
+        this.requestUpdate();
+    };
 }
 
 customElements.define("caption-dialog", CaptionDialog);

@@ -1,5 +1,5 @@
 // A caption over its picture, which the lines are as wide as.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 
 export function captionOverlay(top: string, bottom: string): TemplateResult | typeof nothing {
     if (top === "" && bottom === "") return nothing;

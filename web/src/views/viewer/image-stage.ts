@@ -1,9 +1,10 @@
 // A picture that can be zoomed and moved: by wheel, pinch, double click, dragging and keys.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { fitted, WHOLE, Zooming, type Point, type Size, type Zoom } from "../../model/zoom.js";
-import { mediaAddress } from "../media.js";
-import { text } from "../../strings/index.js";
+import { iconButton } from "../fields.js";
+import { mediaAddress, unload } from "../media.js";
+import * as text from "../../strings/en.js";
 import { PageElement } from "../page-element.js";
 import { send } from "../context.js";
 import { captionOverlay } from "./caption-overlay.js";
@@ -25,36 +26,30 @@ const MIDDLE: Point = { x: 0, y: 0 };
 const isOnButton = ({ target }: Event): boolean => (target as Element).closest("button") !== null;
 
 export class ImageStage extends PageElement {
-    static override properties = { capture: { attribute: false } };
-
     capture!: Capture;
     /** The address of a smaller picture, for as long as this one is loading; empty for none. */
     preview = "";
     /** How often it was tried before. */
     attempt = 0;
-    private picture: Size | null = null;
-    private zoom: Zoom = WHOLE;
+    #picture: Size | null = null;
+    #zoom: Zoom = WHOLE;
     // Where fingers, or the mouse's pressed button, are.
-    private readonly pointers = new Map<number, Point>();
-    private readonly resize = new ResizeObserver(() =>
-        this.change((zooming) => zooming.pan(this.zoom, MIDDLE)),
-    );
+    readonly #pointers = new Map<number, Point>();
+    readonly #resize = new ResizeObserver(() => this.#change((zooming) => zooming.pan(this.#zoom, MIDDLE)));
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.addEventListener("wheel", this.onWheel, { passive: false });
-        this.addEventListener("dblclick", this.onDoubleClick);
-        this.addEventListener("pointerdown", this.onDown);
-        this.addEventListener("pointermove", this.onMove);
-        for (const end of ["pointerup", "pointercancel"] as const) this.addEventListener(end, this.onUp);
-        this.resize.observe(this);
+        this.addEventListener("wheel", this.#onWheel, { passive: false });
+        this.addEventListener("dblclick", this.#onDoubleClick);
+        this.addEventListener("pointerdown", this.#onDown);
+        this.addEventListener("pointermove", this.#onMove);
+        for (const end of ["pointerup", "pointercancel"] as const) this.addEventListener(end, this.#onUp);
+        this.#resize.observe(this);
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
-        this.resize.disconnect();
-        // Out of the page, it would go on loading.
-        this.querySelector("img:not(.preview)")?.removeAttribute("src");
+    disconnectedCallback(): void {
+        this.#resize.disconnect();
+        unload(this.querySelector<HTMLImageElement>("img:not(.preview)"));
     }
 
     /** True when the key was one of its own. Arrows are, while a part of the picture is seen. */
@@ -62,23 +57,24 @@ export class ImageStage extends PageElement {
         const factor = KEY_ZOOMS[key];
         const by = PANS[key];
         if (factor !== undefined) this.zoomBy(factor);
-        else if (key === "0") this.change(() => WHOLE);
-        else if (by && this.zoom.scale > 1) this.change((zooming) => zooming.pan(this.zoom, by));
+        else if (key === "0") this.#change(() => WHOLE);
+        else if (by && this.#zoom.scale > 1) this.#change((zooming) => zooming.pan(this.#zoom, by));
         else return false;
         return true;
     }
 
     zoomBy(factor: number): void {
-        this.change((zooming) => zooming.by(factor, this.zoom, MIDDLE));
+        this.#change((zooming) => zooming.by(factor, this.#zoom, MIDDLE));
     }
 
     protected override updated(): void {
-        this.classList.toggle("zoomed", this.zoom.scale > 1);
+        this.classList.toggle("zoomed", this.#zoom.scale > 1);
     }
 
     protected override render(): TemplateResult {
-        const { capture, zoom } = this;
-        const fit = this.picture && fitted(this.picture, this.view);
+        const { capture } = this;
+        const zoom = this.#zoom;
+        const fit = this.#picture && fitted(this.#picture, this.#view);
         const size = fit ? `width:${fit.width}px;height:${fit.height}px;` : "";
         return html`<div
                 class="frame"
@@ -89,31 +85,27 @@ export class ImageStage extends PageElement {
                     alt=${capture.title}
                     draggable="false"
                     src=${mediaAddress(capture, this.attempt)}
-                    @load=${this.onLoad}
+                    @load=${this.#onLoad}
                     @error=${() => send(this, "media-failed", capture)}
                 />
                 ${captionOverlay(capture.caption.top, capture.caption.bottom)}
             </div>
             <div class="controls">
-                ${this.button("zoom-out", text.zoom.out, () => this.zoomBy(1 / KEY_ZOOM))}
-                ${this.button("zoom-whole", text.zoom.whole, () => this.change(() => WHOLE))}
-                ${this.button("zoom-in", text.zoom.in, () => this.zoomBy(KEY_ZOOM))}
+                ${iconButton("zoom-out", text.zoomOut, () => this.zoomBy(1 / KEY_ZOOM))}
+                ${iconButton("zoom-whole", text.zoomWhole, () => this.#change(() => WHOLE))}
+                ${iconButton("zoom-in", text.zoomIn, () => this.zoomBy(KEY_ZOOM))}
             </div>`;
     }
 
-    private button(icon: string, label: string, run: () => void): TemplateResult {
-        return html`<button class="icon ${icon}" aria-label=${label} title=${label} @click=${run}></button>`;
-    }
-
-    private get view(): Size {
+    get #view(): Size {
         return { width: this.clientWidth, height: this.clientHeight };
     }
 
     // A damaged picture is loaded as well, and shown as far as it goes. Only a copy of a pixel needs all of it.
-    private readonly onLoad = async (event: Event): Promise<void> => {
+    readonly #onLoad = async (event: Event): Promise<void> => {
         const image = event.target as HTMLImageElement;
         const { naturalWidth: width, naturalHeight: height } = image;
-        this.picture = { width, height };
+        this.#picture = { width, height };
         this.requestUpdate();
         try {
             (await createImageBitmap(image, 0, 0, 1, 1)).close();
@@ -123,59 +115,59 @@ export class ImageStage extends PageElement {
         }
     };
 
-    private change(next: (zooming: Zooming) => Zoom): void {
-        if (!this.picture) return;
-        const fit = fitted(this.picture, this.view);
-        this.zoom = next(new Zooming(fit, this.view, this.picture.width / fit.width));
+    #change(next: (zooming: Zooming) => Zoom): void {
+        if (!this.#picture) return;
+        const fit = fitted(this.#picture, this.#view);
+        this.#zoom = next(new Zooming(fit, this.#view, this.#picture.width / fit.width));
         this.requestUpdate();
     }
 
-    private at({ clientX, clientY }: MouseEvent): Point {
+    #at({ clientX, clientY }: MouseEvent): Point {
         const { left, top, width, height } = this.getBoundingClientRect();
         return { x: clientX - left - width / 2, y: clientY - top - height / 2 };
     }
 
-    private readonly onWheel = (event: WheelEvent): void => {
+    readonly #onWheel = (event: WheelEvent): void => {
         event.preventDefault();
         const lines = event.deltaMode === WheelEvent.DOM_DELTA_LINE ? 33 : 1;
         const factor = WHEEL_ZOOM ** (-event.deltaY * lines);
-        this.change((zooming) => zooming.by(factor, this.zoom, this.at(event)));
+        this.#change((zooming) => zooming.by(factor, this.#zoom, this.#at(event)));
     };
 
-    private readonly onDoubleClick = (event: MouseEvent): void => {
+    readonly #onDoubleClick = (event: MouseEvent): void => {
         if (isOnButton(event)) return;
-        const at = this.at(event);
-        this.change((zooming) => (this.zoom.scale > 1 ? WHOLE : zooming.by(zooming.natural, WHOLE, at)));
+        const at = this.#at(event);
+        this.#change((zooming) => (this.#zoom.scale > 1 ? WHOLE : zooming.by(zooming.natural, WHOLE, at)));
     };
 
-    private readonly onDown = (event: PointerEvent): void => {
+    readonly #onDown = (event: PointerEvent): void => {
         if (event.button !== 0 || isOnButton(event)) return;
         this.setPointerCapture(event.pointerId);
-        this.pointers.set(event.pointerId, this.at(event));
+        this.#pointers.set(event.pointerId, this.#at(event));
     };
 
-    private readonly onMove = (event: PointerEvent): void => {
-        const before = this.pointers.get(event.pointerId);
+    readonly #onMove = (event: PointerEvent): void => {
+        const before = this.#pointers.get(event.pointerId);
         if (!before) return;
-        const now = this.at(event);
-        const other = [...this.pointers].find(([id]) => id !== event.pointerId)?.[1];
-        this.pointers.set(event.pointerId, now);
-        if (other) this.pinch(other, before, now);
-        else this.change((zooming) => zooming.pan(this.zoom, { x: now.x - before.x, y: now.y - before.y }));
+        const now = this.#at(event);
+        const other = [...this.#pointers].find(([id]) => id !== event.pointerId)?.[1];
+        this.#pointers.set(event.pointerId, now);
+        if (other) this.#pinch(other, before, now);
+        else this.#change((zooming) => zooming.pan(this.#zoom, { x: now.x - before.x, y: now.y - before.y }));
     };
 
     // What lies between the fingers stays between them.
-    private pinch(other: Point, before: Point, now: Point): void {
+    #pinch(other: Point, before: Point, now: Point): void {
         const distance = (one: Point) => Math.max(1, Math.hypot(one.x - other.x, one.y - other.y));
         const middle = { x: (other.x + before.x) / 2, y: (other.y + before.y) / 2 };
         const moved = { x: (now.x - before.x) / 2, y: (now.y - before.y) / 2 };
-        this.change((zooming) =>
-            zooming.pan(zooming.by(distance(now) / distance(before), this.zoom, middle), moved),
+        this.#change((zooming) =>
+            zooming.pan(zooming.by(distance(now) / distance(before), this.#zoom, middle), moved),
         );
     }
 
-    private readonly onUp = ({ pointerId }: PointerEvent): void => {
-        this.pointers.delete(pointerId);
+    readonly #onUp = ({ pointerId }: PointerEvent): void => {
+        this.#pointers.delete(pointerId);
     };
 }
 

@@ -1,46 +1,44 @@
 // The keys of the viewer, its player and the trim dialog.
-import { text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
 import type { KeyList } from "../key-list.js";
 
-const { viewerKeys: keys, player, viewer, trim } = text;
-
 export const VIEWER_KEYS: KeyList = {
-    title: keys.viewer,
+    title: text.keyViewer,
     keys: [
-        [["←", "→", "PageUp", "PageDown"], keys.step],
-        [["+", "-", "0"], keys.zoom],
-        [["←", "→", "↑", "↓"], keys.pan],
-        [["I"], viewer.details],
-        [["C"], viewer.caption],
-        [["T"], viewer.trim],
-        [["Delete"], viewer.delete],
-        [["Esc"], viewer.close],
+        [["←", "→", "PageUp", "PageDown"], text.keyStep],
+        [["+", "-", "0"], text.keyZoom],
+        [["←", "→", "↑", "↓"], text.keyPan],
+        [["I"], text.viewer.details],
+        [["C"], text.viewer.caption],
+        [["T"], text.viewer.trim],
+        [["Delete"], text.viewer.delete],
+        [["Esc"], text.viewer.close],
     ],
 };
 
 export const PLAYER_KEYS: KeyList = {
-    title: keys.video,
+    title: text.keyVideo,
     keys: [
-        [["Space", "K"], keys.play],
-        [["J", "L"], keys.seek],
-        [["Shift+←", "Shift+→"], keys.seekShort],
-        [[",", "."], keys.frame],
-        [["<", ">"], keys.speed],
-        [["R"], player.loop],
-        [["M"], player.mute],
-        [["F"], player.fullscreen],
+        [["Space", "K"], text.keyPlay],
+        [["J", "L"], text.keySeek],
+        [["Shift+←", "Shift+→"], text.keySeekShort],
+        [[",", "."], text.keyFrame],
+        [["<", ">"], text.keySpeed],
+        [["R"], text.playerLoop],
+        [["M"], text.playerMute],
+        [["F"], text.playerFullscreen],
     ],
 };
 
 export const TRIM_KEYS: KeyList = {
-    title: keys.trim,
+    title: text.keyTrim,
     keys: [
-        [["I", "O"], keys.setStart],
-        [["J", "K", "L"], keys.shuttle],
-        [["←", "→"], keys.frame],
-        [["PageUp", "PageDown"], keys.tenFrames],
-        [["Alt+←", "Alt+→"], keys.keyframe],
-        [["Space"], keys.play],
-        [["R"], trim.loop],
+        [["I", "O"], text.keySetStart],
+        [["J", "K", "L"], text.keyShuttle],
+        [["←", "→"], text.keyFrame],
+        [["PageUp", "PageDown"], text.keyTenFrames],
+        [["Alt+←", "Alt+→"], text.keyKeyframe],
+        [["Space"], text.keyPlay],
+        [["R"], text.trimLoop],
     ],
 };

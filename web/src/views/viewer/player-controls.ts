@@ -1,6 +1,8 @@
 // What a video is controlled with.
-import { html, nothing, type TemplateResult } from "lit";
-import { clockText, text } from "../../strings/index.js";
+import { html, type TemplateResult } from "lit/html.js";
+import * as text from "../../strings/en.js";
+import { clockText } from "../../strings/formats.js";
+import { iconButton, valueOf } from "../fields.js";
 import { SPEEDS } from "./playback.js";
 import type { VideoPlayer } from "./video-player.js";
 
@@ -11,30 +13,20 @@ export interface PlayerState {
     readonly duration: number;
 }
 
-const valueOf = (event: Event): number => Number((event.target as HTMLInputElement).value);
-
-function button(icon: string, label: string, run: () => void, pressed?: boolean): TemplateResult {
-    return html`<button
-        class="icon ${icon}"
-        aria-label=${label}
-        title=${label}
-        aria-pressed=${pressed ?? nothing}
-        @click=${run}
-    ></button>`;
-}
+const numberOf = (event: Event): number => Number(valueOf(event));
 
 function seekBar(player: VideoPlayer, { time, duration }: PlayerState): TemplateResult {
     const [now, end] = [clockText(time * 1000), clockText(duration * 1000)];
     return html`<div class="seek-row">
         <input
             type="range"
-            aria-label=${text.player.seek}
-            aria-valuetext=${text.player.of(now, end)}
+            aria-label=${text.playerSeek}
+            aria-valuetext=${text.playerOf(now, end)}
             min="0"
             max=${duration}
             step="any"
             .value=${String(time)}
-            @input=${(event: Event) => (player.video.currentTime = valueOf(event))}
+            @input=${(event: Event) => (player.video.currentTime = numberOf(event))}
         />
         <span class="clock" aria-hidden="true">${now} / ${end}</span>
     </div>`;
@@ -44,9 +36,9 @@ function speeds(player: VideoPlayer): TemplateResult {
     const option = (speed: number) =>
         html`<option value=${speed} ?selected=${speed === player.playback.speed}>${speed}×</option>`;
     return html`<select
-        aria-label=${text.player.speed}
-        title=${text.player.speed}
-        @change=${(event: Event) => player.setSpeed(valueOf(event))}
+        aria-label=${text.playerSpeed}
+        title=${text.playerSpeed}
+        @change=${(event: Event) => player.setSpeed(numberOf(event))}
     >
         ${SPEEDS.map(option)}
     </select>`;
@@ -56,26 +48,31 @@ function volume(player: VideoPlayer): TemplateResult {
     return html`<input
         class="volume"
         type="range"
-        aria-label=${text.player.volume}
+        aria-label=${text.playerVolume}
         min="0"
         max="1"
         step="0.05"
         .value=${String(player.playback.volume)}
-        @input=${(event: Event) => (player.video.volume = valueOf(event))}
+        @input=${(event: Event) => (player.video.volume = numberOf(event))}
     />`;
 }
 
 export function playerControls(player: VideoPlayer, state: PlayerState): TemplateResult {
     const { playback } = player;
-    const names = text.player;
-    const [icon, label] = state.paused ? ["play", names.play] : ["pause", names.pause];
+    const [icon, label] = state.paused ? ["play", text.playerPlay] : ["pause", text.playerPause];
     return html`<div class="controls">
-        ${seekBar(player, state)} ${button("previous-frame", names.back, () => void player.stepFrame(-1))}
-        ${button(icon, label, () => player.togglePlay())}
-        ${button("next-frame", names.forward, () => void player.stepFrame(1))}
+        ${seekBar(player, state)}
+        ${iconButton("previous-frame", text.playerBack, () => void player.stepFrame(-1))}
+        ${iconButton(icon, label, () => player.togglePlay())}
+        ${iconButton("next-frame", text.playerForward, () => void player.stepFrame(1))}
         <span class="space"></span>
-        ${button("loop", names.loop, () => player.toggleLoop(), playback.loop)} ${speeds(player)}
-        ${button(playback.muted ? "muted" : "sound", names.mute, () => player.toggleMuted(), playback.muted)}
-        ${volume(player)} ${button("fullscreen", names.fullscreen, () => player.toggleFullscreen())}
+        ${iconButton("loop", text.playerLoop, () => player.toggleLoop(), playback.loop)} ${speeds(player)}
+        ${iconButton(
+            playback.muted ? "muted" : "sound",
+            text.playerMute,
+            () => player.toggleMuted(),
+            playback.muted,
+        )}
+        ${volume(player)} ${iconButton("fullscreen", text.playerFullscreen, () => player.toggleFullscreen())}
     </div>`;
 }

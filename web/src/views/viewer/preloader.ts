@@ -1,6 +1,6 @@
 // Loads what is likely to be looked at next. What is not likely any more is dropped, even while it loads.
 import type { Capture } from "../../model/capture.js";
-import { mediaAddress } from "../media.js";
+import { mediaAddress, unload } from "../media.js";
 
 type Loading = HTMLImageElement | HTMLVideoElement;
 
@@ -12,31 +12,26 @@ function load(capture: Capture): Loading {
     return element;
 }
 
-function drop(element: Loading): void {
-    element.removeAttribute("src");
-    if (element instanceof HTMLVideoElement) element.load();
-}
-
 export class Preloader {
-    private readonly loading = new Map<string, Loading>();
+    readonly #loading = new Map<string, Loading>();
 
     /** Replaces everything that was wanted before. */
     want(captures: readonly Capture[]): void {
         this.keep(captures);
         for (const capture of captures) {
             const address = mediaAddress(capture);
-            if (capture.kind !== "other" && !this.loading.has(address))
-                this.loading.set(address, load(capture));
+            if (capture.kind !== "other" && !this.#loading.has(address))
+                this.#loading.set(address, load(capture));
         }
     }
 
     /** Drops all but these. */
     keep(captures: readonly Capture[]): void {
         const wanted = new Set(captures.map(mediaAddress));
-        for (const [address, element] of this.loading) {
+        for (const [address, element] of this.#loading) {
             if (wanted.has(address)) continue;
-            this.loading.delete(address);
-            drop(element);
+            this.#loading.delete(address);
+            unload(element);
         }
     }
 }

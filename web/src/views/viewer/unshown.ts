@@ -1,11 +1,11 @@
 // In place of a capture that the browser does not show: its thumbnail, and ways to see it elsewhere. When the gallery
 // has no thumbnail either, the file itself is broken.
-import { html, nothing, type TemplateResult } from "lit";
-import type { HostRequests } from "../../api/client.js";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import type { Load } from "../../model/thumbnails.js";
-import { text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
 import { send, type Context } from "../context.js";
+import { openOutside } from "../open-outside.js";
 import { PageElement } from "../page-element.js";
 import { loaderFor } from "../thumbnail-loader.js";
 
@@ -13,57 +13,52 @@ export class UnshownCapture extends PageElement {
     context!: Context;
     capture!: Capture;
     // Null when there is none.
-    private thumbnail: string | null | undefined;
-    private load: Load | null = null;
+    #thumbnail: string | null | undefined;
+    #load: Load | null = null;
 
     override connectedCallback(): void {
         super.connectedCallback();
-        this.load = loaderFor(this.context.client)(this.capture);
-        this.load.done.then(
-            (found) => this.show(found === null ? null : found?.source),
+        this.#load = loaderFor(this.context.client)(this.capture);
+        this.#load.done.then(
+            (found) => this.#show(found === null ? null : found?.source),
             () => {}, // a lost connection says nothing about the file
         );
     }
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
-        this.load?.cancel();
+    disconnectedCallback(): void {
+        this.#load?.cancel();
     }
 
     protected override render(): TemplateResult {
-        const { capture, thumbnail } = this;
+        const { capture } = this;
+        const thumbnail = this.#thumbnail;
         return html`
             ${thumbnail ? html`<img alt="" src=${thumbnail} />` : nothing}
             <p>
                 <strong><bdi>${capture.fileName}</bdi></strong>
             </p>
             <p role="status">${thumbnail === null ? text.viewer.brokenTitle : text.viewer.openFailed}</p>
-            <p class="actions">
-                ${this.hostButton("OpenInPlayer", text.openInPlayer)}
+            <p>
+                ${this.#hostButton("OpenInPlayer", text.openInPlayer)}
                 <button @click=${() => send(this, "retry-media")}>${text.retry}</button>
-                ${this.hostButton("OpenFolder", text.openFolder)}
+                ${this.#hostButton("OpenFolder", text.openFolder)}
             </p>
-            ${this.context.client.offers("OpenInPlayer") ? nothing : this.path()}
+            ${this.context.client.offers("OpenInPlayer") ? nothing : this.#path()}
         `;
     }
 
-    private path(): TemplateResult {
+    #path(): TemplateResult {
         return html`<p class="path"><bdi>${this.capture.path}</bdi></p>
-            <button @click=${() => send(this, "copy-path")}>${text.details.copyPath}</button>`;
+            <button @click=${() => send(this, "copy-path")}>${text.detailsCopyPath}</button>`;
     }
 
-    private hostButton(method: keyof HostRequests, label: string): TemplateResult | typeof nothing {
-        const { client } = this.context;
-        if (!client.offers(method)) return nothing;
-        const ask = () =>
-            client
-                .askHost(method, { file: this.capture.path })
-                .catch((error: Error) => send(this, "report-failure", error.message));
-        return html`<button @click=${ask}>${label}</button>`;
+    #hostButton(method: "OpenFolder" | "OpenInPlayer", label: string): TemplateResult | typeof nothing {
+        if (!this.context.client.offers(method)) return nothing;
+        return html`<button @click=${() => openOutside(this, method, this.capture)}>${label}</button>`;
     }
 
-    private show(thumbnail: string | null | undefined): void {
-        this.thumbnail = thumbnail;
+    #show(thumbnail: string | null | undefined): void {
+        this.#thumbnail = thumbnail;
         this.requestUpdate();
     }
 }

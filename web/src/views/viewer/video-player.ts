@@ -1,9 +1,9 @@
 // A video with its controls.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
 import { send } from "../context.js";
 import { framesOf } from "../keyframes.js";
-import { mediaAddress } from "../media.js";
+import { mediaAddress, unload } from "../media.js";
 import { PageElement } from "../page-element.js";
 import { captionOverlay } from "./caption-overlay.js";
 import { SPEEDS, type Playback } from "./playback.js";
@@ -33,23 +33,17 @@ const WITH_SHIFT: Record<string, Action> = {
 };
 
 export class VideoPlayer extends PageElement {
-    static override properties = { capture: { attribute: false } };
-
     capture!: Capture;
     playback!: Playback;
     /** The address of a smaller picture; empty for none. */
     preview = "";
     /** How often it was tried before. */
     attempt = 0;
-    private readonly resize = new ResizeObserver(() => this.requestUpdate());
+    readonly #resize = new ResizeObserver(() => this.requestUpdate());
 
-    override disconnectedCallback(): void {
-        super.disconnectedCallback();
-        this.resize.disconnect();
-        // Else it would go on loading, and be heard.
-        this.video.pause();
-        this.video.removeAttribute("src");
-        this.video.load();
+    disconnectedCallback(): void {
+        this.#resize.disconnect();
+        unload(this.video);
     }
 
     get video(): HTMLVideoElement {
@@ -64,7 +58,7 @@ export class VideoPlayer extends PageElement {
     }
 
     togglePlay(): void {
-        if (this.video.paused) void this.play();
+        if (this.video.paused) void this.#play();
         else this.video.pause();
     }
 
@@ -87,7 +81,7 @@ export class VideoPlayer extends PageElement {
     }
 
     seekBy(seconds: number): void {
-        this.video.currentTime = Math.min(Math.max(0, this.video.currentTime + seconds), this.duration);
+        this.video.currentTime = Math.min(Math.max(0, this.video.currentTime + seconds), this.#duration);
     }
 
     changeSpeed(by: 1 | -1): void {
@@ -101,12 +95,12 @@ export class VideoPlayer extends PageElement {
         const frame = (await framesOf(capture)).frame / 1000;
         // To the middle of a frame, which no rounding makes another one.
         const shown = Math.floor(video.currentTime / frame + 1e-3);
-        video.currentTime = Math.min(Math.max(0, (shown + by + 0.5) * frame), this.duration);
+        video.currentTime = Math.min(Math.max(0, (shown + by + 0.5) * frame), this.#duration);
     }
 
     protected override firstUpdated(): void {
         const { video, playback } = this;
-        this.resize.observe(this.querySelector(".video-area")!);
+        this.#resize.observe(this.querySelector(".video-area")!);
         Object.assign(video, { volume: playback.volume, muted: playback.muted, loop: playback.loop });
         video.defaultPlaybackRate = playback.speed;
         const events = ["timeupdate", "seeked", "play", "pause", "durationchange", "volumechange", "ended"];
@@ -114,12 +108,12 @@ export class VideoPlayer extends PageElement {
         video.addEventListener("volumechange", () => {
             Object.assign(playback, { volume: video.volume, muted: video.muted });
         });
-        video.addEventListener("loadeddata", () => this.onLoaded());
+        video.addEventListener("loadeddata", () => this.#onLoaded());
         video.addEventListener("error", () => send(this, "media-failed", this.capture));
         if (video.canPlayType("video/mp4") === "")
             queueMicrotask(() => send(this, "media-failed", this.capture));
         video.src = mediaAddress(this.capture, this.attempt);
-        if (playback.begins && !matchMedia("(prefers-reduced-motion: reduce)").matches) void this.play();
+        if (playback.begins && !matchMedia("(prefers-reduced-motion: reduce)").matches) void this.#play();
     }
 
     protected override render(): TemplateResult {
@@ -127,7 +121,7 @@ export class VideoPlayer extends PageElement {
         const video = this.querySelector("video");
         return html`
             <div class="video-area">
-                <div class="frame" .style=${this.frameStyle()} @click=${() => this.togglePlay()}>
+                <div class="frame" .style=${this.#frameStyle()} @click=${() => this.togglePlay()}>
                     <video playsinline poster=${this.preview || nothing}></video>
                     ${captionOverlay(caption.top, caption.bottom)}
                 </div>
@@ -135,19 +129,19 @@ export class VideoPlayer extends PageElement {
             ${playerControls(this, {
                 paused: video?.paused ?? true,
                 time: video?.currentTime ?? 0,
-                duration: this.duration,
+                duration: this.#duration,
             })}
         `;
     }
 
-    private get duration(): number {
+    get #duration(): number {
         const { duration } = this.querySelector("video") ?? {};
         return duration !== undefined && Number.isFinite(duration)
             ? duration
             : this.capture.durationMs / 1000;
     }
 
-    private async play(): Promise<void> {
+    async #play(): Promise<void> {
         try {
             await this.video.play();
         } catch {
@@ -155,7 +149,7 @@ export class VideoPlayer extends PageElement {
         }
     }
 
-    private onLoaded(): void {
+    #onLoaded(): void {
         // Sound alone: the pictures are of a kind that the browser does not know.
         if (this.video.videoWidth === 0) return send(this, "media-failed", this.capture);
         this.requestUpdate();
@@ -168,7 +162,7 @@ export class VideoPlayer extends PageElement {
         this.requestUpdate();
     }
 
-    private frameStyle(): string {
+    #frameStyle(): string {
         const { videoWidth: width = 0, videoHeight: height = 0 } = this.querySelector("video") ?? {};
         if (width === 0) return "";
         const { clientWidth, clientHeight } = this.querySelector(".video-area")!;

@@ -1,7 +1,7 @@
 // The viewer's buttons.
-import { html, nothing, type TemplateResult } from "lit";
+import { html, nothing, type TemplateResult } from "lit/html.js";
 import type { Capture } from "../../model/capture.js";
-import { text } from "../../strings/index.js";
+import * as text from "../../strings/en.js";
 
 export type ViewerAction = "previous" | "next" | "trim" | "caption" | "details" | "delete" | "close";
 

@@ -1,5 +1,6 @@
 // The viewer's one entry in the browser's history, so that Back closes it and a reload opens it again. The address
 // stays as it is.
+import { leaveTopDialog } from "../page-dialog.js";
 
 interface State {
     readonly viewing?: string;
@@ -7,8 +8,10 @@ interface State {
 
 export class ViewerHistory {
     // Going back takes a moment. What is opened meanwhile gets its entry after it.
-    private leaving = false;
-    private next = "";
+    #leaving = false;
+    #next = "";
+    // On the way to the viewer's entry again.
+    #returning = false;
 
     constructor(
         private readonly onBack: () => void,
@@ -16,11 +19,11 @@ export class ViewerHistory {
     ) {}
 
     connect(): void {
-        window.addEventListener("popstate", this.onPopState);
+        window.addEventListener("popstate", this.#onPopState);
     }
 
     disconnect(): void {
-        window.removeEventListener("popstate", this.onPopState);
+        window.removeEventListener("popstate", this.#onPopState);
     }
 
     /** The path that is looked at by the present entry; empty for none. */
@@ -29,8 +32,8 @@ export class ViewerHistory {
     }
 
     show(path: string): void {
-        if (this.leaving) {
-            this.next = path;
+        if (this.#leaving) {
+            this.#next = path;
             return;
         }
         const state: State = { ...(history.state as State | null), viewing: path };
@@ -40,9 +43,9 @@ export class ViewerHistory {
 
     /** Goes back to the entry before the viewer's, if the present one is the viewer's. */
     leave(): void {
-        this.next = "";
-        if (this.viewing === "" || this.leaving) return;
-        this.leaving = true;
+        this.#next = "";
+        if (this.viewing === "" || this.#leaving) return;
+        this.#leaving = true;
         history.back();
     }
 
@@ -51,14 +54,20 @@ export class ViewerHistory {
         history.replaceState({}, "");
     }
 
-    private readonly onPopState = (): void => {
-        const { next } = this;
-        if (this.leaving) {
-            this.leaving = false;
+    readonly #onPopState = (): void => {
+        const next = this.#next;
+        if (this.#leaving) {
+            this.#leaving = false;
             if (next !== "") this.show(next);
             return;
         }
-        if (this.viewing === "") this.onBack();
-        else this.onForward(this.viewing);
+        if (this.viewing !== "") {
+            if (!this.#returning) this.onForward(this.viewing);
+            this.#returning = false;
+        } else if (leaveTopDialog()) {
+            // The viewer stays, and its entry with it.
+            this.#returning = true;
+            history.forward();
+        } else this.onBack();
     };
 }

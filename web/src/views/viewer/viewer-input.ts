@@ -22,9 +22,7 @@ export function actionOf({ key, target, shiftKey }: KeyboardEvent): ViewerAction
     return ACTIONS[(rightToLeft && MIRRORED[key]) || (key.length === 1 ? key.toLowerCase() : key)];
 }
 
-/** Whether a key is neither for a dialog above the viewer's nor for the browser or a control. */
-export function isForViewer(event: KeyboardEvent, dialog: HTMLDialogElement): boolean {
-    const { target, ctrlKey, metaKey, altKey } = event;
-    const inner = (target as Element).closest("dialog") !== dialog;
-    return !inner && !ctrlKey && !metaKey && !altKey && !isForControl(event);
+/** Whether a key is neither for the browser nor for a control. */
+export function isForViewer(event: KeyboardEvent): boolean {
+    return !event.ctrlKey && !event.metaKey && !event.altKey && !isForControl(event);
 }

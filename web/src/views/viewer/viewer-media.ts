@@ -1,15 +1,12 @@
-// What the viewer shows: the capture itself, and a dialog that works on it.
-import { html, nothing, type TemplateResult } from "lit";
-import type { Capture } from "../../model/capture.js";
+// What the viewer shows of a capture: a picture, a video, or why there is none.
+import { repeat } from "lit/directives/repeat.js";
+import { html, type TemplateResult } from "lit/html.js";
+import { fileKey, type Capture } from "../../model/capture.js";
 import type { Context } from "../context.js";
-import "../trim/trim-dialog.js";
-import "./caption-dialog.js";
 import "./image-stage.js";
 import type { Playback } from "./playback.js";
 import "./unshown.js";
 import "./video-player.js";
-
-export type Inner = "caption" | "trim" | null;
 
 export interface MediaState {
     readonly context: Context;
@@ -19,7 +16,7 @@ export interface MediaState {
     readonly attempt: number;
 }
 
-export function media(capture: Capture, { context, playback, failed, attempt }: MediaState): TemplateResult {
+function element(capture: Capture, { context, playback, failed, attempt }: MediaState): TemplateResult {
     if (capture.kind === "other" || failed)
         return html`<unshown-capture .context=${context} .capture=${capture}></unshown-capture>`;
     const thumbnail = context.thumbnails.get(capture);
@@ -35,23 +32,11 @@ export function media(capture: Capture, { context, playback, failed, attempt }: 
     ></video-player>`;
 }
 
-export function innerDialog(
-    inner: Inner,
-    context: Context,
-    capture: Capture,
-    close: (inner: Inner) => void,
-): TemplateResult | typeof nothing {
-    if (inner === "caption")
-        return html`<caption-dialog
-            .context=${context}
-            .capture=${capture}
-            @close-inner=${() => close(inner)}
-        ></caption-dialog>`;
-    if (inner === "trim")
-        return html`<trim-dialog
-            .context=${context}
-            .capture=${capture}
-            @close-inner=${() => close(inner)}
-        ></trim-dialog>`;
-    return nothing;
+/** Another file, and another attempt, is another element. */
+export function media(capture: Capture, state: MediaState): unknown {
+    return repeat(
+        [capture],
+        () => `${state.attempt}\n${fileKey(capture)}`,
+        () => element(capture, state),
+    );
 }

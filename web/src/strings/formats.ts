@@ -1,22 +1,13 @@
-// The language that the browser asks for, and how it writes dates and sizes.
-import { en, type Strings } from "./en.js";
+// How dates, sizes and lengths are written, as the browser's user does in the language of the page.
+import * as text from "./en.js";
 
-// A page loads only the language that it shows; English is there for when another one cannot be loaded.
-const LANGUAGES: Record<string, () => Promise<Strings>> = {
-    de: async () => (await import("./de.js")).de,
-    en: async () => en,
-};
-
-const wanted = navigator.languages.find((language) => language.slice(0, 2) in LANGUAGES) ?? "en";
-
-export const language = wanted.slice(0, 2);
-export const text: Strings = await LANGUAGES[language]!().catch(() => en);
+const locale = navigator.languages.find((one) => one.startsWith(text.language)) ?? text.language;
 
 const formats = {
-    moment: new Intl.DateTimeFormat(wanted, { dateStyle: "long", timeStyle: "short" }),
-    day: new Intl.DateTimeFormat(wanted, { weekday: "long", day: "numeric", month: "long", year: "numeric" }),
-    month: new Intl.DateTimeFormat(wanted, { month: "short", year: "numeric" }),
-    size: new Intl.NumberFormat(wanted, { maximumSignificantDigits: 3 }),
+    moment: new Intl.DateTimeFormat(locale, { dateStyle: "long", timeStyle: "short" }),
+    day: new Intl.DateTimeFormat(locale, { weekday: "long", day: "numeric", month: "long", year: "numeric" }),
+    month: new Intl.DateTimeFormat(locale, { month: "short", year: "numeric" }),
+    size: new Intl.NumberFormat(locale, { maximumSignificantDigits: 3 }),
 };
 
 /** A moment in milliseconds since 1970. */
