@@ -43,6 +43,11 @@ class TaskQueue {
     // The first half of StopAndJoin, which a test steps through.
     void RequestStop();
 
+    // Grows with each entry that the worker has run. Any thread.
+    const std::atomic<uint64_t>& progress() const { return progress_; }
+    // For the steps of whoever ends the queue's owner.
+    void NoteProgress() { ++progress_; }
+
     // Enqueues a closure of no arguments for the worker. What it throws is logged and goes no further.
     template <typename F>
     void EnqueueNotification(TimePoint when, F&& closure) {
@@ -157,6 +162,7 @@ class TaskQueue {
     std::atomic<int64_t> lastTime_{0};
     std::atomic<int64_t> nextCommandTime_{0};
     std::atomic<uint64_t> lastRun_{0};
+    std::atomic<uint64_t> progress_{0};
     std::atomic<bool> stopRequested_{false};
     std::atomic<std::thread::id> workerId_{};
     std::thread thread_;

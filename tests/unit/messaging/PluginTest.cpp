@@ -22,6 +22,7 @@ struct Behaviour {
     bool initialize = true;
     Counter running;
     Counter release;
+    Counter abandoned;
     Counter destroyed;
 };
 std::shared_ptr<Behaviour> behaviour;
@@ -65,10 +66,19 @@ class TestModule : public KXP::PluginModuleBase {
     using PluginModuleBase::Start;
     bool Initialize() override {
         RegisterSyncMethod("Echo", this, &TestModule::Echo);
+        RegisterSyncMethod("Block", this, &TestModule::Block);
         RegisterAsyncTask("Work", &WorkTask::Launch);
         return kept_->initialize;
     }
     bool Start() override { return true; }
+
+    // As on a disk that does not answer.
+    RetVal Block(std::unique_ptr<JSONMessage>, Value&, KXP::Allocator&) {
+        kept_->running.Add();
+        kept_->release.WaitFor(1);
+        return {};
+    }
+    void Abandon() override { kept_->abandoned.Add(); }
 
     RetVal Echo(std::unique_ptr<JSONMessage> message, Value& result, KXP::Allocator& allocator) {
         const JSONMessage& request = *message;
@@ -239,6 +249,32 @@ TEST_F(PluginTest, AStuckTaskDoesNotHoldTheShutdown) {
     behaviour->release.Add();
     EXPECT_TRUE(behaviour->destroyed.WaitFor(1));
     EXPECT_EQ(Answers("stuck"), "aborted ");
+}
+
+TEST_F(PluginTest, AStuckWorkerFailsTheStopAndIsAbandonedAtTheEnd) {
+    Up();
+    plugin_.OnJsonMessage(Envelope("Block", "stuck").c_str());
+    ASSERT_TRUE(behaviour->running.WaitFor(1));
+    plugin_.OnJsonMessage(Envelope("Echo", "behind", R"({"number":1})").c_str());
+    EXPECT_EQ(plugin_.Stop(), 2);
+    EXPECT_NE(container_.WaitFor(2, "_CmdStop_").text.find("\"The worker is stuck\""), std::string::npos);
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_EQ(Answers("stuck") + Answers("behind"), "aborted aborted ");
+    EXPECT_EQ(behaviour->abandoned.Get(), 1);
+    EXPECT_EQ(behaviour->destroyed.Get(), 0);
+    // The next instance has nothing to do with it.
+    const std::shared_ptr<Behaviour> first = behaviour;
+    behaviour = std::make_shared<Behaviour>();
+    FakeContainer next;
+    ASSERT_EQ(plugin_.Initialize(&Callback, "{}", &next), 2);
+    ASSERT_EQ(next.WaitFor(1).text, "_CmdInit_");
+    const size_t notified = container_.All(2).size() + container_.All(3).size() + container_.All(6).size();
+    first->release.Add();
+    EXPECT_TRUE(first->destroyed.WaitFor(1));
+    EXPECT_EQ(container_.All(2).size() + container_.All(3).size() + container_.All(6).size(), notified);
+    EXPECT_EQ(next.All(2).size() + next.All(3).size(), 0u);
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_EQ(behaviour->destroyed.Get(), 1);
 }
 
 TEST_F(PluginTest, TheEndAnswersWhatIsOpen) {

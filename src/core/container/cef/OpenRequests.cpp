@@ -44,7 +44,7 @@ class OpenRequests::State {
     Entries TakeLocked(OwedAnswer& owner) REQUIRES(mutex_);
     void Send(Entries entry) EXCLUDES(mutex_);
 
-    const ContainerCallback container_;
+    const ContainerCallback& container_;
     KXP::Mutex mutex_;
     KXP::CondVar sent_;
     Entries open_ GUARDED_BY(mutex_);
