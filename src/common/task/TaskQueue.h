@@ -111,7 +111,7 @@ class TaskQueue {
     class RunEnd;
 
     // Two runs may share a name, as two requests may share an identifier; each has a number of its own.
-    using RunKey = std::pair<std::string, uint64_t>;
+    using RunKey = std::pair<SlabString, uint64_t>;
     using AsyncFunction = std::function<TaskStatus()>;
 
     template <typename F>
@@ -170,8 +170,11 @@ class TaskQueue {
     // Worker only. A future of std::async would join in its destructor, and so could hang the worker's way
     // out; hence plain threads.
     std::map<RunKey, std::thread> pendingFutures_;
-    std::map<RunKey, std::shared_ptr<ITask>> pendingTasks_;
-    std::deque<std::pair<RunKey, AsyncFunction>> held_;
+    template <typename T>
+    using ByRun = std::map<RunKey, T, std::less<RunKey>, SlabAllocator<std::pair<const RunKey, T>>>;
+    ByRun<std::shared_ptr<ITask>> pendingTasks_;
+    using Held = std::pair<RunKey, AsyncFunction>;
+    std::deque<Held, SlabAllocator<Held>> held_;
     size_t runningThreads_ = 0;
 };
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/SlabMemory.h"
 #include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
 #include "common/plugincommon/JsonResponseAsync.h"
@@ -305,6 +306,21 @@ TEST_F(PluginTest, WhatWasSentToAnInstanceThatNeverStartedDiesWithIt) {
     plugin_.OnJsonMessage(Envelope("Echo", "early", R"({"number":1})").c_str());
     EXPECT_EQ(plugin_.Uninitialize(), 1);
     EXPECT_EQ(Answers("early"), "");
+}
+
+TEST_F(PluginTest, TheMemoryOfABurstGoesBack) {
+    ASSERT_EQ(plugin_.Initialize(&Callback, "{}", &container_), 2);
+    ASSERT_EQ(container_.WaitFor(1).text, "_CmdInit_");
+    constexpr size_t kRequests = 2000;
+    for (size_t i = 0; i < kRequests; ++i)
+        plugin_.OnJsonMessage(Envelope(i % 2 == 0 ? "Echo" : "Work", "id", R"({"number":1})").c_str());
+    container_.WaitFor(6, "Keeping message in queue", kRequests);
+    EXPECT_EQ(plugin_.Start(), 2);
+    ASSERT_NE(container_.WaitFor(3, "\"id\"", kRequests).text, "");
+    Ask("Echo", R"({"number":1})", "after");
+    EXPECT_LE(KXP::SlabBytes(), size_t{2} << 20);
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_LE(KXP::SlabBytes(), size_t{256} << 10) << "the slab that is in use";
 }
 
 // Every allocation between a request and its answer fails once, alone and with all that follow.
