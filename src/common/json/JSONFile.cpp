@@ -128,8 +128,15 @@ bool WriteSpaces(const FileDescriptor& file, size_t from, size_t to) {
 
 // Puts `text` after the first `keep` bytes of the old text. A kill may cut one large write, so the new text
 // is first written whole after the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is
-// complete.
-bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view text) {
+// complete. Stops, with ECANCELED, where `isStopped` says so.
+template <typename IsStopped>
+bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view text,
+                      const IsStopped& isStopped) {
+    const auto goOn = [&] {
+        if (!isStopped()) return true;
+        errno = ECANCELED;
+        return false;
+    };
     struct stat status {};
     if (fstat(file.get(), &status) != 0) return false;
     // A file too large to be read as JSON holds no old text to save.
@@ -145,14 +152,14 @@ bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view 
     const size_t place = std::max(end, static_cast<size_t>(status.st_size));
     const std::string head = keep == 0 ? std::string() : TailHead(keep, text.size());
     const size_t second = place + 1 + head.size();
-    if (!Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + text.size())) ||
-        !WriteFullyAt(file, head.data(), head.size(), place + 1) ||
+    if (!goOn() || !Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + text.size())) ||
+        !goOn() || !WriteFullyAt(file, head.data(), head.size(), place + 1) ||
         !WriteFullyAt(file, text.data(), text.size(), second)) {
-        TakeBack(file, static_cast<uint64_t>(status.st_size));
+        if (goOn()) TakeBack(file, static_cast<uint64_t>(status.st_size));
         return false;
     }
-    return WriteFullyAt(file, text.data(), text.size(), keep) && WriteSpaces(file, end, place) &&
-           ftruncate(file.get(), static_cast<off_t>(end)) == 0;
+    return goOn() && WriteFullyAt(file, text.data(), text.size(), keep) && goOn() &&
+           WriteSpaces(file, end, place) && goOn() && ftruncate(file.get(), static_cast<off_t>(end)) == 0;
 }
 
 }  // namespace
@@ -256,9 +263,11 @@ RetVal JSONFile::WriteTail(size_t keep, std::string_view tail, HeldLog& log) con
 }
 
 RetVal JSONFile::Overwrite(size_t keep, std::string_view tail, HeldLog& log) const {
+    const bool before = stopWrites_ && *stopWrites_;
+    const auto isStopped = [&] { return !before && stopWrites_ && *stopWrites_; };
     FileDescriptor file = OpenForWrite(path_, kNewFileMode);
     if (!file.IsOpen()) return OpenFailed("wb", log);
-    if (OverwriteInPlace(file, keep, tail) && file.Close()) return {};
+    if (OverwriteInPlace(file, keep, tail, isStopped) && file.Close()) return {};
     const int error = errno;
     log.Add(LogFailure, "Failed to write " + path_ + " err:" + std::to_string(error));
     return {Code::kFailure, "Failed to write file", 0};

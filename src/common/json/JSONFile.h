@@ -1,6 +1,7 @@
 // One JSON file on disk: a settings file, a tracker, a set of definitions.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -54,6 +55,10 @@ class JSONFile {
     // one text.
     RetVal WriteJSON(const std::function<void(PrettyJsonWriter&)>& write, HeldLog& log) const;
 
+    // A write that finds this true after one of its steps, and had not found it true before, stops there as
+    // if the process had been killed. The flag outlives the object.
+    void StopWritesOnce(const std::atomic<bool>& flag) { stopWrites_ = &flag; }
+
     // The same with the text itself.
     RetVal WriteText(std::string_view text, HeldLog& log) const;
     // Replaces everything after the first `keep` bytes of the text with `tail`, at the cost of the tail
@@ -86,6 +91,7 @@ class JSONFile {
 
     std::string directory_;
     std::string path_;
+    const std::atomic<bool>* stopWrites_ = nullptr;
 };
 
 }  // namespace KXP

@@ -93,12 +93,14 @@ void InitQueue::DeliverAnswers() {
     }
 }
 
+void InitQueue::Close() {
+    MutexLock lock(queueMutex_);
+    readyToForward_ = false;
+}
+
 void InitQueue::StopForwardingMessages() {
     KXP_LOG(LogTrace, "Blocking message queue");
-    {
-        MutexLock lock(queueMutex_);
-        readyToForward_ = false;
-    }
+    Close();
     // Waiting without the queue's mutex lets a forward in progress send again: that message is kept.
     KXP_LOG(LogTrace, "Waiting for messages to finish processing");
     {

@@ -19,6 +19,9 @@ class InitQueue : public MessageHandler<JSONMessage> {
     // Closes the gate and waits for forwards in progress. Not from inside a forward.
     void StopForwardingMessages() EXCLUDES(queueMutex_, inFlightMutex_);
 
+    // Closes the gate although a forward that is stuck may be in progress.
+    void Close() EXCLUDES(queueMutex_, inFlightMutex_);
+
     // Passes on the answers that are kept, oldest first, and drops everything else that is.
     void DeliverAnswers() EXCLUDES(queueMutex_, inFlightMutex_);
 

@@ -2,11 +2,13 @@
 // Messages are made and inspected through the helpers of Message.h.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "base/SlabMemory.h"
 #include "common/json/Json.h"
 #include "common/message/IOwedAnswer.h"
 
@@ -22,7 +24,7 @@ namespace KXP {
 //   source_system, source_module       strings, optional
 //   reference_uniqueid                 the uniqueid of the request that this message answers, optional
 //   type                               kOrdinary or kPersistent, optional
-class JSONMessage {
+class JSONMessage : public InSlab {
   public:
     using BusMessage = std::shared_ptr<MessageBusClient::IBusMessage>;
 
@@ -101,7 +103,8 @@ class JSONMessage {
     // Most messages are small, and thousands may wait at once: a chunk of the default size would cost each of
     // them 64 KB.
     static constexpr size_t kChunkBytes = 1024;
-    Allocator pool_{kChunkBytes};
+    alignas(std::max_align_t) char firstChunk_[kChunkBytes];
+    Allocator pool_{firstChunk_, kChunkBytes, kChunkBytes};
     Document document_{rapidjson::kObjectType, &pool_};
     Value absent_;  // what payload() returns without one; reset by each use
     BusMessage first_;

@@ -1,5 +1,8 @@
+#include <system_error>
+
 #include "CobalixUtil.h"
 #include "common/plugincommon/PluginModuleBase.h"
+#include "common/product/Profile.h"
 #include "common/results/Exception.h"
 
 namespace KXP {
@@ -29,7 +32,39 @@ int PluginModuleBase::CommandQueue::Start(std::shared_ptr<JSONMessage> message) 
 }
 
 int PluginModuleBase::CommandQueue::Stop(std::shared_ptr<JSONMessage> message) {
-    return Enqueue(std::move(message), &IContainerConnector::Stop);
+    EndWatch();
+    const auto report = std::make_shared<Report>();
+    taskQueue_.EnqueueCommand([this, message, report] {
+        Run(
+            Message::CreateResponse(*message), [&] { return module_.Stop(message); }, report.get());
+        report->end.Report();
+    });
+    WatchStop(std::move(message), report);
+    return Accepted;
+}
+
+// The container waits for the end of a stop: if the worker is stuck, the stop has failed.
+void PluginModuleBase::CommandQueue::WatchStop(std::shared_ptr<JSONMessage> message,
+                                               const std::shared_ptr<Report>& report) {
+    stopReport_ = report;
+    try {
+        stopWatch_ = std::thread([this, message = std::move(message), report] {
+            LogNameThread(GetLibraryName().c_str(), "STOP");
+            if (report->end.Await(taskQueue_.progress()) || report->made.exchange(true)) return;
+            KXP_LOG(LogFailure, "%s could not be stopped, because its worker is stuck", moduleName_.c_str());
+            auto response = Message::CreateResponse(*message);
+            Message::SetReturnValue(*response, {Code::kTimedOut, "The worker is stuck", 0});
+            NotifyContainer(CommandFailed, std::move(response));
+        });
+    } catch (const std::system_error&) {
+        KXP_LOG(LogFailure, "No thread to watch the stop of %s", moduleName_.c_str());
+    }
+}
+
+void PluginModuleBase::CommandQueue::EndWatch() {
+    if (!stopWatch_.joinable()) return;
+    stopReport_->end.Report();
+    stopWatch_.join();
 }
 
 int PluginModuleBase::CommandQueue::Pause(std::shared_ptr<JSONMessage> message) {
@@ -51,7 +86,7 @@ int PluginModuleBase::CommandQueue::Enqueue(std::shared_ptr<JSONMessage> message
 }
 
 void PluginModuleBase::CommandQueue::Run(std::unique_ptr<JSONMessage> response,
-                                         const std::function<int()>& command) {
+                                         const std::function<int()>& command, Report* report) {
     int result = Failed;
     try {
         result = command();
@@ -60,12 +95,19 @@ void PluginModuleBase::CommandQueue::Run(std::unique_ptr<JSONMessage> response,
         KXP_LOG(LogFailure, "Command %s failed: %s", response->method(), ToStr(failure).c_str());
         Message::SetReturnValue(*response, failure);
     }
+    if (report && report->made.exchange(true)) return;
     NotifyContainer(result == Succeeded ? CommandSucceeded : CommandFailed, std::move(response));
 }
 
 int PluginModuleBase::CommandQueue::Uninitialize(std::shared_ptr<JSONMessage> message) {
-    taskQueue_.StopAndJoin();
-    return module_.Uninitialize(std::move(message));
+    EndWatch();
+    auto end = [this, message] {
+        taskQueue_.StopAndJoin();
+        taskQueue_.NoteProgress();
+        static_cast<void>(module_.Uninitialize(message));
+    };
+    if (!RunUnlessStuck(std::move(end), taskQueue_.progress(), owned_)) module_.AbandonAll();
+    return Succeeded;
 }
 
 }  // namespace KXP

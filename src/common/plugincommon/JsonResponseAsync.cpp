@@ -17,10 +17,7 @@ RetVal LogCaught(const char* operation) {
 }  // namespace
 
 JsonResponseAsyncBase::JsonResponseAsyncBase(PluginModuleBase& module, std::unique_ptr<JSONMessage> request)
-    : ITask(request->uniqueid()),
-      module_(module),
-      request_(std::move(request)),
-      response_(Message::CreateResponse(*request_)) {}
+    : ITask(request->uniqueid()), module_(module), request_(std::move(request)) {}
 
 TaskStatus JsonResponseAsyncBase::ExecuteTask(TaskQueue&) {
     try {
@@ -33,20 +30,21 @@ TaskStatus JsonResponseAsyncBase::ExecuteTask(TaskQueue&) {
 
 void JsonResponseAsyncBase::FinishTask() {
     module_.task_queue().AssertOnWorker();
+    auto response = Message::CreateResponse(*request_);
     // A task that returned Pending is finished by now; that code is never sent.
     if (result_.code == Code::kPending) result_ = {};
     if (!result_.Failed()) {
         try {
-            FinishAsync(response_->payload(), response_->allocator());
+            FinishAsync(response->payload(), response->allocator());
         } catch (...) {
             // An object that could not grow for want of memory must not be used further.
-            response_->payload().SetObject();
+            response->payload().SetObject();
             result_ = LogCaught("FinishAsync");
         }
     }
     if (result_.Failed()) module_.ReportError(result_, request_->method());
     try {
-        sendResponse(std::move(response_), result_);
+        sendResponse(std::move(response), result_);
     } catch (...) {
         // Too large to be written, most likely. The request is still answered, without a body.
         result_ = LogCaught("sendResponse");

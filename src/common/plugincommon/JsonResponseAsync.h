@@ -31,7 +31,6 @@ class JsonResponseAsyncBase : public ITask {
   private:
     PluginModuleBase& module_;
     const std::unique_ptr<JSONMessage> request_;
-    std::unique_ptr<JSONMessage> response_;
     // For work that has no result, because there was not even the memory for a failure's text.
     RetVal result_{Code::kOutOfMemory, "Out of memory", 0};
 };

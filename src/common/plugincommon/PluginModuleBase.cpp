@@ -178,6 +178,7 @@ int PluginModuleBase::Uninitialize(std::shared_ptr<JSONMessage>) {
         KXP_LOG(LogFailure, "Uninitialize of %s failed: %s", moduleName_.c_str(),
                 ToStr(ExceptionToRetVal()).c_str());
     }
+    taskQueue_.NoteProgress();
     LeaveContainer();
     KXP_LOG(LogMilestone, "Uninitialized plugin for %s, took %.2fms", moduleName_.c_str(),
             MillisecondsSince(start));
@@ -192,6 +193,18 @@ void PluginModuleBase::LeaveContainer() {
     chain_.outboundQueue->StopForwardingMessages();
     chain_.persistentResponses->SetResponseHandler(nullptr);
     chain_.outboundQueue->SetRequestHandler(nullptr);
+}
+
+void PluginModuleBase::AbandonAll() {
+    KXP_LOG(LogFailure, "%s is stuck, on a disk that does not answer perhaps, and is left to itself",
+            moduleName_.c_str());
+    abandoned_ = true;
+    // What is stuck may be a forward, so nobody waits for it; the container's end refuses what comes later.
+    if (chain_.inboundQueue) {
+        chain_.inboundQueue->Close();
+        chain_.outboundQueue->Close();
+    }
+    Abandon();
 }
 
 void PluginModuleBase::ReportError(const RetVal& value, const std::string& method) {

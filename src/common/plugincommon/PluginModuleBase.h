@@ -3,10 +3,12 @@
 // and registers its endpoints from them.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <unordered_map>
 #include <utility>
 
@@ -15,6 +17,7 @@
 #include "common/message/PersistentResponseHandler.h"
 #include "common/message/RequestCallbackManager.h"
 #include "common/plugincommon/IContainerConnector.h"
+#include "common/task/StuckWork.h"
 #include "common/task/TaskQueue.h"
 
 namespace KXP {
@@ -48,6 +51,12 @@ class PluginModuleBase : public IContainerConnector,
     int Uninitialize(std::shared_ptr<JSONMessage> message) override;
     std::string GetSystemName() const override { return systemName_; }
     std::string GetModuleName() const override { return moduleName_; }
+
+    // Called when the module could not be ended because something in it is stuck, and is left to itself. It
+    // ends when that goes on. Must not wait. On the thread of the container.
+    virtual void Abandon() {}
+    // Afterwards nothing may be done that a later instance could not expect. Any thread.
+    bool IsAbandoned() const { return abandoned_; }
 
     // Called once for every failed request.
     virtual void ReportError(const RetVal& value, const std::string& method);
@@ -139,6 +148,7 @@ class PluginModuleBase : public IContainerConnector,
     bool RunInitializeHook();
     bool RunHook(const char* name, bool (PluginModuleBase::*hook)());
     void LeaveContainer();
+    void AbandonAll();
     bool HandleResponse(const std::string& method, std::unique_ptr<JSONMessage> message);
     bool AnswerUnknown(const std::string& method, std::unique_ptr<JSONMessage> response);
     static RetVal CallHandler(const RequestHandler& handler, std::unique_ptr<JSONMessage> message,
@@ -156,6 +166,7 @@ class PluginModuleBase : public IContainerConnector,
     IMessageHandler<JSONMessage>* jsonHandler_ = nullptr;
 
     Chain chain_;  // the validator reads the schema above
+    std::atomic<bool> abandoned_{false};
 
     // After the chain, so that the worker ends before what its entries use.
     TaskQueue taskQueue_;
@@ -176,7 +187,7 @@ class PluginModuleBase::CommandQueue : public IContainerConnector {
     int Stop(std::shared_ptr<JSONMessage> message) override;
     int Pause(std::shared_ptr<JSONMessage> message) override;
     int Resume(std::shared_ptr<JSONMessage> message) override;
-    // On the caller's thread: ends the worker, then the module, which it finds quiet.
+    // Ends the worker, then the module, which it finds quiet. If either gets stuck, the module is abandoned.
     int Uninitialize(std::shared_ptr<JSONMessage> message) override;
     std::string GetSystemName() const override { return systemName_; }
     std::string GetModuleName() const override { return moduleName_; }
@@ -185,14 +196,26 @@ class PluginModuleBase::CommandQueue : public IContainerConnector {
     friend class PluginModuleBase;
     using Command = int (IContainerConnector::*)(std::shared_ptr<JSONMessage>);
 
+    // The end of a command, which is notified once.
+    struct Report {
+        std::atomic<bool> made{false};
+        WorkEnd end;
+    };
+
     int Enqueue(std::shared_ptr<JSONMessage> message, Command command);
-    void Run(std::unique_ptr<JSONMessage> response, const std::function<int()>& command);
+    void Run(std::unique_ptr<JSONMessage> response, const std::function<int()>& command,
+             Report* report = nullptr);
+    void WatchStop(std::shared_ptr<JSONMessage> message, const std::shared_ptr<Report>& report);
+    void EndWatch();
 
     PluginModuleBase& module_;
     TaskQueue& taskQueue_;
     const std::string systemName_;
     const std::string moduleName_;
     std::shared_ptr<PluginModuleBase> owned_;
+    // Of the last stop; for the thread of the container.
+    std::shared_ptr<Report> stopReport_;
+    std::thread stopWatch_;
 };
 
 }  // namespace KXP

@@ -2,9 +2,10 @@
 #pragma once
 
 #include <memory>
-#include <string>
+#include <string_view>
 #include <utility>
 
+#include "base/SlabMemory.h"
 #include "common/results/RetVal.h"
 
 namespace KXP {
@@ -15,7 +16,7 @@ class TaskQueue;
 // later.
 enum TaskStatus { TaskStatusDone = 0, TaskStatusPending = 1 };
 
-class ITask {
+class ITask : public InSlab {
   public:
     virtual ~ITask() = default;
 
@@ -30,15 +31,15 @@ class ITask {
     virtual void FailTask(const RetVal& reason) = 0;
 
     // The name under which the queue keeps the task.
-    const std::string& identifier() const { return identifier_; }
+    const SlabString& identifier() const { return identifier_; }
 
   protected:
-    explicit ITask(std::string identifier) : identifier_(std::move(identifier)) {}
+    explicit ITask(std::string_view identifier) : identifier_(identifier) {}
     ITask(const ITask&) = delete;
     ITask& operator=(const ITask&) = delete;
 
   private:
-    const std::string identifier_;
+    const SlabString identifier_;
 };
 
 // Makes a closure that owns move-only state fit for a std::function, whose copies share the one closure.

@@ -95,6 +95,7 @@ bool TaskQueue::Step() {
         return false;
     }
     entry->Execute();
+    ++progress_;
     return true;
 }
 

@@ -43,6 +43,11 @@ class TaskQueue {
     // The first half of StopAndJoin, which a test steps through.
     void RequestStop();
 
+    // Grows with each entry that the worker has run. Any thread.
+    const std::atomic<uint64_t>& progress() const { return progress_; }
+    // For the steps of whoever ends the queue's owner.
+    void NoteProgress() { ++progress_; }
+
     // Enqueues a closure of no arguments for the worker. What it throws is logged and goes no further.
     template <typename F>
     void EnqueueNotification(TimePoint when, F&& closure) {
@@ -106,7 +111,7 @@ class TaskQueue {
     class RunEnd;
 
     // Two runs may share a name, as two requests may share an identifier; each has a number of its own.
-    using RunKey = std::pair<std::string, uint64_t>;
+    using RunKey = std::pair<SlabString, uint64_t>;
     using AsyncFunction = std::function<TaskStatus()>;
 
     template <typename F>
@@ -157,6 +162,7 @@ class TaskQueue {
     std::atomic<int64_t> lastTime_{0};
     std::atomic<int64_t> nextCommandTime_{0};
     std::atomic<uint64_t> lastRun_{0};
+    std::atomic<uint64_t> progress_{0};
     std::atomic<bool> stopRequested_{false};
     std::atomic<std::thread::id> workerId_{};
     std::thread thread_;
@@ -164,8 +170,11 @@ class TaskQueue {
     // Worker only. A future of std::async would join in its destructor, and so could hang the worker's way
     // out; hence plain threads.
     std::map<RunKey, std::thread> pendingFutures_;
-    std::map<RunKey, std::shared_ptr<ITask>> pendingTasks_;
-    std::deque<std::pair<RunKey, AsyncFunction>> held_;
+    template <typename T>
+    using ByRun = std::map<RunKey, T, std::less<RunKey>, SlabAllocator<std::pair<const RunKey, T>>>;
+    ByRun<std::shared_ptr<ITask>> pendingTasks_;
+    using Held = std::pair<RunKey, AsyncFunction>;
+    std::deque<Held, SlabAllocator<Held>> held_;
     size_t runningThreads_ = 0;
 };
 

@@ -11,7 +11,7 @@
 namespace KXP {
 
 void TaskQueue::ExecuteAsync(std::function<TaskStatus()> fn, const TimePoint& when, const std::string& name) {
-    EnqueueAsync({name.empty() ? GenerateGUID() : name, ++lastRun_}, std::move(fn), when);
+    EnqueueAsync({SlabString(name.empty() ? GenerateGUID() : name), ++lastRun_}, std::move(fn), when);
 }
 
 void TaskQueue::ExecuteTask(ITask* task, const TimePoint& when) {
@@ -19,7 +19,7 @@ void TaskQueue::ExecuteTask(ITask* task, const TimePoint& when) {
         KXP_LOG(LogFailure, "NULL task passed in");
         throw Exception(Code::kFailure, "NULL task passed in", 0);
     }
-    std::shared_ptr<ITask> shared(task);
+    std::shared_ptr<ITask> shared(task, std::default_delete<ITask>(), SlabAllocator<ITask>());
     const RunKey key{task->identifier(), ++lastRun_};
     EnqueueNotification(kTaskTime,
                         [this, key, shared = std::move(shared), when] { KeepTask(key, shared, when); });
@@ -30,7 +30,7 @@ void TaskQueue::KeepTask(const RunKey& key, const std::shared_ptr<ITask>& task, 
     if (stopRequested_) Cancel(*task);
     try {
         EnqueueAsync(
-            key, [this, task] { return task->ExecuteTask(*this); }, when);
+            key, [this, alive = task.get()] { return alive->ExecuteTask(*this); }, when);
     } catch (...) {
         FailCaught(key);
     }
@@ -87,8 +87,9 @@ class TaskQueue::RunEnd : public TimedNotificationQueue::Notification {
 // What the thread of a function has. Its end and the place for it in the queue are made before it starts,
 // because a thread without memory could report to nobody.
 struct TaskQueue::Run {
-    Run(TaskQueue& queue, const RunKey& key, AsyncFunction function)
-        : fn(std::move(function)),
+    Run(TaskQueue& queue, const RunKey& key, AsyncFunction function, std::shared_ptr<ITask> itsTask)
+        : task(std::move(itsTask)),
+          fn(std::move(function)),
           owner(queue.owner_.lock()),
           entries(queue.queue_),
           library(GetLibraryName()),
@@ -102,18 +103,22 @@ struct TaskQueue::Run {
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
 
+    std::shared_ptr<ITask> task;  // null for a mere function; `fn` uses it
     AsyncFunction fn;
     const std::shared_ptr<void> owner;
     const std::shared_ptr<TimedNotificationQueue> entries;
     const std::string library;
-    const std::string name;
+    const SlabString name;
     std::unique_ptr<RunEnd> end;
 };
 
 void TaskQueue::StartAsync(const RunKey& key, AsyncFunction fn) {
     try {
         std::thread& thread = pendingFutures_[key];
-        thread = StartThread([run = std::make_shared<Run>(*this, key, std::move(fn))] { Execute(*run); });
+        const auto task = pendingTasks_.find(key);
+        thread = StartThread([run = std::make_shared<Run>(
+                                  *this, key, std::move(fn),
+                                  task != pendingTasks_.end() ? task->second : nullptr)] { Execute(*run); });
         ++runningThreads_;
     } catch (const std::exception& error) {
         KXP_LOG(LogFailure, "No thread for async task %s: %s", key.first.c_str(), error.what());
@@ -130,7 +135,8 @@ void TaskQueue::Execute(Run& run) noexcept {
     } catch (...) {
         LogEscaped();
     }
-    run.fn = nullptr;  // before the end is enqueued, so that the worker destroys the task
+    run.fn = nullptr;
+    run.task.reset();  // before the end is enqueued, so that the worker destroys the task
     run.entries->EnqueueReserved(kTaskTime, std::move(run.end));
 }
 
@@ -170,8 +176,9 @@ void TaskQueue::Release(const RunKey& key) {
 }
 
 void TaskQueue::FinishNamed(const std::string& name) {
-    const auto first = pendingFutures_.lower_bound({name, 0});
-    const auto end = pendingFutures_.upper_bound({name, std::numeric_limits<uint64_t>::max()});
+    const SlabString slabName(name);
+    const auto first = pendingFutures_.lower_bound({slabName, 0});
+    const auto end = pendingFutures_.upper_bound({slabName, std::numeric_limits<uint64_t>::max()});
     if (first == end) {
         KXP_LOG(LogFailure, "Could not find async task [%s]", name.c_str());
         return;

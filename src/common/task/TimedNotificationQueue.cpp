@@ -117,7 +117,7 @@ void TimedNotificationQueue::RefuseNothing() {
 }
 
 void TimedNotificationQueue::Clear() {
-    std::vector<Entry> taken;
+    std::vector<Entry, SlabAllocator<Entry>> taken;
     {
         MutexLock lock(mutex_);
         taken.swap(heap_);

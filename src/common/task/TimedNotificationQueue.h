@@ -6,13 +6,14 @@
 #include <optional>
 #include <vector>
 
+#include "base/SlabMemory.h"
 #include "common/task/Clock.h"
 
 namespace KXP {
 
 class TimedNotificationQueue {
   public:
-    class Notification {
+    class Notification : public InSlab {
       public:
         virtual ~Notification() = default;
         virtual void Execute() = 0;
@@ -64,7 +65,7 @@ class TimedNotificationQueue {
     Clock& clock_;
     Mutex mutex_;
     CondVar changed_;
-    std::vector<Entry> heap_ GUARDED_BY(mutex_);
+    std::vector<Entry, SlabAllocator<Entry>> heap_ GUARDED_BY(mutex_);
     size_t reserved_ GUARDED_BY(mutex_) = 0;
     std::optional<std::chrono::milliseconds> horizon_ GUARDED_BY(mutex_);
 };

@@ -1,5 +1,9 @@
+#include <atomic>
+
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "common/json/JSONFile.h"
 #include "common/json/JsonHelpers.h"
@@ -7,6 +11,20 @@
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
+
+namespace {
+std::atomic<bool> stopped{false};
+int stopsAfterWrites = 0;
+}  // namespace
+
+// Found before that of the C library, which it calls.
+ssize_t pwrite(int file, const void* bytes, size_t size, off_t offset) {
+    const auto real =
+        reinterpret_cast<ssize_t (*)(int, const void*, size_t, off_t)>(dlsym(RTLD_NEXT, "pwrite"));
+    const ssize_t put = real(file, bytes, size, offset);
+    if (stopsAfterWrites > 0 && --stopsAfterWrites == 0) stopped = true;
+    return put;
+}
 
 namespace KXP {
 namespace {
@@ -99,6 +117,21 @@ TEST_F(JSONFileTest, AStoppedWriteLeavesTheOldTextOrTheNew) {
         // And stopped again while the next text was written after these.
         EXPECT_EQ(ValueIn(copied + std::string("\0{\"a\":\"ne", 9)), "new") << written;
     }
+}
+
+TEST_F(JSONFileTest, AWriteThatIsToldToStopLeavesAWholeText) {
+    file_.StopWritesOnce(stopped);
+    ASSERT_EQ(Write(R"({"a":"old"})").code, 0);
+    const std::string old = folder_.Read("f.json");
+    stopsAfterWrites = 1;
+    EXPECT_TRUE(Write(R"({"a":"new"})").Failed());
+    const std::string copied = folder_.Read("f.json");
+    EXPECT_EQ(copied.substr(0, old.size()), old) << "nothing was written over";
+    EXPECT_EQ(ValueIn(copied), "new") << "it is there twice";
+    // What begins after that was decided by somebody who knew.
+    ASSERT_EQ(Write(R"({"a":"newer"})").code, 0);
+    EXPECT_EQ(ValueIn(folder_.Read("f.json")), "newer");
+    stopped = false;
 }
 
 TEST_F(JSONFileTest, AStoppedTailLeavesTheOldTextOrTheNew) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/SlabMemory.h"
 #include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
 #include "common/plugincommon/JsonResponseAsync.h"
@@ -22,6 +23,7 @@ struct Behaviour {
     bool initialize = true;
     Counter running;
     Counter release;
+    Counter abandoned;
     Counter destroyed;
 };
 std::shared_ptr<Behaviour> behaviour;
@@ -65,10 +67,19 @@ class TestModule : public KXP::PluginModuleBase {
     using PluginModuleBase::Start;
     bool Initialize() override {
         RegisterSyncMethod("Echo", this, &TestModule::Echo);
+        RegisterSyncMethod("Block", this, &TestModule::Block);
         RegisterAsyncTask("Work", &WorkTask::Launch);
         return kept_->initialize;
     }
     bool Start() override { return true; }
+
+    // As on a disk that does not answer.
+    RetVal Block(std::unique_ptr<JSONMessage>, Value&, KXP::Allocator&) {
+        kept_->running.Add();
+        kept_->release.WaitFor(1);
+        return {};
+    }
+    void Abandon() override { kept_->abandoned.Add(); }
 
     RetVal Echo(std::unique_ptr<JSONMessage> message, Value& result, KXP::Allocator& allocator) {
         const JSONMessage& request = *message;
@@ -241,6 +252,32 @@ TEST_F(PluginTest, AStuckTaskDoesNotHoldTheShutdown) {
     EXPECT_EQ(Answers("stuck"), "aborted ");
 }
 
+TEST_F(PluginTest, AStuckWorkerFailsTheStopAndIsAbandonedAtTheEnd) {
+    Up();
+    plugin_.OnJsonMessage(Envelope("Block", "stuck").c_str());
+    ASSERT_TRUE(behaviour->running.WaitFor(1));
+    plugin_.OnJsonMessage(Envelope("Echo", "behind", R"({"number":1})").c_str());
+    EXPECT_EQ(plugin_.Stop(), 2);
+    EXPECT_NE(container_.WaitFor(2, "_CmdStop_").text.find("\"The worker is stuck\""), std::string::npos);
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_EQ(Answers("stuck") + Answers("behind"), "aborted aborted ");
+    EXPECT_EQ(behaviour->abandoned.Get(), 1);
+    EXPECT_EQ(behaviour->destroyed.Get(), 0);
+    // The next instance has nothing to do with it.
+    const std::shared_ptr<Behaviour> first = behaviour;
+    behaviour = std::make_shared<Behaviour>();
+    FakeContainer next;
+    ASSERT_EQ(plugin_.Initialize(&Callback, "{}", &next), 2);
+    ASSERT_EQ(next.WaitFor(1).text, "_CmdInit_");
+    const size_t notified = container_.All(2).size() + container_.All(3).size() + container_.All(6).size();
+    first->release.Add();
+    EXPECT_TRUE(first->destroyed.WaitFor(1));
+    EXPECT_EQ(container_.All(2).size() + container_.All(3).size() + container_.All(6).size(), notified);
+    EXPECT_EQ(next.All(2).size() + next.All(3).size(), 0u);
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_EQ(behaviour->destroyed.Get(), 1);
+}
+
 TEST_F(PluginTest, TheEndAnswersWhatIsOpen) {
     Up();
     // The worker is busy until the stop, so that the requests after it are on their way at each place.
@@ -269,6 +306,21 @@ TEST_F(PluginTest, WhatWasSentToAnInstanceThatNeverStartedDiesWithIt) {
     plugin_.OnJsonMessage(Envelope("Echo", "early", R"({"number":1})").c_str());
     EXPECT_EQ(plugin_.Uninitialize(), 1);
     EXPECT_EQ(Answers("early"), "");
+}
+
+TEST_F(PluginTest, TheMemoryOfABurstGoesBack) {
+    ASSERT_EQ(plugin_.Initialize(&Callback, "{}", &container_), 2);
+    ASSERT_EQ(container_.WaitFor(1).text, "_CmdInit_");
+    constexpr size_t kRequests = 2000;
+    for (size_t i = 0; i < kRequests; ++i)
+        plugin_.OnJsonMessage(Envelope(i % 2 == 0 ? "Echo" : "Work", "id", R"({"number":1})").c_str());
+    container_.WaitFor(6, "Keeping message in queue", kRequests);
+    EXPECT_EQ(plugin_.Start(), 2);
+    ASSERT_NE(container_.WaitFor(3, "\"id\"", kRequests).text, "");
+    Ask("Echo", R"({"number":1})", "after");
+    EXPECT_LE(KXP::SlabBytes(), size_t{2} << 20);
+    EXPECT_EQ(plugin_.Uninitialize(), 1);
+    EXPECT_LE(KXP::SlabBytes(), size_t{256} << 10) << "the slab that is in use";
 }
 
 // Every allocation between a request and its answer fails once, alone and with all that follow.

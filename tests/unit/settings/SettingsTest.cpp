@@ -203,6 +203,28 @@ TEST_F(SettingsTest, WhatCannotBeReadNowIsNotWrittenOver) {
     EXPECT_EQ(folder_.Read(file_), Text("true", "40", gallery_, temp_, "TrackerUpdateNotActive"));
 }
 
+TEST_F(SettingsTest, OnceAbandonedItWritesOnlyWhatNobodyElseHas) {
+    bool mayWrite = false;
+    Settings mine;
+    mine.AskOnceAbandoned([&] { return mayWrite; });
+    mine.WriteSettings();
+    mine.Abandon();
+    mine.SetMaxSizePercent(40);
+    mine.WriteSettings();
+    EXPECT_EQ(folder_.Read(file_), DefaultText());
+    EXPECT_TRUE(log_.Has("The settings have another owner by now, and what was not written is dropped"));
+    mayWrite = true;
+    mine.WriteSettings();
+    const std::string written = Text("false", "40", gallery_, temp_, "TrackerUpdateNotActive");
+    EXPECT_EQ(folder_.Read(file_), written);
+    Settings().UpdateTrackerSettings(TrackerUpdateInProgress);
+    const std::string others = folder_.Read(file_);
+    mine.SetMaxSizePercent(50);
+    mine.WriteSettings();
+    EXPECT_EQ(folder_.Read(file_), others);
+    EXPECT_TRUE(log_.HasLine(1, "The settings have changed, and what was not written is dropped"));
+}
+
 TEST_F(SettingsTest, ManyThreadsAndALogCallbackThatCallsIn) {
     Settings settings;
     KXP::LogInit(

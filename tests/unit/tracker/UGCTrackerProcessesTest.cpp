@@ -24,6 +24,44 @@ class TwoTrackersTest : public UGCTrackerTest {
     RecordingHost other_;
 };
 
+// What an abandoned tracker had queued is done when its disk answers again.
+TEST_F(TwoTrackersTest, AnAbandonedTrackerWritesOnlyAFileThatNobodyElseHasTaken) {
+    enum class Meanwhile { Nothing, AnotherOwns, AnotherHasWritten };
+    const std::string dropped = "has another owner or has changed, and what was not written is dropped";
+    gallery_.AddImage("Game/0.png");
+    int number = 0;
+    for (const auto meanwhile : {Meanwhile::Nothing, Meanwhile::AnotherOwns, Meanwhile::AnotherHasWritten}) {
+        const auto first = Make(host_, clock_);
+        RunDue(*first);
+        const std::string capture = gallery_.AddImage("Game/" + std::to_string(++number) + ".png");
+        first->TrackFile(capture);
+        first->Abandon();
+        std::unique_ptr<UGCTracker> second;
+        if (meanwhile != Meanwhile::Nothing) {
+            second = Make(other_, clock_);
+            RunDue(*second);
+            ASSERT_EQ(second->AddMeme(capture, "second", "").code, 0) << "it owns the record";
+        }
+        if (meanwhile == Meanwhile::AnotherHasWritten) second.reset();
+        const std::string before = gallery_.home().Read(gallery_.ShareFile("UGCTracker.json"));
+        log_.Clear();
+        RunDue(*first);
+        first->Stop();
+        const std::string after = gallery_.home().Read(gallery_.ShareFile("UGCTracker.json"));
+        if (meanwhile == Meanwhile::Nothing) {
+            EXPECT_EQ(Records(), "1 0.png;2 1.png;");
+        } else {
+            EXPECT_EQ(after, before);
+        }
+        EXPECT_EQ(log_.Count(dropped), meanwhile == Meanwhile::Nothing ? 0 : 1);
+        EXPECT_TRUE(first->HasStopped());
+    }
+    // Nothing of it is left that would keep the next one from the file.
+    const auto last = Make(host_, clock_);
+    RunDue(*last);
+    EXPECT_EQ(last->AddMeme(gallery_.AddImage("Game/1.png"), "last", "").code, 0);
+}
+
 TEST_F(TwoTrackersTest, TheSecondFollowsHandsOverAndTakesOver) {
     const std::string a = gallery_.AddImage("Game/a.png");
     const auto first = Make(host_, clock_);

@@ -21,11 +21,13 @@ class CefJsonReceiver : public KXP::MessageSink<KXP::JSONMessage> {
     bool HandleMsg(std::unique_ptr<KXP::JSONMessage> message) override;
 
     const ContainerCallback& container() const { return callback_; }
+    // Nothing reaches the container afterwards.
+    void Close() { callback_.Close(); }
     OpenRequests& open_requests() { return open_; }
 
   private:
     std::unique_ptr<KXP::JSONMessage> Read(const char* json);
 
-    const ContainerCallback callback_;
+    ContainerCallback callback_;
     OpenRequests open_;
 };

@@ -21,7 +21,8 @@ const std::string s_pluginName = KXP::GetLibraryName();
 // The container keeps entry calls from overlapping, so these have no lock. Threads of the library reach the
 // receiver through the chain and the log, both of which end before it does.
 IContainerConnector* s_pCefPlugin = nullptr;
-std::unique_ptr<CefJsonReceiver> s_pCefJsonReceiver;
+// Shared with the instance, which may be abandoned and then uses it longer.
+std::shared_ptr<CefJsonReceiver> s_pCefJsonReceiver;
 // Whether the instance was started at least once.
 bool s_started = false;
 
@@ -86,6 +87,7 @@ void TakeDown() {
         s_started = false;
     }
     KXP::LogInit(KXP::LocalApp, nullptr, nullptr);
+    if (s_pCefJsonReceiver) s_pCefJsonReceiver->Close();
     s_pCefJsonReceiver.reset();
 }
 
@@ -96,9 +98,9 @@ int BringUp(const char* configJson, void* context) {
     s_pCefPlugin = IContainerConnector::CreatePluginInstance();
     if (!s_pCefPlugin) return 0;
     s_pCefPlugin->SetContainerCallback(
-        [callback = &s_pCefJsonReceiver->container()](IContainerConnector::NotificationType type,
-                                                      std::unique_ptr<JSONMessage> message,
-                                                      void*) { NotifyContainer(*callback, type, *message); },
+        [receiver = s_pCefJsonReceiver](IContainerConnector::NotificationType type,
+                                        std::unique_ptr<JSONMessage> message,
+                                        void*) { NotifyContainer(receiver->container(), type, *message); },
         context);
     KXP_LOG(KXP::LogTrace, "Initialize CefPlugin");
     auto message = CreateCommand("_CmdInit_", configJson);
@@ -110,7 +112,7 @@ int CefPluginInitialize(ZvCefPluginCallback callback, const char* configJson, vo
     if (RefusedInsideCallback("Initialize")) return 0;
     // An instance that was not uninitialized ends first: its threads still use its receiver.
     TakeDown();
-    s_pCefJsonReceiver = std::make_unique<CefJsonReceiver>(callback, context);
+    s_pCefJsonReceiver = std::make_shared<CefJsonReceiver>(callback, context);
     KXP::LogInit(KXP::LocalApp, LogCallback, nullptr);
     KXP::LogNameThread("cefclient", nullptr);
     try {

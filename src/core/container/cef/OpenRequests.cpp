@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "base/SlabMemory.h"
 #include "common/message/Message.h"
 #include "common/threads/Mutex.h"
 #include "core/container/cef/PreparedAnswer.h"
@@ -18,7 +19,7 @@ class OpenRequests::State {
         OwedAnswer* owner;
     };
     // Of one entry, or empty. Moved from list to list, which takes no memory.
-    using Entries = std::list<Entry>;
+    using Entries = std::list<Entry, KXP::SlabAllocator<Entry>>;
 
     explicit State(const ContainerCallback& container) : container_(container) {}
 
@@ -44,7 +45,7 @@ class OpenRequests::State {
     Entries TakeLocked(OwedAnswer& owner) REQUIRES(mutex_);
     void Send(Entries entry) EXCLUDES(mutex_);
 
-    const ContainerCallback container_;
+    const ContainerCallback& container_;
     KXP::Mutex mutex_;
     KXP::CondVar sent_;
     Entries open_ GUARDED_BY(mutex_);
@@ -141,7 +142,8 @@ void OpenRequests::Add(KXP::JSONMessage& request) {
     if (KXP::Message::IsResponse(request) || KXP::Message::IsPersistent(request) ||
         KXP::Message::IsAnnouncement(request.method()))
         return;
-    request.set_owed_answer(std::make_shared<OwedAnswer>(state_, request));
+    request.set_owed_answer(
+        std::allocate_shared<OwedAnswer>(KXP::SlabAllocator<OwedAnswer>(), state_, request));
 }
 
 void OpenRequests::AnswerUnread(const char* json) {

@@ -10,6 +10,7 @@
 // Any thread. Answers are sent with no lock held, on the thread that lost the request or calls End.
 class OpenRequests {
   public:
+    // `container` lives until End has returned.
     explicit OpenRequests(const ContainerCallback& container);
 
     // Attaches to a message the answer that it is owed, if any. Throws std::bad_alloc.

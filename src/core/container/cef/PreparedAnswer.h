@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/SlabMemory.h"
 #include "common/message/JSONMessage.h"
 
 enum class LostBy { Memory, End };
@@ -19,7 +20,7 @@ class PreparedAnswer {
     const char* Complete(LostBy reason) noexcept;
 
   private:
-    std::string text_;
+    std::basic_string<char, std::char_traits<char>, KXP::SlabAllocator<char>> text_;
 };
 
 // The same for a request that could not be read for want of memory, from the text that came. Takes none.

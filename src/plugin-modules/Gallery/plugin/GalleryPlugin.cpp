@@ -48,6 +48,10 @@ bool GalleryPlugin::Initialize() {
                 KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
         return false;
     }
+    {
+        const KXP::MutexLock lock(abandonMutex_);
+        toAbandon_ = api_;
+    }
     requests_.emplace(*api_);
     RegisterEndpoints();
     requests_->settings.FollowRegularly();
@@ -79,6 +83,15 @@ void GalleryPlugin::Uninitialize() {
     if (api_) api_->EndTracker();
     requests_.reset();
     api_.reset();
+}
+
+void GalleryPlugin::Abandon() {
+    std::shared_ptr<ZvGalleryAPI> api;
+    {
+        const KXP::MutexLock lock(abandonMutex_);
+        api = toAbandon_.lock();
+    }
+    if (api) ZvGalleryAPI::Abandon(api);
 }
 
 void GalleryPlugin::ReportError(const KXP::RetVal& value, const std::string& message) {

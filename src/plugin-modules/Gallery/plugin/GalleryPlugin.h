@@ -27,6 +27,7 @@ class GalleryPlugin : public KXP::PluginModuleBase {
     bool Start() override;
     bool Stop() override;
     void Uninitialize() override;
+    void Abandon() override EXCLUDES(abandonMutex_);
 
   private:
     // The requests that are answered on the worker.
@@ -47,5 +48,8 @@ class GalleryPlugin : public KXP::PluginModuleBase {
     // Null until Initialize has succeeded and after Uninitialize. Shared with the tasks that use it, which
     // may be abandoned with it.
     std::shared_ptr<ZvGalleryAPI> api_;
+    // The same, for Abandon.
+    KXP::Mutex abandonMutex_;
+    std::weak_ptr<ZvGalleryAPI> toAbandon_ GUARDED_BY(abandonMutex_);
     std::optional<Requests> requests_;  // while there is an API object
 };

@@ -1,18 +1,22 @@
 #include "plugin-modules/Gallery/src/ZvGalleryAPI.h"
 
+#include <cerrno>
 #include <stdexcept>
 
 #include "CobalixUtil.h"
+#include "base/FileLock.h"
 #include "base/PartFiles.h"
 #include "common/drives/Drives.h"
 #include "common/files/DirUtil.h"
 #include "common/product/Profile.h"
 #include "common/results/Exception.h"
+#include "common/task/StuckWork.h"
 #include "libraries/share-common/ShareFolder.h"
 #include "plugin-modules/Gallery/src/editing/InterruptedEdits.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+#include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 
 namespace {
 
@@ -43,6 +47,7 @@ void SettleInterruptedWork() {
 
 ZvGalleryAPI::ZvGalleryAPI(KXP::PluginModuleBase& plugin, KXP::TaskQueue& queue)
     : plugin_(plugin), queue_(queue) {
+    settings_.AskOnceAbandoned([this] { return MayWriteAbandoned(); });
     SettleInterruptedWork();
     // Last: the tracker uses this object from its start on. Without settings nobody knows the gallery.
     if (settings_.IsRead()) ReInitializeTracker(false);
@@ -74,6 +79,7 @@ void ZvGalleryAPI::PutTracker(std::shared_ptr<UGCTracker> tracker) {
 }
 
 void ZvGalleryAPI::ReInitializeTracker(bool useUniqueFile) {
+    if (plugin_.IsAbandoned()) throw std::runtime_error("The plug-in has ended");
     if (useUniqueFile && !HasUniqueTrackerFileName(KXP::CreateDirectoryPath(GetShareFolderPath())))
         throw std::runtime_error("Failed to generate unique tracker name, cannot reset tracker file");
     // The old tracker is stopped before the new one begins, whoever still holds it: two at work would spoil
@@ -81,6 +87,24 @@ void ZvGalleryAPI::ReInitializeTracker(bool useUniqueFile) {
     // still be asked meanwhile.
     if (const std::shared_ptr<UGCTracker> old = GetUGCTracker()) old->Stop();
     PutTracker(std::make_shared<UGCTracker>(this, useUniqueFile));
+}
+
+void ZvGalleryAPI::Abandon(const std::shared_ptr<ZvGalleryAPI>& api) {
+    api->settings_.Abandon();
+    const std::shared_ptr<UGCTracker> tracker = api->GetUGCTracker();
+    if (!tracker) return;
+    const std::atomic<uint64_t> none{0};
+    (void)KXP::RunUnlessStuck([tracker] { tracker->Stop(); }, none, api);
+    // Also where another thread has begun to stop it, and is stuck there.
+    if (!tracker->HasStopped()) tracker->Abandon();
+}
+
+// Whether this instance may write the settings although it was abandoned.
+bool ZvGalleryAPI::MayWriteAbandoned() {
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (tracker && tracker->MayWrite()) return true;
+    const KXP::FileLock share(settings_.directory() + "/" + kTrackerLockName, std::chrono::milliseconds(0));
+    return share.IsHeld() || errno != EWOULDBLOCK;
 }
 
 void ZvGalleryAPI::EndTracker() {

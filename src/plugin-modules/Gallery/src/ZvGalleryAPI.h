@@ -61,6 +61,10 @@ class ZvGalleryAPI : public ITrackerHost {
     // Stops the tracker for good and leaves none. Not beside ReInitializeTracker.
     void EndTracker() EXCLUDES(trackerMutex_);
 
+    // The instance is left to itself because its worker is stuck. Stops the tracker, or abandons it if it is
+    // stuck too. Any thread but the worker.
+    static void Abandon(const std::shared_ptr<ZvGalleryAPI>& api);
+
     // The tracker's lists, with the names of highlights in the user's language; 0x80004005 without a tracker.
     KXP::RetVal GetGameUGC(const std::string& game, std::vector<TrackedUGC>& out);
     KXP::RetVal GetRecentUGC(unsigned count, std::vector<TrackedUGC>& out);
@@ -130,6 +134,7 @@ class ZvGalleryAPI : public ITrackerHost {
     static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller);
     static void LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller);
 
+    bool MayWriteAbandoned();
     void PutTracker(std::shared_ptr<UGCTracker> tracker) EXCLUDES(trackerMutex_);
 
     KXP::PluginModuleBase& plugin_;

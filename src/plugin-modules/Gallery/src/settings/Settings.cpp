@@ -74,6 +74,7 @@ uint32_t VolumeSizeMB(const std::string& path) {
 }  // namespace
 
 Settings::Settings() : JSONFile(GetShareFolderPath(), "", kSettingsFileName) {
+    StopWritesOnce(abandoned_);
     if (!ReadAgain()) Store(Defaults(), 0);
 }
 

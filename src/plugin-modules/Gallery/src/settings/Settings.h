@@ -12,9 +12,11 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/FileLock.h"
@@ -29,6 +31,12 @@ class Settings : public KXP::JSONFile {
     // Reads the file, or uses the defaults, and writes it in the current layout. Throws KXP::Exception when
     // the share folder or a default folder that is needed cannot be created.
     Settings();
+
+    // The instance is left to itself: from now on the file is only written if it is as this object read or
+    // wrote it last and `mayWrite`, which was set before other threads used the settings, allows it. Does not
+    // wait.
+    void Abandon() { abandoned_ = true; }
+    void AskOnceAbandoned(std::function<bool()> mayWrite) { mayWrite_ = std::move(mayWrite); }
 
     // Whether the file was read, or has been replaced by the defaults.
     bool IsRead() const { return isRead_; }
@@ -116,6 +124,9 @@ class Settings : public KXP::JSONFile {
     bool LoadFile(StoredSettings& file, bool& oldLayout) EXCLUDES(fileMutex_);
     SettingsSet ReadNews(StoredSettings& file) EXCLUDES(fileMutex_);
     void Write(SettingsSet which) EXCLUDES(fileMutex_);
+    enum class Written { Done, AskFirst };
+    Written TryWrite(SettingsSet which, bool permitted) EXCLUDES(fileMutex_);
+    bool IsAsLeft() const REQUIRES(fileMutex_);
     enum class FileRead { Done, Unusable, NotNow };
     std::optional<KXP::FileLock> LockFile(KXP::HeldLog& log) REQUIRES(fileMutex_);
     FileRead ReadFile(StoredSettings& stored, bool& oldLayout, KXP::HeldLog& log) REQUIRES(fileMutex_);
@@ -137,6 +148,8 @@ class Settings : public KXP::JSONFile {
     std::atomic<uint32_t> totalDiskSpaceMB_{0};
     std::atomic<uint32_t> currentSizeMB_{0};
     std::atomic<bool> isRead_{false};
+    std::atomic<bool> abandoned_{false};
+    std::function<bool()> mayWrite_;
 
     // Held while the file is read or written.
     mutable KXP::OuterMutex fileMutex_ ACQUIRED_BEFORE(mutex_);
@@ -144,6 +157,8 @@ class Settings : public KXP::JSONFile {
     int passingError_ GUARDED_BY(fileMutex_) = 0;
     // The file as it was when this object knew all that was in it.
     std::optional<Stamp> known_ GUARDED_BY(fileMutex_);
+    // The file as it was after this object read or wrote it last.
+    std::optional<Stamp> left_ GUARDED_BY(fileMutex_);
     mutable KXP::Mutex mutex_;
     StoredSettings stored_ GUARDED_BY(mutex_);
     SettingsSet unsaved_ GUARDED_BY(mutex_) = 0;  // set here since the last write

@@ -38,7 +38,10 @@ bool Settings::LoadFile(StoredSettings& file, bool& oldLayout) {
     HeldLog log;
     MutexLock lock(fileMutex_);
     const std::optional<KXP::FileLock> others = LockFile(log);
-    return others && ReadFile(file, oldLayout, log) == FileRead::Done;
+    const FileRead read = others ? ReadFile(file, oldLayout, log) : FileRead::NotNow;
+    Stamp stamp;
+    if (read != FileRead::NotNow && ReadStamp(stamp)) left_ = stamp;
+    return read == FileRead::Done;
 }
 
 KXP::RetVal Settings::ReadFailure() const {
@@ -112,10 +115,27 @@ Settings::FileRead Settings::ReadFile(StoredSettings& stored, bool& oldLayout, H
 // Writes those of the values that were set here since the last write, and the others as they are in the file.
 void Settings::Write(SettingsSet which) {
     if (!isRead_) return;
+    bool permitted = false;
+    while (TryWrite(which, permitted) == Written::AskFirst) {
+        permitted = mayWrite_ && mayWrite_();
+        if (permitted) continue;
+        KXP_LOG(LogFailure, "The settings have another owner by now, and what was not written is dropped");
+        return;
+    }
+}
+
+// Whether nobody has written the file since this object used it last.
+bool Settings::IsAsLeft() const {
+    Stamp now;
+    return ReadStamp(now) ? left_ == now : !left_;
+}
+
+Settings::Written Settings::TryWrite(SettingsSet which, bool permitted) {
     HeldLog log;
     MutexLock lock(fileMutex_);
     const std::optional<KXP::FileLock> others = LockFile(log);
-    if (!others) return;
+    if (!others) return Written::Done;
+    const bool isAsLeft = IsAsLeft();
     StoredSettings mine;
     {
         MutexLock valuesLock(mutex_);
@@ -123,12 +143,19 @@ void Settings::Write(SettingsSet which) {
         which &= unsaved_;
     }
     StoredSettings file = mine;
-    if (!MayWriteOver(mine, which, file, log)) return;
+    if (!MayWriteOver(mine, which, file, log)) return Written::Done;
+    // Now, because this thread may have waited for the disk until here.
+    if (abandoned_ && !(permitted && isAsLeft)) {
+        if (!permitted) return Written::AskFirst;
+        log.Add(LogFailure, "The settings have changed, and what was not written is dropped");
+        return Written::Done;
+    }
     log.Add(LogMilestone, LogText("Settings::WriteSettings::", file, totalDiskSpaceMB_));
     KXP::Document document;
     WriteStoredSettings(file, document);
     // On failure, which is logged, the caller continues with the values in memory.
     if (!WriteJSON(document, log).Failed()) NoteWritten(file, which);
+    return Written::Done;
 }
 
 // Sets `file` to what the file is to hold, and extends `which` to all values if the file cannot be used.
@@ -159,13 +186,17 @@ void Settings::NoteWritten(const StoredSettings& written, SettingsSet which) {
         // A value that was set again in the meantime waits for its own write.
         unsaved_ &= ~(which & ~Differences(written, stored_));
     }
-    known_.reset();
-    if (NewsIn(written) == 0) RememberFile();
+    const bool knowsAll = NewsIn(written) == 0;
+    RememberFile();
+    if (!knowsAll) known_.reset();
 }
 
 // To be called while the lock is held and nothing in the file is unknown here.
 void Settings::RememberFile() {
     known_.reset();
+    left_.reset();
     Stamp stamp;
-    if (ReadStamp(stamp) && !ChangedJustNow(stamp)) known_ = stamp;
+    if (!ReadStamp(stamp)) return;
+    left_ = stamp;
+    if (!ChangedJustNow(stamp)) known_ = stamp;
 }

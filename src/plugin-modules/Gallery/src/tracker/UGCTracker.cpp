@@ -76,10 +76,11 @@ void UGCTracker::Stop() {
     // While the watcher can still report whether there are more changes.
     if (news().HasUnwritten() || journal_.NeedsSum() || journal_.lastIdInFile() != record_.LastId())
         (void)Write(Sum::Renew);
-    (void)kept().Save();
+    (void)SaveKept();
     journal_.Close();
     watcher_.reset();
     news().Drain();
+    stopped_ = true;
 }
 
 // The window of what was changed a moment ago would close too late.

@@ -52,6 +52,12 @@ class UGCTracker : private IJournalSource {
     // Puts on record what is known by now, for at most half a second, ends the worker and the watcher, and
     // writes what is not written yet. Nothing touches the file afterwards, and queries are still answered.
     void Stop();
+    // The instance is left to itself because something is stuck: what is not written is written when that
+    // goes on, if the file is still as it was left and nobody else writes it. Does not wait.
+    void Abandon() { journal_.Abandon(); }
+    bool HasStopped() const { return stopped_; }
+    // Once abandoned, see TrackerJournal.
+    bool MayWrite() { return journal_.MayWrite(); }
     // Deletes the tracker's file; the next write makes it anew.
     void DeleteTrackerFile() { journal_.DeleteTrackerFile(); }
     // Ends in "/", and never changes.
@@ -172,6 +178,7 @@ class UGCTracker : private IJournalSource {
 
     // Writing, on any thread.
     KXP::RetVal Write(Sum sum);
+    KXP::RetVal SaveKept();
     void PaySum();
     bool HasUnwritten() override { return record_.news().HasUnwritten(); }
     bool KnowsAll() override;
@@ -192,6 +199,7 @@ class UGCTracker : private IJournalSource {
     GalleryRecord record_;
     TrackerJournal journal_;
     std::atomic<bool> stopping_{false};
+    std::atomic<bool> stopped_{false};
     // Set before the worker starts or by it, and by Stop; then used in the journal's turn.
     std::unique_ptr<IFileWatcher> watcher_;
     bool followed_ = false;  // the file of another process was read; the worker's

@@ -18,6 +18,7 @@ constexpr std::chrono::milliseconds kFollowPeriod{500};
 }  // namespace
 
 void UGCTracker::Follow() {
+    if (journal_.IsAbandoned()) return;
     for (const KeptPtr& kept : kept().ReadNew())
         TakeKept(*kept);
     if (!journal_.Owns()) journal_.TryOwn() ? TakeOverRecord() : ReadRecord();

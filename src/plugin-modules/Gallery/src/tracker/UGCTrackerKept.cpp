@@ -19,7 +19,7 @@ void UGCTracker::KeepFor(const std::string& path, const std::string& place, cons
     next.path = PlaceOf(place);
     next.stamp = stamp;
     record_.Keep(next, record_.GivenTo(*record));
-    (void)kept().Save();
+    (void)SaveKept();
 }
 
 RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarText,
@@ -34,7 +34,7 @@ RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarTex
     const KeptCaptures::Change change = kept().Put({found->path, now.IsKnown() ? now : found->stamp, facts});
     if (!change.put) return {Code::kFailure, "The texts are too long to be kept", 0};
     // Kept before they are on record: what a page is shown outlasts the process.
-    if (RetVal saved = kept().Save(); saved.Failed()) {
+    if (RetVal saved = SaveKept(); saved.Failed()) {
         kept().Retract(change);
         return saved;
     }
@@ -47,7 +47,7 @@ RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarTex
     news().Drain();
     if (!written.Failed()) return {};
     kept().Retract(change);
-    (void)kept().Save();
+    (void)SaveKept();
     record_.ShowKept(found->path);
     return {Code::kFailure, written.text, written.internal};
 }

@@ -21,8 +21,13 @@ constexpr size_t kMostUnreported = 256;
 
 KXP::RetVal UGCTracker::Write(Sum sum) {
     // First, so that it is never older than what the tracker's file says.
-    (void)kept().Save();
+    (void)SaveKept();
     return journal_.WriteUGCToTracker(sum);
+}
+
+KXP::RetVal UGCTracker::SaveKept() {
+    if (journal_.IsAbandoned() && !journal_.MayWrite()) return {KXP::Code::kFailure, "No tracker", 0};
+    return kept().Save();
 }
 
 void UGCTracker::PaySum() {

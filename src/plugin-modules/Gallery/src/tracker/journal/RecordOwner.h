@@ -3,33 +3,41 @@
 
 #include <atomic>
 #include <cerrno>
-#include <optional>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "base/FileLock.h"
+#include "common/threads/Mutex.h"
 
-// TryOwn and Release are for one thread at a time.
+// TryOwn is for one thread at a time.
 class RecordOwner {
   public:
     explicit RecordOwner(std::string lockFile) : lockFile_(std::move(lockFile)) {}
 
     // Becomes the owner if nobody is. It stays so until Release or the end of the process. On a volume
     // without locks everybody is.
-    bool TryOwn() {
+    bool TryOwn() EXCLUDES(mutex_) {
         if (owns_) return true;
-        lock_.emplace(lockFile_, std::chrono::milliseconds(0));
-        owns_ = lock_->IsHeld() || errno != EWOULDBLOCK;
-        return owns_;
+        auto lock = std::make_unique<KXP::FileLock>(lockFile_, std::chrono::milliseconds(0));
+        const bool owns = lock->IsHeld() || errno != EWOULDBLOCK;
+        const KXP::MutexLock guard(mutex_);
+        lock_ = std::move(lock);
+        owns_ = owns;
+        return owns;
     }
-    void Release() {
+    // Any thread.
+    void Release() EXCLUDES(mutex_) {
+        std::unique_ptr<KXP::FileLock> released;
+        const KXP::MutexLock guard(mutex_);
         owns_ = false;
-        lock_.reset();
+        released = std::move(lock_);
     }
     bool Owns() const { return owns_; }
 
   private:
     const std::string lockFile_;
-    std::optional<KXP::FileLock> lock_;
+    KXP::Mutex mutex_;
+    std::unique_ptr<KXP::FileLock> lock_ GUARDED_BY(mutex_);
     std::atomic<bool> owns_{false};
 };

@@ -72,6 +72,7 @@ bool TrackerJournal::Open(bool useUniqueFile) {
         throw std::runtime_error("Failed to generate unique tracker name, cannot reset tracker file");
     }
     trackerFile_.Init(shareFolder_ + "/" + name);
+    trackerFile_.StopWritesOnce(abandoned_);
     stampFile_.Init(trackerFile_.path());
     return owns;
 }
@@ -87,6 +88,7 @@ KXP::RetVal TrackerJournal::Read(KXP::Document& document, std::vector<NewUGC>& r
     KXP::JSONFile::Stamp after;
     const bool known = trackerFile_.ReadStamp(before);
     read_ = known ? std::optional(before) : std::nullopt;
+    left_ = read_;
     if (stamps && known) *stamps = stampFile_.Read(before);
     KXP::ElementReader elements = ParseUGCFromJSON(records);
     elements.begin = [&meanwhile, begin = std::move(elements.begin)] {
@@ -122,7 +124,7 @@ void TrackerJournal::RecordFollows(std::optional<uint32_t> crc) {
 
 KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
     const KXP::Turn turn(turns_, kFileTurn);
-    if (closed_) return {KXP::Code::kFailure, "No tracker", 0};
+    if (closed_ || !MayWriteInTurn()) return {KXP::Code::kFailure, "No tracker", 0};
     if (!Owns()) {
         (void)source_.TakeContent(writer_);
         source_.NoteWritten({});
@@ -135,11 +137,14 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
     } else if (pending || sum == Sum::Renew) {
         RenewSum(pending);
     }
+    // The tree may be on a disk that did not answer until now.
+    if (!MayWriteInTurn()) return {KXP::Code::kFailure, "No tracker", 0};
     writer_.Recheck(trackerFile_);
     TrackerFileWriter::Content content = source_.TakeContent(writer_);
     content.info.folderCRC = sum_.withheld ? ~folderCRC_ : folderCRC_;
     KXP::HeldLog log;
     KXP::RetVal written = writer_.Write(trackerFile_, stampFile_, content, log);
+    RememberFile();
     if (!written.Failed()) lastIdInFile_ = content.info.lastUGCIdUsed;
     source_.NoteWritten(written);
     return written;
@@ -185,7 +190,8 @@ void TrackerJournal::ReleaseSum() {
 
 void TrackerJournal::TakeOver() {
     const KXP::Turn turn(turns_, kFileTurn);
-    if (!replaceTrackerFile_) return;
+    // A rebuild that was abandoned is made again by the next start.
+    if (!replaceTrackerFile_ || abandoned_) return;
     const std::string canonical = shareFolder_ + "/" + kTrackerFileName;
     if (trackerFile_.path() != canonical && KXP::FileExists(trackerFile_.path())) {
         if (KXP::FileMove(trackerFile_.path(), canonical) < 0)
@@ -198,11 +204,40 @@ void TrackerJournal::TakeOver() {
     }
     trackerFile_.Init(canonical);
     replaceTrackerFile_ = false;
+    RememberFile();
+}
+
+void TrackerJournal::RememberFile() {
+    KXP::JSONFile::Stamp stamp;
+    left_ = trackerFile_.ReadStamp(stamp) ? std::optional(stamp) : std::nullopt;
+}
+
+void TrackerJournal::Abandon() {
+    wasOwner_ = Owns();
+    abandoned_ = true;
+    owner_.Release();
+}
+
+bool TrackerJournal::MayWrite() {
+    const KXP::Turn turn(turns_, kFileTurn);
+    return !closed_ && MayWriteInTurn();
+}
+
+bool TrackerJournal::MayWriteInTurn() {
+    if (!abandoned_ || !wasOwner_ || Owns()) return true;
+    KXP::JSONFile::Stamp now;
+    const bool exists = trackerFile_.ReadStamp(now);
+    if (!replaceTrackerFile_ && TryOwn() && (exists ? left_ == now : !left_)) return true;
+    KXP_LOG(KXP::LogFailure, "%s has another owner or has changed, and what was not written is dropped",
+            trackerFile_.path().c_str());
+    closed_ = true;
+    owner_.Release();
+    return false;
 }
 
 void TrackerJournal::DeleteTrackerFile() {
     const KXP::Turn turn(turns_, kFileTurn);
-    if (closed_ || !Owns()) return;
+    if (closed_ || abandoned_ || !Owns()) return;
     stampFile_.Remove();
     (void)trackerFile_.RemoveFile();
 }
@@ -210,7 +245,7 @@ void TrackerJournal::DeleteTrackerFile() {
 void TrackerJournal::Close() {
     const KXP::Turn turn(turns_, kFileTurn);
     closed_ = true;
-    if (replaceTrackerFile_) {
+    if (replaceTrackerFile_ && !abandoned_) {
         // The change of the gallery was cancelled, so the files of its rebuild are of no use.
         if (KXP::FileExists(trackerFile_.path())) KXP::FileDelete(trackerFile_.path(), true);
         stampFile_.Remove();

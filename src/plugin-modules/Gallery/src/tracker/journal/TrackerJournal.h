@@ -94,6 +94,12 @@ class TrackerJournal {
     void TakeOver();
     // Deletes the files; the next write makes them anew.
     void DeleteTrackerFile();
+    // The instance is left to itself: another one may write the file from now on. Does not wait.
+    void Abandon();
+    bool IsAbandoned() const { return abandoned_; }
+    // Once abandoned: whether nobody else writes the file, and it is as it was read or written here last. If
+    // not, what is not written is dropped for good.
+    bool MayWrite();
     // Nothing touches the files after this. Deletes those of a rebuild that was not taken over.
     void Close();
 
@@ -107,6 +113,8 @@ class TrackerJournal {
 
     void RenewSum(bool pending);
     bool HasNextSum() const;
+    bool MayWriteInTurn();
+    void RememberFile();
     void QueueRelease();
 
     IJournalSource& source_;
@@ -118,12 +126,15 @@ class TrackerJournal {
     SumState sum_;
     RecordOwner owner_;
     std::atomic<int32_t> lastIdInFile_{0};
+    std::atomic<bool> wasOwner_{false};  // when it was abandoned
+    std::atomic<bool> abandoned_{false};
 
     // Used by the thread that has the turn.
     KXP::JSONFile trackerFile_;
     StampFile stampFile_;
     TrackerFileWriter writer_;
     std::optional<KXP::JSONFile::Stamp> read_;  // the file, as it was read last
+    std::optional<KXP::JSONFile::Stamp> left_;  // as it was after it was read or written last
     uint32_t folderCRC_ = 0;
     std::optional<uint32_t> nextSum_;      // of RecordFollows
     KXP::TimePoint sumBegan_;              // last time

@@ -1,0 +1,57 @@
+#include "common/task/StuckWork.h"
+
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "CobalixUtil.h"
+#include "common/product/Profile.h"
+#include "common/task/AbandonedThreads.h"
+
+namespace KXP {
+
+void WorkEnd::Report() {
+    MutexLock lock(mutex_);
+    ended_ = true;
+    changed_.NotifyAll();
+}
+
+bool WorkEnd::Await(const std::atomic<uint64_t>& progress) {
+    MutexLock lock(mutex_);
+    uint64_t seen = progress;
+    auto until = std::chrono::steady_clock::now() + kStuckAfter;
+    while (!ended_) {
+        changed_.WaitUntil(mutex_, until);
+        if (ended_ || std::chrono::steady_clock::now() < until) continue;
+        const uint64_t now = progress;
+        if (std::exchange(seen, now) == now) return false;
+        until = std::chrono::steady_clock::now() + kStuckAfter;
+    }
+    return true;
+}
+
+bool RunUnlessStuck(std::function<void()> work, const std::atomic<uint64_t>& progress,
+                    std::shared_ptr<void> owner) {
+    const auto end = std::make_shared<WorkEnd>();
+    std::thread thread;
+    try {
+        thread = std::thread([work, end, owner]() mutable {
+            LogNameThread(GetLibraryName().c_str(), "END");
+            work();
+            work = nullptr;
+            end->Report();
+            owner.reset();
+        });
+    } catch (const std::system_error&) {
+        work();
+        return true;
+    }
+    if (end->Await(progress)) {
+        thread.join();
+        return true;
+    }
+    AbandonThread(std::move(thread));
+    return false;
+}
+
+}  // namespace KXP
