@@ -5,7 +5,20 @@
 #include <limits>
 #include <new>
 
+// A sanitizer has its own operator new in this program, which cannot be replaced.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define HAS_SANITIZER 1
+#endif
+#endif
+
 namespace {
+
+#if defined(HAS_SANITIZER)
+constexpr bool kNewIsTheSanitizers = true;
+#else
+constexpr bool kNewIsTheSanitizers = false;
+#endif
 
 constexpr long kOff = std::numeric_limits<long>::max() / 2;
 std::atomic<long> left{kOff};
@@ -38,12 +51,15 @@ SparedMemory::~SparedMemory() {
     --spared;
 }
 
-// The names that the linker makes of malloc and realloc.
+// The names that the linker makes of malloc, realloc and operator new where this program's own code uses
+// them.
 extern "C" {
 void* RealMalloc(size_t size) __asm__("__real_malloc");
 void* RealRealloc(void* block, size_t size) __asm__("__real_realloc");
+void* RealNew(size_t size) __asm__("__real__Znwm");
 void* ScarceMalloc(size_t size) __asm__("__wrap_malloc");
 void* ScarceRealloc(void* block, size_t size) __asm__("__wrap_realloc");
+void* ScarceNew(size_t size) __asm__("__wrap__Znwm");
 
 void* ScarceMalloc(size_t size) {
     return Fails() ? nullptr : RealMalloc(size);
@@ -51,10 +67,22 @@ void* ScarceMalloc(size_t size) {
 void* ScarceRealloc(void* block, size_t size) {
     return Fails() ? nullptr : RealRealloc(block, size);
 }
+void* ScarceNew(size_t size) {
+    if (kNewIsTheSanitizers && Fails()) throw std::bad_alloc();
+    return RealNew(size);
+}
 }
 
+// The standard library's own uses; a sanitizer has its operator new in this program, which cannot be
+// replaced.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define HAS_SANITIZER 1
+#endif
+#endif
+#if !defined(HAS_SANITIZER)
 void* operator new(size_t size) {
-    void* const block = std::malloc(size > 0 ? size : 1);
+    void* const block = Fails() ? nullptr : RealMalloc(size > 0 ? size : 1);
     if (!block) throw std::bad_alloc();
     return block;
 }
@@ -64,3 +92,4 @@ void operator delete(void* block) noexcept {
 void operator delete(void* block, size_t) noexcept {
     std::free(block);
 }
+#endif
