@@ -287,6 +287,15 @@ void MakeVideoFrame(Corpus corpus) {
             std::ifstream file(made::Path(video), std::ios::binary);
             corpus.Add(std::string(std::istreambuf_iterator<char>(file), {}));
         }
+    // A matrix of colours that does not exist.
+    video.codec = "mpeg4";
+    video.namesMatrix = true;
+    std::ifstream file(made::Path(video), std::ios::binary);
+    std::string bytes(std::istreambuf_iterator<char>(file), {});
+    constexpr std::string_view kMatrix = "\x55\xB1\x81\x01";
+    const size_t at = bytes.find(kMatrix);
+    if (at == std::string::npos) throw std::runtime_error("the video names no matrix");
+    corpus.Add(bytes.replace(at, kMatrix.size(), "\x55\xB1\x81\x49"));
 }
 
 void MakeEdgeLog(Corpus corpus) {
