@@ -36,6 +36,8 @@ class TableReader {
     }
 
     SampleTable Read() {
+        // A table of one size for all takes no bytes for them.
+        if (sizes_.uniform() == 0) result_.samples.reserve(std::min<uint64_t>(sizes_.count(), most_));
         ReadChunks();
         ReadSync();
         ReadGroups();
