@@ -195,6 +195,42 @@ TEST_F(RemuxTest, CutsAcrossEdits) {
     EXPECT_EQ(NumbersOf(made::Decode(clip_)), std::vector<int>(expected.begin() + 5, expected.begin() + 25));
 }
 
+// The picture becomes whole bit by bit, column by column, again and again.
+TEST_F(RemuxTest, BeginsWhereAGradualRefreshIsComplete) {
+    made::VariedVideo video;
+    video.encoder = "libx264";
+    video.options = "preset=veryfast:intra-refresh=1";
+    video.frames = 90;
+    video.keyInterval = 10;
+    const std::string source = folder_ / "source.mp4";
+    made::Write(video, source);
+    const std::vector<made::ShownFrame> frames = made::Decode(source).frames;
+    const std::string bytes = folder_.Read("source.mp4");
+    const char* const path = "moov/trak/mdia/minf/stbl/stss";
+    struct Case {
+        const char* what;
+        std::string keyframes;
+        int mostHidden;
+    };
+    const Case cases[] = {
+        {"where they begin", std::string(made::BoxAt(bytes, path)), 29},
+        {"the first alone", "\0\0\0\0\0\0\0\1\0\0\0\1"s, 45},
+        {"none", std::string(8, '\0'), 29},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.what);
+        folder_.Write("source.mp4", made::WithContent(bytes, path, each.keyframes));
+        for (const size_t first : {45, 47, 50, 53}) {
+            ASSERT_EQ(library_.Remux(source, clip_, frames[first].time, frames[first + 10].time), 0);
+            const made::Decoded clip = made::Decode(clip_);
+            ASSERT_EQ(clip.frames.size(), 10u);
+            for (size_t i = 0; i < 10; ++i)
+                EXPECT_EQ(clip.frames[i].hash, frames[first + i].hash) << first << " " << i;
+            EXPECT_LE(clip.hiddenAtStart, each.mostHidden + static_cast<int>(first) - 45);
+        }
+    }
+}
+
 TEST_F(RemuxTest, LeavesOutATrackThatHasEnded) {
     made::VariedVideo video;
     video.encoder = "libx264";
