@@ -13,6 +13,7 @@
 #include "sample-captures/PngImage.h"
 #include "sample-media/MadeMedia.h"
 #include "sample-media/StillFiles.h"
+#include "sample-media/VariedMedia.h"
 #include "tests/support/CaptureBytes.h"
 
 namespace {
@@ -287,6 +288,37 @@ void MakeVideoFrame(Corpus corpus) {
             std::ifstream file(made::Path(video), std::ios::binary);
             corpus.Add(std::string(std::istreambuf_iterator<char>(file), {}));
         }
+    // A matrix of colours that does not exist.
+    video.codec = "mpeg4";
+    video.namesMatrix = true;
+    std::ifstream file(made::Path(video), std::ios::binary);
+    std::string bytes(std::istreambuf_iterator<char>(file), {});
+    constexpr std::string_view kMatrix = "\x55\xB1\x81\x01";
+    const size_t at = bytes.find(kMatrix);
+    if (at == std::string::npos) throw std::runtime_error("the video names no matrix");
+    corpus.Add(bytes.replace(at, kMatrix.size(), "\x55\xB1\x81\x49"));
+}
+
+// With reordered frames, sound of two kinds and chapters: whole, in fragments, and with the other container's
+// runs.
+void MakeRemux(Corpus corpus, const std::string& path) {
+    made::VariedVideo video;
+    video.encoder = "libx264";
+    video.options = "preset=ultrafast:intra-refresh=1";
+    video.frames = 8;
+    video.keyInterval = 3;
+    video.width = video.height = 32;
+    video.chapters = {0, 0.1};
+    for (const char* muxing : {"", "movflags=frag_keyframe+delay_moov"})
+        for (const char* format : {"mp4", "mov"}) {
+            video.format = format;
+            video.muxing = muxing;
+            video.sounds = {{format == std::string("mov") ? "pcm_s16le" : "aac", "", 8000, 0, 0.2}};
+            made::Write(video, path);
+            std::ifstream file(path, std::ios::binary);
+            corpus.Add(std::string(std::istreambuf_iterator<char>(file), {}));
+        }
+    std::filesystem::remove(path);
 }
 
 void MakeEdgeLog(Corpus corpus) {
@@ -322,6 +354,7 @@ int main(int argc, char** argv) {
         MakeTrackerFile({root, "trackerfile"});
         MakeStillThumbnail({root, "still_thumbnail"});
         MakeVideoFrame({root, "video_frame"});
+        MakeRemux({root, "remux"}, root / "source");
         MakeEdgeLog({root, "edgelog"});
         return 0;
     } catch (const std::exception& error) {

@@ -4,6 +4,7 @@
 #include "sample-captures/PngImage.h"
 #include "sample-media/DecodedMedia.h"
 #include "sample-media/MadeMedia.h"
+#include "sample-media/VariedMedia.h"
 #include "tests/abi/PluginLibrary.h"
 #include "tests/support/CaptureBytes.h"
 #include "tests/support/Counter.h"
@@ -74,6 +75,19 @@ TEST_F(Videos, AreCutInPlaceAndStayOurs) {
                                             R"("newWidth":4,"userData":"u"})")["newFileWidth"]
                   .GetInt(),
               4);
+}
+
+TEST_F(Videos, LoseASoundThatHasEndedWithALogLine) {
+    made::VariedVideo video;
+    video.encoder = "libx264";
+    video.sounds = {{"aac", "", 48000, 0, 0.5}, {"aac", "", 48000, 0, 2}};
+    const TempFolder folder;
+    made::Write(video, folder / "a.mp4");
+    Status("Trim", R"({"input":")" + (folder / "a.mp4") + R"(","output":")" + (folder / "b.mp4") +
+                       R"(","headTrimMs":1000,"lengthMs":500})");
+    EXPECT_TRUE(folder.Has("b.mp4"));
+    EXPECT_EQ(
+        container_.All(6, "left out of " + (folder / "b.mp4") + ", with nothing in the range: 1").size(), 1u);
 }
 
 class Thumbnails : public RunningPlugin {

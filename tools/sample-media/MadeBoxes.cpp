@@ -34,6 +34,11 @@ void MoveChunks(std::string& bytes, size_t from, size_t to, uint64_t by) {
     }
 }
 
+// What precedes the boxes in the content of another.
+size_t FieldsOf(std::string_view type) {
+    return type == "stsd" ? 8 : type == "avc1" ? 78 : 0;
+}
+
 }  // namespace
 
 std::vector<Box> Boxes(std::string_view bytes) {
@@ -54,9 +59,35 @@ std::string_view BoxAt(std::string_view bytes, std::string_view path) {
     for (const Box& box : Boxes(bytes)) {
         if (box.type != path.substr(0, slash)) continue;
         const std::string_view content = bytes.substr(box.content, box.end - box.content);
-        return slash == std::string_view::npos ? content : BoxAt(content, path.substr(slash + 1));
+        if (slash == std::string_view::npos) return content;
+        return BoxAt(content.substr(FieldsOf(box.type)), path.substr(slash + 1));
     }
     return {};
+}
+
+std::string BoxOf(std::string_view type, const std::string& content) {
+    return Big(content.size() + 8, 4).append(type) + content;
+}
+
+std::string WithContent(std::string_view bytes, std::string_view path, const std::string& content) {
+    const size_t slash = path.find('/');
+    std::string out;
+    bool isDone = false;
+    for (const Box& box : Boxes(bytes)) {
+        const std::string_view old = bytes.substr(box.content, box.end - box.content);
+        if (isDone || box.type != path.substr(0, slash)) {
+            out += bytes.substr(box.at, box.end - box.at);
+            continue;
+        }
+        isDone = true;
+        const size_t fields = FieldsOf(box.type);
+        out += BoxOf(box.type, slash == std::string_view::npos
+                                   ? content
+                                   : std::string(old.substr(0, fields)) +
+                                         WithContent(old.substr(fields), path.substr(slash + 1), content));
+    }
+    if (!isDone) throw std::runtime_error("there is no such box");
+    return out;
 }
 
 void EditMovie(const std::string& path, bool moovInFront, const std::string& tagc) {

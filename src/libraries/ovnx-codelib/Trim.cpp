@@ -21,7 +21,7 @@ static_assert(int{RemuxOk} == OVNX_MEDIA_OK && int{RemuxUnknownFormat} == OVNX_M
               int{RemuxDamaged} == OVNX_MEDIA_DAMAGED && int{RemuxOverLimit} == OVNX_MEDIA_OVER_LIMIT &&
               int{RemuxUnreadable} == OVNX_MEDIA_UNREADABLE && int{RemuxNoMemory} == OVNX_MEDIA_NO_MEMORY &&
               int{RemuxEmptyRange} == OVNX_MEDIA_EMPTY_RANGE && int{RemuxNoVideo} == OVNX_MEDIA_NO_VIDEO &&
-              int{RemuxUnwritable} == OVNX_MEDIA_UNWRITABLE);
+              int{RemuxUnwritable} == OVNX_MEDIA_UNWRITABLE && int{RemuxUnfaithful} == OVNX_MEDIA_UNFAITHFUL);
 
 // Throws for an empty text, one without a terminating zero, and one that is not Unicode.
 std::string TextOf(const wchar_t (&text)[kTextSize]) {
@@ -30,7 +30,7 @@ std::string TextOf(const wchar_t (&text)[kTextSize]) {
     return KXP::WideToUtf8({text, static_cast<size_t>(end - text)});
 }
 
-const RemuxBlock& BlockOf(const RemuxParams& params) {
+RemuxBlock& BlockOf(const RemuxParams& params) {
     if (params.version != 1 || params.kind != 1 || params.blockSize != sizeof(RemuxBlock) || !params.block ||
         params.block->version != 1)
         throw std::invalid_argument("not a record of this version");
@@ -46,7 +46,7 @@ int32_t CheckPlace(const KXP::NewFile& clip, const struct stat& source) {
     return isSource ? RemuxSameFile : RemuxOk;
 }
 
-int32_t TrimFile(const ovnxmedia::MediaLibrary& media, const RemuxBlock& block, const std::string& from,
+int32_t TrimFile(const ovnxmedia::MediaLibrary& media, RemuxBlock& block, const std::string& from,
                  const std::string& to) {
     struct stat source {};
     const KXP::FileDescriptor input = KXP::OpenForRead(from, source);
@@ -55,7 +55,8 @@ int32_t TrimFile(const ovnxmedia::MediaLibrary& media, const RemuxBlock& block, 
     KXP::NewFile clip(to, (source.st_mode & 0777) | S_IRUSR | S_IWUSR);
     if (!clip.IsOpen()) return RemuxUnwritable;
     if (const int32_t refusal = CheckPlace(clip, source)) return refusal;
-    const OvnxMediaRemuxRequest request{block.start, block.end, block.flags & RemuxAtKeyframe, nullptr, 0};
+    const OvnxMediaRemuxRequest request{block.start, block.end, block.flags & RemuxAtKeyframe,
+                                        nullptr,     0,         &block.leftOut};
     if (const int32_t failure = media.remux(input.get(), clip.descriptor().get(), &request)) return failure;
     return clip.PutOver(KXP::Durability::ContentAndName) ? RemuxOk : RemuxUnwritable;
 }
@@ -64,7 +65,7 @@ int32_t TrimFile(const ovnxmedia::MediaLibrary& media, const RemuxBlock& block, 
 
 int32_t Trim(const ovnxmedia::MediaLibrary& media, const RemuxParams& params) noexcept {
     try {
-        const RemuxBlock& block = BlockOf(params);
+        RemuxBlock& block = BlockOf(params);
         return TrimFile(media, block, TextOf(block.input), TextOf(block.output));
     } catch (const std::exception&) {
         return RemuxBadRecord;

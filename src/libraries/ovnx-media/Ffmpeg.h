@@ -1,6 +1,7 @@
 // FFmpeg's headers, owners for what it allocates, and what it keeps for the whole process.
 #pragma once
 
+#include <cstring>
 #include <memory>
 
 extern "C" {
@@ -30,6 +31,16 @@ struct IoFreed {
     void operator()(AVIOContext* io) const;
 };
 using IoOwner = std::unique_ptr<AVIOContext, IoFreed>;
+
+// The number in a member that FFmpeg declares as an enumeration and fills from the file, with whatever the
+// file says. It must not be loaded as the enumeration before it is known to be one of its values.
+template <typename Enumeration>
+int NumberOf(const Enumeration& member) {
+    static_assert(sizeof(member) == sizeof(int));
+    int number = 0;
+    std::memcpy(&number, &member, sizeof(number));
+    return number;
+}
 
 // All throw std::bad_alloc.
 PacketOwner MakePacket();

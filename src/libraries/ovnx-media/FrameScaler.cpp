@@ -28,14 +28,14 @@ bool IsFullRange(const AVFrame& frame) {
         case AV_PIX_FMT_YUVJ411P:
             return true;
         default:
-            return frame.color_range == AVCOL_RANGE_JPEG;
+            return NumberOf(frame.color_range) == AVCOL_RANGE_JPEG;
     }
 }
 
-// Where the video names no matrix, players choose one by its height.
+// Where the video names no matrix, or one that does not exist, players choose one by its height.
 int MatrixOf(const AVFrame& frame) {
-    if (frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RGB)
-        return frame.colorspace;
+    const int named = NumberOf(frame.colorspace);
+    if (named > AVCOL_SPC_RGB && named < AVCOL_SPC_NB && named != AVCOL_SPC_UNSPECIFIED) return named;
     return frame.height >= 720 ? SWS_CS_ITU709 : SWS_CS_ITU601;
 }
 

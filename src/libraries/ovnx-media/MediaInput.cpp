@@ -31,8 +31,8 @@ const char* DemuxerOf(std::string_view start) {
     return nullptr;
 }
 
-MediaInput::MediaInput(int fd, const Budget& budget, Limits limits)
-    : file_(fd), budget_(budget), limits_(limits) {
+MediaInput::MediaInput(int fd, const Budget& budget, Limits limits, Trust trust)
+    : file_(fd), budget_(budget), trust_(trust), limits_(limits) {
     PrepareFfmpeg();
     char start[kStartSize];
     const size_t got = file_.ReadAt(0, start, sizeof(start));
@@ -53,7 +53,11 @@ void MediaInput::Open(const char* demuxer) {
     format->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_NOPARSE;
     format->io_open = RefuseFile;
     format->max_streams = kMaxStreams;
-    const int result = avformat_open_input(&format, "", av_find_input_format(demuxer), nullptr);
+    AVDictionary* options = nullptr;
+    if (trust_ == Trust::OwnTables)
+        av_dict_parse_string(&options, "ignore_editlist=1:ignore_chapters=1", "=", ":", 0);
+    const int result = avformat_open_input(&format, "", av_find_input_format(demuxer), &options);
+    av_dict_free(&options);
     format_.reset(format);  // null after a failure
     Expect(result, "opening");
     inHead_ = false;
@@ -83,7 +87,7 @@ int MediaInput::ReadSome(uint8_t* buffer, int size) noexcept {
     if (file_.HasFailed()) failure_ = OVNX_MEDIA_UNREADABLE;
     if (file_.HasFailed()) return AVERROR(EIO);
     if (got == 0) return AVERROR_EOF;
-    if (inHead_ && !tally_.Take(static_cast<uint64_t>(position_), buffer, got)) {
+    if (inHead_ && trust_ == Trust::Nothing && !tally_.Take(static_cast<uint64_t>(position_), buffer, got)) {
         failure_ = OVNX_MEDIA_OVER_LIMIT;
         return AVERROR_EXIT;
     }

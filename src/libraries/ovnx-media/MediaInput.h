@@ -32,8 +32,12 @@ class MediaInput {
         uint64_t packets;
     };
 
+    // A file that this library has written is read by its tables alone, as they are: without a limit on
+    // samples, nor what edit lists and chapters make of them.
+    enum class Trust { Nothing, OwnTables };
+
     // Reads the head. Throws Failure; nothing is kept of the descriptor but its number.
-    MediaInput(int fd, const Budget& budget, Limits limits);
+    MediaInput(int fd, const Budget& budget, Limits limits, Trust trust = Trust::Nothing);
     MediaInput(const MediaInput&) = delete;
     MediaInput& operator=(const MediaInput&) = delete;
 
@@ -69,6 +73,7 @@ class MediaInput {
 
     SourceFile file_;
     const Budget& budget_;
+    const Trust trust_;
     Limits limits_;  // and no more bytes than the file has, apart from those read twice
     int64_t position_ = 0;
     uint64_t bytesRead_ = 0;

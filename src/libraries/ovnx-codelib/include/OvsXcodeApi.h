@@ -25,7 +25,8 @@ struct RemuxBlock {
     wchar_t input[kTextSize] = {};
     wchar_t output[kTextSize] = {};
     uint32_t flags = 0;  // of RemuxFlags
-    uint32_t reservedToo = 0;
+    uint32_t leftOut =
+        0;  // filled on success: how many tracks have nothing in the part, and are not in the clip
 };
 
 struct RemuxParams {
@@ -58,6 +59,7 @@ enum RemuxStatus : int32_t {
     RemuxEmptyRange = -7,
     RemuxNoVideo = -8,
     RemuxUnwritable = -10,
+    RemuxUnfaithful = -11,  // the clip was written and does not have what it should have of its source
     RemuxBadRecord = -20,
     RemuxSameFile = -21,        // the output is the input
     RemuxNoMediaLibrary = -22,  // the library with the codecs is missing or not open

@@ -34,7 +34,8 @@ enum OvnxMediaStatus {
     OVNX_MEDIA_NO_MEMORY = -6,
     OVNX_MEDIA_EMPTY_RANGE = -7, /* nothing lies between the two times */
     OVNX_MEDIA_NO_VIDEO = -8,    /* none of its tracks is a video */
-    OVNX_MEDIA_UNWRITABLE = -10  /* the output cannot be written */
+    OVNX_MEDIA_UNWRITABLE = -10, /* the output cannot be written */
+    OVNX_MEDIA_UNFAITHFUL = -11  /* the output was written and is not what it should be */
 };
 
 enum OvnxMediaKind {
@@ -92,13 +93,22 @@ struct OvnxMediaRemuxRequest {
     /* As in OvnxMediaRequest. */
     char* message;
     size_t messageSize;
+    /* Set on success to the number of tracks with nothing in that part, which the clip does not have. May be
+     * null. */
+    uint32_t* leftOut;
 };
 
-/* Copies that part of an MP4 file, without re-encoding, to `output`: an empty regular file, open for reading
- * and writing. Frames are copied from the last keyframe at or before the start, and an edit list makes
- * players show only the part. All video and audio tracks are copied, with their languages, dispositions,
- * rotation and colours, as is the content of moov/udta, byte for byte; the "moov" precedes the frames. The
- * output is not made durable, nor removed after a failure. Returns a status of enum OvnxMediaStatus.
+/* Copies that part of an MP4 file, whole or in fragments, without re-encoding, to `output`: an empty regular
+ * file, open for reading and writing. The clip starts with the frame that is shown at the start. Frames are
+ * copied from the last point on from which it can be decoded, and an edit list makes players show only the
+ * part. All tracks are copied, with their sample descriptions, names and languages, and what else describes
+ * the tracks, the movie and the file, byte for byte; chapters are moved to the times of the clip. The "moov"
+ * precedes the frames.
+ *
+ * The clip is opened again, and it is a failure when a track, a sample description, or the first or last
+ * sample of a track is not the source's. The output is not made durable, nor removed after a failure.
+ * Encrypted files, files that refer to others, and edit lists that change the speed are of unknown format.
+ * Returns a status of enum OvnxMediaStatus.
  */
 __attribute__((visibility("default"))) int32_t OvnxMediaRemux(int input, int output,
                                                               const struct OvnxMediaRemuxRequest* request);

@@ -40,6 +40,8 @@ const char* ReasonOf(int32_t value) {
             return "the source has no video track";
         case RemuxUnwritable:
             return "the clip cannot be written";
+        case RemuxUnfaithful:
+            return "the clip would not be true to its source";
         case RemuxBadRecord:
             return "a path is not valid";
         case RemuxSameFile:
@@ -95,6 +97,9 @@ int32_t Transcoder::TrimVideoFile(const std::string& input, const std::string& o
     ovsxcodeapi::RemuxParams params;
     params.block = block.get();
     const int32_t value = TrimVideoFile(params);
+    if (value == 0 && block->leftOut > 0)
+        KXP_LOG(KXP::LogMilestone, "left out of %s, with nothing in the range: %u of the tracks",
+                output.c_str(), block->leftOut);
     if (value == 0) return KXP::Code::kOk;
     KXP_LOG(KXP::LogFailure, "cannot cut %s into %s: %s", input.c_str(), output.c_str(), ReasonOf(value));
     KXP_LOG(KXP::LogFailure, "Error returned from OvsXcodeRemux transcode lib: %d", value);

@@ -6,7 +6,7 @@
 
 #include "OvnxMedia.h"
 #include "libraries/ovnx-media/Failure.h"
-#include "libraries/ovnx-media/Remux.h"
+#include "libraries/ovnx-media/cut/Remux.h"
 
 namespace {
 
@@ -27,8 +27,9 @@ int32_t Fail(const OvnxMediaRemuxRequest& request, int32_t status, const char* t
 extern "C" int32_t OvnxMediaRemux(int input, int output, const OvnxMediaRemuxRequest* request) {
     try {
         const bool atKeyframe = (request->flags & OVNX_MEDIA_REMUX_AT_KEYFRAME) != 0;
-        ovnxmedia::Remux(input, output, {request->start, request->end, atKeyframe},
-                         ovnxmedia::Budget(kLimit));
+        const uint32_t leftOut = ovnxmedia::Remux(input, output, {request->start, request->end, atKeyframe},
+                                                  ovnxmedia::Budget(kLimit));
+        if (request->leftOut) *request->leftOut = leftOut;
         return OVNX_MEDIA_OK;
     } catch (const ovnxmedia::Failure& failure) {
         return Fail(*request, failure.status(), failure.what());
