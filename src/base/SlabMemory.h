@@ -32,11 +32,11 @@ struct SlabAllocator {
 
     SlabAllocator() = default;
     template <typename U>
-    SlabAllocator(const SlabAllocator<U>&) noexcept {
-    }  // NOLINT(google-explicit-constructor): as the standard's
+    SlabAllocator(const SlabAllocator<U>&) noexcept {}
 
     T* allocate(size_t count) {
         static_assert(alignof(T) <= alignof(std::max_align_t));
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): T may be a pointer.
         return static_cast<T*>(AllocateInSlab(count * sizeof(T)));
     }
     void deallocate(T* block, size_t) noexcept { FreeInSlab(block); }
