@@ -79,7 +79,7 @@ constexpr Structure kStructures[] = {
     {"fragments", "movflags=frag_keyframe+empty_moov+default_base_moof"},
     {"fragments of half a second", "frag_duration=500000:movflags=delay_moov"},
     {"negative offsets", "movflags=negative_cts_offsets"},
-    {"moov of 64-bit places", "write_tmcd=0:movie_timescale=600"},
+    {"a coarse unit of the movie", "write_tmcd=0:movie_timescale=600"},
 };
 
 template <typename Row, size_t Count>
