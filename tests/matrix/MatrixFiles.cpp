@@ -22,14 +22,15 @@ struct VideoRow {
 constexpr VideoRow kVideos[] = {
     {"H.264 baseline", "libx264", "preset=ultrafast:profile=baseline", "yuv420p", 0},
     {"H.264 main", "libx264", "preset=veryfast:profile=main:x264-params=log=-1", "yuv420p", 2},
-    {"H.264 high, open groups", "libx264", "preset=veryfast:x264-params=open-gop=1;log=-1", "yuv420p", 3},
+    {"H.264 high, open groups", "libx264", "preset=veryfast:x264-params=open-gop=1\\:log=-1", "yuv420p", 3},
     {"H.264 high 10", "libx264", "preset=veryfast:profile=high10", "yuv420p10le", 2},
     {"H.264 high 4:4:4", "libx264", "preset=veryfast", "yuv444p", 2},
     {"H.264 gradual refresh", "libx264", "preset=veryfast:intra-refresh=1", "yuv420p", 0},
-    {"HEVC main, open groups", "libx265", "preset=ultrafast:x265-params=log-level=none;bframes=3;open-gop=1",
-     "yuv420p", 3},
-    {"HEVC main 10", "libx265", "preset=ultrafast:x265-params=log-level=none;bframes=2;open-gop=0",
-     "yuv420p10le", 2},
+    {"HEVC main, open groups", "libx265",
+     "preset=ultrafast:x265-params=log-level=none\\:pools=none\\:frame-threads=1\\:open-gop=1", "yuv420p", 3},
+    {"HEVC main 10", "libx265",
+     "preset=ultrafast:x265-params=log-level=none\\:pools=none\\:frame-threads=1\\:open-gop=0", "yuv420p10le",
+     2},
     {"AV1", "libaom-av1", "cpu-used=8:usage=realtime", "yuv420p", 0, kMp4},
     {"AV1 with hidden frames", "libaom-av1", "cpu-used=8:lag-in-frames=8", "yuv420p", 0, kMp4},
     {"VP9", "libvpx-vp9", "cpu-used=8:deadline=realtime", "yuv420p", 0, kMp4},
@@ -78,7 +79,7 @@ constexpr Structure kStructures[] = {
     {"fragments", "movflags=frag_keyframe+empty_moov+default_base_moof"},
     {"fragments of half a second", "frag_duration=500000:movflags=delay_moov"},
     {"negative offsets", "movflags=negative_cts_offsets"},
-    {"moov of 64-bit places", "write_tmcd=0:movie_timescale=600"},
+    {"a coarse unit of the movie", "write_tmcd=0:movie_timescale=600"},
 };
 
 template <typename Row, size_t Count>
@@ -115,7 +116,6 @@ File FileOf(unsigned number, std::mt19937& random) {
     made::VariedVideo& video = file.video;
     video.encoder = row.encoder;
     video.options = row.options;
-    std::replace(video.options.begin(), video.options.end(), ';', '\x1f');
     video.pixels = row.pixels;
     video.bFrames = row.bFrames;
     video.seed = static_cast<uint32_t>(random());

@@ -98,6 +98,8 @@ class Player {
         Expect(avcodec_parameters_to_context(codec_.get(), stream.codecpar) >= 0, "parameters");
         codec_->pkt_timebase = stream.time_base;
         codec_->thread_count = 1;
+        // As players do: what is not whole is at most hidden.
+        codec_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
         // Where a decoder makes noise, the same for the same packet.
         av_opt_set_int(codec_.get(), "cons_noisegen", 1, AV_OPT_SEARCH_CHILDREN);
         Expect(avcodec_open2(codec_.get(), nullptr, nullptr) >= 0, "decoder");

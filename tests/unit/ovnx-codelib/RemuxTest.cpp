@@ -1,5 +1,6 @@
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <numeric>
 #include <random>
 #include <set>
@@ -193,6 +194,40 @@ TEST_F(RemuxTest, CutsAcrossEdits) {
     ASSERT_EQ(shown, expected);
     ASSERT_EQ(library_.Remux(source, clip_, 5.0 / kFps, 25.0 / kFps), 0);
     EXPECT_EQ(NumbersOf(made::Decode(clip_)), std::vector<int>(expected.begin() + 5, expected.begin() + 25));
+}
+
+std::string Big(uint64_t value, size_t size) {
+    std::string bytes;
+    while (size-- > 0)
+        bytes += static_cast<char>(value >> 8 * size);
+    return bytes;
+}
+
+// Most of the file is a hole.
+TEST_F(RemuxTest, CutsFromFarBehindInALargeFile) {
+    constexpr uint64_t kHole = uint64_t{5} << 30;
+    made::Video video;
+    video.audioLanguages = {};
+    Put(video);
+    std::string bytes = folder_.Read("source.mp4");
+    const char* const path = "moov/trak/mdia/minf/stbl/stco";
+    const std::string places(made::BoxAt(bytes, path));
+    std::string far = places.substr(0, 8);
+    for (size_t at = 8; at < places.size(); at += 4) {
+        uint64_t place = 0;
+        for (const char each : places.substr(at, 4))
+            place = place << 8 | static_cast<unsigned char>(each);
+        far += Big(place + kHole, 8);
+    }
+    bytes = made::WithContent(bytes, path, far);
+    bytes.replace(bytes.rfind("stco"), 4, "co64");
+    const size_t start = made::Boxes(bytes).front().end;
+    folder_.Write("source.mp4", bytes.substr(0, start) + Big(1, 4) + "free" + Big(kHole, 8));
+    std::fstream file(folder_ / "source.mp4", std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(static_cast<std::streamoff>(start + kHole)) << bytes.substr(start) << std::flush;
+    ASSERT_TRUE(file.good());
+    ASSERT_EQ(library_.Remux(folder_ / "source.mp4", clip_, 20.0 / kFps, 40.0 / kFps), 0);
+    EXPECT_EQ(NumbersOf(made::Decode(clip_)), Range(20, 40));
 }
 
 // The picture becomes whole bit by bit, column by column, again and again.

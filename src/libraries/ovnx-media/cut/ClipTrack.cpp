@@ -123,12 +123,8 @@ class TrackCutter {
     }
 
     void Collect() {
-        const Sample& start = samples_[first_];
         for (size_t i = first_; i <= last_; ++i) {
-            // Pictures that precede the first one but are stored after it refer to what is not in the clip.
-            const bool isLeading =
-                i > first_ && first_ > 0 && track_.IsVideo() && samples_[i].shown < start.shown;
-            if (isLeading) continue;
+            if (IsUseless(i)) continue;
             result_.samples.push_back(samples_[i]);
             if (IsPassedOver(i)) result_.samples.back().isSync = false;
         }
@@ -138,6 +134,13 @@ class TrackCutter {
             TrimLastRun(result_.samples.back());
         }
         if (track_.IsText()) TrimTexts(result_.samples.front(), result_.samples.back());
+    }
+
+    // Pictures that precede the first one but are stored after it refer to what is not in the clip.
+    bool IsUseless(size_t sample) const {
+        return sample > first_ && first_ > 0 && track_.IsVideo() &&
+               samples_[sample].shown < samples_[first_].shown &&
+               !RandomAccess(track_, file_, budget_).IsCounted(sample);
     }
 
     // Players would begin at any later keyframe, also where decoding from there does not show the frame

@@ -1,7 +1,6 @@
 #include "libraries/ovnx-media/cut/RandomAccess.h"
 
 #include "libraries/media-bytes/ByteView.h"
-#include "libraries/ovnx-media/cut/AccessUnit.h"
 
 namespace ovnxmedia {
 namespace {
@@ -28,8 +27,8 @@ RandomAccess::Point RandomAccess::GroupPointAt(const Sample& sample) const {
     return {};
 }
 
-bool RandomAccess::ReadPoint(const Sample& sample, Point& point) {
-    const NalFormat format = NalFormatOf(track_.EntryType(sample.entry), track_.Entry(sample.entry));
+bool RandomAccess::ReadPoint(const Sample& sample, Point& point) const {
+    const NalFormat format = FormatOf(sample);
     if (format.coding == NalCoding::Other) return false;
     const AccessUnit unit = ReadAccessUnit(file_, sample, format);
     if (unit.isRefresh)
@@ -41,7 +40,7 @@ bool RandomAccess::ReadPoint(const Sample& sample, Point& point) {
     return true;
 }
 
-RandomAccess::Point RandomAccess::PointAt(size_t index) {
+RandomAccess::Point RandomAccess::PointAt(size_t index) const {
     const Sample& sample = track_.table.samples[index];
     Point point = GroupPointAt(sample);
     const bool isNamed = sample.isSync || point.kind != Kind::None;
@@ -51,20 +50,30 @@ RandomAccess::Point RandomAccess::PointAt(size_t index) {
     return {sample.isSync ? Kind::Whole : Kind::None, 0};
 }
 
-bool RandomAccess::IsWholeBy(size_t start, uint32_t pictures, size_t wanted) {
+bool RandomAccess::IsWholeBy(size_t start, uint32_t pictures, size_t wanted) const {
     const std::vector<Sample>& samples = track_.table.samples;
     if (pictures > kMostPictures) return false;
     size_t at = start;
     while (pictures > 0 && ++at <= wanted) {
         const Sample& sample = samples[at];
-        const NalFormat format = NalFormatOf(track_.EntryType(sample.entry), track_.Entry(sample.entry));
+        const NalFormat format = FormatOf(sample);
         if (format.coding == NalCoding::Other || ReadAccessUnit(file_, sample, format).isReference)
             --pictures;
     }
     return at <= wanted && samples[at].shown <= samples[wanted].shown;
 }
 
-size_t RandomAccess::StartFor(size_t wanted) {
+NalFormat RandomAccess::FormatOf(const Sample& sample) const {
+    return NalFormatOf(track_.EntryType(sample.entry), track_.Entry(sample.entry));
+}
+
+bool RandomAccess::IsCounted(size_t index) const {
+    const Sample& sample = track_.table.samples[index];
+    const NalFormat format = FormatOf(sample);
+    return format.coding == NalCoding::H264 && ReadAccessUnit(file_, sample, format).isReference;
+}
+
+size_t RandomAccess::StartFor(size_t wanted) const {
     const std::vector<Sample>& samples = track_.table.samples;
     int refreshes = 0;
     for (size_t at = wanted + 1; at-- > 0;) {

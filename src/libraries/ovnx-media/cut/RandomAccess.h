@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "libraries/ovnx-media/SourceFile.h"
+#include "libraries/ovnx-media/cut/AccessUnit.h"
 #include "libraries/ovnx-media/cut/SourceMovie.h"
 
 namespace ovnxmedia {
@@ -16,7 +17,10 @@ class RandomAccess {
 
     // The last sample from which on everything has to be decoded for `wanted` to be shown as it is in the
     // source; the first of the track when none is known. Both are indices of the table.
-    size_t StartFor(size_t wanted);
+    size_t StartFor(size_t wanted) const;
+
+    // Whether decoders count the picture, and would look for it if it were missing.
+    bool IsCounted(size_t sample) const;
 
   private:
     // How the pictures after a point become whole.
@@ -26,11 +30,12 @@ class RandomAccess {
         uint32_t pictures = 0;  // after so many, if they become so gradually
     };
 
-    Point PointAt(size_t sample);
+    Point PointAt(size_t sample) const;
     Point GroupPointAt(const Sample& sample) const;
     // False where nothing more is known of the coding.
-    bool ReadPoint(const Sample& sample, Point& point);
-    bool IsWholeBy(size_t start, uint32_t pictures, size_t wanted);
+    bool ReadPoint(const Sample& sample, Point& point) const;
+    bool IsWholeBy(size_t start, uint32_t pictures, size_t wanted) const;
+    NalFormat FormatOf(const Sample& sample) const;
 
     const SourceTrack& track_;
     SourceFile& file_;
