@@ -6,55 +6,14 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "plugin-modules/Gallery/src/media/JpegWalk.h"
 #include "plugin-modules/Gallery/src/media/Mp4Header.h"
-#include "plugin-modules/Gallery/src/media/Mp4Walk.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 #include "plugin-modules/Gallery/src/media/XMPMeta.h"
-#include "sample-captures/JpegImage.h"
 #include "tests/support/CaptureBytes.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
-
-using samples::Mp4Box;
-using samples::U32;
-using samples::U64;
-
-media::SniffResult Walk(int32_t (*walk)(media::ByteCursor&, media::SniffResult&), const std::string& bytes) {
-    media::MemorySource source(bytes);
-    media::ByteCursor cursor(source);
-    media::SniffResult result;
-    walk(cursor, result);
-    return result;
-}
-
-TEST(Walks, SayWhatIsWrongWithAFile) {
-    samples::ExifTexts longName;
-    longName.drsName = std::string(513, 'x');
-    samples::ExifTexts longProfile;
-    longProfile.drsProfileName = longName.drsName;
-    const struct {
-        int32_t (*walk)(media::ByteCursor&, media::SniffResult&);
-        std::string bytes;
-        const char* finding;
-    } cases[] = {
-        {media::WalkMp4, U32(7) + "moov", "Malformed MP4 file. Box size less than header overhead."},
-        {media::WalkMp4, U32(1) + "mdat" + U64(15),
-         "Malformed MP4 file. Box size less than header overhead with ext size."},
-        {media::WalkMp4, U32(1) + "mdat", "Failed to read from MP4 file."},
-        {media::WalkMp4, Mp4Box("tagc", ""), "Failed to read box data from MP4 file."},
-        {media::WalkJpeg, samples::JpegImage(8, 8, {}, longName), "CheckIfZv: DRSName is way too big!"},
-        {media::WalkJpeg, samples::JpegImage(8, 8, {}, longProfile),
-         "CheckIfZv: DRSProfileName is way too big!"},
-    };
-    for (const auto& [walk, bytes, finding] : cases) {
-        const media::SniffResult result = Walk(walk, bytes);
-        ASSERT_EQ(result.findings.size(), 1u) << finding;
-        EXPECT_STREQ(result.findings[0], finding);
-    }
-}
 
 TEST(XMPMeta, IsNoParserOfXml) {
     const auto content = [](const std::string& text, const std::vector<const char*>& tags) {

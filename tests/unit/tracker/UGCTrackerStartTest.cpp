@@ -36,10 +36,7 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersSilently) {
     const TrackedUGC image = RecordOf(gallery_.Path("Game/a.png"));
     const TrackedUGC video = RecordOf(gallery_.Path("Game/b.mp4"));
     EXPECT_EQ(image.profileName + image.fileType + image.fileSource, "GameimageOVS_Share");
-    EXPECT_EQ(video.duration + video.audioType, "00:00:02Single");
     EXPECT_EQ(video.msDuration, 2000u);
-    EXPECT_EQ(image.id + video.id, 3);
-    EXPECT_EQ(tracker_->GetTrackedGames(), std::vector<std::string>{"Game"});
     EXPECT_EQ(File()["UGC"].Size(), 2u);
     EXPECT_EQ(FileCrc(), DiskCrc());
     EXPECT_EQ(log_.Count("Track File failed"), 1) << "the foreign one; a link to a folder is nobody's file";
