@@ -165,6 +165,8 @@ TEST_F(DrivesTest, VolumesWithoutADiskCountWhereTheUsersFoldersAre) {
     ASSERT_TRUE(ReadMountTable("/proc/self/mountinfo", entries));
     const MountEntry* const here = MountOfPath(entries, files_.path());
     ASSERT_NE(here, nullptr);
+    EXPECT_TRUE(IsVolumeLocal("/proc/self"));
+    EXPECT_FALSE(IsVolumeLocal(files_ / "missing"));
     const std::pair<const char*, const char*> rows[] = {
         {"zfs rpool/home", "fixed"},   {"virtiofs host", "fixed"},  {"fuse /dev/fuse", "fixed"},
         {"fuse.encfs encfs", "fixed"}, {"tmpfs tmpfs", "reserved"}, {"nfs4 server:/home", "network"}};
@@ -181,15 +183,6 @@ TEST_F(DrivesTest, VolumesWithoutADiskCountWhereTheUsersFoldersAre) {
         EXPECT_EQ(drives.at("/here"), word) << volume;
         EXPECT_NE(drives.at("/there"), "fixed") << volume;
     }
-}
-
-TEST_F(DrivesTest, ListsThisMachine) {
-    std::map<std::string, std::string> drives = {{"old", ""}};
-    EXPECT_EQ(EnumDrives({}, drives), 0);
-    EXPECT_EQ(drives.count("old"), 0u);
-    EXPECT_EQ(drives.at("/proc"), "reserved");
-    EXPECT_TRUE(IsVolumeLocal("/proc/self"));
-    EXPECT_FALSE(IsVolumeLocal(files_ / "missing"));
 }
 
 TEST_F(DrivesTest, OneThreadAtATimeUsesLibudev) {

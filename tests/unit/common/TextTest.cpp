@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "common/files/DirUtil.h"
 #include "common/results/Exception.h"
 #include "common/text/Base64.h"
 #include "common/text/SafeString.h"
@@ -31,16 +30,6 @@ TEST(Base64, IsDecodedStrictly) {
     }
     for (const char* text : {"Zg", "Zh==", "Z===", "Zg==Zg==", "Zm9v\n", "Zm_9"})
         EXPECT_FALSE(DecodeBase64(text, bytes)) << text;
-}
-
-TEST(Exception, EveryExceptionEndsInAValueWithBothNumbersInHexadecimal) {
-    EXPECT_EQ(Thrown([] {
-                  CreateDirectoryPath({"/dev/null", "below"});
-              }),
-              "0x80004005[14]: ERROR: Unable to create folder");
-    EXPECT_EQ(Thrown([] { throw JSONFieldError("field"); }), "0x8008f001[0]: field");
-    EXPECT_EQ(Thrown([] { throw std::runtime_error("other"); }), "0x8000ffff[0]: other");
-    EXPECT_EQ(Thrown([] { throw 5; }), "0x8000ffff[0]: Success");
 }
 
 TEST(SafeString, ACopyThatDoesNotFitIsCutOrRefused) {

@@ -75,7 +75,6 @@ TEST_F(HubTest, EveryNotificationHasItsNameAndPayload) {
         notify();
         EXPECT_EQ(module_.TakeSent(), expected + "|");
     }
-    EXPECT_TRUE(log_.HasLine(2, "NotifyTrackerUpdate::TrackerUpdateInProgress"));
     module_.accepts = false;
     hub_.NotifyGalleryIsFull(true);
     EXPECT_TRUE(log_.HasLine(1, "Unable to send JSON notification"));

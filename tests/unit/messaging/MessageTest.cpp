@@ -49,17 +49,6 @@ TEST(Message, RefusesWhatIsNoEnvelope) {
     }
 }
 
-TEST(Message, ReadsAnEnvelopeWithDefaultsForTheRest) {
-    const auto message = Message::CreateMessage(
-        R"({"system":"a","module":"b","method":"c","uniqueid":"d","source_system":5,"type":"x"})");
-    EXPECT_EQ(KXP::WriteJSONToString(message->payload()), "{}");
-    EXPECT_TRUE(message->has_source_system());
-    EXPECT_STREQ(message->source_system(), "");
-    EXPECT_FALSE(message->has_type());
-    EXPECT_EQ(KXP::ToStr(Message::GetReturnValue(*message)), "0x00000000[0]: Success");
-    EXPECT_STREQ(Message::CreateResponse(*message)->target_system(), "");
-}
-
 TEST(Message, AResponseGoesBackWhereTheRequestCameFrom) {
     const auto request = Message::CreateRequest("sys", "mod", "Do", "from", "page", R"({"a":1})");
     const auto response = Message::CreateResponse(*request);

@@ -73,13 +73,7 @@ void* ScarceNew(size_t size) {
 }
 }
 
-// The standard library's own uses; a sanitizer has its operator new in this program, which cannot be
-// replaced.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define HAS_SANITIZER 1
-#endif
-#endif
+// The standard library's own uses.
 #if !defined(HAS_SANITIZER)
 void* operator new(size_t size) {
     void* const block = Fails() ? nullptr : RealMalloc(size > 0 ? size : 1);

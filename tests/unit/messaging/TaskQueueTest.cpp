@@ -95,26 +95,6 @@ TEST(TaskQueue, AStalledTaskHoldsTheStopForASecondAtMost) {
     EXPECT_EQ(course.destroyed.Get(), 1);
 }
 
-TEST(TaskQueue, APendingTaskStaysUntilItIsFinished) {
-    LogCapture log;
-    FakeClock clock;
-    TaskQueue queue("test", clock);
-    Course course;
-    queue.ExecuteTask(new TestTask("later", course, Pend), queue.Now());
-    for (int i = 0; i < 3; ++i)
-        ASSERT_TRUE(queue.Step());
-    queue.FinishAsync("unknown");
-    ASSERT_TRUE(queue.Step());
-    EXPECT_TRUE(log.HasLine(1, "Could not find async task [unknown]"));
-    EXPECT_EQ(course.finished.Get() + course.destroyed.Get(), 0);
-    queue.FinishAsync("later");
-    ASSERT_TRUE(queue.Step());
-    EXPECT_EQ(course.finished.Get(), 1);
-    EXPECT_EQ(course.destroyed.Get(), 1);
-    EXPECT_THROW(queue.ExecuteTask(nullptr, queue.Now()), KXP::Exception);
-    EXPECT_TRUE(log.HasLine(1, "NULL task passed in"));
-}
-
 TEST(TaskQueue, TwoTasksOfOneNameEachFinishOnce) {
     TaskQueue queue("test");
     queue.Start();

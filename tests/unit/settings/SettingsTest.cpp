@@ -93,25 +93,20 @@ TEST_F(SettingsTest, ReadsValuesAndGalleriesOfEitherLayout) {
         EXPECT_EQ(folder_.Has("Videos/ZORVEX/Ovirastream"), gallery == gallery_) << members;
         EXPECT_NE(settings.GetTotalDiskSpaceMB(), 0x7FFFFFFFu) << "that of the volume of a missing folder";
     }
-    EXPECT_TRUE(log_.HasLine(1, "Gallery folder /gone is missing, using the default folder"));
 }
 
 TEST_F(SettingsTest, SetsAGalleryThatCanBeMadeAndMeasured) {
     Settings settings;
     const std::string made = folder_ / "made/new";
     EXPECT_TRUE(settings.SetUserGalleryPath(made));
-    EXPECT_TRUE(log_.HasLine(1, "Gallery directory does not exist, create one"));
     EXPECT_TRUE(folder_.Has("made/new"));
     EXPECT_EQ(folder_.Read(file_), DefaultText());
     const std::string file = folder_.Write("file", "");
     for (const std::string& path : {std::string(), std::string("."), made + std::string("\0x", 2), file}) {
-        log_.Clear();
         EXPECT_FALSE(settings.SetUserGalleryPath(path)) << path;
-        EXPECT_TRUE(log_.HasLine(1, "Failed to get drive space to adjust cap"));
         EXPECT_EQ(settings.GetTotalDiskSpaceMB(), 0x7FFFFFFFu);
         EXPECT_EQ(settings.GetUserGalleryPath(), made);
         EXPECT_FALSE(settings.SetTempFolder(path));
-        EXPECT_TRUE(log_.HasLine(1, "Can not set temp directory to non-existant path"));
     }
     EXPECT_TRUE(settings.SetTempFolder(made));
     std::filesystem::remove_all(folder_ / "made");

@@ -90,14 +90,4 @@ TEST(Highlight, GoesThroughJsonInItsOrder) {
     EXPECT_EQ(KXP::WriteJSONToString(out), text);
 }
 
-TEST(Highlight, LacksNothingWhereTheMessageDoes) {
-    KXP::Document document;
-    ASSERT_FALSE(KXP::ParseJSON(R"({"id":"7","type":"film","app":[]})", document).IsError());
-    Highlight highlight;
-    highlight.SetId(1);
-    Highlight::ParseHighlightJSON(highlight, document);
-    EXPECT_EQ(highlight.GetId(), 0);
-    EXPECT_EQ(highlight.GetMessageBusRefid(), std::string(1, '\0')) << "as every reference ends";
-}
-
 }  // namespace

@@ -175,20 +175,6 @@ TEST_P(FileWatcherTest, WhatIsThereIsKnown) {
     EXPECT_EQ(told_.Count("+" + added), 2);
 }
 
-TEST_P(FileWatcherTest, FoldersMoveWithTheirContent) {
-    folder_.Write("outside/deep/a.png", "x");
-    Watch();
-    fs::rename(folder_ / "outside", At("In"));
-    EXPECT_TRUE(told_.WaitForFiles({At("In/deep/a.png")}));
-    EXPECT_EQ(told_.Count("+" + At("In")), 1);
-    fs::rename(At("In"), At("On"));
-    EXPECT_TRUE(told_.WaitForFiles({At("On/deep/a.png")}));
-    const std::string later = Write("On/deep/b.png");
-    EXPECT_TRUE(told_.WaitForFiles({At("On/deep/a.png"), later}));
-    fs::rename(At("On"), folder_ / "outside");
-    EXPECT_TRUE(told_.WaitForFiles({}));
-}
-
 // Who is told of a folder looks into it, and so knows of files that the watcher still waits for.
 TEST_P(FileWatcherTest, YoungFilesGoWithAFolderThatIsReplaced) {
     options_.window = milliseconds(300);

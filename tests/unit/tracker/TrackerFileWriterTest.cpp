@@ -76,4 +76,18 @@ TEST(TrackerFileWriter, TheTextIsTheSameHoweverMuchOfItIsWritten) {
     EXPECT_GT(pieces, 50);
 }
 
+// As in a file that somebody has edited.
+TEST(RecordStore, AllRecordsOfAPathGoTogether) {
+    RecordStore store;
+    for (const int id : {3, 1, 2}) {
+        TrackedUGC record = Record(id);
+        record.path = Record(id > 1 ? 3 : 1).path;
+        store.Track(std::make_shared<TrackedUGC>(record));
+    }
+    EXPECT_EQ(store.FindByPath(Record(3).path)->id, 3) << "the first";
+    EXPECT_EQ(store.Remove({Record(3).path}).records.size(), 2u);
+    EXPECT_EQ(store.Snapshot().size(), 1u);
+    EXPECT_EQ(store.games().size(), 1u);
+}
+
 }  // namespace

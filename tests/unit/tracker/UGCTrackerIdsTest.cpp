@@ -34,22 +34,6 @@ TEST_F(UGCTrackerTest, AToldIdIsTakenOnlyIfItIsFree) {
     EXPECT_EQ(tracker_->GetGameUGC("Game").size(), ids.size() - 1) << "none hides another";
 }
 
-TEST_F(UGCTrackerTest, AToldIdIsNotGivenAgain) {
-    OpenSettled();
-    const std::string a = gallery_.AddHighlight("Game/a.mp4");
-    Track(a);
-    Highlight highlight;
-    highlight.SetId(2);
-    tracker_->Announce(a, {true, false, highlight});
-    RunDue();
-    ASSERT_EQ(Records(), "2 a.mp4;");
-    gallery_.Remove("Game/a.mp4");
-    tracker_->UntrackFile(a);
-    RunDue();
-    Track(gallery_.AddImage("Game/b.png"));
-    EXPECT_EQ(Records(), "3 b.png;");
-}
-
 // Hangs in NewId, with the tracker's mutex held.
 TEST_F(UGCTrackerTest, AfterTheLastIdTheLowestFreeOneIsGiven) {
     OpenSettled();
@@ -63,20 +47,6 @@ TEST_F(UGCTrackerTest, AfterTheLastIdTheLowestFreeOneIsGiven) {
         tracker_->EnqueuePendingHighlight(highlight);
     }
     EXPECT_EQ(highlight.GetId(), 2);
-}
-
-TEST_F(UGCTrackerTest, ALastIdBelowZeroIsNone) {
-    OpenSettled();
-    Track(gallery_.AddImage("Game/a.png"));
-    tracker_.reset();
-    std::string text = gallery_.home().Read(gallery_.ShareFile("UGCTracker.json"));
-    for (const char* name : {"\"id\": ", "\"lastUGCIdUsed\": "}) {
-        const std::string from = std::string(name) + "1";
-        text.replace(text.find(from), from.size(), std::string(name) + "-1");
-    }
-    gallery_.home().Write(gallery_.ShareFile("UGCTracker.json"), text);
-    OpenSettled();
-    EXPECT_EQ(IdsOfGame(), "1 ");
 }
 
 TEST_F(UGCTrackerTest, TheIdOfAHighlightInFlightStaysItsOwn) {
@@ -106,20 +76,26 @@ TEST_F(UGCTrackerTest, TheIdOfAHighlightInFlightStaysItsOwn) {
     EXPECT_EQ(Records(), "1 a.png;3 b.mp4;5 c.png;");
 }
 
-TEST_F(UGCTrackerTest, DoubledIdsInTheFileAreMended) {
+// In a file that somebody has edited.
+TEST_F(UGCTrackerTest, WrongAndDoubledIdsAreMended) {
     for (const char* name : {"Game/1.png", "Game/2.png", "Other/3.png", "Other/4.png"}) {
         if (!tracker_) OpenSettled();
         Track(gallery_.AddImage(name));
     }
     tracker_.reset();
-    std::string text = gallery_.home().Read(gallery_.ShareFile("UGCTracker.json"));
-    for (const char* id : {"2", "3", "4"})
-        text.replace(text.find(std::string("\"id\": ") + id) + 6, 1, *id == '4' ? "0" : "1");
-    gallery_.home().Write(gallery_.ShareFile("UGCTracker.json"), text);
-    log_.Clear();
-    OpenSettled();
-    EXPECT_FALSE(log_.Has("rebuilding"));
-    EXPECT_EQ(IdsOfGame() + Ids(tracker_->GetGameUGC("Other")), "5 1 7 6 ");
+    const std::string good = gallery_.home().Read(gallery_.ShareFile("UGCTracker.json"));
+    for (const auto& [last, ids] : {std::pair("4", "5 1 7 6 "), {"-1", "2 1 4 3 "}}) {
+        tracker_.reset();
+        std::string text = good;
+        for (const char* id : {"2", "3", "4"})
+            text.replace(text.find(std::string("\"id\": ") + id) + 6, 1, *id == '4' ? "0" : "1");
+        text.replace(text.find("Used\": ") + 7, 1, last);
+        gallery_.home().Write(gallery_.ShareFile("UGCTracker.json"), text);
+        log_.Clear();
+        OpenSettled();
+        EXPECT_FALSE(log_.Has("rebuilding"));
+        EXPECT_EQ(IdsOfGame() + Ids(tracker_->GetGameUGC("Other")), ids);
+    }
 }
 
 }  // namespace
