@@ -15,12 +15,13 @@ import {
 import { tmpdir } from "node:os";
 import { dirname, join, resolve } from "node:path";
 import { createInterface } from "node:readline";
-import { test } from "node:test";
+import { after, before, test } from "node:test";
 import {
     chromium,
     type Browser,
     type BrowserContext,
     type BrowserContextOptions,
+    type Locator,
     type Page,
 } from "playwright-core";
 
@@ -40,6 +41,9 @@ export class Site {
     launch = "";
     /** KiB; the server cannot write beyond this, as on a full drive. */
     largestFile: number | "unlimited" = "unlimited";
+    /** With more arguments for the server. */
+    constructor(private readonly more: string[] = []) {}
+
     private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
 
     get gallery(): string {
@@ -92,12 +96,12 @@ export class Site {
         return join(this.home, ".local/share/ZORVEX/OvirastreamX/Share/PagePreferences.json");
     }
 
-    /** Starts the server, with more arguments; again on the same port, where browsers are unknown to it. */
-    async start(...more: string[]): Promise<void> {
+    /** Starts the server; again on the same port, where browsers are unknown to it. */
+    async start(): Promise<void> {
         await this.end();
         this.known = null;
         const port = this.launch === "" ? "0" : new URL(this.launch).port;
-        const server = this.run(["page", "--no-open", "--port", port, ...more]);
+        const server = this.run(["page", "--no-open", "--port", port, ...this.more]);
         const [line] = (await once(createInterface(server.stdout!), "line")) as [string];
         this.launch = line.trim();
     }
@@ -163,6 +167,24 @@ export async function startBrowser(): Promise<void> {
 export async function stopBrowser(): Promise<void> {
     await browser?.close();
 }
+
+/** Fills the sites, and has them and the browser running for the tests of a file. */
+export function serving(sites: Site[], fill: () => void): void {
+    before(async () => {
+        fill();
+        await Promise.all([startBrowser(), ...sites.map((site) => site.start())]);
+    });
+    after(async () => {
+        await stopBrowser();
+        await Promise.all(sites.map((site) => site.stop()));
+    });
+}
+
+export const cell = (page: Page, title: string): Locator =>
+    page.getByRole("gridcell", { name: `${title}, ` });
+export const button = (page: Page, name: string): Locator => page.getByRole("button", { name, exact: true });
+export const focusOn = (page: Page, title: string): Promise<unknown> =>
+    page.waitForFunction((name) => document.activeElement?.ariaLabel?.startsWith(`${name}, `), title);
 
 const desktop: BrowserContextOptions = { viewport: { width: 1920, height: 1080 }, locale: "en-GB" };
 
