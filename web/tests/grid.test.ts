@@ -1,7 +1,6 @@
 // The grid in a browser, on a gallery of real captures.
 import assert from "node:assert/strict";
-import { readFileSync, rmSync, writeFileSync } from "node:fs";
-import { join } from "node:path";
+import { rmSync } from "node:fs";
 import type { Locator, Page, Request } from "playwright-core";
 import { cell, expectAccessible, focusOn, pageTest, serving, Site } from "./gallery.js";
 
@@ -151,15 +150,11 @@ pageTest("the keyboard reaches and selects every capture", site, async (page) =>
 
 pageTest("a broken file says so in its cell, and can be tried again", site, async (page) => {
     await loaded(page, LAPS + SAMPLES);
-    const good = readFileSync(join(site.gallery, "Rustwind Rally/Start line.png"));
-    const broken = Buffer.from(good);
-    // The pixels are gone, and what makes it a capture is left.
-    broken.fill(0x55, broken.indexOf("IDAT") + 4, broken.indexOf("IEND") - 8);
-    const path = site.addBytes("Laps/Broken.png", LAPS + 2, broken);
+    const { path, mend } = site.addBroken("Laps/Broken.png", LAPS + 2);
     const found = page.getByRole("gridcell", { name: /^Broken, .*, cannot be shown$/ });
     await found.getByRole("button", { name: "Open folder" }).waitFor();
     await expectAccessible(page);
-    writeFileSync(path, good);
+    mend();
     await found.getByRole("button", { name: "Retry" }).click();
     await cell(page, "Broken").locator("img").waitFor();
     rmSync(path);

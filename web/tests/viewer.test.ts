@@ -1,7 +1,6 @@
 // Looking at one capture, writing its caption, cutting it: in a browser, on real captures.
 import assert from "node:assert/strict";
-import { readFileSync, rmSync, writeFileSync } from "node:fs";
-import { join } from "node:path";
+import { rmSync } from "node:fs";
 import { isDeepStrictEqual } from "node:util";
 import type { Locator, Page } from "playwright-core";
 import { button, cell, expectAccessible, focusOn, pageTest, serving, Site } from "./gallery.js";
@@ -28,6 +27,11 @@ async function open(page: Page, title: string): Promise<Locator> {
     return viewer(page, title);
 }
 
+const PICTURE = ".frame img:not(.preview)";
+
+const shown = (page: Page, image: string): Promise<unknown> =>
+    page.waitForFunction((found) => document.querySelector<HTMLImageElement>(found)?.naturalWidth, image);
+
 /** The number that the frame shows, in binary. */
 const shownFrame = (page: Page): Promise<number> =>
     page.evaluate(async () => {
@@ -41,11 +45,15 @@ const shownFrame = (page: Page): Promise<number> =>
         return [...Array(12).keys()].reduce((bits, place) => 2 * bits + (data[4 * place]! > 128 ? 1 : 0), 0);
     });
 
-async function expectFrame(page: Page, frame: number): Promise<void> {
-    for (let look = 0; look < 600 && (await shownFrame(page)) !== frame; ++look)
+/** Waits for what the frames to come will show. */
+async function becomes<T>(page: Page, read: () => Promise<T>, wanted: T): Promise<void> {
+    for (let frame = 0; frame < 600 && !isDeepStrictEqual(await read(), wanted); ++frame)
         await page.evaluate(() => new Promise(requestAnimationFrame));
-    assert.equal(await shownFrame(page), frame);
+    assert.deepEqual(await read(), wanted);
 }
+
+const expectFrame = (page: Page, frame: number): Promise<void> =>
+    becomes(page, () => shownFrame(page), frame);
 
 pageTest("the viewer leads through the captures and back to the cell of the last one", site, async (page) => {
     await cell(page, "Lap 59").focus();
@@ -77,19 +85,10 @@ pageTest("the viewer leads through the captures and back to the cell of the last
     assert.equal(await page.evaluate(() => history.length), entries + 1);
 });
 
-/** Waits for what the frames to come will show. */
-async function becomes<T>(page: Page, read: () => Promise<T>, wanted: T): Promise<void> {
-    for (let frame = 0; frame < 300 && !isDeepStrictEqual(await read(), wanted); ++frame)
-        await page.evaluate(() => new Promise(requestAnimationFrame));
-    assert.deepEqual(await read(), wanted);
-}
-
 pageTest("a picture is zoomed at the pointer, by keys and fingers, and moved", site, async (page) => {
     const dialog = await open(page, "Valley");
     const picture = dialog.getByRole("img", { name: "Valley" });
-    await page.waitForFunction(
-        () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")?.naturalWidth,
-    );
+    await shown(page, PICTURE);
     const box = async () => (await picture.boundingBox())!;
     const whole = await box();
     const at = { x: Math.round(whole.x + whole.width * 0.3), y: Math.round(whole.y + whole.height * 0.6) };
@@ -98,12 +97,7 @@ pageTest("a picture is zoomed at the pointer, by keys and fingers, and moved", s
         return [(at.x - x) / width, (at.y - y) / height].map((value) => value.toFixed(2));
     };
     const zoomed = (isLarger: boolean) =>
-        page.waitForFunction(
-            ([width, larger]) =>
-                document.querySelector(".frame img:not(.preview)")!.getBoundingClientRect().width > width! ===
-                larger,
-            [whole.width * 1.2, isLarger] as const,
-        );
+        becomes(page, async () => (await box()).width > whole.width * 1.2, isLarger);
     await page.mouse.move(at.x, at.y);
     await page.mouse.wheel(0, -400);
     await zoomed(true);
@@ -188,11 +182,9 @@ pageTest("the next two and the previous one are loaded, and dropped in fast trav
     });
     await page.getByRole("searchbox").fill("Lap");
     await cell(page, "Lap 55").dblclick();
-    await page.waitForFunction(
-        () =>
-            performance.getEntriesByType("resource").filter(({ name }) => name.includes("/media/")).length ===
-            4,
-    );
+    const loaded = () =>
+        performance.getEntriesByType("resource").filter(({ name }) => name.includes("/media/")).length;
+    await becomes(page, () => page.evaluate(loaded), 4);
     assert.equal(asked.length, 4);
     hold = true;
     const dropped: string[] = [];
@@ -202,11 +194,9 @@ pageTest("the next two and the previous one are loaded, and dropped in fast trav
     while (asked.length < 5) await page.waitForEvent("request");
     for (let step = 0; step < 3; ++step) await page.keyboard.press("ArrowRight");
     await viewer(page, "Lap 49").waitFor();
-    const shown = await page.evaluate(
-        () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")!.src,
-    );
+    const source = await page.locator(PICTURE).evaluate(({ src }: HTMLImageElement) => src);
     const held = () => asked.slice(4).filter((one) => !dropped.includes(one));
-    while (held().join() !== shown) await page.evaluate(() => new Promise(requestAnimationFrame));
+    while (held().join() !== source) await page.evaluate(() => new Promise(requestAnimationFrame));
 });
 
 pageTest("a capture that goes or is deleted gives way to the next one", site, async (page) => {
@@ -233,24 +223,19 @@ pageTest("what the browser cannot show, and what is broken", site, async (page) 
     const dialog = await open(page, "Second lap");
     await page.getByText("This browser cannot show this file").waitFor();
     await dialog.getByRole("button", { name: "Open in player" }).waitFor();
-    await page.waitForFunction(
-        () => document.querySelector<HTMLImageElement>("unshown-capture img")?.naturalWidth,
-    );
+    await shown(page, "unshown-capture img");
     await expectAccessible(page);
     await page.keyboard.press("Escape");
-    const good = readFileSync(join(site.gallery, "Rustwind Rally/Start line.png"));
-    const broken = Buffer.from(good);
-    broken.fill(0x55, broken.indexOf("IDAT") + 4, broken.indexOf("IEND") - 8);
-    const path = site.addBytes("Laps/Broken.png", 2001, broken);
+    const { path, mend } = site.addBroken("Laps/Broken.png", 2001);
     await open(page, "Broken");
     await page.getByText("This file is damaged").waitFor();
     await page.getByText("Broken.png", { exact: true }).waitFor();
     await viewer(page, "Broken").getByRole("button", { name: "Open folder" }).waitFor();
-    writeFileSync(path, good);
+    mend();
     await viewer(page, "Broken").getByRole("button", { name: "Retry" }).click();
-    await page.waitForFunction(
-        () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")?.naturalWidth === 640,
-    );
+    await shown(page, PICTURE);
+    const width = await page.locator(PICTURE).evaluate(({ naturalWidth }: HTMLImageElement) => naturalWidth);
+    assert.equal(width, 640);
     rmSync(path);
 });
 
