@@ -52,12 +52,11 @@ TEST_F(CapturesTest, EachIsNotifiedOnce) {
     for (const auto& row : rows) {
         const auto sent = container_.All(3, gallery_.Path("Race/" + row.name));
         ASSERT_EQ(sent.size(), 1u) << row.name;
-        EXPECT_NE(sent[0].text.find(R"("payload":{"captureSaved":{"ugc":{)"), std::string::npos);
-        EXPECT_NE(sent[0].text.find(row.unannounced ? R"("unannounced":true)" : R"("unannounced":false)"),
-                  std::string::npos)
+        EXPECT_TRUE(Has(sent[0].text, R"("payload":{"captureSaved":{"ugc":{)"));
+        EXPECT_TRUE(Has(sent[0].text, row.unannounced ? R"("unannounced":true)" : R"("unannounced":false)"))
             << sent[0].text;
     }
-    EXPECT_NE(container_.All(3, "a.mp4")[0].text.find(R"("ugc":{"id":7,)"), std::string::npos)
+    EXPECT_TRUE(Has(container_.All(3, "a.mp4")[0].text, R"("ugc":{"id":7,)"))
         << "the highlight of the announcement is on record";
 }
 

@@ -65,7 +65,7 @@ TEST_F(ListingTest, ShowsCapturesOfEveryKindNewestFirst) {
               "\nSky.jpg: image 360Mono OVS_Lumis"
               "\nTemple.png: image Normal_Lumis OVS_Lumis"
               "\nBridge.png: image Normal_Lumis OVS_Lumis");
-    EXPECT_EQ(List(root + "/Nine Lanterns").find("exr"), std::string::npos);
+    EXPECT_FALSE(Has(List(root + "/Nine Lanterns"), "exr"));
 }
 
 TEST_F(ListingTest, OrdersByTimeThenNameAndCountsWhatHasNoPlaceInTheSchema) {

@@ -84,10 +84,9 @@ TEST(LoadUnload, AHomeThatTakesNothingFailsTheStart) {
 TEST(LoadUnload, AHomeWhoseNameIsNotUtf8FailsTheStartWithTheReason) {
     const PluginLibrary plugin(PRODUCT_ROOT);
     const ScopedEnv home("HOME", "/h\xFF");
-    EXPECT_NE(ExpectNoStart(plugin, "")
-                  .find(R"("_return_code":-2147024809,"_return_status":"The name of a folder of )"
-                        "the user's is not UTF-8: /h\xEF\xBF\xBD\""),
-              std::string::npos);
+    EXPECT_TRUE(Has(ExpectNoStart(plugin, ""),
+                    R"("_return_code":-2147024809,"_return_status":"The name of a folder of )"
+                    "the user's is not UTF-8: /h\xEF\xBF\xBD\""));
 }
 
 TEST_F(RunningPlugin, ThrowsFromAnEntryCallWhatAContainerCatches) {
@@ -96,7 +95,7 @@ TEST_F(RunningPlugin, ThrowsFromAnEntryCallWhatAContainerCatches) {
             plugin_->OnJsonMessage(text.c_str());
             ADD_FAILURE() << "took it";
         } catch (const std::exception& error) {
-            EXPECT_NE(std::string(error.what()).find("0x8008f001[0]: "), std::string::npos);
+            EXPECT_TRUE(Has(std::string(error.what()), "0x8008f001[0]: "));
         }
     }
 }
@@ -104,16 +103,14 @@ TEST_F(RunningPlugin, ThrowsFromAnEntryCallWhatAContainerCatches) {
 TEST_F(RunningPlugin, RefusesWhatItDoesNotKnowAndChecksWhatSlipsThrough) {
     for (const std::string method : {"TrimVideo", "MigrateHighlightsTracker"})
         EXPECT_EQ(Result(method), "-2147467263 Could not find registered API for " + method);
-    EXPECT_NE(Result("GetFolderListing", R"({"directory":""})")
-                  .find("Schema 'parameters' validation error. Problem found at key "),
-              std::string::npos);
+    EXPECT_TRUE(Has(Result("GetFolderListing", R"({"directory":""})"),
+                    "Schema 'parameters' validation error. Problem found at key "));
     EXPECT_EQ(Result("GetFolderListing", R"({"_return_code":-1,"directory":[]})"),
               "-2147024809 Found key 'directory', with unexpected type: Array");
 }
 
 TEST_F(RunningPlugin, SubscribesToNotificationsOfOthers) {
     for (const char* word : {"CaptureSaved", "HighlightSaved", "HighlightCaptureFailure", "LumisShotSaved"})
-        EXPECT_NE(container_.WaitFor(3, std::string(word) + "Notification\"").text.find("\"type\":3073"),
-                  std::string::npos)
+        EXPECT_TRUE(Has(container_.WaitFor(3, std::string(word) + "Notification\"").text, "\"type\":3073"))
             << word;
 }

@@ -73,27 +73,23 @@ class MontageTest : public PluginTest {
 TEST_F(MontageTest, IsMadeAndEngraved) {
     Begin("whole", "babbles");
     EXPECT_TRUE(IsAnswered("whole"));
-    EXPECT_NE(container_.WaitFor(6, "Montage: running ")
-                  .text.find(" https://media-reference.localhost" + (home() / kFolder + "release/recipe.js")),
-              std::string::npos);
+    EXPECT_TRUE(Has(container_.WaitFor(6, "Montage: running ").text,
+                    " https://media-reference.localhost" + (home() / kFolder + "release/recipe.js")));
     EXPECT_FALSE(container_.All(6, "it prints more, which is not logged").empty());
     const std::string listing = AskText("GetFolderListing", R"({"directory":")" + home().path() + "\"}");
-    EXPECT_NE(listing.find(R"({"name":"whole.mp4","type":"video","subtype":"Montage")"), std::string::npos)
-        << listing;
+    EXPECT_TRUE(Has(listing, R"({"name":"whole.mp4","type":"video","subtype":"Montage")")) << listing;
     const std::string storage = home().Read("data/ZORVEX/OvirastreamXMontage/sharedstorage.json");
-    EXPECT_NE(storage.find(R"("mediaDirZorvex":")" + (home() / "data/ZORVEX/OvirastreamX/Montage/v1\"")),
-              std::string::npos)
+    EXPECT_TRUE(Has(storage, R"("mediaDirZorvex":")" + (home() / "data/ZORVEX/OvirastreamX/Montage/v1\"")))
         << storage;
-    EXPECT_EQ(storage.find("_return"), std::string::npos);
+    EXPECT_FALSE(Has(storage, "_return"));
 }
 
 TEST_F(MontageTest, SucceedsWhateverTheProcessDoesAndFindsRecipesInTheirFolderAlone) {
     home().Write("data/ZORVEX/OvirastreamX/Montage/x.js", "//");
     for (const char* recipe : {"../x.js", "release/none.js"}) {
         EXPECT_EQ(Result("CreateMontageFromRecipe", Payload(Output("a"), "fails", recipe)), kMade);
-        EXPECT_NE(
-            container_.All(6, "Montage: running ").back().text.find(" https://media-reference.localhost"),
-            std::string::npos);
+        EXPECT_TRUE(
+            Has(container_.All(6, "Montage: running ").back().text, " https://media-reference.localhost"));
     }
     EXPECT_EQ(container_.All(6, "localhost/").size(), 0u) << "with no script";
     EXPECT_FALSE(fs::exists(Output("a")));
@@ -205,8 +201,7 @@ TEST(Montage, TheProductsConfigNamesAScriptForAllAndFoldersForData) {
         std::ofstream(folder + "/Montage/v1/MontageConfig.json") << "{\"folder\":\"" << folder << "\"}";
         const std::string answer =
             plugin.Ask(container, "GetMontageCloudConfig", "ask" + std::to_string(++asked), "{}");
-        EXPECT_NE(answer.find("\"montageConfig\":{\"folder\":\"" + folder + "\"}"), std::string::npos)
-            << answer;
+        EXPECT_TRUE(Has(answer, "\"montageConfig\":{\"folder\":\"" + folder + "\"}")) << answer;
     }
     EXPECT_TRUE(plugin.Down(container));
 }

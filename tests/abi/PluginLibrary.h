@@ -15,6 +15,10 @@
 #include "tests/support/FakeContainer.h"
 #include "tests/support/TemporaryHome.h"
 
+inline bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 class PluginLibrary {
   public:
     explicit PluginLibrary(const std::string& productRoot) {

@@ -120,5 +120,5 @@ TEST_F(RecordsTest, AScreenshotOfAnEarlierVersionHasNoSubtype) {
     const std::string capture = gallery_.AddImage("Race/a.png");
     StartWithRecords({{"\"Normal\"", "\"Screenshot\""}});
     const std::string metadata = AskText("GetFileMetadata", File(capture));
-    EXPECT_NE(metadata.find(R"("fileType":"image","fileSource":"OVS_Share")"), std::string::npos) << metadata;
+    EXPECT_TRUE(Has(metadata, R"("fileType":"image","fileSource":"OVS_Share")")) << metadata;
 }

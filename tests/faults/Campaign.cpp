@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <random>
@@ -161,12 +162,24 @@ class Campaign {
         const std::string caption = gallery_.CaptionOf("Race/b.png");
         if (caption != "kept") why += "the caption is \"" + caption + "\"\n";
         if (!why.empty() && std::getenv("COBALIX_LOG_LEVEL")) why += product.Log();
-        Fail(why + WhatIsLost(operation) + WhatIsTorn(operation));
+        Fail(why + WhatIsLeft() + WhatIsLost(operation) + WhatIsTorn(operation));
     }
 
     static bool Holds(const Contents& contents, const std::string& bytes) {
         return std::any_of(contents.begin(), contents.end(),
                            [&](const auto& file) { return file.second == bytes; });
+    }
+
+    // Files for passing use in the product's own folder, which the start removes.
+    std::string WhatIsLeft() const {
+        std::string left;
+        for (const auto& entry :
+             std::filesystem::directory_iterator(home_ + "/data/ZORVEX/OvirastreamX/Share")) {
+            const std::string name = entry.path().filename();
+            if (name.rfind("UGCEdit_", 0) == 0 || name.rfind("NewFile_", 0) == 0)
+                left += "left: " + name + "\n";
+        }
+        return left;
     }
 
     std::string WhatIsLost(const Operation& operation) const {

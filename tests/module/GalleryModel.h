@@ -97,13 +97,7 @@ class GalleryModel {
             const auto before = given_.find(Identity(path));
             const bool cameBack = before != given_.end() && before->second == caption;
             if (file.caption && *file.caption != caption && !cameBack)
-                wrong.append("\"")
-                    .append(*file.caption)
-                    .append("\" is now \"")
-                    .append(caption)
-                    .append("\": ")
-                    .append(path)
-                    .append("\n");
+                wrong += "\"" + *file.caption + "\" is now \"" + caption + "\": " + path + "\n";
         }
         for (const auto& [path, id] : records.ids)
             if (files_.count(path) == 0) wrong += "on record, and never made: " + path + "\n";

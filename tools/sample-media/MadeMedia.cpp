@@ -8,12 +8,11 @@
 #include <memory>
 #include <stdexcept>
 
-#include "libraries/ovnx-media/Ffmpeg.h"
 #include "sample-media/MadeBoxes.h"
+#include "sample-media/Muxing.h"
 
 extern "C" {
 #include <libavutil/channel_layout.h>
-#include <libavutil/display.h>
 #include <libavutil/opt.h>
 }
 
@@ -29,28 +28,7 @@ using Rgb = std::array<uint8_t, 3>;
 constexpr Rgb kCorners[4] = {{190, 60, 60}, {60, 190, 60}, {60, 60, 190}, {190, 190, 190}};
 constexpr char kCornerNames[] = "rgbw";
 
-int Check(int result, const char* what) {
-    if (result < 0) throw std::runtime_error(std::string("cannot make a video: ") + what);
-    return result;
-}
-
-template <typename T>
-T* Check(T* object, const char* what) {
-    if (!object) throw std::runtime_error(std::string("cannot make a video: ") + what);
-    return object;
-}
-
-using Packet = ovnxmedia::PacketOwner;
-using Frame = ovnxmedia::FrameOwner;
 using Codec = ovnxmedia::CodecOwner;
-
-Codec MakeCodec(const char* name) {
-    const AVCodec* encoder = Check(avcodec_find_encoder_by_name(name), name);
-    Codec codec(Check(avcodec_alloc_context3(encoder), name));
-    codec->thread_count = 1;
-    codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    return codec;
-}
 
 // The rows in the middle show the number, those above and below the corners.
 Rgb ColourAt(int number, int x, int y, const Video& video) {
@@ -109,7 +87,8 @@ void Paint(AVFrame& frame, int number, const Video& video) {
 }
 
 Codec VideoEncoder(const Video& video) {
-    Codec codec = MakeCodec(video.codec);
+    Codec codec = EncoderOf(video.codec);
+    codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     codec->width = video.width;
     codec->height = video.height;
     codec->time_base = {1, kFps};
@@ -130,7 +109,8 @@ Codec VideoEncoder(const Video& video) {
 }
 
 Codec AudioEncoder() {
-    Codec codec = MakeCodec("aac");
+    Codec codec = EncoderOf("aac");
+    codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     codec->sample_rate = kSampleRate;
     codec->sample_fmt = AV_SAMPLE_FMT_FLTP;
     codec->bit_rate = 64000;
@@ -140,120 +120,66 @@ Codec AudioEncoder() {
     return codec;
 }
 
-// Of frames up to the time `end`, in the codec's units, each of which `fill` makes and takes `step` of them.
+// Frames up to the time `end`, in the codec's units, each of which `fill` makes and takes `step` of them.
 template <typename Fill>
-std::vector<Packet> Encode(AVCodecContext& codec, AVFrame& frame, int64_t end, int64_t step, Fill fill) {
-    std::vector<Packet> packets;
-    Check(av_frame_get_buffer(&frame, 0), "frame");
-    for (bool ends = false; !ends; frame.pts += step) {
-        ends = frame.pts >= end;
-        Check(av_frame_make_writable(&frame), "frame");
-        if (!ends) fill(frame.pts);
-        Check(avcodec_send_frame(&codec, ends ? nullptr : &frame), "encoding");
-        for (;;) {
-            Packet packet(Check(av_packet_alloc(), "packet"));
-            if (avcodec_receive_packet(&codec, packet.get()) < 0) break;
-            if (packet->duration == 0) packet->duration = step;
-            packets.push_back(std::move(packet));
-        }
+void Encode(Track& track, int64_t end, int64_t step, Fill fill) {
+    const ovnxmedia::FrameOwner frame = FrameFor(*track.codec);
+    for (; frame->pts < end; frame->pts += step) {
+        Check(av_frame_make_writable(frame.get()), "frame");
+        fill(*frame);
+        track.Encode(frame.get());
     }
-    return packets;
+    track.Encode(nullptr);
+    for (const auto& packet : track.packets)
+        if (packet->duration == 0) packet->duration = step;
 }
 
-std::vector<Packet> EncodeVideo(const Video& video, AVCodecContext& codec) {
-    const Frame frame(Check(av_frame_alloc(), "frame"));
-    frame->format = codec.pix_fmt;
-    frame->width = video.width;
-    frame->height = video.height;
-    frame->color_range = codec.color_range;
-    frame->pts = 0;
-    return Encode(codec, *frame, video.frames, 1,
-                  [&](int64_t number) { Paint(*frame, static_cast<int>(number), video); });
+Track VideoTrack(AVFormatContext& format, const Video& video) {
+    Track track = AddTrack(format, VideoEncoder(video), video.rotation);
+    av_dict_set(&track.stream->metadata, "language", "fra", 0);
+    track.stream->sample_aspect_ratio = track.codec->sample_aspect_ratio;
+    track.stream->avg_frame_rate = track.codec->framerate;
+    Encode(track, video.frames, 1, [&](AVFrame& frame) {
+        frame.color_range = track.codec->color_range;
+        Paint(frame, static_cast<int>(frame.pts), video);
+    });
+    const size_t count = track.packets.size();
+    for (int round = 1; round < video.repeat; ++round)
+        for (size_t i = 0; i < count; ++i) {
+            AVPacket* const copy = Check(av_packet_clone(track.packets[i].get()), "packet");
+            track.packets.emplace_back(copy);
+            copy->pts += int64_t{round} * video.frames;
+            copy->dts += int64_t{round} * video.frames;
+        }
+    return track;
 }
 
 // A tone, higher from track to track.
-std::vector<Packet> EncodeAudio(const Video& video, int track, AVCodecContext& codec) {
-    const Frame frame(Check(av_frame_alloc(), "frame"));
-    frame->format = codec.sample_fmt;
-    frame->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
-    frame->sample_rate = kSampleRate;
-    frame->nb_samples = codec.frame_size;
-    frame->pts = 0;
-    const int64_t end = int64_t{kSampleRate} * video.frames * video.repeat / kFps;
-    const auto loudness = [&](int64_t at) {
+Track SoundTrack(AVFormatContext& format, const Video& video, const std::string& language) {
+    Track track = AddTrack(format, AudioEncoder());
+    av_dict_set(&track.stream->metadata, "language", language.c_str(), 0);
+    const auto loudness = [&video, number = track.stream->index + 1](int64_t at) {
         return video.sound ? video.sound(static_cast<double>(at) / kSampleRate)
-                           : 0.3 * std::sin(static_cast<double>(at) * 0.03 * track);
+                           : 0.3 * std::sin(static_cast<double>(at) * 0.03 * number);
     };
-    return Encode(codec, *frame, end, codec.frame_size, [&](int64_t at) {
-        for (int i = 0; i < frame->nb_samples; ++i)
-            for (uint8_t* channel : {frame->data[0], frame->data[1]})
-                reinterpret_cast<float*>(channel)[i] = static_cast<float>(loudness(at + i));
+    const int64_t end = int64_t{kSampleRate} * video.frames * video.repeat / kFps;
+    Encode(track, end, track.codec->frame_size, [&](AVFrame& frame) {
+        for (int i = 0; i < frame.nb_samples; ++i)
+            for (uint8_t* channel : {frame.data[0], frame.data[1]})
+                reinterpret_cast<float*>(channel)[i] = static_cast<float>(loudness(frame.pts + i));
     });
+    return track;
 }
 
-struct Track {
-    Codec codec;
-    AVStream* stream;
-};
-
-Track AddTrack(AVFormatContext& format, const Video& video, Codec codec, const std::string& language) {
-    AVStream* stream = Check(avformat_new_stream(&format, nullptr), "stream");
-    Check(avcodec_parameters_from_context(stream->codecpar, codec.get()), "parameters");
-    stream->time_base = codec->time_base;
-    av_dict_set(&stream->metadata, "language", language.c_str(), 0);
-    if (codec->codec_type == AVMEDIA_TYPE_VIDEO) {
-        stream->sample_aspect_ratio = codec->sample_aspect_ratio;
-        stream->avg_frame_rate = codec->framerate;
-    }
-    if (codec->codec_type == AVMEDIA_TYPE_VIDEO && video.rotation != 0) {
-        constexpr size_t kMatrixSize = 9 * sizeof(int32_t);
-        uint8_t* matrix =
-            Check(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, kMatrixSize), "rotation");
-        av_display_rotation_set(reinterpret_cast<int32_t*>(matrix), video.rotation);
-    }
-    return {std::move(codec), stream};
-}
-
-void Mux(const Video& video, const std::string& path) {
-    AVFormatContext* format = nullptr;
-    Check(avformat_alloc_output_context2(&format, nullptr, video.format, path.c_str()), video.format);
-    const auto close = [](AVFormatContext* each) {
-        avio_closep(&each->pb);
-        avformat_free_context(each);
-    };
-    const std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> owner(format, close);
+void MakeMovie(const Video& video, const std::string& path) {
+    const Output format = OutputOf(video.format, path);
     std::vector<Track> tracks;
-    if (video.hasVideo) tracks.push_back(AddTrack(*format, video, VideoEncoder(video), "fra"));
+    if (video.hasVideo) tracks.push_back(VideoTrack(*format, video));
     for (const std::string& language : video.audioLanguages)
-        tracks.push_back(AddTrack(*format, video, AudioEncoder(), language));
+        tracks.push_back(SoundTrack(*format, video, language));
     if (!video.creationTime.empty())
         av_dict_set(&format->metadata, "creation_time", video.creationTime.c_str(), 0);
-    std::vector<std::pair<Packet, const Track*>> all;
-    for (const Track& track : tracks) {
-        const bool isVideo = track.codec->codec_type == AVMEDIA_TYPE_VIDEO;
-        const std::vector<Packet> packets = isVideo
-                                                ? EncodeVideo(video, *track.codec)
-                                                : EncodeAudio(video, track.stream->index + 1, *track.codec);
-        for (int round = 0; round < (isVideo ? video.repeat : 1); ++round)
-            for (const Packet& packet : packets) {
-                Packet& copy = all.emplace_back(Check(av_packet_clone(packet.get()), "packet"), &track).first;
-                copy->stream_index = track.stream->index;
-                copy->pts += int64_t{round} * video.frames;
-                copy->dts += int64_t{round} * video.frames;
-            }
-    }
-    const auto isEarlier = [](const auto& a, const auto& b) {
-        return av_compare_ts(a.first->dts, a.second->codec->time_base, b.first->dts,
-                             b.second->codec->time_base) < 0;
-    };
-    std::stable_sort(all.begin(), all.end(), isEarlier);
-    Check(avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE), path.c_str());
-    Check(avformat_write_header(format, nullptr), "header");
-    for (const auto& [packet, track] : all) {
-        av_packet_rescale_ts(packet.get(), track->codec->time_base, track->stream->time_base);
-        Check(av_write_frame(format, packet.get()), "packet");
-    }
-    Check(av_write_trailer(format), "trailer");
+    Mux(*format, tracks);
 }
 
 char CornerName(const uint8_t* pixel) {
@@ -288,7 +214,7 @@ class Folder {
 
 void Write(const Video& video, const std::string& path) {
     av_log_set_level(AV_LOG_ERROR);
-    Mux(video, path);
+    MakeMovie(video, path);
     if (video.moovInFront || !video.tagc.empty()) EditMovie(path, video.moovInFront, video.tagc);
 }
 

@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <memory>
-#include <stdexcept>
 
-#include "libraries/ovnx-media/Ffmpeg.h"
+#include "sample-media/Muxing.h"
 
 extern "C" {
 #include <libavutil/channel_layout.h>
-#include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -20,17 +17,6 @@ namespace {
 constexpr AVRational kUnit{1, 30000};
 constexpr int kFrame = 1001;
 constexpr int kBlock = 8;
-
-int Check(int result, const std::string& what) {
-    if (result < 0) throw std::runtime_error("cannot make a video: " + what);
-    return result;
-}
-
-template <typename T>
-T* Check(T* object, const std::string& what) {
-    if (!object) throw std::runtime_error("cannot make a video: " + what);
-    return object;
-}
 
 uint32_t Mixed(uint32_t a, uint32_t b = 0, uint32_t c = 0) {
     uint32_t value = a * 2654435761u ^ b * 2246822519u ^ c * 3266489917u;
@@ -100,19 +86,10 @@ void Sound(AVFrame& frame, uint32_t seed) {
         }
 }
 
-struct Track {
-    ovnxmedia::CodecOwner codec;
-    AVStream* stream = nullptr;
-    std::vector<ovnxmedia::PacketOwner> packets;
-};
-
 class Maker {
   public:
-    Maker(const VariedVideo& video, const std::string& path) : video_(video), path_(path) {
-        AVFormatContext* format = nullptr;
-        Check(avformat_alloc_output_context2(&format, nullptr, video.format.c_str(), path.c_str()), path);
-        format_.reset(format);
-    }
+    Maker(const VariedVideo& video, const std::string& path)
+        : video_(video), format_(OutputOf(video.format, path)) {}
 
     void Make() {
         std::vector<Track> tracks;
@@ -120,29 +97,25 @@ class Maker {
         for (const VariedSound& sound : video_.sounds)
             tracks.push_back(SoundTrack(sound, static_cast<uint32_t>(tracks.size())));
         AddChapters();
-        Mux(tracks);
+        format_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+        Options options(video_.muxing);
+        Mux(*format_, tracks, options.get());
     }
 
   private:
-    Track Open(const std::string& encoder, const std::string& options,
-               const std::function<void(AVCodecContext&, const AVCodec&)>& set) {
-        Track track;
-        const AVCodec* const codec = Check(avcodec_find_encoder_by_name(encoder.c_str()), encoder);
-        track.codec.reset(Check(avcodec_alloc_context3(codec), encoder));
-        track.codec->thread_count = 1;
-        track.codec->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
-        if (format_->oformat->flags & AVFMT_GLOBALHEADER) track.codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-        set(*track.codec, *codec);
+    Track Open(const std::string& encoder, const std::string& options, int rotation,
+               const std::function<void(AVCodecContext&)>& set) {
+        ovnxmedia::CodecOwner codec = EncoderOf(encoder);
+        codec->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+        if (format_->oformat->flags & AVFMT_GLOBALHEADER) codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+        set(*codec);
         Options parsed(options);
-        Check(avcodec_open2(track.codec.get(), codec, parsed.get()), encoder);
-        track.stream = Check(avformat_new_stream(format_.get(), nullptr), "stream");
-        Check(avcodec_parameters_from_context(track.stream->codecpar, track.codec.get()), "parameters");
-        track.stream->time_base = track.codec->time_base;
-        return track;
+        Check(avcodec_open2(codec.get(), nullptr, parsed.get()), encoder);
+        return AddTrack(*format_, std::move(codec), rotation);
     }
 
     Track VideoTrack() {
-        Track track = Open(video_.encoder, video_.options, [this](AVCodecContext& codec, const AVCodec&) {
+        Track track = Open(video_.encoder, video_.options, video_.rotation, [this](AVCodecContext& codec) {
             codec.width = video_.width;
             codec.height = video_.height;
             codec.pix_fmt = av_get_pix_fmt(video_.pixels.c_str());
@@ -155,16 +128,7 @@ class Maker {
             codec.color_trc = AVCOL_TRC_SMPTE2084;
             codec.colorspace = AVCOL_SPC_BT2020_NCL;
         });
-        if (video_.rotation != 0)
-            av_display_rotation_set(
-                reinterpret_cast<int32_t*>(
-                    Check(av_stream_new_side_data(track.stream, AV_PKT_DATA_DISPLAYMATRIX, 36), "rotation")),
-                video_.rotation);
-        const ovnxmedia::FrameOwner frame(Check(av_frame_alloc(), "frame"));
-        frame->format = track.codec->pix_fmt;
-        frame->width = video_.width;
-        frame->height = video_.height;
-        Check(av_frame_get_buffer(frame.get(), 0), "frame");
+        const ovnxmedia::FrameOwner frame = FrameFor(*track.codec);
         int64_t time = std::lround(video_.start * kUnit.den);
         for (int number = 0; number < video_.frames; ++number) {
             Check(av_frame_make_writable(frame.get()), "frame");
@@ -172,9 +136,9 @@ class Maker {
             frame->pts = time;
             time +=
                 video_.variableRate ? 500 + Mixed(video_.seed, static_cast<uint32_t>(number)) % 2500 : kFrame;
-            Encode(track, frame.get());
+            track.Encode(frame.get());
         }
-        Encode(track, nullptr);
+        track.Encode(nullptr);
         SetDurations(track);
         return track;
     }
@@ -191,37 +155,23 @@ class Maker {
     }
 
     Track SoundTrack(const VariedSound& sound, uint32_t number) {
-        Track track = Open(sound.encoder, sound.options, [&](AVCodecContext& codec, const AVCodec& encoder) {
+        Track track = Open(sound.encoder, sound.options, 0, [&](AVCodecContext& codec) {
             codec.sample_rate = sound.rate;
-            codec.sample_fmt = encoder.sample_fmts[0];
+            codec.sample_fmt = codec.codec->sample_fmts[0];
             codec.bit_rate = 96000;
             codec.time_base = {1, sound.rate};
             codec.ch_layout = AV_CHANNEL_LAYOUT_STEREO;
         });
-        const ovnxmedia::FrameOwner frame(Check(av_frame_alloc(), "frame"));
-        frame->format = track.codec->sample_fmt;
-        frame->ch_layout = track.codec->ch_layout;
-        frame->sample_rate = sound.rate;
-        frame->nb_samples = track.codec->frame_size > 0 ? track.codec->frame_size : 1000;
-        Check(av_frame_get_buffer(frame.get(), 0), "frame");
+        const ovnxmedia::FrameOwner frame = FrameFor(*track.codec);
         const int64_t end = std::lround(sound.end * sound.rate);
         for (frame->pts = std::lround(sound.start * sound.rate); frame->pts < end;
              frame->pts += frame->nb_samples) {
             Check(av_frame_make_writable(frame.get()), "frame");
             Sound(*frame, video_.seed + number);
-            Encode(track, frame.get());
+            track.Encode(frame.get());
         }
-        Encode(track, nullptr);
+        track.Encode(nullptr);
         return track;
-    }
-
-    static void Encode(Track& track, const AVFrame* frame) {
-        Check(avcodec_send_frame(track.codec.get(), frame), "encoding");
-        for (;;) {
-            ovnxmedia::PacketOwner packet(Check(av_packet_alloc(), "packet"));
-            if (avcodec_receive_packet(track.codec.get(), packet.get()) < 0) return;
-            track.packets.push_back(std::move(packet));
-        }
     }
 
     void AddChapters() {
@@ -240,44 +190,8 @@ class Maker {
             format_->chapters[i]->end = format_->chapters[i + 1]->start;
     }
 
-    void Mux(const std::vector<Track>& tracks) {
-        Check(avio_open(&format_->pb, path_.c_str(), AVIO_FLAG_READ_WRITE), path_);
-        format_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
-        Options options(video_.muxing);
-        Check(avformat_write_header(format_.get(), options.get()), "header");
-        std::vector<size_t> next(tracks.size(), 0);
-        for (;;) {
-            const Track* chosen = nullptr;
-            for (const Track& track : tracks) {
-                const size_t at = next[static_cast<size_t>(&track - tracks.data())];
-                if (at == track.packets.size()) continue;
-                if (!chosen || av_compare_ts(track.packets[at]->dts, track.codec->time_base, chosenTime_,
-                                             chosen->codec->time_base) < 0) {
-                    chosen = &track;
-                    chosenTime_ = track.packets[at]->dts;
-                }
-            }
-            if (!chosen) break;
-            AVPacket& packet = *chosen->packets[next[static_cast<size_t>(chosen - tracks.data())]++];
-            packet.stream_index = chosen->stream->index;
-            av_packet_rescale_ts(&packet, chosen->codec->time_base, chosen->stream->time_base);
-            Check(av_write_frame(format_.get(), &packet), "packet");
-        }
-        Check(av_write_trailer(format_.get()), "trailer");
-        Check(avio_closep(&format_->pb), path_);
-    }
-
-    struct Closed {
-        void operator()(AVFormatContext* format) const {
-            avio_closep(&format->pb);
-            avformat_free_context(format);
-        }
-    };
-
     const VariedVideo& video_;
-    const std::string path_;
-    std::unique_ptr<AVFormatContext, Closed> format_;
-    int64_t chosenTime_ = 0;
+    const Output format_;
 };
 
 }  // namespace

@@ -6,7 +6,7 @@ import { smallPng } from "./png.js";
 
 const WIDTH = 1280;
 
-const site = new Site();
+const site = new Site(["--demo"]);
 
 async function pixelsOf(page: Page, png: Buffer): Promise<Buffer> {
     const rgba = await page.evaluate(
@@ -27,7 +27,7 @@ async function pixelsOf(page: Page, png: Buffer): Promise<Buffer> {
 }
 
 try {
-    await Promise.all([site.start("--demo"), startBrowser()]);
+    await Promise.all([site.start(), startBrowser()]);
     const page = await site.open({ viewport: { width: WIDTH, height: 800 }, colorScheme: "light" });
     // Smaller cells, so that several days are seen; then the focus goes elsewhere.
     const size = page.getByRole("slider", { name: "Size" });

@@ -32,12 +32,8 @@ test("the functions refuse what the container refuses, and cannot be replaced", 
     const single = /expecting a single object/;
     for (const given of [[], ["text"], [null], [{ request: "{}" }, 1]])
         assert.throws(() => window["cefQuery"]!(...given), single);
-    for (const wrong of [
-        {},
-        { request: 1 },
-        { request: "{}", onSuccess: null },
-        { request: "{}", onFailure: 1 },
-    ])
+    const request = "{}";
+    for (const wrong of [{}, { request: 1 }, { request, onSuccess: null }, { request, onFailure: 1 }])
         assert.throws(() => window["cefQuery"]!(wrong), /has to be a/);
     assert.throws(() => window["cefQuery"]!({ request: "{}", persistent: 1 }), /has to be a boolean/);
     for (const given of [[], [1, 2], ["1"], [1.5]])
@@ -146,10 +142,7 @@ test("the client pairs answers and notifications of a recorded session with what
     answer(0, { type: 3073, method: "GalleryNotifications", payload: { ...saved, _return_code: 0 } });
     answer(1, { type: 3072, method: "GetSettings", payload: { settings: { path: "/g" }, _return_code: 0 } });
     const text = "Could not find registered API for Nope";
-    answer(2, {
-        type: 3072,
-        payload: { _return_code: -2147467263, _return_status: text, _return_internal: 0 },
-    });
+    answer(2, { type: 3072, payload: { _return_code: -2147467263, _return_status: text } });
     assert.equal((await settings).settings.path, "/g");
     await assert.rejects(nope, new ApiError(-2147467263, text));
     end();

@@ -6,6 +6,7 @@ import { after, before, test } from "node:test";
 import { Site, startBrowser, stopBrowser } from "./gallery.js";
 
 const files = "../build/page/site";
+const types: Record<string, string> = { html: "text/html", js: "text/javascript", css: "text/css" };
 const origin = "https://client.test";
 const site = new Site();
 
@@ -42,13 +43,8 @@ function container(): void {
 
 test("the page runs in a container, where thumbnails come from the gallery itself", async () => {
     const page = await site.blankPage();
-    const library = site.serve(
-        (line) =>
-            void page.evaluate(
-                (text) => (window as unknown as { receive(text: string): void }).receive(text),
-                line,
-            ),
-    );
+    const receive = (text: string) => (window as unknown as { receive(text: string): void }).receive(text);
+    const library = site.serve((line) => void page.evaluate(receive, line));
     await page.exposeFunction("send", (text: string) => void library.stdin!.write(`${text}\n`));
     await page.addInitScript(container);
     const sockets: string[] = [];
@@ -56,9 +52,7 @@ test("the page runs in a container, where thumbnails come from the gallery itsel
     await page.route(`${origin}/**`, (route) => {
         const path = new URL(route.request().url()).pathname;
         const name = path === "/" ? "index.html" : path;
-        const contentType = { html: "text/html", js: "text/javascript", css: "text/css" }[
-            name.split(".").at(-1)!
-        ]!;
+        const contentType = types[name.split(".").at(-1)!]!;
         return route.fulfill({ body: readFileSync(join(files, name)), contentType });
     });
     await page.goto(origin);

@@ -26,11 +26,8 @@ class Setup {
 
     get shown(): string {
         const { arrangement } = this.gallery;
-        const all = arrangement.between(0, arrangement.length - 1);
-        return all
-            .map(({ title }) => title)
-            .sort()
-            .join("");
+        const titles = arrangement.between(0, arrangement.length - 1).map(({ title }) => title);
+        return titles.sort().join("");
     }
 
     later(ms: number, run: () => void): () => void {

@@ -24,7 +24,7 @@ class Side {
     gallery = new Gallery();
     private last = 0;
 
-    start(): Feed {
+    start(): void {
         const channel = {
             query: (query: Query) => this.query(query),
             cancel: (id: number) => this.open.delete(id),
@@ -33,9 +33,7 @@ class Side {
             later: (_: number, run: () => void) => void this.timers.push(run),
             idle: (run: () => void) => run(),
         };
-        const feed = new Feed(new Client(channel, () => null), this.gallery, scheduler);
-        feed.start();
-        return feed;
+        new Feed(new Client(channel, () => null), this.gallery, scheduler).start();
     }
 
     news(payload: object): void {
@@ -56,19 +54,13 @@ class Side {
     }
 
     private query(query: Query): number {
-        const {
-            method,
-            uniqueid: id,
-            payload,
-        } = JSON.parse(query.request) as { method: string; uniqueid: string; payload: { count: number } };
-        this.open.set(++this.last, { query, method, id });
-        const key = this.last;
+        const { method, uniqueid: id, payload } = JSON.parse(query.request);
+        const key = ++this.last;
+        this.open.set(key, { query, method, id });
         if (query.persistent) return key;
         this.asked.push(method);
-        const answer = JSON.stringify({
-            reference_uniqueid: id,
-            payload: this.answer(method, payload.count),
-        });
+        const answered = this.answer(method, payload.count);
+        const answer = JSON.stringify({ reference_uniqueid: id, payload: answered });
         const send = () => this.open.delete(key) && query.onSuccess!(answer);
         if (this.held) this.held.push(send);
         else queueMicrotask(send);
@@ -83,25 +75,29 @@ class Side {
     }
 
     get titles(): string {
-        return [...this.gallery.captures.values()]
-            .map(({ title }) => title)
-            .sort()
-            .join(" ");
+        const titles = [...this.gallery.captures.values()].map(({ title }) => title);
+        return titles.sort().join(" ");
     }
+}
+
+/** A gallery with captures of these names, at which the feed has begun. */
+async function begun(names: string, changes: Partial<Side> = {}): Promise<Side> {
+    const side = new Side();
+    side.records = [...names].map((name) => record(`G/${name}.png`));
+    Object.assign(side, changes).start();
+    await tick();
+    return side;
 }
 
 const saved = (name: string) => ({ captureSaved: { ugc: record(`G/${name}.png`) } });
 const deleted = (name: string) => ({ ugcDeleted: { ugc: record(`G/${name}.png`) } });
 
 test("news that come while the list is on its way are newer than the list", async () => {
-    const side = new Side();
-    side.records = [record("G/a.png"), record("G/b.png")];
-    side.held = [];
-    side.start();
-    await tick();
+    const held: (() => void)[] = [];
+    const side = await begun("ab", { held });
     side.news(saved("c"));
     side.news(deleted("a"));
-    for (const send of side.held) send();
+    for (const send of held) send();
     await tick();
     assert.equal(side.titles, "b c");
     side.news(saved("d"));
@@ -109,27 +105,21 @@ test("news that come while the list is on its way are newer than the list", asyn
 });
 
 test("a large gallery shows its latest captures before the rest is loaded", async () => {
-    const side = new Side();
-    side.records = Array.from({ length: 1000 }, (_, index) =>
-        record(`G/${index}.png`, { date: dateAt(-index) }),
-    );
-    side.held = [];
-    side.start();
-    await tick();
-    for (const send of side.held.splice(0)) send();
+    const dates = Array.from({ length: 1000 }, (_, index) => ({ date: dateAt(-index) }));
+    const records = dates.map((date, index) => record(`G/${index}.png`, date));
+    const held: (() => void)[] = [];
+    const side = await begun("", { held, records });
+    for (const send of held.splice(0)) send();
     await tick();
     assert.equal(side.gallery.captures.size, 300);
-    for (const send of side.held.splice(0)) send();
+    for (const send of held.splice(0)) send();
     assert.equal(side.gallery.captures.size, 300);
     await tick();
     assert.equal(side.gallery.captures.size, 1000);
 });
 
 test("after a loss the page subscribes again and catches up; after a gap it only catches up", async () => {
-    const side = new Side();
-    side.records = [record("G/a.png")];
-    side.start();
-    await tick();
+    const side = await begun("a");
     side.records = [record("G/b.png")];
     side.lose();
     assert.equal(side.gallery.connection, "lost");
@@ -146,10 +136,7 @@ test("after a loss the page subscribes again and catches up; after a gap it only
 });
 
 test("a scan and a missing folder are watched until they are over, by one timer", async () => {
-    const side = new Side();
-    side.status = "TrackerUpdateInProgress";
-    side.start();
-    await tick();
+    const side = await begun("", { status: "TrackerUpdateInProgress" });
     assert.equal(side.gallery.status, "scanning");
     side.records = [record("G/a.png")];
     // One comes for each file that is looked through.
@@ -183,10 +170,7 @@ test("a scan and a missing folder are watched until they are over, by one timer"
 });
 
 test("a gallery that refuses for a while is asked again, over the same connection", async () => {
-    const side = new Side();
-    side.refuses = true;
-    side.start();
-    await tick();
+    const side = await begun("", { refuses: true });
     side.refuses = false;
     side.records = [record("G/a.png")];
     await side.runTimers();
@@ -247,11 +231,8 @@ test("the cache drops what was used longest ago", async () => {
     all.get(a);
     all.want([c]);
     await end("c");
-    assert.deepEqual(
-        [a, b, c].map((one) => all.get(one) !== undefined),
-        [true, false, true],
-    );
-    assert.equal(all.cachedBytes, 200);
+    const kept = [a, b, c].map((one) => all.get(one) !== undefined);
+    assert.deepEqual([kept, all.cachedBytes], [[true, false, true], 200]);
 });
 
 test("a broken file is asked for once, until it changes or somebody tries again; a lost connection breaks none", async () => {

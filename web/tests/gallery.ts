@@ -2,27 +2,13 @@
 import assert from "node:assert/strict";
 import { spawn, spawnSync, type ChildProcess } from "node:child_process";
 import { once } from "node:events";
-import {
-    mkdirSync,
-    mkdtempSync,
-    readdirSync,
-    readFileSync,
-    renameSync,
-    rmSync,
-    utimesSync,
-    writeFileSync,
-} from "node:fs";
+import * as fs from "node:fs";
 import { tmpdir } from "node:os";
 import { dirname, join, resolve } from "node:path";
 import { createInterface } from "node:readline";
-import { test } from "node:test";
-import {
-    chromium,
-    type Browser,
-    type BrowserContext,
-    type BrowserContextOptions,
-    type Page,
-} from "playwright-core";
+import { after, before, test } from "node:test";
+import { chromium } from "playwright-core";
+import type { Browser, BrowserContext, BrowserContextOptions, Locator, Page } from "playwright-core";
 
 // Made by the debug preset, unless it is said otherwise.
 const host =
@@ -30,38 +16,51 @@ const host =
 const sampleVideo = process.env["SAMPLE_VIDEO"] ?? resolve("../build/debug/tools/sample-media/sample_video");
 // Kept after a failure.
 const screenshots = "../build/page/failures";
-const axe = readFileSync("node_modules/axe-core/axe.min.js", "utf8");
+const axe = fs.readFileSync("node_modules/axe-core/axe.min.js", "utf8");
 
 /** A home with a gallery, and the server that shows it. */
 export class Site {
-    readonly folder = mkdtempSync(join(tmpdir(), "gallery-page-"));
+    readonly folder = fs.mkdtempSync(join(tmpdir(), "gallery-page-"));
     home = this.folder;
     private host: ChildProcess | null = null;
     launch = "";
     /** KiB; the server cannot write beyond this, as on a full drive. */
     largestFile: number | "unlimited" = "unlimited";
+    /** With more arguments for the server. */
+    constructor(private readonly more: string[] = []) {}
+
     private known: { storageState: Awaited<ReturnType<BrowserContext["storageState"]>> } | null = null;
 
     get gallery(): string {
         return join(this.home, "Videos/ZORVEX/Ovirastream");
     }
 
-    /** Fills the gallery with samples. */
     addSamples(): void {
         const { status, stderr } = spawnSync(host, ["demo", "--keep"], {
             env: { ...process.env, TMPDIR: this.folder },
             encoding: "utf8",
         });
         assert.equal(status, 0, stderr);
-        this.home = join(
-            this.folder,
-            readdirSync(this.folder).find((name) => name.startsWith("gallery-demo"))!,
-        );
+        const demo = fs.readdirSync(this.folder).find((name) => name.startsWith("gallery-demo"))!;
+        this.home = join(this.folder, demo);
     }
 
     /** Saves another capture, of a minute that counts from the day after the samples'. */
     add(name: string, minute: number): string {
-        return this.addBytes(name, minute, readFileSync(join(this.gallery, "Rustwind Rally/Start line.png")));
+        return this.addBytes(
+            name,
+            minute,
+            fs.readFileSync(join(this.gallery, "Rustwind Rally/Start line.png")),
+        );
+    }
+
+    /** A capture whose pixels are gone, and what makes it a capture is left; `mend` restores them. */
+    addBroken(name: string, minute: number): { path: string; mend: () => void } {
+        const good = fs.readFileSync(join(this.gallery, "Rustwind Rally/Start line.png"));
+        const broken = Buffer.from(good);
+        broken.fill(0x55, broken.indexOf("IDAT") + 4, broken.indexOf("IEND") - 8);
+        const path = this.addBytes(name, minute, broken);
+        return { path, mend: () => fs.writeFileSync(path, good) };
     }
 
     /** The file appears whole, with its date. */
@@ -69,10 +68,10 @@ export class Site {
         const path = join(this.gallery, name);
         const arriving = join(this.folder, "arriving");
         const time = Date.UTC(2026, 2, 15, 0, minute) / 1000;
-        writeFileSync(arriving, bytes);
-        utimesSync(arriving, time, time);
-        mkdirSync(dirname(path), { recursive: true });
-        renameSync(arriving, path);
+        fs.writeFileSync(arriving, bytes);
+        fs.utimesSync(arriving, time, time);
+        fs.mkdirSync(dirname(path), { recursive: true });
+        fs.renameSync(arriving, path);
         return path;
     }
 
@@ -82,9 +81,9 @@ export class Site {
         const words = [made, String(frames), String(keyInterval)];
         const { status, stderr } = spawnSync(sampleVideo, words, { encoding: "utf8" });
         assert.equal(status, 0, stderr);
-        const bytes = readFileSync(made);
-        rmSync(made);
-        return this.addBytes(name, minute, bytes);
+        const path = this.addBytes(name, minute, fs.readFileSync(made));
+        fs.rmSync(made);
+        return path;
     }
 
     /** How somebody likes to see the gallery. */
@@ -92,12 +91,12 @@ export class Site {
         return join(this.home, ".local/share/ZORVEX/OvirastreamX/Share/PagePreferences.json");
     }
 
-    /** Starts the server, with more arguments; again on the same port, where browsers are unknown to it. */
-    async start(...more: string[]): Promise<void> {
+    /** Starts the server; again on the same port, where browsers are unknown to it. */
+    async start(): Promise<void> {
         await this.end();
         this.known = null;
         const port = this.launch === "" ? "0" : new URL(this.launch).port;
-        const server = this.run(["page", "--no-open", "--port", port, ...more]);
+        const server = this.run(["page", "--no-open", "--port", port, ...this.more]);
         const [line] = (await once(createInterface(server.stdout!), "line")) as [string];
         this.launch = line.trim();
     }
@@ -110,13 +109,9 @@ export class Site {
     }
 
     private run(words: string[]): ChildProcess {
-        const { home } = this;
-        const env = {
-            PATH: process.env["PATH"],
-            HOME: home,
-            XDG_DATA_HOME: join(home, ".local/share"),
-            TMPDIR: this.folder,
-        };
+        const data = join(this.home, ".local/share");
+        const path = process.env["PATH"];
+        const env = { PATH: path, HOME: this.home, XDG_DATA_HOME: data, TMPDIR: this.folder };
         const limit = `trap "" XFSZ; ulimit -f ${this.largestFile}; exec "$0" "$@"`;
         this.host = spawn("bash", ["-c", limit, host, ...words], { env, stdio: ["pipe", "pipe", "ignore"] });
         return this.host;
@@ -147,7 +142,7 @@ export class Site {
 
     async stop(): Promise<void> {
         await this.end();
-        rmSync(this.folder, { recursive: true, force: true });
+        fs.rmSync(this.folder, { recursive: true, force: true });
     }
 }
 
@@ -164,6 +159,24 @@ export async function stopBrowser(): Promise<void> {
     await browser?.close();
 }
 
+/** Fills the sites, and has them and the browser running for the tests of a file. */
+export function serving(sites: Site[], fill: () => void): void {
+    before(async () => {
+        fill();
+        await Promise.all([startBrowser(), ...sites.map((site) => site.start())]);
+    });
+    after(async () => {
+        await stopBrowser();
+        await Promise.all(sites.map((site) => site.stop()));
+    });
+}
+
+export const cell = (page: Page, title: string): Locator =>
+    page.getByRole("gridcell", { name: `${title}, ` });
+export const button = (page: Page, name: string): Locator => page.getByRole("button", { name, exact: true });
+export const focusOn = (page: Page, title: string): Promise<unknown> =>
+    page.waitForFunction((name) => document.activeElement?.ariaLabel?.startsWith(`${name}, `), title);
+
 const desktop: BrowserContextOptions = { viewport: { width: 1920, height: 1080 }, locale: "en-GB" };
 
 /** A test with a page of its own. What the page throws, or what its policy blocks, fails it. */
@@ -175,20 +188,18 @@ export function pageTest(
 ): void {
     test(name, async () => {
         // What the tests before chose.
-        rmSync(site.preferences, { force: true });
+        fs.rmSync(site.preferences, { force: true });
         const page = await site.open(options);
         const faults: string[] = [];
         page.on("pageerror", (error) => faults.push(String(error.stack)));
-        page.on(
-            "console",
-            (message) =>
-                void (/Content Security|Trusted/.test(message.text()) && faults.push(message.text())),
-        );
+        page.on("console", (message) => {
+            if (/Content Security|Trusted/.test(message.text())) faults.push(message.text());
+        });
         try {
             await run(page);
             assert.deepEqual(faults, []);
         } catch (error) {
-            mkdirSync(screenshots, { recursive: true });
+            fs.mkdirSync(screenshots, { recursive: true });
             if (page.isClosed()) throw error;
             await page.screenshot({ path: join(screenshots, `${name.replace(/\W+/g, "-")}.png`) });
             throw error;

@@ -1,10 +1,8 @@
 // The grid in a browser, on a gallery of real captures.
 import assert from "node:assert/strict";
-import { readFileSync, rmSync, writeFileSync } from "node:fs";
-import { join } from "node:path";
-import { after, before } from "node:test";
+import { rmSync } from "node:fs";
 import type { Locator, Page, Request } from "playwright-core";
-import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+import { cell, expectAccessible, focusOn, pageTest, serving, Site } from "./gallery.js";
 
 const site = new Site();
 const empty = new Site();
@@ -15,30 +13,17 @@ const SAMPLES = 15;
 // Captures in a row: as many more move all that come after them.
 const ROW = 7;
 
-const addRow = (name: string, minute: number): string[] =>
-    Array.from({ length: ROW }, (_, place) => site.add(`Laps/${name} ${place}.png`, minute + place));
-
-before(async () => {
+serving([site, empty], () => {
     site.addSamples();
     for (let lap = 0; lap < LAPS; ++lap) site.add(`Laps/Lap ${lap}.png`, lap);
-    await Promise.all([site.start(), empty.start(), startBrowser()]);
-});
-
-after(async () => {
-    await stopBrowser();
-    await site.stop();
-    await empty.stop();
 });
 
 const grid = (page: Page): Locator => page.getByRole("grid", { name: "Captures" });
 const cells = (page: Page): Locator => page.getByRole("gridcell");
-const cell = (page: Page, title: string): Locator => page.getByRole("gridcell", { name: `${title}, ` });
 const loaded = (page: Page, count: number): Promise<void> =>
     page
         .getByRole("heading", { name: `Gallery ${count} capture${count === 1 ? "" : "s"}`, exact: true })
         .waitFor();
-const focused = (page: Page): Promise<string> =>
-    page.evaluate(() => document.activeElement?.ariaLabel?.split(",")[0] ?? "nothing");
 const scrollTo = (page: Page, top: number): Promise<void> =>
     grid(page).evaluate((scroller, to) => void (scroller.scrollTop = to), top);
 
@@ -83,39 +68,35 @@ pageTest("all captures are shown, newest first, and can be found", site, async (
     await loaded(page, LAPS + SAMPLES);
 });
 
-pageTest(
-    "the grid holds few elements and asks for few thumbnails, however far it is scrolled",
-    site,
-    async (page) => {
-        // Without those that began before.
-        const underWay = new Set<Request>();
-        let most = 0;
-        page.on("request", (request) => {
-            if (request.url().includes("/thumb/")) most = Math.max(most, underWay.add(request).size);
-        });
-        for (const end of ["requestfinished", "requestfailed"] as const)
-            page.on(end as "requestfinished", (request) => void underWay.delete(request));
-        await loaded(page, LAPS + SAMPLES);
-        const counts = await grid(page).evaluate(async (scroller) => {
-            let elements = 0;
-            let images = 0;
-            for (let top = 0; top < scroller.scrollHeight; top += 150) {
-                scroller.scrollTop = top;
-                await new Promise(requestAnimationFrame);
-                elements = Math.max(elements, scroller.querySelectorAll("*").length);
-                images = Math.max(images, scroller.querySelectorAll("img").length);
-            }
-            return { elements, images };
-        });
-        assert.ok(counts.elements <= 250 && counts.images <= 64, JSON.stringify(counts));
-        // The last row is seen, and has its pictures.
-        await cell(page, "Start line").last().locator("img").waitFor();
-        assert.ok(most > 0 && most <= 4, `${most} requests at a time`);
-        await page.getByRole("slider", { name: "Jump to" }).focus();
-        await page.keyboard.press("Home");
-        await cell(page, "Lap 399").waitFor();
-    },
-);
+pageTest("the grid holds few elements and asks for few thumbnails", site, async (page) => {
+    // Without those that began before.
+    const underWay = new Set<Request>();
+    let most = 0;
+    page.on("request", (request) => {
+        if (request.url().includes("/thumb/")) most = Math.max(most, underWay.add(request).size);
+    });
+    for (const end of ["requestfinished", "requestfailed"] as const)
+        page.on(end as "requestfinished", (request) => void underWay.delete(request));
+    await loaded(page, LAPS + SAMPLES);
+    const counts = await grid(page).evaluate(async (scroller) => {
+        let elements = 0;
+        let images = 0;
+        for (let top = 0; top < scroller.scrollHeight; top += 150) {
+            scroller.scrollTop = top;
+            await new Promise(requestAnimationFrame);
+            elements = Math.max(elements, scroller.querySelectorAll("*").length);
+            images = Math.max(images, scroller.querySelectorAll("img").length);
+        }
+        return { elements, images };
+    });
+    assert.ok(counts.elements <= 250 && counts.images <= 64, JSON.stringify(counts));
+    // The last row is seen, and has its pictures.
+    await cell(page, "Start line").last().locator("img").waitFor();
+    assert.ok(most > 0 && most <= 4, `${most} requests at a time`);
+    await page.getByRole("slider", { name: "Jump to" }).focus();
+    await page.keyboard.press("Home");
+    await cell(page, "Lap 399").waitFor();
+});
 
 pageTest("what one looks at stays where it is while captures come and go", site, async (page) => {
     await loaded(page, LAPS + SAMPLES);
@@ -123,19 +104,19 @@ pageTest("what one looks at stays where it is while captures come and go", site,
     await cell(page, "Lap 270").waitFor();
     const seen = await firstSeen(page);
     const top = await topOf(page, seen);
-    const added = addRow("New", LAPS + 1);
+    const added = [...Array(ROW).keys()].map((place) => site.add(`Laps/New ${place}.png`, LAPS + 1 + place));
     const earlier = site.add("Laps/Earlier.png", LAPS - 20);
     await page.getByRole("button", { name: `${ROW + 1} new` }).waitFor();
     assert.equal(await topOf(page, seen), top);
     await expectAccessible(page);
     await page.getByRole("button", { name: "new" }).click();
-    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("New 6, "));
+    await focusOn(page, "New 6");
     await cell(page, "Earlier").waitFor();
     await page.getByRole("button", { name: "new" }).waitFor({ state: "detached" });
     // The focus goes to what takes the place of a capture that goes.
     for (const path of added) rmSync(path);
     await loaded(page, LAPS + SAMPLES + 1);
-    await page.waitForFunction(() => document.activeElement?.ariaLabel?.startsWith("Lap 399, "));
+    await focusOn(page, "Lap 399");
     rmSync(earlier);
     await loaded(page, LAPS + SAMPLES);
 });
@@ -144,10 +125,7 @@ pageTest("the keyboard reaches and selects every capture", site, async (page) =>
     await loaded(page, LAPS + SAMPLES);
     const press = async (keys: string, to: string): Promise<void> => {
         await page.keyboard.press(keys);
-        await page.waitForFunction(
-            (title) => document.activeElement?.ariaLabel?.startsWith(`${title}, `),
-            to,
-        );
+        await focusOn(page, to);
     };
     await page.getByRole("slider", { name: "Size" }).focus();
     await press("Tab", "Lap 399");
@@ -159,7 +137,7 @@ pageTest("the keyboard reaches and selects every capture", site, async (page) =>
     await press("Control+End", "Start line");
     await scrollTo(page, 0);
     await cell(page, "Lap 399").waitFor();
-    assert.equal(await focused(page), "Start line");
+    await focusOn(page, "Start line");
     await press("Control+Home", "Lap 399");
     await page.keyboard.press("Space");
     await selection.getByText("7 selected").waitFor();
@@ -172,15 +150,11 @@ pageTest("the keyboard reaches and selects every capture", site, async (page) =>
 
 pageTest("a broken file says so in its cell, and can be tried again", site, async (page) => {
     await loaded(page, LAPS + SAMPLES);
-    const good = readFileSync(join(site.gallery, "Rustwind Rally/Start line.png"));
-    const broken = Buffer.from(good);
-    // The pixels are gone, and what makes it a capture is left.
-    broken.fill(0x55, broken.indexOf("IDAT") + 4, broken.indexOf("IEND") - 8);
-    const path = site.addBytes("Laps/Broken.png", LAPS + 2, broken);
+    const { path, mend } = site.addBroken("Laps/Broken.png", LAPS + 2);
     const found = page.getByRole("gridcell", { name: /^Broken, .*, cannot be shown$/ });
     await found.getByRole("button", { name: "Open folder" }).waitFor();
     await expectAccessible(page);
-    writeFileSync(path, good);
+    mend();
     await found.getByRole("button", { name: "Retry" }).click();
     await cell(page, "Broken").locator("img").waitFor();
     rmSync(path);
@@ -197,28 +171,3 @@ pageTest(
     },
     { locale: "de-DE" },
 );
-
-pageTest("after the connection was lost the page catches up in its place", site, async (page) => {
-    const connections: { close(options: { code: number }): Promise<void> }[] = [];
-    await page.routeWebSocket("**/socket", (route) => {
-        route.connectToServer();
-        connections.push(route);
-    });
-    await page.reload();
-    await loaded(page, LAPS + SAMPLES);
-    await scrollTo(page, 3000);
-    await cell(page, "Lap 270").waitFor();
-    const seen = await firstSeen(page);
-    const top = await topOf(page, seen);
-    const added = addRow("Meanwhile", LAPS + 1);
-    await connections[0]!.close({ code: 1012 });
-    await page.getByText("The connection was lost").waitFor();
-    await expectAccessible(page);
-    await loaded(page, LAPS + SAMPLES + ROW);
-    await page.getByText("The connection was lost").waitFor({ state: "detached" });
-    assert.equal(await topOf(page, seen), top);
-    for (const path of added) rmSync(path);
-    await loaded(page, LAPS + SAMPLES);
-    await connections[1]!.close({ code: 4401 });
-    await page.getByText("an earlier start").waitFor();
-});

@@ -1,26 +1,13 @@
 // What a launch of the server brings: the demonstration's gallery, and what was chosen before.
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
-import { after, before } from "node:test";
 import { setTimeout } from "node:timers/promises";
-import type { Page } from "playwright-core";
-import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+import { expectAccessible, pageTest, serving, Site } from "./gallery.js";
 
-const demo = new Site();
+const demo = new Site(["--demo"]);
 const site = new Site();
 
-before(async () => {
-    site.addSamples();
-    await Promise.all([demo.start("--demo"), site.start(), startBrowser()]);
-});
-
-after(async () => {
-    await stopBrowser();
-    await Promise.all([demo.stop(), site.stop()]);
-});
-
-const seconds = (page: Page): Promise<number> =>
-    page.locator("video").evaluate(({ currentTime }: HTMLVideoElement) => currentTime);
+serving([demo, site], () => site.addSamples());
 
 pageTest("the demonstration has pictures, highlights, captions, and videos that play", demo, async (page) => {
     await page.getByRole("heading", { name: "40 captures" }).waitFor();
@@ -37,23 +24,11 @@ pageTest("the demonstration has pictures, highlights, captions, and videos that 
     await dialog.getByLabel("Details").getByText("MIND THE GAP").waitFor();
     await page.waitForFunction(() => document.querySelector("video")!.currentTime > 0.2);
     await dialog.getByRole("button", { name: "Pause" }).click();
-    const { duration, size } = await page
-        .locator("video")
-        .evaluate(({ duration, videoWidth, videoHeight }: HTMLVideoElement) => ({
-            duration,
-            size: [videoWidth, videoHeight],
-        }));
-    assert.deepEqual(size, [640, 360]);
-    assert.ok(Math.abs(duration - 4) < 0.1, String(duration));
-    const position = dialog.getByRole("slider", { name: "Seek" });
-    await position.press("Home");
-    await page.waitForFunction(() => document.querySelector("video")!.currentTime === 0);
-    // One frame on, of thirty a second.
-    await dialog.getByRole("button", { name: "Play", exact: true }).press(".");
-    await page.waitForFunction(() => document.querySelector("video")!.currentTime > 0);
-    assert.ok((await seconds(page)) < 2 / 30 + 0.001, String(await seconds(page)));
-    await position.press("End");
-    await page.waitForFunction(() => document.querySelector("video")!.currentTime > 3.8);
+    const made = await page.evaluate(() => {
+        const { duration, videoWidth, videoHeight } = document.querySelector("video")!;
+        return [duration.toFixed(1), videoWidth, videoHeight];
+    });
+    assert.deepEqual(made, ["4.0", 640, 360]);
     assert.match(ranges[0]!, /^bytes 0-\d+\/\d+$/);
 });
 

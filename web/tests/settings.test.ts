@@ -2,22 +2,14 @@
 import assert from "node:assert/strict";
 import { mkdirSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
-import { after, before, test } from "node:test";
+import { test } from "node:test";
 import type { Locator, Page } from "playwright-core";
 import { changesOf, formOf, rebased } from "../src/model/settings.js";
-import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+import { expectAccessible, pageTest, serving, Site } from "./gallery.js";
 
 const site = new Site();
 
-before(async () => {
-    site.addSamples();
-    await Promise.all([site.start(), startBrowser()]);
-});
-
-after(async () => {
-    await stopBrowser();
-    await site.stop();
-});
+serving([site], () => site.addSamples());
 
 test("only what was changed is sent, and what was typed stays", () => {
     const capacity = { enabled: false, capacityPercent: 150 };
@@ -73,49 +65,41 @@ pageTest("folders and the limit are changed, and refusals say why", site, async 
     );
 });
 
-pageTest(
-    "a changed gallery shows what it holds, and leads back while it is looked through",
-    site,
-    async (page) => {
-        let holds = false;
-        await page.routeWebSocket("**/socket", (route) => {
-            const server = route.connectToServer();
-            // No search ends before somebody ends it.
-            server.onMessage((data) => {
-                const text = String(data);
-                route.send(
-                    holds ? text.replace(/"TrackerUpdateComplete"/g, '"TrackerUpdateInProgress"') : text,
-                );
-            });
-            route.onMessage((data) => {
-                if (String(data).includes("CancelPathUpdate")) holds = false;
-                server.send(data);
-            });
+pageTest("a changed gallery shows what it holds, and leads back meanwhile", site, async (page) => {
+    let holds = false;
+    await page.routeWebSocket("**/socket", (route) => {
+        const server = route.connectToServer();
+        // No search ends before somebody ends it.
+        const held = (text: string) => text.replace(/"TrackerUpdateComplete"/g, '"TrackerUpdateInProgress"');
+        server.onMessage((data) => route.send(holds ? held(String(data)) : data));
+        route.onMessage((data) => {
+            if (String(data).includes("CancelPathUpdate")) holds = false;
+            server.send(data);
         });
-        await page.reload();
-        const folder = await open(page);
-        const other = join(site.folder, "other");
-        mkdirSync(other);
-        writeFileSync(join(other, "readme.txt"), "no capture");
-        holds = true;
-        await folder.fill(other);
-        await dialog(page).getByText("The captures stay in the old folder").waitFor();
-        await save(page);
-        const back = dialog(page).getByRole("button", { name: "Back to the old folder" });
-        await back.waitFor();
-        await expectAccessible(page);
-        await back.click();
-        await back.waitFor({ state: "detached" });
-        await page.waitForFunction(
-            (path) => document.querySelector<HTMLInputElement>("dialog input")?.value === path,
-            site.gallery,
-        );
-        await folder.fill(other);
-        await save(page);
-        await dialog(page).getByText("Saved").waitFor();
-        await back.waitFor({ state: "detached" });
-        await page.keyboard.press("Escape");
-        await page.getByText("No captures yet").waitFor();
-        await page.getByText(other).waitFor();
-    },
-);
+    });
+    await page.reload();
+    const folder = await open(page);
+    const other = join(site.folder, "other");
+    mkdirSync(other);
+    writeFileSync(join(other, "readme.txt"), "no capture");
+    holds = true;
+    await folder.fill(other);
+    await dialog(page).getByText("The captures stay in the old folder").waitFor();
+    await save(page);
+    const back = dialog(page).getByRole("button", { name: "Back to the old folder" });
+    await back.waitFor();
+    await expectAccessible(page);
+    await back.click();
+    await back.waitFor({ state: "detached" });
+    await page.waitForFunction(
+        (path) => document.querySelector<HTMLInputElement>("dialog input")?.value === path,
+        site.gallery,
+    );
+    await folder.fill(other);
+    await save(page);
+    await dialog(page).getByText("Saved").waitFor();
+    await back.waitFor({ state: "detached" });
+    await page.keyboard.press("Escape");
+    await page.getByText("No captures yet").waitFor();
+    await page.getByText(other).waitFor();
+});

@@ -1,35 +1,23 @@
 // Looking at one capture, writing its caption, cutting it: in a browser, on real captures.
 import assert from "node:assert/strict";
-import { readFileSync, rmSync, writeFileSync } from "node:fs";
-import { join } from "node:path";
+import { rmSync } from "node:fs";
 import { isDeepStrictEqual } from "node:util";
-import { after, before } from "node:test";
 import type { Locator, Page } from "playwright-core";
-import { expectAccessible, pageTest, Site, startBrowser, stopBrowser } from "./gallery.js";
+import { button, cell, expectAccessible, focusOn, pageTest, serving, Site } from "./gallery.js";
 
 const site = new Site();
 const PICTURES = 60;
 const FRAMES = 150;
 
-before(async () => {
+serving([site], () => {
     site.addSamples();
     for (let number = 0; number < PICTURES; ++number)
         site.add(`Laps/Lap ${number}.png`, number < 30 ? number : 1000 + number);
     site.addVideo("Races/Final.mp4", 500, FRAMES, 30);
-    await Promise.all([site.start(), startBrowser()]);
 });
 
-after(async () => {
-    await stopBrowser();
-    await site.stop();
-});
-
-const cell = (page: Page, title: string): Locator => page.getByRole("gridcell", { name: `${title}, ` });
 const viewer = (page: Page, title: string): Locator => page.getByRole("dialog", { name: title, exact: true });
-const button = (page: Page, name: string): Locator => page.getByRole("button", { name, exact: true });
 const slider = (page: Page, name: string): Locator => page.getByRole("slider", { name, exact: true });
-const focusOn = (page: Page, title: string): Promise<unknown> =>
-    page.waitForFunction((name) => document.activeElement?.ariaLabel?.startsWith(`${name}, `), title);
 
 /** Finds a capture in the grid, wherever it is, and opens it. */
 async function open(page: Page, title: string): Promise<Locator> {
@@ -38,6 +26,11 @@ async function open(page: Page, title: string): Promise<Locator> {
     await page.getByRole("dialog", { name: title, exact: true }).waitFor();
     return viewer(page, title);
 }
+
+const PICTURE = ".frame img:not(.preview)";
+
+const shown = (page: Page, image: string): Promise<unknown> =>
+    page.waitForFunction((found) => document.querySelector<HTMLImageElement>(found)?.naturalWidth, image);
 
 /** The number that the frame shows, in binary. */
 const shownFrame = (page: Page): Promise<number> =>
@@ -52,11 +45,15 @@ const shownFrame = (page: Page): Promise<number> =>
         return [...Array(12).keys()].reduce((bits, place) => 2 * bits + (data[4 * place]! > 128 ? 1 : 0), 0);
     });
 
-async function expectFrame(page: Page, frame: number): Promise<void> {
-    for (let look = 0; look < 600 && (await shownFrame(page)) !== frame; ++look)
+/** Waits for what the frames to come will show. */
+async function becomes<T>(page: Page, read: () => Promise<T>, wanted: T): Promise<void> {
+    for (let frame = 0; frame < 600 && !isDeepStrictEqual(await read(), wanted); ++frame)
         await page.evaluate(() => new Promise(requestAnimationFrame));
-    assert.equal(await shownFrame(page), frame);
+    assert.deepEqual(await read(), wanted);
 }
+
+const expectFrame = (page: Page, frame: number): Promise<void> =>
+    becomes(page, () => shownFrame(page), frame);
 
 pageTest("the viewer leads through the captures and back to the cell of the last one", site, async (page) => {
     await cell(page, "Lap 59").focus();
@@ -88,19 +85,10 @@ pageTest("the viewer leads through the captures and back to the cell of the last
     assert.equal(await page.evaluate(() => history.length), entries + 1);
 });
 
-/** Waits for what the frames to come will show. */
-async function becomes<T>(page: Page, read: () => Promise<T>, wanted: T): Promise<void> {
-    for (let frame = 0; frame < 300 && !isDeepStrictEqual(await read(), wanted); ++frame)
-        await page.evaluate(() => new Promise(requestAnimationFrame));
-    assert.deepEqual(await read(), wanted);
-}
-
 pageTest("a picture is zoomed at the pointer, by keys and fingers, and moved", site, async (page) => {
     const dialog = await open(page, "Valley");
     const picture = dialog.getByRole("img", { name: "Valley" });
-    await page.waitForFunction(
-        () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")?.naturalWidth,
-    );
+    await shown(page, PICTURE);
     const box = async () => (await picture.boundingBox())!;
     const whole = await box();
     const at = { x: Math.round(whole.x + whole.width * 0.3), y: Math.round(whole.y + whole.height * 0.6) };
@@ -109,12 +97,7 @@ pageTest("a picture is zoomed at the pointer, by keys and fingers, and moved", s
         return [(at.x - x) / width, (at.y - y) / height].map((value) => value.toFixed(2));
     };
     const zoomed = (isLarger: boolean) =>
-        page.waitForFunction(
-            ([width, larger]) =>
-                document.querySelector(".frame img:not(.preview)")!.getBoundingClientRect().width > width! ===
-                larger,
-            [whole.width * 1.2, isLarger] as const,
-        );
+        becomes(page, async () => (await box()).width > whole.width * 1.2, isLarger);
     await page.mouse.move(at.x, at.y);
     await page.mouse.wheel(0, -400);
     await zoomed(true);
@@ -174,9 +157,9 @@ pageTest("a video is played, sought and stepped through by keys", site, async (p
     await page.keyboard.press("r");
     const state = await page.evaluate(() => {
         const { playbackRate, muted, loop } = document.querySelector("video")!;
-        return { playbackRate, muted, loop };
+        return [playbackRate, muted, loop];
     });
-    assert.deepEqual(state, { playbackRate: 0.5, muted: true, loop: true });
+    assert.deepEqual(state, [0.5, true, true]);
     await page.keyboard.press("f");
     await page.waitForFunction(() => document.fullscreenElement !== null);
     await expectAccessible(page);
@@ -199,11 +182,9 @@ pageTest("the next two and the previous one are loaded, and dropped in fast trav
     });
     await page.getByRole("searchbox").fill("Lap");
     await cell(page, "Lap 55").dblclick();
-    await page.waitForFunction(
-        () =>
-            performance.getEntriesByType("resource").filter(({ name }) => name.includes("/media/")).length ===
-            4,
-    );
+    const loaded = () =>
+        performance.getEntriesByType("resource").filter(({ name }) => name.includes("/media/")).length;
+    await becomes(page, () => page.evaluate(loaded), 4);
     assert.equal(asked.length, 4);
     hold = true;
     const dropped: string[] = [];
@@ -213,11 +194,9 @@ pageTest("the next two and the previous one are loaded, and dropped in fast trav
     while (asked.length < 5) await page.waitForEvent("request");
     for (let step = 0; step < 3; ++step) await page.keyboard.press("ArrowRight");
     await viewer(page, "Lap 49").waitFor();
-    const shown = await page.evaluate(
-        () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")!.src,
-    );
+    const source = await page.locator(PICTURE).evaluate(({ src }: HTMLImageElement) => src);
     const held = () => asked.slice(4).filter((one) => !dropped.includes(one));
-    while (held().join() !== shown) await page.evaluate(() => new Promise(requestAnimationFrame));
+    while (held().join() !== source) await page.evaluate(() => new Promise(requestAnimationFrame));
 });
 
 pageTest("a capture that goes or is deleted gives way to the next one", site, async (page) => {
@@ -240,34 +219,25 @@ pageTest("a capture that goes or is deleted gives way to the next one", site, as
     await focusOn(page, "Lap 59");
 });
 
-pageTest(
-    "what the browser cannot show is shown as its thumbnail, and what is broken by name",
-    site,
-    async (page) => {
-        const dialog = await open(page, "Second lap");
-        await page.getByText("This browser cannot show this file").waitFor();
-        await dialog.getByRole("button", { name: "Open in player" }).waitFor();
-        await page.waitForFunction(
-            () => document.querySelector<HTMLImageElement>("unshown-capture img")?.naturalWidth,
-        );
-        await expectAccessible(page);
-        await page.keyboard.press("Escape");
-        const good = readFileSync(join(site.gallery, "Rustwind Rally/Start line.png"));
-        const broken = Buffer.from(good);
-        broken.fill(0x55, broken.indexOf("IDAT") + 4, broken.indexOf("IEND") - 8);
-        const path = site.addBytes("Laps/Broken.png", 2001, broken);
-        await open(page, "Broken");
-        await page.getByText("This file is damaged").waitFor();
-        await page.getByText("Broken.png", { exact: true }).waitFor();
-        await viewer(page, "Broken").getByRole("button", { name: "Open folder" }).waitFor();
-        writeFileSync(path, good);
-        await viewer(page, "Broken").getByRole("button", { name: "Retry" }).click();
-        await page.waitForFunction(
-            () => document.querySelector<HTMLImageElement>(".frame img:not(.preview)")?.naturalWidth === 640,
-        );
-        rmSync(path);
-    },
-);
+pageTest("what the browser cannot show, and what is broken", site, async (page) => {
+    const dialog = await open(page, "Second lap");
+    await page.getByText("This browser cannot show this file").waitFor();
+    await dialog.getByRole("button", { name: "Open in player" }).waitFor();
+    await shown(page, "unshown-capture img");
+    await expectAccessible(page);
+    await page.keyboard.press("Escape");
+    const { path, mend } = site.addBroken("Laps/Broken.png", 2001);
+    await open(page, "Broken");
+    await page.getByText("This file is damaged").waitFor();
+    await page.getByText("Broken.png", { exact: true }).waitFor();
+    await viewer(page, "Broken").getByRole("button", { name: "Open folder" }).waitFor();
+    mend();
+    await viewer(page, "Broken").getByRole("button", { name: "Retry" }).click();
+    await shown(page, PICTURE);
+    const width = await page.locator(PICTURE).evaluate(({ naturalWidth }: HTMLImageElement) => naturalWidth);
+    assert.equal(width, 640);
+    rmSync(path);
+});
 
 pageTest("a caption is seen as it is typed, and survives a failure", site, async (page) => {
     await open(page, "Lap 58");
@@ -325,89 +295,83 @@ pageTest("Back and Esc close the dialog first, and no caption is lost unasked", 
     await focusOn(page, "Final");
 });
 
-pageTest(
-    "a clip is cut at the frames that were chosen, beside its video and in its place",
-    site,
-    async (page) => {
-        await open(page, "Final");
-        await page.keyboard.press("t");
-        await slider(page, "Start").waitFor();
-        await expectAccessible(page);
-        assert.ok(await button(page, "Save as copy").isDisabled());
-        await slider(page, "Start").focus();
-        await page.keyboard.press("Alt+ArrowRight");
-        await page.getByText("The clip will start at 0:01.00, on a keyframe").waitFor();
-        await page.keyboard.press("PageUp");
-        await page.keyboard.press("ArrowRight");
-        await expectFrame(page, 41);
-        assert.equal(await slider(page, "Start").getAttribute("aria-valuetext"), "0:01.36");
-        await page.getByText("the keyframe before, 0:01.00").waitFor();
-        await slider(page, "End").focus();
-        await page.keyboard.press("Home");
-        for (let step = 0; step < 3; ++step) await page.keyboard.press("PageUp");
-        await expectFrame(page, 71);
-        await expectAccessible(page);
-        await button(page, "Loop").click();
-        await button(page, "Pause").waitFor();
-        await button(page, "Loop").click();
-        await page.keyboard.press("k");
-        await button(page, "Save as copy").click();
-        await focusOn(page, "Final (clip)");
-        await page.getByRole("toolbar", { name: "Selection" }).getByText("1 selected").waitFor();
-        // The clip holds those frames, and no other.
-        await page.keyboard.press("Enter");
-        await page.waitForFunction(() => document.querySelector("video")?.readyState === 4);
-        await page.keyboard.press("k");
-        await page.keyboard.press("j");
-        await expectFrame(page, 41);
-        await slider(page, "Seek").focus();
-        await page.keyboard.press("End");
-        await expectFrame(page, 71);
-        await page.keyboard.press("Escape");
+pageTest("a clip is cut at the chosen frames, beside its video and in its place", site, async (page) => {
+    await open(page, "Final");
+    await page.keyboard.press("t");
+    await slider(page, "Start").waitFor();
+    await expectAccessible(page);
+    assert.ok(await button(page, "Save as copy").isDisabled());
+    await slider(page, "Start").focus();
+    await page.keyboard.press("Alt+ArrowRight");
+    await page.getByText("The clip will start at 0:01.00, on a keyframe").waitFor();
+    await page.keyboard.press("PageUp");
+    await page.keyboard.press("ArrowRight");
+    await expectFrame(page, 41);
+    assert.equal(await slider(page, "Start").getAttribute("aria-valuetext"), "0:01.36");
+    await page.getByText("the keyframe before, 0:01.00").waitFor();
+    await slider(page, "End").focus();
+    await page.keyboard.press("Home");
+    for (let step = 0; step < 3; ++step) await page.keyboard.press("PageUp");
+    await expectFrame(page, 71);
+    await expectAccessible(page);
+    await button(page, "Loop").click();
+    await button(page, "Pause").waitFor();
+    await button(page, "Loop").click();
+    await page.keyboard.press("k");
+    await button(page, "Save as copy").click();
+    await focusOn(page, "Final (clip)");
+    await page.getByRole("toolbar", { name: "Selection" }).getByText("1 selected").waitFor();
+    // The clip holds those frames, and no other.
+    await page.keyboard.press("Enter");
+    await page.waitForFunction(() => document.querySelector("video")?.readyState === 4);
+    await page.keyboard.press("k");
+    await page.keyboard.press("j");
+    await expectFrame(page, 41);
+    await slider(page, "Seek").focus();
+    await page.keyboard.press("End");
+    await expectFrame(page, 71);
+    await page.keyboard.press("Escape");
 
-        await open(page, "Final");
-        await page.keyboard.press("t");
-        await slider(page, "Position").focus();
-        await page.keyboard.press("Home");
-        for (const key of ["ArrowRight", "ArrowRight", "i", "PageUp", "o"]) await page.keyboard.press(key);
-        // What is shown is the first, and then the last frame of it.
-        const times = async () => [
-            await slider(page, "Start").getAttribute("aria-valuetext"),
-            await slider(page, "End").getAttribute("aria-valuetext"),
-        ];
-        assert.deepEqual(await times(), ["0:00.06", "0:00.43"]);
-        const bar = (await page.locator("trim-bar").boundingBox())!;
-        const grip = (await slider(page, "End").boundingBox())!;
-        await page.mouse.move(grip.x + 3, grip.y + 20);
-        await page.mouse.down();
-        // A drag goes on beyond the bar.
-        await page.mouse.move(bar.x + bar.width * 2, bar.y - 200, { steps: 3 });
-        assert.deepEqual(await times(), ["0:00.06", "0:05.01"]);
-        await page.mouse.move(bar.x + bar.width * 0.2, bar.y - 200, { steps: 3 });
-        await page.mouse.up();
-        assert.deepEqual(await times(), ["0:00.06", "0:01.00"]);
-        await page.getByRole("textbox", { name: "Start time" }).fill("0");
-        await page.getByRole("textbox", { name: "Length" }).fill("half");
-        await page.keyboard.press("Enter");
-        await page.getByText("This is not a time").waitFor();
-        await page.getByRole("textbox", { name: "End time" }).fill("2");
-        await page.keyboard.press("Enter");
-        await page.getByText("A copy is saved as Final (clip 2).mp4").waitFor();
-        await button(page, "Replace original").click();
-        await page.getByText("lost for good").waitFor();
-        await expectAccessible(page);
-        // Nothing is replaced by a click too many.
-        await page.keyboard.press("Enter");
-        await button(page, "Replace original").click();
-        await button(page, "Replace it now").click();
-        // The focus is on the clip, and not on what it takes the place of.
-        await page.waitForFunction(() =>
-            document.activeElement?.matches('[aria-label^="Final, "][data-badge="0:02"]'),
-        );
-        await page.getByText("The clip was saved").waitFor({ state: "attached" });
-        await page.keyboard.press("Enter");
-        await page.waitForFunction(
-            () => Math.abs((document.querySelector("video")?.duration ?? 0) - 2) < 0.05,
-        );
-    },
-);
+    await open(page, "Final");
+    await page.keyboard.press("t");
+    await slider(page, "Position").focus();
+    await page.keyboard.press("Home");
+    for (const key of ["ArrowRight", "ArrowRight", "i", "PageUp", "o"]) await page.keyboard.press(key);
+    // What is shown is the first, and then the last frame of it.
+    const times = async () => [
+        await slider(page, "Start").getAttribute("aria-valuetext"),
+        await slider(page, "End").getAttribute("aria-valuetext"),
+    ];
+    assert.deepEqual(await times(), ["0:00.06", "0:00.43"]);
+    const bar = (await page.locator("trim-bar").boundingBox())!;
+    const grip = (await slider(page, "End").boundingBox())!;
+    await page.mouse.move(grip.x + 3, grip.y + 20);
+    await page.mouse.down();
+    // A drag goes on beyond the bar.
+    await page.mouse.move(bar.x + bar.width * 2, bar.y - 200, { steps: 3 });
+    assert.deepEqual(await times(), ["0:00.06", "0:05.01"]);
+    await page.mouse.move(bar.x + bar.width * 0.2, bar.y - 200, { steps: 3 });
+    await page.mouse.up();
+    assert.deepEqual(await times(), ["0:00.06", "0:01.00"]);
+    await page.getByRole("textbox", { name: "Start time" }).fill("0");
+    await page.getByRole("textbox", { name: "Length" }).fill("half");
+    await page.keyboard.press("Enter");
+    await page.getByText("This is not a time").waitFor();
+    await page.getByRole("textbox", { name: "End time" }).fill("2");
+    await page.keyboard.press("Enter");
+    await page.getByText("A copy is saved as Final (clip 2).mp4").waitFor();
+    await button(page, "Replace original").click();
+    await page.getByText("lost for good").waitFor();
+    await expectAccessible(page);
+    // Nothing is replaced by a click too many.
+    await page.keyboard.press("Enter");
+    await button(page, "Replace original").click();
+    await button(page, "Replace it now").click();
+    // The focus is on the clip, and not on what it takes the place of.
+    await page.waitForFunction(() =>
+        document.activeElement?.matches('[aria-label^="Final, "][data-badge="0:02"]'),
+    );
+    await page.getByText("The clip was saved").waitFor({ state: "attached" });
+    await page.keyboard.press("Enter");
+    await page.waitForFunction(() => Math.abs((document.querySelector("video")?.duration ?? 0) - 2) < 0.05);
+});
