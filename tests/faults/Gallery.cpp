@@ -79,7 +79,9 @@ bool Product::Command(const std::function<int()>& command) {
 std::string Product::Ask(const std::string& method, const std::string& payload) {
     const std::string id = "ask" + std::to_string(++asked_);
     info_->OnJsonMessage(Envelope(method, id, payload).c_str());
-    return container_.WaitFor(3, "\"reference_uniqueid\":\"" + id + "\"").text;
+    std::string answer = container_.WaitFor(3, "\"reference_uniqueid\":\"" + id + "\"").text;
+    if (answer.empty()) throw std::runtime_error("no answer to " + method);
+    return answer;
 }
 
 std::string Product::Log() const {

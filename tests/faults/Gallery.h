@@ -21,7 +21,7 @@ class Product {
 
     // What the instance of now has logged.
     std::string Log() const;
-    // The answer, or "" after a minute without one.
+    // Throws after a minute without an answer.
     std::string Ask(const std::string& method, const std::string& payload);
 
   private:

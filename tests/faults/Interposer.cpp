@@ -23,7 +23,7 @@
 
 #include "tests/faults/Faults.h"
 
-extern "C" void* __libc_malloc(size_t size) noexcept;
+extern "C" void* __libc_malloc(size_t size) noexcept;  // NOLINT(bugprone-reserved-identifier)
 
 namespace {
 

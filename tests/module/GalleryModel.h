@@ -97,7 +97,11 @@ class GalleryModel {
             const auto before = given_.find(Identity(path));
             const bool cameBack = before != given_.end() && before->second == caption;
             if (file.caption && *file.caption != caption && !cameBack)
-                wrong += "\"" + *file.caption + "\" is now \"" + caption + "\": " + path + "\n";
+                wrong.append(*file.caption)
+                    .append(" is now ")
+                    .append(caption)
+                    .append(": ")
+                    .append(path + "\n");
         }
         for (const auto& [path, id] : records.ids)
             if (files_.count(path) == 0) wrong += "on record, and never made: " + path + "\n";

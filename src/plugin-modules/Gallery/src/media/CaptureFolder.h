@@ -17,8 +17,8 @@ bool IsDirectoryEmpty(const std::string& path, bool onlyOwn);
 bool CheckIfThumbnailExistsForFile(const std::string& path, const std::string& extension,
                                    std::string& thumbnail);
 
-// Whether the file is a capture by its bytes: a regular file, and no link, of the product's own. False for one
-// that cannot be read.
+// Whether the file is a capture by its bytes: a regular file, and no link, of the product's own. False for
+// one that cannot be read.
 bool IsOwnCapture(const std::string& path);
 
 // Whether a recorded capture may be deleted. Anybody can edit the file of records, which may thus name any

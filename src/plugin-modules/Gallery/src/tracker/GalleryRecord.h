@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -78,9 +79,8 @@ class GalleryRecord {
     void Promise(Highlight& highlight) EXCLUDES(mutex_);
     // The highest id on record or promised.
     int32_t LastId() const EXCLUDES(mutex_);
-    // Removes these highlights and sets their paths; they stay in their groups.
+    // Removes these highlights, also from their groups, and sets their paths.
     void TakeHighlights(std::vector<TrackedUGC>& records) EXCLUDES(mutex_);
-    void RemoveFromGroups(const std::vector<TrackedUGC>& records) EXCLUDES(mutex_);
     struct Group {
         bool knowsGame = false;
         bool knowsGroup = false;
@@ -115,6 +115,8 @@ class GalleryRecord {
     bool IsFreeId(int32_t id) const REQUIRES(mutex_);
     int32_t NewId() REQUIRES(mutex_);
     void AddTrackedNews(const RecordPtr& entered) REQUIRES(mutex_);
+    const char* RemoveFromGroup(const std::string& game, const std::string& group, const std::set<int>& ids)
+        REQUIRES(mutex_);
     void AddRemovedNews(const RecordPtr& record) REQUIRES(mutex_);
     void AddUsageNews() REQUIRES(mutex_);
 

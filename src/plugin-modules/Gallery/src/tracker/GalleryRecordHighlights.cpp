@@ -63,37 +63,41 @@ void GalleryRecord::Promise(Highlight& highlight) {
 }
 
 void GalleryRecord::TakeHighlights(std::vector<TrackedUGC>& records) {
-    const KXP::MutexLock lock(mutex_);
-    for (TrackedUGC& record : records) {
-        // The usage is not reduced: it is too high, which is safe, until the next rebuild counts again.
-        const RecordPtr taken = records_.Take(record.id, record.profileName, record.highlightGroupId);
-        if (!taken) continue;
-        record.path = taken->path;
-        AddRemovedNews(taken);
-    }
-}
-
-void GalleryRecord::RemoveFromGroups(const std::vector<TrackedUGC>& records) {
-    using Key = std::pair<std::string, std::string>;  // group and game
-    std::map<Key, std::set<int>> groups;
+    std::map<std::pair<std::string, std::string>, std::set<int>> groups;  // by group and game
     for (const TrackedUGC& record : records)
         groups[{record.highlightGroupId, record.profileName}].insert(record.id);
-    for (const auto& [key, ids] : groups) {
-        const auto& [group, game] = key;
-        bool knowsGame = false;
-        bool knowsGroup = false;
-        {
-            KXP::MutexLock lock(mutex_);
-            const auto found = records_.games().find(game);
-            knowsGame = found != records_.games().end();
-            knowsGroup = knowsGame && found->second.groups.count(group) > 0;
-            if (knowsGroup) records_.RemoveFromGroup(game, group, ids);
+    std::vector<const char*> missing;
+    missing.reserve(groups.size());
+    std::vector<RecordPtr> taken;
+    {
+        const KXP::MutexLock lock(mutex_);
+        for (TrackedUGC& record : records) {
+            RecordPtr found = records_.Find(record.id, record.profileName, record.highlightGroupId);
+            if (!found) continue;
+            record.path = found->path;
+            taken.push_back(std::move(found));
         }
-        if (!knowsGame)
-            KXP_LOG(KXP::LogFailure, "DeleteGroupHighlights: Could not find persisted game");
-        else if (!knowsGroup)
-            KXP_LOG(KXP::LogFailure, "GetGroupHighlights: Failed to find the group");
+        // With all memory at hand: a record and its group go together.
+        // The usage is not reduced: it is too high, which is safe, until the next rebuild counts again.
+        for (const RecordPtr& record : taken)
+            records_.Take(*record);
+        for (const auto& [key, ids] : groups)
+            if (const char* const text = RemoveFromGroup(key.second, key.first, ids)) missing.push_back(text);
+        for (const RecordPtr& record : taken)
+            AddRemovedNews(record);
     }
+    for (const char* const text : missing)
+        KXP_LOG(KXP::LogFailure, "%s", text);
+}
+
+// What is missing, for the log; null when nothing is.
+const char* GalleryRecord::RemoveFromGroup(const std::string& game, const std::string& group,
+                                           const std::set<int>& ids) {
+    const auto found = records_.games().find(game);
+    if (found == records_.games().end()) return "DeleteGroupHighlights: Could not find persisted game";
+    if (found->second.groups.count(group) == 0) return "GetGroupHighlights: Failed to find the group";
+    records_.RemoveFromGroup(game, group, ids);
+    return nullptr;
 }
 
 GalleryRecord::Group GalleryRecord::OfGroup(const std::string& game, const std::string& group) const {

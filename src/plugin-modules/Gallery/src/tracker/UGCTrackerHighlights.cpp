@@ -84,7 +84,6 @@ RetVal UGCTracker::GetFilteredHighlights(std::vector<TrackedUGC>& out, const std
 RetVal UGCTracker::DeleteTrackedHighlights(const std::vector<TrackedUGC>& records) {
     std::vector<TrackedUGC> doomed = records;
     record_.TakeHighlights(doomed);
-    record_.RemoveFromGroups(doomed);
     for (const TrackedUGC& record : doomed) {
         if (!DeleteUGC(record).Failed()) continue;
         KXP_LOG(KXP::LogFailure, "Failed to delete media file from disk");

@@ -111,10 +111,34 @@ void RecordStore::ListInGame(const TrackedUGC& record) {
 }
 
 RecordStore::RecordPtr RecordStore::Track(NewUGC record) {
+    const uint64_t place = nextPlace_;
     RecordPtr entered = Append(std::move(record));
     lastId_ = std::max(lastId_, entered->id);
-    ListInGame(*entered);
+    try {
+        ListInGame(*entered);
+    } catch (...) {
+        Unlist(*entered);
+        (void)Detach(place);
+        usageKB_ -= std::min(usageKB_, entered->sizeKB);
+        throw;
+    }
     return entered;
+}
+
+// Takes no memory.
+void RecordStore::Unlist(const TrackedUGC& record) {
+    const auto game = games_.find(record.profileName);
+    if (game == games_.end()) return;
+    const auto erase = [&record](std::vector<int>& ids) {
+        ids.erase(std::remove(ids.begin(), ids.end(), record.id), ids.end());
+    };
+    erase(game->second.recents);
+    const auto group = game->second.groups.find(record.highlightGroupId);
+    if (group != game->second.groups.end()) {
+        erase(group->second);
+        if (group->second.empty()) game->second.groups.erase(group);
+    }
+    if (game->second.recents.empty() && game->second.groups.empty()) games_.erase(game);
 }
 
 RecordStore::RecordPtr RecordStore::Append(NewUGC record) {
@@ -137,11 +161,11 @@ RecordStore::Removed RecordStore::Remove(const std::vector<std::string>& paths, 
             if (entry->place < before) places.insert(entry->place);
     }
     Removed removed;
-    for (const uint64_t place : places) {
-        removed.records.push_back(Detach(place));
-        usageKB_ -= std::min(usageKB_, removed.records.back()->sizeKB);
-    }
+    for (const uint64_t place : places)
+        removed.records.push_back(records_->find(place)->record);
     removed.withoutGame = RemoveFromGames(removed.records);
+    for (const uint64_t place : places)
+        usageKB_ -= std::min(usageKB_, Detach(place)->sizeKB);
     return removed;
 }
 
@@ -153,33 +177,50 @@ RecordStore::RecordPtr RecordStore::Detach(uint64_t place) {
     return detached;
 }
 
-RecordStore::RecordPtr RecordStore::Take(int32_t id, const std::string& game, const std::string& group) {
+const RecordEntry* RecordStore::FindIn(int32_t id, const std::string& game, const std::string& group) const {
     const auto& byId = records_->get<ById>();
     for (auto entry = byId.lower_bound(IdKey(id, 0)); entry != byId.end() && entry->record->id == id; ++entry)
-        if (entry->record->profileName == game && entry->record->highlightGroupId == group)
-            return Detach(entry->place);
+        if (entry->record->profileName == game && entry->record->highlightGroupId == group) return &*entry;
     return nullptr;
 }
 
+RecordStore::RecordPtr RecordStore::Find(int32_t id, const std::string& game,
+                                         const std::string& group) const {
+    const RecordEntry* const found = FindIn(id, game, group);
+    return found ? found->record : nullptr;
+}
+
+void RecordStore::Take(const TrackedUGC& record) {
+    if (const RecordEntry* const found = FindIn(record.id, record.profileName, record.highlightGroupId))
+        (void)Detach(found->place);
+}
+
+// Takes its memory before it changes anything.
 int RecordStore::RemoveFromGames(const std::vector<RecordPtr>& records) {
+    struct Ids {
+        Games::iterator game;
+        std::set<int> all;
+        std::map<std::string, std::set<int>> byGroup;
+    };
     int withoutGame = 0;
-    std::map<std::string_view, std::set<int>> byGame;
-    std::map<std::pair<std::string_view, std::string>, std::set<int>> byGroup;
+    std::map<std::string_view, Ids> byGame;
     for (const RecordPtr& record : records) {
-        if (games_.count(record->profileName) == 0) {
+        const auto game = games_.find(record->profileName);
+        if (game == games_.end()) {
             ++withoutGame;
             continue;
         }
-        byGame[record->profileName].insert(record->id);
-        if (TrackedUGC::IsAHighlight(*record))
-            byGroup[{record->profileName, record->highlightGroupId}].insert(record->id);
+        Ids& ids = byGame[record->profileName];
+        ids.game = game;
+        ids.all.insert(record->id);
+        if (TrackedUGC::IsAHighlight(*record)) ids.byGroup[record->highlightGroupId].insert(record->id);
     }
-    for (const auto& [key, ids] : byGroup)
-        EraseFromGroup(games_[std::string(key.first)], key.second, ids);
     for (const auto& [name, ids] : byGame) {
-        const auto game = games_.find(std::string(name));
-        Erase(game->second.recents, ids);
-        if (game->second.recents.empty() && game->second.groups.empty()) games_.erase(game);
+        TrackedUGCGame& game = ids.game->second;
+        for (const auto& [group, groupIds] : ids.byGroup)
+            EraseFromGroup(game, group, groupIds);
+        Erase(game.recents, ids.all);
+        if (game.recents.empty() && game.groups.empty()) games_.erase(ids.game);
     }
     return withoutGame;
 }

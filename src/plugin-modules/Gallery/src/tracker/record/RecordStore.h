@@ -96,9 +96,11 @@ class RecordStore {
     uint64_t SumKB() const;
     const Games& games() const { return games_; }
 
-    // Removes the record with this id, game and group, and leaves its game and the usage unchanged. Null when
-    // there is none.
-    RecordPtr Take(int32_t id, const std::string& game, const std::string& group);
+    // The record with this id, game and group; null when there is none.
+    RecordPtr Find(int32_t id, const std::string& game, const std::string& group) const;
+    // Removes the one with those of `record`, and leaves its game and the usage unchanged. Takes no memory,
+    // nor does RemoveFromGroup.
+    void Take(const TrackedUGC& record);
     // Removes ids from a game's recents and from one of its groups. Removes a group that is then empty, but
     // not the game.
     void RemoveFromGroup(const std::string& game, const std::string& group, const std::set<int>& ids);
@@ -107,6 +109,8 @@ class RecordStore {
     bool HasUniqueIds() const;
     void RepairIds();
     void ListInGame(const TrackedUGC& record);
+    void Unlist(const TrackedUGC& record);
+    const RecordEntry* FindIn(int32_t id, const std::string& game, const std::string& group) const;
     RecordPtr Append(NewUGC record);
     RecordPtr Exchange(const RecordEntry& old, TrackedUGC record);
     RecordPtr Detach(uint64_t place);
