@@ -34,9 +34,10 @@ int PluginModuleBase::CommandQueue::Start(std::shared_ptr<JSONMessage> message) 
 int PluginModuleBase::CommandQueue::Stop(std::shared_ptr<JSONMessage> message) {
     EndWatch();
     const auto report = std::make_shared<Report>();
-    taskQueue_.EnqueueCommand([this, message, report] {
+    auto response = Message::CreateResponse(*message);
+    taskQueue_.EnqueueCommand([this, message, report, response = std::move(response)]() mutable {
         Run(
-            Message::CreateResponse(*message), [&] { return module_.Stop(message); }, report.get());
+            std::move(response), [&] { return module_.Stop(message); }, report.get());
         report->end.Report();
     });
     WatchStop(std::move(message), report);
@@ -76,7 +77,7 @@ int PluginModuleBase::CommandQueue::Resume(std::shared_ptr<JSONMessage> message)
 }
 
 int PluginModuleBase::CommandQueue::Enqueue(std::shared_ptr<JSONMessage> message, Command command) {
-    // Made beforehand: a command that has begun is answered, also when memory runs out.
+    // Made beforehand, as for a stop: a command that has begun is answered, also when memory runs out.
     auto response = Message::CreateResponse(*message);
     taskQueue_.EnqueueCommand(
         [this, message = std::move(message), response = std::move(response), command]() mutable {
