@@ -19,7 +19,7 @@ class Product {
     // Whatever state it is in.
     void Down();
 
-    // What the instance of now has logged.
+    // What this object's product has logged.
     std::string Log() const;
     // Throws after a minute without an answer.
     std::string Ask(const std::string& method, const std::string& payload);

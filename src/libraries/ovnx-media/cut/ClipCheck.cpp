@@ -15,6 +15,10 @@ constexpr uint64_t kMostCompared = 64u << 20;
     throw Failure(OVNX_MEDIA_UNFAITHFUL, "the clip differs from its source: " + what);
 }
 
+std::string_view DescriptionsIn(std::string_view track) {
+    return ContentAt(track, {"mdia", "minf", "stbl", "stsd"});
+}
+
 void ExpectSameBytes(SourceFile& source, uint64_t from, SourceFile& clip, uint64_t at, uint64_t size) {
     size = std::min(size, kMostCompared);
     if (ReadRange(source, from, size) != ReadRange(clip, at, size)) ThrowUnfaithful("a sample");
@@ -43,10 +47,8 @@ class Checker {
   private:
     void Check(std::string_view content, size_t number) {
         const ClipTrack& track = tracks_[number];
-        for (const char* table : {"stsd"})
-            if (ContentAt(content, {"mdia", "minf", "stbl", table}) !=
-                ContentAt(track.source->content, {"mdia", "minf", "stbl", table}))
-                ThrowUnfaithful("a sample description");
+        if (DescriptionsIn(content) != DescriptionsIn(track.source->content))
+            ThrowUnfaithful("a sample description");
         AVStream* const stream = clip_.format().streams[number];
         const int count = avformat_index_get_entries_count(stream);
         if (count < 1) ThrowUnfaithful("a track without samples");
