@@ -179,7 +179,8 @@ TEST_F(CloudSyncFiles, ADiskThatIsFullOrGoneIsReported) {
         const FileSizeLimit full(4);
         EXPECT_EQ(ErrorOf([&] { incoming.Add("12345", 5); }), "cannot write: File too large");
     }
-    EXPECT_FALSE(folder.Holds({data_.Write("l/f", "of another size"), 5, ""}, [] { return false; }));
+    data_.Write("l/f", "of another size");
+    EXPECT_FALSE(folder.Holds(file, [] { return false; }));
     EXPECT_EQ(ErrorOf([&] { LocalFolder(data_ / "l/f"); }), "no local folder: Not a directory");
     fs::remove_all(data_ / "l");
     EXPECT_EQ(ErrorOf([&] { IncomingFile(folder, file); }), "no file to write: No such file or directory");
