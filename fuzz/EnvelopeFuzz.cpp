@@ -1,8 +1,10 @@
 // The text of an envelope as a page sends it: parsed, checked against the real catalogue, answered and
 // written.
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 
+#include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
 #include "common/message/MessageValidator.h"
 #include "common/results/Exception.h"
@@ -19,6 +21,27 @@ class Writer : public KXP::MessageSink<KXP::JSONMessage> {
         return message->Serialize(buffer);
     }
 };
+
+std::string Text(const KXP::JSONMessage& message) {
+    KXP::JsonBuffer buffer;
+    return message.Serialize(buffer) ? std::string(buffer.GetString(), buffer.GetSize()) : "";
+}
+
+// A message that is made of the fields of another has these and no others.
+void CheckMaking(const KXP::JSONMessage& message) {
+    const std::string payload = KXP::WriteJSONToString(message.payload());
+    const KXP::JSONMessage made(message.target_system(), message.target_module(), message.method(),
+                                message.uniqueid(), payload.c_str(), nullptr, nullptr);
+    const KXP::JSONMessage read(Text(made), nullptr, nullptr);
+    if (read.document() != made.document() || std::string(read.method()) != message.method() ||
+        read.type() != KXP::JSONMessage::kOrdinary)
+        std::abort();
+    const KXP::JSONMessage without(read.target_system(), read.target_module(), read.method(), read.uniqueid(),
+                                   nullptr, nullptr, nullptr);
+    if (!without.payload().ObjectEmpty() || !KXP::JSONMessage().payload().IsNull()) std::abort();
+    const KXP::JSONMessage empty{KXP::JSONMessage::Empty()};
+    if (empty.type() != 0 || *empty.method() || !empty.payload().IsNull()) std::abort();
+}
 
 struct Chain {
     Chain() {
@@ -40,6 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     try {
         auto message = KXP::Message::CreateMessage(text.c_str());
+        CheckMaking(*message);
         chain.writer.SendMsg(KXP::Message::CreateResponse(*message));
         chain.writer.SendMsg(KXP::Message::CreateCopy(*message));
         chain.validator.SendMsg(std::move(message));

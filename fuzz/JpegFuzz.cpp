@@ -1,7 +1,10 @@
 #include <optional>
 
+#include "fuzz/MemoryFile.h"
 #include "fuzz/Plain.h"
+#include "fuzz/QuietLog.h"
 #include "plugin-modules/Gallery/src/media/JpegWalk.h"
+#include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 namespace {
 
@@ -117,6 +120,7 @@ media::SniffResult Walk(std::string_view file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    QuietLog();
     const std::string_view file(reinterpret_cast<const char*>(data), size);
     media::MemorySource source(file);
     media::ByteCursor cursor(source);
@@ -130,5 +134,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // The walk gets here only for a signed file.
     cursor.Rewind();
     plain::Demand(media::JpegSizeIsValid(cursor) == IsValid(file));
+    static MemoryFile inMemory;
+    inMemory.Set(data, size);
+    bool isValid = false;
+    plain::Demand(media::CheckIfJPGFileSizeIsValid(inMemory.path(), isValid) == 1 &&
+                  isValid == IsValid(file));
+    plain::Demand(media::CheckIfJPGFileSizeIsValid("/dev/null/none", isValid) < 0 && !isValid);
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "fuzz/SeedBytes.h"
+#include "fuzz/SeedCorpus.h"
 #include "sample-captures/ExrImage.h"
 #include "sample-captures/JpegImage.h"
 #include "sample-captures/Mp4Video.h"
@@ -29,35 +30,6 @@ constexpr std::string_view kInner =
     R"("EventTimeStamp":"2020-01-02T03:04:05Z","Name":"n","HighlightName":"hn","Id":"i","HighlightId":"hi",)"
     R"("GroupId":"g","HighlightGroupId":"hg","Tags":1,"HighlightTags":2,"Significance":3,)"
     R"("HighlightSignificance":4294967295})";
-
-// One target's folder; seeds are numbered in the order they are written.
-class Corpus {
-  public:
-    Corpus(const std::filesystem::path& root, const char* target) : folder_(root / target) {
-        std::filesystem::create_directories(folder_);
-    }
-
-    void Add(std::string_view bytes) {
-        std::ofstream file(folder_ / ("seed" + std::to_string(++count_)), std::ios::binary);
-        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (!file.flush()) throw std::runtime_error("cannot write " + folder_.string());
-    }
-
-  private:
-    std::filesystem::path folder_;
-    int count_ = 0;
-};
-
-void MakeCloudManifest(Corpus corpus) {
-    const std::string digest = R"("sha256":")" + std::string(64, 'a') + "\"";
-    corpus.Add(R"({"MontageConfig.json":[{"path":"MontageConfig.json","size":1,)" + digest +
-               R"(}],"media":[],"release":[{"path":"a/b.js","size":4294967296,)" + digest +
-               R"(,"more":[{"path":["x"]},-1.5e-3,null,true]}]})");
-    corpus.Add(R"({"media":[{"path":"a/../../b","size":-1,)" + digest + "}]}");
-    corpus.Add(R"({"media":[{"path":"\u002e\u002e/\u0000\ud83d\ude00","size":1,)" + digest + "}]}");
-    corpus.Add("{}");
-    corpus.Add("{\"\xE0");
-}
 
 void MakePng(Corpus corpus) {
     using captures::Png;
@@ -143,6 +115,86 @@ void MakeMp4(Corpus corpus) {
         corpus.Add(U32(1) + "mdat" + U64(size) + captures::Movie(block));
 }
 
+// Of every format, and of its ways of storing, one small picture of noise.
+std::vector<std::string> OneOfEach() {
+    using namespace stillfiles;
+    uint32_t state = 1;
+    const auto noise = [&state] {
+        return static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+    };
+    const auto bytes = [&](uint32_t, uint32_t) {
+        return std::array<uint16_t, 4>{noise(), noise(), noise(), noise()};
+    };
+    const auto colour = [&](int, int) { return Rgb{noise(), noise(), noise()}; };
+    const auto light = [&](size_t, int, int) { return static_cast<float>(noise()) / 64; };
+    return {Png(19, 13, {}, bytes),
+            Png(19, 13, {PNG_COLOR_TYPE_RGB_ALPHA, 16, true}, bytes),
+            Png(19, 13, {PNG_COLOR_TYPE_PALETTE, 2},
+                [&](uint32_t x, uint32_t) { return std::array<uint16_t, 4>{static_cast<uint16_t>(x % 3)}; }),
+            Jpeg(33, 17, TJSAMP_420, 0, colour),
+            Jpeg(33, 17, TJSAMP_444, TJFLAG_PROGRESSIVE, colour),
+            Jpeg(33, 17, TJSAMP_444, 0, colour, TJPF_CMYK),
+            Exr(20, 10, {}, light),
+            Exr(20, 10, {Imf::PIZ_COMPRESSION, true, 1, {"R", "G", "B", "A"}, 20}, light),
+            Exr(20, 10, {Imf::DWAA_COMPRESSION, false, 2, {"Y"}}, light)};
+}
+
+std::string Track() {
+    return Mp4Box("trak", Mp4Box("tkhd", std::string(84, '\0')));
+}
+
+// Movies with room within, after, and elsewhere; with what others have put into their user data; in
+// fragments; and with what an interrupted engraving leaves.
+void MakeEngrave(Corpus corpus) {
+    const std::string header = Mp4Box("mvhd", std::string(100, '\0'));
+    const std::string room = Mp4Box("free", std::string(300, 'f'));
+    const std::string frames = Mp4Box("mdat", "frames");
+    const std::string userData =
+        Mp4Box("udta", Mp4Box("name", "n") + Mp4Box("tagc", "{}") + std::string(4, '\0'));
+    const std::string movie = Mp4Box("moov", header + Track() + userData);
+    corpus.Add(captures::FileType() + movie + frames);
+    corpus.Add(captures::FileType() + movie + room + frames);
+    corpus.Add(captures::FileType() + frames + movie);
+    corpus.Add(captures::FileType() + Mp4Box("moov", header + room + Track() + userData + userData) + frames);
+    corpus.Add(room + room + frames + Mp4Box("moov", header + Track()) + frames);
+    corpus.Add(movie + Mp4Box("moof", "m") + frames);
+    corpus.Add(movie + room + Mp4Box("moof", "m") + frames);
+    corpus.Add(movie + Mp4Box("udta", "") + frames);
+    corpus.Add(movie + frames + movie + U32(900) + "moov");
+    corpus.Add(Mp4Box("tagc", "") + movie + frames);
+    corpus.Add(captures::FileType() + Mp4Box("moov", header + Mp4Box("tagc", "{}") + Track()) + frames);
+    corpus.Add(U32(1) + "moov" + U64(16 + header.size() + Track().size()) + header + Track() + frames);
+}
+
+std::string Table(const char* type, std::initializer_list<uint32_t> numbers) {
+    std::string content = U32(0);
+    for (const uint32_t number : numbers)
+        content += U32(number);
+    return Mp4Box(type, content);
+}
+
+void MakeSampleTable(Corpus corpus) {
+    const std::string durations = Table("stts", {2, 3, 512, 2, 1024});
+    const std::string chunks = Table("stsc", {2, 1, 2, 1, 2, 1, 1}) + Table("stco", {3, 1000, 2000, 3000});
+    const std::string sizes = Table("stsz", {0, 5, 10, 20, 30, 40, 50});
+    const std::string shifts = Table("ctts", {3, 1, 1024, 2, 0xFFFFFE00, 1, 0});
+    const std::string groups = Table("sbgp", {0x726F6C6C, 1, 5, 1}) + Table("sgpd", {0x726F6C6C, 2, 1, 0});
+    corpus.Add("0" + durations + chunks + sizes);
+    corpus.Add("0" + durations + chunks + sizes + shifts + Table("stss", {2, 1, 4}) + groups);
+    corpus.Add("0" + durations + Table("stsc", {1, 1, 3, 1}) + Table("co64", {2, 0, 1000, 1, 0}) +
+               Table("stz2", {4, 6, 0x12345678}) + Table("stss", {0}) + Table("stps", {1, 2}));
+    const std::string sound = std::string(16, '\0') + std::string("\0\2\0\x10", 4) + std::string(8, '\0');
+    corpus.Add("1" + Table("stts", {1, 100, 1}) + chunks + Table("stsz", {1, 5}) +
+               Mp4Box("stsd", U32(0) + U32(1) + Mp4Box("sowt", sound)));
+}
+
+void MakePictureHead(Corpus corpus) {
+    for (const std::string& file : OneOfEach())
+        corpus.Add(file);
+    std::string tiled = stillfiles::Exr(20, 10, {}, [](size_t, int, int) { return 1.0F; });
+    corpus.Add(tiled.replace(5, 1, "\2"));
+}
+
 void MakeMp4Header(Corpus corpus) {
     samples::Mp4Options options;
     options.width = options.height = 16;
@@ -191,82 +243,6 @@ void MakeMetadataBlock(Corpus corpus) {
     corpus.Add(Block("Ovirastream SHARE", R"({"CmsId":"text","Tags":-1,"Name":{"HighlightName":[]}})"));
     corpus.Add(captures::Base64(kInner));
     corpus.Add("{\"B64\":\"e30\"}");
-}
-
-void MakeEnvelope(Corpus corpus) {
-    corpus.Add(
-        R"({"system":"CobalixNative","module":"Gallery","method":"ZvQuery","uniqueid":"1","type":3072})");
-    corpus.Add(R"({"system":"Page","module":"Page","method":"M","uniqueid":"2","reference_uniqueid":"1",)"
-               R"("source_system":"CobalixNative","source_module":"Gallery","payload":{"_return_code":0,)"
-               R"("_return_status":"Success","_return_internal":0}})");
-    corpus.Add(R"({"method":"Saved","uniqueid":"3","reference_uniqueid":"Saved","type":3073,"payload":{}})");
-    corpus.Add(R"({"system":"","module":1,"method":null,"uniqueid":"4","payload":[]})");
-}
-
-void MakeJsonFile(Corpus corpus) {
-    corpus.Add(
-        "// settings\n{\"a\": [1, -2.5e3, true, null], /* more */ \"b\": {\"c\": "
-        "\"\\u00e9\\ud83d\\ude00\"}}\n");
-    corpus.Add("\xEF\xBB\xBF{\"a\":\"\xC3\xA9\"}");
-    corpus.Add(std::string("\xFF\xFE{\0\"\0a\0\"\0:\0001\0}\0", 16));
-    corpus.Add(std::string("\xFE\xFF\0{\0\"\0a\0\"\0:\0001\0}", 16));
-}
-
-void MakeHighlights(Corpus corpus) {
-    const std::string root = R"("defaultLocale":"en-US","drsName":"a","profileName":"b","shortName":"c"})";
-    corpus.Add(R"({"highlights":{"kill":{"significance":1,"highlightTags":-1,"userInterest":true,)"
-               R"("userEnabled":false,"name":{"en-US":"Kill","EN-us":"K","pt":""}}},)" +
-               root);
-    corpus.Add(
-        R"({"highlights":{"":{"significance":4294967295,"highlightTags":1,"userInterest":0,"name":{}},)"
-        R"("n":{"name":{"en":1}},"x":[]},)" +
-        root);
-    corpus.Add(R"({"highlights":[],)" + root);
-}
-
-void MakeSettings(Corpus corpus) {
-    corpus.Add(R"({"settings":{"capEnabled":true,"capSizePercent":50,"currentDirectoryV2":"/g",)"
-               R"("tempDirectory":"/t","trackerUpdateState":"CancelUpdate"}})");
-    corpus.Add(R"({"settings":{"currentDirectory":"g\u0000","capSizePercent":-5,"trackerUpdateState":"x"}})");
-    corpus.Add(R"({"settings":{"currentDirectory":1,"capSizePercent":4294967295,"capEnabled":"on"}})");
-    corpus.Add(R"({"settings":{}})");
-}
-
-void MakeTrackerFile(Corpus corpus) {
-    corpus.Add(
-        R"({"UGC":[{"id":1,"path":"/g/a/b.mp4","type":"video","subType":"Highlight","source":"OVS_SDK","sizeKB":9,)"
-        R"("date":"d","profileName":"a","drsName":"a","shortName":"s","cmsId":4294967297,"duration":"00:00:15",)"
-        R"("msDuration":15000,"audioType":"stereo","highlightDefinitionId":"i","highlightName":"n",)"
-        R"("highlightGroupId":"g","highlightTags":1,"highlightSignificance":2,"highlightEventTimeStamp":"t",)"
-        R"("meme":{"top":"x","bottom":"y"}}],"apps":[{"appName":"a","recents":[1],"groups":{"g":[1]}}],)"
-        R"("info":{"lastUGCIdUsed":1,"version":6,"folderCRC":4294967295}})");
-    corpus.Add(
-        R"({"UGC":[5,{"meme":[],"id":"1"}],"apps":[{"recents":[1]},{"appName":"\u0000","groups":[]}]})");
-    corpus.Add("\x80\xC3(\xED\xA0\x80");
-}
-
-// Of every format, and of its ways of storing, one small picture of noise.
-std::vector<std::string> OneOfEach() {
-    using namespace stillfiles;
-    uint32_t state = 1;
-    const auto noise = [&state] {
-        return static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-    };
-    const auto bytes = [&](uint32_t, uint32_t) {
-        return std::array<uint16_t, 4>{noise(), noise(), noise(), noise()};
-    };
-    const auto colour = [&](int, int) { return Rgb{noise(), noise(), noise()}; };
-    const auto light = [&](size_t, int, int) { return static_cast<float>(noise()) / 64; };
-    return {Png(19, 13, {}, bytes),
-            Png(19, 13, {PNG_COLOR_TYPE_RGB_ALPHA, 16, true}, bytes),
-            Png(19, 13, {PNG_COLOR_TYPE_PALETTE, 2},
-                [&](uint32_t x, uint32_t) { return std::array<uint16_t, 4>{static_cast<uint16_t>(x % 3)}; }),
-            Jpeg(33, 17, TJSAMP_420, 0, colour),
-            Jpeg(33, 17, TJSAMP_444, TJFLAG_PROGRESSIVE, colour),
-            Jpeg(33, 17, TJSAMP_444, 0, colour, TJPF_CMYK),
-            Exr(20, 10, {}, light),
-            Exr(20, 10, {Imf::PIZ_COMPRESSION, true, 1, {"R", "G", "B", "A"}, 20}, light),
-            Exr(20, 10, {Imf::DWAA_COMPRESSION, false, 2, {"Y"}}, light)};
 }
 
 void MakeStillThumbnail(Corpus corpus) {
@@ -321,15 +297,6 @@ void MakeRemux(Corpus corpus, const std::string& path) {
     std::filesystem::remove(path);
 }
 
-void MakeEdgeLog(Corpus corpus) {
-    corpus.Add(
-        R"({"gameName":"g","session":4294967296,"playStarted":"s","playTime":"p","startTime":"a","endTime":"b",)"
-        R"("mapFileName":"m","events":[{"time":"t","name":"n","info":"i","round":-1}],)"
-        R"("rounds":[{"number":1,"score1":2,"score2":3,"time":"t"}],"metaData":"d"})");
-    corpus.Add(R"({"gameName":7,"events":{},"rounds":[]})");
-    corpus.Add(R"({"rounds":[{"number":18446744073709551615,"time":"t"}]})");
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -339,23 +306,21 @@ int main(int argc, char** argv) {
     }
     try {
         const std::filesystem::path root = argv[1];
-        MakeCloudManifest({root, "cloudmanifest"});
+        MakeTextSeeds(root);
+        MakeHostSeeds(root);
         MakePng({root, "png"});
         MakeJpeg({root, "jpeg"});
         MakeMp4({root, "mp4"});
+        MakeEngrave({root, "engrave"});
+        MakeSampleTable({root, "sampletable"});
+        MakePictureHead({root, "picturehead"});
         MakeMp4Header({root, "mp4header"});
         MakeImageSize({root, "imagesize"});
         MakeXmp({root, "xmp"});
         MakeMetadataBlock({root, "metadatablock"});
-        MakeEnvelope({root, "envelope"});
-        MakeJsonFile({root, "jsonfile"});
-        MakeHighlights({root, "highlights"});
-        MakeSettings({root, "settings"});
-        MakeTrackerFile({root, "trackerfile"});
         MakeStillThumbnail({root, "still_thumbnail"});
         MakeVideoFrame({root, "video_frame"});
         MakeRemux({root, "remux"}, root / "source");
-        MakeEdgeLog({root, "edgelog"});
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -1,19 +1,16 @@
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
 
+#include "fuzz/MemoryFile.h"
 #include "libraries/ovnx-media/cut/Remux.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    using File = std::unique_ptr<FILE, int (*)(FILE*)>;
-    const File file(std::tmpfile(), std::fclose);
-    if (!file || std::fwrite(data, 1, size, file.get()) != size || std::fflush(file.get()) != 0) std::abort();
+    static MemoryFile file;
+    static MemoryFile clip;
+    file.Set(data, size);
     for (const bool atKeyframe : {false, true}) {
-        const File clip(std::tmpfile(), std::fclose);
-        if (!clip) std::abort();
+        clip.Set(data, 0);
         try {
-            ovnxmedia::Remux(fileno(file.get()), fileno(clip.get()), {500000, 1500000, atKeyframe},
+            ovnxmedia::Remux(file.fd(), clip.fd(), {500000, 1500000, atKeyframe},
                              ovnxmedia::Budget(std::chrono::seconds(5)));
         } catch (const ovnxmedia::Failure&) {
         }

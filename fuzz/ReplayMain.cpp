@@ -1,6 +1,6 @@
-// Runs a fuzz target over the empty input, every file of a folder, and a number of damaged copies of each:
-// the corpus as an ordinary test, for builds without libFuzzer. The damage is the same on every run. Usage:
-// <target>_fuzz <folder> <copies>
+// Runs a fuzz target over the empty input, every file of the folders, and a number of damaged copies of each
+// file of the first: the seeds and what fuzzing found as an ordinary test, for builds without libFuzzer. The
+// damage is the same on every run. Usage: <target>_fuzz <copies> <folder>...
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -69,12 +69,14 @@ int ReplayFolder(const std::filesystem::path& folder, int copies) {
 
 int main(int argc, char** argv) {
     try {
-        if (argc != 3) return 2;
+        if (argc < 3) return 2;
         Run({});
-        const int count = ReplayFolder(argv[1], std::atoi(argv[2]));
-        std::printf("%s: %d inputs\n", argv[1], count);
-        if (count == 0) return 1;  // a corpus that is missing must not pass
-        return 0;
+        const int seeds = ReplayFolder(argv[2], std::atoi(argv[1]));
+        int found = 0;
+        for (int i = 3; i < argc; ++i)
+            if (std::filesystem::exists(argv[i])) found += ReplayFolder(argv[i], 0);
+        std::printf("%d seeds, %d inputs that fuzzing found\n", seeds, found);
+        return seeds == 0 ? 1 : 0;  // seeds that are missing must not pass
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

@@ -31,7 +31,6 @@ class PluginLibrary {
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
-    ZvCefPluginInfo& operator*() const { return *info_; }
     ZvCefPluginInfo* operator->() const { return info_; }
 
     // Starts the plug-in. False when it does not get as far as answering requests.

@@ -10,7 +10,7 @@
 
 namespace KXP {
 
-// Hands the parser's events on, and stops the parser before it nests too deep and at text that is not UTF-8.
+// Passes the parser's events on, and stops the parser before it nests too deep and at text that is not UTF-8.
 template <typename Handler>
 class EventLimiter {
   public:
@@ -35,9 +35,15 @@ class EventLimiter {
         return IsText(text, size) && handler_.Key(text, size, true);
     }
     bool StartObject() { return Enter() && handler_.StartObject(); }
-    bool EndObject(rapidjson::SizeType members) { return Leave() && handler_.EndObject(members); }
+    bool EndObject(rapidjson::SizeType members) {
+        --depth_;
+        return handler_.EndObject(members);
+    }
     bool StartArray() { return Enter() && handler_.StartArray(); }
-    bool EndArray(rapidjson::SizeType elements) { return Leave() && handler_.EndArray(elements); }
+    bool EndArray(rapidjson::SizeType elements) {
+        --depth_;
+        return handler_.EndArray(elements);
+    }
 
     bool metBadText() const { return badText_; }
 
@@ -49,10 +55,6 @@ class EventLimiter {
         return !badText_;
     }
     bool Enter() { return ++depth_ <= kMaxJsonDepth; }
-    bool Leave() {
-        --depth_;
-        return true;
-    }
 
     Handler& handler_;
     bool& special_;  // the string at hand needs a look
@@ -60,33 +62,34 @@ class EventLimiter {
     bool badText_ = false;
 };
 
-// Hands the elements of one array to their reader, and all other events to a document.
+// Passes the elements of one array to their reader, and all other events to a document. A document refuses no
+// event.
 class ElementSplitter {
   public:
     ElementSplitter(Document& document, const ElementReader& reader) : rest_(document), reader_(reader) {
         reader_.begin();
     }
 
-    bool Null() { return Target().Null() && EndValue(); }
-    bool Bool(bool b) { return Target().Bool(b) && EndValue(); }
-    bool Int(int i) { return Target().Int(i) && EndValue(); }
-    bool Uint(unsigned u) { return Target().Uint(u) && EndValue(); }
-    bool Int64(int64_t i) { return Target().Int64(i) && EndValue(); }
-    bool Uint64(uint64_t u) { return Target().Uint64(u) && EndValue(); }
-    bool Double(double d) { return Target().Double(d) && EndValue(); }
+    bool Null() { return EndValue(Target().Null()); }
+    bool Bool(bool b) { return EndValue(Target().Bool(b)); }
+    bool Int(int i) { return EndValue(Target().Int(i)); }
+    bool Uint(unsigned u) { return EndValue(Target().Uint(u)); }
+    bool Int64(int64_t i) { return EndValue(Target().Int64(i)); }
+    bool Uint64(uint64_t u) { return EndValue(Target().Uint64(u)); }
+    bool Double(double d) { return EndValue(Target().Double(d)); }
     bool RawNumber(const char* text, rapidjson::SizeType size, bool copy) {
-        return Target().RawNumber(text, size, copy) && EndValue();
+        return EndValue(Target().RawNumber(text, size, copy));
     }
     // An element goes before the text does, and needs no copies.
-    bool String(const char* text, rapidjson::SizeType size, bool copy) {
-        return Target().String(text, size, copy && !inArray_) && EndValue();
+    bool String(const char* text, rapidjson::SizeType size, bool) {
+        return EndValue(Target().String(text, size, !inArray_));
     }
-    bool Key(const char* text, rapidjson::SizeType size, bool copy) {
+    bool Key(const char* text, rapidjson::SizeType size, bool) {
         if (depth_ == 1) {
             isMember_ = !metMember_ && std::string_view(text, size) == reader_.member;
             metMember_ |= isMember_;
         }
-        return Target().Key(text, size, copy && !inArray_);
+        return Target().Key(text, size, !inArray_);
     }
     bool StartObject() {
         ++depth_;
@@ -94,7 +97,7 @@ class ElementSplitter {
     }
     bool EndObject(rapidjson::SizeType members) {
         --depth_;
-        return Target().EndObject(members) && EndValue();
+        return EndValue(Target().EndObject(members));
     }
     bool StartArray() {
         const bool started = Target().StartArray();
@@ -106,18 +109,18 @@ class ElementSplitter {
         --depth_;
         if (depth_ == 1 && inArray_) elements = 0;
         inArray_ &= depth_ > 1;
-        return Target().EndArray(elements) && EndValue();
+        return EndValue(Target().EndArray(elements));
     }
 
   private:
     Document& Target() { return inArray_ ? *element_ : rest_; }
-    bool EndValue() {
-        if (!inArray_ || depth_ != 2) return true;
+    bool EndValue(bool taken) {
+        if (!inArray_ || depth_ != 2) return taken;
         const auto isComplete = [](Document&) { return true; };
         (*element_).Populate(isComplete);
         reader_.read(*element_);
         element_.Clear();
-        return true;
+        return taken;
     }
 
     Document& rest_;

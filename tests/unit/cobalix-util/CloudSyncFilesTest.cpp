@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 
 #include "libraries/cobalix-util/cloud/Manifest.h"
+#include "libraries/cobalix-util/cloud/Placement.h"
 #include "libraries/cobalix-util/cloud/Sha256.h"
 #include "libraries/cobalix-util/cloud/Sync.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
 #include "tests/unit/cobalix-util/CloudServer.h"
@@ -167,6 +169,20 @@ TEST_F(CloudSyncFiles, AFaultAnywhereInTheManifestFetchesNothing) {
     EXPECT_EQ(Run(), "manifest.json: the manifest holds a path that may not be used");
     EXPECT_EQ(server_.requests.Get(), 1);
     EXPECT_FALSE(data_.Has("l"));
+}
+
+TEST_F(CloudSyncFiles, ADiskThatIsFullOrGoneIsReported) {
+    const ManifestFile file{"f", 5, ""};
+    const LocalFolder folder(data_ / "l");
+    {
+        IncomingFile incoming(folder, file);
+        const FileSizeLimit full(4);
+        EXPECT_EQ(ErrorOf([&] { incoming.Add("12345", 5); }), "cannot write: File too large");
+    }
+    EXPECT_FALSE(folder.Holds({data_.Write("l/f", "of another size"), 5, ""}, [] { return false; }));
+    EXPECT_EQ(ErrorOf([&] { LocalFolder(data_ / "l/f"); }), "no local folder: Not a directory");
+    fs::remove_all(data_ / "l");
+    EXPECT_EQ(ErrorOf([&] { IncomingFile(folder, file); }), "no file to write: No such file or directory");
 }
 
 TEST_F(CloudSyncFiles, NoLinkLeadsThemOut) {

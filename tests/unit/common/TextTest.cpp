@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "common/results/Exception.h"
-#include "common/text/Base64.h"
 #include "common/text/SafeString.h"
 #include "common/text/TextUtil.h"
 
@@ -19,17 +18,6 @@ std::string Thrown(Call call) {
         return ToStr(ExceptionToRetVal());
     }
     return "nothing thrown";
-}
-
-TEST(Base64, IsDecodedStrictly) {
-    std::string bytes;
-    for (const auto& [text, plain] : std::initializer_list<std::pair<const char*, const char*>>{
-             {"", ""}, {"Zg==", "f"}, {"Zm8=", "fo"}, {"Zm9v", "foo"}, {"+/+/", "\xFB\xFF\xBF"}}) {
-        EXPECT_TRUE(DecodeBase64(text, bytes)) << text;
-        EXPECT_EQ(bytes, plain);
-    }
-    for (const char* text : {"Zg", "Zh==", "Z===", "Zg==Zg==", "Zm9v\n", "Zm_9"})
-        EXPECT_FALSE(DecodeBase64(text, bytes)) << text;
 }
 
 TEST(SafeString, ACopyThatDoesNotFitIsCutOrRefused) {

@@ -33,7 +33,7 @@ class EdgeLogs : public testing::Test {
 }  // namespace
 
 TEST_F(EdgeLogs, ComeNewestFirstUnderTheirGamesNames) {
-    Add("Race/a.edgelog", "{}", 2);
+    Add("Race/a.edgelog", R"({"gameName":""})", 2);
     Add("Art/b.edgelog", R"({"gameName":"The Art"})", 1);
     Add("Race/c.edgelog", R"({"gameName":7})", 3);
     for (const char* none : {"root.edgelog", ".hidden/a.edgelog", "Race/deep/a.edgelog", "Race/a.EDGELOG",

@@ -74,7 +74,7 @@ const std::vector<std::pair<const char*, std::string>> kFiles = {
     {"two lists", kMedia + Movie(UserData(kTitle) + UserData(Mp4Box("tagc", kOld)))},
     {"hole in the movie", kMedia + Movie(UserData(Mp4Box("tagc", kOld) + kTitle) + Free(400)) + kMedia},
     {"hole behind the movie", Movie(UserData(Mp4Box("tagc", kOld) + kTitle)) + Free(400) + kMedia},
-    {"too small a hole", Movie() + Free(20) + kMedia},
+    {"too small a hole", Movie() + Mp4Box("skip", "too small") + kMedia},
     {"a hole that leaves no room for its rest", Movie() + Free(16 + kNew.size() + 4) + kMedia},
     {"hole for a movie", Free(2000) + kMedia + Movie(UserData(Mp4Box("tagc", kOld))) + kMedia},
     {"fragments", Movie(UserData(Mp4Box("tagc", kOld))) + Free(400) + Mp4Box("moof", "fragment") + kMedia},
@@ -140,6 +140,10 @@ TEST(Engraving, RefusesWhatItDoesNotUnderstand) {
                                 UserData(kTitle) + Movie(Free(400)) + kMedia};
     for (const std::string& bytes : rows)
         EXPECT_TRUE(refused(bytes)) << bytes;
+    struct Boxes final : media::ByteSource {
+        size_t ReadAt(uint64_t, char* out, size_t) override { return U32(8).append("free").copy(out, 8); }
+    } endless;
+    EXPECT_THROW(engraving::ReadBoxes(endless, 0, UINT64_MAX), engraving::EngravingError);
     EXPECT_FALSE(AddMetadatatoFile(folder.path(), info.get()));
     EXPECT_FALSE(AddMetadatatoFile("", info.get()));
     for (wchar_t* text : {info->highlightName, info->highlightId, info->highlightGroupId})
@@ -168,7 +172,7 @@ TEST(Engraving, TakesTurns) {
 TEST(Engraving, OnAFullDiskLeavesTheFileAsItWas) {
     const TempFolder folder;
     const std::string bytes = Movie() + kMedia;
-    const std::string path = folder.Write("a.mp4", bytes);
+    const std::string path = folder.Write("a.mp4", bytes + Movie().substr(0, 60));  // with a remnant
     const auto info = std::make_unique<CaptureRequestInfo>();
     std::wcscpy(info->drsAppName, L"App");
     {

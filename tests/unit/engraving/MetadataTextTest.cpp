@@ -45,6 +45,9 @@ TEST(MetadataText, HoldsWhatIsKnownInOrder) {
             << text;
         EXPECT_EQ(text.find('\n'), std::string::npos);
         EXPECT_EQ(InnerOf(text), row.inner);
+        EXPECT_EQ(MakeMetadataOvs(&info),
+                  R"({"DRSAppName":"App","ProfileName":"profile","ShortName":"","MediaType":"Video")" +
+                      (&row.inner == &sdk ? "," + highlight : "}"));
     }
 }
 

@@ -88,14 +88,9 @@ TEST(HttpRules, OnlyTheServersOwnNamesAndPagesPass) {
 }
 
 TEST(HttpMessage, TargetsAreDecodedOnce) {
-    const auto path = [](std::string_view target) {
-        const auto read = ReadTarget(target);
-        return read ? read->path : "-";
-    };
-    EXPECT_EQ(path("/a%20b%252e?x=1"), "/a b%2e");
-    for (const char* bad : {"a", "", "*", "http://h/", "/%0", "/%g0", "/%00", "/\x7f", "/%ff", "/%c0%af",
-                            "/?%00=1", "/%0d%0aX: y"})
-        EXPECT_EQ(path(bad), "-") << bad;
+    EXPECT_EQ(ReadTarget("/a%20b%252e?x=1")->path, "/a b%2e");
+    for (const char* bad : {"", "/%g0", "/?%00=1"})
+        EXPECT_FALSE(ReadTarget(bad)) << bad;
     EXPECT_EQ(ReadTarget("/t?w=1&h=2%26&w=3&x")->Query("h"), "2&");
     EXPECT_TRUE(MatchesTag(R"("x", W/"a-1")", R"("a-1")") && MatchesTag("*", R"("a-1")"));
     EXPECT_FALSE(MatchesTag(R"("a-11", a-1)", R"("a-1")"));

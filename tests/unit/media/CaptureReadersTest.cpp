@@ -77,8 +77,12 @@ struct Row {
 };
 
 TEST_F(OwnershipSniffer, ExtensionSelectsTheWalkAndTheBytesDecide) {
-    const std::string png = captures::Png(captures::PngText("Software", "Ovirastream SHARE"));
-    const std::string jpeg = captures::OwnJpeg();
+    const std::string png = captures::Png(captures::PngText("Description", "") +
+                                          captures::PngText("Software", "Ovirastream SHARE"));
+    // With a name that is too long.
+    std::string jpeg = samples::JpegImage(16, 9, {}, {"", "ZORVEX", "", "", "A game", ""});
+    jpeg.replace(jpeg.find(std::string("\0\x0B\0\x07\0\0\0", 7)) + 6, 1, "\x04");
+    const LogCapture log;
     const std::string mp4 = captures::Movie(captures::Block("Ovirastream SDK", "{}"));
     for (const Row& row :
          {Row{"A.PNG", png, "image", "Normal", true}, Row{"a.jpg", png, "image", "Unknown", false},
@@ -92,6 +96,7 @@ TEST_F(OwnershipSniffer, ExtensionSelectsTheWalkAndTheBytesDecide) {
         EXPECT_EQ(result.fileType + result.fileSubType, std::string(row.fileType) + row.subType) << row.name;
         EXPECT_EQ(result.isOwn, row.isOwn) << row.name;
     }
+    EXPECT_EQ(log.Count("][1]["), 1);
 }
 
 TEST_F(OwnershipSniffer, WhatIsNoReadableFileNeverBlocks) {

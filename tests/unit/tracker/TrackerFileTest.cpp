@@ -76,7 +76,7 @@ TEST(TrackerFile, WhatIsMissingOrOfAnotherTypeGetsItsDefault) {
         defaults.ugc.emplace_back(std::make_shared<TrackedUGC>())->id = -1;
     TrackerContent read;
     read.ugc = ReadFrom(R"({"UGC":[{},5,{"id":"1","path":7,"sizeKB":-1,"cmsId":1.5,"meme":[1]},
-        {"id":2147483648,"sizeKB":4294967296,"msDuration":"1","meme":{"top":1}}],"UGC":[{}]})")
+        {"id":2147483648,"other":1,"sizeKB":4294967296,"msDuration":"1","meme":{"top":1}}],"UGC":[{}]})")
                    .ugc;
     EXPECT_EQ(Written(read), Written(defaults));
     for (const char* text : {"{}", R"({"UGC":{"UGC":[1]},"UGC":[1],"apps":[{"UGC":[1]}]})"})
@@ -111,13 +111,10 @@ TEST(TrackerFile, InfoOfAnotherTypeLeavesWhatWasThere) {
     ParseTrackerInfoFromJSON(Parsed(R"({"info":{"lastUGCIdUsed":"9","version":4294967296,"folderCRC":-1}})"),
                              info);
     ParseTrackerInfoFromJSON(Parsed(R"({"info":[]})"), info);
-    EXPECT_EQ(info.lastUGCIdUsed, 1);
-    EXPECT_EQ(info.version, 2);
-    EXPECT_EQ(info.folderCRC, 3u);
+    const auto all = std::tie(info.lastUGCIdUsed, info.version, info.folderCRC);
+    EXPECT_EQ(all, std::make_tuple(1, 2, 3u));
     ParseTrackerInfoFromJSON(Parsed(R"({"info":{"lastUGCIdUsed":-9,"folderCRC":4294967295}})"), info);
-    EXPECT_EQ(info.lastUGCIdUsed, -9);
-    EXPECT_EQ(info.version, 2);
-    EXPECT_EQ(info.folderCRC, 0xFFFFFFFFu);
+    EXPECT_EQ(all, std::make_tuple(-9, 2, 0xFFFFFFFFu));
 }
 
 TEST(TrackerFile, AHighlightInFlightHasTheMembersThatPagesRead) {
@@ -145,6 +142,9 @@ TEST(TrackerFile, AHighlightInFlightHasTheMembersThatPagesRead) {
         R"("highlightDefinitionId":"def","highlightName":"name","highlightGroupId":"group",)"
         R"("highlightTags":1,"highlightSignificance":2,"eventTimeStamp":"stamp",)"
         "\"memeInfo\":{\"topBarText\":\"\xEF\xBF\xBD\",\"bottomBarText\":\"\"}}");
+    EXPECT_FALSE(record.MediaFileExists());
+    record.fileSubType = "Normal";
+    EXPECT_FALSE(TrackedUGC::IsAHighlight(record));
 }
 
 }  // namespace

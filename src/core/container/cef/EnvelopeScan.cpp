@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
 // A position in a text. What is malformed reads as the end of the text.
 class Scanner {
   public:
@@ -102,6 +104,7 @@ std::string_view* NameOf(std::string_view key, EnvelopeNames& names) {
 }  // namespace
 
 bool ScanEnvelope(std::string_view json, EnvelopeNames& names) noexcept {
+    if (json.substr(0, kUtf8Mark.size()) == kUtf8Mark) json.remove_prefix(kUtf8Mark.size());
     Scanner text(json);
     if (text.Peek() != '{') return false;
     bool persistent = false;

@@ -15,5 +15,6 @@ struct EnvelopeNames {
 };
 
 // True for the text of a request that is owed an answer. The text is checked no further than that needs; of
-// names that occur twice the first counts. Comments may stand where blanks may.
+// names that occur twice the first counts. Comments may stand where blanks may,
+// and a byte-order mark at the start.
 bool ScanEnvelope(std::string_view json, EnvelopeNames& names) noexcept;

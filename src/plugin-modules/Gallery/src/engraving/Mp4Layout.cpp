@@ -41,6 +41,7 @@ bool Has(const std::vector<Box>& boxes, const char* type) {
 void CheckMovie(ByteSource& source, const Mp4Layout& layout) {
     if (!Has(layout.parts, "mvhd") || !Has(layout.parts, "trak"))
         throw EngravingError("the movie has no header or no track");
+    if (Has(layout.parts, "tagc")) throw EngravingError("the movie has tags outside its user data");
     for (const Box& part : layout.parts)
         if (part.type == "trak") ReadBoxes(source, part.content(), part.end());
 }
@@ -55,7 +56,7 @@ void Take(const Box& box, Mp4Layout& layout) {
         layout.free.push_back(box);
     } else if (box.type == "moof" && !layout.firstFragment) {
         layout.firstFragment = box.offset;
-    } else if (box.type == "udta" && !layout.outerUserData) {
+    } else if ((box.type == "udta" || box.type == "tagc") && !layout.outerUserData) {
         layout.outerUserData = box.offset;
     }
 }

@@ -25,12 +25,14 @@ struct Mp4Layout {
     std::vector<Box> deadMovies;            // after the first, left by an interrupted engraving
     std::vector<Box> free;                  // outside the movie
     std::optional<uint64_t> firstFragment;  // a "moof"; the movie has to stay before it
-    std::optional<uint64_t> outerUserData;  // the first "udta" outside the movie, which hides any after it
+    // The first "udta" or "tagc" outside the movie. Readers do not see past it.
+    std::optional<uint64_t> outerUserData;
     uint64_t end = 0;  // of the last box; at most the remains of an interrupted engraving follow
 };
 
 // Reads the layout of a file of `size` bytes. Throws EngravingError unless the file is a complete chain of
-// boxes with a movie that consists of whole boxes, has a header and has a track.
+// boxes with a movie that consists of whole boxes, has a header and a track, and no tags beside its user
+// data.
 Mp4Layout ReadLayout(media::ByteSource& source, uint64_t size);
 
 // The boxes between two positions, which they must fill. A list of user data may end with 32 zero bits
