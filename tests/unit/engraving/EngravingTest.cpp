@@ -180,7 +180,7 @@ TEST(Engraving, OnAFullDiskLeavesTheFileAsItWas) {
         EXPECT_FALSE(AddMetadatatoFile(path, info.get()));
     }
     EXPECT_EQ(folder.Read("a.mp4"), bytes);
-    EXPECT_TRUE(AddMetadatatoFile(path, info.get()));
+    EXPECT_TRUE(AddMetadatatoFile(folder.Write("a.mp4", bytes + Movie().substr(0, 60)), info.get()));
     EXPECT_EQ(AppOf(folder.Read("a.mp4")), "App");
 }
 
