@@ -52,9 +52,9 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
         R"("meme": {"top": "t","bottom": "b"}}],)"
         R"("apps": [{"appName": "App","recents": [1,2],"groups": {"g": [2]}},{"appName": "Bare"}],)"
         R"("info": {"lastUGCIdUsed": 2,"version": 6,"folderCRC": 4000000001}})";
-    // Only the low half of a number of the catalogue and the first id are read; images have no duration.
-    TrackerContent content =
-        ReadFrom(head + R"("cmsId": 4294967303,"duration": "left out","id": 9,"highlightTags": 9,)" + tail);
+    // Only the low half of a number of the catalogue and the first path are read; images have no duration.
+    TrackerContent content = ReadFrom(
+        head + R"("cmsId": 4294967303,"duration": "left out","path": "again","highlightTags": 9,)" + tail);
     content.games["App"].groups["empty"] = {};
     content.games["Bare"].groups["empty"] = {};
     EXPECT_EQ(Line(Written(content)), head + R"("cmsId": 7,)" + tail);
