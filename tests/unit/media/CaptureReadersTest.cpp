@@ -27,7 +27,7 @@ TEST(XMPMeta, IsNoParserOfXml) {
     const struct {
         const char *text, *content;
     } cases[] = {
-        {"<ns:a b=\"c\"> \n two words\n </a  > tail", "two words"},
+        {"<ns>a b=\"c\"> \n two words\n </a  > tail", "two words"},
         {"<a>closed by one</ns:a>", "closed by one</ns:a>"},
         {"<a>x<b>y</b>z<</a>", "x<b>y</b>z<</a>"},
         {"   <a> \n </a>", ""},

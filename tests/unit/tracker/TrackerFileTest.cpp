@@ -60,11 +60,10 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
     EXPECT_EQ(Line(Written(content)), head + R"("cmsId": 7,)" + tail);
     content.ugc[0]->cmsId = 0x100000001;
     content.ugc[0]->topBarText = "\x80";
-    const std::string written = Line(Written(content));
-    EXPECT_NE(written.find(R"("cmsId": 4294967297,"meme": {"top": ")"
-                           "\xEF\xBF\xBD\""),
-              std::string::npos)
-        << written;
+    EXPECT_NE(Line(Written(content))
+                  .find(R"("cmsId": 4294967297,"meme": {"top": ")"
+                        "\xEF\xBF\xBD\""),
+              std::string::npos);
     EXPECT_EQ(Written({}),
               "{\n\t\"UGC\": [],\n\t\"apps\": [],\n\t\"info\": {\n\t\t\"lastUGCIdUsed\": 0,\n"
               "\t\t\"version\": 0,\n\t\t\"folderCRC\": 0\n\t}\n}");
