@@ -25,13 +25,10 @@ constexpr unsigned kNewFileMode = 0666;  // less the umask, as the C library's f
 // One write after the other may have been stopped; far more texts than that are none of ours.
 constexpr int kMaxTextsTried = 16;
 
-// Whether the text is UTF-8 by the rules that AutoUTFInputStream goes by: a byte-order mark, or else the
-// pattern of zero bytes among the first four, of which a JSON text of other encodings has some.
+// Whether the text is UTF-8: a JSON text of other encodings has zero bytes among its first four, whether or
+// not a byte-order mark comes first.
 bool IsUtf8(std::string_view text) {
-    if (text.size() < 4) return true;
-    const std::string_view start = text.substr(0, 2);
-    if (start == "\xFF\xFE" || start == "\xFE\xFF") return false;
-    return std::find(text.begin(), text.begin() + 4, '\0') == text.begin() + 4;
+    return text.size() < 4 || std::find(text.begin(), text.begin() + 4, '\0') == text.begin() + 4;
 }
 
 // The text in UTF-8; false when it is malformed. At least four bytes, which telling the encoding takes.

@@ -100,8 +100,8 @@ size_t SkipString(std::string_view text, size_t at) {
 
 size_t SkipComment(std::string_view text, size_t at) {
     if (at >= text.size()) return at;
+    // What is neither of the two kinds is an error anyway.
     const bool block = text[at] == '*';
-    if (!block && text[at] != '/') return at;
     const size_t end = block ? text.find("*/", at + 1) : text.find('\n', at);
     if (end == std::string_view::npos) return text.size();
     return end + (block ? 2 : 1);

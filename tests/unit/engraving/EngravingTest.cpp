@@ -82,6 +82,7 @@ const std::vector<std::pair<const char*, std::string>> kFiles = {
     {"left by an engraving that ended before the switch",
      Movie(UserData(Mp4Box("tagc", kOld))) + kMedia +
          Movie(UserData(Mp4Box("tagc", captures::Block("Ovirastream SHARE", R"({"DRSAppName":"wrong"})"))))},
+    {"a few bytes behind", Movie() + kMedia + std::string(7, '\0')},
     {"left by one that ended while it appended",
      Movie(UserData(Mp4Box("tagc", kOld))) + kMedia + Movie().substr(0, 60)},
 };
@@ -179,7 +180,7 @@ TEST(Engraving, OnAFullDiskLeavesTheFileAsItWas) {
         EXPECT_FALSE(AddMetadatatoFile(path, info.get()));
     }
     EXPECT_EQ(folder.Read("a.mp4"), bytes);
-    EXPECT_TRUE(AddMetadatatoFile(path, info.get()));
+    EXPECT_TRUE(AddMetadatatoFile(folder.Write("a.mp4", bytes + Movie().substr(0, 60)), info.get()));
     EXPECT_EQ(AppOf(folder.Read("a.mp4")), "App");
 }
 

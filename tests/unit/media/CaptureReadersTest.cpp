@@ -27,7 +27,7 @@ TEST(XMPMeta, IsNoParserOfXml) {
     const struct {
         const char *text, *content;
     } cases[] = {
-        {"<ns:a b=\"c\"> \n two words\n </a  > tail", "two words"},
+        {"<ns>a b=\"c\"> \n two words\n </a  > tail", "two words"},
         {"<a>closed by one</ns:a>", "closed by one</ns:a>"},
         {"<a>x<b>y</b>z<</a>", "x<b>y</b>z<</a>"},
         {"   <a> \n </a>", ""},
@@ -90,9 +90,10 @@ TEST_F(OwnershipSniffer, ExtensionSelectsTheWalkAndTheBytesDecide) {
           Row{"png", png, "other", "Unknown", false}, Row{"b.jps", jpeg, "image", "Stereo", true},
           Row{"b.jpeg", jpeg, "other", "Unknown", false}, Row{"c.Mp4", mp4, "video", "Highlight", true}}) {
         media::SniffResult result;
-        result.fileSubType = result.highlightName = "before";
+        result.fileSubType = result.highlightName = result.drsName = result.drsProfileName = "before";
         EXPECT_GE(media::SniffFile(folder_.Write(row.name, row.bytes), result), 0) << row.name;
-        EXPECT_EQ(result.highlightName, "before") << "only what it decides is reset";
+        EXPECT_EQ(result.highlightName + result.drsName + result.drsProfileName, "before")
+            << "none of its own";
         EXPECT_EQ(result.fileType + result.fileSubType, std::string(row.fileType) + row.subType) << row.name;
         EXPECT_EQ(result.isOwn, row.isOwn) << row.name;
     }

@@ -5,6 +5,7 @@
 
 #include "plugin-modules/Gallery/src/media/ImageSize.h"
 #include "tests/support/CaptureBytes.h"
+#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ const std::string kPng = Hex("89504e470d0a1a0a 0000000d 49484452 7fffffff 000000
 // Up to the count of components, after a comment and a fill byte.
 const std::string kJpeg = Hex("ffd8 fffe0006 ffc0ffd9 ff ffc0 0011 08 0438 0780 03");
 const std::string kGif = Hex("474946383961 8002 e001 000000");
-const std::string kWindowsBmp = Hex(kBmp + "28000000 2c010000 38ffffff 00000000");
+const std::string kWindowsBmp = Hex(kBmp + "10000000 2c010000 38ffffff 00000000");
 const std::string kOldBmp = Hex(kBmp + "0c000000 2c01 ffff 00000000");
 const std::string kCanvas = Hex(kWebP + "56503858 0a000000 00000000 ffffff 020000");
 const std::string kLossy = Hex(kWebP + "56503820 0a000000 000000 9d012a 8042 ffff");
@@ -59,6 +60,10 @@ TEST(ImageSize, IsReadFromEachHeaderAndNotFromAPartOfIt) {
         for (size_t end = 0; end < header.size(); ++end)
             EXPECT_EQ(SizeOf(header.substr(0, end)), "") << size << " " << end;
     }
+    unsigned int width = 0, height = 0;
+    const TempFolder folder;
+    const std::string oldGif = std::string(kGif).replace(4, 1, "7");
+    EXPECT_TRUE(media::GetImageFileDimensions(folder.Write("a", oldGif), width, height) && width == 640);
 }
 
 TEST(ImageSize, RefusesEmptyPicturesAndDamagedHeaders) {

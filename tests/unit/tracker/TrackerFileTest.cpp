@@ -52,19 +52,18 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
         R"("meme": {"top": "t","bottom": "b"}}],)"
         R"("apps": [{"appName": "App","recents": [1,2],"groups": {"g": [2]}},{"appName": "Bare"}],)"
         R"("info": {"lastUGCIdUsed": 2,"version": 6,"folderCRC": 4000000001}})";
-    // Only the low half of a number of the catalogue is read, and an image has no duration.
-    TrackerContent content =
-        ReadFrom(head + R"("cmsId": 4294967303,"duration": "left out","highlightTags": 9,)" + tail);
+    // Only the low half of a number of the catalogue and the first path are read; images have no duration.
+    TrackerContent content = ReadFrom(
+        head + R"("cmsId": 4294967303,"duration": "left out","path": "again","highlightTags": 9,)" + tail);
     content.games["App"].groups["empty"] = {};
     content.games["Bare"].groups["empty"] = {};
     EXPECT_EQ(Line(Written(content)), head + R"("cmsId": 7,)" + tail);
     content.ugc[0]->cmsId = 0x100000001;
     content.ugc[0]->topBarText = "\x80";
-    const std::string written = Line(Written(content));
-    EXPECT_NE(written.find(R"("cmsId": 4294967297,"meme": {"top": ")"
-                           "\xEF\xBF\xBD\""),
-              std::string::npos)
-        << written;
+    EXPECT_NE(Line(Written(content))
+                  .find(R"("cmsId": 4294967297,"meme": {"top": ")"
+                        "\xEF\xBF\xBD\""),
+              std::string::npos);
     EXPECT_EQ(Written({}),
               "{\n\t\"UGC\": [],\n\t\"apps\": [],\n\t\"info\": {\n\t\t\"lastUGCIdUsed\": 0,\n"
               "\t\t\"version\": 0,\n\t\t\"folderCRC\": 0\n\t}\n}");
