@@ -15,7 +15,8 @@ KXP::Document Written(const HighlightConfigData& config) {
 }
 
 // The user's choices, which no text of the fuzzer's needs to have.
-void CheckWriting(HighlightConfigData config) {
+void CheckWriting(const HighlightConfigData& read) {
+    HighlightConfigData config = read;
     for (const int32_t choice : {-1, 0, 1}) {
         for (auto& [id, definition] : config.highlights)
             definition.userEnabled = choice;
