@@ -150,7 +150,7 @@ TEST_F(JSONFileTest, HasTheOldTextOrTheNewWhereverAWriteEnds) {
         EXPECT_EQ(folder_.Read("f.json"), std::string("{\n\t\"a\": ") + tail);
     }
     EXPECT_EQ(found, (std::vector<std::string>{"old", "new", "longer", "s"}));
-    EXPECT_EQ(ValueIn(std::string("{\"a\":\"n\"old\"}\0{\"a\":\"new\"}\0{\"a\":\"ne", 35)), "new")
+    EXPECT_EQ(ValueIn(std::string("{\"a\":\"n\"old\"}\0{\"a\":\"new\"}\0{\"a\":\"ne", 34)), "new")
         << "ended twice";
 }
 
