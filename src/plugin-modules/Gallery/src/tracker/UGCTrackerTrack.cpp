@@ -104,18 +104,24 @@ void UGCTracker::FinishEntry() {
 void UGCTracker::TrackNow(const std::string& path) {
     const std::optional<std::string> place = place_.CapturePathOf(path);
     if (!place || !journal_.Owns()) return;
+    journal_.NoteChanged(*place);
     TrackOrLog(*place);
     EnqueueFinish();
 }
 
 void UGCTracker::UntrackNow(const std::string& path) {
-    if (const RecordPtr record = FindRecord(path)) record_.Remove({record->path});
+    if (const RecordPtr record = FindRecord(path)) {
+        journal_.NoteChanged(record->path);
+        record_.Remove({record->path});
+    }
     EnqueueFinish();
 }
 
 void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
     const RecordPtr record = FindRecord(from);
     const std::optional<std::string> place = place_.CapturePathOf(to);
+    if (record) journal_.NoteChanged(record->path);
+    if (place) journal_.NoteChanged(*place);
     if (record) record_.Remove({record->path});
     if (!journal_.Owns()) return EnqueueFinish();
     if (place) record ? TrackMoved(*record, *place) : TrackOrLog(*place);
