@@ -4,9 +4,7 @@
 // "p99_ms". A trim is measured without the cut itself, which is made by the bare library in turn ("cut_ms").
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <filesystem>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -14,22 +12,20 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <dlfcn.h>
 #include <sys/inotify.h>
 
 #include "base/FileDescriptor.h"
-#include "core/container/cef/ZvCefPlugin.h"
+#include "benchmarks/Product.h"
+#include "benchmarks/Times.h"
 #include "sample-media/MadeMedia.h"
-#include "tests/support/FakeContainer.h"
 #include "tests/support/TempGallery.h"
 #include "tests/unit/ovnx-codelib/CodecLibrary.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using namespace benchmarks;
 
 constexpr int kFilesPerGame = 200;
-constexpr std::chrono::minutes kPatience{5};
 
 // Takes all of the user's inotify instances, so that the plug-in gets none.
 class NoFileEvents {
@@ -42,71 +38,6 @@ class NoFileEvents {
   private:
     std::vector<KXP::FileDescriptor> taken_;
 };
-
-// The plug-in as a container has it.
-class Product {
-  public:
-    Product() {
-        void* const library = dlopen(PRODUCT_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-        if (!library) throw std::runtime_error(dlerror());
-        plugin_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(library, "ZvCefPluginGetInfo"))();
-        // The answer and the line of a finished scan may come in either order.
-        Expect("Tracker update done");
-        plugin_->Initialize(&Product::Callback, "{}", this);
-        (void)Await();
-        plugin_->Start();
-    }
-    ~Product() {
-        plugin_->Stop();
-        plugin_->Uninitialize();
-    }
-    Product(const Product&) = delete;
-    Product& operator=(const Product&) = delete;
-
-    // Milliseconds until the answer, which is "Success".
-    double Ask(const std::string& method, const std::string& payload) {
-        const std::string id = "ask" + std::to_string(++asked_);
-        Expect("\"reference_uniqueid\":\"" + id + "\"");
-        const Clock::time_point start = Clock::now();
-        plugin_->OnJsonMessage(Envelope(method, id, payload).c_str());
-        const std::string answer = Await();
-        const double taken = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-        if (answer.find("\"Success\"") == std::string::npos) throw std::runtime_error(answer);
-        return taken;
-    }
-
-  private:
-    static void Callback(ZvCefPluginNotification_t, const char* text, void* context) {
-        auto* self = static_cast<Product*>(context);
-        const std::lock_guard<std::mutex> lock(self->mutex_);
-        if (self->found_ || std::string_view(text).find(self->wanted_) == std::string_view::npos) return;
-        self->found_ = text;
-        self->changed_.notify_all();
-    }
-    void Expect(std::string part) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        wanted_ = std::move(part);
-        found_.reset();
-    }
-    std::string Await() {
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait_for(lock, kPatience, [&] { return found_.has_value(); });
-        return found_.value_or("no answer");
-    }
-
-    ZvCefPluginInfo* plugin_ = nullptr;
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::string wanted_;
-    std::optional<std::string> found_;
-    int asked_ = 0;
-};
-
-double Quantile(std::vector<double> values, double share) {
-    std::sort(values.begin(), values.end());
-    return values[std::min(values.size() - 1,
-                           static_cast<size_t>(share * static_cast<double>(values.size())))];
-}
 
 void Report(benchmark::State& state, const std::vector<double>& times) {
     state.counters["median_ms"] = Quantile(times, 0.5);
@@ -134,14 +65,10 @@ std::optional<NoFileEvents> EventsOf(const benchmark::State& state) {
     return none;
 }
 
-std::string Quoted(const std::string& name, const std::string& value) {
-    return "\"" + name + "\":\"" + value + "\"";
-}
-
 void Move(benchmark::State& state) {
     const Gallery gallery(state.range(0));
     const std::optional<NoFileEvents> none = EventsOf(state);
-    Product product;
+    Product product(PRODUCT_PLUGIN);
     std::vector<double> times;
     while (state.KeepRunning()) {
         const std::string name = "/" + std::to_string(times.size()) + ".mp4";
@@ -160,7 +87,7 @@ void Trim(benchmark::State& state, bool inPlace) {
     const Gallery gallery(state.range(0));
     const std::optional<NoFileEvents> none = EventsOf(state);
     const CodecLibrary library;
-    Product product;
+    Product product(PRODUCT_PLUGIN);
     std::vector<double> times;
     std::vector<double> cuts;
     while (state.KeepRunning()) {
@@ -191,7 +118,7 @@ void Trim(benchmark::State& state, bool inPlace) {
 // a question waited. "writes" is how often the file was written.
 void Captions(benchmark::State& state) {
     const Gallery gallery(state.range(0));
-    Product product;
+    Product product(PRODUCT_PLUGIN);
     const std::filesystem::path stamps = gallery.home() / gallery.ShareFile("UGCTracker.stamps");
     std::set<std::filesystem::file_time_type> writes;
     std::vector<double> captions;

@@ -1,7 +1,6 @@
 // A gallery of made captures with a tracker over it, and how to measure the two.
 #pragma once
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
@@ -11,50 +10,16 @@
 #include <string>
 #include <vector>
 
-#include <time.h>
-
 #include "CobalixUtil.h"
+#include "benchmarks/Times.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TempGallery.h"
 
 namespace benchmarks {
 
-using Clock = std::chrono::steady_clock;
-
 inline constexpr int kFilesPerGame = 200;
 inline constexpr std::chrono::minutes kPatience{10};
-
-template <typename Work>
-double SecondsOf(Work work) {
-    const Clock::time_point start = Clock::now();
-    work();
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-inline double Quantile(std::vector<double> values, double share) {
-    std::sort(values.begin(), values.end());
-    return values[std::min(values.size() - 1,
-                           static_cast<size_t>(share * static_cast<double>(values.size())))];
-}
-
-inline double Median(const std::vector<double>& values) {
-    return Quantile(values, 0.5);
-}
-
-// Of the whole process, which others on the machine cannot spoil.
-inline double CpuSeconds() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
-template <typename Work>
-double CpuSecondsOf(Work work) {
-    const double start = CpuSeconds();
-    work();
-    return CpuSeconds() - start;
-}
 
 // A gallery with screenshots and highlights in turn.
 class SampleGallery : public TempGallery {

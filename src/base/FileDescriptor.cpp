@@ -61,8 +61,8 @@ FileDescriptor OpenForRead(const std::string& path, struct stat& status, Links l
     return OpenRegular(AT_FDCWD, path, O_RDONLY | FlagsOf(links), 0, status);
 }
 
-FileDescriptor OpenForReadAt(const FileDescriptor& folder, const std::string& name, struct stat& status) {
-    return OpenRegular(folder.get(), name, O_RDONLY | O_NOFOLLOW, 0, status);
+FileDescriptor OpenForReadAt(int folder, const std::string& name, struct stat& status, Links links) {
+    return OpenRegular(folder, name, O_RDONLY | FlagsOf(links), 0, status);
 }
 
 FileDescriptor OpenForWrite(const std::string& path, unsigned mode) {

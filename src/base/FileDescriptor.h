@@ -47,8 +47,8 @@ FileDescriptor OpenForRead(const std::string& path, uint64_t* size = nullptr);
 // The same, with all that the system knows of the open file.
 FileDescriptor OpenForRead(const std::string& path, struct stat& status, Links links = Links::Follow);
 
-// Opens a regular file in an open folder. A link is refused.
-FileDescriptor OpenForReadAt(const FileDescriptor& folder, const std::string& name, struct stat& status);
+// Opens a regular file in the folder that the descriptor `folder` is of.
+FileDescriptor OpenForReadAt(int folder, const std::string& name, struct stat& status, Links links);
 
 // Opens a regular file for writing and creates it with `mode` less the umask when it is missing; an old file
 // keeps its bytes.

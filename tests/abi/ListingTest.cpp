@@ -1,5 +1,8 @@
 // Listings of real files, as the pages receive them.
 
+#include <algorithm>
+#include <set>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,6 +84,17 @@ TEST_F(ListingTest, OrdersByTimeThenNameAndCountsWhatHasNoPlaceInTheSchema) {
     EXPECT_EQ(List(gallery_.path(), R"(,"shouldShowEXR":true)"),
               "\nx Thumbnail.jpeg: other Unknown Undefined\nb.txt: other Unknown Undefined"
               "\na.txt: other Unknown Undefined\nmedia type.mp4: video Unknown OVS_Share");
+}
+
+TEST_F(ListingTest, HoldsEachOfManyFilesOnce) {
+    std::set<std::string> wanted;
+    for (int i = 0; i < 1000; ++i)
+        gallery_.Write(*wanted.insert(std::to_string(i) + ".png").first, "");
+    std::multiset<std::string> listed;
+    for (const KXP::Value& file :
+         Ask("GetFolderListing", "{\"directory\":\"" + gallery_.path() + "\"}")["files"].GetArray())
+        listed.insert(file["name"].GetString());
+    EXPECT_TRUE(std::equal(listed.begin(), listed.end(), wanted.begin(), wanted.end()));
 }
 
 TEST_F(ListingTest, LeavesOutFoldersAsAsked) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -19,10 +20,10 @@ class ifstream {
   public:
     // False, with nothing held, when the path cannot be opened or is no regular file; symbolic links are
     // followed.
-    bool open(const std::string& path) {
-        file_ = OpenForRead(path, status_);
-        error_ = file_.IsOpen() ? 0 : errno;
-        return file_.IsOpen();
+    bool open(const std::string& path) { return Take(OpenForRead(path, status_)); }
+    // The same for a name in the folder that the descriptor `folder` is of.
+    bool open(int folder, const std::string& name) {
+        return Take(OpenForReadAt(folder, name, status_, Links::Follow));
     }
     // The errno of the opening or the first read that failed; 0 when none has. EINVAL and ELOOP say that the
     // path is that of no regular file.
@@ -43,6 +44,12 @@ class ifstream {
     }
 
   private:
+    bool Take(FileDescriptor file) {
+        error_ = file.IsOpen() ? 0 : errno;
+        file_ = std::move(file);
+        return file_.IsOpen();
+    }
+
     FileDescriptor file_;
     int error_ = 0;
     struct stat status_ {};

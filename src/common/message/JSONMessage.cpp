@@ -12,6 +12,18 @@
 namespace KXP {
 namespace {
 
+constexpr std::string_view kEmptyObject = "{}";
+constexpr size_t kUsualEnvelopeBytes = 512;
+
+bool WriteJSON(const Value& value, JsonBuffer& buffer) {
+    JsonWriter writer(buffer);
+    return value.Accept(writer);
+}
+
+void Append(std::string_view text, JsonBuffer& buffer) {
+    std::memcpy(buffer.Push(text.size()), text.data(), text.size());
+}
+
 void CheckRequiredString(const Value& object, const char* key) {
     const auto member = object.FindMember(key);
     if (member == object.MemberEnd())
@@ -68,13 +80,36 @@ void JSONMessage::CopyFrom(const JSONMessage& other) {
     document_.CopyFrom(other.document_, document_.GetAllocator());
     first_ = other.first_;
     second_ = other.second_;
+    writtenBody_ = other.writtenBody_;
 }
 
 bool JSONMessage::Serialize(JsonBuffer& buffer) const {
-    JsonWriter writer(buffer);
-    if (document_.Accept(writer)) return true;
+    if (writtenBody_ ? WriteWithBody(buffer) : WriteJSON(document_, buffer)) return true;
     KXP_LOG(LogFailure, "Error encoding JSON string");
     return false;
+}
+
+bool JSONMessage::WriteWithBody(JsonBuffer& buffer) const {
+    JsonBuffer others;
+    if (!WriteJSON(payload(), others)) return false;
+    const std::string_view body(writtenBody_->text.GetString(), writtenBody_->text.GetSize());
+    const std::string_view rest(others.GetString(), others.GetSize());
+    const bool areBoth = body.size() > kEmptyObject.size() && rest.size() > kEmptyObject.size();
+    buffer.Reserve(body.size() + rest.size() + kUsualEnvelopeBytes);
+    JsonWriter writer(buffer);
+    writer.StartObject();
+    for (const Value::Member& member : document_.GetObject()) {
+        writer.Key(member.name.GetString(), member.name.GetStringLength());
+        if (&member.value != &payload()) {
+            if (!member.value.Accept(writer)) return false;
+            continue;
+        }
+        writer.RawValue("", 0, rapidjson::kObjectType);  // what goes before a value
+        Append(body.substr(0, body.size() - 1), buffer);
+        if (areBoth) buffer.Put(',');
+        Append(rest.substr(1), buffer);
+    }
+    return writer.EndObject();
 }
 
 int JSONMessage::type() const {

@@ -11,12 +11,19 @@
 #include "base/SlabMemory.h"
 #include "common/json/Json.h"
 #include "common/message/IOwedAnswer.h"
+#include "common/results/RetVal.h"
 
 namespace MessageBusClient {
 class IBusMessage;
 }
 
 namespace KXP {
+
+// The body of a response as text, a whole object, and what its check said.
+struct WrittenBody {
+    JsonBuffer text;
+    RetVal verdict;
+};
 
 // The envelope: one JSON object.
 //   system, module, method, uniqueid   strings, not empty
@@ -90,6 +97,10 @@ class JSONMessage : public InSlab {
     const std::shared_ptr<IOwedAnswer>& owed_answer() const { return owedAnswer_; }
     void set_owed_answer(std::shared_ptr<IOwedAnswer> owed) { owedAnswer_ = std::move(owed); }
 
+    // The members of the payload that are text already, before those of the payload itself; null for none.
+    const WrittenBody* written_body() const { return writtenBody_.get(); }
+    void set_written_body(std::shared_ptr<const WrittenBody> body) { writtenBody_ = std::move(body); }
+
     const Document& document() const { return document_; }
     Document& document() { return document_; }
 
@@ -99,6 +110,7 @@ class JSONMessage : public InSlab {
     Value& Member(const char* key);
     void SetText(const char* key, const char* text);
     void CheckEnvelope();
+    bool WriteWithBody(JsonBuffer& buffer) const;
 
     // Most messages are small, and thousands may wait at once: a chunk of the default size would cost each of
     // them 64 KB.
@@ -110,6 +122,7 @@ class JSONMessage : public InSlab {
     BusMessage first_;
     BusMessage second_;
     std::shared_ptr<IOwedAnswer> owedAnswer_;
+    std::shared_ptr<const WrittenBody> writtenBody_;
 };
 
 }  // namespace KXP

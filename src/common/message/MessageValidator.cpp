@@ -12,13 +12,20 @@ bool MessageValidator::SendMsg(std::unique_ptr<JSONMessage> message) {
     const std::string method = Message::Method(*message);
     const Value& payload = std::as_const(*message).payload();
     if (Message::IsResponse(*message)) {
-        const RetVal verdict = validateJsonMessage(method, payload, "return");
+        const WrittenBody* const written = message->written_body();
+        const RetVal verdict = written ? written->verdict : validateJsonMessage(method, payload, "return");
         Message::SetReturnValue(*message, verdict.Failed() ? verdict : value);
     } else if (!Message::IsPersistent(*message)) {
         const RetVal verdict = validateJsonMessage(method, payload, "parameters");
         if (verdict.Failed()) return Refuse(*message, verdict);
     }
     return ForwardMsg(std::move(message));
+}
+
+void MessageValidator::WriteBody(JSONMessage& response, const BodySource& body) {
+    auto written = std::make_shared<WrittenBody>();
+    written->verdict = schemas_.WriteChecked(response.method(), body, written->text);
+    response.set_written_body(std::move(written));
 }
 
 bool MessageValidator::Refuse(const JSONMessage& request, const RetVal& failure) {

@@ -23,6 +23,10 @@ class MessageValidator : public MessageHandler<JSONMessage> {
         return schemas_.Validate(method, payload, kind);
     }
 
+    // Writes the body of a response, which is checked on the way: SendMsg has nothing left to do with it. Any
+    // thread.
+    void WriteBody(JSONMessage& response, const BodySource& body);
+
   private:
     bool Refuse(const JSONMessage& request, const RetVal& failure);
 

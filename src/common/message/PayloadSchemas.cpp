@@ -6,6 +6,7 @@
 
 #include "CobalixUtil.h"
 #include "common/json/JsonHelpers.h"
+#include "common/json/JsonParse.h"
 #include "common/results/Exception.h"
 
 namespace KXP {
@@ -63,17 +64,18 @@ Document SchemaWithDefinitions(const Value& schema, const Value& definitions) {
 // RapidJSON converts every number that it compares with an enum to a 64-bit integer, which is undefined for
 // one that does not fit. Numbers beyond that range equal none of the schema's before and after they are
 // bounded.
-using BaseValidator =
-    rapidjson::GenericSchemaValidator<SchemaDocument, rapidjson::BaseReaderHandler<Utf8>, ThrowingAllocator>;
+template <typename Output>
+using BaseValidator = rapidjson::GenericSchemaValidator<SchemaDocument, Output, ThrowingAllocator>;
 
-class PayloadValidator : public BaseValidator {
+template <typename Output>
+class PayloadValidator : public BaseValidator<Output> {
   public:
-    using BaseValidator::BaseValidator;
+    using BaseValidator<Output>::BaseValidator;
 
     bool Double(double number) {
         constexpr double kLeast = -0x1p63;
         constexpr double kGreatest = 0x1.fffffffffffffp63;
-        return BaseValidator::Double(std::clamp(number, kLeast, kGreatest));
+        return BaseValidator<Output>::Double(std::clamp(number, kLeast, kGreatest));
     }
 };
 
@@ -83,15 +85,34 @@ std::string UriFragment(const SchemaDocument::PointerType& pointer) {
     return {text.GetString(), text.GetSize()};
 }
 
-void Check(const SchemaDocument& schema, const Value& payload, const char* kind) {
-    PayloadValidator validator(schema);
-    payload.Accept(validator);
+template <typename Validator>
+void ThrowIfInvalid(const Validator& validator, const char* kind) {
     if (validator.IsValid()) return;
     const char* keyword = validator.GetInvalidSchemaKeyword();
     throw JSONFieldError(std::string("Schema '") + kind + "' validation error. Problem found at key " +
                          UriFragment(validator.GetInvalidDocumentPointer()) +
                          ". Schema violated: " + UriFragment(validator.GetInvalidSchemaPointer()) +
                          ". Violation: " + (keyword ? keyword : ""));
+}
+
+RetVal LogInvalid(const std::exception& error, const std::string& method, const Value& payload) {
+    RetVal failure = ExceptionToRetVal();
+    KXP_LOG(LogFailure, "Could not parse JSON message for method %s: %s, Returned fields: %s", method.c_str(),
+            error.what(), WriteJSONToKeys(payload).c_str());
+    return failure;
+}
+
+// A number that JSON does not know ends the text.
+void ThrowUnlessComplete(const JsonWriter& writer) {
+    if (!writer.IsComplete()) throw Exception(Code::kFailure, "Error encoding JSON string", 0);
+}
+
+void WriteUnchecked(const BodySource& body, JsonBuffer& text) {
+    text.Clear();
+    JsonWriter writer(text);
+    JsonSink<JsonWriter> sink(writer);
+    body(sink);
+    ThrowUnlessComplete(writer);
 }
 
 }  // namespace
@@ -111,29 +132,53 @@ PayloadSchemas::~PayloadSchemas() = default;
 
 RetVal PayloadSchemas::Validate(const std::string& method, const Value& payload, const char* kind) {
     try {
-        const Value& definitions = JSONGetObjectOrEmpty(api_, "definitions");
-        const Value& schema = JSONGetObjectOrEmpty(JSONGetObjectOrEmpty(definitions, method), kind);
-        if (!schema.ObjectEmpty()) Check(Find(schema, definitions).schema, payload, kind);
+        if (const Compiled* const compiled = Find(method, kind)) {
+            PayloadValidator<rapidjson::BaseReaderHandler<Utf8>> validator(compiled->schema);
+            payload.Accept(validator);
+            ThrowIfInvalid(validator, kind);
+        }
         return {};
     } catch (const std::exception& error) {
-        RetVal failure = ExceptionToRetVal();
-        KXP_LOG(LogFailure, "Could not parse JSON message for method %s: %s, Returned fields: %s",
-                method.c_str(), error.what(), WriteJSONToKeys(payload).c_str());
-        return failure;
+        return LogInvalid(error, method, payload);
+    }
+}
+
+RetVal PayloadSchemas::WriteChecked(const std::string& method, const BodySource& body, JsonBuffer& text) {
+    try {
+        const Compiled* const compiled = Find(method, "return");
+        if (!compiled) {
+            WriteUnchecked(body, text);
+            return {};
+        }
+        JsonWriter writer(text);
+        PayloadValidator<JsonWriter> validator(compiled->schema, writer);
+        JsonSink<PayloadValidator<JsonWriter>> sink(validator);
+        body(sink);
+        ThrowIfInvalid(validator, "return");
+        ThrowUnlessComplete(writer);
+        return {};
+    } catch (const JSONFieldError& error) {
+        WriteUnchecked(body, text);
+        Document document;
+        (void)ParseJSON({text.GetString(), text.GetSize()}, document);
+        return LogInvalid(error, method, document);
     }
 }
 
 // Compiles with the mutex free, because that may log. Threads that need a schema at the same time each
 // compile it, and one of the results is kept.
-const PayloadSchemas::Compiled& PayloadSchemas::Find(const Value& schema, const Value& definitions) {
+const PayloadSchemas::Compiled* PayloadSchemas::Find(const std::string& method, const char* kind) {
+    const Value& definitions = JSONGetObjectOrEmpty(api_, "definitions");
+    const Value& schema = JSONGetObjectOrEmpty(JSONGetObjectOrEmpty(definitions, method), kind);
+    if (schema.ObjectEmpty()) return nullptr;
     {
         MutexLock lock(mutex_);
         const auto found = compiled_.find(&schema);
-        if (found != compiled_.end()) return *found->second;
+        if (found != compiled_.end()) return found->second.get();
     }
     auto fresh = std::make_unique<const Compiled>(SchemaWithDefinitions(schema, definitions));
     MutexLock lock(mutex_);
-    return *compiled_.try_emplace(&schema, std::move(fresh)).first->second;
+    return compiled_.try_emplace(&schema, std::move(fresh)).first->second.get();
 }
 
 }  // namespace KXP

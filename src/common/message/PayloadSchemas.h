@@ -1,15 +1,19 @@
 // The check of message payloads against the API schema: what a request may carry, and what a response may.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
 
-#include "common/json/Json.h"
+#include "common/json/IJsonSink.h"
 #include "common/results/RetVal.h"
 #include "common/threads/Mutex.h"
 
 namespace KXP {
+
+// Writes the body of an answer, an object, each time it is called.
+using BodySource = std::function<void(IJsonSink&)>;
 
 // Reads one API schema: an object whose `definitions` hold under each method's name the JSON schemas of its
 // payloads, and beside them the types that these share, reached by "$ref": "#/definitions/NAME" alone.
@@ -31,10 +35,14 @@ class PayloadSchemas {
     // of the payload's members. A schema that does not compile fails in the same way.
     RetVal Validate(const std::string& method, const Value& payload, const char* kind);
 
+    // Writes an answer's body as `text` and checks it on the way. The text is whole in any case.
+    RetVal WriteChecked(const std::string& method, const BodySource& body, JsonBuffer& text);
+
   private:
     struct Compiled;
 
-    const Compiled& Find(const Value& schema, const Value& definitions) EXCLUDES(mutex_);
+    // Null for a method or kind that the API does not list.
+    const Compiled* Find(const std::string& method, const char* kind) EXCLUDES(mutex_);
 
     const Document& api_;
 

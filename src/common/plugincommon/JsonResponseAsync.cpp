@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "common/json/StackDocument.h"
 #include "common/results/Exception.h"
 
 namespace KXP {
@@ -25,26 +26,40 @@ TaskStatus JsonResponseAsyncBase::ExecuteTask(TaskQueue&) {
     } catch (...) {
         result_ = LogCaught("ExecuteAsync");
     }
-    return result_.code == Code::kPending ? TaskStatusPending : TaskStatusDone;
+    if (result_.code == Code::kPending) return TaskStatusPending;
+    WriteResponse();
+    return TaskStatusDone;
+}
+
+void JsonResponseAsyncBase::WriteResponse() {
+    if (result_.Failed()) return;
+    try {
+        auto response = Message::CreateResponse(*request_);
+        module_.WriteBody(*response, [this](IJsonSink& sink) { WriteAsync(sink); });
+        response_ = std::move(response);
+    } catch (...) {
+        result_ = LogCaught("FinishAsync");
+    }
+}
+
+void JsonResponseAsyncBase::WriteAsync(IJsonSink& sink) {
+    StackDocument document;
+    (*document).SetObject();
+    FinishAsync(*document, (*document).GetAllocator());
+    (*document).Accept(sink);
 }
 
 void JsonResponseAsyncBase::FinishTask() {
     module_.task_queue().AssertOnWorker();
-    auto response = Message::CreateResponse(*request_);
     // A task that returned Pending is finished by now; that code is never sent.
-    if (result_.code == Code::kPending) result_ = {};
-    if (!result_.Failed()) {
-        try {
-            FinishAsync(response->payload(), response->allocator());
-        } catch (...) {
-            // An object that could not grow for want of memory must not be used further.
-            response->payload().SetObject();
-            result_ = LogCaught("FinishAsync");
-        }
+    if (result_.code == Code::kPending) {
+        result_ = {};
+        WriteResponse();
     }
     if (result_.Failed()) module_.ReportError(result_, request_->method());
     try {
-        sendResponse(std::move(response), result_);
+        if (!response_) response_ = Message::CreateResponse(*request_);
+        sendResponse(std::move(response_), result_);
     } catch (...) {
         // Too large to be written, most likely. The request is still answered, without a body.
         result_ = LogCaught("sendResponse");

@@ -1,6 +1,7 @@
-// The bases of endpoints that may take long. A task is built from its request on the worker, works on a
-// thread of its own in ExecuteAsync, and finishes on the worker in FinishAsync, which writes the response. It
-// is touched by the two threads in turn, never at once; CancelTask alone may run beside ExecuteAsync.
+// The bases of endpoints that may take long. A task is built from its request on the worker, and works on a
+// thread of its own in ExecuteAsync and then in WriteAsync, which writes the body of the response, so that
+// long answers keep nobody else waiting; the worker sends it. The task is touched by the two threads in turn,
+// never at once; CancelTask alone may run beside the work.
 #pragma once
 
 #include <memory>
@@ -19,9 +20,13 @@ class JsonResponseAsyncBase : public ITask {
     void FinishTask() override;
     void FailTask(const RetVal& reason) override { result_ = reason; }
 
-    // The slow work. Code::kPending says that the task calls TaskQueue::FinishAsync itself, later.
+    // The slow work. Code::kPending says that the task calls TaskQueue::FinishAsync itself, later; its
+    // response is then written on the worker.
     virtual RetVal ExecuteAsync(const Value& payload) = 0;
-    // Builds the body of the response; not called for a task that has failed.
+    // The body of the response; neither is called for a task that has failed. A body that may be long is
+    // written member by member, by WriteAsync, which may be called again if the body turns out wrong; a short
+    // one is built by FinishAsync.
+    virtual void WriteAsync(IJsonSink& sink);
     virtual void FinishAsync(Value&, Allocator&) {}
     virtual void sendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value);
 
@@ -29,8 +34,11 @@ class JsonResponseAsyncBase : public ITask {
     PluginModuleBase& module() { return module_; }
 
   private:
+    void WriteResponse();
+
     PluginModuleBase& module_;
     const std::unique_ptr<JSONMessage> request_;
+    std::unique_ptr<JSONMessage> response_;  // once it is written
     // For work that has no result, because there was not even the memory for a failure's text.
     RetVal result_{Code::kOutOfMemory, "Out of memory", 0};
 };

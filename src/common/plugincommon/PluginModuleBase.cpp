@@ -216,6 +216,10 @@ bool PluginModuleBase::SendResponse(std::unique_ptr<JSONMessage> response, const
     return chain_.responder && chain_.responder->SendResponse(std::move(response), value);
 }
 
+void PluginModuleBase::WriteBody(JSONMessage& response, const BodySource& body) {
+    if (chain_.validator) chain_.validator->WriteBody(response, body);
+}
+
 void PluginModuleBase::RegisterNotificationSyncFn(const std::string& system, const std::string& module,
                                                   const std::string& method, NotificationListener listener) {
     const bool isNew =

@@ -75,6 +75,10 @@ class PluginModuleBase : public IContainerConnector,
     // Sends an answer or a notification as this module, from any thread.
     virtual bool SendResponse(std::unique_ptr<JSONMessage> response, const RetVal& value);
 
+    // Writes and checks the body of a response ahead, so that sending it takes the worker no time. Any
+    // thread.
+    void WriteBody(JSONMessage& response, const BodySource& body);
+
     // Runs an asynchronous task now.
     void RunTask(ITask* task) { taskQueue_.ExecuteTask(task, taskQueue_.Now()); }
 

@@ -81,7 +81,9 @@ HighlightsConfig::HighlightsConfig(const std::string& applicationName) : file_(F
 
 RetVal HighlightsConfig::readConfig(HighlightConfigData& config, HeldLog& log) const {
     KXP::Document document;
-    const RetVal read = file_.ReadAndParseJSON(document, log);
+    // One that cannot be read at the moment is not missing: a new one in its place would lose the user's
+    // choices.
+    const RetVal read = file_.ReadUnlessPassing(document, log);
     if (read.Failed()) {
         constexpr const char* kText = "Failed to read and parse Highlights config JSON file";
         return Failed(log, kText, read.code, kText);

@@ -30,29 +30,28 @@ constexpr std::string_view kSources[] = {"OVS_Share", "OVS_Lumis", "OVS_SDK", "S
 constexpr std::string_view kAudioTypes[] = {"Single", "Separate", "Unknown"};
 
 template <size_t N>
-bool IsOneOf(const std::string_view (&words)[N], std::string_view word) {
-    return std::find(std::begin(words), std::end(words), word) != std::end(words);
+std::string_view KnownOr(const std::string_view (&words)[N], std::string_view word, std::string_view other) {
+    const auto* const known = std::find(std::begin(words), std::end(words), word);
+    return known != std::end(words) ? *known : other;
 }
 
 }  // namespace
 
 std::string_view TypeForPages(std::string_view word) {
-    if (IsOneOf(kTypes, word)) return word;
     // The type of a highlight that is still in flight is that of its announcement.
-    return word == "screenshot" ? "image" : "other";
+    return KnownOr(kTypes, word, word == "screenshot" ? "image" : "other");
 }
 
 std::string_view SubtypeForPages(std::string_view word) {
-    if (IsOneOf(kSubtypes, word)) return word;
     // Where the picture comes from is the source's matter; as a kind it is a LUMIS picture like the others.
-    return word == "StandAlone_Lumis" ? "Normal_Lumis" : "Unknown";
+    return KnownOr(kSubtypes, word, word == "StandAlone_Lumis" ? "Normal_Lumis" : "Unknown");
 }
 
 std::string_view SourceForPages(std::string_view word) {
-    return IsOneOf(kSources, word) ? word : "Undefined";
+    return KnownOr(kSources, word, "Undefined");
 }
 
 // A video that has no length yet has no audio either.
 std::string_view AudioTypeForPages(std::string_view word) {
-    return IsOneOf(kAudioTypes, word) ? word : "Unknown";
+    return KnownOr(kAudioTypes, word, "Unknown");
 }

@@ -4,8 +4,8 @@
 
 #include <string_view>
 
-// Each returns a word of the schema: known words unchanged, a replacement for the others. The results live as
-// long as `word`.
+// Each returns a word of the schema: the same for a known word, a replacement for the others. The results are
+// static.
 std::string_view TypeForPages(std::string_view word);
 std::string_view SubtypeForPages(std::string_view word);
 std::string_view SourceForPages(std::string_view word);

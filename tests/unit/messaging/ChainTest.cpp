@@ -153,4 +153,25 @@ TEST(Validator, ABadResponseTravelsWithTheFailure) {
     EXPECT_EQ(respond(R"({"b":1,"_return_code":1,"_return_status":"as it was"})").text, "as it was");
     EXPECT_EQ(static_cast<uint32_t>(respond(R"({"c":1})").code), 0x8008F001u);
     EXPECT_EQ(respond(R"({"_return_code":-5})").code, -5) << "a failure is not checked";
+
+    // The same when the body is written ahead; whatever the check says, it is whole.
+    for (const char* name : {"b", "c"}) {
+        auto response = Answer("1", "r", "{}");
+        validator.WriteBody(*response, [&](KXP::IJsonSink& sink) {
+            const KXP::Value value("text");
+            sink.StartObject();
+            sink.Key(name);
+            value.Accept(sink);
+            sink.EndObject(1);
+        });
+        Message::SetReturnValue(*response, {});
+        EXPECT_TRUE(validator.SendMsg(Message::CreateCopy(*response)));
+        const JSONMessage& sent = container[container.size() - 1];
+        EXPECT_EQ(Message::GetReturnValue(sent).Failed(), *name == 'c');
+        KXP::JsonBuffer text;
+        EXPECT_TRUE(sent.Serialize(text));
+        const JSONMessage read(text.GetString(), nullptr, nullptr);
+        EXPECT_STREQ(read.payload()[name].GetString(), "text");
+        EXPECT_TRUE(read.payload().HasMember("_return_code"));
+    }
 }

@@ -4,6 +4,7 @@
 #include "common/json/JsonParse.h"
 #include "libraries/share-common/Highlight.h"
 #include "libraries/share-common/HighlightsConfig.h"
+#include "tests/support/DescriptorLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryHome.h"
 
@@ -59,6 +60,15 @@ TEST_F(HighlightsConfigTest, AnUnusableFileLeavesTheCallersCopy) {
         EXPECT_EQ(HighlightsConfig(name).ReadConfig(data).code, kNotFound);
         EXPECT_FALSE(folder_.Has("data/ZORVEX")) << name;
     }
+}
+
+TEST_F(HighlightsConfigTest, IsNotReplacedWhenItCannotBeReadAtTheMoment) {
+    SKIP_WHERE_DESCRIPTORS_ARE_NEEDED();
+    folder_.Write(file_, Root("{}"));
+    HighlightConfigData data;
+    const DescriptorLimit none;
+    EXPECT_EQ(config_.WriteConfig(data).text, "WriteConfig: Couldn't open or create config file");
+    EXPECT_EQ(log_.Count("creating new file"), 0);
 }
 
 TEST_F(HighlightsConfigTest, FindsNamesByLocaleThenLanguageThenDefault) {

@@ -57,7 +57,7 @@ bool LocalFolder::Holds(const ManifestFile& file, const StopAsked& stopAsked) co
     const FileDescriptor folder = FolderOf(file.path, false);
     struct stat status {};
     if (!folder.IsOpen()) return false;
-    const FileDescriptor in = OpenForReadAt(folder, NameOf(file.path), status);
+    const FileDescriptor in = OpenForReadAt(folder.get(), NameOf(file.path), status, Links::Refuse);
     if (!in.IsOpen() || static_cast<uint64_t>(status.st_size) != file.size) return false;
     Sha256 digest;
     std::array<char, kReadAtOnce> buffer;

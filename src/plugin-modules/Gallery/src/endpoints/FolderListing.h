@@ -3,14 +3,16 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
+#include <deque>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
-#include <tuple>
 #include <utility>
+#include <vector>
 
-#include "common/json/Json.h"
+#include "common/json/IJsonSink.h"
+#include "plugin-modules/Gallery/src/endpoints/FileInspection.h"
 
 // Which folders a listing leaves out.
 enum class ExcludeDirs { None = 0, Hidden = 1, Empty = 2, HiddenAndEmpty = 3, HiddenOrEmpty = 4 };
@@ -20,8 +22,7 @@ extern const std::map<std::string, ExcludeDirs> kExcludeDirsWords;
 
 class FolderListing {
   public:
-    // File time in seconds since 1970, name, type, subtype, source, and the path of the thumbnail, if any.
-    using FileItemData = std::tuple<int64_t, std::string, std::string, std::string, std::string, std::string>;
+    using FileItemData = ListedFile;
 
     // Compares bytes; a shorter name comes before a longer one that begins with it.
     struct DirectoryCompare {
@@ -30,28 +31,36 @@ class FolderListing {
 
     struct Options {
         std::string directory;  // ends in "/"
-        bool onlyOwn = false;   // leave out files that are not the product's
         ExcludeDirs exclude = ExcludeDirs::None;
-        bool showExr = false;
+        FileInspector::Rules files;
     };
 
     explicit FolderListing(Options options) : options_(std::move(options)) {}
+    // Items refer to texts in it.
+    FolderListing(const FolderListing&) = delete;
+    FolderListing& operator=(const FolderListing&) = delete;
 
-    // Adds the content of the folder, until `cancelled` is set. A file that cannot be opened or inspected and
-    // a name that is not UTF-8 are logged and left out; a folder that cannot be opened counts as empty.
+    // Adds the content of the folder, until `cancelled` is set; to be called once. A file that cannot be
+    // opened or inspected and a name that is not UTF-8 are logged and left out; a folder that cannot be
+    // opened counts as empty.
     void Read(const std::atomic<bool>& cancelled);
 
-    void InsertIntoSet(const FileItemData& item) { files_.insert(item); }
+    // Copies the texts of the item.
+    void InsertIntoSet(const FileItemData& item);
     void InsertDirectory(const std::string& name) { directories_.insert(name); }
 
+    // Sorts the items, and drops all but one of equal ones. Before Write.
+    void Sort();
     // Writes the members "files" and "directories" of a response.
-    void Write(KXP::Value& response, KXP::Allocator& allocator) const;
+    void Write(KXP::IJsonSink& sink) const;
 
   private:
     void AddDirectory(const std::string& name);
-    void InspectFile(const std::string& name);
 
     const Options options_;
-    std::set<FileItemData> files_;  // oldest first
+    std::string names_;  // of the files in the folder, each with a zero byte
+    std::optional<FileInspection> inspection_;
+    std::deque<std::string> inserted_;  // texts
+    std::vector<FileItemData> files_;   // once sorted, oldest first
     std::set<std::string, DirectoryCompare> directories_;
 };

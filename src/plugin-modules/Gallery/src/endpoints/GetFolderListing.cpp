@@ -10,10 +10,10 @@ FolderListing::Options ReadOptions(const KXP::Value& params) {
     FolderListing::Options options;
     options.directory = KXP::jsonGetValue<std::string>(params, "directory");
     if (options.directory.empty() || options.directory.back() != '/') options.directory += '/';
-    options.onlyOwn = KXP::jsonGetValueOrDefault<bool>(params, "shouldGetOnlyZv", false);
+    options.files.onlyOwn = KXP::jsonGetValueOrDefault<bool>(params, "shouldGetOnlyZv", false);
     options.exclude =
         KXP::jsonGetEnumOrDefault(params, "excludeDirectoryType", kExcludeDirsWords, ExcludeDirs::None);
-    options.showExr = KXP::jsonGetValueOrDefault<bool>(params, "shouldShowEXR", false);
+    options.files.showExr = KXP::jsonGetValueOrDefault<bool>(params, "shouldShowEXR", false);
     return options;
 }
 
@@ -21,9 +21,11 @@ FolderListing::Options ReadOptions(const KXP::Value& params) {
 
 KXP::RetVal GetFolderListing::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&]() -> KXP::RetVal {
-        FolderListing::Options options = ReadOptions(params);
+        const FolderListing::Options options = ReadOptions(params);
         listing_.emplace(options);
-        return options.onlyOwn ? GetTracked(options.directory) : GetNonZvFolders();
+        KXP::RetVal result = options.files.onlyOwn ? GetTracked(options.directory) : GetNonZvFolders();
+        listing_->Sort();
+        return result;
     });
 }
 
@@ -44,11 +46,11 @@ KXP::RetVal GetFolderListing::GetTracked(const std::string& directory) {
     const size_t start = directory.rfind('/', end - 1) + 1;
     // The times stay 0, so that the order is that of the names and nothing is read from disk.
     for (const TrackedUGC& ugc : tracker->GetGameUGC(directory.substr(start, end - start)))
-        listing_->InsertIntoSet(
-            {0, ugc.path.substr(ugc.path.rfind('/') + 1), ugc.fileType, ugc.fileSubType, ugc.fileSource, ""});
+        listing_->InsertIntoSet({0,
+                                 std::string_view(ugc.path).substr(ugc.path.rfind('/') + 1),
+                                 ugc.fileType,
+                                 ugc.fileSubType,
+                                 ugc.fileSource,
+                                 {}});
     return {};
-}
-
-void GetFolderListing::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
-    listing_->Write(response, allocator);
 }

@@ -12,7 +12,7 @@ class GetFolderListing : public GalleryTaskBase<GetFolderListing> {
     using GalleryTaskBase::GalleryTaskBase;
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
-    void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
+    void WriteAsync(KXP::IJsonSink& sink) override { listing_->Write(sink); }
     void CancelTask() override { cancelled_ = true; }
 
   private:

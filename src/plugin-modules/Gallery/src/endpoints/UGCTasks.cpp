@@ -1,18 +1,25 @@
 #include "plugin-modules/Gallery/src/endpoints/UGCTasks.h"
 
+#include <string_view>
+
 #include "common/json/JsonHelpers.h"
+#include "common/json/StackDocument.h"
 
 namespace {
 
-KXP::Value ToArray(const std::vector<TrackedUGC>& list, KXP::Allocator& allocator) {
-    KXP::Value array(rapidjson::kArrayType);
-    array.Reserve(static_cast<rapidjson::SizeType>(list.size()), allocator);
+// An object with one member, the list. One record at a time is a document.
+void WriteList(std::string_view member, const std::vector<TrackedUGC>& list, KXP::IJsonSink& sink) {
+    KXP::StackDocument item;
+    sink.StartObject();
+    sink.Key(member);
+    sink.StartArray();
     for (const TrackedUGC& ugc : list) {
-        KXP::Value item;
-        TrackedUGC::CreateUGCJSONValue(ugc, item, allocator);
-        array.PushBack(item, allocator);
+        TrackedUGC::CreateUGCJSONValue(ugc, *item, (*item).GetAllocator());
+        (*item).Accept(sink);
+        item.Clear();
     }
-    return array;
+    sink.EndArray(static_cast<rapidjson::SizeType>(list.size()));
+    sink.EndObject(1);
 }
 
 }  // namespace
@@ -34,8 +41,8 @@ KXP::RetVal GetAppUGC::ExecuteAsync(const KXP::Value& params) {
     return Guarded([&] { return api().GetGameUGC(KXP::jsonGetValue<std::string>(params, "appName"), ugc_); });
 }
 
-void GetAppUGC::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
-    response.AddMember("ugc", ToArray(ugc_, allocator), allocator);
+void GetAppUGC::WriteAsync(KXP::IJsonSink& sink) {
+    WriteList("ugc", ugc_, sink);
 }
 
 KXP::RetVal GetRecentUGC::ExecuteAsync(const KXP::Value& params) {
@@ -47,6 +54,7 @@ KXP::RetVal GetRecentUGC::ExecuteAsync(const KXP::Value& params) {
     });
 }
 
-void GetRecentUGC::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
-    if (!recents_.empty()) response.AddMember("recents", ToArray(recents_, allocator), allocator);
+void GetRecentUGC::WriteAsync(KXP::IJsonSink& sink) {
+    if (recents_.empty()) return GalleryTaskBase::WriteAsync(sink);
+    WriteList("recents", recents_, sink);
 }

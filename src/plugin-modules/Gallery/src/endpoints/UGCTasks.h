@@ -22,7 +22,7 @@ class GetAppUGC : public GalleryTaskBase<GetAppUGC> {
     using GalleryTaskBase::GalleryTaskBase;
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
-    void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
+    void WriteAsync(KXP::IJsonSink& sink) override;
 
   private:
     std::vector<TrackedUGC> ugc_;
@@ -33,7 +33,7 @@ class GetRecentUGC : public GalleryTaskBase<GetRecentUGC> {
     using GalleryTaskBase::GalleryTaskBase;
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
-    void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
+    void WriteAsync(KXP::IJsonSink& sink) override;
 
   private:
     std::vector<TrackedUGC> recents_;

@@ -42,16 +42,25 @@ const Format* FindFormat(std::string_view path) {
     return nullptr;
 }
 
-void Reset(SniffResult& result) {
+void Reset(const Format* format, SniffResult& result) {
     result.isOwn = false;
-    result.fileType = "other";
-    result.fileSubType = "Unknown";
+    result.fileType = format ? format->fileType : "other";
+    result.fileSubType = format ? format->fileSubType : "Unknown";
     result.fileSource = "Undefined";
     result.drsName.clear();
     result.drsProfileName.clear();
     result.shortName.clear();
     result.cmsId = 0;
     result.findings.clear();
+}
+
+int32_t Walk(const Format& format, KXP::ifstream& file, SniffResult& result) {
+    FileSource source(file);
+    ByteCursor cursor(source);
+    const int32_t code = format.walk(cursor, result);
+    for (const char* finding : result.findings)
+        KXP_LOG(KXP::LogFailure, "%s", finding);
+    return code;
 }
 
 }  // namespace
@@ -62,22 +71,20 @@ int32_t SniffFile(const std::string& path, SniffResult& result) {
 }
 
 int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result) {
-    Reset(result);
-    const Format* format = FindFormat(path);
+    const Format* const format = FindFormat(path);
+    Reset(format, result);
     if (!format) return kInspected;
-    result.fileType = format->fileType;
-    result.fileSubType = format->fileSubType;
-
     if (!file.open(path)) {
         KXP_LOG(KXP::LogFailure, "Failed to open %s", KXP::GetFileNameFromPath(path).c_str());
         return KXP::Code::kFailure;
     }
-    FileSource source(file);
-    ByteCursor cursor(source);
-    const int32_t code = format->walk(cursor, result);
-    for (const char* finding : result.findings)
-        KXP_LOG(KXP::LogFailure, "%s", finding);
-    return code;
+    return Walk(*format, file, result);
+}
+
+int32_t SniffOpenFile(const std::string& name, KXP::ifstream& file, SniffResult& result) {
+    const Format* const format = FindFormat(name);
+    Reset(format, result);
+    return format ? Walk(*format, file, result) : kInspected;
 }
 
 bool MayBeOwn(const std::string& path) {

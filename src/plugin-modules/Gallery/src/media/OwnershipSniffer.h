@@ -21,6 +21,9 @@ int32_t SniffFile(const std::string& path, SniffResult& result);
 // be own is not opened.
 int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result);
 
+// The same for a file that is open already. Its name says which kind of file it is.
+int32_t SniffOpenFile(const std::string& name, KXP::ifstream& file, SniffResult& result);
+
 // Whether the file can be own by its name; SniffFile opens no other.
 bool MayBeOwn(const std::string& path);
 

@@ -1,0 +1,88 @@
+// The staged plug-in as a container has it.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include <dlfcn.h>
+
+#include "core/container/cef/ZvCefPlugin.h"
+#include "tests/support/FakeContainer.h"
+
+namespace benchmarks {
+
+inline constexpr std::chrono::minutes kProductPatience{5};
+
+inline std::string Quoted(const std::string& name, const std::string& value) {
+    return "\"" + name + "\":\"" + value + "\"";
+}
+
+class Product {
+  public:
+    // The plug-in in this file, started, and with all captures of the gallery on record.
+    explicit Product(const char* plugin) {
+        void* const library = dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
+        if (!library) throw std::runtime_error(dlerror());
+        plugin_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(library, "ZvCefPluginGetInfo"))();
+        // The answer and the line of a finished scan may come in either order.
+        Expect("Tracker update done");
+        plugin_->Initialize(&Product::Callback, "{}", this);
+        (void)Await();
+        plugin_->Start();
+    }
+    ~Product() {
+        plugin_->Stop();
+        plugin_->Uninitialize();
+    }
+    Product(const Product&) = delete;
+    Product& operator=(const Product&) = delete;
+
+    // Milliseconds until the answer, which is "Success".
+    double Ask(const std::string& method, const std::string& payload) {
+        const std::string id = "ask" + std::to_string(++asked_);
+        Expect("\"reference_uniqueid\":\"" + id + "\"");
+        const std::string request = Envelope(method, id, payload);
+        const auto start = std::chrono::steady_clock::now();
+        plugin_->OnJsonMessage(request.c_str());
+        answer_ = Await();
+        const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
+        if (answer_.find("\"Success\"") == std::string::npos) throw std::runtime_error(answer_);
+        return taken.count();
+    }
+    // The last one.
+    const std::string& answer() const { return answer_; }
+
+  private:
+    static void Callback(ZvCefPluginNotification_t, const char* text, void* context) {
+        auto* self = static_cast<Product*>(context);
+        const std::lock_guard<std::mutex> lock(self->mutex_);
+        if (self->found_ || std::string_view(text).find(self->wanted_) == std::string_view::npos) return;
+        self->found_ = text;
+        self->changed_.notify_all();
+    }
+    void Expect(std::string part) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        wanted_ = std::move(part);
+        found_.reset();
+    }
+    std::string Await() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, kProductPatience, [&] { return found_.has_value(); });
+        return found_.value_or("no answer");
+    }
+
+    ZvCefPluginInfo* plugin_ = nullptr;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::string wanted_;
+    std::optional<std::string> found_;
+    std::string answer_;
+    int asked_ = 0;
+};
+
+}  // namespace benchmarks
