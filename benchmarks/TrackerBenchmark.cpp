@@ -38,7 +38,7 @@ void RebuildOnce(const SampleGallery& gallery) {
     KXP::HeldLog log;
     (void)file.WriteJSON(
         [&](KXP::PrettyJsonWriter& writer) {
-            WriteTrackerJSON(records.Snapshot(), records.games(), {0, kTrackerVersion, crc}, writer, [] {});
+            WriteTrackerJSON(records.Snapshot(), records.games(), {0, kTrackerVersion, crc}, writer);
         },
         log);
     std::filesystem::remove(gallery.home() / "floor.json");

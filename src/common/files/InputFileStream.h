@@ -18,9 +18,10 @@ namespace KXP {
 // Not for sharing between threads.
 class ifstream {
   public:
-    // False, with nothing held, when the path cannot be opened or is no regular file; symbolic links are
-    // followed.
-    bool open(const std::string& path) { return Take(OpenForRead(path, status_)); }
+    // False, with nothing held, when the path cannot be opened or is no regular file.
+    bool open(const std::string& path, Links links = Links::Follow) {
+        return Take(OpenForRead(path, status_, links));
+    }
     // The same for a name in the folder that the descriptor `folder` is of.
     bool open(int folder, const std::string& name) {
         return Take(OpenForReadAt(folder, name, status_, Links::Follow));

@@ -24,8 +24,22 @@ auto CountNow() {
 std::string SecondsToText(std::time_t seconds) {
     std::tm utc{};
     if (!gmtime_r(&seconds, &utc)) return "";
+    // Not strftime, which looks at the file of the time zone each time.
     char text[64];
-    return {text, std::strftime(text, sizeof text, "%FT%H:%M:%S", &utc)};
+    const int size = std::snprintf(text, sizeof text, "%lld-%02d-%02dT%02d:%02d:%02d", 1900LL + utc.tm_year,
+                                   utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
+    return {text, static_cast<size_t>(size)};
+}
+
+// Whether the zone's distance from UTC changes within a day of the time.
+bool IsNearChange(std::time_t seconds) {
+    constexpr std::time_t day = 86400;
+    std::tm local{};
+    std::tm other{};
+    if (!localtime_r(&seconds, &local)) return true;
+    for (const std::time_t near : {seconds - day, seconds + day})
+        if (!localtime_r(&near, &other) || other.tm_gmtoff != local.tm_gmtoff) return true;
+    return false;
 }
 
 }  // namespace
@@ -84,10 +98,15 @@ int FileDate(const std::string& path, std::string& date) {
 
 int FileDate(const struct stat& status, std::string& date) {
     // Going through local time can move a time in the hour that a zone repeats; the records that this date is
-    // compared with were made the same way.
-    std::tm local{};
-    if (!localtime_r(&status.st_mtime, &local)) return Code::kNotFound;
-    const std::string text = SecondsToText(std::mktime(&local));
+    // compared with were made the same way. At all other times mktime, which looks at the file of the time
+    // zone each time, would return the same.
+    std::time_t seconds = status.st_mtime;
+    if (IsNearChange(seconds)) {
+        std::tm local{};
+        if (!localtime_r(&status.st_mtime, &local)) return Code::kNotFound;
+        seconds = std::mktime(&local);
+    }
+    const std::string text = SecondsToText(seconds);
     if (text.empty()) return Code::kNotFound;
     date = text + "Z";
     return Code::kOk;

@@ -1,4 +1,6 @@
 #include <filesystem>
+#include <fstream>
+#include <random>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -122,4 +124,57 @@ TEST(FolderCrc, AFailedWalkKeepsTheValueAndNamesTheEntryOnce) {
         EXPECT_EQ(log.Count("][1]["), 1);
         EXPECT_EQ(log.Count(row.named), 1);
     }
+}
+
+TEST(FolderTree, AnUpdateSumsWhatAWholeReadingSums) {
+    const TempFolder home;
+    const LogCapture quiet;
+    const std::string gallery = home.MakeFolder("gallery");
+    const std::string outside = home.Write("outside", "");
+    std::mt19937 random(1);
+    const auto below = [&random](size_t count) { return random() % count; };
+    const auto somePath = [&] {
+        std::string path = gallery;
+        for (size_t left = 1 + below(3); left > 0; --left)
+            path += std::vector<std::string>{"/a", "/b", "/c", "/.d"}[below(4)];
+        return path;
+    };
+    std::error_code ignored;
+    const auto changeFolder = [&](const std::string& path, const std::string& other) {
+        if (below(6) == 0) fs::remove_all(path, ignored);
+        if (below(3) == 0) fs::rename(other, path, ignored);
+        if (below(6) == 0) fs::create_symlink(outside, path, ignored);
+        if (below(2) == 0) fs::create_directory(path, ignored);
+    };
+    const auto changeFile = [&](const std::string& path) {
+        if (below(3) == 0) fs::remove(path, ignored);
+        if (below(6) == 0) fs::create_hard_link(outside, path, ignored);
+        const timespec times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(below(1000)), 0}};
+        if (below(3) > 0) std::ofstream(path) << "bytes";
+        utimensat(AT_FDCWD, path.c_str(), times, 0);
+    };
+    media::FolderTree tree;
+    int updates = 0;
+    for (int round = 0; round < 1000; ++round) {
+        std::vector<std::string> changed;
+        for (size_t left = below(3); left > 0; --left) {
+            const std::string path = somePath(), other = somePath();
+            const std::string file = path + "/" + std::to_string(below(9));
+            const bool ofFolder = below(8) == 0;
+            ofFolder ? changeFolder(path, other) : changeFile(file);
+            changed.insert(changed.end(), {ofFolder ? path : file, ofFolder ? other : file});
+        }
+        // Named by nobody: what links lead to, and the folder around the gallery.
+        SetTime(outside, round);
+        SetTime(home.path(), round);
+        unsigned int updated = kUnchanged, whole = kUnchanged;
+        tree.Update(changed) ? ++updates : tree.Read(gallery);
+        media::SumTree(tree, gallery, updated);
+        media::CalculateFolderCRC(gallery, gallery, whole);
+        ASSERT_EQ(updated, whole) << round;
+    }
+    EXPECT_GT(updates, 990);
+    fs::rename(gallery, home / "away");
+    fs::create_directory(gallery);
+    EXPECT_FALSE(tree.Update({})) << "another folder";
 }

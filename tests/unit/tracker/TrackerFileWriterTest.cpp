@@ -22,7 +22,7 @@ std::string Whole(const RecordStore& store, const TrackerInfo& info) {
     KXP::JsonBuffer buffer;
     KXP::PrettyJsonWriter writer(buffer);
     writer.SetIndent('\t', 1);
-    WriteTrackerJSON(store.Snapshot(), store.games(), info, writer, [] {});
+    WriteTrackerJSON(store.Snapshot(), store.games(), info, writer);
     return buffer.GetString();
 }
 
@@ -64,7 +64,7 @@ TEST(TrackerFileWriter, TheTextIsTheSameHoweverMuchOfItIsWritten) {
             EXPECT_FALSE(stampFile.Read(stamp));
         }
         writer.Recheck(file);
-        TrackerFileWriter::Content content(store, writer.FirstPlace(store));
+        TrackerFileWriter::Content content = writer.ContentOf(store);
         content.info = {id, kTrackerVersion, static_cast<uint32_t>(round)};
         pieces += content.firstPlace > 0 ? 1 : 0;
         KXP::HeldLog log;

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "plugin-modules/Gallery/src/media/FolderTree.h"
+
 namespace media {
 
 using CRCTable = std::array<uint32_t, 256>;
@@ -36,39 +38,19 @@ uint32_t StringCRC(const std::string& s);
 // of a folder's first entry that is no folder. The time of `path` itself counts unless it is `galleryPath` as
 // text. Times are those of what a link leads to, and "." and ".." count.
 //
-// Hidden folders and links to folders are not walked, nor is a folder that contains itself by way of a mount.
-// `path` may be a link. False, with log lines, when a folder cannot be read or an entry has no time, as a
-// link to nowhere has none; the vectors then hold what was found before. Names need not be UTF-8. Any thread;
-// one folder is open at a time.
+// See FolderTree for what is walked. False, with log lines, when the tree cannot be read; the vectors are
+// then as before. Names need not be UTF-8. Any thread.
 bool GetTreeData(const std::string& path, const std::string& galleryPath,
                  std::vector<unsigned char>& timeBytes, std::vector<unsigned char>& dirBytes,
                  std::vector<unsigned char>& lastFileBytes);
 
-// What the walk for a sum sees of the files, so that nobody has to walk for it again.
-struct SeenFiles {
-    // The regular files in the folders right below `path`, in no particular order. Those of links are not.
-    struct File {
-        size_t folder;  // index in `folders`
-        size_t name;    // offset in `names`
-        uint64_t size;
-        int64_t modifiedNs;
-        uint64_t inode;
-    };
-    std::vector<File> files;
-    std::vector<std::string> folders;  // whole paths
-    std::string names;                 // each ends with a zero byte
-    bool legible = true;               // whether all names of these are UTF-8
+// Sets `crc` to the sum of the CRCs of these three and of the path, and logs it.
+void SumTree(const FolderTree& tree, const std::string& galleryPath, unsigned int& crc);
 
-    // What the sum may miss, because two changes within one second look the same: the files that have changed
-    // since then, in seconds since 1970, and the gallery and its games in which names have.
-    int64_t recentSince = INT64_MAX;
-    std::vector<std::string> recent;
-};
-
-// Sets `crc` to the sum of the CRCs of these three and of `path`, without the "/" that it may end in. False,
-// and `crc` keeps its value, when the tree cannot be walked. `seen` may be null; after a failure it is not
+// Reads the tree at `path`, without the "/" that it may end in, and sums it. False, and `crc` keeps its
+// value, when it cannot be read; `tree` is then empty. `seen` may be null; after a failure it is not
 // complete.
-bool SumFolder(std::string path, const std::string& galleryPath, unsigned int& crc,
+bool SumFolder(std::string path, const std::string& galleryPath, unsigned int& crc, FolderTree& tree,
                SeenFiles* seen = nullptr);
 
 // The same for callers that recognise a failure by the value.

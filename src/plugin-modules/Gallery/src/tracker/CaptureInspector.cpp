@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
+#include "base/Path.h"
 #include "common/files/FileUtil.h"
 #include "common/files/InputFileStream.h"
 #include "common/text/TimeUtil.h"
@@ -41,20 +42,37 @@ void TakeSniffed(media::SniffResult sniffed, TrackedUGC& record) {
     record.highlightSignificance = static_cast<int32_t>(sniffed.highlightSignificance);
 }
 
+RetVal NotOwn() {
+    return {Code::kFailure, "Not a ZV File", 0};
+}
+
+// A link, a pipe or a folder.
+bool MeansNoFile(int error) {
+    return error == EINVAL || error == ELOOP;
+}
+
 RetVal CheckOwner(const std::string& path, KXP::ifstream& file, TrackedUGC& record) {
+    if (!media::MayBeOwn(path)) return NotOwn();
     media::SniffResult sniffed;
-    const int32_t code = media::SniffFile(path, file, sniffed);
+    int32_t code = Code::kFailure;
+    if (file.open(path, KXP::Links::Refuse)) {
+        record.stamp = StampOf(file.status());
+        code = media::SniffOpenFile(path, file, sniffed);
+    } else if (MeansNoFile(file.error())) {
+        return NotOwn();
+    } else {
+        KXP_LOG(KXP::LogFailure, "Failed to open %s", KXP::NameOf(path).c_str());
+    }
     if (code < 0) {
         KXP_LOG(KXP::LogFailure, "TrackFileTask::CheckIfZv failed result:%d", code);
         return {Code::kFailure, "CheckIfZv failed", code};
     }
-    if (!sniffed.isOwn) return {Code::kFailure, "Not a ZV File", 0};
+    if (!sniffed.isOwn) return NotOwn();
     TakeSniffed(std::move(sniffed), record);
     return {};
 }
 
 RetVal MeasureFile(const struct stat& status, TrackedUGC& record) {
-    record.stamp = StampOf(status);
     record.sizeKB = static_cast<uint32_t>(KXP::FileSizeKB(status));
     const int dated = KXP::FileDate(status, record.date);
     if (dated < 0) {
@@ -89,7 +107,7 @@ RetVal Inspect(const std::string& path, KXP::ifstream& file, TrackedUGC& record)
 Inspection::Finding Judge(const KXP::ifstream& file, const RetVal& result) {
     const int error = file.error();
     if (MeansGone(error)) return Inspection::Finding::Gone;
-    if (error != 0 && error != EINVAL && error != ELOOP) return Inspection::Finding::Unreadable;
+    if (error != 0 && !MeansNoFile(error)) return Inspection::Finding::Unreadable;
     return result.Failed() ? Inspection::Finding::NoCapture : Inspection::Finding::Capture;
 }
 

@@ -17,10 +17,12 @@ struct Inspection {
 
     Finding finding = Finding::Capture;
     KXP::RetVal result;  // failed unless it is a capture
-    TrackedUGC record;   // of a capture, without its id and captions
+    // Of a capture, without its id and captions; of a file that was opened, its stamp.
+    TrackedUGC record;
 };
 
-// Inspects the file at `path`. Failures but "Not a ZV File" are also logged. Any thread.
+// Inspects the file at `path`, which is opened once. Links, pipes and folders are no captures. Failures but
+// "Not a ZV File" are also logged. Any thread.
 Inspection InspectCapture(const std::string& path);
 
 // Formats as "HH:MM:SS", and in milliseconds. Returns false for 100 hours or more, a negative length and NaN:

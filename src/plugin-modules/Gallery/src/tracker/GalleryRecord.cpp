@@ -62,7 +62,7 @@ void GalleryRecord::Complete(TrackedUGC& record) {
 TrackerFileWriter::Content GalleryRecord::TakeContent(const TrackerFileWriter& writer) {
     const KXP::MutexLock lock(mutex_);
     news_.CoverAll();
-    TrackerFileWriter::Content content(records_, writer.FirstPlace(records_));
+    TrackerFileWriter::Content content = writer.ContentOf(records_);
     content.info.lastUGCIdUsed = std::max(content.info.lastUGCIdUsed, host_.GetPendingHighlights().LastId());
     return content;
 }

@@ -181,7 +181,7 @@ class UGCTracker : private IJournalSource {
     KXP::RetVal SaveKept();
     void PaySum();
     bool HasUnwritten() override { return record_.news().HasUnwritten(); }
-    bool KnowsAll() override;
+    Known AskKnown() override;
     bool IsSettled(const std::string& path) const;
     bool IsFolderSettled(const std::string& folder) const;
     TrackerFileWriter::Content TakeContent(const TrackerFileWriter& writer) override {

@@ -59,7 +59,7 @@ void UGCTracker::FindMissed() {
         if (!record || record->stamp != file.stamp) TrackWatchedFile(file.path);
     }
     DropGoneIn(KXP::WithoutSlash(gallery()));
-    journal_.NoteDisturbed();
+    journal_.NoteDisturbed(KXP::WithoutSlash(gallery()));
 }
 
 // The file may be of another gallery, whose change this process has not heard of yet, or the other has not.

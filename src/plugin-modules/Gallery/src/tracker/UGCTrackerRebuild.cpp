@@ -37,6 +37,7 @@ void UGCTracker::ParseTracker() {
     walk();
     former.TakeStamps(stamps);
     const bool measured = sum.get();
+    if (!watcher_) journal_.ForgetTree();
     const auto rebuild = [&](const char* reason) {
         std::optional<FoundFiles> found;
         if (measured && seen.legible) {

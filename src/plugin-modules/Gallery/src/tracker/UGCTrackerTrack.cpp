@@ -1,8 +1,6 @@
 // How a path gets on record: the entries of the worker's queue, and what the product does itself.
 #include <utility>
 
-#include <sys/stat.h>
-
 #include "CobalixUtil.h"
 #include "base/FileDescriptor.h"
 #include "base/Path.h"
@@ -23,11 +21,6 @@ bool MayLook(const std::string& path, GalleryPlace::Kind kind) {
     const bool opened = kind == GalleryPlace::Kind::Capture ? KXP::OpenForRead(path).IsOpen()
                                                             : KXP::OpenFolder(path).IsOpen();
     return opened || IsGone(path);
-}
-
-// A link, a pipe or a folder.
-Inspection NoFile() {
-    return {Inspection::Finding::NoCapture, {KXP::Code::kFailure, "Not a ZV File", 0}, {}};
 }
 
 // What an old file of the tracker, which anybody may have written, says of the same file.
@@ -104,18 +97,24 @@ void UGCTracker::FinishEntry() {
 void UGCTracker::TrackNow(const std::string& path) {
     const std::optional<std::string> place = place_.CapturePathOf(path);
     if (!place || !journal_.Owns()) return;
+    journal_.NoteChanged(*place);
     TrackOrLog(*place);
     EnqueueFinish();
 }
 
 void UGCTracker::UntrackNow(const std::string& path) {
-    if (const RecordPtr record = FindRecord(path)) record_.Remove({record->path});
+    if (const RecordPtr record = FindRecord(path)) {
+        journal_.NoteChanged(record->path);
+        record_.Remove({record->path});
+    }
     EnqueueFinish();
 }
 
 void UGCTracker::MoveNow(const std::string& from, const std::string& to) {
     const RecordPtr record = FindRecord(from);
     const std::optional<std::string> place = place_.CapturePathOf(to);
+    if (record) journal_.NoteChanged(record->path);
+    if (place) journal_.NoteChanged(*place);
     if (record) record_.Remove({record->path});
     if (!journal_.Owns()) return EnqueueFinish();
     if (place) record ? TrackMoved(*record, *place) : TrackOrLog(*place);
@@ -153,14 +152,10 @@ void UGCTracker::TrackOrLog(const std::string& path, const TrackedUGC* former) {
 }
 
 KXP::RetVal UGCTracker::TrackFileTask(const std::string& path, const TrackedUGC* former) {
-    struct stat status {};
-    const bool looked = lstat(path.c_str(), &status) == 0;
-    const bool isFile = looked && S_ISREG(status.st_mode);
-    const FileStamp stamp = isFile ? StampOf(status) : FileStamp{};
     const RecordPtr known = record_.At(path);
-    if (known && isFile && known->stamp == stamp)
+    if (known && known->stamp.IsKnown() && known->stamp == StampAt(path))
         return {KXP::Code::kNothingDone, "File is already tracked as UGC", 0};
-    Inspection inspection = looked && !isFile ? NoFile() : InspectCapture(path);
+    Inspection inspection = InspectCapture(path);
     if (inspection.finding == Inspection::Finding::Unreadable) {
         NoteFailedLook(path);
         return inspection.result;
@@ -171,7 +166,7 @@ KXP::RetVal UGCTracker::TrackFileTask(const std::string& path, const TrackedUGC*
         known ? record_.Renew(std::move(inspection.record))
               : record_.Track(std::make_shared<TrackedUGC>(std::move(inspection.record)), hint);
     } else if (inspection.finding == Inspection::Finding::NoCapture) {
-        backlog_.NoteRefused(path, stamp);
+        backlog_.NoteRefused(path, inspection.record.stamp);
         if (known) record_.Remove({path});
     }
     return inspection.result;

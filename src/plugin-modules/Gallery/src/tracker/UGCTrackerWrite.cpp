@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <iterator>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -37,7 +39,7 @@ void UGCTracker::PaySum() {
 }
 
 void UGCTracker::NoteDisturbed(const std::string& path) {
-    if (place_.Counts(path)) journal_.NoteDisturbed();
+    if (place_.Counts(path)) journal_.NoteDisturbed(path);
 }
 
 void UGCTracker::QueueRelease() {
@@ -47,16 +49,22 @@ void UGCTracker::QueueRelease() {
     });
 }
 
-bool UGCTracker::KnowsAll() {
-    if (!backlog_.IsEmpty() || !place_.IsScanned()) return false;
-    if (!watcher_) return true;
-    const auto unreported = watcher_->Unreported(stopping_ ? SIZE_MAX : kMostUnreported);
-    if (!unreported) return false;
-    const auto areSettled = [this](const std::vector<std::string>& paths) {
-        return std::all_of(paths.begin(), paths.end(),
-                           [this](const std::string& path) { return IsSettled(path); });
-    };
-    return areSettled(unreported->changed) && areSettled(unreported->incomplete);
+IJournalSource::Known UGCTracker::AskKnown() {
+    Known known;
+    if (!backlog_.IsEmpty() || !place_.IsScanned()) return known;
+    known.all = !watcher_;
+    if (!watcher_) return known;
+    auto unreported = watcher_->Unreported(stopping_ ? SIZE_MAX : kMostUnreported);
+    if (!unreported) return known;
+    known.exact = unreported->exact;
+    known.unreported = std::move(unreported->changed);
+    std::move(unreported->incomplete.begin(), unreported->incomplete.end(),
+              std::back_inserter(known.unreported));
+    known.all = std::all_of(known.unreported.begin(), known.unreported.end(),
+                            [this](const std::string& path) { return IsSettled(path); });
+    std::move(unreported->disturbed.begin(), unreported->disturbed.end(),
+              std::back_inserter(known.unreported));
+    return known;
 }
 
 // Whether the record agrees with the disk about the path.

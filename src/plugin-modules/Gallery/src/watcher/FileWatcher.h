@@ -31,6 +31,9 @@ struct UnreportedPaths {
     // Files that are being written, and files and folders of the gallery that cannot be looked at.
     std::vector<std::string> incomplete;
     std::vector<std::string> disturbed;
+    // Every change in the gallery causes an event. If not, what has changed may be noticed late or, in files
+    // that keep their folder's time, not at all.
+    bool exact = false;
 };
 
 // The destructor ends the thread between two calls of the callback and drops changes not reported by then.

@@ -1,6 +1,9 @@
 // What the journal needs from the record whose file it writes.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 
@@ -11,8 +14,15 @@ class IJournalSource {
 
     // Whether a change waits for the next write.
     virtual bool HasUnwritten() = 0;
-    // Whether all known changes of the gallery are on record. May wait about 100 ms for the answer.
-    virtual bool KnowsAll() = 0;
+    // What is known of changes in the gallery.
+    struct Known {
+        bool all = false;    // all that are known are on record
+        bool exact = false;  // each is reported, with its path
+        // The paths of changes on record that will be reported yet.
+        std::vector<std::string> unreported;
+    };
+    // May wait about 100 ms for the answer.
+    virtual Known AskKnown() = 0;
     // The current record, without the records that `writer` has already written.
     virtual TrackerFileWriter::Content TakeContent(const TrackerFileWriter& writer) = 0;
     // The content taken last is in the file, or could not be written.

@@ -1,17 +1,17 @@
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
-// How the text of every tracker file begins.
+// How the text of every tracker file begins, and what stands between its records and its games.
 constexpr std::string_view kHead = "{\n\t\"UGC\": [";
-
-// Turns a whole text into one that continues after the last record of another.
-std::string TailOf(std::string_view text, bool hasRecords) {
-    return (hasRecords ? "," : "\n\t") + std::string(text.substr(kHead.size()));
-}
+constexpr std::string_view kGames = "],\n\t\"apps\": [";
+// Before the "]" of an array that has elements.
+constexpr std::string_view kArrayEnd = "\n\t";
 
 std::vector<FileStamp> StampsOf(const std::vector<RecordStore::RecordPtr>& records) {
     std::vector<FileStamp> stamps;
@@ -21,53 +21,114 @@ std::vector<FileStamp> StampsOf(const std::vector<RecordStore::RecordPtr>& recor
     return stamps;
 }
 
-}  // namespace
+void WriteRecords(const std::vector<RecordStore::RecordPtr>& records, KXP::JsonBuffer& buffer) {
+    KXP::PrettyJsonWriter writer(buffer);
+    writer.SetIndent('\t', 1);
+    WriteRecords(records, writer);
+}
 
-TrackerFileWriter::Content::Content(const RecordStore& store, uint64_t first)
-    : firstPlace(first),
-      endPlace(store.nextPlace()),
-      generation(store.generation()),
-      records(store.From(first)),
-      games(store.games()),
-      info{store.lastId(), kTrackerVersion, 0} {}
+void Append(KXP::JsonBuffer& buffer, std::string_view text) {
+    if (!text.empty()) std::memcpy(buffer.Push(text.size()), text.data(), text.size());
+}
+
+std::string_view ViewOf(const KXP::JsonBuffer& buffer) {
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+}  // namespace
 
 void TrackerFileWriter::Recheck(const KXP::JSONFile& file) {
     KXP::JSONFile::Stamp stamp;
     if (written_ && !(file.ReadStamp(stamp) && stamp == written_->stamp)) written_.reset();
 }
 
-uint64_t TrackerFileWriter::FirstPlace(const RecordStore& store) const {
-    return written_ && written_->generation == store.generation() ? written_->endPlace : 0;
+TrackerFileWriter::Content TrackerFileWriter::ContentOf(const RecordStore& store) const {
+    const bool added = written_ && written_->generation == store.generation();
+    const uint64_t first = added ? written_->endPlace : 0;
+    Content content{first, store.nextPlace(), store.generation(), store.From(first), {}, {}};
+    content.info = {store.lastId(), kTrackerVersion, 0};
+    content.games.reserve(store.games().size());
+    for (const auto& [name, game] : store.games()) {
+        const auto kept = games_.find(name);
+        const bool isKept = kept != games_.end() && kept->second.version == game.version;
+        content.games.push_back({name, game.version, isKept ? std::nullopt : std::optional(game)});
+    }
+    return content;
 }
 
 KXP::RetVal TrackerFileWriter::Write(const KXP::JSONFile& file, StampFile& stamps, const Content& content,
                                      KXP::HeldLog& log) {
     const size_t before = content.firstPlace == 0 ? 0 : written_->records;
-    size_t recordsEnd = 0;
-    KXP::RetVal result = WriteText(file, content, recordsEnd, log);
-    KXP::JSONFile::Stamp stamp;
-    const bool isKnown = !result.Failed() && file.ReadStamp(stamp);
-    if (isKnown) stamps.Write(stamp, before, StampsOf(content.records));
     const size_t records = before + content.records.size();
-    if (isKnown && records > 0) {
-        written_ = {stamp, content.generation, content.endPlace, records, recordsEnd};
+    const bool sameGames = !TakeGames(content);
+    Written written{{}, content.generation, content.endPlace, records, 0, 0};
+    KXP::RetVal result;
+    if (content.firstPlace == 0) {
+        result = WriteAll(file, content, written, log);
+    } else if (sameGames && content.records.empty()) {
+        written = *written_;
+        result = file.WriteTail(written.gamesEnd, InfoText(content.info), log);
     } else {
-        written_.reset();
+        result = WriteRest(file, content, written, log);
     }
+    const bool isKnown = !result.Failed() && file.ReadStamp(written.stamp);
+    if (isKnown) stamps.Write(written.stamp, before, StampsOf(content.records));
+    written_ = isKnown && records > 0 ? std::optional(written) : std::nullopt;
     return result;
 }
 
-KXP::RetVal TrackerFileWriter::WriteText(const KXP::JSONFile& file, const Content& content,
-                                         size_t& recordsEnd, KXP::HeldLog& log) const {
+// Returns whether a game has changed, come or gone.
+bool TrackerFileWriter::TakeGames(const Content& content) {
+    std::map<std::string, GameLines> now;
+    bool changed = content.games.size() != games_.size();
+    for (const Content::Game& game : content.games) {
+        if (game.changed) {
+            changed = true;
+            now.emplace_hint(now.end(), game.name,
+                             GameLines{game.version, GameText(game.name, *game.changed)});
+        } else {
+            now.insert(now.end(), games_.extract(game.name));
+        }
+    }
+    games_ = std::move(now);
+    return changed;
+}
+
+std::string TrackerFileWriter::GamesText() const {
+    std::string text(kGames);
+    const char* separator = "";
+    for (const auto& [name, lines] : games_) {
+        text.append(separator).append(lines.text);
+        separator = ",";
+    }
+    if (!games_.empty()) text += kArrayEnd;
+    return text;
+}
+
+KXP::RetVal TrackerFileWriter::WriteAll(const KXP::JSONFile& file, const Content& content, Written& written,
+                                        KXP::HeldLog& log) const {
     KXP::JsonBuffer buffer;
-    KXP::PrettyJsonWriter writer(buffer);
-    writer.SetIndent('\t', 1);
-    WriteTrackerJSON(content.records, content.games, content.info, writer,
-                     [&] { recordsEnd = buffer.GetSize(); });
-    const std::string_view text(buffer.GetString(), buffer.GetSize());
-    if (content.firstPlace == 0) return file.WriteText(text, log);
+    WriteRecords(content.records, buffer);
+    written.recordsEnd = buffer.GetSize();
+    if (!content.records.empty()) Append(buffer, kArrayEnd);
+    Append(buffer, GamesText());
+    written.gamesEnd = buffer.GetSize();
+    Append(buffer, InfoText(content.info));
+    return file.WriteText(ViewOf(buffer), log);
+}
+
+KXP::RetVal TrackerFileWriter::WriteRest(const KXP::JSONFile& file, const Content& content, Written& written,
+                                         KXP::HeldLog& log) const {
     const size_t keep = written_->recordsEnd;
-    const bool hasRecords = !content.records.empty();
-    recordsEnd = hasRecords ? keep + 1 + recordsEnd - kHead.size() : keep;
-    return file.WriteTail(keep, TailOf(text, hasRecords), log);
+    std::string tail;
+    if (!content.records.empty()) {
+        KXP::JsonBuffer buffer;
+        WriteRecords(content.records, buffer);
+        tail.append(",").append(ViewOf(buffer).substr(kHead.size()));
+    }
+    written.recordsEnd = keep + tail.size();
+    tail.append(kArrayEnd).append(GamesText());
+    written.gamesEnd = keep + tail.size();
+    tail += InfoText(content.info);
+    return file.WriteTail(keep, tail, log);
 }

@@ -1,14 +1,16 @@
-// Writes the tracker's file. If records were only added since the last write, it writes the new ones and what
-// follows them, which is small; the resulting text is the same as that of a whole write. The stamps of the
-// records are written in the same way after it.
+// Writes the tracker's file, and only what differs from the last write: if records were only added, the new
+// ones and what follows them, of which the texts of unchanged games are kept; if nothing but the sum has
+// changed, that alone. The resulting text is the same as that of a whole write. The stamps of the records are
+// written in the same way after it.
 //
 // Not locked; one thread at a time. Recheck compares what it knows of the file with the disk.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "common/json/JSONFile.h"
@@ -21,37 +23,51 @@ class TrackerFileWriter {
   public:
     // What the file will hold.
     struct Content {
-        // Takes the records from `firstPlace` on; those before it are written already.
-        Content(const RecordStore& store, uint64_t firstPlace);
+        struct Game {
+            std::string name;
+            uint64_t version;
+            std::optional<TrackedUGCGame> changed;  // none if its text is kept
+        };
 
-        uint64_t firstPlace;
+        uint64_t firstPlace;  // the records before it are written already
         uint64_t endPlace;
         uint64_t generation;
         std::vector<RecordStore::RecordPtr> records;
-        TrackedUGCGames games;
-        TrackerInfo info;  // the caller sets the sum
+        std::vector<Game> games;  // in their order
+        TrackerInfo info;         // the caller sets the sum
     };
 
     // Makes the next write a whole one if `file` is not as the last write left it. Accesses the disk, so call
-    // it with no lock held, before FirstPlace.
+    // it with no lock held, before ContentOf.
     void Recheck(const KXP::JSONFile& file);
-    // The place from which the records of `store` have to be written; 0 for all.
-    uint64_t FirstPlace(const RecordStore& store) const;
+    // What has to be written of `store`, which is always the same one.
+    Content ContentOf(const RecordStore& store) const;
     // `stamps` belongs to `file`. Whether the stamps could be written makes no difference to the result.
     KXP::RetVal Write(const KXP::JSONFile& file, StampFile& stamps, const Content& content,
                       KXP::HeldLog& log);
 
   private:
-    KXP::RetVal WriteText(const KXP::JSONFile& file, const Content& content, size_t& recordsEnd,
-                          KXP::HeldLog& log) const;
-
-    // The last write, if it left at least one record in the file.
+    struct GameLines {
+        uint64_t version;
+        std::string text;
+    };
+    // The last write, if it left at least one record in the file. The ends are offsets.
     struct Written {
         KXP::JSONFile::Stamp stamp;
         uint64_t generation;
         uint64_t endPlace;
         size_t records;     // how many are in the file
-        size_t recordsEnd;  // offset after the "}" of the last one
+        size_t recordsEnd;  // after the "}" of the last one
+        size_t gamesEnd;    // before the "]" of their array
     };
+
+    bool TakeGames(const Content& content);
+    std::string GamesText() const;
+    KXP::RetVal WriteAll(const KXP::JSONFile& file, const Content& content, Written& written,
+                         KXP::HeldLog& log) const;
+    KXP::RetVal WriteRest(const KXP::JSONFile& file, const Content& content, Written& written,
+                          KXP::HeldLog& log) const;
+
+    std::map<std::string, GameLines> games_;
     std::optional<Written> written_;
 };

@@ -1,6 +1,7 @@
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerJournal.h"
 
 #include <random>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -13,6 +14,8 @@
 namespace {
 
 constexpr int kUniqueNames = 100;
+// Sums in a row that find more to look at.
+constexpr int kMostRounds = 3;
 // What may pass between a sum and the end of its write.
 constexpr std::chrono::seconds kSumToWrite{10};
 // Turns have names; there is one file and so one turn.
@@ -53,14 +56,14 @@ bool HasUniqueTrackerFileName(const std::string& shareFolder) {
     return false;
 }
 
-TrackerJournal::TrackerJournal(IJournalSource& source, std::string shareFolder, std::string gallery,
+TrackerJournal::TrackerJournal(IJournalSource& source, std::string shareFolder, const std::string& gallery,
                                KXP::Clock& clock, std::chrono::milliseconds sumInPassing)
     : source_(source),
       shareFolder_(std::move(shareFolder)),
-      gallery_(std::move(gallery)),
       clock_(clock),
       sumInPassing_(sumInPassing),
-      owner_(shareFolder_ + "/" + kTrackerLockName) {}
+      owner_(shareFolder_ + "/" + kTrackerLockName),
+      tree_(KXP::WithoutSlash(gallery), clock) {}
 
 bool TrackerJournal::Open(bool useUniqueFile) {
     const bool owns = TryOwn();
@@ -109,12 +112,9 @@ KXP::RetVal TrackerJournal::Read(KXP::Document& document, std::vector<NewUGC>& r
 
 // The gallery's folder is not made where it is missing: it may be on a drive that is unplugged.
 bool TrackerJournal::MeasureFolder(uint32_t& crc, media::SeenFiles* seen) {
-    sumBegan_ = clock_.Now();
     KXP::JSONFile::Stamp written;
     if (seen && trackerFile_.ReadStamp(written)) seen->recentSince = written.seconds - kSumToWrite.count();
-    const bool measured = media::SumFolder(gallery_, KXP::WithoutSlash(gallery_), crc, seen);
-    sumTook_ = clock_.Now() - sumBegan_;
-    return measured;
+    return tree_.Measure(crc, seen);
 }
 
 void TrackerJournal::RecordFollows(std::optional<uint32_t> crc) {
@@ -131,7 +131,7 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
         return {};
     }
     const bool pending = source_.HasUnwritten();
-    if (sum == Sum::Later && sumTook_ > sumInPassing_ && !HasNextSum()) {
+    if (sum == Sum::Later && !HasNextSum() && tree_.IsSlow(sumInPassing_)) {
         sum_.withheld = true;
         sum_.owed = true;
     } else if (pending || sum == Sum::Renew) {
@@ -157,19 +157,39 @@ void TrackerJournal::RenewSum(bool pending) {
     if (known) folderCRC_ = *nextSum_;
     sum_.owed = false;
     sum_.disturbed = false;
-    const bool measured = known || MeasureFolder(folderCRC_);
-    if (!measured)
-        KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
-    sum_.withheld = !measured || !source_.KnowsAll();
+    sum_.withheld = !(known ? source_.AskKnown().all : MeasureKnown(pending));
     if (!known || !sum_.withheld) nextSum_.reset();
     if (sum_.withheld) QueueRelease();
 }
 
-bool TrackerJournal::HasNextSum() const {
-    return nextSum_ && !sum_.disturbed && clock_.Now() - sumBegan_ < kSumToWrite / 2;
+// Sets the sum of the tree. Returns whether all that it covers is on record. What the record knows before its
+// report is looked at again, as the report would have it.
+bool TrackerJournal::MeasureKnown(bool pending) {
+    std::set<std::string> asked;
+    for (int round = 0; round < kMostRounds; ++round) {
+        if (!MeasureFolder(folderCRC_)) {
+            KXP_LOG(KXP::LogFailure, "%s::CRC calculation failed", pending ? "TrackUGC" : "UntrackFileTask");
+            return false;
+        }
+        const IJournalSource::Known known = source_.AskKnown();
+        if (!known.all) return false;
+        bool isRight = known.exact || tree_.WasWhole();
+        if (!known.exact) tree_.Forget();
+        for (const std::string& path : known.unreported) {
+            tree_.Note(path);
+            if (asked.insert(path).second && !tree_.WasWhole()) isRight = false;
+        }
+        if (isRight) return true;
+    }
+    return false;
 }
 
-void TrackerJournal::NoteDisturbed() {
+bool TrackerJournal::HasNextSum() const {
+    return nextSum_ && !sum_.disturbed && clock_.Now() - tree_.began() < kSumToWrite / 2;
+}
+
+void TrackerJournal::NoteDisturbed(const std::string& path) {
+    tree_.Note(path);
     sum_.disturbed = true;
     QueueRelease();
 }
@@ -183,7 +203,7 @@ void TrackerJournal::ReleaseSum() {
         const KXP::Turn turn(turns_, kFileTurn);
         sum_.releaseQueued = false;
         if (!(sum_.withheld || sum_.disturbed) || closed_) return;
-        if (!source_.KnowsAll()) return QueueRelease();
+        if (!source_.AskKnown().all) return QueueRelease();
     }
     (void)WriteUGCToTracker(Sum::Renew);
 }

@@ -5,7 +5,8 @@
 // for that file. So while the source knows of changes that are not on record, the file holds a sum that
 // matches no tree ("withheld"); the right one is written when everything is on record. If the process ends in
 // between, the next start rebuilds. In a gallery that takes long to sum up, a write may also postpone the sum
-// ("owed"), so that notifications of captures do not wait for it.
+// ("owed"), so that notifications of captures do not wait for it. Where every change is reported, a sum only
+// looks at what has changed since the last one (KeptTree).
 //
 // Beside the file lies that of the stamps of its captures (StampFile); both are made, moved and deleted
 // together.
@@ -26,8 +27,8 @@
 #include "common/results/RetVal.h"
 #include "common/task/Clock.h"
 #include "common/threads/Turns.h"
-#include "plugin-modules/Gallery/src/media/FolderCrc.h"
 #include "plugin-modules/Gallery/src/tracker/journal/IJournalSource.h"
+#include "plugin-modules/Gallery/src/tracker/journal/KeptTree.h"
 #include "plugin-modules/Gallery/src/tracker/journal/RecordOwner.h"
 #include "plugin-modules/Gallery/src/tracker/journal/StampFile.h"
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
@@ -46,8 +47,8 @@ class TrackerJournal {
     };
 
     // `source` outlives it. `gallery` ends in "/".
-    TrackerJournal(IJournalSource& source, std::string shareFolder, std::string gallery, KXP::Clock& clock,
-                   std::chrono::milliseconds sumInPassing);
+    TrackerJournal(IJournalSource& source, std::string shareFolder, const std::string& gallery,
+                   KXP::Clock& clock, std::chrono::milliseconds sumInPassing);
 
     // Before other threads use the journal:
 
@@ -82,8 +83,12 @@ class TrackerJournal {
     void RecordFollows(std::optional<uint32_t> crc);
     KXP::RetVal WriteUGCToTracker(Sum sum);
     bool OwesSum() const { return sum_.owed; }
-    // Something has changed that counts in the sum: a right one is written soon.
-    void NoteDisturbed();
+    // Something has changed at the path that counts in the sum: a right one is written soon.
+    void NoteDisturbed(const std::string& path);
+    // The product itself has changed something at the path, and a write follows.
+    void NoteChanged(const std::string& path) { tree_.Note(path); }
+    // Nobody reports what changes.
+    void ForgetTree() { tree_.Forget(); }
     // Whether the file's sum is not that of the gallery.
     bool NeedsSum() const { return sum_.owed || sum_.disturbed || sum_.withheld; }
     // As the file was read or written last.
@@ -112,6 +117,7 @@ class TrackerJournal {
     };
 
     void RenewSum(bool pending);
+    bool MeasureKnown(bool pending);
     bool HasNextSum() const;
     bool MayWriteInTurn();
     void RememberFile();
@@ -119,7 +125,6 @@ class TrackerJournal {
 
     IJournalSource& source_;
     const std::string shareFolder_;
-    const std::string gallery_;
     KXP::Clock& clock_;
     const std::chrono::milliseconds sumInPassing_;
     KXP::Turns turns_;
@@ -133,12 +138,11 @@ class TrackerJournal {
     KXP::JSONFile trackerFile_;
     StampFile stampFile_;
     TrackerFileWriter writer_;
+    KeptTree tree_;
     std::optional<KXP::JSONFile::Stamp> read_;  // the file, as it was read last
     std::optional<KXP::JSONFile::Stamp> left_;  // as it was after it was read or written last
     uint32_t folderCRC_ = 0;
-    std::optional<uint32_t> nextSum_;      // of RecordFollows
-    KXP::TimePoint sumBegan_;              // last time
-    std::chrono::nanoseconds sumTook_{0};  // then
+    std::optional<uint32_t> nextSum_;  // of RecordFollows
     bool replaceTrackerFile_ = false;
     bool closed_ = false;
 };

@@ -63,6 +63,8 @@ void RecordStore::Load(std::vector<NewUGC> records, Games games, int32_t lastId)
     for (NewUGC& record : records)
         Append(std::move(record));
     games_ = std::move(games);
+    for (auto& [name, game] : games_)
+        Touch(game);
     if (size() > 0) lastId_ = std::max(lastId_, records_->get<ById>().rbegin()->record->id);
     lastId_ = std::max(lastId_, 0);
     if (!HasUniqueIds()) RepairIds();
@@ -106,6 +108,7 @@ void RecordStore::RepairIds() {
 void RecordStore::ListInGame(const TrackedUGC& record) {
     TrackedUGCGame& game = games_[record.profileName];
     game.appName = record.profileName;
+    Touch(game);
     game.recents.push_back(record.id);
     if (const std::string group = GroupOf(record); !group.empty()) game.groups[group].push_back(record.id);
 }
@@ -129,6 +132,7 @@ RecordStore::RecordPtr RecordStore::Track(NewUGC record) {
 void RecordStore::Unlist(const TrackedUGC& record) {
     const auto game = games_.find(record.profileName);
     if (game == games_.end()) return;
+    Touch(game->second);
     const auto erase = [&record](std::vector<int>& ids) {
         ids.erase(std::remove(ids.begin(), ids.end(), record.id), ids.end());
     };
@@ -217,6 +221,7 @@ int RecordStore::RemoveFromGames(const std::vector<RecordPtr>& records) {
     }
     for (const auto& [name, ids] : byGame) {
         TrackedUGCGame& game = ids.game->second;
+        Touch(game);
         for (const auto& [group, groupIds] : ids.byGroup)
             EraseFromGroup(game, group, groupIds);
         Erase(game.recents, ids.all);
@@ -233,6 +238,7 @@ RecordStore::RecordPtr RecordStore::Replace(TrackedUGC record) {
     lastId_ = std::max(lastId_, entered->id);
     TrackedUGCGame& game = games_[old->profileName];
     game.appName = old->profileName;
+    Touch(game);
     std::replace(game.recents.begin(), game.recents.end(), old->id, entered->id);
     std::vector<int>& group = game.groups[entered->highlightGroupId];
     std::replace(group.begin(), group.end(), old->id, entered->id);
@@ -255,6 +261,7 @@ RecordStore::RecordPtr RecordStore::Renew(TrackedUGC record) {
     const std::string group = GroupOf(*entered);
     if (group != GroupOf(*old)) {
         TrackedUGCGame& game = games_[entered->profileName];
+        Touch(game);
         EraseFromGroup(game, GroupOf(*old), {old->id});
         if (!group.empty()) game.groups[group].push_back(entered->id);
     }
@@ -358,6 +365,7 @@ void RecordStore::RemoveFromGroup(const std::string& game, const std::string& gr
                                   const std::set<int>& ids) {
     const auto found = games_.find(game);
     if (found == games_.end()) return;
+    Touch(found->second);
     EraseFromGroup(found->second, group, ids);
     Erase(found->second.recents, ids);
 }

@@ -110,6 +110,7 @@ class RecordStore {
     void RepairIds();
     void ListInGame(const TrackedUGC& record);
     void Unlist(const TrackedUGC& record);
+    void Touch(TrackedUGCGame& game) { game.version = ++gameVersion_; }
     const RecordEntry* FindIn(int32_t id, const std::string& game, const std::string& group) const;
     RecordPtr Append(NewUGC record);
     RecordPtr Exchange(const RecordEntry& old, TrackedUGC record);
@@ -123,6 +124,7 @@ class RecordStore {
     uint64_t nextPlace_ = 0;
     uint64_t generation_ = 0;
     Games games_;
+    uint64_t gameVersion_ = 0;  // the last one given to a game
     int32_t lastId_ = 0;
     uint32_t usageKB_ = 0;
 };

@@ -55,4 +55,5 @@ struct TrackedUGCGame {
     std::string appName;
     std::vector<int> recents;                        // ids, oldest first
     std::map<std::string, std::vector<int>> groups;  // ids by highlight group
+    uint64_t version = 0;                            // another one after each change
 };

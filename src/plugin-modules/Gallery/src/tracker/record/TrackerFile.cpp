@@ -169,14 +169,18 @@ void WriteInfo(const TrackerInfo& info, PrettyJsonWriter& writer) {
 }
 
 template <typename Records>
-void WriteTracker(const Records& records, const TrackedUGCGames& games, const TrackerInfo& info,
-                  PrettyJsonWriter& writer, const std::function<void()>& afterRecords) {
+void WriteHead(const Records& records, PrettyJsonWriter& writer) {
     writer.StartObject();
     writer.Key("UGC");
     writer.StartArray();
     for (const auto& record : records)
         WriteMember{*record, KindsOf(*record), writer}(kRecordFileFields);
-    afterRecords();
+}
+
+template <typename Records>
+void WriteTracker(const Records& records, const TrackedUGCGames& games, const TrackerInfo& info,
+                  PrettyJsonWriter& writer) {
+    WriteHead(records, writer);
     writer.EndArray();
     writer.Key("apps");
     writer.StartArray();
@@ -186,6 +190,16 @@ void WriteTracker(const Records& records, const TrackedUGCGames& games, const Tr
     writer.Key("info");
     WriteInfo(info, writer);
     writer.EndObject();
+}
+
+// What `write` writes, without as many characters at both ends.
+template <typename Write>
+std::string Inner(Write write, size_t before, size_t after) {
+    KXP::JsonBuffer buffer;
+    PrettyJsonWriter writer(buffer);
+    writer.SetIndent('\t', 1);
+    write(writer);
+    return {buffer.GetString() + before, buffer.GetSize() - before - after};
 }
 
 }  // namespace
@@ -236,11 +250,36 @@ void ParseTrackerInfoFromJSON(const Value& root, TrackerInfo& info) {
 }
 
 void WriteTrackerJSON(const TrackerContent& content, PrettyJsonWriter& writer) {
-    WriteTracker(content.ugc, content.games, content.info, writer, [] {});
+    WriteTracker(content.ugc, content.games, content.info, writer);
 }
 
 void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
-                      const TrackerInfo& info, PrettyJsonWriter& writer,
-                      const std::function<void()>& afterRecords) {
-    WriteTracker(ugc, games, info, writer, afterRecords);
+                      const TrackerInfo& info, PrettyJsonWriter& writer) {
+    WriteTracker(ugc, games, info, writer);
+}
+
+void WriteRecords(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, PrettyJsonWriter& writer) {
+    WriteHead(ugc, writer);
+}
+
+std::string GameText(const std::string& name, const TrackedUGCGame& game) {
+    // Two arrays around it give it the depth that it has in the file.
+    const auto write = [&](PrettyJsonWriter& writer) {
+        writer.StartArray();
+        writer.StartArray();
+        WriteGame(name, game, writer);
+        writer.EndArray();
+        writer.EndArray();
+    };
+    return Inner(write, std::string_view("[\n\t[").size(), std::string_view("\n\t]\n]").size());
+}
+
+std::string InfoText(const TrackerInfo& info) {
+    const auto write = [&](PrettyJsonWriter& writer) {
+        writer.StartObject();
+        writer.Key("info");
+        WriteInfo(info, writer);
+        writer.EndObject();
+    };
+    return "]," + Inner(write, std::string_view("{").size(), 0);
 }

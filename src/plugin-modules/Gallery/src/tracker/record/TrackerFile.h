@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -40,7 +39,12 @@ void ParseTrackerInfoFromJSON(const KXP::Value& root, TrackerInfo& info);
 
 // Writes the whole file in valid UTF-8: other bytes of a record become U+FFFD.
 void WriteTrackerJSON(const TrackerContent& content, KXP::PrettyJsonWriter& writer);
-// Calls `afterRecords` between the last record and the end of their array.
 void WriteTrackerJSON(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, const TrackedUGCGames& games,
-                      const TrackerInfo& info, KXP::PrettyJsonWriter& writer,
-                      const std::function<void()>& afterRecords);
+                      const TrackerInfo& info, KXP::PrettyJsonWriter& writer);
+
+// The same text in parts, in this order and each in the form that it has there: from the start up to the end
+// of the last record, the lines of a game without the comma before them, and from the end of the array of
+// games to that of the file. The array of records ends and that of games begins between the first two.
+void WriteRecords(const std::vector<std::shared_ptr<const TrackedUGC>>& ugc, KXP::PrettyJsonWriter& writer);
+std::string GameText(const std::string& name, const TrackedUGCGame& game);
+std::string InfoText(const TrackerInfo& info);

@@ -159,6 +159,7 @@ void TreeFollower::AddUnreported(UnreportedPaths& paths) const {
     ledger_.AddUnreported(paths);
     for (std::string& folder : poll_.Unread())
         paths.incomplete.push_back(std::move(folder));
+    paths.exact = poll_.IsEmpty() && gallery_.seen.exists;
 }
 
 TimePoint TreeFollower::NextDue() const {
