@@ -59,7 +59,7 @@ int TakeRange(dl_phdr_info* info, size_t /*size*/, void* /*unused*/) {
         range.to = std::max(range.to, info->dlpi_addr + header.p_vaddr + header.p_memsz);
     }
     if (info->dlpi_name[0] == '\0' && g_program.to == 0) g_program = range;
-    for (const char* name : {"libGallery.so", "libCobalixUtil.so", "libovnx"})
+    for (const char* name : {"libGallery.so", "libCobalix", "libovnx"})
         if (std::strstr(info->dlpi_name, name) && g_products < g_product.size())
             g_product[g_products++] = range;
     return 0;

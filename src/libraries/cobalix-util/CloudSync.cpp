@@ -1,10 +1,14 @@
 #include <atomic>
-#include <cstdlib>
 #include <exception>
+#include <stdexcept>
+#include <string>
+
+#include <dlfcn.h>
 
 #include "CobalixUtil.h"
+#include "base/LibraryLoading.h"
 #include "base/Places.h"
-#include "libraries/cobalix-util/cloud/Sync.h"
+#include "libraries/cobalix-util/cloud/CloudModule.h"
 
 namespace KXP {
 namespace {
@@ -17,25 +21,44 @@ Cloud::StopAsked AbortedFromNowOn() {
     return [before = aborts.load()] { return aborts.load() != before; };
 }
 
-// The product's own source has a fixed place relative to this library.
-Cloud::Url BaseUrl() {
-    const char* base = std::getenv("COBALIX_CLOUD_SYNC_URL");
-    if (base && *base) return Cloud::Url(base);
-    return Cloud::Url::OfFolder(GetLibraryPath() + "/../../Resources/data/cloudsync");
-}
+// libCobalixCloud, from the folder of this library, for the time of one call: it links this library for the
+// log, so this one could not be unloaded while it stays open.
+class CloudModule {
+  public:
+    // Throws std::runtime_error, with the linker's reason.
+    CloudModule() {
+        const std::string path = GetLibraryPath() + "/libCobalixCloud" + Platform::kLibrarySuffix;
+        library_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!library_) throw std::runtime_error(dlerror());
+    }
+    ~CloudModule() { dlclose(library_); }
+    CloudModule(const CloudModule&) = delete;
+    CloudModule& operator=(const CloudModule&) = delete;
+
+    template <typename Function>
+    Function Find(const char* name) const {
+        const auto function = reinterpret_cast<Function>(dlsym(library_, name));
+        if (!function) throw std::runtime_error(std::string("libCobalixCloud has no ") + name);
+        return function;
+    }
+
+  private:
+    void* library_ = nullptr;
+};
 
 // Returns false and logs whatever goes wrong: callers are in the middle of other work, and most of them have
 // no cloud most of the time.
 template <typename Work>
 bool Try(const char* remoteFolder, const Work& work) {
+    Cloud::Failure failure;
     try {
-        Cloud::Sync sync(BaseUrl(), {}, AbortedFromNowOn());
-        work(sync);
-        return true;
+        const Cloud::StopAsked stopAsked = AbortedFromNowOn();
+        if (work(CloudModule(), stopAsked, failure)) return true;
     } catch (const std::exception& error) {
-        KXP_LOG(LogMilestone, "Cloud sync of %s failed: %s", remoteFolder, error.what());
-        return false;
+        failure.Set(error.what());
     }
+    KXP_LOG(LogMilestone, "Cloud sync of %s failed: %s", remoteFolder, failure.text);
+    return false;
 }
 
 }  // namespace
@@ -44,14 +67,20 @@ bool CloudSyncFetchManifestBegin(const char* remoteFolder, std::string& manifest
     manifest.clear();
     // Nothing outlives the fetch, so the matching end has nothing to do.
     context = nullptr;
-    return Try(remoteFolder, [&](Cloud::Sync& sync) { manifest = sync.FetchManifest(remoteFolder); });
+    return Try(remoteFolder, [&](const CloudModule& module, const Cloud::StopAsked& stopAsked,
+                                 Cloud::Failure& failure) {
+        const auto fetch = module.Find<decltype(&CobalixCloudFetchManifest)>("CobalixCloudFetchManifest");
+        return fetch(remoteFolder, stopAsked, manifest, failure);
+    });
 }
 
 void CloudSyncFetchManifestEnd(const char*, const char*, const std::string&, void*) {}
 
 bool CloudSyncObject(const char* remoteFolder, const char* localFolder, const std::string& manifest) {
-    return Try(remoteFolder, [&](Cloud::Sync& sync) {
-        sync.FetchFiles(remoteFolder, Platform::AppSupportFolder() + kProductFolder, localFolder, manifest);
+    return Try(remoteFolder, [&](const CloudModule& module, const Cloud::StopAsked& stopAsked,
+                                 Cloud::Failure& failure) {
+        const auto fetch = module.Find<decltype(&CobalixCloudFetchFiles)>("CobalixCloudFetchFiles");
+        return fetch(remoteFolder, localFolder, manifest, stopAsked, failure);
     });
 }
 

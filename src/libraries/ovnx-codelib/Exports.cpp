@@ -6,10 +6,10 @@
 
 namespace {
 
-// Null while the library is not initialized. What it points to stays: calls in progress may use it.
-std::atomic<const ovnxmedia::MediaLibrary*> g_media{nullptr};
+std::atomic<bool> g_initialized{false};
 
-// Opens the library in the same folder as this one. After a failure the next call tries again.
+// Opens the library in the same folder as this one, at the first cut: it brings a hundred libraries of
+// codecs. It stays open, because calls in progress may use it. After a failure the next call tries again.
 const ovnxmedia::MediaLibrary& OpenMedia() {
     static const ovnxmedia::MediaLibrary media(KXP::GetLibraryPath());
     return media;
@@ -18,20 +18,20 @@ const ovnxmedia::MediaLibrary& OpenMedia() {
 }  // namespace
 
 int32_t InitializeTranscoder(ovsxcodeapi::InitParams*) {
+    g_initialized = true;
+    return ovsxcodeapi::RemuxOk;
+}
+
+int32_t OvsXcodeRemux(ovsxcodeapi::RemuxParams& params) {
+    if (!g_initialized) return ovsxcodeapi::RemuxNoMediaLibrary;
     try {
-        g_media = &OpenMedia();
-        return ovsxcodeapi::RemuxOk;
+        return codelib::Trim(OpenMedia(), params);
     } catch (const std::exception&) {
         return ovsxcodeapi::RemuxNoMediaLibrary;
     }
 }
 
-int32_t OvsXcodeRemux(ovsxcodeapi::RemuxParams& params) {
-    const ovnxmedia::MediaLibrary* const media = g_media;
-    return media ? codelib::Trim(*media, params) : ovsxcodeapi::RemuxNoMediaLibrary;
-}
-
 int32_t ShutdownTranscoder() {
-    g_media = nullptr;
+    g_initialized = false;
     return ovsxcodeapi::RemuxOk;
 }

@@ -69,14 +69,14 @@ enum RemuxStatus : int32_t {
 
 extern "C" {
 
-// Opens the library with the codecs. Returns RemuxOk or RemuxNoMediaLibrary.
+// Allows cuts until ShutdownTranscoder. Returns RemuxOk.
 __attribute__((visibility("default"))) int32_t InitializeTranscoder(ovsxcodeapi::InitParams* params);
 
 // Writes the part of the input between the two times to the output; a time after the end of the video means
-// its end. The output appears whole and durable, replacing an older regular file, or not at all. Returns a
-// RemuxStatus.
+// its end. The output appears whole and durable, replacing an older regular file, or not at all. The first
+// cut opens the library with the codecs, which stays open. Returns a RemuxStatus.
 __attribute__((visibility("default"))) int32_t OvsXcodeRemux(ovsxcodeapi::RemuxParams& params);
 
-// Releases what InitializeTranscoder opened; calls in progress keep it until they return.
+// Refuses later cuts with RemuxNoMediaLibrary; those in progress go on. Returns RemuxOk.
 __attribute__((visibility("default"))) int32_t ShutdownTranscoder();
 }
