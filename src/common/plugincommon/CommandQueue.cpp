@@ -1,4 +1,4 @@
-#include <system_error>
+#include <exception>
 
 #include "CobalixUtil.h"
 #include "common/plugincommon/PluginModuleBase.h"
@@ -50,15 +50,23 @@ void PluginModuleBase::CommandQueue::WatchStop(std::shared_ptr<JSONMessage> mess
     stopReport_ = report;
     try {
         stopWatch_ = std::thread([this, message = std::move(message), report] {
-            LogNameThread(GetLibraryName().c_str(), "STOP");
+            NameLibraryThread("STOP");
             if (report->end.Await(taskQueue_.progress()) || report->made.exchange(true)) return;
             KXP_LOG(LogFailure, "%s could not be stopped, because its worker is stuck", moduleName_.c_str());
-            auto response = Message::CreateResponse(*message);
-            Message::SetReturnValue(*response, {Code::kTimedOut, "The worker is stuck", 0});
-            NotifyContainer(CommandFailed, std::move(response));
+            ReportStuck(*message);
         });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         KXP_LOG(LogFailure, "No thread to watch the stop of %s", moduleName_.c_str());
+    }
+}
+
+void PluginModuleBase::CommandQueue::ReportStuck(const JSONMessage& message) noexcept {
+    try {
+        auto response = Message::CreateResponse(message);
+        Message::SetReturnValue(*response, {Code::kTimedOut, "The worker is stuck", 0});
+        NotifyContainer(CommandFailed, std::move(response));
+    } catch (const std::exception& error) {
+        KXP_LOG(LogFailure, "The end of a stop is not reported: %s", error.what());
     }
 }
 

@@ -2,9 +2,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <initializer_list>
 #include <stdexcept>
 #include <utility>
-#include <vector>
 
 #include "CobalixUtil.h"
 #include "common/json/JsonParse.h"
@@ -24,10 +24,10 @@ double MillisecondsSince(WallTime start) {
 
 // Each node's request side is the next node, and its response side the one before.
 template <typename T>
-void Link(const std::vector<IMessageHandler<T>*>& nodes) {
-    for (size_t i = 1; i < nodes.size(); ++i) {
-        nodes[i - 1]->SetRequestHandler(nodes[i]);
-        nodes[i]->SetResponseHandler(nodes[i - 1]);
+void Link(std::initializer_list<IMessageHandler<T>*> nodes) {
+    for (const auto* node = nodes.begin(); node + 1 < nodes.end(); ++node) {
+        node[0]->SetRequestHandler(node[1]);
+        node[1]->SetResponseHandler(node[0]);
     }
 }
 
@@ -85,15 +85,20 @@ int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
     }
 }
 
+// Whole or not at all: everything that may fail comes before the links.
 void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandler) {
-    chain_.inboundQueue = std::make_shared<InitQueue>();
-    chain_.outboundQueue = std::make_shared<InitQueue>();
-    chain_.requestCallbacks =
-        std::make_shared<RequestCallbackManager<JSONMessage>>(taskQueue_, QueueResponses);
-    chain_.persistentResponses =
+    Chain made;
+    made.inboundQueue = std::make_shared<InitQueue>();
+    made.outboundQueue = std::make_shared<InitQueue>();
+    made.requestCallbacks = std::make_shared<RequestCallbackManager<JSONMessage>>(taskQueue_, QueueResponses);
+    made.persistentResponses =
         std::make_shared<PersistentResponseHandler<JSONMessage>>(taskQueue_, QueueRequests);
-    chain_.validator = std::make_shared<MessageValidator>(apiSchema_);
-    chain_.responder = std::make_shared<MessageResponder<JSONMessage>>(systemName_, moduleName_);
+    made.validator = std::make_shared<MessageValidator>(apiSchema_);
+    made.responder = std::make_shared<MessageResponder<JSONMessage>>(systemName_, moduleName_);
+    if (genericHandler)
+        made.genericCallbacks =
+            std::make_shared<RequestCallbackManager<GenericMessage>>(taskQueue_, QueueResponses);
+    chain_ = std::move(made);
 
     // The module and the container end both lists; on the container the inbound list sets the request side.
     IMessageHandler<JSONMessage>* const module = static_cast<MessageSink<JSONMessage>*>(this);
@@ -101,8 +106,6 @@ void PluginModuleBase::BuildChain(IMessageHandler<GenericMessage>* genericHandle
     Link<JSONMessage>({jsonHandler_, chain_.persistentResponses.get(), chain_.validator.get(),
                        chain_.inboundQueue.get(), chain_.responder.get(), module});
     if (!genericHandler) return;
-    chain_.genericCallbacks =
-        std::make_shared<RequestCallbackManager<GenericMessage>>(taskQueue_, QueueResponses);
     IMessageHandler<GenericMessage>* const genericModule = static_cast<MessageSink<GenericMessage>*>(this);
     Link<GenericMessage>({genericModule, chain_.genericCallbacks.get(), genericHandler});
 }

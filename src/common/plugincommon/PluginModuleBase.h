@@ -210,6 +210,7 @@ class PluginModuleBase::CommandQueue : public IContainerConnector {
     void Run(std::unique_ptr<JSONMessage> response, const std::function<int()>& command,
              Report* report = nullptr);
     void WatchStop(std::shared_ptr<JSONMessage> message, const std::shared_ptr<Report>& report);
+    void ReportStuck(const JSONMessage& message) noexcept;
     void EndWatch();
 
     PluginModuleBase& module_;

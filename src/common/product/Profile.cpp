@@ -1,5 +1,8 @@
 #include "common/product/Profile.h"
 
+#include <exception>
+
+#include "CobalixUtil.h"
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "common/files/FileUtil.h"
@@ -88,6 +91,14 @@ std::string GetExeName() {
 
 std::string GetLibraryName() {
     return LibraryNameOfPath(LoadedLibraryName());
+}
+
+void NameLibraryThread(const char* suffix) noexcept {
+    try {
+        LogNameThread(GetLibraryName().c_str(), suffix);
+    } catch (const std::exception& error) {
+        KXP_LOG(LogDetail, "A thread has no name: %s", error.what());
+    }
 }
 
 std::string GetLibraryNameNoPrefix() {

@@ -42,6 +42,8 @@ std::string GetExeName();
 // Empty when it is unknown.
 std::string GetLibraryName();
 std::string GetLibraryNameNoPrefix();
+// Names the calling thread for the log after the library. Without memory it stays without a name.
+void NameLibraryThread(const char* suffix) noexcept;
 std::string LibraryNameOfPath(const std::string& path);
 std::string WithoutLibraryPrefix(const std::string& name);
 

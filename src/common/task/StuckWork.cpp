@@ -1,6 +1,6 @@
 #include "common/task/StuckWork.h"
 
-#include <system_error>
+#include <exception>
 #include <thread>
 #include <utility>
 
@@ -36,13 +36,13 @@ bool RunUnlessStuck(std::function<void()> work, const std::atomic<uint64_t>& pro
     std::thread thread;
     try {
         thread = std::thread([work, end, owner]() mutable {
-            LogNameThread(GetLibraryName().c_str(), "END");
+            NameLibraryThread("END");
             work();
             work = nullptr;
             end->Report();
             owner.reset();
         });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         work();
         return true;
     }

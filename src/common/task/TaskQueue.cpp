@@ -77,7 +77,7 @@ void TaskQueue::AssertOnWorker() const {
 }
 
 void TaskQueue::WorkerThread() {
-    LogNameThread(GetLibraryName().c_str(), "TASK");
+    NameLibraryThread("TASK");
     KXP_LOG(LogMilestone, "%s worker thread started", name_.c_str());
     while (Step()) {
     }
