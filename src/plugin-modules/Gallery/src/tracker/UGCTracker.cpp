@@ -36,10 +36,10 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
       capacity_(host_, queue_) {
     if (!useUniqueFile) DeleteUniqueTrackerFiles();
     if (journal_.Open(useUniqueFile)) {
-        // The watcher starts first and the worker last: changes made while the file is read and compared are
-        // in the queue when the worker starts, after the entries of a rebuild, and none is missed.
-        if (parts.watch) StartWatcher();
-        ParseTracker();
+        // The watcher starts before the gallery is walked and the worker last: changes made while the file is
+        // compared are in the queue when the worker starts, after the entries of a rebuild, and none is
+        // missed.
+        ParseTracker(parts.watch);
     } else {
         KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
         ReadRecord();

@@ -19,15 +19,19 @@ bool HasFacts(const TrackedUGC& record) {
 
 }  // namespace
 
-void UGCTracker::ParseTracker() {
+void UGCTracker::ParseTracker(bool watch) {
     place_.NoteScanned();
     uint32_t calculated = UINT32_MAX;
     media::SeenFiles seen;
-    // The walk takes about as long as parsing, and neither needs the other. It does not begin before the file
-    // is open, so that it cannot take its descriptor.
+    // Starting the watcher and walking takes about as long as parsing, and neither needs the other. It does
+    // not begin before the file is open, so that it cannot take its descriptor.
     std::future<bool> sum;
     const auto walk = [&] {
-        if (!sum.valid()) sum = std::async([&] { return journal_.MeasureFolder(calculated, &seen); });
+        if (sum.valid()) return;
+        sum = std::async([&] {
+            if (watch) StartWatcher();
+            return journal_.MeasureFolder(calculated, &seen);
+        });
     };
     KXP::Document document;
     TrackerInfo info;
