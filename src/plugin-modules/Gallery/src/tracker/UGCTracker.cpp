@@ -2,6 +2,7 @@
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 #include "CobalixUtil.h"
+#include "base/FreedMemory.h"
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "libraries/share-common/ShareFolder.h"
@@ -44,7 +45,11 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
         KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
         ReadRecord();
     }
-    queue_.EnqueueNotification(queue_.Now(), [this] { record_.SortOutKept(gallery(), stopping_); });
+    queue_.EnqueueNotification(queue_.Now(), [this] {
+        record_.SortOutKept(gallery(), stopping_);
+        // That of the file's text and of the walk.
+        KXP::Platform::ReturnFreedMemory();
+    });
     if (parts.watch) queue_.EnqueueNotification(queue_.Now(), [this] { Follow(); });
     capacity_.MonitorDiskSpace();
     // Those that were in flight when the gallery was changed.

@@ -5,6 +5,7 @@
 
 #include "CobalixUtil.h"
 #include "base/FileCalls.h"
+#include "base/FreedMemory.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
@@ -126,6 +127,7 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
         host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete);
         host_.GetGallerySettings()->SetCurrentSizeMB(record_.usageKB() / 1000);
         KXP_LOG(KXP::LogMilestone, "Tracker update done");
+        KXP::Platform::ReturnFreedMemory();
     });
 }
 
