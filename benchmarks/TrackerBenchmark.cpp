@@ -1,9 +1,8 @@
-// What the tracker costs with galleries of 1,000 to 100,000 captures: a start with and without a rebuild, the
-// way of a new capture to its notification, queries, and queries during a storm of new files.
+// What the tracker costs with galleries of 1,000 to 100,000 captures: queries, also during a storm of new
+// files, and the removal of a game.
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -12,110 +11,11 @@
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/SampleGallery.h"
-#include "plugin-modules/Gallery/src/media/FolderCrc.h"
-#include "plugin-modules/Gallery/src/tracker/CaptureInspector.h"
-#include "plugin-modules/Gallery/src/tracker/GalleryScan.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
-#include "plugin-modules/Gallery/src/tracker/record/RecordStore.h"
-#include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
 namespace {
 
 using namespace benchmarks;
-
-// The floor of a rebuild: one look at each file, one sum of the tree and one write.
-void RebuildOnce(const SampleGallery& gallery) {
-    RecordStore records;
-    for (const FoundFile& file : ScanGallery(gallery.path() + "/").files) {
-        Inspection inspection = InspectCapture(file.path);
-        if (!inspection.result.Failed())
-            records.Track(std::make_shared<TrackedUGC>(std::move(inspection.record)));
-    }
-    unsigned crc = 0;
-    media::CalculateFolderCRC(gallery.path(), gallery.path(), crc);
-    KXP::JSONFile file;
-    file.Init(gallery.home() / "floor.json");
-    KXP::HeldLog log;
-    (void)file.WriteJSON(
-        [&](KXP::PrettyJsonWriter& writer) {
-            WriteTrackerJSON(records.Snapshot(), records.games(), {0, kTrackerVersion, crc}, writer);
-        },
-        log);
-    std::filesystem::remove(gallery.home() / "floor.json");
-}
-
-// "ratio" is that to the floor, at most 1.5; "growth" that to a tenth of the files, at most 14.
-void Rebuild(benchmark::State& state) {
-    static std::map<int64_t, double> medians;
-    SampleGallery gallery;
-    const auto count = static_cast<size_t>(state.range(0));
-    gallery.Fill(static_cast<int>(count));
-    std::vector<double> floors;
-    std::vector<double> rebuilds;
-    while (state.KeepRunning()) {
-        floors.push_back(SecondsOf([&] { RebuildOnce(gallery); }));
-        gallery.RemoveTrackerFile();
-        CountingHost host;
-        std::unique_ptr<UGCTracker> tracker;
-        rebuilds.push_back(SecondsOf([&] {
-            tracker = MakeTracker(host);
-            WaitForWorker(*tracker);
-        }));
-        if (RecordsOf(*tracker) != count) state.SkipWithError("not rebuilt");
-        state.SetIterationTime(rebuilds.back());
-    }
-    medians[state.range(0)] = Median(rebuilds);
-    state.counters["floor_ms"] = Median(floors) * 1000;
-    state.counters["ratio"] = Median(rebuilds) / Median(floors);
-    const auto tenth = medians.find(state.range(0) / 10);
-    if (tenth != medians.end()) state.counters["growth"] = Median(rebuilds) / tenth->second;
-}
-
-// A start with a file that is true to the disk.
-void Start(benchmark::State& state) {
-    SampleGallery gallery;
-    gallery.Fill(static_cast<int>(state.range(0)));
-    CountingHost host;
-    WaitForWorker(*MakeTracker(host));
-    std::vector<double> starts;
-    std::vector<double> cpu;
-    while (state.KeepRunning()) {
-        std::unique_ptr<UGCTracker> tracker;
-        cpu.push_back(
-            CpuSecondsOf([&] { starts.push_back(SecondsOf([&] { tracker = MakeTracker(host); })); }));
-        state.SetIterationTime(starts.back());
-    }
-    state.counters["cpu_ms"] = Median(cpu) * 1000;
-    state.counters["median_ms"] = Median(starts) * 1000;
-}
-
-// From TrackFile to the notification; at most 10 ms for the median and 25 ms for the "p99". The "cpu" of the
-// same way is what a machine that others use too cannot spoil.
-void LiveCapture(benchmark::State& state) {
-    SampleGallery gallery;
-    gallery.Fill(static_cast<int>(state.range(0)));
-    CountingHost host;
-    const std::unique_ptr<UGCTracker> tracker = MakeTracker(host);
-    WaitForWorker(*tracker);
-    std::vector<double> times;
-    std::vector<double> cpu;
-    while (state.KeepRunning()) {
-        const std::string path = gallery.AddCapture("Live");
-        const double cpuStart = CpuSeconds();
-        times.push_back(SecondsOf([&] {
-            tracker->TrackFile(path);
-            if (!host.WaitForAdded(static_cast<int>(times.size()) + 1)) state.SkipWithError("not told");
-        }));
-        cpu.push_back(CpuSeconds() - cpuStart);
-        state.SetIterationTime(times.back());
-        // Captures are further apart than the sum takes that follows them in a large gallery.
-        WaitForWorker(*tracker);
-    }
-    state.counters["median_ms"] = Median(times) * 1000;
-    state.counters["cpu_median_ms"] = Median(cpu) * 1000;
-    state.counters["cpu_p99_ms"] = Quantile(cpu, 0.99) * 1000;
-    state.counters["p99_ms"] = Quantile(times, 0.99) * 1000;
-}
 
 double ResidentMB() {
     std::ifstream statm("/proc/self/statm");
@@ -216,11 +116,6 @@ void RemoveGame(benchmark::State& state) {
 }
 
 constexpr auto kMs = benchmark::kMillisecond;
-BENCHMARK(Rebuild)->Arg(10000)->Iterations(5)->UseManualTime()->Unit(kMs);
-BENCHMARK(Rebuild)->Arg(100000)->Iterations(3)->UseManualTime()->Unit(kMs);
-BENCHMARK(Start)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(5)->UseManualTime()->Unit(kMs);
-BENCHMARK(LiveCapture)->Arg(1000)->Iterations(300)->UseManualTime()->Unit(kMs);
-BENCHMARK(LiveCapture)->Arg(100000)->Iterations(30)->UseManualTime()->Unit(kMs);
 BENCHMARK(Storm)->Arg(0)->Arg(100000)->Iterations(1)->UseManualTime()->Unit(kMs);
 BENCHMARK(GameQueries)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(5)->UseManualTime()->Unit(kMs);
 BENCHMARK(RemoveGame)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(3)->UseManualTime()->Unit(kMs);

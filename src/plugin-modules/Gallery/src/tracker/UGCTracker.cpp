@@ -2,6 +2,7 @@
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
 #include "CobalixUtil.h"
+#include "base/FreedMemory.h"
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "libraries/share-common/ShareFolder.h"
@@ -36,15 +37,19 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
       capacity_(host_, queue_) {
     if (!useUniqueFile) DeleteUniqueTrackerFiles();
     if (journal_.Open(useUniqueFile)) {
-        // The watcher starts first and the worker last: changes made while the file is read and compared are
-        // in the queue when the worker starts, after the entries of a rebuild, and none is missed.
-        if (parts.watch) StartWatcher();
-        ParseTracker();
+        // The watcher starts before the gallery is walked and the worker last: changes made while the file is
+        // compared are in the queue when the worker starts, after the entries of a rebuild, and none is
+        // missed.
+        ParseTracker(parts.watch);
     } else {
         KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
         ReadRecord();
     }
-    queue_.EnqueueNotification(queue_.Now(), [this] { record_.SortOutKept(gallery(), stopping_); });
+    queue_.EnqueueNotification(queue_.Now(), [this] {
+        record_.SortOutKept(gallery(), stopping_);
+        // That of the file's text and of the walk.
+        KXP::Platform::ReturnFreedMemory();
+    });
     if (parts.watch) queue_.EnqueueNotification(queue_.Now(), [this] { Follow(); });
     capacity_.MonitorDiskSpace();
     // Those that were in flight when the gallery was changed.

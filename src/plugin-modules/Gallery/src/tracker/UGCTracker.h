@@ -140,7 +140,7 @@ class UGCTracker : private IJournalSource {
     KeptCaptures& kept() { return record_.kept(); }
     // Start, rebuild and stop.
     void StartWatcher();
-    void ParseTracker();
+    void ParseTracker(bool watch);
     void CompareRecent(const std::string& path);
     void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId);
     void Rebuild(const char* reason, RebuildPlan::Former former, std::optional<FoundFiles> found = {});

@@ -5,6 +5,7 @@
 
 #include "CobalixUtil.h"
 #include "base/FileCalls.h"
+#include "base/FreedMemory.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
@@ -19,15 +20,19 @@ bool HasFacts(const TrackedUGC& record) {
 
 }  // namespace
 
-void UGCTracker::ParseTracker() {
+void UGCTracker::ParseTracker(bool watch) {
     place_.NoteScanned();
     uint32_t calculated = UINT32_MAX;
     media::SeenFiles seen;
-    // The walk takes about as long as parsing, and neither needs the other. It does not begin before the file
-    // is open, so that it cannot take its descriptor.
+    // Starting the watcher and walking takes about as long as parsing, and neither needs the other. It does
+    // not begin before the file is open, so that it cannot take its descriptor.
     std::future<bool> sum;
     const auto walk = [&] {
-        if (!sum.valid()) sum = std::async([&] { return journal_.MeasureFolder(calculated, &seen); });
+        if (sum.valid()) return;
+        sum = std::async([&] {
+            if (watch) StartWatcher();
+            return journal_.MeasureFolder(calculated, &seen);
+        });
     };
     KXP::Document document;
     TrackerInfo info;
@@ -122,6 +127,7 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
         host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete);
         host_.GetGallerySettings()->SetCurrentSizeMB(record_.usageKB() / 1000);
         KXP_LOG(KXP::LogMilestone, "Tracker update done");
+        KXP::Platform::ReturnFreedMemory();
     });
 }
 

@@ -1,0 +1,11 @@
+#include <malloc/malloc.h>
+
+#include "base/FreedMemory.h"
+
+namespace KXP::Platform {
+
+void ReturnFreedMemory() {
+    (void)malloc_zone_pressure_relief(nullptr, 0);
+}
+
+}  // namespace KXP::Platform
