@@ -17,7 +17,7 @@ void TimedNotificationQueue::EnqueueNotification(TimePoint when, std::unique_ptr
         MakeRoom(1);
         Push(std::move(entry));
     }
-    changed_.NotifyAll();
+    changed_.NotifyOne();
 }
 
 void TimedNotificationQueue::Reserve() {
@@ -35,7 +35,7 @@ void TimedNotificationQueue::EnqueueReserved(TimePoint when,
         if (IsRefused(when) || heap_.size() == heap_.capacity()) return;
         Push(std::move(entry));
     }
-    changed_.NotifyAll();
+    changed_.NotifyOne();
 }
 
 void TimedNotificationQueue::GiveBackReserved() noexcept {
@@ -122,7 +122,7 @@ void TimedNotificationQueue::Clear() {
         MutexLock lock(mutex_);
         taken.swap(heap_);
     }
-    changed_.NotifyAll();
+    changed_.NotifyOne();
 }
 
 }  // namespace KXP

@@ -1,4 +1,7 @@
-// A queue of entries in the order of their due times. Any thread may call anything.
+// A queue of entries in the order of their due times. One thread takes entries, and any thread may call the
+// rest. That one is notified after the unlock, so that it does not wake up only to wait for the lock. The
+// queue is still there then, even if the entry that it takes ends the queue's owner: a thread that enqueues
+// keeps the queue alive during the call, by its own call of the owner or by a reference.
 #pragma once
 
 #include <cstddef>

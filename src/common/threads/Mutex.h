@@ -93,6 +93,8 @@ class CondVar {
         lock.release();
     }
 
+    // Where one thread waits, or each waits for the same and one of them will do.
+    void NotifyOne() { condition_.notify_one(); }
     void NotifyAll() { condition_.notify_all(); }
 
   private:

@@ -9,6 +9,7 @@
 #include "base/LibraryLoading.h"
 #include "base/Places.h"
 #include "libraries/cobalix-util/cloud/CloudModule.h"
+#include "libraries/cobalix-util/cloud/ProductCloud.h"
 
 namespace KXP {
 namespace {
@@ -52,8 +53,7 @@ template <typename Work>
 bool Try(const char* remoteFolder, const Work& work) {
     Cloud::Failure failure;
     try {
-        const Cloud::StopAsked stopAsked = AbortedFromNowOn();
-        if (work(CloudModule(), stopAsked, failure)) return true;
+        if (work(failure)) return true;
     } catch (const std::exception& error) {
         failure.Set(error.what());
     }
@@ -67,8 +67,13 @@ bool CloudSyncFetchManifestBegin(const char* remoteFolder, std::string& manifest
     manifest.clear();
     // Nothing outlives the fetch, so the matching end has nothing to do.
     context = nullptr;
-    return Try(remoteFolder, [&](const CloudModule& module, const Cloud::StopAsked& stopAsked,
-                                 Cloud::Failure& failure) {
+    return Try(remoteFolder, [&](Cloud::Failure& failure) {
+        if (!Cloud::OtherCloud()) {
+            manifest = Cloud::ReadProductManifest(Cloud::ProductCloudFolder(), remoteFolder);
+            return true;
+        }
+        const Cloud::StopAsked stopAsked = AbortedFromNowOn();
+        const CloudModule module;
         const auto fetch = module.Find<decltype(&CobalixCloudFetchManifest)>("CobalixCloudFetchManifest");
         return fetch(remoteFolder, stopAsked, manifest, failure);
     });
@@ -77,8 +82,9 @@ bool CloudSyncFetchManifestBegin(const char* remoteFolder, std::string& manifest
 void CloudSyncFetchManifestEnd(const char*, const char*, const std::string&, void*) {}
 
 bool CloudSyncObject(const char* remoteFolder, const char* localFolder, const std::string& manifest) {
-    return Try(remoteFolder, [&](const CloudModule& module, const Cloud::StopAsked& stopAsked,
-                                 Cloud::Failure& failure) {
+    return Try(remoteFolder, [&](Cloud::Failure& failure) {
+        const Cloud::StopAsked stopAsked = AbortedFromNowOn();
+        const CloudModule module;
         const auto fetch = module.Find<decltype(&CobalixCloudFetchFiles)>("CobalixCloudFetchFiles");
         return fetch(remoteFolder, localFolder, manifest, stopAsked, failure);
     });

@@ -1,20 +1,18 @@
 #include "libraries/cobalix-util/cloud/CloudModule.h"
 
-#include <cstdlib>
 #include <exception>
 
 #include "base/Places.h"
+#include "libraries/cobalix-util/cloud/ProductCloud.h"
 #include "libraries/cobalix-util/cloud/Sync.h"
 
 namespace {
 
 using namespace KXP;
 
-// The product's own source has a fixed place relative to this library.
 Cloud::Url BaseUrl() {
-    const char* base = std::getenv("COBALIX_CLOUD_SYNC_URL");
-    if (base && *base) return Cloud::Url(base);
-    return Cloud::Url::OfFolder(GetLibraryPath() + "/../../Resources/data/cloudsync");
+    const char* other = Cloud::OtherCloud();
+    return other ? Cloud::Url(other) : Cloud::Url::OfFolder(Cloud::ProductCloudFolder());
 }
 
 template <typename Work>

@@ -8,6 +8,7 @@
 
 namespace KXP::Cloud {
 
+constexpr const char* kManifestName = "manifest.json";  // in a remote folder
 constexpr size_t kMaxManifestBytes = size_t{4} << 20;
 constexpr size_t kMaxManifestFiles = 10000;
 constexpr uint64_t kMaxFileBytes = uint64_t{4} << 30;

@@ -9,8 +9,6 @@
 namespace KXP::Cloud {
 namespace {
 
-constexpr const char* kManifest = "manifest.json";
-
 void RequirePlain(const std::string& folder) {
     if (!IsPlainPath(folder)) throw Error("a folder that may not be used");
 }
@@ -30,8 +28,8 @@ void For(const std::string& path, const Work& work) {
 std::string Sync::FetchManifest(const std::string& remoteFolder) {
     RequirePlain(remoteFolder);
     std::string text;
-    For(kManifest, [&] {
-        const Url url = base_.Below(remoteFolder).Below(kManifest);
+    For(kManifestName, [&] {
+        const Url url = base_.Below(remoteFolder).Below(kManifestName);
         transfer_.Fetch(url, kMaxManifestBytes,
                         [&](const char* bytes, size_t size) { text.append(bytes, size); });
         ParseManifest(text);

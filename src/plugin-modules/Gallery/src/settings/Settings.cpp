@@ -51,6 +51,15 @@ std::string PlainPath(const std::string& path) {
     return KXP::WithoutSlash(std::filesystem::path(path).lexically_normal().string());
 }
 
+// The text that CreateDirectoryPath would return.
+std::string WithSingleSlashes(const std::string& path) {
+    std::string single;
+    for (const char c : path)
+        if (c != '/' || single.empty() || single.back() != '/') single += c;
+    if (!single.empty() && single.back() == '/') single.pop_back();
+    return single;
+}
+
 std::optional<uint64_t> DeviceOf(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return std::nullopt;
@@ -155,9 +164,9 @@ std::string Settings::GetGalleryPath() {
         throw KXP::Exception(failure.code, failure.text.c_str(), failure.internal);
     }
     const std::string gallery = GetUserGalleryPath();
-    const bool isNew = !DeviceOf(gallery);
+    if (IsWholePath(gallery) && DeviceOf(gallery)) return WithSingleSlashes(gallery);
     std::string path = MakeGallery(gallery);
-    if (isNew) RememberDevice(gallery);
+    RememberDevice(gallery);
     return path;
 }
 
