@@ -22,9 +22,10 @@ std::string LoadedLibraryName();
 std::string GetLibraryFilePath();
 std::string GetLibraryPath();
 
-// The user's folders, which need not exist: application data, home, and settings.
+// The user's folders, which need not exist: application data, caches, home, and settings.
 namespace Platform {
 std::string AppSupportFolder();
+std::string CacheFolder();
 std::string HomeFolder();
 std::string LibraryFolder();
 }  // namespace Platform

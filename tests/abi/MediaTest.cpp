@@ -115,6 +115,29 @@ TEST_F(Thumbnails, AreOfTheFileAsItIsNow) {
         EXPECT_EQ(Ask(none), "");
 }
 
+TEST(StoredThumbnails, OutlastTheProcessUnchanged) {
+    const PluginLibrary plugin(PRODUCT_ROOT);
+    const TempFolder folder;
+    const std::string path = folder.Write("a.png", samples::PngImage(640, 360, {{255, 0, 0}, {0, 0, 255}}));
+    const auto thumbnail = [&] {
+        FakeContainer container;
+        EXPECT_TRUE(plugin.Up(container));
+        const std::string answer = plugin.Ask(container, "GetThumbnail", "ask",
+                                              R"({"file":")" + path + R"(","width":64,"height":64})");
+        EXPECT_TRUE(plugin.Down(container));
+        const size_t start = answer.find("data:image/png;base64,");
+        return start == std::string::npos ? "none" : answer.substr(start, answer.find('"', start) - start);
+    };
+    const std::string drawn = thumbnail();
+    // What the same file holds is not looked at again.
+    const auto time = std::filesystem::last_write_time(path);
+    folder.Write("a.png", std::string(std::filesystem::file_size(path), '?'));
+    std::filesystem::last_write_time(path, time);
+    EXPECT_EQ(thumbnail(), drawn);
+    folder.Write("a.png", "?");
+    EXPECT_EQ(thumbnail(), "none");
+}
+
 #ifndef GALLERY_SANITIZED  // which would have to be loaded ahead of the foreign codecs
 TEST(ForeignCodecs, AreNotMistakenForOurs) {
     const TemporaryHome home;

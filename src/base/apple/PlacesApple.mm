@@ -18,6 +18,10 @@ std::string AppSupportFolder() {
     return UserFolder(NSApplicationSupportDirectory);
 }
 
+std::string CacheFolder() {
+    return UserFolder(NSCachesDirectory);
+}
+
 std::string HomeFolder() {
     @autoreleasepool {
         return NSHomeDirectory().UTF8String;

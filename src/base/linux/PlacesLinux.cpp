@@ -32,6 +32,10 @@ std::string AppSupportFolder() {
     return FolderFromEnvironment("XDG_DATA_HOME", HomeFolder() + "/.local/share");
 }
 
+std::string CacheFolder() {
+    return FolderFromEnvironment("XDG_CACHE_HOME", HomeFolder() + "/.cache");
+}
+
 std::string HomeFolder() {
     const char* home = std::getenv("HOME");
     return WithoutSlash(home && *home ? home : HomeOfPasswordEntry());

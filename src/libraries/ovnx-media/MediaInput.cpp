@@ -1,6 +1,7 @@
 #include "libraries/ovnx-media/MediaInput.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace ovnxmedia {
@@ -79,6 +80,13 @@ bool MediaInput::HasTooManySamples() const noexcept {
     return samples > SampleTally::kLimit;
 }
 
+// By the bytes: asking the system where a hole ends would move the descriptor's position.
+bool MediaInput::IsInHole(const uint8_t* bytes, size_t size) noexcept {
+    const bool isZero = bytes[0] == 0 && std::memcmp(bytes, bytes + 1, size - 1) == 0;
+    zeros_ = isZero ? zeros_ + size : 0;
+    return zeros_ > kMaxZeroBytes;
+}
+
 int MediaInput::ReadSome(uint8_t* buffer, int size) noexcept {
     failure_ = Allowed();
     if (failure_ != OVNX_MEDIA_OK) return AVERROR_EXIT;
@@ -86,7 +94,7 @@ int MediaInput::ReadSome(uint8_t* buffer, int size) noexcept {
                                     static_cast<size_t>(size));
     if (file_.HasFailed()) failure_ = OVNX_MEDIA_UNREADABLE;
     if (file_.HasFailed()) return AVERROR(EIO);
-    if (got == 0) return AVERROR_EOF;
+    if (got == 0 || IsInHole(buffer, got)) return AVERROR_EOF;
     if (inHead_ && trust_ == Trust::Nothing && !tally_.Take(static_cast<uint64_t>(position_), buffer, got)) {
         failure_ = OVNX_MEDIA_OVER_LIMIT;
         return AVERROR_EXIT;

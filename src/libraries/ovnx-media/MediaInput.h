@@ -26,6 +26,8 @@ class MediaInput {
     static constexpr unsigned kMaxStreams = 32;
     // Enough for a head that describes SampleTally::kLimit samples.
     static constexpr uint64_t kMaxHeadBytes = 64u << 20;
+    // No media has as many zero bytes in a row: after these the file ends, as in a hole of a sparse one.
+    static constexpr uint64_t kMaxZeroBytes = 16u << 20;
 
     struct Limits {
         uint64_t bytes;
@@ -69,6 +71,7 @@ class MediaInput {
     // The status that ends all reading, OVNX_MEDIA_OK while none does.
     OvnxMediaStatus Allowed() const noexcept;
     bool HasTooManySamples() const noexcept;
+    bool IsInHole(const uint8_t* bytes, size_t size) noexcept;
     void Open(const char* demuxer);
 
     SourceFile file_;
@@ -78,6 +81,7 @@ class MediaInput {
     int64_t position_ = 0;
     uint64_t bytesRead_ = 0;
     uint64_t packetsRead_ = 0;
+    uint64_t zeros_ = 0;  // at the end of what was read
     bool inHead_ = true;
     OvnxMediaStatus failure_ = OVNX_MEDIA_OK;
     SampleTally tally_;

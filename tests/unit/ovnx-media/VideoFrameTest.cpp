@@ -113,6 +113,20 @@ TEST(VideoFrame, SaysWhatIsNoVideo) {
     EXPECT_EQ(StatusOf(folder.Write("v", whole.substr(0, whole.size() * 3 / 4))), OVNX_MEDIA_OK);
 }
 
+TEST(VideoFrame, EndsWhereAHoleBegins) {
+    const TempFolder folder;
+    made::Video video;
+    video.format = "matroska";
+    std::filesystem::copy_file(made::Path(video), folder / "v");
+    const std::string whole = folder.Read("v");
+    for (const auto& [size, expected] :
+         {std::pair(whole.size() / 2, OVNX_MEDIA_OK), std::pair(size_t{48}, OVNX_MEDIA_DAMAGED)}) {
+        folder.Write("v", whole.substr(0, size));
+        std::filesystem::resize_file(folder / "v", uint64_t{1} << 40);
+        EXPECT_EQ(StatusOf(folder / "v"), expected) << size;
+    }
+}
+
 // Bytes put over those that begin `offset` bytes after a box's type; the last of its name, as brands and
 // sounds come first.
 std::string Replaced(std::string bytes, const std::string& type, size_t offset, const std::string& by) {

@@ -3,8 +3,10 @@
 #include <array>
 #include <exception>
 #include <memory>
+#include <string_view>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "CobalixUtil.h"
 #include "base/FileCalls.h"
@@ -39,6 +41,14 @@ void FillKey(const struct stat& status, ThumbnailCache::Key& key) {
     key.time = KXP::Platform::ModifiedNs(status);
 }
 
+bool IsStill(const KXP::FileDescriptor& file, const ThumbnailCache::Key& key) {
+    struct stat status {};
+    ThumbnailCache::Key current = key;
+    if (fstat(file.get(), &status) != 0) return false;
+    FillKey(status, current);
+    return current.size == key.size && current.time == key.time;
+}
+
 // Frees a slot that was taken.
 class SlotOwner {
   public:
@@ -51,44 +61,13 @@ class SlotOwner {
     DecoderSlots& slots_;
 };
 
-}  // namespace
-
-ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, uint32_t height,
-                                       const std::atomic<bool>& cancelled, std::string& error) {
-    ThumbnailCache::Key key{path, 0, 0, width, height};
-    struct stat status {};
-    if (stat(path.c_str(), &status) == 0) {
-        FillKey(status, key);
-        if (ThumbnailCache::Text text = cache_.Find(key)) return text;
-    }
-    const ovnxmedia::MediaLibrary* const media = Media();
-    if (!media) {
-        error = "there is no media module";
-        return nullptr;
-    }
-    // Requests that wait hold no open file, however many they are.
-    if (!slots_.Take(cancelled)) {
-        error = "cancelled";
-        return nullptr;
-    }
-    const SlotOwner slot(slots_);
-    const KXP::FileDescriptor file = KXP::OpenForRead(path);
-    if (!file.IsOpen() || fstat(file.get(), &status) != 0) {
-        error = "it cannot be opened";
-        return nullptr;
-    }
-    FillKey(status, key);
-    // Another request may have made the same picture meanwhile.
-    ThumbnailCache::Text text = cache_.Find(key);
-    if (text) return text;
-    text = Decode(*media, file.get(), key, cancelled, error);
-    if (text) cache_.Put(key, text);
-    return text;
+ThumbnailCache::Text AsDataUrl(std::string_view png) {
+    return std::make_shared<const std::string>("data:image/png;base64," + KXP::EncodeBase64(png));
 }
 
-ThumbnailCache::Text Thumbnailer::Decode(const ovnxmedia::MediaLibrary& media, int file,
-                                         const ThumbnailCache::Key& key, const std::atomic<bool>& cancelled,
-                                         std::string& error) {
+// The picture as a PNG; empty, with the reason in `error`, when there is none.
+std::string Decode(const ovnxmedia::MediaLibrary& media, int file, const ThumbnailCache::Key& key,
+                   const std::atomic<bool>& cancelled, std::string& error) {
     std::array<char, 256> message{};
     OvnxMediaRequest request{};
     request.width = key.width;
@@ -102,10 +81,69 @@ ThumbnailCache::Text Thumbnailer::Decode(const ovnxmedia::MediaLibrary& media, i
     const int32_t status = (isVideo ? media.videoFrame : media.stillThumbnail)(file, &request, &picture);
     if (status != OVNX_MEDIA_OK) {
         error = message.data();
-        return nullptr;
+        return "";
     }
     const std::unique_ptr<OvnxMediaPicture, decltype(media.release)> owner(&picture, media.release);
-    return std::make_shared<const std::string>(
-        "data:image/png;base64," +
-        KXP::EncodeBase64({reinterpret_cast<const char*>(picture.bytes), picture.size}));
+    return {reinterpret_cast<const char*>(picture.bytes), picture.size};
+}
+
+}  // namespace
+
+ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, uint32_t height,
+                                       const std::atomic<bool>& cancelled, std::string& error) {
+    ThumbnailCache::Key key{path, 0, 0, width, height};
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0) {
+        FillKey(status, key);
+        ThumbnailCache::Text text = cache_.Find(key);
+        if (!text) text = FindOnDisk(key);
+        if (text) return text;
+    }
+    const ovnxmedia::MediaLibrary* const media = Media();
+    if (!media) {
+        error = "there is no media module";
+        return nullptr;
+    }
+    std::string png;
+    ThumbnailCache::Text text = MakeInSlot(*media, key, cancelled, png, error);
+    if (!png.empty()) files_.Put(key, png);
+    return text;
+}
+
+ThumbnailCache::Text Thumbnailer::FindOnDisk(const ThumbnailCache::Key& key) {
+    // What cannot be opened any more has no thumbnail after a restart.
+    if (access(key.path.c_str(), R_OK) != 0) return nullptr;
+    const std::string png = ThumbnailFiles::Find(key);
+    if (png.empty()) return nullptr;
+    ThumbnailCache::Text text = AsDataUrl(png);
+    cache_.Put(key, text);
+    return text;
+}
+
+ThumbnailCache::Text Thumbnailer::MakeInSlot(const ovnxmedia::MediaLibrary& media, ThumbnailCache::Key& key,
+                                             const std::atomic<bool>& cancelled, std::string& png,
+                                             std::string& error) {
+    // Requests that wait hold no open file, however many they are.
+    if (!slots_.Take(cancelled)) {
+        error = "cancelled";
+        return nullptr;
+    }
+    const SlotOwner slot(slots_);
+    struct stat status {};
+    const KXP::FileDescriptor file = KXP::OpenForRead(key.path);
+    if (!file.IsOpen() || fstat(file.get(), &status) != 0) {
+        error = "it cannot be opened";
+        return nullptr;
+    }
+    FillKey(status, key);
+    // Another request may have made the same picture meanwhile.
+    ThumbnailCache::Text text = cache_.Find(key);
+    if (text) return text;
+    png = Decode(media, file.get(), key, cancelled, error);
+    if (png.empty()) return nullptr;
+    text = AsDataUrl(png);
+    cache_.Put(key, text);
+    // The picture of a file that is being written would outlast the process.
+    if (!IsStill(file, key)) png.clear();
+    return text;
 }

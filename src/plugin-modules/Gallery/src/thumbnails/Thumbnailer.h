@@ -1,4 +1,5 @@
-// Thumbnails of media files as data URLs, from memory or newly made by the media library. Any thread.
+// Thumbnails of media files as data URLs: from memory, from disk, or newly made by the media library. Any
+// thread.
 #pragma once
 
 #include <atomic>
@@ -8,6 +9,7 @@
 #include "libraries/ovnx-media/client/MediaLibrary.h"
 #include "plugin-modules/Gallery/src/thumbnails/DecoderSlots.h"
 #include "plugin-modules/Gallery/src/thumbnails/ThumbnailCache.h"
+#include "plugin-modules/Gallery/src/thumbnails/ThumbnailFiles.h"
 
 class Thumbnailer {
   public:
@@ -21,10 +23,12 @@ class Thumbnailer {
     void Cancel(std::atomic<bool>& cancelled) { slots_.Cancel(cancelled); }
 
   private:
-    static ThumbnailCache::Text Decode(const ovnxmedia::MediaLibrary& media, int file,
-                                       const ThumbnailCache::Key& key, const std::atomic<bool>& cancelled,
-                                       std::string& error);
+    ThumbnailCache::Text FindOnDisk(const ThumbnailCache::Key& key);
+    // Fills `png` with a new picture that may be stored.
+    ThumbnailCache::Text MakeInSlot(const ovnxmedia::MediaLibrary& media, ThumbnailCache::Key& key,
+                                    const std::atomic<bool>& cancelled, std::string& png, std::string& error);
 
     ThumbnailCache cache_{32 << 20};
+    ThumbnailFiles files_;
     DecoderSlots slots_;
 };
