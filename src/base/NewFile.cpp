@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -53,19 +54,20 @@ void NewFile::Create(unsigned mode) {
 }
 
 void NewFile::CreateHidden(unsigned mode) {
-    const std::string hidden = NewPartName();
+    std::string hidden = NewPartName();
     note_ = NotePart(folder_, hidden);
     file_ =
         FileDescriptor(openat(folder_.get(), hidden.c_str(),
                               O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, static_cast<mode_t>(mode)));
-    if (file_.IsOpen()) hidden_ = hidden;
+    // Moved, because a copy may find no memory, and the file would then stay.
+    if (file_.IsOpen()) hidden_ = std::move(hidden);
 }
 
 bool NewFile::GiveHiddenName() {
-    const std::string hidden = NewPartName();
+    std::string hidden = NewPartName();
     note_ = NotePart(folder_, hidden);
     if (!Platform::GiveName(file_.get(), folder_.get(), hidden)) return false;
-    hidden_ = hidden;
+    hidden_ = std::move(hidden);
     return true;
 }
 
