@@ -1,7 +1,8 @@
 #include "plugin-modules/Gallery/src/thumbnails/LabelledPng.h"
 
-#include <array>
 #include <cstdint>
+
+#include "plugin-modules/Gallery/src/media/FolderCrc.h"
 
 namespace {
 
@@ -18,23 +19,8 @@ constexpr std::string_view kSignature = "\x89PNG\r\n\x1A\n";
 constexpr std::string_view kPathStart{"Path\0\0\0\0\0", 9};
 constexpr std::string_view kPathType = "iTXt";
 
-constexpr std::array<uint32_t, 256> MakeCrcTable() {
-    std::array<uint32_t, 256> table{};
-    for (uint32_t i = 0; i < table.size(); ++i) {
-        uint32_t value = i;
-        for (int bit = 0; bit < 8; ++bit)
-            value = (value & 1) != 0 ? 0xEDB88320U ^ (value >> 1) : value >> 1;
-        table[i] = value;
-    }
-    return table;
-}
-
 uint32_t CrcOf(std::string_view bytes) {
-    static constexpr std::array<uint32_t, 256> kTable = MakeCrcTable();
-    uint32_t crc = 0xFFFFFFFFU;
-    for (const char byte : bytes)
-        crc = kTable[(crc ^ static_cast<uint8_t>(byte)) & 0xFF] ^ (crc >> 8);
-    return ~crc;
+    return media::CRC(bytes.begin(), bytes.end());
 }
 
 uint32_t ReadU32(std::string_view bytes, size_t at) {
