@@ -10,8 +10,7 @@ export class ViewerHistory {
     // Going back takes a moment. What is opened meanwhile gets its entry after it.
     #leaving = false;
     #next = "";
-    // On the way to the viewer's entry again.
-    #returning = false;
+    #shown = "";
 
     constructor(
         private readonly onBack: () => void,
@@ -32,6 +31,7 @@ export class ViewerHistory {
     }
 
     show(path: string): void {
+        this.#shown = path;
         if (this.#leaving) {
             this.#next = path;
             return;
@@ -43,7 +43,7 @@ export class ViewerHistory {
 
     /** Goes back to the entry before the viewer's, if the present one is the viewer's. */
     leave(): void {
-        this.#next = "";
+        this.#next = this.#shown = "";
         if (this.viewing === "" || this.#leaving) return;
         this.#leaving = true;
         history.back();
@@ -61,13 +61,10 @@ export class ViewerHistory {
             if (next !== "") this.show(next);
             return;
         }
-        if (this.viewing !== "") {
-            if (!this.#returning) this.onForward(this.viewing);
-            this.#returning = false;
-        } else if (leaveTopDialog()) {
-            // The viewer stays, and its entry with it.
-            this.#returning = true;
-            history.forward();
-        } else this.onBack();
+        if (this.viewing !== "") this.onForward(this.viewing);
+        // The viewer stays, and gets its entry again at once: forward would take a moment, in which another Back
+        // leaves the page.
+        else if (leaveTopDialog()) this.show(this.#shown);
+        else this.onBack();
     };
 }
