@@ -14,6 +14,20 @@ function(stage_target target folder)
     LIBRARY_OUTPUT_DIRECTORY "${folder}"
     BUILD_WITH_INSTALL_RPATH ON
     INSTALL_RPATH "${ARGN}")
+  get_target_property(type ${target} TYPE)
+  if(GALLERY_SMALL AND type STREQUAL SHARED_LIBRARY AND NOT APPLE)
+    move_debug_information(${target})
+  endif()
+endfunction()
+
+# move_debug_information(<target>): into a file beside the library, which names it so that debuggers find it.
+function(move_debug_information target)
+  set(library "$<TARGET_FILE:${target}>")
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "${library}" "${library}.debug"
+    COMMAND "${CMAKE_OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${library}.debug" "${library}"
+    BYPRODUCTS "${folder}/lib${target}.so.debug"
+    VERBATIM)
 endfunction()
 
 # stage_data(<target>): <target> copies the product's data files into the root.
