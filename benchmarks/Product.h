@@ -24,15 +24,15 @@ inline std::string Quoted(const std::string& name, const std::string& value) {
 
 class Product {
   public:
-    // The plug-in in this file, started, and with all captures of the gallery on record.
-    explicit Product(const char* plugin) {
+    // The plug-in in this file, started, and with all captures of the gallery on record; `atOnce`, without
+    // the wait for those.
+    explicit Product(const char* plugin, bool atOnce = false) {
         void* const library = dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
         if (!library) throw std::runtime_error(dlerror());
         plugin_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(library, "ZvCefPluginGetInfo"))();
-        // The answer and the line of a finished scan may come in either order.
-        Expect("Tracker update done");
         plugin_->Initialize(&Product::Callback, "{}", this);
-        (void)Await();
+        // The answer and the line of a finished scan may come in either order.
+        if (!atOnce) Await([&] { return hasScanned_; });
         plugin_->Start();
     }
     ~Product() {
@@ -45,11 +45,10 @@ class Product {
     // Milliseconds until the answer, which is "Success".
     double Ask(const std::string& method, const std::string& payload) {
         const std::string id = "ask" + std::to_string(++asked_);
-        Expect("\"reference_uniqueid\":\"" + id + "\"");
         const std::string request = Envelope(method, id, payload);
         const auto start = std::chrono::steady_clock::now();
-        plugin_->OnJsonMessage(request.c_str());
-        answer_ = Await();
+        answer_ =
+            After("\"reference_uniqueid\":\"" + id + "\"", [&] { plugin_->OnJsonMessage(request.c_str()); });
         const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
         if (answer_.find("\"Success\"") == std::string::npos) throw std::runtime_error(answer_);
         return taken.count();
@@ -57,28 +56,45 @@ class Product {
     // The last one.
     const std::string& answer() const { return answer_; }
 
+    // The first text with this part that the container gets after the work has begun.
+    template <typename Work>
+    std::string After(const std::string& part, Work work) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            wanted_ = part;
+            found_.reset();
+        }
+        work();
+        Await([&] { return found_.has_value(); });
+        return *found_;
+    }
+    bool hasScanned() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return hasScanned_;
+    }
+
   private:
     static void Callback(ZvCefPluginNotification_t, const char* text, void* context) {
         auto* self = static_cast<Product*>(context);
         const std::lock_guard<std::mutex> lock(self->mutex_);
-        if (self->found_ || std::string_view(text).find(self->wanted_) == std::string_view::npos) return;
-        self->found_ = text;
+        if (std::string_view(text).find("Tracker update done") != std::string_view::npos)
+            self->hasScanned_ = true;
+        else if (!self->found_ && std::string_view(text).find(self->wanted_) != std::string_view::npos)
+            self->found_ = text;
+        else
+            return;
         self->changed_.notify_all();
     }
-    void Expect(std::string part) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        wanted_ = std::move(part);
-        found_.reset();
-    }
-    std::string Await() {
+    template <typename Condition>
+    void Await(Condition condition) {
         std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait_for(lock, kProductPatience, [&] { return found_.has_value(); });
-        return found_.value_or("no answer");
+        if (!changed_.wait_for(lock, kProductPatience, condition)) throw std::runtime_error("no answer");
     }
 
     ZvCefPluginInfo* plugin_ = nullptr;
     std::mutex mutex_;
     std::condition_variable changed_;
+    bool hasScanned_ = false;
     std::string wanted_;
     std::optional<std::string> found_;
     std::string answer_;

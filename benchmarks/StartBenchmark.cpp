@@ -1,8 +1,7 @@
 // What a client and a page wait for that asks for little. A start: the plug-in is loaded into a fresh process
 // and started on an empty gallery; the targets are 20 libraries, 12 MiB resident and 3 ms. A round trip of
 // GetSettings through the whole product, from the entry call to the callback; the targets are 9 us median and
-// 6 system calls, which "strace -f -c" counts with this row alone.
-#include <atomic>
+// 6 system calls, which counted_calls has counted.
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -10,10 +9,9 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <dlfcn.h>
 
+#include "benchmarks/SpinningContainer.h"
 #include "benchmarks/Times.h"
-#include "core/container/cef/ZvCefPlugin.h"
 #include "tests/support/TempGallery.h"
 
 namespace {
@@ -52,57 +50,12 @@ void FreshStart(benchmark::State& state) {
 }
 BENCHMARK(FreshStart)->Iterations(21)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-// One request at a time. It waits for the answer without a system call, which would be counted.
-class Container {
-  public:
-    Container() {
-        void* const library = dlopen(PRODUCT_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-        if (!library) throw std::runtime_error(dlerror());
-        plugin_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(library, "ZvCefPluginGetInfo"))();
-        plugin_->Initialize(&Container::Callback, "{}", this);
-        Await(commands_, 1);
-        plugin_->Start();
-        Await(commands_, 2);
-    }
-    ~Container() {
-        plugin_->Stop();
-        plugin_->Uninitialize();
-    }
-    Container(const Container&) = delete;
-    Container& operator=(const Container&) = delete;
-
-    void Ask(const std::string& request) {
-        const int answered = messages_;
-        plugin_->OnJsonMessage(request.c_str());
-        Await(messages_, answered + 1);
-    }
-
-  private:
-    static void Callback(ZvCefPluginNotification_t notification, const char*, void* context) {
-        auto* self = static_cast<Container*>(context);
-        if (notification == ZvCefPluginCommandSucceeded) ++self->commands_;
-        if (notification == ZvCefPluginJsonMessage) ++self->messages_;
-    }
-    static void Await(const std::atomic<int>& count, int wanted) {
-        while (count < wanted) {
-        }
-    }
-
-    ZvCefPluginInfo* plugin_ = nullptr;
-    std::atomic<int> commands_{0};
-    std::atomic<int> messages_{0};
-};
-
 void SettingsRoundTrip(benchmark::State& state) {
     const TempGallery gallery;
-    Container container;
-    const std::string request =
-        R"({"system":"CobalixNative","module":"Gallery","source_system":"Web","source_module":"Page",)"
-        R"("uniqueid":"0B0CF5D2-3A21-4C0C-8E5F-0F2A6E9C1D11","type":3072,"method":"GetSettings",)"
-        R"("payload":{}})";
+    SpinningContainer container(PRODUCT_PLUGIN);
     std::vector<double> times;
     while (state.KeepRunning())
-        times.push_back(SecondsOf([&] { container.Ask(request); }) * 1e6);
+        times.push_back(SecondsOf([&] { container.Ask("GetSettings"); }) * 1e6);
     state.counters["median_us"] = Median(times);
     state.counters["p99_us"] = Quantile(times, 0.99);
 }

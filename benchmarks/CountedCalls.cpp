@@ -1,0 +1,89 @@
+// Runs the work that the argument names in the staged product, between two marks that a tracer of system
+// calls sees, and prints by how many units of the work the calls between them are to be divided.
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <string>
+
+#include <unistd.h>
+
+#include "benchmarks/CaptureFolder.h"
+#include "benchmarks/Product.h"
+#include "benchmarks/SpinningContainer.h"
+#include "tests/support/TempGallery.h"
+
+namespace {
+
+using namespace benchmarks;
+
+// The tracer prints the path, which no file has.
+template <typename Work>
+void Count(Work work) {
+    (void)access("/count: begin", F_OK);
+    work();
+    (void)access("/count: end", F_OK);
+}
+
+void Fill(const TempGallery& gallery, int captures) {
+    for (int i = 0; i < captures; ++i)
+        gallery.AddImage("Game " + std::to_string(i / 200) + "/" + std::to_string(i) + ".png");
+}
+
+int Listing() {
+    constexpr int kFiles = 10000;
+    const TempGallery gallery;
+    const Folder folder(0, 1, kFiles);
+    Product product(PRODUCT_PLUGIN);
+    Count([&] { product.Ask("GetFolderListing", "{" + Quoted("directory", folder.path()) + "}"); });
+    return kFiles;
+}
+
+int Rebuild() {
+    constexpr int kFiles = 10000;
+    const TempGallery gallery;
+    Fill(gallery, kFiles);
+    Count([] { const Product product(PRODUCT_PLUGIN); });
+    return kFiles;
+}
+
+int Capture(int captures) {
+    const TempGallery gallery;
+    Fill(gallery, captures);
+    Product product(PRODUCT_PLUGIN);
+    // Of the second one, as the folder of the game appears with the first. The sum that was withheld follows
+    // the notification.
+    const auto capture = [&](const char* name) {
+        product.After("captureSaved", [&] { gallery.AddImage(name); });
+        usleep(3000000);
+    };
+    capture("Live/1.png");
+    Count([&] { capture("Live/2.png"); });
+    return 1;
+}
+
+int Settings() {
+    constexpr int kRequests = 1000;
+    const TempGallery gallery;
+    SpinningContainer container(PRODUCT_PLUGIN);
+    Count([&] {
+        for (int i = 0; i < kRequests; ++i)
+            container.Ask("GetSettings");
+    });
+    return kRequests;
+}
+
+const std::map<std::string, std::function<int()>> kWorks{
+    {"listing", &Listing},
+    {"rebuild", &Rebuild},
+    {"capture-10000", [] { return Capture(10000); }},
+    {"capture-100000", [] { return Capture(100000); }},
+    {"settings", &Settings},
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    const auto work = kWorks.find(count == 2 ? arguments[1] : "");
+    if (work == kWorks.end()) return std::fputs("counted_calls WORK\n", stderr), 2;
+    std::printf("%d\n", work->second());
+}
