@@ -108,16 +108,17 @@ std::string FileJoin(const std::vector<std::string>& parts, const std::string& l
 }
 
 std::string CreateDirectoryPath(const std::vector<std::string>& parts) {
-    std::string path;
-    for (const std::string& part : parts) {
-        for (const std::string& name : SplitString(part, "/")) {
-            if (name.empty()) continue;
-            path += "/" + name;
-            if (mkdir(path.c_str(), kPrivateFolder) == 0 || errno == EEXIST || errno == EISDIR) continue;
+    std::vector<std::string> paths;
+    for (const std::string& part : parts)
+        for (const std::string& name : SplitString(part, "/"))
+            if (!name.empty()) paths.push_back((paths.empty() ? "" : paths.back()) + "/" + name);
+    if (paths.empty()) return "";
+    // Nearly always all of it is there.
+    if (access(paths.back().c_str(), F_OK) == 0) return paths.back();
+    for (const std::string& path : paths)
+        if (mkdir(path.c_str(), kPrivateFolder) != 0 && errno != EEXIST && errno != EISDIR)
             throw Exception(Code::kFailure, "ERROR: Unable to create folder", errno);
-        }
-    }
-    return path;
+    return paths.back();
 }
 
 int DirectoryRemove(const std::string& path) {

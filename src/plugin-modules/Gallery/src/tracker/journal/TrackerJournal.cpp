@@ -4,8 +4,10 @@
 #include <set>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "CobalixUtil.h"
+#include "base/FolderReader.h"
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "common/files/FileUtil.h"
@@ -41,11 +43,17 @@ KXP::RetVal GenerateUniqueTrackerFileName(const std::string& shareFolder, std::s
 
 // Deletes the files of rebuilds that a crash or a cancelled change of the gallery has left.
 void RemoveStaleTrackerFiles(const std::string& shareFolder) {
+    std::set<std::string> names;
     for (int number = 0; number < kUniqueNames; ++number) {
-        const std::string path = shareFolder + "/" + UniqueTrackerFileName(number);
-        for (const std::string& file : {path, StampFile::PathFor(path)})
-            if (KXP::FileExists(file)) KXP::FileDelete(file, true);
+        names.insert(UniqueTrackerFileName(number));
+        names.insert(StampFile::PathFor(UniqueTrackerFileName(number)));
     }
+    std::vector<std::string> stale;
+    // One listing asks the system less than a look for each name.
+    for (KXP::FolderReader reader(shareFolder); reader.IsOpen() && reader.Next();)
+        if (names.count(reader.Name()) > 0) stale.push_back(shareFolder + "/" + reader.Name());
+    for (const std::string& file : stale)
+        KXP::FileDelete(file, true);
 }
 
 }  // namespace
