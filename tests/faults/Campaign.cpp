@@ -273,6 +273,8 @@ int main(int argc, char** argv) {
     app.add_option("--seed", seed, "Of the draw")->capture_default_str();
     app.add_option("--only", only, "The operation, by default all");
     CLI11_PARSE(app, argc, argv);
+    // A long campaign is watched through a pipe or a file.
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
 
     const TempFolder home;
     Campaign campaign(PRODUCT_ROOT, home.path());
@@ -280,7 +282,10 @@ int main(int argc, char** argv) {
     const std::vector<Point> points = Draw(campaign, mode != "fail", only, count, random);
     size_t reached = 0;
     size_t failed = 0;
-    for (const Point& point : points) {
+    for (size_t done = 0; done < points.size(); ++done) {
+        if (done % 100 == 0)
+            std::printf("%zu of %zu points done, %zu with a fault\n", done, points.size(), failed);
+        const Point& point = points[done];
         const long limit = std::strcmp(point.operation->name, "capture") == 0 ? 150000 : 60000;
         const std::chrono::microseconds after(mode == "random" ? 1 + static_cast<long>(random() % limit) : 0);
         std::string why;
@@ -294,7 +299,6 @@ int main(int argc, char** argv) {
         ++failed;
         std::printf("%s (after %ld us)\n    %s\n", Name(point).c_str(), static_cast<long>(after.count()),
                     why.c_str());
-        std::fflush(stdout);
     }
     std::printf("%zu points drawn with seed %u, %zu reached, %zu with a fault\n", points.size(), seed,
                 reached, failed);

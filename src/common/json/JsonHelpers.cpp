@@ -53,6 +53,11 @@ bool ReadJSON(const std::string& path, Document& document) {
     return true;
 }
 
+void CopyJSON(const Value& value, Document& copy) {
+    auto events = [&](Document& handler) { return value.Accept(handler); };
+    copy.Populate(events);
+}
+
 std::string WriteJSONToString(const Value& value) {
     JsonBuffer buffer;
     JsonWriter writer(buffer);

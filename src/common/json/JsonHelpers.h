@@ -21,6 +21,10 @@ namespace KXP {
 // then not to be used. A byte-order mark is wrong text here; JSONFile is the reader that knows them.
 bool ReadJSON(const std::string& path, Document& document);
 
+// Replaces `copy` by a deep copy, with the memory of its own allocator. RapidJSON's CopyFrom and the
+// constructor of its kind build their copy in memory that may be null.
+void CopyJSON(const Value& value, Document& copy);
+
 // Compact text, which ends at the first zero byte that it would hold.
 std::string WriteJSONToString(const Value& value);
 

@@ -77,7 +77,7 @@ void JSONMessage::CheckEnvelope() {
 }
 
 void JSONMessage::CopyFrom(const JSONMessage& other) {
-    document_.CopyFrom(other.document_, document_.GetAllocator());
+    CopyJSON(other.document_, document_);
     first_ = other.first_;
     second_ = other.second_;
     writtenBody_ = other.writtenBody_;

@@ -51,11 +51,13 @@ Document SchemaWithDefinitions(const Value& schema, const Value& definitions) {
     CollectReached(schema, definitions, reached);
     Document document;
     Allocator& allocator = document.GetAllocator();
-    document.CopyFrom(schema, allocator);
+    CopyJSON(schema, document);
     Value kept(rapidjson::kObjectType);
     for (const Value::Member& member : definitions.GetObject()) {
         if (reached.count(TextOf(member.name)) == 0) continue;
-        kept.AddMember(Value(member.name, allocator), Value(member.value, allocator), allocator);
+        Document definition(&allocator);
+        CopyJSON(member.value, definition);
+        kept.AddMember(Value(member.name, allocator), definition, allocator);
     }
     document.AddMember("definitions", kept, allocator);
     return document;

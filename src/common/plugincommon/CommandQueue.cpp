@@ -14,6 +14,32 @@ PluginModuleBase::CommandQueue::CommandQueue(PluginModuleBase& module, TaskQueue
       systemName_(std::move(systemName)),
       moduleName_(std::move(moduleName)) {}
 
+// Takes no memory of its own, or a command might end without a report.
+template <typename Work>
+void PluginModuleBase::CommandQueue::Run(std::unique_ptr<JSONMessage> response, const Work& command,
+                                         Report* report) noexcept {
+    try {
+        const int result = ResultOf(command, *response);
+        if (report && report->made.exchange(true)) return;
+        NotifyContainer(result == Succeeded ? CommandSucceeded : CommandFailed, std::move(response));
+    } catch (...) {
+        // With its last message the container notices that the command is lost.
+        KXP_LOG(LogFailure, "No memory to report the end of a command");
+    }
+}
+
+template <typename Work>
+int PluginModuleBase::CommandQueue::ResultOf(const Work& command, JSONMessage& response) {
+    try {
+        return command();
+    } catch (...) {
+        const RetVal failure = ExceptionToRetVal();
+        KXP_LOG(LogFailure, "Command %s failed: %s", response.method(), ToStr(failure).c_str());
+        Message::SetReturnValue(response, failure);
+        return Failed;
+    }
+}
+
 int PluginModuleBase::CommandQueue::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
                                                std::unique_ptr<JSONMessage> initMessage,
                                                IMessageHandler<GenericMessage>* genericHandler) {
@@ -92,20 +118,6 @@ int PluginModuleBase::CommandQueue::Enqueue(std::shared_ptr<JSONMessage> message
             Run(std::move(response), [&] { return (module_.*command)(message); });
         });
     return Accepted;
-}
-
-void PluginModuleBase::CommandQueue::Run(std::unique_ptr<JSONMessage> response,
-                                         const std::function<int()>& command, Report* report) {
-    int result = Failed;
-    try {
-        result = command();
-    } catch (...) {
-        const RetVal failure = ExceptionToRetVal();
-        KXP_LOG(LogFailure, "Command %s failed: %s", response->method(), ToStr(failure).c_str());
-        Message::SetReturnValue(*response, failure);
-    }
-    if (report && report->made.exchange(true)) return;
-    NotifyContainer(result == Succeeded ? CommandSucceeded : CommandFailed, std::move(response));
 }
 
 int PluginModuleBase::CommandQueue::Uninitialize(std::shared_ptr<JSONMessage> message) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "CobalixUtil.h"
+#include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
 #include "common/product/Config.h"
 #include "common/results/Exception.h"
@@ -64,7 +65,7 @@ int PluginModuleBase::Initialize(IMessageHandler<JSONMessage>* jsonHandler,
                                  std::unique_ptr<JSONMessage> initMessage,
                                  IMessageHandler<GenericMessage>* genericHandler) {
     taskQueue_.AssertOnWorker();
-    configuration_.CopyFrom(std::as_const(*initMessage).payload(), configuration_.GetAllocator());
+    CopyJSON(std::as_const(*initMessage).payload(), configuration_);
     jsonHandler_ = jsonHandler;
     if (!jsonHandler_) {
         KXP_LOG(LogFailure, "%s requires a JSON communication channel", moduleName_.c_str());

@@ -207,8 +207,11 @@ class PluginModuleBase::CommandQueue : public IContainerConnector {
     };
 
     int Enqueue(std::shared_ptr<JSONMessage> message, Command command);
-    void Run(std::unique_ptr<JSONMessage> response, const std::function<int()>& command,
-             Report* report = nullptr);
+    template <typename Work>
+    void Run(std::unique_ptr<JSONMessage> response, const Work& command, Report* report = nullptr) noexcept;
+    // What the command throws is in the response.
+    template <typename Work>
+    static int ResultOf(const Work& command, JSONMessage& response);
     void WatchStop(std::shared_ptr<JSONMessage> message, const std::shared_ptr<Report>& report);
     void ReportStuck(const JSONMessage& message) noexcept;
     void EndWatch();

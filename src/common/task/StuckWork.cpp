@@ -16,22 +16,22 @@ void WorkEnd::Report() {
     changed_.NotifyAll();
 }
 
-bool WorkEnd::Await(const std::atomic<uint64_t>& progress) {
+bool WorkEnd::Await(const std::atomic<uint64_t>& progress, std::chrono::milliseconds limit) {
     MutexLock lock(mutex_);
     uint64_t seen = progress;
-    auto until = std::chrono::steady_clock::now() + kStuckAfter;
+    auto until = std::chrono::steady_clock::now() + limit;
     while (!ended_) {
         changed_.WaitUntil(mutex_, until);
         if (ended_ || std::chrono::steady_clock::now() < until) continue;
         const uint64_t now = progress;
         if (std::exchange(seen, now) == now) return false;
-        until = std::chrono::steady_clock::now() + kStuckAfter;
+        until = std::chrono::steady_clock::now() + limit;
     }
     return true;
 }
 
 bool RunUnlessStuck(std::function<void()> work, const std::atomic<uint64_t>& progress,
-                    std::shared_ptr<void> owner) {
+                    std::shared_ptr<void> owner, std::chrono::milliseconds limit) {
     const auto end = std::make_shared<WorkEnd>();
     std::thread thread;
     try {
@@ -46,7 +46,7 @@ bool RunUnlessStuck(std::function<void()> work, const std::atomic<uint64_t>& pro
         work();
         return true;
     }
-    if (end->Await(progress)) {
+    if (end->Await(progress, limit)) {
         thread.join();
         return true;
     }

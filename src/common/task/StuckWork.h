@@ -19,8 +19,9 @@ constexpr std::chrono::milliseconds kStuckAfter{1500};
 class WorkEnd {
   public:
     void Report() EXCLUDES(mutex_);
-    // Returns false when the end was not reported and `progress` has not changed for kStuckAfter.
-    bool Await(const std::atomic<uint64_t>& progress) EXCLUDES(mutex_);
+    // Returns false when the end was not reported and `progress` has not changed for so long.
+    bool Await(const std::atomic<uint64_t>& progress, std::chrono::milliseconds limit = kStuckAfter)
+        EXCLUDES(mutex_);
 
   private:
     Mutex mutex_;
@@ -29,9 +30,9 @@ class WorkEnd {
 };
 
 // Runs `work` on a thread of its own, or on the calling one where none can be started, and waits for its end.
-// Returns false if the work gets stuck: its thread is then abandoned. `work` and `owner`, in which `progress`
-// lives, are kept until it ends.
+// Returns false if the work gets stuck: its thread is then abandoned. `work` and `owner` are kept until it
+// ends. `progress` is not used after the return.
 bool RunUnlessStuck(std::function<void()> work, const std::atomic<uint64_t>& progress,
-                    std::shared_ptr<void> owner);
+                    std::shared_ptr<void> owner, std::chrono::milliseconds limit = kStuckAfter);
 
 }  // namespace KXP

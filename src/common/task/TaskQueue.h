@@ -90,6 +90,8 @@ class TaskQueue {
     // What asynchronous functions use and must find alive, also when they are abandoned: each of their
     // threads holds it. Set before Start.
     void SetOwner(std::weak_ptr<void> owner) { owner_ = std::move(owner); }
+    // The same for other threads that may be abandoned; null without one.
+    std::shared_ptr<void> Owner() const { return owner_.lock(); }
 
     // Called first in code that only the worker may run: elsewhere it logs, and ends a debug build.
     void AssertOnWorker() const;

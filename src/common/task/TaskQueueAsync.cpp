@@ -90,7 +90,7 @@ struct TaskQueue::Run {
     Run(TaskQueue& queue, const RunKey& key, AsyncFunction function, std::shared_ptr<ITask> itsTask)
         : task(std::move(itsTask)),
           fn(std::move(function)),
-          owner(queue.owner_.lock()),
+          owner(queue.Owner()),
           entries(queue.queue_),
           library(GetLibraryName()),
           name(key.first),

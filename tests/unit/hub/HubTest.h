@@ -1,6 +1,7 @@
 // The hub over a module that records notifications instead of sending them.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,6 +31,7 @@ class RecordingModule : public KXP::PluginModuleBase {
         EXPECT_TRUE(KXP::Message::IsPersistent(*message) && KXP::Message::IsResponse(*message));
         const KXP::Value& payload = std::as_const(*message).payload();
         EXPECT_EQ(Check(message->method(), payload), "Success");
+        if (onSend) onSend();
         KXP::MutexLock lock(mutex_);
         sent_.push_back(message->method() + (" " + KXP::WriteJSONToString(payload)));
         return accepts;
@@ -51,6 +53,7 @@ class RecordingModule : public KXP::PluginModuleBase {
     const KXP::Document& catalogue() const { return catalogue_; }
 
     bool accepts = true;
+    std::function<void()> onSend;  // on the thread that sends
 
   private:
     // The tracker's worker sends too.

@@ -1,5 +1,6 @@
 #include "common/drives/Drives.h"
 #include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
+#include "tests/support/CaptureBytes.h"
 #include "tests/support/DescriptorLimit.h"
 #include "tests/support/FakeClock.h"
 #include "tests/unit/hub/HubTest.h"
@@ -147,6 +148,37 @@ TEST_F(SettingsRequestsTest, AnotherGalleryIsOpenedAndLeftAgain) {
                   R"(GalleryNotifications {"galleryPathUpdateStatus":{"status":"CancelUpdateComplete"}}|)"),
               std::string::npos);
     EXPECT_NE(hub_.GetUGCTracker(), nullptr);
+}
+
+// The old tracker's worker is held, as on a disk that does not answer.
+TEST_F(SettingsRequestsTest, AGalleryThatDoesNotAnswerIsLeftToItself) {
+    Counter held;
+    Counter release;
+    std::atomic<bool> isFirst{true};
+    module_.onSend = [&] {
+        if (!isFirst.exchange(false)) return;
+        held.Add();
+        release.WaitFor(1);
+    };
+    const auto add = [&](const std::string& name) {
+        return home_.folder().Write(name, captures::Png(captures::PngText("Software", "Ovirastream SHARE")));
+    };
+    const auto old = hub_.GetUGCTracker();
+    old->TrackFile(add("Videos/ZORVEX/Ovirastream/Game/a.png"));
+    ASSERT_TRUE(held.WaitFor(1));
+    old->TrackFile(add("Videos/ZORVEX/Ovirastream/Game/b.png"));
+    const std::string capture = add("new/Game/c.png");
+    EXPECT_EQ(Set("{\"userGalleryPath\":\"" + (home_ / "new") + "\"}"), "Success");
+    EXPECT_FALSE(old->HasStopped());
+    EXPECT_TRUE(Soon([&] { return log_.Has("NotifyTrackerUpdate::TrackerUpdateComplete"); }));
+    const std::string record = home_.folder().Read("data/ZORVEX/OvirastreamX/Share/UGCTracker.json");
+    EXPECT_NE(record.find("c.png"), std::string::npos);
+    release.Add();
+    EXPECT_TRUE(Soon([&] { return old->HasStopped(); }));
+    EXPECT_EQ(home_.folder().Read("data/ZORVEX/OvirastreamX/Share/UGCTracker.json"), record);
+    EXPECT_EQ(log_.Count("and what was not written is dropped"), 1);
+    EXPECT_EQ(module_.TakeSent().find("b.png"), std::string::npos);
+    EXPECT_TRUE(hub_.GetUGCTracker()->IsTrackedFile(capture));
 }
 
 TEST_F(SettingsRequestsTest, NothingToRestoreLeavesNoTrackerAndDoesNoHarm) {

@@ -333,3 +333,30 @@ TEST_F(PluginTest, WithoutMemoryEachRequestIsAnsweredOnce) {
         }
     }
 }
+
+TEST_F(PluginTest, WithoutMemoryEachCommandEndsOnce) {
+    const SparedMemory mine;
+    for (const auto which : {ScarceMemory::Fails::One, ScarceMemory::Fails::AllFromThereOn}) {
+        bool failed = true;
+        for (long nth = 1; failed; ++nth) {
+            FakeContainer container;
+            Counter ends;
+            container.React([&](int notification, const std::string&) {
+                if (notification == 1 || notification == 2) ends.Add();
+            });
+            int accepted = 0;
+            const ScarceMemory scarce(nth, which);
+            for (const std::function<int()>& command :
+                 {std::function<int()>([&] { return plugin_.Initialize(&Callback, "{}", &container); }),
+                  std::function<int()>(plugin_.Start), std::function<int()>(plugin_.Stop)}) {
+                int result = 0;
+                std::thread([&] { result = command(); }).join();
+                if (result == 2) ++accepted;
+                ASSERT_TRUE(ends.WaitFor(accepted)) << nth;
+            }
+            failed = scarce.HasFailed();
+            plugin_.Uninitialize();
+            ASSERT_EQ(ends.Get(), accepted) << nth;
+        }
+    }
+}

@@ -35,6 +35,7 @@ TEST_F(TwoTrackersTest, AnAbandonedTrackerWritesOnlyAFileThatNobodyElseHasTaken)
         RunDue(*first);
         const std::string capture = gallery_.AddImage("Game/" + std::to_string(++number) + ".png");
         first->TrackFile(capture);
+        host_.Told();
         first->Abandon();
         std::unique_ptr<UGCTracker> second;
         if (meanwhile != Meanwhile::Nothing) {
@@ -55,6 +56,7 @@ TEST_F(TwoTrackersTest, AnAbandonedTrackerWritesOnlyAFileThatNobodyElseHasTaken)
         }
         EXPECT_EQ(log_.Count(dropped), meanwhile == Meanwhile::Nothing ? 0 : 1);
         EXPECT_TRUE(first->HasStopped());
+        EXPECT_EQ(host_.Told(), "");
     }
     // Nothing of it is left that would keep the next one from the file.
     const auto last = Make(host_, clock_);

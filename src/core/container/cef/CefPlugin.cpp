@@ -1,8 +1,8 @@
 // The entry calls of the library, and the translation of a plug-in's notifications for its container.
 
 #include <memory>
-#include <new>
 #include <string>
+#include <utility>
 
 #include "CobalixUtil.h"
 #include "common/plugincommon/IContainerConnector.h"
@@ -48,13 +48,13 @@ int ContainerNotification(IContainerConnector::NotificationType type) {
 
 void NotifyContainer(const ContainerCallback& callback, IContainerConnector::NotificationType type,
                      const JSONMessage& message) {
-    if (type == IContainerConnector::CommandSucceeded) {
-        callback.Call(ZvCefPluginCommandSucceeded, message.method());
-        return;
-    }
+    const bool succeeded = type == IContainerConnector::CommandSucceeded;
     KXP::JsonBuffer buffer;
-    message.Serialize(buffer);
-    callback.Call(ContainerNotification(type), buffer.GetString());
+    if (!succeeded) message.Serialize(buffer);
+    const char* const text = succeeded ? message.method() : buffer.GetString();
+    const auto& owed = message.owed_answer();
+    if (owed && !owed->Settle()) return;
+    callback.Call(succeeded ? ZvCefPluginCommandSucceeded : ContainerNotification(type), text);
 }
 
 int MapResult(int result) {
@@ -91,6 +91,24 @@ void TakeDown() {
     s_pCefJsonReceiver.reset();
 }
 
+// Hands a command to the plug-in. Once that has accepted it, its end is notified, also when there is no
+// memory for the plug-in's own answer.
+template <typename Run>
+int GiveCommand(std::unique_ptr<JSONMessage> message, const char* name, const Run& run) {
+    s_pCefJsonReceiver->open_requests().AddCommand(*message);
+    const std::shared_ptr<KXP::IOwedAnswer> owed = message->owed_answer();
+    int result = IContainerConnector::Failed;
+    KXP_LOG(KXP::LogMilestone, "Invoking %s() for plugin %s", name, s_pluginName.c_str());
+    try {
+        result = run(std::move(message));
+    } catch (...) {
+        (void)owed->Settle();  // the result of the call says it
+        throw;
+    }
+    if (result != IContainerConnector::Accepted) (void)owed->Settle();
+    return MapResult(result);
+}
+
 int BringUp(const char* configJson, void* context) {
     const std::string modules = KXP::PluginRegistry::Instance().GetModuleList();
     KXP_LOG(KXP::LogMilestone, "Creating Plugin instance %s for modules: %s", s_pluginName.c_str(),
@@ -103,39 +121,58 @@ int BringUp(const char* configJson, void* context) {
                                         void*) { NotifyContainer(receiver->container(), type, *message); },
         context);
     KXP_LOG(KXP::LogTrace, "Initialize CefPlugin");
-    auto message = CreateCommand("_CmdInit_", configJson);
-    KXP_LOG(KXP::LogMilestone, "Invoking Initialize() for plugin %s", s_pluginName.c_str());
-    return MapResult(s_pCefPlugin->Initialize(s_pCefJsonReceiver.get(), std::move(message), nullptr));
+    return GiveCommand(CreateCommand("_CmdInit_", configJson), "Initialize", [](auto message) {
+        return s_pCefPlugin->Initialize(s_pCefJsonReceiver.get(), std::move(message), nullptr);
+    });
+}
+
+// Nothing is thrown towards the container. Inside a catch block.
+void LogCaught(const char* command) noexcept {
+    try {
+        KXP_LOG(KXP::LogFailure, "Could not %s plugin %s: %s", command, s_pluginName.c_str(),
+                KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
+    } catch (...) {
+        KXP_LOG(KXP::LogFailure, "Could not %s plugin %s, and there is no memory to say why", command,
+                s_pluginName.c_str());
+    }
+}
+
+// False when there is no memory for it: the instance stays.
+bool TryTakeDown() noexcept {
+    try {
+        TakeDown();
+        return true;
+    } catch (...) {
+        LogCaught("uninitialize");
+        return false;
+    }
 }
 
 int CefPluginInitialize(ZvCefPluginCallback callback, const char* configJson, void* context) {
     if (RefusedInsideCallback("Initialize")) return 0;
     // An instance that was not uninitialized ends first: its threads still use its receiver.
-    TakeDown();
-    s_pCefJsonReceiver = std::make_shared<CefJsonReceiver>(callback, context);
-    KXP::LogInit(KXP::LocalApp, LogCallback, nullptr);
-    KXP::LogNameThread("cefclient", nullptr);
+    if (!TryTakeDown()) return 0;
     try {
+        s_pCefJsonReceiver = std::make_shared<CefJsonReceiver>(callback, context);
+        KXP::LogInit(KXP::LocalApp, LogCallback, nullptr);
+        KXP::LogNameThread("cefclient", nullptr);
         return BringUp(configJson, context);
     } catch (...) {
-        KXP_LOG(KXP::LogFailure, "Could not initialize plugin %s: %s", s_pluginName.c_str(),
-                KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
+        LogCaught("initialize");
     }
-    TakeDown();
+    (void)TryTakeDown();
     return 0;
 }
 
-// A lifecycle command of a running instance. Nothing is thrown towards the container.
+// A lifecycle command of a running instance.
 int Command(const char* method, const char* name,
             int (IContainerConnector::*command)(std::shared_ptr<JSONMessage>)) {
     if (!s_pCefPlugin) return 0;
     try {
-        std::shared_ptr<JSONMessage> message = CreateCommand(method);
-        KXP_LOG(KXP::LogMilestone, "Invoking %s() for plugin %s", name, s_pluginName.c_str());
-        return MapResult((s_pCefPlugin->*command)(std::move(message)));
+        return GiveCommand(CreateCommand(method), name,
+                           [command](auto message) { return (s_pCefPlugin->*command)(std::move(message)); });
     } catch (...) {
-        KXP_LOG(KXP::LogFailure, "Could not %s plugin %s: %s", name, s_pluginName.c_str(),
-                KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
+        LogCaught(name);
         return 0;
     }
 }
@@ -161,13 +198,7 @@ int CefPluginResume() {
 
 int CefPluginUninitialize() {
     if (!s_pCefPlugin || RefusedInsideCallback("Uninitialize")) return 0;
-    try {
-        TakeDown();
-    } catch (const std::bad_alloc&) {
-        KXP_LOG(KXP::LogFailure, "Could not uninitialize plugin %s: no memory", s_pluginName.c_str());
-        return 0;
-    }
-    return 1;
+    return TryTakeDown() ? 1 : 0;
 }
 
 int CefPluginOnJsonMessage(const char* json) {

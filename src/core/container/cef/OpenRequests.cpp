@@ -16,6 +16,7 @@ class OpenRequests::State {
   public:
     struct Entry {
         PreparedAnswer answer;
+        ZvCefPluginNotification_t notification;
         OwedAnswer* owner;
     };
     // Of one entry, or empty. Moved from list to list, which takes no memory.
@@ -56,9 +57,11 @@ class OpenRequests::State {
 
 class OpenRequests::OwedAnswer : public KXP::IOwedAnswer {
   public:
-    OwedAnswer(std::shared_ptr<State> state, const KXP::JSONMessage& request) : state_(std::move(state)) {
+    OwedAnswer(std::shared_ptr<State> state, const KXP::JSONMessage& request,
+               ZvCefPluginNotification_t notification)
+        : state_(std::move(state)) {
         State::Entries entry;
-        entry.push_back({PreparedAnswer(request), this});
+        entry.push_back({PreparedAnswer(request), notification, this});
         entry_ = state_->Add(std::move(entry));
     }
     ~OwedAnswer() override { state_->AnswerLost(*this); }
@@ -106,7 +109,7 @@ void OpenRequests::State::Send(Entries entry) {
     }
     KXP_LOG(KXP::LogFailure, "A request was lost because %s, and is answered as failed",
             reason == LostBy::Memory ? "memory is short" : "the plug-in ends");
-    container_.Call(ZvCefPluginJsonMessage, entry.front().answer.Complete(reason));
+    container_.Call(entry.front().notification, entry.front().answer.Complete(reason));
     // Notified under the lock: End may return, and this object go, as soon as it is free.
     const MutexLock lock(mutex_);
     --sending_;
@@ -142,8 +145,16 @@ void OpenRequests::Add(KXP::JSONMessage& request) {
     if (KXP::Message::IsResponse(request) || KXP::Message::IsPersistent(request) ||
         KXP::Message::IsAnnouncement(request.method()))
         return;
-    request.set_owed_answer(
-        std::allocate_shared<OwedAnswer>(KXP::SlabAllocator<OwedAnswer>(), state_, request));
+    Attach(request, ZvCefPluginJsonMessage);
+}
+
+void OpenRequests::AddCommand(KXP::JSONMessage& command) {
+    Attach(command, ZvCefPluginCommandFailed);
+}
+
+void OpenRequests::Attach(KXP::JSONMessage& message, ZvCefPluginNotification_t notification) {
+    message.set_owed_answer(
+        std::allocate_shared<OwedAnswer>(KXP::SlabAllocator<OwedAnswer>(), state_, message, notification));
 }
 
 void OpenRequests::AnswerUnread(const char* json) {

@@ -1,5 +1,5 @@
-// The requests of the container that are not answered yet. Each gets exactly one answer: that of the plug-in
-// or, if the request is lost for want of memory or is still open when the instance ends, one of its own.
+// The requests and commands of the container that are not answered yet. Each gets exactly one answer: that of
+// the plug-in or, if it is lost for want of memory or is still open when the instance ends, one of its own.
 #pragma once
 
 #include <memory>
@@ -15,6 +15,8 @@ class OpenRequests {
 
     // Attaches to a message the answer that it is owed, if any. Throws std::bad_alloc.
     void Add(KXP::JSONMessage& request);
+    // The same for a command of the life cycle, whose failure is notified.
+    void AddCommand(KXP::JSONMessage& command);
     // Answers a request that came when there was no memory to read or to add it.
     void AnswerUnread(const char* json);
 
@@ -26,6 +28,8 @@ class OpenRequests {
   private:
     class State;
     class OwedAnswer;
+
+    void Attach(KXP::JSONMessage& message, ZvCefPluginNotification_t notification);
 
     // Shared with the requests, which abandoned tasks may keep.
     const std::shared_ptr<State> state_;

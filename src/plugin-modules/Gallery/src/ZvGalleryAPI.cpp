@@ -78,15 +78,31 @@ void ZvGalleryAPI::PutTracker(std::shared_ptr<UGCTracker> tracker) {
     tracker_.swap(tracker);
 }
 
-void ZvGalleryAPI::ReInitializeTracker(bool useUniqueFile) {
+void ZvGalleryAPI::ReInitializeTracker(bool useUniqueFile, std::chrono::milliseconds limit) {
     if (plugin_.IsAbandoned()) throw std::runtime_error("The plug-in has ended");
     if (useUniqueFile && !HasUniqueTrackerFileName(KXP::CreateDirectoryPath(GetShareFolderPath())))
         throw std::runtime_error("Failed to generate unique tracker name, cannot reset tracker file");
     // The old tracker is stopped before the new one begins, whoever still holds it: two at work would spoil
     // each other's files, and the old one's last entry would report the new one's scan as complete. It can
     // still be asked meanwhile.
-    if (const std::shared_ptr<UGCTracker> old = GetUGCTracker()) old->Stop();
+    StopTracker(limit);
     PutTracker(std::make_shared<UGCTracker>(this, useUniqueFile));
+}
+
+void ZvGalleryAPI::LeaveTracker(std::chrono::milliseconds limit) {
+    StopTracker(limit);
+    PutTracker(nullptr);
+}
+
+void ZvGalleryAPI::StopTracker(std::chrono::milliseconds limit) {
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (!tracker) return;
+    // An abandoned tracker uses this object, and that the module.
+    const auto stop = [hub = weak_from_this().lock(), tracker] { tracker->Stop(); };
+    if (KXP::RunUnlessStuck(stop, tracker->progress(), queue_.Owner(), limit)) return;
+    KXP_LOG(KXP::LogFailure, "The gallery %s does not answer, and its tracker is left to itself",
+            tracker->gallery().c_str());
+    tracker->Abandon();
 }
 
 void ZvGalleryAPI::Abandon(const std::shared_ptr<ZvGalleryAPI>& api) {

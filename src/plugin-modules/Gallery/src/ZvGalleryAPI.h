@@ -3,12 +3,14 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "common/plugincommon/PluginModuleBase.h"
+#include "common/task/StuckWork.h"
 #include "plugin-modules/Gallery/src/montage/RecipeSync.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
@@ -21,7 +23,7 @@ inline const KXP::RetVal kNoTracker{KXP::Code::kFailure, "No tracker", 0};
 
 // Any thread may call any function that does not say otherwise, provided it holds no lock that the
 // container's callback may need: notifications and log lines end there.
-class ZvGalleryAPI : public ITrackerHost {
+class ZvGalleryAPI : public ITrackerHost, public std::enable_shared_from_this<ZvGalleryAPI> {
   public:
     // Creates the gallery's folders and files where they are missing; throws KXP::Exception when that fails.
     // Both arguments outlive this object; `queue` is the module's.
@@ -54,11 +56,15 @@ class ZvGalleryAPI : public ITrackerHost {
     // The current tracker; null while the gallery is being changed. Usable for as long as the caller holds
     // it, even after another one has replaced it.
     std::shared_ptr<UGCTracker> GetUGCTracker() const EXCLUDES(trackerMutex_);
-    // Replaces the tracker, which is stopped first, by one for the current gallery; for `useUniqueFile` see
-    // UGCTracker's constructor, which may throw. When no unique name is left, the old tracker stays in force.
-    // Worker.
-    void ReInitializeTracker(bool useUniqueFile) EXCLUDES(trackerMutex_);
-    // Stops the tracker for good and leaves none. Not beside ReInitializeTracker.
+    // Replaces the tracker, which LeaveTracker stops first, by one for the current gallery; for
+    // `useUniqueFile` see UGCTracker's constructor, which may throw. When no unique name is left, the old
+    // tracker stays in force. Worker.
+    void ReInitializeTracker(bool useUniqueFile, std::chrono::milliseconds limit = KXP::kStuckAfter)
+        EXCLUDES(trackerMutex_);
+    // Stops the tracker for good and leaves none. One that shows no progress for `limit`, because its disk
+    // does not answer perhaps, is abandoned. Worker.
+    void LeaveTracker(std::chrono::milliseconds limit = KXP::kStuckAfter) EXCLUDES(trackerMutex_);
+    // The same, and waits for it as long as it takes. Not beside the two above.
     void EndTracker() EXCLUDES(trackerMutex_);
 
     // The instance is left to itself because its worker is stuck. Stops the tracker, or abandons it if it is
@@ -135,6 +141,7 @@ class ZvGalleryAPI : public ITrackerHost {
     static void LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller);
 
     bool MayWriteAbandoned();
+    void StopTracker(std::chrono::milliseconds limit) EXCLUDES(trackerMutex_);
     void PutTracker(std::shared_ptr<UGCTracker> tracker) EXCLUDES(trackerMutex_);
 
     KXP::PluginModuleBase& plugin_;

@@ -1,5 +1,6 @@
 #include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 
+#include <atomic>
 #include <chrono>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "common/files/DirUtil.h"
 #include "common/json/JsonHelpers.h"
 #include "common/results/Exception.h"
+#include "common/task/StuckWork.h"
 #include "common/text/TextUtil.h"
 
 using KXP::Code::kInvalidArgument;
@@ -25,12 +27,22 @@ namespace {
 constexpr std::chrono::milliseconds kFollowPeriod{1500};
 static_assert(kFollowPeriod.count() > KXP::TaskQueue::kStallTimeoutMs);
 
+const KXP::RetVal kUnusablePath{kInvalidArgument, "Invalid path defined", 0};
+
 // Of settings that could not be read at the start.
 constexpr std::chrono::seconds kReadAgainPeriod{10};
 
 // Two folders that do not exist have no place by which they could be the same.
 bool IsSameFolder(const std::string& a, const std::string& b) {
     return a == b || (KXP::DirectoryExists(a) && KXP::DirectoryExists(b) && KXP::SamePath(a, b));
+}
+
+// Whether the disk of the folder answers, for a folder that the worker is about to use.
+bool Answers(const std::string& folder) {
+    static const std::atomic<uint64_t> none{0};
+    if (KXP::RunUnlessStuck([folder] { (void)KXP::DirectoryExists(folder); }, none, nullptr)) return true;
+    KXP_LOG(KXP::LogFailure, "The disk of %s does not answer", folder.c_str());
+    return false;
 }
 
 }  // namespace
@@ -67,8 +79,8 @@ void SettingsRequests::ReadAgainIfDue() {
 
 void SettingsRequests::FollowGallery(const std::string& path) {
     const KXP::RetVal result = KXP::RunRequest([&]() -> KXP::RetVal {
-        if (IsSameFolder(path, settings_.GetUserGalleryPath())) return {};
-        return ChangeGalleryPath(path, &Settings::AdoptUserGalleryPath);
+        bool changed = false;
+        return UseGallery(path, &Settings::AdoptUserGalleryPath, changed);
     });
     if (result.Failed())
         KXP_LOG(KXP::LogFailure, "The gallery that another process has chosen cannot be used: %s",
@@ -136,28 +148,31 @@ KXP::RetVal SettingsRequests::ApplySettings(const KXP::Value& wanted) {
 
 KXP::RetVal SettingsRequests::ApplyGalleryPath(const std::string& path, Progress& progress) {
     if (path.empty()) return {};
-    if (IsSameFolder(path, settings_.GetUserGalleryPath())) {
-        KXP_LOG(KXP::LogMilestone, "Skipping path change as paths are the same");
-    } else {
-        KXP::RetVal result = ChangeGalleryPath(path, &Settings::SetUserGalleryPath);
-        if (result.Failed()) return result;
-        progress.changed = true;
-    }
+    KXP::RetVal result = UseGallery(path, &Settings::SetUserGalleryPath, progress.changed);
+    if (result.Failed()) return result;
+    if (!progress.changed) KXP_LOG(KXP::LogMilestone, "Skipping path change as paths are the same");
     progress.parameterSeen = true;
     return {};
 }
 
-KXP::RetVal SettingsRequests::ChangeGalleryPath(const std::string& path,
-                                                bool (Settings::*set)(const std::string&)) {
+KXP::RetVal SettingsRequests::UseGallery(const std::string& path, bool (Settings::*set)(const std::string&),
+                                         bool& changed) {
+    const std::string current = settings_.GetUserGalleryPath();
+    if (path == current) return {};
+    if (!Answers(path)) return kUnusablePath;
+    const bool currentAnswers = Answers(current);
+    if (currentAnswers && IsSameFolder(path, current)) return {};
     const Settings::Gallery previous = settings_.GetGallery();
-    if (!(settings_.*set)(path)) return {kInvalidArgument, "Invalid path defined", 0};
+    if (!(settings_.*set)(path)) return kUnusablePath;
     try {
-        api_.ReInitializeTracker(true);
+        // Nobody waits twice for the same disk.
+        api_.ReInitializeTracker(true, currentAnswers ? KXP::kStuckAfter : std::chrono::milliseconds(0));
     } catch (...) {
         settings_.RestoreGallery(previous);
         throw;
     }
     oldGalleryPath_ = previous.path;
+    changed = true;
     return {};
 }
 
@@ -170,9 +185,10 @@ KXP::RetVal SettingsRequests::CancelPathUpdate(std::unique_ptr<KXP::JSONMessage>
 }
 
 KXP::RetVal SettingsRequests::RestoreGalleryPath() {
-    api_.EndTracker();
+    if (!oldGalleryPath_.empty() && !Answers(oldGalleryPath_)) return kUnusablePath;
+    api_.LeaveTracker();
     settings_.SetTrackerUpdateState(CancelUpdate);
-    if (!settings_.SetUserGalleryPath(oldGalleryPath_)) return {kInvalidArgument, "Invalid path defined", 0};
+    if (!settings_.SetUserGalleryPath(oldGalleryPath_)) return kUnusablePath;
     KXP::RetVal written = WriteSettings();
     if (written.Failed()) return written;
     api_.ReInitializeTracker(false);
@@ -185,7 +201,7 @@ KXP::RetVal SettingsRequests::ApplyTempFolder(const std::string& path, Progress&
     if (IsSameFolder(path, settings_.GetTempFolder())) {
         KXP_LOG(KXP::LogMilestone, "Skipping temp path change as paths are the same");
     } else {
-        if (!settings_.SetTempFolder(path)) return {kInvalidArgument, "Invalid path defined", 0};
+        if (!settings_.SetTempFolder(path)) return kUnusablePath;
         progress.changed = true;
         api_.NotifyGalleryTempFolderChange(path);
     }

@@ -28,7 +28,8 @@ class SettingsRequests {
     // step has accepted stays in force when a later one fails; the file is written when all have succeeded.
     KXP::RetVal SetSettings(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
                             KXP::Allocator& allocator);
-    // Goes back to the gallery folder before the last change. On failure there is no tracker.
+    // Goes back to the gallery folder before the last change. On failure there is no tracker, unless it
+    // failed because the disk of that folder does not answer.
     KXP::RetVal CancelPathUpdate(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
                                  KXP::Allocator& allocator);
     KXP::RetVal CheckDiskSpace(std::unique_ptr<KXP::JSONMessage> message, KXP::Value& response,
@@ -44,8 +45,9 @@ class SettingsRequests {
     KXP::RetVal ApplySettings(const KXP::Value& wanted);
     KXP::RetVal ApplyGalleryPath(const std::string& path, Progress& progress);
     void FollowGallery(const std::string& path);
-    // `set` puts the path into the settings. When the new gallery gets no tracker, the settings stay.
-    KXP::RetVal ChangeGalleryPath(const std::string& path, bool (Settings::*set)(const std::string&));
+    // Sets `changed` if the gallery in force is another one, on whose disk nobody waits. `set` puts the path
+    // into the settings. When the new gallery gets no tracker, the settings stay.
+    KXP::RetVal UseGallery(const std::string& path, bool (Settings::*set)(const std::string&), bool& changed);
     KXP::RetVal ApplyTempFolder(const std::string& path, Progress& progress);
     void ApplyCapacity(const KXP::Value& capacity, Progress& progress);
     void ApplyCapEnabled(const KXP::Value& capacity, Progress& progress);

@@ -29,7 +29,7 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
     : host_(*host),
       watcherOptions_(parts.watcher),
       place_(host->GetGalleryPath()),
-      record_(*host, capacity_, KXP::CreateDirectoryPath(GetShareFolderPath()), parts.clock,
+      record_(host_, capacity_, KXP::CreateDirectoryPath(GetShareFolderPath()), parts.clock,
               useUniqueFile ? Rebuilding::InOneFile : Rebuilding::No),
       journal_(*this, KXP::CreateDirectoryPath(GetShareFolderPath()), gallery(), parts.clock,
                parts.sumInPassing),

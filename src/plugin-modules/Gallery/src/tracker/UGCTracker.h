@@ -24,6 +24,7 @@
 #include "plugin-modules/Gallery/src/tracker/CapacityWatch.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryPlace.h"
 #include "plugin-modules/Gallery/src/tracker/GalleryRecord.h"
+#include "plugin-modules/Gallery/src/tracker/HostLink.h"
 #include "plugin-modules/Gallery/src/tracker/ITrackerHost.h"
 #include "plugin-modules/Gallery/src/tracker/IgnoreList.h"
 #include "plugin-modules/Gallery/src/tracker/RebuildPlan.h"
@@ -52,10 +53,16 @@ class UGCTracker : private IJournalSource {
     // Puts on record what is known by now, for at most half a second, ends the worker and the watcher, and
     // writes what is not written yet. Nothing touches the file afterwards, and queries are still answered.
     void Stop();
-    // The instance is left to itself because something is stuck: what is not written is written when that
-    // goes on, if the file is still as it was left and nobody else writes it. Does not wait.
-    void Abandon() { journal_.Abandon(); }
+    // The tracker is left to itself because something is stuck: what is not written is written when that goes
+    // on, if the file is still as it was left and nobody else writes it. The host is notified of nothing any
+    // more. Does not wait.
+    void Abandon() {
+        host_.Cut();
+        journal_.Abandon();
+    }
     bool HasStopped() const { return stopped_; }
+    // Of its worker.
+    const std::atomic<uint64_t>& progress() const { return queue_.progress(); }
     // Once abandoned, see TrackerJournal.
     bool MayWrite() { return journal_.MayWrite(); }
     // Deletes the tracker's file; the next write makes it anew.
@@ -190,7 +197,7 @@ class UGCTracker : private IJournalSource {
     void NoteWritten(const KXP::RetVal& written) override { record_.news().ReleaseCovered(written); }
     void QueueRelease() override;
 
-    ITrackerHost& host_;
+    mutable HostLink host_;  // like a reference, for questions
     const WatcherOptions watcherOptions_;
     // Each has its own synchronisation.
     GalleryPlace place_;

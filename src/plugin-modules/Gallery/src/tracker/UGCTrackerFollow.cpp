@@ -44,8 +44,7 @@ void UGCTracker::TakeOverRecord() {
         return Rebuild("The gallery was changed, and nobody has read it yet", {});
     FindMissed();
     // If that process has left a rebuild, it is complete now.
-    queue_.EnqueueNotification(
-        queue_.Now(), [this] { host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete); });
+    queue_.EnqueueNotification(queue_.Now(), [this] { host_.SetTrackerState(TrackerUpdateComplete); });
 }
 
 // Finds what has changed while nobody watched.
@@ -79,7 +78,7 @@ void UGCTracker::ReadRecord() {
         };
         records.erase(std::remove_if(records.begin(), records.end(), isNone), records.end());
         record_.Follow(std::move(records), info.lastUGCIdUsed, followed_);
-        host_.GetGallerySettings()->SetCurrentSizeMB(record_.usageKB() / 1000);
+        host_.SetUsage(record_.usageKB() / 1000);
         followed_ = true;
     }
     const bool complete = host_.GetGallerySettings()->GetTrackerUpdateState() == TrackerUpdateComplete;

@@ -113,7 +113,7 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
         NoteFailedLook(folder);
     if (record_.rebuilding() == Rebuilding::No) record_.SetRebuilding(Rebuilding::Silently);
     // Written before the first file is queued, so that the next start rebuilds if the process ends now.
-    host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateInProgress);
+    host_.SetTrackerState(TrackerUpdateInProgress);
     const auto plan = std::make_shared<RebuildPlan>(std::move(found), std::move(former),
                                                     KXP::Platform::KeepsInodes(gallery()));
     record_.Reserve(plan->size());
@@ -124,8 +124,8 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
     queue_.EnqueueNotification(queue_.Now(), [this] {
         record_.SetRebuilding(Rebuilding::No);
         journal_.RecordFollows({});
-        host_.GetGallerySettings()->UpdateTrackerSettings(TrackerUpdateComplete);
-        host_.GetGallerySettings()->SetCurrentSizeMB(record_.usageKB() / 1000);
+        host_.SetTrackerState(TrackerUpdateComplete);
+        host_.SetUsage(record_.usageKB() / 1000);
         KXP_LOG(KXP::LogMilestone, "Tracker update done");
         KXP::Platform::ReturnFreedMemory();
     });
