@@ -50,7 +50,9 @@ std::optional<Found> Walk(std::string_view file) {
 
 void CheckJpeg(const uint8_t* data, size_t size) {
     const std::optional<Found> expected = Walk({reinterpret_cast<const char*>(data), size});
-    ovnxmedia::FileBytes file{std::make_unique<uint8_t[]>(size), size};
+    ovnxmedia::FileBytes file;
+    file.Reserve(size);
+    file.size = size;
     std::copy_n(data, size, file.bytes.get());
     try {
         const ovnxmedia::JpegHeader header = ovnxmedia::ReadJpegHeader(file);

@@ -21,6 +21,11 @@ namespace KXP {
 // then not to be used. A byte-order mark is wrong text here; JSONFile is the reader that knows them.
 bool ReadJSON(const std::string& path, Document& document);
 
+// A value that points to a text, which must outlive it.
+inline Value ReferTo(std::string_view text) {
+    return Value(rapidjson::StringRef(text.data(), static_cast<rapidjson::SizeType>(text.size())));
+}
+
 // Compact text, which ends at the first zero byte that it would hold.
 std::string WriteJSONToString(const Value& value);
 
