@@ -62,7 +62,8 @@ TEST_F(ThumbnailFilesTest, PassOverAndReplaceWhatIsDamagedForeignOrALink) {
     for (const std::string& wrong :
          {std::string(), right.substr(0, 40), right.substr(0, right.size() - 1), right + "x", png_,
           changed(0, "x"), changed(33, "\xFF\xFF\xFF\xFF"), changed(data - 4, "\x7F\xFF\xFF\xFF"),
-          changed(data - 4, "\xFF\xFF\xFF\xF0"), changed(data + 6, "??"), changed(right.find("-7"), "-8")}) {
+          changed(data - 4, "\xFF\xFF\xFF\xF0"), changed(data + 6, "??"), changed(right.find("-7"), "-8"),
+          changed(right.find("64x32"), "64x33")}) {
         home_.folder().Write(name, wrong);
         EXPECT_EQ(ThumbnailFiles::Find(key), "") << wrong.size();
         files_.Put(key, png_);
