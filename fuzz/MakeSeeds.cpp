@@ -31,6 +31,13 @@ constexpr std::string_view kInner =
     R"("GroupId":"g","HighlightGroupId":"hg","Tags":1,"HighlightTags":2,"Significance":3,)"
     R"("HighlightSignificance":4294967295})";
 
+// The target labels them itself.
+void MakeLabelledPng(Corpus corpus) {
+    corpus.Add(captures::Png(""));
+    corpus.Add(captures::Png(samples::PngChunk("iTXt", std::string("Path\0\0\0\0\0/g/b.png", 17))));
+    corpus.Add(captures::Png("").substr(0, 50));
+}
+
 void MakePng(Corpus corpus) {
     using captures::Png;
     using captures::PngText;
@@ -310,6 +317,7 @@ int main(int argc, char** argv) {
         MakeHostSeeds(root);
         MakePng({root, "png"});
         MakeJpeg({root, "jpeg"});
+        MakeLabelledPng({root, "labelledpng"});
         MakeMp4({root, "mp4"});
         MakeEngrave({root, "engrave"});
         MakeSampleTable({root, "sampletable"});

@@ -65,8 +65,8 @@ bool ReadWhole(DescriptorRef file, size_t limit, FileBytes& content) {
         errno = EFBIG;
         return false;
     }
-    // Left unset, unlike make_unique's: clearing a large buffer costs as much as reading into it.
-    content.bytes.reset(new char[size + FileBytes::kSlack]);
+    // Left unset: clearing a large buffer costs as much as reading into it.
+    content.bytes.reset(static_cast<char*>(AllocateLarge(size + FileBytes::kSlack)));
     content.size = 0;
     while (content.size < size) {
         const long got = ReadSome(file, &content.bytes[content.size], size - content.size);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/FileDescriptor.h"
+#include "base/LargeMemory.h"
 
 namespace KXP {
 
@@ -43,7 +44,7 @@ void TakeBack(DescriptorRef file, uint64_t size);
 struct FileBytes {
     static constexpr size_t kSlack = 16;
 
-    std::unique_ptr<char[]> bytes;
+    std::unique_ptr<char[], LargeDeleter> bytes;
     size_t size = 0;
 
     std::string_view view() const { return {bytes.get(), size}; }

@@ -3,7 +3,8 @@
 #include <mutex>
 #include <new>
 
-#include <sys/mman.h>
+#include "base/Mapping.h"
+#include "base/Sanitizers.h"
 
 namespace KXP {
 namespace {
@@ -26,8 +27,8 @@ struct alignas(std::max_align_t) Header {
 constexpr size_t kLargestShared = kSlabBytes - sizeof(Slab);
 
 Slab* MapSlab(size_t bytes) {
-    void* const place = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (place == MAP_FAILED) throw std::bad_alloc();
+    void* const place = Platform::Map(bytes);
+    if (!place) throw std::bad_alloc();
     return new (place) Slab{bytes, sizeof(Slab), 0};
 }
 
@@ -90,7 +91,7 @@ class Slabs {
 
     void Unmap(Slab* slab) {
         bytes_ -= slab->bytes;
-        munmap(slab, slab->bytes);
+        Platform::Unmap(slab, slab->bytes);
     }
 
     // A standard one: it may be taken under any other, and nothing is called under it.
@@ -104,18 +105,7 @@ Slabs g_slabs;
 }  // namespace
 
 // The address sanitizer sees no use after free in slabs.
-#if defined(__SANITIZE_ADDRESS__)
-#define KXP_NO_SLABS 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KXP_NO_SLABS 1
-#endif
-#endif
-#if defined(KXP_NO_SLABS)
-constexpr bool kUsesSlabs = false;
-#else
-constexpr bool kUsesSlabs = true;
-#endif
+constexpr bool kUsesSlabs = !kHasAddressSanitizer;
 
 void* AllocateInSlab(size_t size) {
     return kUsesSlabs ? g_slabs.Allocate(size) : ::operator new(size);

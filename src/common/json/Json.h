@@ -1,8 +1,9 @@
 // The only place that includes RapidJSON, so that every unit compiles it with the same settings.
 #pragma once
 
-#include <cstdlib>
-#include <new>
+#include <cstddef>
+
+#include "base/LargeMemory.h"
 
 namespace KXP {
 // Logs the broken expectation and throws KXP::Exception(Code::kUnexpected): the library lives inside
@@ -29,22 +30,17 @@ namespace KXP {
 namespace KXP {
 
 // RapidJSON writes to whatever its allocator returns, null included; this one throws std::bad_alloc instead.
+// Documents and texts may be large.
 class ThrowingAllocator {
   public:
     static const bool kNeedFree = true;
-    void* Malloc(size_t size) { return size == 0 ? nullptr : Checked(std::malloc(size)); }
+    void* Malloc(size_t size) { return size == 0 ? nullptr : AllocateLarge(size); }
     void* Realloc(void* block, size_t, size_t size) {
-        if (size != 0) return Checked(std::realloc(block, size));
-        std::free(block);
+        if (size != 0) return ResizeLarge(block, size);
+        FreeLarge(block);
         return nullptr;
     }
-    static void Free(void* block) { std::free(block); }
-
-  private:
-    static void* Checked(void* block) {
-        if (!block) throw std::bad_alloc();
-        return block;
-    }
+    static void Free(void* block) { FreeLarge(block); }
 };
 
 using Utf8 = rapidjson::UTF8<>;

@@ -25,6 +25,11 @@ bool ReadJSON(const std::string& path, Document& document);
 // constructor of its kind build their copy in memory that may be null.
 void CopyJSON(const Value& value, Document& copy);
 
+// A value that points to a text, which must outlive it.
+inline Value ReferTo(std::string_view text) {
+    return Value(rapidjson::StringRef(text.data(), static_cast<rapidjson::SizeType>(text.size())));
+}
+
 // Compact text, which ends at the first zero byte that it would hold.
 std::string WriteJSONToString(const Value& value);
 

@@ -19,14 +19,22 @@ int Length(std::string_view text) {
 }  // namespace
 
 std::string EncodeBase64(std::string_view bytes) {
-    // The encoder breaks lines after 72 characters and after the last.
-    std::string text((bytes.size() + 2) / 3 * 4 + bytes.size() / 54 + 2, '\0');
-    base64::encoder encoder;
-    int length = encoder.encode(bytes.data(), Length(bytes), text.data());
-    length += encoder.encode_end(text.data() + length);
-    text.resize(static_cast<size_t>(length));
-    text.erase(std::remove(text.begin(), text.end(), '\n'), text.end());
+    std::string text(Base64Length(static_cast<size_t>(Length(bytes))), '\0');
+    EncodeBase64(bytes, text.data());
     return text;
+}
+
+void EncodeBase64(std::string_view bytes, char* text) {
+    // The encoder breaks lines after 72 characters and after the last.
+    constexpr size_t kLines = 64;
+    char lines[kLines * 73 + 8];
+    const auto put = [&](int length) { text = std::remove_copy(lines, lines + length, text, '\n'); };
+    base64::encoder encoder;
+    for (size_t at = 0; at < bytes.size(); at += kLines * 54) {
+        const std::string_view some = bytes.substr(at, kLines * 54);
+        put(encoder.encode(some.data(), Length(some), lines));
+    }
+    put(encoder.encode_end(lines));
 }
 
 bool DecodeBase64(std::string_view text, std::string& bytes) {

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <utility>
-#include <vector>
 
 #include "libraries/ovnx-media/BoxRows.h"
 #include "libraries/ovnx-media/Picture.h"
@@ -26,7 +25,7 @@ class BoxAverager {
   private:
     Picture picture_;
     size_t written_ = 0;
-    std::vector<uint16_t> weighted_;  // a row with its colours multiplied by alpha
+    KXP::LargeVector<uint16_t> weighted_;  // a row with its colours multiplied by alpha
     BoxRows<uint32_t, uint64_t> rows_;
 };
 
@@ -48,8 +47,8 @@ class SparseAverager {
     Picture picture_;
     const BoxAxis across_;
     const BoxAxis down_;
-    std::vector<BoxAxis::Share> columns_;
-    std::vector<uint64_t> sums_;
+    KXP::LargeVector<BoxAxis::Share> columns_;
+    KXP::LargeVector<uint64_t> sums_;
 };
 
 }  // namespace ovnxmedia

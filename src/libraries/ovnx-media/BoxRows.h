@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
 #include "libraries/ovnx-media/BoxAxis.h"
 #include "libraries/ovnx-media/Picture.h"
@@ -95,8 +94,8 @@ class BoxRows {
     uint32_t next_ = 0;
     uint32_t filled_ = 0;        // of the row of boxes at work
     uint32_t columnWeight_ = 0;  // of the rows in columns_
-    std::vector<Column> columns_;
-    std::vector<Sum> sums_;
+    KXP::LargeVector<Column> columns_;
+    KXP::LargeVector<Sum> sums_;
 };
 
 }  // namespace ovnxmedia

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <new>
 
 #include "OvnxMedia.h"
+#include "libraries/ovnx-media/CodecMemory.h"
 #include "libraries/ovnx-media/PngWriter.h"
 #include "libraries/ovnx-media/Still.h"
 #include "libraries/ovnx-media/VideoFrame.h"
@@ -14,7 +14,7 @@ using namespace ovnxmedia;
 
 // No side of a thumbnail needs to be longer, whatever is asked for.
 constexpr uint32_t kMaxSide = 65535;
-// The file in memory, which is for a moment there twice and has room to grow.
+// The file in memory, which has room to grow.
 constexpr uint64_t kMaxFileBytes = OVNX_MEDIA_MAX_ALLOCATION / 4;
 
 // The texts of decoders may quote the file, whose bytes must not make other lines of them.
@@ -48,15 +48,14 @@ int32_t StatusOf(const OvnxMediaRequest& request, Work work) noexcept {
 }
 
 void GiveAsPng(const Picture& picture, OvnxMediaPicture& given) {
-    const std::vector<uint8_t> file = WritePng(picture, kMaxFileBytes);
-    auto bytes = std::make_unique<uint8_t[]>(file.size());
-    std::copy(file.begin(), file.end(), bytes.get());
-    given = {bytes.release(), file.size(), picture.size.width, picture.size.height};
+    FileBytes file = WritePng(picture, kMaxFileBytes);
+    given = {file.bytes.release(), file.size, picture.size.width, picture.size.height};
 }
 
 template <typename Decode>
 int32_t MakePicture(int fd, const OvnxMediaRequest& request, OvnxMediaPicture& picture, Decode decode) {
     return StatusOf(request, [&] {
+        const CodecMemoryUse use;
         const Size box{std::clamp(request.width, 1U, kMaxSide), std::clamp(request.height, 1U, kMaxSide)};
         GiveAsPng(decode(fd, box, Budget(Budget::kLimit, request.stop, request.context)), picture);
     });
@@ -84,7 +83,7 @@ int32_t OvnxMediaVideoFrame(int fd, const OvnxMediaRequest* request, OvnxMediaPi
 }
 
 void OvnxMediaRelease(OvnxMediaPicture* picture) {
-    delete[] picture->bytes;
+    KXP::FreeLarge(picture->bytes);
     *picture = {};
 }
 }

@@ -70,7 +70,7 @@ Picture ScaleFrame(const AVFrame& frame, Size size) {
     FrameOwner scaled = Step(frame, Nearer(frame.width, width), Nearer(frame.height, height));
     while (scaled->width != width || scaled->height != height)
         scaled = Step(*scaled, Nearer(scaled->width, width), Nearer(scaled->height, height));
-    Picture picture{size, 3, std::vector<uint8_t>(size_t{size.width} * size.height * 3)};
+    Picture picture{size, 3, Samples(size_t{size.width} * size.height * 3)};
     for (size_t row = 0; row < size.height; ++row)
         std::memcpy(&picture.samples[row * picture.Stride()],
                     scaled->data[0] + row * static_cast<size_t>(scaled->linesize[0]), picture.Stride());
@@ -82,8 +82,7 @@ Picture Turned(Picture picture, unsigned quarters) {
     const uint32_t width = picture.size.width;
     const uint32_t height = picture.size.height;
     const bool lies = quarters % 2 != 0;
-    Picture turned{lies ? Size{height, width} : picture.size, 3,
-                   std::vector<uint8_t>(picture.samples.size())};
+    Picture turned{lies ? Size{height, width} : picture.size, 3, Samples(picture.samples.size())};
     const uint8_t* from = picture.samples.data();
     for (uint32_t y = 0; y < height; ++y)
         for (uint32_t x = 0; x < width; ++x, from += 3) {

@@ -3,17 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
+#include "libraries/ovnx-media/FileBytes.h"
 #include "libraries/ovnx-media/Picture.h"
 
 namespace ovnxmedia {
-
-// A whole file in memory.
-struct FileBytes {
-    std::unique_ptr<uint8_t[]> bytes;
-    size_t size = 0;
-};
 
 struct JpegHeader {
     Size size;

@@ -3,7 +3,6 @@
 #include <memory>
 #include <new>
 #include <string>
-#include <vector>
 
 #include <turbojpeg.h>
 
@@ -33,7 +32,8 @@ using Decoder = std::unique_ptr<void, CloseDecoder>;
 FileBytes ReadWhole(SourceFile& source, Allowance& allowance) {
     allowance.Take(source.size());
     const auto size = static_cast<size_t>(source.size());
-    FileBytes file{std::unique_ptr<uint8_t[]>(new uint8_t[size]), 0};
+    FileBytes file;
+    file.Reserve(size);
     file.size = source.ReadAt(0, reinterpret_cast<char*>(file.bytes.get()), size);
     return file;
 }
@@ -79,9 +79,9 @@ uint8_t MarkAt(size_t i) {
 
 // After a warning the decoder reports giving up no differently. It writes rows from the top: when it has
 // finished, the marks are gone from the last one.
-std::vector<uint8_t> Decode(tjhandle decoder, const FileBytes& file, Size size, bool isCmyk) {
+Samples Decode(tjhandle decoder, const FileBytes& file, Size size, bool isCmyk) {
     const size_t stride = size_t{size.width} * (isCmyk ? kCmykSamples : 3);
-    std::vector<uint8_t> samples(stride * size.height);
+    Samples samples(stride * size.height);
     uint8_t* const last = samples.data() + samples.size() - stride;
     for (size_t i = 0; i < stride; ++i)
         last[i] = MarkAt(i);
@@ -122,7 +122,7 @@ Picture ReadJpeg(SourceFile& source, Size box, Allowance& allowance, const Budge
     const Decoder decoder(tjInitDecompress());
     if (!decoder) throw std::bad_alloc();
     CheckAgreement(decoder.get(), file, header.size);
-    std::vector<uint8_t> samples = Decode(decoder.get(), file, reduced, isCmyk);
+    Samples samples = Decode(decoder.get(), file, reduced, isCmyk);
     budget.Check();
     if (isCmyk) ConvertCmyk(samples.data(), samples.size() / kCmykSamples, samples.data());
     BoxAverager averager(reduced, result, 3);

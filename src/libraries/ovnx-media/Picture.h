@@ -3,7 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+
+#include "base/LargeMemory.h"
 
 namespace ovnxmedia {
 
@@ -16,11 +17,13 @@ struct Size {
 // are at least 1. All sides given are at least 1.
 Size FitInside(Size source, Size box);
 
+using Samples = KXP::LargeVector<uint8_t>;
+
 // Rows of 8-bit samples from the top, without padding between them.
 struct Picture {
     Size size;
     unsigned channels = 3;  // 3: RGB, 4: RGB and alpha that is not multiplied in
-    std::vector<uint8_t> samples;
+    Samples samples;
 
     size_t Stride() const { return size_t{size.width} * channels; }
 };

@@ -3,11 +3,11 @@
 #include <array>
 #include <csetjmp>
 #include <cstdio>
-#include <vector>
 
 #include <png.h>
 
 #include "libraries/ovnx-media/BoxAverager.h"
+#include "libraries/ovnx-media/PngMemory.h"
 
 namespace ovnxmedia {
 namespace {
@@ -23,7 +23,8 @@ constexpr uint32_t kRowsBetweenChecks = 16;
 class PngDecoder {
   public:
     PngDecoder(SourceFile& file, const Budget& budget) : reader_(file), budget_(budget) {
-        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
+        png_ = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning, nullptr, PngAllocate,
+                                        PngFree);
         if (!png_) throw std::bad_alloc();
         info_ = png_create_info_struct(png_);
         if (info_) return;
@@ -103,7 +104,7 @@ Picture ReadInOrder(PngDecoder& png, Size result, Allowance& allowance, const Bu
     const Size source = png.size();
     allowance.Take(BoxAverager::BytesFor(source, result, png.channels()));
     BoxAverager averager(source, result, png.channels());
-    std::vector<uint8_t> row(size_t{source.width} * png.channels());
+    Samples row(size_t{source.width} * png.channels());
     for (uint32_t y = 0; y < source.height; ++y) {
         if (y % kRowsBetweenChecks == 0) budget.Check();
         png.ReadRow(row.data());
@@ -117,7 +118,7 @@ Picture ReadPasses(PngDecoder& png, Size result, Allowance& allowance, const Bud
     const Size source = png.size();
     allowance.Take(SparseAverager::BytesFor(source, result, png.channels()));
     SparseAverager averager(source, result, png.channels());
-    std::vector<uint8_t> row(size_t{source.width} * png.channels());
+    Samples row(size_t{source.width} * png.channels());
     for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass) {
         const uint32_t columns = PNG_PASS_COLS(source.width, pass);
         const uint32_t rows = columns > 0 ? PNG_PASS_ROWS(source.height, pass) : 0;

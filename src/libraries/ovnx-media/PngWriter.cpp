@@ -1,6 +1,8 @@
 #include "libraries/ovnx-media/PngWriter.h"
 
+#include <algorithm>
 #include <csetjmp>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -8,6 +10,7 @@
 #include <zlib.h>
 
 #include "libraries/ovnx-media/Failure.h"
+#include "libraries/ovnx-media/PngMemory.h"
 
 namespace ovnxmedia {
 namespace {
@@ -21,7 +24,8 @@ constexpr int kFilter = PNG_FILTER_SUB;
 class PngEncoder {
   public:
     explicit PngEncoder(uint64_t limit) : limit_(limit) {
-        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
+        png_ = png_create_write_struct_2(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning, nullptr,
+                                         PngAllocate, PngFree);
         if (!png_) throw std::bad_alloc();
         info_ = png_create_info_struct(png_);
         if (info_) return;
@@ -32,7 +36,7 @@ class PngEncoder {
     PngEncoder(const PngEncoder&) = delete;
     PngEncoder& operator=(const PngEncoder&) = delete;
 
-    std::vector<uint8_t> Encode(const Picture& picture) {
+    FileBytes Encode(const Picture& picture) {
         if (setjmp(png_jmpbuf(png_))) {
             if (isOverLimit_) throw Failure(OVNX_MEDIA_OVER_LIMIT, "the thumbnail needs too much memory");
             throw std::bad_alloc();
@@ -41,7 +45,7 @@ class PngEncoder {
         for (uint32_t y = 0; y < picture.size.height; ++y)
             png_write_row(png_, picture.samples.data() + y * picture.Stride());
         png_write_end(png_, nullptr);
-        return std::move(bytes_);
+        return std::move(file_);
     }
 
   private:
@@ -57,10 +61,18 @@ class PngEncoder {
     }
 
     bool Append(const uint8_t* bytes, size_t size) noexcept {
-        isOverLimit_ = size > limit_ - bytes_.size();
-        if (isOverLimit_) return false;
+        isOverLimit_ = size > limit_ - file_.size;
+        if (isOverLimit_ || !ReserveFor(file_.size + size)) return false;
+        std::memcpy(&file_.bytes[file_.size], bytes, size);
+        file_.size += size;
+        return true;
+    }
+
+    bool ReserveFor(size_t size) noexcept {
+        if (size <= capacity_) return true;
         try {
-            bytes_.insert(bytes_.end(), bytes, bytes + size);
+            file_.Reserve(std::max(2 * capacity_, size));
+            capacity_ = std::max(2 * capacity_, size);
             return true;
         } catch (const std::bad_alloc&) {
             return false;
@@ -75,14 +87,15 @@ class PngEncoder {
 
     const uint64_t limit_;
     bool isOverLimit_ = false;
-    std::vector<uint8_t> bytes_;
+    FileBytes file_;
+    size_t capacity_ = 0;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
 };
 
 }  // namespace
 
-std::vector<uint8_t> WritePng(const Picture& picture, uint64_t limit) {
+FileBytes WritePng(const Picture& picture, uint64_t limit) {
     return PngEncoder(limit).Encode(picture);
 }
 

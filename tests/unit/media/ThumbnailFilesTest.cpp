@@ -35,7 +35,7 @@ TEST_F(ThumbnailFilesTest, GiveBackThePictureOfTheSameFileInTheSameBoxAlone) {
     EXPECT_EQ(ThumbnailFiles::Find(key), "");
     EXPECT_FALSE(home_.folder().Has("cache"));
     files_.Put(key, png_);
-    EXPECT_EQ(ThumbnailFiles::Find(key), png_);
+    EXPECT_EQ(ThumbnailFiles::Find(key), std::string_view(png_));
     for (const Key& other : {Key{key.path, 11, -7, 64, 32}, Key{key.path, 10, -8, 64, 32},
                              Key{key.path, 10, -7, 32, 64}, Key{key.path + "x", 10, -7, 64, 32}})
         EXPECT_EQ(ThumbnailFiles::Find(other), "");
@@ -62,11 +62,12 @@ TEST_F(ThumbnailFilesTest, PassOverAndReplaceWhatIsDamagedForeignOrALink) {
     for (const std::string& wrong :
          {std::string(), right.substr(0, 40), right.substr(0, right.size() - 1), right + "x", png_,
           changed(0, "x"), changed(33, "\xFF\xFF\xFF\xFF"), changed(data - 4, "\x7F\xFF\xFF\xFF"),
-          changed(data - 4, "\xFF\xFF\xFF\xF0"), changed(data + 6, "??"), changed(right.find("-7"), "-8")}) {
+          changed(data - 4, "\xFF\xFF\xFF\xF0"), changed(data + 6, "??"), changed(right.find("-7"), "-8"),
+          changed(right.find("64x32"), "64x33")}) {
         home_.folder().Write(name, wrong);
         EXPECT_EQ(ThumbnailFiles::Find(key), "") << wrong.size();
         files_.Put(key, png_);
-        EXPECT_EQ(ThumbnailFiles::Find(key), png_);
+        EXPECT_EQ(ThumbnailFiles::Find(key), std::string_view(png_));
     }
     const std::string elsewhere = home_.folder().Write("elsewhere.png", right);
     fs::remove(place);
@@ -77,7 +78,7 @@ TEST_F(ThumbnailFilesTest, PassOverAndReplaceWhatIsDamagedForeignOrALink) {
     EXPECT_EQ(home_.folder().Read("elsewhere.png"), right);
     // A folder that others could read or write is closed to them.
     fs::permissions(home_ / kFolder, fs::perms::all);
-    EXPECT_EQ(ThumbnailFiles::Find(key), png_);
+    EXPECT_EQ(ThumbnailFiles::Find(key), std::string_view(png_));
     EXPECT_EQ(ModeOf(home_ / kFolder), fs::perms::owner_all);
 }
 
@@ -111,15 +112,15 @@ TEST_F(ThumbnailFilesTest, KeepThoseAskedForLastAndNoneOfAFileThatIsGone) {
     std::vector<Key> keys;
     for (int i = 0; i < 12; ++i) {
         keys.push_back(KeyOf(std::to_string(i) + ".png"));
-        files_.Put(keys.back(), png_);
+        files_.Put(keys.back(), std::string_view(png_));
         for (const fs::path& file : fs::directory_iterator(home_ / kFolder))
             fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(1));
     }
-    EXPECT_EQ(ThumbnailFiles::Find(keys[1]), png_);
+    EXPECT_EQ(ThumbnailFiles::Find(keys[1]), std::string_view(png_));
     fs::remove(keys[10].path);
     const std::string foreign = home_.folder().Write(std::string(kFolder) + "/README", "not ours");
     // Room for seven files of a block each.
-    ThumbnailFiles(uint64_t{8} * 4096).Put(KeyOf("new.png"), png_);
+    ThumbnailFiles(uint64_t{8} * 4096).Put(KeyOf("new.png"), std::string_view(png_));
     EXPECT_TRUE(fs::exists(foreign));
     EXPECT_EQ(Count(), 1U + 6U);
     for (size_t i = 0; i < keys.size(); ++i)

@@ -64,6 +64,9 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
                   .find(R"("cmsId": 4294967297,"meme": {"top": ")"
                         "\xEF\xBF\xBD\""),
               std::string::npos);
+    // Each member stands just before the last one read.
+    const TrackerContent turned = ReadFrom(R"({"UGC": [{"type": "video","path": "/p","id": 7}]})");
+    EXPECT_EQ(turned.ugc[0]->path + std::to_string(turned.ugc[0]->id), "/p7");
     EXPECT_EQ(Written({}),
               "{\n\t\"UGC\": [],\n\t\"apps\": [],\n\t\"info\": {\n\t\t\"lastUGCIdUsed\": 0,\n"
               "\t\t\"version\": 0,\n\t\t\"folderCRC\": 0\n\t}\n}");

@@ -15,7 +15,7 @@ namespace host {
 namespace {
 
 void TraceLine(std::chrono::system_clock::time_point when, pid_t thread, const char* what,
-               const std::string& text) {
+               std::string_view text) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(when);
     const auto ms =
         std::chrono::duration_cast<std::chrono::milliseconds>(when.time_since_epoch()).count() % 1000;
@@ -25,7 +25,7 @@ void TraceLine(std::chrono::system_clock::time_point when, pid_t thread, const c
     const size_t length = std::strftime(head, sizeof head, "%T", &utc);
     std::snprintf(head + length, sizeof head - length, ".%03dZ thread %d %s ", static_cast<int>(ms), thread,
                   what);
-    SayRaw(head + text);
+    SayRaw(std::string(head).append(text));
 }
 
 }  // namespace

@@ -228,11 +228,11 @@ void PluginLoader::Dispatch(const Event& event) {
         // Only an accepted command goes on after its call.
         if (returned_.thrown || event.code != kAccepted) command_.running.clear();
     } else if (event.code == ZvCefPluginCommandSucceeded) {
-        if (event.text == command_.running) command_.running.clear();
+        if (std::string_view(event.text) == command_.running) command_.running.clear();
     } else if (event.code == ZvCefPluginCommandFailed) {
         if (command_.running.empty()) return;
         command_.running.clear();
-        command_.failure = FailureText(event.text);
+        command_.failure = FailureText(std::string(event.text));
     } else {
         if (event.code == ZvCefPluginLog && event.text.find("][1][") != std::string::npos)
             lastFault_ = event.text;

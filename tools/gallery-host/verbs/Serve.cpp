@@ -143,7 +143,11 @@ void Server::FanOut(KXP::Document& notification) {
 }
 
 void Server::Write(const KXP::Value& line) {
-    open_ = output_.Write(ToText(line) + "\n");
+    KXP::JsonBuffer text;
+    KXP::JsonWriter writer(text);
+    line.Accept(writer);
+    text.Put('\n');
+    open_ = output_.Write({text.GetString(), text.GetSize()});
 }
 
 }  // namespace host

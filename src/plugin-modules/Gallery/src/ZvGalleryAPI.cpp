@@ -145,15 +145,11 @@ std::string ZvGalleryAPI::GalleryPathForPages() {
 }
 
 bool ZvGalleryAPI::GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
-                                const std::atomic<bool>& cancelled, std::string& thumbnail) {
+                                const std::atomic<bool>& cancelled, ThumbnailCache::Text& thumbnail) {
     std::string error;
-    const ThumbnailCache::Text text = thumbnailer_.Make(file, width, height, cancelled, error);
-    if (!text) {
-        KXP_LOG(KXP::LogDetail, "No thumbnail of %s: %s", file.c_str(), error.c_str());
-        return false;
-    }
-    thumbnail = *text;
-    return true;
+    thumbnail = thumbnailer_.Make(file, width, height, cancelled, error);
+    if (!thumbnail) KXP_LOG(KXP::LogDetail, "No thumbnail of %s: %s", file.c_str(), error.c_str());
+    return thumbnail != nullptr;
 }
 
 int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn) {

@@ -79,7 +79,7 @@ class ZvGalleryAPI : public ITrackerHost, public std::enable_shared_from_this<Zv
     // a text that begins "data:image/png;base64,". Returns false, and logs, when the file has none. Not on
     // the worker: a decoder may take long, and only two run at a time.
     bool GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
-                      const std::atomic<bool>& cancelled, std::string& thumbnail);
+                      const std::atomic<bool>& cancelled, ThumbnailCache::Text& thumbnail);
     // Sets `cancelled` and ends the GetThumbnail that was called with it.
     void CancelThumbnail(std::atomic<bool>& cancelled) { thumbnailer_.Cancel(cancelled); }
 

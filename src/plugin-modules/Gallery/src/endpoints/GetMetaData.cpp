@@ -74,5 +74,5 @@ void GetMetaData::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
             allocator);
     }
     take("memeInfo");
-    if (!thumbnail_.empty()) response.AddMember("thumbnail", KXP::Value(thumbnail_, allocator), allocator);
+    if (thumbnail_) response.AddMember("thumbnail", KXP::ReferTo(*thumbnail_), allocator);
 }

@@ -19,5 +19,5 @@ class GetMetaData : public GalleryTaskBase<GetMetaData> {
   private:
     std::atomic<bool> cancelled_{false};
     std::optional<TrackedUGC> ugc_;
-    std::string thumbnail_;
+    ThumbnailCache::Text thumbnail_;
 };

@@ -15,5 +15,5 @@ KXP::RetVal GetThumbnail::ExecuteAsync(const KXP::Value& params) {
 }
 
 void GetThumbnail::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
-    if (!thumbnail_.empty()) response.AddMember("thumbnail", KXP::Value(thumbnail_, allocator), allocator);
+    if (thumbnail_) response.AddMember("thumbnail", KXP::ReferTo(*thumbnail_), allocator);
 }

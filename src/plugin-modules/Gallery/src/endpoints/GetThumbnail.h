@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <string>
 
 #include "plugin-modules/Gallery/src/endpoints/GalleryTaskBase.h"
 
@@ -17,5 +16,5 @@ class GetThumbnail : public GalleryTaskBase<GetThumbnail> {
 
   private:
     std::atomic<bool> cancelled_{false};
-    std::string thumbnail_;
+    ThumbnailCache::Text thumbnail_;
 };

@@ -77,13 +77,14 @@ std::string LabelOf(const ThumbnailCache::Key& key) {
     return label;
 }
 
-std::string AddLabel(std::string_view png, std::string_view label) {
+KXP::LargeString AddLabel(std::string_view png, std::string_view label) {
     if (png.size() < kHeaderBytes) return "";
-    std::string file(png.substr(0, kHeaderBytes));
-    return file.append(label).append(png.substr(kHeaderBytes));
+    KXP::LargeString file;
+    file.reserve(png.size() + label.size());
+    return file.append(png.substr(0, kHeaderBytes)).append(label).append(png.substr(kHeaderBytes));
 }
 
-bool TakeLabel(std::string& file, std::string_view label) {
+bool TakeLabel(KXP::LargeString& file, std::string_view label) {
     if (file.size() < kHeaderBytes || file.compare(kHeaderBytes, label.size(), label) != 0) return false;
     if (!IsWholePng(file)) return false;
     file.erase(kHeaderBytes, label.size());

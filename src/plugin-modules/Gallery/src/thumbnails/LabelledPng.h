@@ -15,11 +15,11 @@ constexpr size_t kMaxLabelBytes = 8192;
 std::string LabelOf(const ThumbnailCache::Key& key);
 
 // Empty for what is too short for a PNG.
-std::string AddLabel(std::string_view png, std::string_view label);
+KXP::LargeString AddLabel(std::string_view png, std::string_view label);
 
 // Takes the label out of a file. False, with `file` as it was, for anything but a whole PNG with this label:
 // the lengths and the check sums of all its chunks are looked at.
-bool TakeLabel(std::string& file, std::string_view label);
+bool TakeLabel(KXP::LargeString& file, std::string_view label);
 
 // The path in the label at the start of a file; empty when there is none.
 std::string_view LabelledPath(std::string_view start);

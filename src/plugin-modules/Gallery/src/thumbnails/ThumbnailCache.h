@@ -9,6 +9,7 @@
 #include <string>
 #include <tuple>
 
+#include "base/LargeMemory.h"
 #include "common/threads/Mutex.h"
 
 class ThumbnailCache {
@@ -25,7 +26,7 @@ class ThumbnailCache {
                    std::tie(other.path, other.size, other.time, other.width, other.height);
         }
     };
-    using Text = std::shared_ptr<const std::string>;
+    using Text = std::shared_ptr<const KXP::LargeString>;
 
     explicit ThumbnailCache(size_t maxBytes) : maxBytes_(maxBytes) {}
 

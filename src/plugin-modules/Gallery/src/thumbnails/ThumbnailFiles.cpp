@@ -70,7 +70,7 @@ bool IsWholePath(const std::string& path) {
 ThumbnailFiles::ThumbnailFiles(uint64_t maxBytes)
     : maxBytes_(maxBytes), sweepBytes_(maxBytes / 16), sinceSweep_(sweepBytes_) {}
 
-std::string ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
+KXP::LargeString ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
     const KXP::FileDescriptor folder = OpenCache(Missing::Leave);
     if (!IsWholePath(key.path) || !folder.IsOpen()) return "";
     struct stat status {};
@@ -78,16 +78,16 @@ std::string ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
         KXP::OpenForReadAt(folder.get(), FileNameOf(key), status, KXP::Links::Refuse);
     KXP::FileBytes content;
     if (!file.IsOpen() || !IsOwn(status) || !KXP::ReadWhole(file, kMaxFileBytes, content)) return "";
-    std::string png(content.view());
+    KXP::LargeString png(content.view());
     if (!TakeLabel(png, LabelOf(key))) return "";
     // The time says when the file was last asked for.
     (void)futimens(file.get(), nullptr);
     return png;
 }
 
-void ThumbnailFiles::Put(const ThumbnailCache::Key& key, const std::string& png) {
+void ThumbnailFiles::Put(const ThumbnailCache::Key& key, std::string_view png) {
     if (!IsWholePath(key.path)) return;
-    const std::string bytes = AddLabel(png, LabelOf(key));
+    const KXP::LargeString bytes = AddLabel(png, LabelOf(key));
     if (bytes.empty() || bytes.size() > kMaxFileBytes) return;
     {
         KXP::NewFile file(OpenCache(Missing::Make), FileNameOf(key));

@@ -4,7 +4,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "base/FileDescriptor.h"
 #include "common/threads/Mutex.h"
@@ -19,9 +19,9 @@ class ThumbnailFiles {
     explicit ThumbnailFiles(uint64_t maxBytes = kMaxBytes);
 
     // The PNG of a file that is still the one that was drawn; empty when there is none. Only of whole paths.
-    static std::string Find(const ThumbnailCache::Key& key);
+    static KXP::LargeString Find(const ThumbnailCache::Key& key);
     // Stores a PNG. Looks through the files the first time and after each sixteenth of `maxBytes`.
-    void Put(const ThumbnailCache::Key& key, const std::string& png) EXCLUDES(mutex_);
+    void Put(const ThumbnailCache::Key& key, std::string_view png) EXCLUDES(mutex_);
 
   private:
     bool MustSweepAfter(uint64_t bytes) EXCLUDES(mutex_);

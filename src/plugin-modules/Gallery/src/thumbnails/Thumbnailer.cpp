@@ -1,9 +1,11 @@
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -62,12 +64,15 @@ class SlotOwner {
 };
 
 ThumbnailCache::Text AsDataUrl(std::string_view png) {
-    return std::make_shared<const std::string>("data:image/png;base64," + KXP::EncodeBase64(png));
+    constexpr std::string_view kStart = "data:image/png;base64,";
+    KXP::LargeString text(kStart.size() + KXP::Base64Length(png.size()), '\0');
+    KXP::EncodeBase64(png, std::copy(kStart.begin(), kStart.end(), text.data()));
+    return std::make_shared<const KXP::LargeString>(std::move(text));
 }
 
 // The picture as a PNG; empty, with the reason in `error`, when there is none.
-std::string Decode(const ovnxmedia::MediaLibrary& media, int file, const ThumbnailCache::Key& key,
-                   const std::atomic<bool>& cancelled, std::string& error) {
+KXP::LargeString Decode(const ovnxmedia::MediaLibrary& media, int file, const ThumbnailCache::Key& key,
+                        const std::atomic<bool>& cancelled, std::string& error) {
     std::array<char, 256> message{};
     OvnxMediaRequest request{};
     request.width = key.width;
@@ -104,7 +109,7 @@ ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, 
         error = "there is no media module";
         return nullptr;
     }
-    std::string png;
+    KXP::LargeString png;
     ThumbnailCache::Text text = MakeInSlot(*media, key, cancelled, png, error);
     if (!png.empty()) files_.Put(key, png);
     return text;
@@ -113,7 +118,7 @@ ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, 
 ThumbnailCache::Text Thumbnailer::FindOnDisk(const ThumbnailCache::Key& key) {
     // What cannot be opened any more has no thumbnail after a restart.
     if (access(key.path.c_str(), R_OK) != 0) return nullptr;
-    const std::string png = ThumbnailFiles::Find(key);
+    const KXP::LargeString png = ThumbnailFiles::Find(key);
     if (png.empty()) return nullptr;
     ThumbnailCache::Text text = AsDataUrl(png);
     cache_.Put(key, text);
@@ -121,7 +126,7 @@ ThumbnailCache::Text Thumbnailer::FindOnDisk(const ThumbnailCache::Key& key) {
 }
 
 ThumbnailCache::Text Thumbnailer::MakeInSlot(const ovnxmedia::MediaLibrary& media, ThumbnailCache::Key& key,
-                                             const std::atomic<bool>& cancelled, std::string& png,
+                                             const std::atomic<bool>& cancelled, KXP::LargeString& png,
                                              std::string& error) {
     // Requests that wait hold no open file, however many they are.
     if (!slots_.Take(cancelled)) {

@@ -26,9 +26,11 @@ class Thumbnailer {
     ThumbnailCache::Text FindOnDisk(const ThumbnailCache::Key& key);
     // Fills `png` with a new picture that may be stored.
     ThumbnailCache::Text MakeInSlot(const ovnxmedia::MediaLibrary& media, ThumbnailCache::Key& key,
-                                    const std::atomic<bool>& cancelled, std::string& png, std::string& error);
+                                    const std::atomic<bool>& cancelled, KXP::LargeString& png,
+                                    std::string& error);
 
-    ThumbnailCache cache_{32 << 20};
+    // Small, because those on disk are at hand nearly as soon.
+    ThumbnailCache cache_{4 << 20};
     ThumbnailFiles files_;
     DecoderSlots slots_;
 };

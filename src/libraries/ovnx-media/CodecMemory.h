@@ -1,0 +1,17 @@
+// What the codecs have used for one picture and the next can use again. Fresh memory costs the system's time
+// for each page, which is half of a large video's keyframe.
+#pragma once
+
+namespace ovnxmedia {
+
+// While there is one, some of the memory that codecs free is kept for those that run; with the last of them
+// all of it is returned to the system. Any thread. Does nothing where codecs use the process's own heap.
+class CodecMemoryUse {
+  public:
+    CodecMemoryUse() noexcept;
+    ~CodecMemoryUse();
+    CodecMemoryUse(const CodecMemoryUse&) = delete;
+    CodecMemoryUse& operator=(const CodecMemoryUse&) = delete;
+};
+
+}  // namespace ovnxmedia
