@@ -7,6 +7,7 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,10 +39,14 @@ class SampleGallery : public TempGallery {
         // As captures have been there for a while, not as if all had come a moment before the start.
         const auto yesterday = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
         std::vector<std::string> paths;
+        std::set<std::filesystem::path> folders{path()};
         for (int i = 0; i < count; ++i) {
             paths.push_back(AddCapture("Game " + std::to_string(i / perGame)));
             std::filesystem::last_write_time(paths.back(), yesterday + std::chrono::milliseconds(i));
+            folders.insert(std::filesystem::path(paths.back()).parent_path());
         }
+        for (const std::filesystem::path& folder : folders)
+            std::filesystem::last_write_time(folder, yesterday);
         return paths;
     }
     void RemoveTrackerFile() const { std::filesystem::remove(home() / ShareFile("UGCTracker.json")); }

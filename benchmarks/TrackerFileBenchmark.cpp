@@ -25,8 +25,9 @@ TrackedUGC Record(int id) {
     const std::string number = std::to_string(1000000 + id);
     TrackedUGC record;
     record.id = id;
-    record.profileName = kGames[id % 3];
-    record.drsName = record.profileName;
+    const std::string game = kGames[id % 3];
+    record.profileName = game;
+    record.drsName = game;
     record.shortName = "game" + std::to_string(id % 3);
     record.date = "2026-01-02T03:04:05";
     record.sizeKB = 1000u + static_cast<uint32_t>(id) % 5000000u;
@@ -34,8 +35,8 @@ TrackedUGC Record(int id) {
     record.fileSource = "OVS_SDK";
     record.fileType = id % 4 == 0 ? "image" : "video";
     record.fileSubType = id % 4 == 0 ? "Screenshot" : id % 4 == 1 ? "Manual" : "Highlight";
-    record.path = "/home/somebody/Videos/Gallery/" + record.profileName + "/" + record.profileName +
-                  " 2026.01.02 - " + number + (id % 4 == 0 ? ".png" : ".DVR.mp4");
+    record.path = "/home/somebody/Videos/Gallery/" + game + "/" + game + " 2026.01.02 - " + number +
+                  (id % 4 == 0 ? ".png" : ".DVR.mp4");
     if (record.fileType == "video") {
         record.duration = "00:00:15";
         record.msDuration = 15000;
@@ -146,7 +147,7 @@ void ReadTracker(benchmark::State& state, bool intoRecords) {
 
 // What a loop without lists and checks of encoding would write: the same text.
 void WriteBarely(const TrackerContent& content, KXP::PrettyJsonWriter& writer) {
-    const auto text = [&](const char* key, const std::string& value) {
+    const auto text = [&](const char* key, std::string_view value) {
         writer.Key(key);
         writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
     };

@@ -42,8 +42,8 @@ inline bool ReadTracker(const std::string& path, TrackerRecords& out) {
         out.captions[record.path] = record.topBarText;
         if (!ids.insert(record.id).second || record.id < 1 || record.id > info.lastUGCIdUsed)
             out.wrong += "id " + std::to_string(record.id) + " of " + record.path + "\n";
-        if (record.profileName != std::filesystem::path(record.path).parent_path().filename())
-            out.wrong += "game " + record.profileName + " of " + record.path + "\n";
+        if (record.profileName != std::filesystem::path(record.path).parent_path().filename().string())
+            out.wrong += "game " + std::string(record.profileName) + " of " + record.path + "\n";
         out.games[record.profileName][record.path] = record.id;
         wanted[{record.profileName, ""}].insert(record.id);
         if (TrackedUGC::IsAHighlight(record) && !record.highlightGroupId.empty())

@@ -104,8 +104,8 @@ class FileWatcherTest : public testing::TestWithParam<bool> {
         options_.polling = GetParam();
     }
 
-    void Watch() {
-        watcher_ = CreateFileWatcher(folder_ / "Videos", std::make_unique<Callback>(told_), options_);
+    void Watch(const GalleryWalk& walk = {}) {
+        watcher_ = CreateFileWatcher(folder_ / "Videos", std::make_unique<Callback>(told_), options_, walk);
     }
     std::string At(const std::string& name) const { return folder_ / ("Videos/Gallery/" + name); }
     std::string Write(const std::string& name, const std::string& bytes = "x") const {
@@ -173,6 +173,34 @@ TEST_P(FileWatcherTest, WhatIsThereIsKnown) {
     Write("Game/new.png", "longer");
     Sync();
     EXPECT_EQ(told_.Count("+" + added), 2);
+}
+
+TEST_P(FileWatcherTest, LearnsFromAWalkAndReadsTheRest) {
+    const std::string shown = Write("Game/shown.png");
+    const std::string unseen = Write(".hidden/unseen.png");
+    std::string late;
+    Watch([&](KXP::IFolderVisitor& visitor) {
+        struct stat status {};
+        visitor.Enter(options_.gallery);
+        for (const char* name : {"Game", ".hidden"}) {
+            stat(At(name).c_str(), &status);
+            visitor.Found(name, false, status);
+        }
+        visitor.Leave(status);
+        struct stat game {};
+        stat(At("Game").c_str(), &game);
+        visitor.Enter(At("Game"));
+        stat(shown.c_str(), &status);
+        visitor.Found("shown.png", false, status);
+        late = Write("Game/late.png");
+        visitor.Leave(game);
+    });
+    EXPECT_TRUE(told_.WaitForCall("+" + late));
+    for (const std::string& path : {shown, unseen}) {
+        EXPECT_EQ(told_.Count("+" + path), 0);
+        fs::remove(path);
+        EXPECT_TRUE(told_.WaitForCall("-" + path));
+    }
 }
 
 // Who is told of a folder looks into it, and so knows of files that the watcher still waits for.

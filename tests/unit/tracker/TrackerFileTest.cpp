@@ -133,7 +133,8 @@ TEST(TrackerFile, AHighlightInFlightHasTheMembersThatPagesRead) {
     highlight.SetSDKAppInfo({1, "Game", "The Game", "game", "game.bin", 0x1234567890, 2});
     TrackedUGC record(highlight);
     record.topBarText = "\xFF";
-    EXPECT_EQ(record.fileType + record.shortName, "screenshotgame");
+    EXPECT_EQ(record.fileType, "screenshot");
+    EXPECT_EQ(record.shortName, "game");
     KXP::Document document;
     TrackedUGC::CreateUGCJSONValue(record, document, document.GetAllocator());
     EXPECT_EQ(

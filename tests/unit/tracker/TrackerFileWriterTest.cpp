@@ -12,8 +12,9 @@ namespace {
 TrackedUGC Record(int id) {
     TrackedUGC record;
     record.id = id;
-    record.profileName = "game" + std::to_string(id % 3);
-    record.path = "/g/" + record.profileName + "/" + std::to_string(id);
+    const std::string game = "game" + std::to_string(id % 3);
+    record.profileName = game;
+    record.path = "/g/" + game + "/" + std::to_string(id);
     record.stamp = {static_cast<uint64_t>(id), -id, UINT64_MAX};
     return record;
 }

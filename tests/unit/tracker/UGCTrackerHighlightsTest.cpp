@@ -47,7 +47,8 @@ TEST_F(UGCTrackerTest, AnAnnouncedHighlightBringsItsFieldsAndALaterOneReplacesTh
     RunDue();
     EXPECT_EQ(host_.Told(), "usage 0, added 1 a.mp4, as unannounced");
     const TrackedUGC record = RecordOf(a);
-    EXPECT_EQ(record.highlightDefinitionId + record.highlightGroupId, "from filegroup");
+    EXPECT_EQ(record.highlightDefinitionId, "from file");
+    EXPECT_EQ(record.highlightGroupId, "group");
     EXPECT_EQ(record.highlightTags, 5);
     EXPECT_FALSE(tracker_->DequeuePendingHighlight(highlight));
 

@@ -18,7 +18,7 @@ class TwoTrackersTest : public UGCTrackerTest {
     static std::string CaptionIn(const UGCTracker& tracker, const std::string& path) {
         TrackedUGC record;
         EXPECT_EQ(tracker.GetUGCData(path, record).code, 0) << path;
-        return std::to_string(record.id) + record.topBarText;
+        return std::to_string(record.id) + std::string(record.topBarText);
     }
 
     RecordingHost other_;

@@ -35,7 +35,8 @@ TEST_F(UGCTrackerTest, ARebuildFindsTheOwnFilesOfGameFoldersSilently) {
     EXPECT_EQ(host_.GetGallerySettings()->GetTrackerUpdateState(), TrackerUpdateComplete);
     const TrackedUGC image = RecordOf(gallery_.Path("Game/a.png"));
     const TrackedUGC video = RecordOf(gallery_.Path("Game/b.mp4"));
-    EXPECT_EQ(image.profileName + image.fileType + image.fileSource, "GameimageOVS_Share");
+    EXPECT_EQ(std::string(image.profileName) + std::string(image.fileType) + std::string(image.fileSource),
+              "GameimageOVS_Share");
     EXPECT_EQ(video.msDuration, 2000u);
     EXPECT_EQ(File()["UGC"].Size(), 2u);
     EXPECT_EQ(FileCrc(), DiskCrc());

@@ -1,11 +1,15 @@
 // From an event of the kernel to a call of the tracker: what is collected, and what is decided.
+#include <map>
+#include <random>
 #include <stdexcept>
+#include <string>
 
 #include <gtest/gtest.h>
 
 #include "plugin-modules/Gallery/src/watcher/EventWindow.h"
 #include "plugin-modules/Gallery/src/watcher/WatchDecision.h"
 #include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
+#include "plugin-modules/Gallery/src/watcher/linux/KnownItems.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempFolder.h"
@@ -62,6 +66,31 @@ TEST(EventWindow, OpensAtTheFirstEventAndClosesAfterItsTimeOrWhenFull) {
     EXPECT_EQ(window.Closes(), start + seconds(6));
     window.Add("b", ItemCreated, start + seconds(5));
     EXPECT_TRUE(window.IsDue(start + seconds(5)));
+}
+
+TEST(KnownItems, AreThoseOfAMap) {
+    std::map<std::string, int64_t> expected;
+    KnownItems known;
+    std::mt19937 random;
+    for (int step = 0; step < 20000; ++step) {
+        // Grows, shrinks and grows again, with names that come back.
+        const bool growing = step / 5000 % 2 == 0;
+        const std::string name = std::to_string(random() % 2000);
+        if (random() % 4 == 0 ? !growing : growing) {
+            known.Set(name, {false, 1, step, -step});
+            expected[name] = step;
+        } else {
+            known.Erase(name);
+            expected.erase(name);
+        }
+    }
+    std::map<std::string, int64_t> all;
+    known.ForEach([&](std::string_view name, const Stamp& stamp) {
+        EXPECT_EQ(known.Find(name), stamp);
+        all.emplace(name, stamp.size);
+    });
+    EXPECT_EQ(all, expected);
+    EXPECT_FALSE(known.Find("2000"));
 }
 
 }  // namespace

@@ -13,10 +13,10 @@ namespace {
 // Sums wrap at 32 bits and do not depend on the order of the captures.
 uint32_t SumOf(const TrackedUGC& ugc) {
     uint32_t sum = 0;
-    for (const std::string& text :
-         {ugc.path, ugc.fileType, ugc.fileSubType, ugc.fileSource, std::to_string(ugc.sizeKB), ugc.date,
-          ugc.profileName, ugc.drsName, ugc.shortName, std::to_string(ugc.cmsId), ugc.duration,
-          ugc.highlightName, ugc.topBarText, ugc.bottomBarText})
+    for (const std::string& text : std::initializer_list<std::string>{
+             ugc.path, ugc.fileType, ugc.fileSubType, ugc.fileSource, std::to_string(ugc.sizeKB), ugc.date,
+             ugc.profileName, ugc.drsName, ugc.shortName, std::to_string(ugc.cmsId), ugc.duration,
+             ugc.highlightName, ugc.topBarText, ugc.bottomBarText})
         sum += media::StringCRC(text);
     return sum;
 }

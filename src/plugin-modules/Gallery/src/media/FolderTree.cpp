@@ -12,6 +12,7 @@
 #include "CobalixUtil.h"
 #include "base/FileCalls.h"
 #include "base/FolderReader.h"
+#include "base/FolderVisitor.h"
 #include "base/Text.h"
 #include "common/results/RetVal.h"
 
@@ -71,8 +72,14 @@ void NoteFolder(const Folder& folder, SeenFiles& seen) {
     if (!KXP::IsValidUtf8(folder.path)) seen.legible = false;
 }
 
-void NoteFile(const Folder& folder, const KXP::FolderReader& entry, const struct stat& status,
-              SeenFiles& seen) {
+// Of the entry added last.
+void NoteEntry(const Folder& folder, const KXP::FolderReader& entry, const struct stat& status,
+               SeenFiles& seen) {
+    if (seen.visitor) {
+        const bool isLink = folder.entries.back().kind == Kind::Shared && entry.IsLink();
+        seen.visitor->Found(entry.Name(), isLink, status);
+    }
+    if (folder.entries.back().IsFolder()) return;
     if (status.st_mtime >= seen.recentSince) seen.recent.push_back(folder.path + "/" + entry.Name());
     if (!IsGame(folder) || !S_ISREG(status.st_mode) || entry.IsLink()) return;
     if (!KXP::IsValidUtf8(entry.Name())) seen.legible = false;
@@ -226,6 +233,8 @@ bool FolderTree::LookAtRoot() {
 // Only the root may be a link: the user chose that place. Below it, one may have taken the place of a folder
 // since its entry was read.
 bool FolderTree::ReadFolder(Folder& folder, const Names* asked, SeenFiles* seen) {
+    KXP::IFolderVisitor* const visitor = seen ? seen->visitor : nullptr;
+    if (visitor) visitor->Enter(folder.path);
     KXP::FolderReader entries(folder.path, folder.parent ? KXP::Links::Refuse : KXP::Links::Follow);
     struct stat status {};
     if (!entries.IsOpen() || fstat(entries.descriptor(), &status) != 0) return RefuseFolder(folder, errno);
@@ -243,7 +252,9 @@ bool FolderTree::ReadFolder(Folder& folder, const Names* asked, SeenFiles* seen)
     }
     folder.entries.shrink_to_fit();
     folder.names.shrink_to_fit();
-    return entries.error() == 0 || RefuseFolder(folder, entries.error());
+    if (entries.error() != 0) return RefuseFolder(folder, entries.error());
+    if (visitor) visitor->Leave(status);
+    return true;
 }
 
 void FolderTree::TakeFormer(Folder& folder, Former& former, const Entry& entry) {
@@ -267,7 +278,7 @@ bool FolderTree::TakeEntry(Folder& folder, const KXP::FolderReader& entry, SeenF
     if (isAbove) aboveSeconds_ = status.st_mtime;
     const Kind kind = isAbove ? Kind::Above : KindOf(folder, entry, status);
     Add(folder, name, kind, status.st_mtime);
-    if (seen && !folder.entries.back().IsFolder()) NoteFile(folder, entry, status, *seen);
+    if (seen && !isAbove) NoteEntry(folder, entry, status, *seen);
     if (kind != Kind::Walked) return true;
     folder.walked.push_back(std::make_unique<Folder>());
     Folder& inner = *folder.walked.back();

@@ -14,7 +14,8 @@
 
 namespace KXP {
 class FolderReader;
-}
+class IFolderVisitor;
+}  // namespace KXP
 
 namespace media {
 
@@ -37,6 +38,8 @@ struct SeenFiles {
     // since then, in seconds since 1970, and the gallery and its games in which names have.
     int64_t recentSince = INT64_MAX;
     std::vector<std::string> recent;
+
+    KXP::IFolderVisitor* visitor = nullptr;  // sees all folders of the tree
 };
 
 // Hidden folders and links to folders are entries that are not walked, nor is a folder that contains itself

@@ -74,7 +74,9 @@ RetVal CheckOwner(const std::string& path, KXP::ifstream& file, TrackedUGC& reco
 
 RetVal MeasureFile(const struct stat& status, TrackedUGC& record) {
     record.sizeKB = static_cast<uint32_t>(KXP::FileSizeKB(status));
-    const int dated = KXP::FileDate(status, record.date);
+    std::string date;
+    const int dated = KXP::FileDate(status, date);
+    record.date = date;
     if (dated < 0) {
         KXP_LOG(KXP::LogFailure, "TrackFileTask::FileDate failed %d", dated);
         return {dated, "FileDate failed", 0};
@@ -92,7 +94,10 @@ RetVal MeasureVideo(KXP::ifstream& file, TrackedUGC& record) {
         KXP_LOG(KXP::LogFailure, "TrackFileTask::FindMP4DurationTypeInfo failed result:%d", code);
         return {code, "FindMP4DurationTypeInfo failed", 0};
     }
-    if (FormatDuration(seconds, record.duration, record.msDuration)) return {};
+    std::string duration;
+    const bool formatted = FormatDuration(seconds, duration, record.msDuration);
+    record.duration = duration;
+    if (formatted) return {};
     const int whole = std::isfinite(seconds) ? static_cast<int>(std::min(seconds, kTooLong)) : -1;
     KXP_LOG(KXP::LogFailure, "TrackFileTask::sprintf to create duration string failed:%d", whole);
     return {Code::kFailure, "Failed to create duration string!", 0};

@@ -63,12 +63,12 @@ UGCTracker::~UGCTracker() {
     Stop();
 }
 
-void UGCTracker::StartWatcher() {
+void UGCTracker::StartWatcher(const GalleryWalk& walk) {
     WatcherOptions options = watcherOptions_;
     options.gallery = KXP::WithoutSlash(gallery());
     const std::string shareFolder = KXP::CreateDirectoryPath(GetShareFolderPath());
     watcher_ = CreateFileWatcher(KXP::ParentOf(options.gallery),
-                                 std::make_unique<UGCFileWatcherCallback>(this, shareFolder), options);
+                                 std::make_unique<UGCFileWatcherCallback>(this, shareFolder), options, walk);
 }
 
 void UGCTracker::Stop() {

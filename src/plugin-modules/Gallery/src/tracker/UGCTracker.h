@@ -146,9 +146,10 @@ class UGCTracker : private IJournalSource {
     News& news() { return record_.news(); }
     KeptCaptures& kept() { return record_.kept(); }
     // Start, rebuild and stop.
-    void StartWatcher();
+    void StartWatcher(const GalleryWalk& walk = {});
     void ParseTracker(bool watch);
-    void CompareRecent(const std::string& path);
+    bool WatchAndMeasure(bool watch, uint32_t& sum, media::SeenFiles& seen);
+    void CompareRecent(const media::SeenFiles& seen);
     void Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t lastId);
     void Rebuild(const char* reason, RebuildPlan::Former former, std::optional<FoundFiles> found = {});
     void TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::TimePoint when);
@@ -179,6 +180,7 @@ class UGCTracker : private IJournalSource {
     KXP::RetVal TrackFileTask(const std::string& path, const TrackedUGC* former);
     void NoteFailedLook(const std::string& path);
     void DropGoneIn(const std::string& folder);
+    void DropGone(std::vector<std::string> paths);
     void SanitizeUGC(std::vector<TrackedUGC>& list);
     void SanitizePaths(const std::vector<std::string>& gone);
     void CancelLater(const Highlight& highlight);

@@ -1,11 +1,14 @@
 // How the record is read at the start, and made anew.
 #include <algorithm>
 #include <future>
+#include <set>
+#include <unordered_set>
 #include <utility>
 
 #include "CobalixUtil.h"
 #include "base/FileCalls.h"
 #include "base/FreedMemory.h"
+#include "base/Path.h"
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 
@@ -16,6 +19,19 @@ constexpr size_t kSome = 32;
 
 bool HasFacts(const TrackedUGC& record) {
     return !record.topBarText.empty() || !record.bottomBarText.empty() || TrackedUGC::IsAHighlight(record);
+}
+
+// The paths of the files in these folders and in folders of theirs.
+std::unordered_set<std::string> FilesSeenIn(const std::vector<std::string>& folders,
+                                            const media::SeenFiles& seen) {
+    const std::set<std::string> asked(folders.begin(), folders.end());
+    std::vector<bool> isIn;
+    for (const std::string& folder : seen.folders)
+        isIn.push_back(asked.count(folder) > 0 || asked.count(KXP::ParentOf(folder)) > 0);
+    std::unordered_set<std::string> paths;
+    for (const media::SeenFiles::File& file : seen.files)
+        if (isIn[file.folder]) paths.insert(seen.folders[file.folder] + "/" + &seen.names[file.name]);
+    return paths;
 }
 
 }  // namespace
@@ -29,10 +45,7 @@ void UGCTracker::ParseTracker(bool watch) {
     std::future<bool> sum;
     const auto walk = [&] {
         if (sum.valid()) return;
-        sum = std::async([&] {
-            if (watch) StartWatcher();
-            return journal_.MeasureFolder(calculated, &seen);
-        });
+        sum = std::async([&] { return WatchAndMeasure(watch, calculated, seen); });
     };
     KXP::Document document;
     TrackerInfo info;
@@ -65,18 +78,37 @@ void UGCTracker::ParseTracker(bool watch) {
             std::to_string(info.folderCRC).c_str(), std::to_string(calculated).c_str());
     if (measured && calculated == info.folderCRC) {
         Load(std::move(former), std::move(games), info.lastUGCIdUsed);
-        for (const std::string& path : seen.recent)
-            CompareRecent(path);
+        CompareRecent(seen);
     } else {
         rebuild("ParseTracker::Folder CRC mismatch, rebuilding from GalleryPath");
     }
     capacity_.UpdateGalleryUsage(record_.usageKB());
 }
 
+// One walk through the gallery serves both.
+bool UGCTracker::WatchAndMeasure(bool watch, uint32_t& sum, media::SeenFiles& seen) {
+    std::optional<bool> measured;
+    const auto walk = [&](KXP::IFolderVisitor& visitor) {
+        seen.visitor = &visitor;
+        measured = journal_.MeasureFolder(sum, &seen);
+        seen.visitor = nullptr;
+    };
+    if (watch) StartWatcher(walk);
+    return measured ? *measured : journal_.MeasureFolder(sum, &seen);
+}
+
 // A file that was moved within the second of the sum is in the sum under either name.
-void UGCTracker::CompareRecent(const std::string& path) {
-    if (place_.KindOf(path) == GalleryPlace::Kind::Capture) return TrackWatchedFile(path);
-    if (journal_.Owns()) EnqueueWork(nullptr, queue_.Now(), [this, path] { DropGoneIn(path); });
+void UGCTracker::CompareRecent(const media::SeenFiles& seen) {
+    std::vector<std::string> folders;
+    for (const std::string& path : seen.recent)
+        place_.KindOf(path) == GalleryPlace::Kind::Capture ? TrackWatchedFile(path) : folders.push_back(path);
+    if (folders.empty() || !journal_.Owns()) return;
+    const std::unordered_set<std::string> present = FilesSeenIn(folders, seen);
+    std::vector<std::string> gone;
+    for (const std::string& folder : folders)
+        for (std::string& path : record_.PathsIn(folder))
+            if (present.count(path) == 0) gone.push_back(std::move(path));
+    EnqueueWork(nullptr, queue_.Now(), [this, gone = std::move(gone)] { DropGone(gone); });
 }
 
 // What people gave is kept before it is in the tracker's file, so it is never older. Only somebody who has

@@ -1,4 +1,5 @@
 // How a path gets on record: the entries of the worker's queue, and what the product does itself.
+#include <algorithm>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -200,10 +201,13 @@ void UGCTracker::LookAgain(const std::string& path) {
 }
 
 void UGCTracker::DropGoneIn(const std::string& folder) {
-    std::vector<std::string> gone;
-    for (std::string& path : record_.PathsIn(folder))
-        if (IsGone(path)) gone.push_back(std::move(path));
-    record_.Remove(gone);
+    DropGone(record_.PathsIn(folder));
+}
+
+void UGCTracker::DropGone(std::vector<std::string> paths) {
+    const auto isThere = [](const std::string& path) { return !IsGone(path); };
+    paths.erase(std::remove_if(paths.begin(), paths.end(), isThere), paths.end());
+    record_.Remove(paths);
 }
 
 // For a folder this removes all records in it. A record that was added after the report is of another file.

@@ -4,10 +4,13 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "base/FolderVisitor.h"
 
 // The calls may repeat what the callback knows already, so it has to be idempotent. None may destroy the
 // watcher.
@@ -66,11 +69,18 @@ struct WatcherOptions {
     bool polling = false;
 };
 
+// Walks through the gallery for a purpose of its own, and shows the visitor what it finds.
+using GalleryWalk = std::function<void(KXP::IFolderVisitor&)>;
+
 // Watches `path` and, below it, the gallery. Files that exist when the call returns count as known. Returns
 // null, and logs, when no thread can be started.
+//
+// `walk` may be null and is called at most once, by this thread. A folder is watched from the moment when the
+// walk enters it, and the watcher reads only what the walk has not; not every platform has a use for it.
 std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
                                                 std::unique_ptr<IFileWatcherCallback>&& callback,
-                                                const WatcherOptions& options = {});
+                                                const WatcherOptions& options = {},
+                                                const GalleryWalk& walk = {});
 
 // Does nothing: each watcher ends in its destructor.
 void StopAndJoinFileWatcher();

@@ -21,7 +21,7 @@ bool AreEqual(const KeptField (&fields)[count], const KeptFacts& a, const KeptFa
     });
 }
 
-bool IsSet(const std::string& text) {
+bool IsSet(const SharedText& text) {
     return !text.empty();
 }
 bool IsSet(int32_t number) {

@@ -7,17 +7,18 @@
 #include "plugin-modules/Gallery/src/tracker/kept/KeptCapture.h"
 
 // A member of the facts and the same one of a record.
-template <typename T>
-struct KeptMember {
-    T KeptFacts::*fact;
-    T TrackedUGC::*field;
+struct KeptText {
+    std::string KeptFacts::*fact;
+    SharedText TrackedUGC::*field;
 };
-template <typename T>
-KeptMember(T KeptFacts::*, T TrackedUGC::*) -> KeptMember<T>;
+struct KeptNumber {
+    int32_t KeptFacts::*fact;
+    int32_t TrackedUGC::*field;
+};
 
 struct KeptField {
     std::string_view key;  // as in the tracker's file
-    std::variant<KeptMember<std::string>, KeptMember<int32_t>> member;
+    std::variant<KeptText, KeptNumber> member;
     bool onlyFills = false;  // FillIn does not replace a text of the record
 };
 
@@ -27,18 +28,18 @@ using F = KeptFacts;
 using R = TrackedUGC;
 
 inline constexpr KeptField kCaptions[] = {
-    {"top", KeptMember{&F::topBarText, &R::topBarText}},
-    {"bottom", KeptMember{&F::bottomBarText, &R::bottomBarText}},
+    {"top", KeptText{&F::topBarText, &R::topBarText}},
+    {"bottom", KeptText{&F::bottomBarText, &R::bottomBarText}},
 };
 
 inline constexpr KeptField kHighlight[] = {
-    {"shortName", KeptMember{&F::shortName, &R::shortName}, true},
-    {"highlightDefinitionId", KeptMember{&F::highlightDefinitionId, &R::highlightDefinitionId}, true},
-    {"highlightName", KeptMember{&F::highlightName, &R::highlightName}, true},
-    {"highlightGroupId", KeptMember{&F::highlightGroupId, &R::highlightGroupId}, true},
-    {"highlightTags", KeptMember{&F::highlightTags, &R::highlightTags}},
-    {"highlightSignificance", KeptMember{&F::highlightSignificance, &R::highlightSignificance}},
-    {"highlightEventTimeStamp", KeptMember{&F::eventTimeStamp, &R::eventTimeStamp}},
+    {"shortName", KeptText{&F::shortName, &R::shortName}, true},
+    {"highlightDefinitionId", KeptText{&F::highlightDefinitionId, &R::highlightDefinitionId}, true},
+    {"highlightName", KeptText{&F::highlightName, &R::highlightName}, true},
+    {"highlightGroupId", KeptText{&F::highlightGroupId, &R::highlightGroupId}, true},
+    {"highlightTags", KeptNumber{&F::highlightTags, &R::highlightTags}},
+    {"highlightSignificance", KeptNumber{&F::highlightSignificance, &R::highlightSignificance}},
+    {"highlightEventTimeStamp", KeptText{&F::eventTimeStamp, &R::eventTimeStamp}},
 };
 
 }  // namespace kept_fields

@@ -32,8 +32,8 @@ using WordForPages = std::string_view(std::string_view word);
 
 struct RecordField {
     std::string_view key;
-    std::variant<std::string TrackedUGC::*, int32_t TrackedUGC::*, uint32_t TrackedUGC::*,
-                 uint64_t TrackedUGC::*, RecordFields>
+    std::variant<std::string TrackedUGC::*, SharedText TrackedUGC::*, int32_t TrackedUGC::*,
+                 uint32_t TrackedUGC::*, uint64_t TrackedUGC::*, RecordFields>
         member;
     RecordKind writtenFor = kAnyRecord;
     WordForPages* word = nullptr;  // replaces the text by a word that pages know

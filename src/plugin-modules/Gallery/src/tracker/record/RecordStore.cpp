@@ -114,6 +114,7 @@ void RecordStore::ListInGame(const TrackedUGC& record) {
 }
 
 RecordStore::RecordPtr RecordStore::Track(NewUGC record) {
+    record->ShareTexts(texts_);
     const uint64_t place = nextPlace_;
     RecordPtr entered = Append(std::move(record));
     lastId_ = std::max(lastId_, entered->id);
@@ -269,6 +270,7 @@ RecordStore::RecordPtr RecordStore::Renew(TrackedUGC record) {
 }
 
 RecordStore::RecordPtr RecordStore::Exchange(const RecordEntry& old, TrackedUGC record) {
+    record.ShareTexts(texts_);
     ++generation_;
     RecordPtr entered = std::make_shared<const TrackedUGC>(std::move(record));
     records_->modify(records_->iterator_to(old), [&](RecordEntry& entry) { entry.Set(entered); });

@@ -121,6 +121,7 @@ class RecordStore {
     int RemoveFromGames(const std::vector<RecordPtr>& records);
 
     const std::unique_ptr<RecordIndex> records_;
+    TextPool texts_;
     uint64_t nextPlace_ = 0;
     uint64_t generation_ = 0;
     Games games_;

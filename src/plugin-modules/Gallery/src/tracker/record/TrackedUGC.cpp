@@ -15,7 +15,10 @@ struct ApiValue {
     WordForPages* word = nullptr;
 
     Value operator()(std::string TrackedUGC::*text) const {
-        if (!word) return Value(KXP::ToValidUtf8(record.*text), allocator);
+        return Value(KXP::ToValidUtf8(record.*text), allocator);
+    }
+    Value operator()(SharedText TrackedUGC::*text) const {
+        if (!word) return Value(KXP::ToValidUtf8(std::string(record.*text)), allocator);
         const std::string_view known = word(record.*text);
         return Value(known.data(), static_cast<rapidjson::SizeType>(known.size()), allocator);
     }
@@ -59,6 +62,13 @@ TrackedUGC::TrackedUGC(const Highlight& highlight)
       highlightSignificance(highlight.GetSignificance()),
       highlightName(highlight.GetHighlightName()),
       eventTimeStamp(highlight.GetTimeStamp()) {}
+
+void TrackedUGC::ShareTexts(TextPool& pool) {
+    for (SharedText* const text :
+         {&fileType, &fileSubType, &fileSource, &profileName, &drsName, &shortName, &duration, &audioType,
+          &highlightDefinitionId, &highlightGroupId, &highlightName, &topBarText, &bottomBarText})
+        pool.Share(*text);
+}
 
 bool TrackedUGC::MediaFileExists() const {
     return KXP::FileExists(path);

@@ -10,6 +10,7 @@
 #include "common/json/Json.h"
 #include "libraries/share-common/Highlight.h"
 #include "plugin-modules/Gallery/src/tracker/record/FileStamp.h"
+#include "plugin-modules/Gallery/src/tracker/record/SharedText.h"
 
 struct TrackedUGC {
     TrackedUGC() = default;
@@ -22,27 +23,30 @@ struct TrackedUGC {
     // that are not UTF-8 become U+FFFD.
     static void CreateUGCJSONValue(const TrackedUGC& ugc, KXP::Value& out, KXP::Allocator& allocator);
 
+    // Shares the texts that other records have, too.
+    void ShareTexts(TextPool& pool);
+
     int32_t id = 0;
     std::string path;  // absolute
-    std::string fileType;
-    std::string fileSubType;
-    std::string fileSource;
-    uint32_t sizeKB = 0;      // units of 1000 bytes
-    std::string date;         // from KXP::FileDate
-    std::string profileName;  // the name of the file's folder, which names the game
-    std::string drsName;
-    std::string shortName;
+    SharedText fileType;
+    SharedText fileSubType;
+    SharedText fileSource;
+    uint32_t sizeKB = 0;     // units of 1000 bytes
+    SharedText date;         // from KXP::FileDate
+    SharedText profileName;  // the name of the file's folder, which names the game
+    SharedText drsName;
+    SharedText shortName;
     uint64_t cmsId = 0;
-    std::string duration;  // "HH:MM:SS"
-    std::string audioType;
-    std::string highlightDefinitionId;
-    std::string highlightGroupId;
+    SharedText duration;  // "HH:MM:SS"
+    SharedText audioType;
+    SharedText highlightDefinitionId;
+    SharedText highlightGroupId;
     int32_t highlightTags = 0;          // bits
     int32_t highlightSignificance = 0;  // bits
-    std::string highlightName;
-    std::string eventTimeStamp;
-    std::string topBarText;
-    std::string bottomBarText;
+    SharedText highlightName;
+    SharedText eventTimeStamp;
+    SharedText topBarText;
+    SharedText bottomBarText;
     uint32_t msDuration = 0;
     FileStamp stamp;  // of the file when it was inspected; in neither JSON form
 };

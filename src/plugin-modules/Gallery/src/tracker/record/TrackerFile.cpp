@@ -28,15 +28,21 @@ std::string_view ViewOf(const Value& text) {
     return {text.GetString(), text.GetStringLength()};
 }
 
-void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record);
+void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record, TextPool& texts);
 
 // Sets one member of a record when the value has its type.
 struct ReadMember {
     TrackedUGC& record;
     const Value& value;
+    TextPool& texts;
 
     void operator()(std::string TrackedUGC::*text) const {
         if (value.IsString()) record.*text = ViewOf(value);
+    }
+    // Few captures have the same date.
+    void operator()(SharedText TrackedUGC::*text) const {
+        if (!value.IsString()) return;
+        record.*text = text == &TrackedUGC::date ? SharedText(ViewOf(value)) : texts.Share(ViewOf(value));
     }
     void operator()(int32_t TrackedUGC::*number) const {
         if (value.IsInt()) record.*number = value.GetInt();
@@ -48,12 +54,12 @@ struct ReadMember {
     void operator()(uint64_t TrackedUGC::*number) const {
         if (value.IsUint64()) record.*number = static_cast<uint32_t>(value.GetUint64());
     }
-    void operator()(RecordFields fields) const { ReadFields(value, fields, record); }
+    void operator()(RecordFields fields) const { ReadFields(value, fields, record, texts); }
 };
 
 // Starts each search at the field after the last one: our own files hold the fields in this order, so one or
 // two comparisons find it. Of members with the same name the first counts.
-void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record) {
+void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record, TextPool& texts) {
     if (!object.IsObject()) return;
     uint32_t seen = 0;
     size_t at = 0;
@@ -65,7 +71,7 @@ void ReadFields(const Value& object, RecordFields fields, TrackedUGC& record) {
             ++tried;
         }
         if (tried == fields.count) continue;
-        if ((seen >> at & 1u) == 0) std::visit(ReadMember{record, member.value}, fields[at].member);
+        if ((seen >> at & 1u) == 0) std::visit(ReadMember{record, member.value, texts}, fields[at].member);
         seen |= 1u << at;
         at = at + 1 == fields.count ? 0 : at + 1;
     }
@@ -95,12 +101,12 @@ void WriteKey(std::string_view key, PrettyJsonWriter& writer) {
     writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
 }
 
-std::string_view AsUtf8(const std::string& text, std::string& room) {
+std::string_view AsUtf8(std::string_view text, std::string& room) {
     if (KXP::IsValidUtf8(text)) return text;
     return room = KXP::ToValidUtf8(text);
 }
 
-void WriteText(const std::string& text, PrettyJsonWriter& writer) {
+void WriteText(std::string_view text, PrettyJsonWriter& writer) {
     std::string room;
     const std::string_view valid = AsUtf8(text, room);
     writer.String(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
@@ -112,6 +118,7 @@ struct WriteMember {
     PrettyJsonWriter& writer;
 
     void operator()(std::string TrackedUGC::*text) const { WriteText(record.*text, writer); }
+    void operator()(SharedText TrackedUGC::*text) const { WriteText(record.*text, writer); }
     void operator()(int32_t TrackedUGC::*number) const { writer.Int(record.*number); }
     void operator()(uint32_t TrackedUGC::*number) const { writer.Uint(record.*number); }
     void operator()(uint64_t TrackedUGC::*number) const { writer.Uint64(record.*number); }
@@ -211,10 +218,10 @@ KXP::ElementReader ParseUGCFromJSON(std::vector<NewUGC>& ugc) {
     };
     // An element that is not an object also becomes a record, with defaults; it is removed when the next list
     // finds that it has no file.
-    const auto read = [&ugc](const Value& element) {
+    const auto read = [&ugc, texts = std::make_shared<TextPool>()](const Value& element) {
         TrackedUGC& record = *ugc.emplace_back(std::make_shared<TrackedUGC>());
         record.id = -1;
-        ReadFields(element, kRecordFileFields, record);
+        ReadFields(element, kRecordFileFields, record, *texts);
     };
     return {"UGC", begin, read};
 }

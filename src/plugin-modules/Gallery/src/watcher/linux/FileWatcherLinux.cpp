@@ -36,12 +36,13 @@ constexpr milliseconds kAnswerLimit{200};
 class FileWatcher : public IFileWatcher {
   public:
     FileWatcher(const std::string& path, const WatcherOptions& options,
-                std::unique_ptr<IFileWatcherCallback>&& callback);
+                std::unique_ptr<IFileWatcherCallback>&& callback, const GalleryWalk& walk);
     ~FileWatcher() override;
 
     std::optional<UnreportedPaths> Unreported(size_t most) override;
 
   private:
+    bool Start();
     void Run();
     void RunOnce();
     void Wait(milliseconds time);
@@ -61,10 +62,11 @@ class FileWatcher : public IFileWatcher {
     bool ready_ GUARDED_BY(mutex_) = false;
     UnreportedQuery query_;
 
-    // Used by the thread alone.
+    // Used by the thread alone, once it runs.
     EventWindow window_;
     TreeFollower follower_;
     Dispatcher dispatcher_;
+    bool started_ = false;
     bool learning_ = true;
     uint64_t polledFor_ = 0;  // the number of a question
 
@@ -72,7 +74,7 @@ class FileWatcher : public IFileWatcher {
 };
 
 FileWatcher::FileWatcher(const std::string& path, const WatcherOptions& options,
-                         std::unique_ptr<IFileWatcherCallback>&& callback)
+                         std::unique_ptr<IFileWatcherCallback>&& callback, const GalleryWalk& walk)
     : callback_(std::move(callback)),
       recoverAfter_(options.pollInterval),
       startLimit_(steady_clock::now() + options.startLimit),
@@ -80,8 +82,9 @@ FileWatcher::FileWatcher(const std::string& path, const WatcherOptions& options,
       window_(options.window),
       follower_(path, options, FileClockNs() + std::chrono::nanoseconds(options.startLimit).count(), window_,
                 stop_),
-      dispatcher_(*callback_, follower_),
-      thread_([this] { Run(); }) {
+      dispatcher_(*callback_, follower_) {
+    if (walk && Start()) follower_.Learn(walk);
+    thread_ = std::thread([this] { Run(); });
     KXP::MutexLock lock(mutex_);
     while (!ready_ && steady_clock::now() < startLimit_)
         readyChanged_.WaitUntil(mutex_, startLimit_);
@@ -121,12 +124,24 @@ bool FileWatcher::Answer(const UnreportedQuery::Question& asked) {
     return true;
 }
 
+// Without the thread. Returns false, and the thread tries again, when something fails.
+bool FileWatcher::Start() {
+    started_ = true;
+    try {
+        follower_.Start();
+        return true;
+    } catch (const std::exception& error) {
+        KXP_LOG(KXP::LogFailure, "File watcher failed: %s", error.what());
+        follower_.DistrustEvents();
+        return false;
+    }
+}
+
 void FileWatcher::Run() {
     KXP::LogNameThread("Gallery", "FILE");
-    bool started = false;
     while (!stop_) {
         try {
-            if (!std::exchange(started, true)) follower_.Start();
+            if (!std::exchange(started_, true)) follower_.Start();
             RunOnce();
         } catch (const std::exception& error) {
             KXP_LOG(KXP::LogFailure, "File watcher failed: %s", error.what());
@@ -182,9 +197,9 @@ void FileWatcher::Wait(milliseconds time) {
 
 std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
                                                 std::unique_ptr<IFileWatcherCallback>&& callback,
-                                                const WatcherOptions& options) {
+                                                const WatcherOptions& options, const GalleryWalk& walk) {
     try {
-        return std::make_unique<watcher::FileWatcher>(path, options, std::move(callback));
+        return std::make_unique<watcher::FileWatcher>(path, options, std::move(callback), walk);
     } catch (const std::system_error& error) {
         KXP_LOG(KXP::LogFailure, "No thread for the file watcher: %s", error.what());
         return nullptr;

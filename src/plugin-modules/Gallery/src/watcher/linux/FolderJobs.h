@@ -1,6 +1,7 @@
 // The folders of the gallery that have to be watched and read.
 #pragma once
 
+#include <algorithm>
 #include <deque>
 #include <string>
 #include <unordered_set>
@@ -22,6 +23,13 @@ class FolderJobs {
     void Push(FolderJob job) {
         if (job.IsWhole() && !whole_.insert(job.folder).second) return;
         jobs_.push_back(std::move(job));
+    }
+    // Removes the silent jobs for these folders: what is there is known already.
+    void DropSilent(const std::unordered_set<std::string>& folders) {
+        const auto isKnown = [&](const FolderJob& job) {
+            return job.silent && folders.count(job.folder) > 0;
+        };
+        jobs_.erase(std::remove_if(jobs_.begin(), jobs_.end(), isKnown), jobs_.end());
     }
     // There must be one.
     FolderJob Pop() {

@@ -17,6 +17,16 @@ int64_t Nanoseconds(const timespec& time) {
     return static_cast<int64_t>(time.tv_sec) * 1000000000 + time.tv_nsec;
 }
 
+// After a look that failed, by errno. Nothing can be reached by a path that is too long.
+Item ItemNotSeen() {
+    Item item;
+    const bool none = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+    item.kind = none ? ItemKind::None : ItemKind::Unknown;
+    return item;
+}
+
+}  // namespace
+
 Item ItemOf(const struct stat& status) {
     Item item;
     item.kind = S_ISDIR(status.st_mode)   ? ItemKind::Folder
@@ -28,16 +38,6 @@ Item ItemOf(const struct stat& status) {
     item.links = status.st_nlink;
     return item;
 }
-
-// After a look that failed, by errno. Nothing can be reached by a path that is too long.
-Item ItemNotSeen() {
-    Item item;
-    const bool none = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
-    item.kind = none ? ItemKind::None : ItemKind::Unknown;
-    return item;
-}
-
-}  // namespace
 
 Item LookAt(const std::string& path, bool follow) {
     struct stat status {};
@@ -52,6 +52,13 @@ int64_t FileClockNs() {
     return Nanoseconds(now);
 }
 
+void FolderSnapshot::Add(std::string_view name, const Item& item) {
+    if (item.kind == ItemKind::None || item.kind == ItemKind::Other) return;
+    entries.push_back({std::string(name), item});
+    if (item.kind == ItemKind::Unknown) allKnown = false;
+    if (!KXP::IsValidUtf8(name)) illegible = true;
+}
+
 bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool>& stop,
                   FolderSnapshot& snapshot) {
     KXP::FolderReader reader(folder.empty() ? "/" : folder, follow ? KXP::Links::Follow : KXP::Links::Refuse);
@@ -61,11 +68,7 @@ bool TakeSnapshot(const std::string& folder, bool follow, const std::atomic<bool
     while (!stop && reader.NextOfAll()) {
         const std::string_view name = reader.Name();
         if (name == "." || name == "..") continue;
-        const Item item = reader.Look(status, KXP::Links::Refuse) ? ItemOf(status) : ItemNotSeen();
-        if (item.kind == ItemKind::None || item.kind == ItemKind::Other) continue;
-        snapshot.entries.push_back({std::string(name), item});
-        if (item.kind == ItemKind::Unknown) snapshot.allKnown = false;
-        if (!KXP::IsValidUtf8(name)) snapshot.illegible = true;
+        snapshot.Add(name, reader.Look(status, KXP::Links::Refuse) ? ItemOf(status) : ItemNotSeen());
     }
     return !stop && reader.error() == 0;
 }

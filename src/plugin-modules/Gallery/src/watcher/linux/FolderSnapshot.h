@@ -4,7 +4,10 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include <sys/stat.h>
 
 #include "plugin-modules/Gallery/src/watcher/WatchDispatch.h"
 
@@ -32,6 +35,8 @@ struct Item {
     uint64_t links = 0;
 };
 
+Item ItemOf(const struct stat& status);
+
 // The kind is None only when nothing can be there. `follow` follows a link at the path itself.
 Item LookAt(const std::string& path, bool follow = false);
 
@@ -44,6 +49,9 @@ struct FoundItem {
 };
 
 struct FolderSnapshot {
+    // Takes in what was found under a name. A link is Other.
+    void Add(std::string_view name, const Item& item);
+
     Item folder;  // as it was before its entries were read
     std::vector<FoundItem> entries;
     bool allKnown = true;    // no entry is Unknown

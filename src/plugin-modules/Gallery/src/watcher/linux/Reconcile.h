@@ -2,16 +2,15 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "plugin-modules/Gallery/src/watcher/WatchDecision.h"
 #include "plugin-modules/Gallery/src/watcher/linux/FolderSnapshot.h"
+#include "plugin-modules/Gallery/src/watcher/linux/KnownItems.h"
 
 namespace watcher {
-
-using KnownItems = std::unordered_map<std::string, Stamp>;  // by name
 
 struct Difference {
     std::string name;
@@ -31,8 +30,8 @@ class KnownTree {
     // Does nothing if the folder of `path` is not known: reading that folder will find the item.
     void Set(const std::string& path, const Stamp& stamp);
     void Erase(const std::string& path);
-    // Null if the item is not known. Valid until the next change.
-    const Stamp* Find(const std::string& path) const;
+    // None if the item is not known.
+    std::optional<Stamp> Find(const std::string& path) const;
     // Something has been reported at the path, but its state is unknown: it will count as changed.
     void SetUnseen(const std::string& path, bool folder);
 

@@ -62,7 +62,7 @@ void ReportLedger::FileWritten(const std::string& path) {
 void ReportLedger::FileTouched(const std::string& path) {
     const Item item = LookAt(path);
     if (item.kind != ItemKind::File) return Disturbed(path);
-    const Stamp* const known = known_.Find(path);
+    const std::optional<Stamp> known = known_.Find(path);
     if (known && *known == item.stamp) return;
     if (open_.count(path) > 0 || unsettled_.count(path) > 0) return FileWritten(path);
     Report(path, ItemModified | ItemIsFile);
@@ -103,7 +103,13 @@ void ReportLedger::FolderGone(const std::string& path, uint32_t flag) {
 ReportLedger::Folders ReportLedger::Compare(const std::string& folder, const FolderSnapshot& disk,
                                             bool silent) {
     Folders folders;
-    for (const Difference& difference : Reconcile(known_.Folder(folder), disk)) {
+    KnownItems& known = known_.Folder(folder);
+    if (known.IsEmpty()) known.Reserve(disk.entries.size());
+    for (const Difference& difference : Reconcile(known, disk)) {
+        if (silent && IsOld(difference)) {
+            known.Set(difference.name, difference.found->item.stamp);
+            continue;
+        }
         const std::string path = folder + "/" + difference.name;
         if (!difference.found) {
             const bool wasFolder = (difference.flags & ItemIsDir) != 0;
@@ -121,6 +127,13 @@ ReportLedger::Folders ReportLedger::Compare(const std::string& folder, const Fol
         Found(path, difference, news);
     }
     return folders;
+}
+
+// Whether a silent comparison has only to record it.
+bool ReportLedger::IsOld(const Difference& difference) const {
+    if (!difference.found || (difference.flags & ItemRemoved) != 0) return false;
+    const Item& item = difference.found->item;
+    return !IsNews(item) && (item.stamp.folder || !IsYoung(item));
 }
 
 void ReportLedger::Found(const std::string& path, const Difference& difference, bool news) {

@@ -85,6 +85,7 @@ class ReportLedger {
     };
 
     void Report(const std::string& path, uint32_t flags);
+    bool IsOld(const Difference& difference) const;
     void Found(const std::string& path, const Difference& difference, bool news);
     bool IsYoung(const Item& item) const;
     void AwaitSettled(const std::string& path, const std::optional<Stamp>& stamp, uint32_t flags);

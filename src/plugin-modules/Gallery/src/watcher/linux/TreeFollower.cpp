@@ -45,17 +45,26 @@ void TreeFollower::RunJobs(TimePoint until) {
 
 // Watch first, then read: what appears in between is found by the watch, the reading, or both.
 void TreeFollower::Look(const FolderJob& job) {
-    const bool named = IsNamed(job.folder);
-    const Watched watched = tree_.Watch(job.folder, true, named);
-    if (watched == Watched::LeftOut) NoteLeftOut(job.folder);
+    const Watched watched = WatchFolder(job.folder);
     if (watched == Watched::Gone) return;
 
+    const bool named = IsNamed(job.folder);
     FolderSnapshot snapshot;
     if (!TakeSnapshot(job.folder, named, stop_, snapshot)) {
         const ItemKind there = LookAt(job.folder, named).kind;
         if (there == ItemKind::Folder || there == ItemKind::Unknown) NoteUnread(job.folder);
         return;
     }
+    TakeIn(job, watched, snapshot);
+}
+
+Watched TreeFollower::WatchFolder(const std::string& folder) {
+    const Watched watched = tree_.Watch(folder, true, IsNamed(folder));
+    if (watched == Watched::LeftOut) NoteLeftOut(folder);
+    return watched;
+}
+
+void TreeFollower::TakeIn(const FolderJob& job, Watched watched, const FolderSnapshot& snapshot) {
     if (!snapshot.allKnown)
         NoteUnread(job.folder);
     else if (watched != Watched::Yes || onNetwork_)

@@ -27,6 +27,8 @@ class TreeFollower {
 
     // Starts watching.
     void Start();
+    // Right after Start: lets the walk read the gallery. What it does not show is read later.
+    void Learn(const GalleryWalk& walk);
     // Whether every folder of the gallery that can be watched is watched.
     bool HasLearntGallery() const { return jobs_.IsEmpty(); }
 
@@ -57,6 +59,7 @@ class TreeFollower {
     void DistrustEvents() { eventsLost_ = true; }
 
   private:
+    class Learner;
     // Which folder is at a path, if any.
     struct Identity {
         bool exists = false;
@@ -86,6 +89,8 @@ class TreeFollower {
     void OpenTree();
     void RunJobs(TimePoint until);
     void Look(const FolderJob& job);
+    Watched WatchFolder(const std::string& folder);
+    void TakeIn(const FolderJob& job, Watched watched, const FolderSnapshot& snapshot);
     void NoteUnread(const std::string& folder);
     void PushFoldersIn(const FolderJob& job, const FolderSnapshot& snapshot,
                        const std::vector<std::string>& appeared);

@@ -3,12 +3,68 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <exception>
+#include <unordered_set>
 #include <utility>
 
 #include "CobalixUtil.h"
 #include "plugin-modules/Gallery/src/watcher/linux/TreeFollower.h"
 
 namespace watcher {
+
+// Watches each folder that the walk enters, and takes in what is found there. A failure here does not end the
+// walk, which serves another purpose too: the disk is compared later.
+class TreeFollower::Learner : public KXP::IFolderVisitor {
+  public:
+    explicit Learner(TreeFollower& follower) : follower_(follower) {}
+
+    void Enter(const std::string& folder) override {
+        Try([&] {
+            snapshot_ = {};
+            folder_ = folder;
+            watched_ = follower_.WatchFolder(folder);
+        });
+    }
+    void Found(const char* name, bool isLink, const struct stat& status) override {
+        if (!isLink) Try([&] { snapshot_.Add(name, ItemOf(status)); });
+    }
+    void Leave(const struct stat& status) override {
+        if (watched_ == Watched::Gone) return;
+        snapshot_.folder = ItemOf(status);
+        Try([&] {
+            follower_.TakeIn({folder_, true}, watched_, snapshot_);
+            learnt_.insert(folder_);
+        });
+    }
+    const std::unordered_set<std::string>& learnt() const { return learnt_; }
+
+  private:
+    template <typename Step>
+    void Try(const Step& step) {
+        if (failed_) return;
+        try {
+            step();
+        } catch (const std::exception& error) {
+            KXP_LOG(KXP::LogFailure, "File watcher failed: %s", error.what());
+            failed_ = true;
+            follower_.DistrustEvents();
+        }
+    }
+
+    TreeFollower& follower_;
+    bool failed_ = false;
+    std::string folder_;
+    Watched watched_ = Watched::Gone;
+    FolderSnapshot snapshot_;
+    std::unordered_set<std::string> learnt_;
+};
+
+void TreeFollower::Learn(const GalleryWalk& walk) {
+    Learner learner(*this);
+    walk(learner);
+    jobs_.DropSilent(learner.learnt());
+}
+
 std::optional<TreeFollower::Identity> TreeFollower::NamedFolder::Look() const {
     const Item item = LookAt(path, true);
     if (item.kind == ItemKind::Unknown) return std::nullopt;

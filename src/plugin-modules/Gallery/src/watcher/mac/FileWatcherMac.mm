@@ -141,7 +141,7 @@ FileWatcher::~FileWatcher() {
 
 std::unique_ptr<IFileWatcher> CreateFileWatcher(const std::string& path,
                                                 std::unique_ptr<IFileWatcherCallback>&& callback,
-                                                const WatcherOptions& options) {
+                                                const WatcherOptions& options, const GalleryWalk&) {
     try {
         return std::make_unique<FileWatcher>(path, options.window, std::move(callback));
     } catch (const std::system_error& error) {
