@@ -115,6 +115,17 @@ void MakeMp4(Corpus corpus) {
         corpus.Add(U32(1) + "mdat" + U64(size) + captures::Movie(block));
 }
 
+void MakeExif(Corpus corpus) {
+    const std::string big("MM\0*\0\0\0\x08\0\2\1\x0F\0\2\0\0\0\1\0\0\0\0\1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0",
+                          38);
+    const std::string little("II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\3\0\0\0\0\0\0\0", 26);
+    corpus.Add(big);
+    corpus.Add(little);
+    // A directory elsewhere, at the start and nowhere.
+    for (const char* offset : {"\x0C", "\0", "\xFF"})
+        corpus.Add(std::string(little).replace(4, 1, offset, 1).insert(8, "gap."));
+}
+
 // Of every format, and of its ways of storing, one small picture of noise.
 std::vector<std::string> OneOfEach() {
     using namespace stillfiles;
@@ -248,6 +259,9 @@ void MakeMetadataBlock(Corpus corpus) {
 void MakeStillThumbnail(Corpus corpus) {
     for (const std::string& file : OneOfEach())
         corpus.Add(file);
+    const std::string exif("MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0", 22);
+    corpus.Add(OneOfEach()[0].insert(33, samples::PngChunk("eXIf", exif)));
+    corpus.Add(OneOfEach()[3].insert(2, "\xFF\xE1" + U16(30) + std::string("Exif\0\0", 6) + exif));
 }
 
 void MakeVideoFrame(Corpus corpus) {
@@ -311,6 +325,7 @@ int main(int argc, char** argv) {
         MakePng({root, "png"});
         MakeJpeg({root, "jpeg"});
         MakeMp4({root, "mp4"});
+        MakeExif({root, "exif"});
         MakeEngrave({root, "engrave"});
         MakeSampleTable({root, "sampletable"});
         MakePictureHead({root, "picturehead"});

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "libraries/ovnx-media/ExifOrientation.h"
 #include "libraries/ovnx-media/Picture.h"
 
 namespace ovnxmedia {
@@ -21,6 +22,7 @@ struct JpegHeader {
     unsigned scans = 0;
     // What decoders keep of the whole picture when it has more than one scan, otherwise 0.
     uint64_t coefficientBytes = 0;
+    Orientation orientation;
 };
 
 // Throws Failure when the markers lead to no frame and scan.

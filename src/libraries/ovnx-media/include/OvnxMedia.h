@@ -58,7 +58,8 @@ struct OvnxMediaRequest {
     size_t messageSize;
 };
 
-/* A PNG file in memory, owned by the library until OvnxMediaRelease. */
+/* A PNG file in memory, upright whatever the orientation that a still picture is stored in, owned by the
+ * library until OvnxMediaRelease. */
 struct OvnxMediaPicture {
     uint8_t* bytes;
     size_t size;
