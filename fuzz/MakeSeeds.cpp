@@ -264,6 +264,19 @@ void MakeStillThumbnail(Corpus corpus) {
     corpus.Add(OneOfEach()[3].insert(2, "\xFF\xE1" + U16(30) + std::string("Exif\0\0", 6) + exif));
 }
 
+void MakeSharedThumbnail(Corpus corpus) {
+    const auto add = [&corpus](const std::string& texts) {
+        corpus.Add(samples::PngImage(64, 32, {{1, 2, 3}, {4, 5, 6}}, {texts}));
+    };
+    const std::string time = captures::PngText("Thumb::MTime", "1");
+    add(captures::PngText("Thumb::URI", "file:///a") + time + captures::PngText("Thumb::Size", "2"));
+    add(samples::PngChunk("iTXt", std::string("Thumb::URI\0\0\0\0\0file:///a", 24)) + time);
+    // "file:///a" as zlib packs it without compression.
+    add(samples::PngChunk(
+            "zTXt", std::string("Thumb::URI\0\0\x78\1\1\x09\0\xF6\xFF", 19) + "file:///a" + U32(0x0F6302C9)) +
+        time);
+}
+
 void MakeVideoFrame(Corpus corpus) {
     made::Video video;
     video.width = 64;
@@ -334,6 +347,7 @@ int main(int argc, char** argv) {
         MakeXmp({root, "xmp"});
         MakeMetadataBlock({root, "metadatablock"});
         MakeStillThumbnail({root, "still_thumbnail"});
+        MakeSharedThumbnail({root, "shared_thumbnail"});
         MakeVideoFrame({root, "video_frame"});
         MakeRemux({root, "remux"}, root / "source");
         return 0;

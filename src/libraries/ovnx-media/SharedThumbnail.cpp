@@ -59,6 +59,8 @@ class PngHead {
         if (setjmp(png_jmpbuf(png_))) return false;
         png_set_user_limits(png_, kMaxSide, kMaxSide);
         png_set_chunk_malloc_max(png_, kMaxTextBytes);
+        // Otherwise a chunk beyond that limit is a warning, and memory for all its length is taken.
+        png_set_benign_errors(png_, 0);
         png_set_chunk_cache_max(png_, kMaxTexts);
         png_set_crc_action(png_, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
         png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);

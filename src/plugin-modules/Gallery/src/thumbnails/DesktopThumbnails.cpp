@@ -101,9 +101,10 @@ DrawnPicture FindThumbnail(const ovnxmedia::MediaLibrary& media, const Thumbnail
                            const std::atomic<bool>& cancelled) {
     const Names names = NamesOf(media, key);
     if (names.uri.empty()) return {};
-    for (const FolderOfSize& size : kFolders) {
-        if (size.side <= std::min(key.width, key.height)) continue;
-        const KXP::FileDescriptor folder = OpenSizeFolder(size, Missing::Leave);
+    // From one that is hardly larger than the box, fine lines come out softer than from the file.
+    for (auto size = kFolders.rbegin(); size != kFolders.rend(); ++size) {
+        if (size->side <= std::min(key.width, key.height)) break;
+        const KXP::FileDescriptor folder = OpenSizeFolder(*size, Missing::Leave);
         if (!folder.IsOpen()) continue;
         DrawnPicture picture = Scale(media, folder, names, key, cancelled);
         if (!picture.png.empty()) return picture;

@@ -18,8 +18,8 @@ struct DrawnThumbnail {
 // All functions may be called from any thread.
 namespace desktop {
 
-// The picture in the key's box, scaled down from the smallest thumbnail of the file as it was at that time
-// that is larger than the box; none without one. Trusts nothing that it finds.
+// The picture in the key's box, scaled down from the largest thumbnail of the file as it was at that time, if
+// that is larger than the box; none otherwise. Trusts nothing that it finds.
 DrawnPicture FindThumbnail(const ovnxmedia::MediaLibrary& media, const ThumbnailCache::Key& key,
                            const std::atomic<bool>& cancelled);
 
