@@ -81,7 +81,7 @@ __attribute__((visibility("default"))) int32_t OvnxMediaVideoFrame(int fd,
                                                                    struct OvnxMediaPicture* picture);
 __attribute__((visibility("default"))) void OvnxMediaRelease(struct OvnxMediaPicture* picture);
 
-/* What a thumbnail in the cache that a desktop's programs share is to be a picture of. */
+/* The file that a thumbnail in the cache of the desktop's programs must show. */
 struct OvnxMediaOrigin {
     const char* uri;
     int64_t seconds; /* of its last change, since 1970 */

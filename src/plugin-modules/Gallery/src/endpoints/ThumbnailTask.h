@@ -15,7 +15,7 @@ class ThumbnailTask : public GalleryTaskBase<T> {
     using GalleryTaskBase<T>::GalleryTaskBase;
 
     void CancelTask() override { this->api().CancelThumbnail(cancelled_); }
-    // What other programs are left with the thumbnail keeps no page waiting.
+    // Leaves the thumbnail to other programs once the page has its answer.
     void FinishTask() override {
         GalleryTaskBase<T>::FinishTask();
         if (drawn_) this->api().ShareThumbnail(*std::exchange(drawn_, std::nullopt));

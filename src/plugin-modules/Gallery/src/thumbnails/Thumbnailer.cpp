@@ -131,7 +131,7 @@ ThumbnailCache::Text Thumbnailer::MakeInSlot(const ovnxmedia::MediaLibrary& medi
     ThumbnailCache::Text text = cache_.Find(key);
     if (text) return text;
     DrawnPicture& picture = making.thumbnail.picture;
-    // Of a video others choose another frame, and may put a frame around it.
+    // Other programs choose another frame of a video, and some draw a border around it.
     const bool isVideo = media.probe(file.get()) == OVNX_MEDIA_KIND_VIDEO;
     if (!isVideo) picture = desktop::FindThumbnail(media, key, cancelled);
     making.isDrawn = picture.png.empty();
