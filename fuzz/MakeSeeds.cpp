@@ -122,6 +122,17 @@ void MakeMp4(Corpus corpus) {
         corpus.Add(U32(1) + "mdat" + U64(size) + captures::Movie(block));
 }
 
+void MakeExif(Corpus corpus) {
+    const std::string big("MM\0*\0\0\0\x08\0\2\1\x0F\0\2\0\0\0\1\0\0\0\0\1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0",
+                          38);
+    const std::string little("II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\3\0\0\0\0\0\0\0", 26);
+    corpus.Add(big);
+    corpus.Add(little);
+    // A directory elsewhere, at the start and nowhere.
+    for (const char* offset : {"\x0C", "\0", "\xFF"})
+        corpus.Add(std::string(little).replace(4, 1, offset, 1).insert(8, "gap."));
+}
+
 // Of every format, and of its ways of storing, one small picture of noise.
 std::vector<std::string> OneOfEach() {
     using namespace stillfiles;
@@ -255,6 +266,22 @@ void MakeMetadataBlock(Corpus corpus) {
 void MakeStillThumbnail(Corpus corpus) {
     for (const std::string& file : OneOfEach())
         corpus.Add(file);
+    const std::string exif("MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0", 22);
+    corpus.Add(OneOfEach()[0].insert(33, samples::PngChunk("eXIf", exif)));
+    corpus.Add(OneOfEach()[3].insert(2, "\xFF\xE1" + U16(30) + std::string("Exif\0\0", 6) + exif));
+}
+
+void MakeSharedThumbnail(Corpus corpus) {
+    const auto add = [&corpus](const std::string& texts) {
+        corpus.Add(samples::PngImage(64, 32, {{1, 2, 3}, {4, 5, 6}}, {texts}));
+    };
+    const std::string time = captures::PngText("Thumb::MTime", "1");
+    add(captures::PngText("Thumb::URI", "file:///a") + time + captures::PngText("Thumb::Size", "2"));
+    add(samples::PngChunk("iTXt", std::string("Thumb::URI\0\0\0\0\0file:///a", 24)) + time);
+    // "file:///a" as zlib packs it without compression.
+    add(samples::PngChunk(
+            "zTXt", std::string("Thumb::URI\0\0\x78\1\1\x09\0\xF6\xFF", 19) + "file:///a" + U32(0x0F6302C9)) +
+        time);
 }
 
 void MakeVideoFrame(Corpus corpus) {
@@ -319,6 +346,7 @@ int main(int argc, char** argv) {
         MakeJpeg({root, "jpeg"});
         MakeLabelledPng({root, "labelledpng"});
         MakeMp4({root, "mp4"});
+        MakeExif({root, "exif"});
         MakeEngrave({root, "engrave"});
         MakeSampleTable({root, "sampletable"});
         MakePictureHead({root, "picturehead"});
@@ -327,6 +355,7 @@ int main(int argc, char** argv) {
         MakeXmp({root, "xmp"});
         MakeMetadataBlock({root, "metadatablock"});
         MakeStillThumbnail({root, "still_thumbnail"});
+        MakeSharedThumbnail({root, "shared_thumbnail"});
         MakeVideoFrame({root, "video_frame"});
         MakeRemux({root, "remux"}, root / "source");
         return 0;

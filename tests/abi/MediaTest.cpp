@@ -115,6 +115,32 @@ TEST_F(Thumbnails, AreOfTheFileAsItIsNow) {
         EXPECT_EQ(Ask(none), "");
 }
 
+TEST_F(Thumbnails, AreSharedWithTheDesktopForCapturesOnRecord) {
+    const TempFolder& home = plugin_.home().folder();
+    const std::string thumbnails = "cache/thumbnails/large";
+    const samples::Gradient red{{255, 0, 0}, {255, 0, 0}};
+    const samples::Gradient green{{0, 255, 0}, {0, 255, 0}};
+    const std::string foreign = home.Write("foreign.png", samples::PngImage(640, 360, red));
+    const std::string path = home.Write(
+        "Videos/ZORVEX/Ovirastream/Game/a.png",
+        samples::PngImage(640, 360, red, {samples::PngTextChunk("Software", "Ovirastream SHARE")}));
+    ASSERT_TRUE(
+        Soon([&] { return RunningPlugin::Ask("GetFileMetadata", File(path)).HasMember("fileType"); }));
+    const std::string large = R"(,"width":320,"height":320)";
+    EXPECT_EQ(Ask(foreign, large), Ask(path, large));
+    ASSERT_TRUE(Soon([&] { return home.Has(thumbnails) && !std::filesystem::is_empty(home / thumbnails); }));
+    const std::filesystem::path only = *std::filesystem::directory_iterator(home / thumbnails);
+
+    // Another picture under the same label shows which one the answer is of.
+    const std::string name = thumbnails + "/" + only.filename().string();
+    const std::string drawn = home.Read(name);
+    EXPECT_TRUE(Has(drawn, "/Game/a.png"));
+    const std::string label = drawn.substr(33, drawn.find("IDAT") - 4 - 33);
+    home.Write(name, samples::PngImage(256, 144, green, {label}));
+    EXPECT_EQ(Ask(path), Ask(home.Write("green.png", samples::PngImage(256, 144, green))));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home / thumbnails), {}), 1);
+}
+
 TEST(StoredThumbnails, OutlastTheProcessUnchanged) {
     const PluginLibrary plugin(PRODUCT_ROOT);
     const TempFolder folder;

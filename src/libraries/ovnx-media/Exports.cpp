@@ -5,6 +5,7 @@
 #include "OvnxMedia.h"
 #include "libraries/ovnx-media/CodecMemory.h"
 #include "libraries/ovnx-media/PngWriter.h"
+#include "libraries/ovnx-media/SharedThumbnail.h"
 #include "libraries/ovnx-media/Still.h"
 #include "libraries/ovnx-media/VideoFrame.h"
 
@@ -80,6 +81,18 @@ int32_t OvnxMediaStillThumbnail(int fd, const OvnxMediaRequest* request, OvnxMed
 
 int32_t OvnxMediaVideoFrame(int fd, const OvnxMediaRequest* request, OvnxMediaPicture* picture) {
     return MakePicture(fd, *request, *picture, DecodeVideoFrame);
+}
+
+int32_t OvnxMediaSharedThumbnail(int fd, const OvnxMediaOrigin* origin, const OvnxMediaRequest* request,
+                                 OvnxMediaPicture* picture) {
+    return MakePicture(fd, *request, *picture, [origin](int file, Size box, const Budget& budget) {
+        return DecodeShared(file, *origin, box, budget);
+    });
+}
+
+int32_t OvnxMediaSharedName(const char* uri, char name[OVNX_MEDIA_SHARED_NAME_SIZE]) {
+    return StatusOf({},
+                    [&] { std::snprintf(name, OVNX_MEDIA_SHARED_NAME_SIZE, "%s", SharedName(uri).c_str()); });
 }
 
 void OvnxMediaRelease(OvnxMediaPicture* picture) {

@@ -16,6 +16,7 @@ constexpr auto Number = media::_getU16BigEndianFromBytes;
 constexpr uint8_t kStartOfImage = 0xD8;
 constexpr uint8_t kEndOfImage = 0xD9;
 constexpr uint8_t kStartOfScan = 0xDA;
+constexpr uint8_t kExifSegment = 0xE1;
 constexpr uint8_t kProgressiveFrame = 0xC2;
 constexpr size_t kComponentsAt = 5;
 constexpr size_t kComponentSize = 3;
@@ -103,6 +104,7 @@ JpegHeader ReadJpegHeader(const FileBytes& file) {
     JpegHeader header;
     MarkerWalk walk(file);
     bool needsWhole = false;
+    bool hasExif = false;
     for (uint8_t marker = 0; walk.Next(marker) && marker != kEndOfImage;) {
         size_t size = 0;
         const uint8_t* const segment = walk.Segment(size);
@@ -114,6 +116,9 @@ JpegHeader ReadJpegHeader(const FileBytes& file) {
             if (header.components == 0 || size == 0) Refuse("JPEG: a scan of no frame");
             ++header.scans;
             needsWhole = needsWhole || segment[0] < header.components;
+        } else if (marker == kExifSegment && !hasExif) {
+            const std::string_view payload(reinterpret_cast<const char*>(segment), size);
+            hasExif = ReadSegmentOrientation(media::ByteView(payload), header.orientation);
         }
     }
     if (header.scans == 0) Refuse("JPEG: no picture");

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "libraries/ovnx-media/ExifOrientation.h"
 #include "libraries/ovnx-media/FileBytes.h"
 #include "libraries/ovnx-media/Picture.h"
 
@@ -15,6 +16,7 @@ struct JpegHeader {
     unsigned scans = 0;
     // What decoders keep of the whole picture when it has more than one scan, otherwise 0.
     uint64_t coefficientBytes = 0;
+    Orientation orientation;
 };
 
 // Throws Failure when the markers lead to no frame and scan.

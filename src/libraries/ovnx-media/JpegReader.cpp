@@ -8,6 +8,7 @@
 
 #include "libraries/ovnx-media/BoxAverager.h"
 #include "libraries/ovnx-media/JpegHeader.h"
+#include "libraries/ovnx-media/Turning.h"
 
 namespace ovnxmedia {
 namespace {
@@ -111,7 +112,7 @@ Picture ReadJpeg(SourceFile& source, Size box, Allowance& allowance, const Budge
     const JpegHeader header = ReadJpegHeader(file);
     CheckPixels(header.size);
     CheckScans(header);
-    const Size result = FitInside(header.size, box);
+    const Size result = FitInside(header.size, BoxAsStored(box, header.orientation));
     const Size reduced = ReducedSize(header.size, result);
     const bool isCmyk = header.components == kCmykSamples;
     allowance.Take(kDecoderBytes + header.coefficientBytes);
@@ -128,7 +129,7 @@ Picture ReadJpeg(SourceFile& source, Size box, Allowance& allowance, const Budge
     BoxAverager averager(reduced, result, 3);
     for (uint32_t y = 0; y < reduced.height; ++y)
         averager.AddRow(samples.data() + size_t{y} * reduced.width * 3);
-    return averager.Take();
+    return Turn(averager.Take(), header.orientation, allowance);
 }
 
 }  // namespace ovnxmedia

@@ -3,11 +3,14 @@
 #include <array>
 #include <csetjmp>
 #include <cstdio>
+#include <string_view>
+#include <utility>
 
 #include <png.h>
 
 #include "libraries/ovnx-media/BoxAverager.h"
 #include "libraries/ovnx-media/PngMemory.h"
+#include "libraries/ovnx-media/Turning.h"
 
 namespace ovnxmedia {
 namespace {
@@ -17,6 +20,7 @@ constexpr uint64_t kRowBytesPerColumn = 2 * 8 + 4;
 // More than any chunk that is kept needs: those that can be long are skipped.
 constexpr png_alloc_size_t kMaxChunk = 1 << 20;
 constexpr uint32_t kRowsBetweenChecks = 16;
+constexpr png_byte kExifChunk[] = "eXIf";
 
 // libpng fails by longjmp, which must not skip destructors: every call into it that can fail is made in a
 // lambda that Run calls, and neither these lambdas nor the callbacks hold objects with destructors.
@@ -59,6 +63,8 @@ class PngDecoder {
 
     Size size() const { return {png_get_image_width(png_, info_), png_get_image_height(png_, info_)}; }
     unsigned channels() const { return png_get_channels(png_, info_); }
+    // Of a chunk ahead of the pixels.
+    const Orientation& orientation() const { return orientation_; }
     bool IsInterlaced() const { return png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE; }
 
   private:
@@ -78,12 +84,22 @@ class PngDecoder {
         png_set_crc_action(png_, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
         // All that is not needed for pixels, texts and colour profiles foremost, is not even unpacked.
         png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+        // libpng's own reader of this one would allocate whatever length it claims.
+        png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_IF_SAFE, kExifChunk, 1);
+        png_set_read_user_chunk_fn(png_, this, OnChunk);
     }
 
     static void OnRead(png_structp png, png_bytep bytes, size_t size) {
         auto* const self = static_cast<PngDecoder*>(png_get_io_ptr(png));
         if (self->budget_.IsStopped() || self->budget_.IsOver()) png_error(png, "no time left");
         if (!self->reader_.Read(bytes, size)) png_error(png, "ends too early");
+    }
+
+    static int OnChunk(png_structp png, png_unknown_chunkp chunk) {
+        auto* const self = static_cast<PngDecoder*>(png_get_user_chunk_ptr(png));
+        const std::string_view data(reinterpret_cast<const char*>(chunk->data), chunk->size);
+        self->orientation_ = ReadExifOrientation(media::ByteView(data));
+        return 1;  // and libpng keeps nothing of it
     }
 
     [[noreturn]] static void OnError(png_structp png, png_const_charp message) {
@@ -97,6 +113,7 @@ class PngDecoder {
     const Budget& budget_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
+    Orientation orientation_;
     std::array<char, 160> message_{};
 };
 
@@ -142,9 +159,10 @@ Picture ReadPng(SourceFile& file, Size box, Allowance& allowance, const Budget& 
     const bool interlaced = png.IsInterlaced();
     allowance.Take(source.width * kRowBytesPerColumn);
     png.StartRows();
-    const Size result = FitInside(source, box);
-    return interlaced ? ReadPasses(png, result, allowance, budget)
-                      : ReadInOrder(png, result, allowance, budget);
+    const Size result = FitInside(source, BoxAsStored(box, png.orientation()));
+    Picture picture =
+        interlaced ? ReadPasses(png, result, allowance, budget) : ReadInOrder(png, result, allowance, budget);
+    return Turn(std::move(picture), png.orientation(), allowance);
 }
 
 }  // namespace ovnxmedia

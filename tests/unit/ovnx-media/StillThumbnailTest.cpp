@@ -169,6 +169,69 @@ std::string WithIhdr(uint32_t width, uint32_t height) {
     return With(file, 29, samples::U32(sum));
 }
 
+// Big-endian, with one entry of the orientation after `before`.
+std::string Exif(uint16_t value, uint16_t entries = 1, const std::string& before = "", uint16_t type = 3,
+                 uint32_t count = 1) {
+    return std::string("MM\0*", 4) + samples::U32(8) + samples::U16(entries) + before + samples::U16(0x0112) +
+           samples::U16(type) + samples::U32(count) + samples::U16(value) + samples::U16(0);
+}
+
+std::string WithSegment(const std::string& jpeg, const std::string& exif) {
+    const std::string data = std::string("Exif\0\0", 6) + exif;
+    return std::string(jpeg).insert(2, "\xFF\xE1" + samples::U16(uint16_t(data.size() + 2)) + data);
+}
+
+// Red grows to the right as stored, green downwards.
+std::vector<std::string> WithExif(const std::string& exif) {
+    const auto quarters = [](uint32_t x, uint32_t y) {
+        return Rgb{uint8_t(x < 32 ? 0 : 250), uint8_t(y < 16 ? 0 : 250)};
+    };
+    const auto wide = [&](uint32_t x, uint32_t y) {
+        return std::array<uint16_t, 4>{quarters(x, y)[0], quarters(x, y)[1]};
+    };
+    std::vector<std::string> files{WithSegment(Jpeg(64, 32, TJSAMP_444, 0, quarters), exif)};
+    for (const bool interlaced : {false, true})
+        files.push_back(Png(64, 32, {PNG_COLOR_TYPE_RGB, 8, interlaced}, wide)
+                            .insert(33, samples::PngChunk("eXIf", exif)));
+    return files;
+}
+
+// Where each corner, clockwise from the upper left one, is stored: "abcd" in this order.
+std::string CornersOf(const Thumbnail& one) {
+    std::string corners = one.message;
+    const uint32_t right = one.width - 1;
+    const uint32_t lower = one.height - 1;
+    for (const auto& [x, y] : {std::pair(0U, 0U), {right, 0U}, {right, lower}, {0U, lower}}) {
+        const Pixel pixel = one.PixelAt(x, y);
+        corners += pixel[1] > 125 ? (pixel[0] > 125 ? 'c' : 'd') : (pixel[0] > 125 ? 'b' : 'a');
+    }
+    return corners;
+}
+
+TEST(StillThumbnail, IsUprightAsExifSaysAndFitsTheBoxThen) {
+    const char* const corners[] = {"abcd", "badc", "cdab", "dcba", "adcb", "dabc", "cbad", "bcda"};
+    const auto expect = [&](const std::string& exif, size_t value) {
+        for (const std::string& file : WithExif(exif)) {
+            const Thumbnail one = Make(file, 24, 20);
+            ASSERT_EQ(one.message, "");
+            EXPECT_EQ(CornersOf(one), corners[value - 1]) << value;
+            EXPECT_EQ(std::pair(one.width, one.height),
+                      value < 5 ? std::pair(24U, 12U) : std::pair(10U, 20U));
+        }
+    };
+    for (uint16_t value = 1; value <= 8; ++value)
+        expect(Exif(value), value);
+    const std::string other(12, '\xFE');
+    expect(Exif(6, 2, other), 6);
+    const std::string right = Exif(6);
+    for (const std::string& none :
+         {std::string(), Exif(0), Exif(9), Exif(6, 1, "", 4), Exif(6, 1, "", 3, 2), Exif(6, 1, other),
+          right.substr(0, 18), With(right, 4, "\xFF\xFF\xFF\xFF"), With(right, 0, "MI")})
+        expect(none, 1);
+    // The first data count.
+    EXPECT_EQ(CornersOf(Make(WithSegment(WithExif(Exif(3))[0], right))), corners[5]);
+}
+
 TEST(StillThumbnail, RefusesWhatBreaksALimit) {
     const auto grey = [](int, int) { return Rgb{9, 9, 9}; };
     const auto dark = [](size_t, int, int) { return 0.0F; };

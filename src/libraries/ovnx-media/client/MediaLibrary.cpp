@@ -25,6 +25,8 @@ MediaLibrary::MediaLibrary(const std::string& folder) {
     Find(library, "OvnxMediaProbe", probe);
     Find(library, "OvnxMediaStillThumbnail", stillThumbnail);
     Find(library, "OvnxMediaVideoFrame", videoFrame);
+    Find(library, "OvnxMediaSharedThumbnail", sharedThumbnail);
+    Find(library, "OvnxMediaSharedName", sharedName);
     Find(library, "OvnxMediaRelease", release);
     Find(library, "OvnxMediaRemux", remux);
     Find(library, "OvnxMediaKeyframes", keyframes);

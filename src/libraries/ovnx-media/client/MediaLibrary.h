@@ -16,6 +16,8 @@ struct MediaLibrary {
     decltype(&OvnxMediaProbe) probe = nullptr;
     decltype(&OvnxMediaStillThumbnail) stillThumbnail = nullptr;
     decltype(&OvnxMediaVideoFrame) videoFrame = nullptr;
+    decltype(&OvnxMediaSharedThumbnail) sharedThumbnail = nullptr;
+    decltype(&OvnxMediaSharedName) sharedName = nullptr;
     decltype(&OvnxMediaRelease) release = nullptr;
     decltype(&OvnxMediaRemux) remux = nullptr;
     decltype(&OvnxMediaKeyframes) keyframes = nullptr;

@@ -58,7 +58,8 @@ struct OvnxMediaRequest {
     size_t messageSize;
 };
 
-/* A PNG file in memory, owned by the library until OvnxMediaRelease. */
+/* A PNG file in memory, upright whatever the orientation that a still picture is stored in, owned by the
+ * library until OvnxMediaRelease. */
 struct OvnxMediaPicture {
     uint8_t* bytes;
     size_t size;
@@ -79,6 +80,24 @@ __attribute__((visibility("default"))) int32_t OvnxMediaVideoFrame(int fd,
                                                                    const struct OvnxMediaRequest* request,
                                                                    struct OvnxMediaPicture* picture);
 __attribute__((visibility("default"))) void OvnxMediaRelease(struct OvnxMediaPicture* picture);
+
+/* The file that a thumbnail in the cache of the desktop's programs must show. */
+struct OvnxMediaOrigin {
+    const char* uri;
+    int64_t seconds; /* of its last change, since 1970 */
+    uint64_t size;   /* bytes */
+};
+
+/* Scales down a thumbnail of that cache. OVNX_MEDIA_UNKNOWN_FORMAT when it is a picture of anything else, or
+ * not larger than the box. */
+__attribute__((visibility("default"))) int32_t OvnxMediaSharedThumbnail(
+    int fd, const struct OvnxMediaOrigin* origin, const struct OvnxMediaRequest* request,
+    struct OvnxMediaPicture* picture);
+
+/* Fills `name` with the name that the thumbnail has in each folder of the cache. */
+#define OVNX_MEDIA_SHARED_NAME_SIZE 37
+__attribute__((visibility("default"))) int32_t OvnxMediaSharedName(const char* uri,
+                                                                   char name[OVNX_MEDIA_SHARED_NAME_SIZE]);
 
 enum OvnxMediaRemuxFlags {
     OVNX_MEDIA_REMUX_AT_KEYFRAME =

@@ -145,11 +145,28 @@ std::string ZvGalleryAPI::GalleryPathForPages() {
 }
 
 bool ZvGalleryAPI::GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
-                                const std::atomic<bool>& cancelled, ThumbnailCache::Text& thumbnail) {
+                                const std::atomic<bool>& cancelled, ThumbnailCache::Text& thumbnail,
+                                std::optional<DrawnThumbnail>& drawn) {
     std::string error;
-    thumbnail = thumbnailer_.Make(file, width, height, cancelled, error);
-    if (!thumbnail) KXP_LOG(KXP::LogDetail, "No thumbnail of %s: %s", file.c_str(), error.c_str());
-    return thumbnail != nullptr;
+    thumbnail = thumbnailer_.Make(file, width, height, cancelled, drawn, error);
+    if (!thumbnail) {
+        KXP_LOG(KXP::LogDetail, "No thumbnail of %s: %s", file.c_str(), error.c_str());
+        return false;
+    }
+    // Other programs need not learn which files outside of the gallery were looked at.
+    const std::shared_ptr<UGCTracker> tracker = GetUGCTracker();
+    if (drawn && !(tracker && tracker->IsTrackedFile(file))) drawn.reset();
+    return true;
+}
+
+void ZvGalleryAPI::ShareThumbnail(DrawnThumbnail drawn) {
+    const auto shared = std::make_shared<const DrawnThumbnail>(std::move(drawn));
+    queue_.ExecuteAsync(
+        [shared] {
+            Thumbnailer::Share(*shared);
+            return KXP::TaskStatusDone;
+        },
+        queue_.Now(), "");
 }
 
 int32_t ZvGalleryAPI::CheckIfZv(const std::string& path, bool& isOwn) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -77,9 +78,13 @@ class ZvGalleryAPI : public ITrackerHost, public std::enable_shared_from_this<Zv
 
     // Sets `thumbnail` to the file's picture, scaled to fit `width` by `height` pixels and never enlarged, as
     // a text that begins "data:image/png;base64,". Returns false, and logs, when the file has none. Not on
-    // the worker: a decoder may take long, and only two run at a time.
+    // the worker: a decoder may take long, and only two run at a time. Sets `drawn` when ShareThumbnail is to
+    // be called with it once the request is answered.
     bool GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
-                      const std::atomic<bool>& cancelled, ThumbnailCache::Text& thumbnail);
+                      const std::atomic<bool>& cancelled, ThumbnailCache::Text& thumbnail,
+                      std::optional<DrawnThumbnail>& drawn);
+    // Leaves a thumbnail to the desktop's programs, on a thread of its own.
+    void ShareThumbnail(DrawnThumbnail drawn);
     // Sets `cancelled` and ends the GetThumbnail that was called with it.
     void CancelThumbnail(std::atomic<bool>& cancelled) { thumbnailer_.Cancel(cancelled); }
 

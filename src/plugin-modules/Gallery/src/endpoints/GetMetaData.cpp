@@ -46,7 +46,7 @@ KXP::RetVal GetMetaData::ExecuteAsync(const KXP::Value& params) {
         }
         ugc_ = std::move(ugc);
         if (ugc_->fileType == "other" || !box.IsWanted()) return {};
-        if (!api().GetThumbnail(file, box.width, box.height, cancelled_, thumbnail_))
+        if (!Make(file, box.width, box.height))
             KXP_LOG(KXP::LogMilestone, "GetMetaData - Unable to get thumbnail");
         return {};
     });
@@ -74,5 +74,5 @@ void GetMetaData::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
             allocator);
     }
     take("memeInfo");
-    if (thumbnail_) response.AddMember("thumbnail", KXP::ReferTo(*thumbnail_), allocator);
+    Write(response, allocator);
 }

@@ -1,23 +1,18 @@
 // The request for the record of one capture, with a thumbnail if the page wants one.
 #pragma once
 
-#include <atomic>
 #include <optional>
-#include <string>
 
-#include "plugin-modules/Gallery/src/endpoints/GalleryTaskBase.h"
+#include "plugin-modules/Gallery/src/endpoints/ThumbnailTask.h"
 
-class GetMetaData : public GalleryTaskBase<GetMetaData> {
+class GetMetaData : public ThumbnailTask<GetMetaData> {
   public:
-    using GalleryTaskBase::GalleryTaskBase;
+    using ThumbnailTask::ThumbnailTask;
 
     KXP::RetVal ExecuteAsync(const KXP::Value& params) override;
     // Writes nothing for a file that is not on record.
     void FinishAsync(KXP::Value& response, KXP::Allocator& allocator) override;
-    void CancelTask() override { api().CancelThumbnail(cancelled_); }
 
   private:
-    std::atomic<bool> cancelled_{false};
     std::optional<TrackedUGC> ugc_;
-    ThumbnailCache::Text thumbnail_;
 };

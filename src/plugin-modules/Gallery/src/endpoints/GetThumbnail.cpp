@@ -8,12 +8,7 @@ KXP::RetVal GetThumbnail::ExecuteAsync(const KXP::Value& params) {
         const auto file = KXP::jsonGetValue<std::string>(params, "file");
         const auto width = KXP::jsonGetValue<unsigned int>(params, "width");
         const auto height = KXP::jsonGetValue<unsigned int>(params, "height");
-        if (!api().GetThumbnail(file, width, height, cancelled_, thumbnail_))
-            KXP_LOG(KXP::LogMilestone, "GetThumbnail - Unable to get thumbnail");
+        if (!Make(file, width, height)) KXP_LOG(KXP::LogMilestone, "GetThumbnail - Unable to get thumbnail");
         return {};
     });
-}
-
-void GetThumbnail::FinishAsync(KXP::Value& response, KXP::Allocator& allocator) {
-    if (thumbnail_) response.AddMember("thumbnail", KXP::ReferTo(*thumbnail_), allocator);
 }

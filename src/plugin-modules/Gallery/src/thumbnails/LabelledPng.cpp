@@ -1,7 +1,5 @@
 #include "plugin-modules/Gallery/src/thumbnails/LabelledPng.h"
 
-#include <cstdint>
-
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 
 namespace {
@@ -73,6 +71,15 @@ std::string LabelOf(const ThumbnailCache::Key& key) {
     AppendText(label, "Time", std::to_string(key.time));
     AppendText(label, "Size", std::to_string(key.size));
     AppendText(label, "Box", std::to_string(key.width) + "x" + std::to_string(key.height));
+    AppendText(label, "Software", THUMBNAIL_SOFTWARE);
+    return label;
+}
+
+std::string DesktopLabelOf(const std::string& uri, int64_t seconds, uint64_t size) {
+    std::string label;
+    AppendText(label, "Thumb::URI", uri);
+    AppendText(label, "Thumb::MTime", std::to_string(seconds));
+    AppendText(label, "Thumb::Size", std::to_string(size));
     AppendText(label, "Software", THUMBNAIL_SOFTWARE);
     return label;
 }

@@ -2,6 +2,7 @@
 // which say what it is a picture of. No other byte differs: without them it is the answer again.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,9 @@ constexpr size_t kMaxLabelBytes = 8192;
 // Path, time in nanoseconds, size, box, and the version of the software that has drawn the picture. Throws
 // std::bad_alloc, like all of these.
 std::string LabelOf(const ThumbnailCache::Key& key);
+
+// The label by which the desktop's programs recognise a thumbnail. The time is in seconds since 1970.
+std::string DesktopLabelOf(const std::string& uri, int64_t seconds, uint64_t size);
 
 // Empty for what is too short for a PNG.
 KXP::LargeString AddLabel(std::string_view png, std::string_view label);

@@ -9,7 +9,7 @@
 #include "base/NewFile.h"
 #include "base/Places.h"
 #include "base/ReadWrite.h"
-#include "common/text/TextUtil.h"
+#include "plugin-modules/Gallery/src/thumbnails/CacheFolder.h"
 #include "plugin-modules/Gallery/src/thumbnails/LabelledPng.h"
 #include "plugin-modules/Gallery/src/thumbnails/ThumbnailSweep.h"
 
@@ -35,29 +35,15 @@ std::string FileNameOf(const ThumbnailCache::Key& key) {
     return name + std::string(kThumbnailSuffix);
 }
 
-bool IsOwn(const struct stat& status) {
-    return status.st_uid == geteuid();
-}
-
 bool MakePrivate(const KXP::FileDescriptor& folder) {
     struct stat status {};
-    if (fstat(folder.get(), &status) != 0 || !IsOwn(status)) return false;
+    if (fstat(folder.get(), &status) != 0) return false;
     return (status.st_mode & 077) == 0 || fchmod(folder.get(), 0700) == 0;
 }
 
-enum class Missing { Leave, Make };
-
-// Follows no link below the user's cache. Closed when there is no folder for the user alone.
-KXP::FileDescriptor OpenCache(Missing missing) {
-    const std::string cache = KXP::Platform::CacheFolder();
-    if (missing == Missing::Make) (void)mkdir(cache.c_str(), 0700);
-    KXP::FileDescriptor folder = KXP::OpenFolder(cache);
-    for (const std::string& name : KXP::SplitString(std::string(KXP::kProductFolder) + "/Thumbnails", '/')) {
-        if (name.empty()) continue;
-        if (!folder.IsOpen()) return {};
-        if (missing == Missing::Make) (void)mkdirat(folder.get(), name.c_str(), 0700);
-        folder = KXP::OpenFolderAt(folder, name);
-    }
+// Closed when there is no folder for the user alone.
+KXP::FileDescriptor OpenThumbnails(Missing missing) {
+    KXP::FileDescriptor folder = OpenInCache(std::string(KXP::kProductFolder) + "/Thumbnails", missing);
     return folder.IsOpen() && MakePrivate(folder) ? std::move(folder) : KXP::FileDescriptor();
 }
 
@@ -71,7 +57,7 @@ ThumbnailFiles::ThumbnailFiles(uint64_t maxBytes)
     : maxBytes_(maxBytes), sweepBytes_(maxBytes / 16), sinceSweep_(sweepBytes_) {}
 
 KXP::LargeString ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
-    const KXP::FileDescriptor folder = OpenCache(Missing::Leave);
+    const KXP::FileDescriptor folder = OpenThumbnails(Missing::Leave);
     if (!IsWholePath(key.path) || !folder.IsOpen()) return "";
     struct stat status {};
     const KXP::FileDescriptor file =
@@ -90,11 +76,12 @@ void ThumbnailFiles::Put(const ThumbnailCache::Key& key, std::string_view png) {
     const KXP::LargeString bytes = AddLabel(png, LabelOf(key));
     if (bytes.empty() || bytes.size() > kMaxFileBytes) return;
     {
-        KXP::NewFile file(OpenCache(Missing::Make), FileNameOf(key));
+        KXP::NewFile file(OpenThumbnails(Missing::Make), FileNameOf(key));
         if (!file.IsOpen() || !KXP::WriteFully(file.descriptor(), bytes) || !file.PutOver()) return;
     }
     // What another process writes meanwhile has room in what is left free.
-    if (MustSweepAfter(bytes.size())) SweepThumbnails(OpenCache(Missing::Leave), maxBytes_ - 2 * sweepBytes_);
+    if (MustSweepAfter(bytes.size()))
+        SweepThumbnails(OpenThumbnails(Missing::Leave), maxBytes_ - 2 * sweepBytes_);
 }
 
 bool ThumbnailFiles::MustSweepAfter(uint64_t bytes) {

@@ -1,7 +1,6 @@
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
 
 #include <algorithm>
-#include <array>
 #include <exception>
 #include <memory>
 #include <string_view>
@@ -32,10 +31,6 @@ std::unique_ptr<const ovnxmedia::MediaLibrary> OpenOrLog() {
 const ovnxmedia::MediaLibrary* Media() {
     static const std::unique_ptr<const ovnxmedia::MediaLibrary> media = OpenOrLog();
     return media.get();
-}
-
-int IsCancelled(void* context) {
-    return *static_cast<const std::atomic<bool>*>(context) ? 1 : 0;
 }
 
 void FillKey(const struct stat& status, ThumbnailCache::Key& key) {
@@ -70,32 +65,21 @@ ThumbnailCache::Text AsDataUrl(std::string_view png) {
     return std::make_shared<const KXP::LargeString>(std::move(text));
 }
 
-// The picture as a PNG; empty, with the reason in `error`, when there is none.
-KXP::LargeString Decode(const ovnxmedia::MediaLibrary& media, int file, const ThumbnailCache::Key& key,
-                        const std::atomic<bool>& cancelled, std::string& error) {
-    std::array<char, 256> message{};
-    OvnxMediaRequest request{};
-    request.width = key.width;
-    request.height = key.height;
-    request.stop = &IsCancelled;
-    request.context = const_cast<std::atomic<bool>*>(&cancelled);
-    request.message = message.data();
-    request.messageSize = message.size();
-    const bool isVideo = media.probe(file) == OVNX_MEDIA_KIND_VIDEO;
-    OvnxMediaPicture picture{};
-    const int32_t status = (isVideo ? media.videoFrame : media.stillThumbnail)(file, &request, &picture);
-    if (status != OVNX_MEDIA_OK) {
-        error = message.data();
-        return "";
-    }
-    const std::unique_ptr<OvnxMediaPicture, decltype(media.release)> owner(&picture, media.release);
-    return {reinterpret_cast<const char*>(picture.bytes), picture.size};
+DrawnPicture DrawFile(const ovnxmedia::MediaLibrary& media, int file, bool isVideo,
+                      const ThumbnailCache::Key& key, const std::atomic<bool>& cancelled,
+                      std::string& error) {
+    const auto draw = isVideo ? media.videoFrame : media.stillThumbnail;
+    return DrawInBox(media, key.width, key.height, cancelled, error,
+                     [&](const OvnxMediaRequest* request, OvnxMediaPicture* picture) {
+                         return draw(file, request, picture);
+                     });
 }
 
 }  // namespace
 
 ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, uint32_t height,
-                                       const std::atomic<bool>& cancelled, std::string& error) {
+                                       const std::atomic<bool>& cancelled,
+                                       std::optional<DrawnThumbnail>& drawn, std::string& error) {
     ThumbnailCache::Key key{path, 0, 0, width, height};
     struct stat status {};
     if (stat(path.c_str(), &status) == 0) {
@@ -109,10 +93,16 @@ ThumbnailCache::Text Thumbnailer::Make(const std::string& path, uint32_t width, 
         error = "there is no media module";
         return nullptr;
     }
-    KXP::LargeString png;
-    ThumbnailCache::Text text = MakeInSlot(*media, key, cancelled, png, error);
-    if (!png.empty()) files_.Put(key, png);
+    Making making{{key, {}}};
+    ThumbnailCache::Text text = MakeInSlot(*media, making, cancelled, error);
+    if (!making.mayBeStored) return text;
+    files_.Put(making.thumbnail.key, making.thumbnail.picture.png);
+    if (making.isDrawn) drawn = std::move(making.thumbnail);
     return text;
+}
+
+void Thumbnailer::Share(const DrawnThumbnail& drawn) {
+    if (const ovnxmedia::MediaLibrary* const media = Media()) desktop::LeaveThumbnail(*media, drawn);
 }
 
 ThumbnailCache::Text Thumbnailer::FindOnDisk(const ThumbnailCache::Key& key) {
@@ -125,15 +115,15 @@ ThumbnailCache::Text Thumbnailer::FindOnDisk(const ThumbnailCache::Key& key) {
     return text;
 }
 
-ThumbnailCache::Text Thumbnailer::MakeInSlot(const ovnxmedia::MediaLibrary& media, ThumbnailCache::Key& key,
-                                             const std::atomic<bool>& cancelled, KXP::LargeString& png,
-                                             std::string& error) {
+ThumbnailCache::Text Thumbnailer::MakeInSlot(const ovnxmedia::MediaLibrary& media, Making& making,
+                                             const std::atomic<bool>& cancelled, std::string& error) {
     // Requests that wait hold no open file, however many they are.
     if (!slots_.Take(cancelled)) {
         error = "cancelled";
         return nullptr;
     }
     const SlotOwner slot(slots_);
+    ThumbnailCache::Key& key = making.thumbnail.key;
     struct stat status {};
     const KXP::FileDescriptor file = KXP::OpenForRead(key.path);
     if (!file.IsOpen() || fstat(file.get(), &status) != 0) {
@@ -144,11 +134,16 @@ ThumbnailCache::Text Thumbnailer::MakeInSlot(const ovnxmedia::MediaLibrary& medi
     // Another request may have made the same picture meanwhile.
     ThumbnailCache::Text text = cache_.Find(key);
     if (text) return text;
-    png = Decode(media, file.get(), key, cancelled, error);
-    if (png.empty()) return nullptr;
-    text = AsDataUrl(png);
+    DrawnPicture& picture = making.thumbnail.picture;
+    // Other programs choose another frame of a video, and some draw a border around it.
+    const bool isVideo = media.probe(file.get()) == OVNX_MEDIA_KIND_VIDEO;
+    if (!isVideo) picture = desktop::FindThumbnail(media, key, cancelled);
+    making.isDrawn = picture.png.empty();
+    if (making.isDrawn) picture = DrawFile(media, file.get(), isVideo, key, cancelled, error);
+    if (picture.png.empty()) return nullptr;
+    text = AsDataUrl(picture.png);
     cache_.Put(key, text);
     // The picture of a file that is being written would outlast the process.
-    if (!IsStill(file, key)) png.clear();
+    making.mayBeStored = IsStill(file, key);
     return text;
 }

@@ -1,0 +1,5 @@
+#include "plugin-modules/Gallery/src/thumbnails/DesktopThumbnails.h"
+
+std::string desktop::ThumbnailsFolder() {
+    return "thumbnails";
+}
