@@ -67,6 +67,15 @@ void AddExrLimits(Corpus& corpus) {
             corpus.Add(Exr(Part(kMostPixels / kLines[method] + more, 1, method)));
         }
     }
+    // As far out as may be, and one pixel further.
+    for (const uint32_t more : {0, 1}) {
+        std::string file = Exr(Part(9, 9, 0), 2, 400);
+        const size_t window = file.find("box2i") + 10;
+        constexpr uint32_t kFar = INT32_MAX / 2;
+        corpus.Add(
+            file.replace(window, 4, Little(kFar - 8 + more)).replace(window + 8, 4, Little(kFar + more)));
+        corpus.Add(file.replace(window, 4, Little(-kFar - more)).replace(window + 8, 4, Little(-kFar + 8)));
+    }
     corpus.Add(Exr(Part(9, 9, std::size(kLines))));
     corpus.Add(Exr(Part(9, 9, 3, {}, 2)));
     corpus.Add(Exr(Part(1 << 30, 1, 0)));
