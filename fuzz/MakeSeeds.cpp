@@ -33,9 +33,7 @@ constexpr std::string_view kInner =
 
 // The target labels them itself.
 void MakeLabelledPng(Corpus corpus) {
-    corpus.Add(captures::Png(""));
-    corpus.Add(captures::Png(samples::PngChunk("iTXt", std::string("Path\0\0\0\0\0/g/b.png", 17))));
-    corpus.Add(captures::Png("").substr(0, 50));
+    AddLabelledPngs(corpus);
 }
 
 void MakePng(Corpus corpus) {
@@ -211,6 +209,7 @@ void MakePictureHead(Corpus corpus) {
         corpus.Add(file);
     std::string tiled = stillfiles::Exr(20, 10, {}, [](size_t, int, int) { return 1.0F; });
     corpus.Add(tiled.replace(5, 1, "\2"));
+    AddPictureHeads(corpus);
 }
 
 void MakeMp4Header(Corpus corpus) {

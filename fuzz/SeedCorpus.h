@@ -28,3 +28,6 @@ class Corpus {
 // Those that are text, and those of the host.
 void MakeTextSeeds(const std::filesystem::path& root);
 void MakeHostSeeds(const std::filesystem::path& root);
+// Those of headers, for MakeSeeds.
+void AddPictureHeads(Corpus& corpus);
+void AddLabelledPngs(Corpus& corpus);

@@ -149,6 +149,13 @@ void* realloc(void* block, size_t size) noexcept {
     return mark ? ResizeBlock(block, *mark, size) : __libc_realloc(block, size);
 }
 
+void* reallocarray(void* block, size_t count, size_t size) noexcept {
+    size_t bytes = 0;
+    if (!__builtin_mul_overflow(count, size, &bytes)) return realloc(block, bytes);
+    errno = ENOMEM;
+    return nullptr;
+}
+
 void free(void* block) noexcept {
     if (const Mark* const mark = MarkOf(block)) {
         UnmapBlock(block, *mark);
