@@ -146,7 +146,7 @@ class Campaign {
             product.Down();
             if (!product.Up()) return Fail("it does not start again");
         }
-        (void)product.Ask("GetSettings", "{}");
+        if (!ChooseGallery(product, gallery_)) Fail("the settings cannot be changed");
         Fail(gallery_.AwaitTrueRecord());
         product.Down();
     }
@@ -155,7 +155,8 @@ class Campaign {
     void Examine(const Operation& operation) {
         Product product(productRoot_, home_);
         if (!product.Up()) return Fail("it does not start after that");
-        std::string why = gallery_.AwaitTrueRecord();
+        std::string why = ChooseGallery(product, gallery_) ? "" : "the settings cannot be changed\n";
+        why += gallery_.AwaitTrueRecord();
         if (product.Ask("GetSettings", "{}").find(R"("_return_code":0)") == std::string::npos)
             why += "the settings are lost\n";
         product.Down();

@@ -36,6 +36,11 @@ bool Caption(Product& product, const std::string& path) {
         "AddMeme", "{" + Member("file", path) + R"(,"memeInfo":{"topBarText":"new","bottomBarText":""}})"));
 }
 
+bool ChangeGallery(Product& product, const std::string& folder) {
+    return Succeeded(
+        product.Ask("SetSettings", "{\"settings\":{" + Member("userGalleryPath", folder) + "}}"));
+}
+
 // A capture that the watcher has to find.
 bool Capture(const SmallGallery& gallery) {
     gallery.AddPicture("Race/new.png");
@@ -44,6 +49,10 @@ bool Capture(const SmallGallery& gallery) {
 }
 
 }  // namespace
+
+bool ChooseGallery(Product& product, const SmallGallery& gallery) {
+    return ChangeGallery(product, gallery.folder());
+}
 
 const std::vector<Operation>& Operations() {
     using G = const SmallGallery&;
@@ -77,6 +86,13 @@ const std::vector<Operation>& Operations() {
          [](Product& p, G) {
              return Succeeded(
                  p.Ask("SetSettings", R"({"settings":{"capacity":{"enabled":false,"capacityPercent":40}}})"));
+         },
+         nullptr, nullptr},
+        {"gallery", false,
+         [](Product& p, G g) {
+             const bool changed = ChangeGallery(p, g.folder() + "2") && ChooseGallery(p, g);
+             g.AddPicture("Race/new.png");  // whichever gallery it is, somebody has to watch it
+             return changed;
          },
          nullptr, nullptr},
         {"cut", false, [](Product& p, G g) { return Trim(p, g.Path("Race/a.mp4"), g.Path("Race/clip.mp4")); },

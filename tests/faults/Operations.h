@@ -17,3 +17,6 @@ struct Operation {
 };
 
 const std::vector<Operation>& Operations();
+
+// The gallery is the one that all is checked in, whatever an operation has left.
+bool ChooseGallery(Product& product, const SmallGallery& gallery);

@@ -32,26 +32,43 @@ bool WorkEnd::Await(const std::atomic<uint64_t>& progress, std::chrono::millisec
 
 bool RunUnlessStuck(std::function<void()> work, const std::atomic<uint64_t>& progress,
                     std::shared_ptr<void> owner, std::chrono::milliseconds limit) {
-    const auto end = std::make_shared<WorkEnd>();
+    struct Outcome {
+        WorkEnd end;
+        std::exception_ptr thrown;
+    };
+    const auto outcome = std::make_shared<Outcome>();
     std::thread thread;
     try {
-        thread = std::thread([work, end, owner]() mutable {
+        thread = std::thread([work, outcome, owner]() mutable {
             NameLibraryThread("END");
-            work();
+            try {
+                work();
+            } catch (...) {
+                outcome->thrown = std::current_exception();
+            }
             work = nullptr;
-            end->Report();
+            outcome->end.Report();
             owner.reset();
         });
     } catch (const std::exception&) {
         work();
         return true;
     }
-    if (end->Await(progress, limit)) {
-        thread.join();
-        return true;
+    if (!outcome->end.Await(progress, limit)) {
+        AbandonThread(std::move(thread));
+        return false;
     }
-    AbandonThread(std::move(thread));
-    return false;
+    thread.join();
+    if (outcome->thrown) std::rethrow_exception(outcome->thrown);
+    return true;
+}
+
+bool BoundedLook::Run(const std::function<void()>& look, std::shared_ptr<void> owner) {
+    if (!underWay_.expired()) return false;
+    const auto token = std::make_shared<char>();
+    underWay_ = token;
+    static const std::atomic<uint64_t> none{0};
+    return RunUnlessStuck([token, look] { look(); }, none, std::move(owner));
 }
 
 }  // namespace KXP

@@ -31,8 +31,20 @@ class WorkEnd {
 
 // Runs `work` on a thread of its own, or on the calling one where none can be started, and waits for its end.
 // Returns false if the work gets stuck: its thread is then abandoned. `work` and `owner` are kept until it
-// ends. `progress` is not used after the return.
+// ends. `progress` is not used after the return. Throws what `work` throws, which is lost once it is
+// abandoned.
 bool RunUnlessStuck(std::function<void()> work, const std::atomic<uint64_t>& progress,
                     std::shared_ptr<void> owner, std::chrono::milliseconds limit = kStuckAfter);
+
+// Looks at one place whose disk may not answer, by one thread.
+class BoundedLook {
+  public:
+    // The same as RunUnlessStuck for work that has no progress. While an earlier look is stuck, returns false
+    // at once.
+    bool Run(const std::function<void()>& look, std::shared_ptr<void> owner);
+
+  private:
+    std::weak_ptr<void> underWay_;
+};
 
 }  // namespace KXP

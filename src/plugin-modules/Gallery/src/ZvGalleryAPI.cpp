@@ -144,6 +144,12 @@ std::string ZvGalleryAPI::GalleryPathForPages() {
     }
 }
 
+std::string ZvGalleryAPI::GalleryPathSoon() {
+    const auto path = std::make_shared<std::string>();
+    const auto look = [this, hub = weak_from_this().lock(), path] { *path = GalleryPathForPages(); };
+    return galleryLook_.Run(look, queue_.Owner()) ? *path : settings_.GetUserGalleryPath();
+}
+
 bool ZvGalleryAPI::GetThumbnail(const std::string& file, uint32_t width, uint32_t height,
                                 const std::atomic<bool>& cancelled, ThumbnailCache::Text& thumbnail,
                                 std::optional<DrawnThumbnail>& drawn) {

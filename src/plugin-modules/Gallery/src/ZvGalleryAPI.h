@@ -50,6 +50,8 @@ class ZvGalleryAPI : public ITrackerHost, public std::enable_shared_from_this<Zv
     std::string GetGalleryPath() override;
     // The gallery's folder for pages, who need it even while its drive is gone. Without a "/" at its end.
     std::string GalleryPathForPages();
+    // The same without waiting for its disk: if that does not answer, the stored path. Worker.
+    std::string GalleryPathSoon();
     // Never null; usable for as long as the caller holds it.
     std::shared_ptr<Transcoder> GetTranscoder() const { return transcoder_; }
     montage::RecipeSync& Recipes() { return recipes_; }
@@ -160,6 +162,7 @@ class ZvGalleryAPI : public ITrackerHost, public std::enable_shared_from_this<Zv
     montage::RecipeSync recipes_;
     // The tracker uses it until it ends.
     const std::shared_ptr<Transcoder> transcoder_ = std::make_shared<Transcoder>();
+    KXP::BoundedLook galleryLook_;
     mutable KXP::Mutex trackerMutex_;
     std::shared_ptr<UGCTracker> tracker_ GUARDED_BY(trackerMutex_);
 };

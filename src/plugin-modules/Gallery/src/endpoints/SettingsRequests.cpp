@@ -1,6 +1,5 @@
 #include "plugin-modules/Gallery/src/endpoints/SettingsRequests.h"
 
-#include <atomic>
 #include <chrono>
 #include <utility>
 
@@ -29,7 +28,7 @@ static_assert(kFollowPeriod.count() > KXP::TaskQueue::kStallTimeoutMs);
 
 const KXP::RetVal kUnusablePath{kInvalidArgument, "Invalid path defined", 0};
 
-// Of settings that could not be read at the start.
+// Of settings that could not be read at the start, and of a tracker that could not be made.
 constexpr std::chrono::seconds kReadAgainPeriod{10};
 
 // Two folders that do not exist have no place by which they could be the same.
@@ -39,8 +38,7 @@ bool IsSameFolder(const std::string& a, const std::string& b) {
 
 // Whether the disk of the folder answers, for a folder that the worker is about to use.
 bool Answers(const std::string& folder) {
-    static const std::atomic<uint64_t> none{0};
-    if (KXP::RunUnlessStuck([folder] { (void)KXP::DirectoryExists(folder); }, none, nullptr)) return true;
+    if (KXP::BoundedLook().Run([folder] { (void)KXP::DirectoryExists(folder); }, nullptr)) return true;
     KXP_LOG(KXP::LogFailure, "The disk of %s does not answer", folder.c_str());
     return false;
 }
@@ -58,6 +56,7 @@ void SettingsRequests::FollowRegularly() {
 void SettingsRequests::Follow() {
     api_.AssertOnWorker();
     if (!settings_.IsRead()) return ReadAgainIfDue();
+    ReplaceStoppedTracker();
     std::string gallery;
     const SettingsSet news = settings_.FollowFile(gallery);
     if ((news & kUserGalleryPath) != 0) FollowGallery(gallery);
@@ -75,6 +74,19 @@ void SettingsRequests::ReadAgainIfDue() {
     const KXP::RetVal read = ReadAgain();
     if (read.Failed() && settings_.IsRead())
         KXP_LOG(KXP::LogFailure, "The gallery cannot be used: %s", KXP::ToStr(read).c_str());
+}
+
+// One that a change of the gallery has stopped before it failed.
+void SettingsRequests::ReplaceStoppedTracker() {
+    const std::shared_ptr<UGCTracker> tracker = api_.GetUGCTracker();
+    if (!tracker || !tracker->HasStopped() || clock_.Now() - lastRead_ < kReadAgainPeriod) return;
+    lastRead_ = clock_.Now();
+    const KXP::RetVal result = KXP::RunRequest([&]() -> KXP::RetVal {
+        api_.ReInitializeTracker(false);
+        return {};
+    });
+    if (result.Failed())
+        KXP_LOG(KXP::LogFailure, "The gallery cannot be used: %s", KXP::ToStr(result).c_str());
 }
 
 void SettingsRequests::FollowGallery(const std::string& path) {
@@ -108,7 +120,7 @@ void SettingsRequests::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator&
         return KXP::Value(KXP::ToValidUtf8(value), allocator);
     };
     KXP::Value settings(rapidjson::kObjectType);
-    settings.AddMember("path", text(api_.GalleryPathForPages()), allocator);
+    settings.AddMember("path", text(api_.GalleryPathSoon()), allocator);
     settings.AddMember("userGalleryPath", text(settings_.GetUserGalleryPath()), allocator);
     settings.AddMember("tempFolderPath", text(settings_.GetTempFolder()), allocator);
     settings.AddMember("trackerStatus", text(TrackerUpdateStateName(settings_.GetTrackerUpdateState())),

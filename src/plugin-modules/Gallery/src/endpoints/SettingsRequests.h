@@ -41,12 +41,14 @@ class SettingsRequests {
     // Nothing to do once the settings are read.
     KXP::RetVal ReadAgain();
     void ReadAgainIfDue();
+    void ReplaceStoppedTracker();
     void WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator);
     KXP::RetVal ApplySettings(const KXP::Value& wanted);
     KXP::RetVal ApplyGalleryPath(const std::string& path, Progress& progress);
     void FollowGallery(const std::string& path);
     // Sets `changed` if the gallery in force is another one, on whose disk nobody waits. `set` puts the path
-    // into the settings. When the new gallery gets no tracker, the settings stay.
+    // into the settings. When the new gallery gets no tracker, the settings stay, and Follow makes
+    // another tracker for the old one.
     KXP::RetVal UseGallery(const std::string& path, bool (Settings::*set)(const std::string&), bool& changed);
     KXP::RetVal ApplyTempFolder(const std::string& path, Progress& progress);
     void ApplyCapacity(const KXP::Value& capacity, Progress& progress);

@@ -1,10 +1,13 @@
 // How a tracker starts and stops.
 #include "plugin-modules/Gallery/src/tracker/UGCTracker.h"
 
+#include <exception>
+
 #include "CobalixUtil.h"
 #include "base/FreedMemory.h"
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
+#include "common/results/Exception.h"
 #include "libraries/share-common/ShareFolder.h"
 #include "plugin-modules/Gallery/src/settings/GalleryPaths.h"
 #include "plugin-modules/Gallery/src/tracker/FailedLook.h"
@@ -21,6 +24,16 @@ constexpr size_t kAllUnreported = SIZE_MAX;
 // Support looks for this line in the log; the journal deletes stale files when it is opened.
 void DeleteUniqueTrackerFiles() {
     KXP_LOG(KXP::LogFailure, "DeleteUniqueTrackerFiles not implemented");
+}
+
+// A step of a stop: those after it happen in any case.
+template <typename Step>
+void Attempt(const Step& step) {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        KXP_LOG(KXP::LogFailure, "Stop tracker: %s", KXP::ExceptionText(error).c_str());
+    }
 }
 
 }  // namespace
@@ -76,15 +89,15 @@ void UGCTracker::Stop() {
     WakeWaiting();
     DeleteUniqueTrackerFiles();
     KXP_LOG(KXP::LogMilestone, "Stop tracker");
-    if (queue_.IsStarted()) EnterKnown();
+    if (queue_.IsStarted()) Attempt([this] { EnterKnown(); });
     queue_.StopAndJoin();
     // While the watcher can still report whether there are more changes.
     if (news().HasUnwritten() || journal_.NeedsSum() || journal_.lastIdInFile() != record_.LastId())
-        (void)Write(Sum::Renew);
-    (void)SaveKept();
-    journal_.Close();
+        Attempt([this] { (void)Write(Sum::Renew); });
+    Attempt([this] { (void)SaveKept(); });
+    Attempt([this] { journal_.Close(); });
     watcher_.reset();
-    news().Drain();
+    Attempt([this] { news().Drain(); });
     stopped_ = true;
 }
 

@@ -167,6 +167,8 @@ class UGCTracker : private IJournalSource {
 
     // Tracking, on the worker.
     void EnqueueWork(const void* tag, KXP::TimePoint when, std::function<void()> work);
+    // What throws may have missed something at the path, which is then looked at again. Takes no memory.
+    void RunOrLookAgain(const std::string& path, const std::function<void()>& work) noexcept;
     void EnqueueFinish();
     void TrackFilesIn(const std::string& folder);
     void UntrackPath(const std::string& path, uint64_t before);

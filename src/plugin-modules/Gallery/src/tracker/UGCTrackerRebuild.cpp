@@ -152,7 +152,8 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
     for (size_t enqueued = 0; enqueued < plan->size(); enqueued += kSome)
         EnqueueWork(&kRunTag, when, [this, plan] { TrackSome(*plan); });
     if (record_.rebuilding() == Rebuilding::InOneFile)
-        queue_.EnqueueNotification(queue_.Now(), [this] { FinishRebuild(); });
+        queue_.EnqueueNotification(queue_.Now(),
+                                   [this] { RunOrLookAgain(gallery(), [this] { FinishRebuild(); }); });
     queue_.EnqueueNotification(queue_.Now(), [this] {
         record_.SetRebuilding(Rebuilding::No);
         journal_.RecordFollows({});

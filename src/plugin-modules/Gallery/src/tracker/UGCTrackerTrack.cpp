@@ -1,5 +1,6 @@
 // How a path gets on record: the entries of the worker's queue, and what the product does itself.
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -71,15 +72,23 @@ void UGCTracker::UntrackFile(const std::string& path) {
 void UGCTracker::EnqueueWork(const void* tag, KXP::TimePoint when, std::function<void()> work) {
     backlog_.Begin();
     queue_.EnqueueTagged(when, tag, [this, work = std::move(work)] {
-        try {
-            work();
-        } catch (...) {
-            KXP_LOG(KXP::LogFailure, "Exception while tracking: %s",
-                    KXP::ToStr(KXP::ExceptionToRetVal()).c_str());
-        }
+        RunOrLookAgain(gallery(), work);
         backlog_.End();
         FinishEntry();
     });
+}
+
+void UGCTracker::RunOrLookAgain(const std::string& path, const std::function<void()>& work) noexcept {
+    try {
+        try {
+            work();
+        } catch (const std::exception& error) {
+            KXP_LOG(KXP::LogFailure, "Exception while tracking: %s", error.what());
+            NoteFailedLook(KXP::WithoutSlash(path));
+        }
+    } catch (...) {
+        KXP_LOG(KXP::LogFailure, "Nobody will look at %s again for now", path.c_str());
+    }
 }
 
 void UGCTracker::EnqueueFinish() {
@@ -148,6 +157,7 @@ void UGCTracker::TrackOrLog(const std::string& path, const TrackedUGC* former) {
         result = TrackFileTask(path, former);
     } catch (...) {
         result = KXP::ExceptionToRetVal();
+        NoteFailedLook(path);
     }
     if (result.Failed()) KXP_LOG(KXP::LogFailure, "Track File failed %s", KXP::ToStr(result).c_str());
 }
@@ -185,18 +195,20 @@ void UGCTracker::NoteFailedLook(const std::string& path) {
 void UGCTracker::LookAgain(const std::string& path) {
     queue_.AssertOnWorker();
     backlog_.BeginLook(path);
-    const GalleryPlace::Kind kind = place_.KindOf(path);
-    if (!MayLook(path, kind)) return NoteFailedLook(path);
-    NoteDisturbed(path);
-    if (kind == GalleryPlace::Kind::Gallery) {
-        backlog_.ClearFailed(path);
-        UpdateTracker({}, queue_.Now());
-    } else if (kind == GalleryPlace::Kind::Game) {
-        TrackFilesIn(path);
-        DropGoneIn(path);
-    } else {
-        TrackOrLog(path);
-    }
+    RunOrLookAgain(path, [&] {
+        const GalleryPlace::Kind kind = place_.KindOf(path);
+        if (!MayLook(path, kind)) return NoteFailedLook(path);
+        NoteDisturbed(path);
+        if (kind == GalleryPlace::Kind::Gallery) {
+            backlog_.ClearFailed(path);
+            UpdateTracker({}, queue_.Now());
+        } else if (kind == GalleryPlace::Kind::Game) {
+            TrackFilesIn(path);
+            DropGoneIn(path);
+        } else {
+            TrackOrLog(path);
+        }
+    });
     FinishEntry();
 }
 

@@ -56,7 +56,11 @@ class TreeFollower {
     void AddUnreported(UnreportedPaths& paths) const;
 
     // Events were lost: start again and compare the disk with what was reported.
-    void DistrustEvents() { eventsLost_ = true; }
+    void DistrustEvents() {
+        // Silent ones would hide what has come since the gallery was said to be watched.
+        jobs_.Clear();
+        eventsLost_ = true;
+    }
 
   private:
     class Learner;
