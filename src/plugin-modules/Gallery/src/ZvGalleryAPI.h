@@ -4,11 +4,14 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "common/plugincommon/PluginModuleBase.h"
+#include "libraries/share-common/HighlightsConfig.h"
 #include "plugin-modules/Gallery/src/montage/RecipeSync.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
@@ -131,7 +134,10 @@ class ZvGalleryAPI : public ITrackerHost {
 
     // Replaces the highlight's name by that of its definition in the user's language, where both are known.
     // `caller` is for the log.
+    // By application; none for one whose file cannot be read.
+    using HighlightConfigs = std::map<std::string, std::optional<HighlightConfigData>>;
     static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller);
+    static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller, HighlightConfigs& configs);
     static void LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller);
 
     bool MayWriteAbandoned();
