@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <numeric>
 #include <string_view>
 #include <system_error>
 #include <tuple>
@@ -123,11 +124,24 @@ bool WriteSpaces(const FileDescriptor& file, size_t from, size_t to) {
     return true;
 }
 
+size_t SizeOf(const JSONFile::Parts& text) {
+    const auto add = [](size_t size, std::string_view part) { return size + part.size(); };
+    return std::accumulate(text.begin(), text.end(), size_t{0}, add);
+}
+
+bool WriteParts(const FileDescriptor& file, const JSONFile::Parts& text, size_t at) {
+    for (const std::string_view part : text) {
+        if (!WriteFullyAt(file, part.data(), part.size(), at)) return false;
+        at += part.size();
+    }
+    return true;
+}
+
 // Puts `text` after the first `keep` bytes of the old text. A kill may cut one large write, so the new text
 // is first written whole after the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is
 // complete. Stops, with ECANCELED, where `isStopped` says so.
 template <typename IsStopped>
-bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view text,
+bool OverwriteInPlace(const FileDescriptor& file, size_t keep, const JSONFile::Parts& text,
                       const IsStopped& isStopped) {
     const auto goOn = [&] {
         if (!isStopped()) return true;
@@ -145,18 +159,18 @@ bool OverwriteInPlace(const FileDescriptor& file, size_t keep, std::string_view 
         errno = EINVAL;
         return false;
     }
-    const size_t end = keep + text.size();
+    const size_t size = SizeOf(text);
+    const size_t end = keep + size;
     const size_t place = std::max(end, static_cast<size_t>(status.st_size));
-    const std::string head = keep == 0 ? std::string() : TailHead(keep, text.size());
+    const std::string head = keep == 0 ? std::string() : TailHead(keep, size);
     const size_t second = place + 1 + head.size();
-    if (!goOn() || !Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + text.size())) ||
-        !goOn() || !WriteFullyAt(file, head.data(), head.size(), place + 1) ||
-        !WriteFullyAt(file, text.data(), text.size(), second)) {
+    if (!goOn() || !Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + size)) || !goOn() ||
+        !WriteFullyAt(file, head.data(), head.size(), place + 1) || !WriteParts(file, text, second)) {
         if (goOn()) TakeBack(file, static_cast<uint64_t>(status.st_size));
         return false;
     }
-    return goOn() && WriteFullyAt(file, text.data(), text.size(), keep) && goOn() &&
-           WriteSpaces(file, end, place) && goOn() && ftruncate(file.get(), static_cast<off_t>(end)) == 0;
+    return goOn() && WriteParts(file, text, keep) && goOn() && WriteSpaces(file, end, place) && goOn() &&
+           ftruncate(file.get(), static_cast<off_t>(end)) == 0;
 }
 
 }  // namespace
@@ -252,14 +266,14 @@ RetVal JSONFile::WriteJSON(const std::function<void(PrettyJsonWriter&)>& write, 
 }
 
 RetVal JSONFile::WriteText(std::string_view text, HeldLog& log) const {
-    return Overwrite(0, text, log);
+    return WriteTail(0, Parts{text}, log);
 }
 
 RetVal JSONFile::WriteTail(size_t keep, std::string_view tail, HeldLog& log) const {
-    return Overwrite(keep, tail, log);
+    return WriteTail(keep, Parts{tail}, log);
 }
 
-RetVal JSONFile::Overwrite(size_t keep, std::string_view tail, HeldLog& log) const {
+RetVal JSONFile::WriteTail(size_t keep, const Parts& tail, HeldLog& log) const {
     const bool before = stopWrites_ && *stopWrites_;
     const auto isStopped = [&] { return !before && stopWrites_ && *stopWrites_; };
     FileDescriptor file = OpenForWrite(path_, kNewFileMode);

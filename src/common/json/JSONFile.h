@@ -65,6 +65,9 @@ class JSONFile {
     // alone. The caller knows that the file is as its own last write left it. After a kill or on a full disk
     // ReadAndParseJSON finds the old text or the new one here too. 0x80004005 for a `keep` beyond the file.
     RetVal WriteTail(size_t keep, std::string_view tail, HeldLog& log) const;
+    // The same with a tail in parts, which are written one after the other.
+    using Parts = std::vector<std::string_view>;
+    RetVal WriteTail(size_t keep, const Parts& tail, HeldLog& log) const;
 
     // By this the owner of a file recognises it as it was left.
     struct Stamp {
@@ -87,7 +90,6 @@ class JSONFile {
     RetVal Parse(FileBytes& text, Document& document, const ElementReader* elements, HeldLog& log) const;
     RetVal NotFound(HeldLog& log) const;
     RetVal OpenFailed(const char* mode, HeldLog& log) const;
-    RetVal Overwrite(size_t keep, std::string_view tail, HeldLog& log) const;
 
     std::string directory_;
     std::string path_;

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include "common/plugincommon/PluginModuleBase.h"
 #include "common/task/StuckWork.h"
+#include "libraries/share-common/HighlightsConfig.h"
 #include "plugin-modules/Gallery/src/montage/RecipeSync.h"
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 #include "plugin-modules/Gallery/src/thumbnails/Thumbnailer.h"
@@ -144,7 +146,10 @@ class ZvGalleryAPI : public ITrackerHost, public std::enable_shared_from_this<Zv
 
     // Replaces the highlight's name by that of its definition in the user's language, where both are known.
     // `caller` is for the log.
+    // By application; none for one whose file cannot be read.
+    using HighlightConfigs = std::map<std::string, std::optional<HighlightConfigData>>;
     static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller);
+    static void LocalizeHighlightName(TrackedUGC& ugc, const char* caller, HighlightConfigs& configs);
     static void LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller);
 
     bool MayWriteAbandoned();

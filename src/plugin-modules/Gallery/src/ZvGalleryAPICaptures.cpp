@@ -109,16 +109,28 @@ void ZvGalleryAPI::NotifyUGCAdded(TrackedUGC ugc, Announcements::Found announced
 }
 
 void ZvGalleryAPI::LocalizeHighlightNames(std::vector<TrackedUGC>& list, const char* caller) {
+    HighlightConfigs configs;
     for (TrackedUGC& ugc : list)
-        if (TrackedUGC::IsAHighlight(ugc)) LocalizeHighlightName(ugc, caller);
+        if (TrackedUGC::IsAHighlight(ugc)) LocalizeHighlightName(ugc, caller, configs);
 }
 
 void ZvGalleryAPI::LocalizeHighlightName(TrackedUGC& ugc, const char* caller) {
-    HighlightConfigData config;
-    if (!ReadHighlightsConfig(ugc.shortName, config)) {
+    HighlightConfigs configs;
+    LocalizeHighlightName(ugc, caller, configs);
+}
+
+// Reads the file of each application once, however many of its highlights are in a list.
+void ZvGalleryAPI::LocalizeHighlightName(TrackedUGC& ugc, const char* caller, HighlightConfigs& configs) {
+    const auto [known, isNew] = configs.try_emplace(ugc.shortName);
+    if (isNew) {
+        HighlightConfigData read;
+        if (ReadHighlightsConfig(ugc.shortName, read)) known->second = std::move(read);
+    }
+    if (!known->second) {
         KXP_LOG(KXP::LogFailure, "%s: Cannot get config data, skip", caller);
         return;
     }
+    const HighlightConfigData& config = *known->second;
     const std::string& id = ugc.highlightDefinitionId;
     if (!HighlightsConfig::IsHighlightDefined(config, id)) {
         KXP_LOG(KXP::LogFailure, "%s: Unknown highlight definition ID [%s], skip it", caller, id.c_str());

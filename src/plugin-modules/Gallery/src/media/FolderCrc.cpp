@@ -1,5 +1,6 @@
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -19,10 +20,38 @@ void AppendTime(Bytes& bytes, int64_t seconds) {
         bytes.push_back(static_cast<unsigned char>(static_cast<uint64_t>(seconds) >> 8 * i));
 }
 
+constexpr uint32_t kPolynomial = 0xEDB88320;
+constexpr uint32_t kOne = 1u << 31;  // the highest bit stands for x^0
+
+// The product of two polynomials, modulo that of the CRC.
+uint32_t Multiply(uint32_t a, uint32_t b) {
+    uint32_t product = 0;
+    for (; a != 0; a <<= 1) {
+        product ^= a & kOne ? b : 0;
+        b = b & 1 ? b >> 1 ^ kPolynomial : b >> 1;
+    }
+    return product;
+}
+
+// By this a sum is multiplied when so many stamps of 64 bits follow.
+uint32_t PowerOf(size_t stamps) {
+    uint32_t power = kOne;
+    uint32_t square = 1;  // x^31
+    for (int shift = 31; shift < 64; ++shift)
+        square = square & 1 ? square >> 1 ^ kPolynomial : square >> 1;
+    for (; stamps != 0; stamps >>= 1) {
+        if (stamps & 1) power = Multiply(power, square);
+        square = Multiply(square, square);
+    }
+    return power;
+}
+
 // The same CRC of stamps of eight bytes, each taken at once: what table `i` has of a byte is that of the byte
 // followed by `i` zero bytes.
 class StampSum {
   public:
+    explicit StampSum(uint32_t start = UINT32_MAX) : sum_(start) {}
+
     void Add(int64_t stamp) {
         uint64_t word = static_cast<uint64_t>(stamp) ^ sum_;
         sum_ = 0;
@@ -30,6 +59,12 @@ class StampSum {
             sum_ ^= tables_[i][word & 255];
         ++count_;
     }
+    // So many stamps, whose sum from 0 on is `sum`.
+    void Add(uint32_t sum, uint32_t power, size_t count) {
+        sum_ = Multiply(sum_, power) ^ sum;
+        count_ += count;
+    }
+    uint32_t raw() const { return sum_; }
     uint32_t Value() const { return ~sum_; }
     size_t count() const { return count_; }
 
@@ -48,7 +83,7 @@ class StampSum {
     }
 
     const Tables& tables_ = SharedTables();
-    uint32_t sum_ = UINT32_MAX;
+    uint32_t sum_;
     size_t count_ = 0;
 };
 
@@ -58,25 +93,56 @@ struct TreeNames {
     std::string lastFile;
 };
 
-// Calls `addTime` for each time in the tree. That of the gallery itself is left out, because the tracker
-// writes into its folder.
+// Calls `addTime` for each time in the folder, and notes its names. Returns its first file, which may be
+// null.
+template <typename AddTime>
+const FolderTree::Entry* CollectFolder(const FolderTree& tree, const FolderTree::Folder& folder,
+                                       TreeNames& names, AddTime addTime) {
+    size_t walked = 0;
+    const FolderTree::Entry* firstFile = nullptr;
+    for (const FolderTree::Entry& entry : folder.entries) {
+        addTime(tree.TimeOf(folder, entry, walked));
+        if (entry.kind == FolderTree::Kind::Walked) ++walked;
+        if (entry.kind == FolderTree::Kind::Walked || entry.kind == FolderTree::Kind::Loop)
+            names.folders += folder.NameOf(entry);
+        if (!firstFile && !entry.IsFolder()) firstFile = &entry;
+    }
+    return firstFile;
+}
+
+void NoteLastFile(const FolderTree::Folder& folder, const FolderTree::Entry* firstFile, TreeNames& names) {
+    if (firstFile) names.lastFile = folder.path + "/" + std::string(folder.NameOf(*firstFile));
+}
+
+// The time of the tree's own folder counts, except for the gallery's, because the tracker writes into it.
 template <typename AddTime>
 TreeNames Collect(const FolderTree& tree, const std::string& galleryPath, AddTime addTime) {
     TreeNames names{tree.root().path, {}};
     if (tree.root().path != galleryPath) addTime(tree.root().seconds);
     tree.ForEach([&](const FolderTree::Folder& folder) {
-        size_t walked = 0;
-        const FolderTree::Entry* firstFile = nullptr;
-        for (const FolderTree::Entry& entry : folder.entries) {
-            addTime(tree.TimeOf(folder, entry, walked));
-            if (entry.kind == FolderTree::Kind::Walked) ++walked;
-            if (entry.kind == FolderTree::Kind::Walked || entry.kind == FolderTree::Kind::Loop)
-                names.folders += folder.NameOf(entry);
-            if (!firstFile && !entry.IsFolder()) firstFile = &entry;
-        }
-        if (firstFile) names.lastFile = folder.path + "/" + std::string(folder.NameOf(*firstFile));
+        NoteLastFile(folder, CollectFolder(tree, folder, names, addTime), names);
     });
     return names;
+}
+
+// Adds the times of a folder that adds no names, from what is kept of it if nothing has changed.
+const FolderTree::Entry* AddKept(const FolderTree& tree, const FolderTree::Folder& folder, StampSum& times) {
+    const int64_t above = folder.parent->seconds;
+    if (!folder.sum || folder.sum->self != folder.seconds || folder.sum->above != above) {
+        StampSum own(0);
+        TreeNames none;
+        const FolderTree::Entry* const firstFile =
+            CollectFolder(tree, folder, none, [&own](int64_t seconds) { own.Add(seconds); });
+        folder.sum = {folder.seconds, above, own.raw(), PowerOf(own.count()), firstFile};
+    }
+    times.Add(folder.sum->crc, folder.sum->power, folder.entries.size());
+    return folder.sum->firstFile;
+}
+
+bool AddsNames(const FolderTree::Folder& folder) {
+    const auto isNamed = [](const FolderTree::Entry& entry) { return entry.kind == FolderTree::Kind::Loop; };
+    return !folder.parent || !folder.walked.empty() ||
+           (!folder.sum && std::any_of(folder.entries.begin(), folder.entries.end(), isNamed));
 }
 
 }  // namespace
@@ -86,7 +152,7 @@ CRCTable CreateCRCTable() {
     for (uint32_t i = 0; i < table.size(); ++i) {
         uint32_t entry = i;
         for (int step = 0; step < 8; ++step)
-            entry = entry & 1 ? entry >> 1 ^ 0xEDB88320 : entry >> 1;
+            entry = entry & 1 ? entry >> 1 ^ kPolynomial : entry >> 1;
         table[i] = entry;
     }
     return table;
@@ -114,7 +180,14 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath, Bytes&
 
 void SumTree(const FolderTree& tree, const std::string& galleryPath, unsigned int& crc) {
     StampSum times;
-    const TreeNames names = Collect(tree, galleryPath, [&times](int64_t seconds) { times.Add(seconds); });
+    const auto addTime = [&times](int64_t seconds) { times.Add(seconds); };
+    TreeNames names{tree.root().path, {}};
+    if (tree.root().path != galleryPath) addTime(tree.root().seconds);
+    tree.ForEach([&](const FolderTree::Folder& folder) {
+        const FolderTree::Entry* const firstFile =
+            AddsNames(folder) ? CollectFolder(tree, folder, names, addTime) : AddKept(tree, folder, times);
+        NoteLastFile(folder, firstFile, names);
+    });
     crc = times.Value() + StringCRC(names.folders) + StringCRC(names.lastFile) + StringCRC(tree.root().path);
     const std::string text = "Files: " + std::to_string(times.count()) +
                              " Dir size: " + std::to_string(names.folders.size()) +

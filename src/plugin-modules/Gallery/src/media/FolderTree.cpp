@@ -241,6 +241,7 @@ bool FolderTree::ReadFolder(Folder& folder, const Names* asked, SeenFiles* seen)
     if (asked && !(folder.identity == IdentityOf(status))) return false;
     folder.identity = IdentityOf(status);
     folder.seconds = status.st_mtime;
+    folder.sum.reset();
     if (seen) NoteFolder(folder, *seen);
     Former former(folder, asked);
     while (entries.NextOfAll()) {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -69,6 +70,14 @@ class FolderTree {
             return device == other.device && inode == other.inode;
         }
     };
+    // What the entries of a folder without folders in it add to a sum over the tree.
+    struct KeptSum {
+        int64_t self;  // the folder's time and that of the one around it, as they were summed
+        int64_t above;
+        uint32_t crc;
+        uint32_t power;
+        const Entry* firstFile;  // null when there is none
+    };
     struct Folder {
         std::string path;
         Folder* parent = nullptr;
@@ -78,6 +87,7 @@ class FolderTree {
         std::vector<Entry> entries;
         std::vector<std::unique_ptr<Folder>> walked;  // one for each entry of that kind, in their order
         bool hasShared = false;
+        mutable std::optional<KeptSum> sum;  // of FolderCrc, until the folder is read again
 
         std::string_view NameOf(const Entry& entry) const { return &names[entry.name]; }
         // The folder in it that is walked; null when there is none of the name.

@@ -183,7 +183,7 @@ class UGCTracker : private IJournalSource {
     void NoteFailedLook(const std::string& path);
     void DropGoneIn(const std::string& folder);
     void DropGone(std::vector<std::string> paths);
-    void SanitizeUGC(std::vector<TrackedUGC>& list);
+    std::vector<RecordPtr> Sanitize(std::vector<RecordPtr> records);
     void SanitizePaths(const std::vector<std::string>& gone);
     void CancelLater(const Highlight& highlight);
 

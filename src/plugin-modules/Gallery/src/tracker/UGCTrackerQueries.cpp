@@ -26,15 +26,16 @@ RetVal UGCTracker::GetUGCData(const std::string& path, TrackedUGC& out) const {
     return {};
 }
 
-// Removes the captures whose files are gone, from `list` and from the record.
-void UGCTracker::SanitizeUGC(std::vector<TrackedUGC>& list) {
-    const auto gone = std::stable_partition(list.begin(), list.end(),
-                                            [](const TrackedUGC& record) { return !IsGone(record.path); });
+// Those whose files exist. Removes the others from the record.
+std::vector<UGCTracker::RecordPtr> UGCTracker::Sanitize(std::vector<RecordPtr> records) {
+    const auto gone = std::stable_partition(records.begin(), records.end(),
+                                            [](const RecordPtr& record) { return !IsGone(record->path); });
     std::vector<std::string> paths;
-    for (auto record = gone; record != list.end(); ++record)
-        paths.push_back(record->path);
-    list.erase(gone, list.end());
+    for (auto record = gone; record != records.end(); ++record)
+        paths.push_back((*record)->path);
+    records.erase(gone, records.end());
     SanitizePaths(paths);
+    return records;
 }
 
 void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
@@ -47,12 +48,11 @@ void UGCTracker::SanitizePaths(const std::vector<std::string>& gone) {
 }
 
 std::vector<TrackedUGC> UGCTracker::GetSanatizedGameUGC(const std::string& game) {
+    const std::vector<RecordPtr> records = Sanitize(record_.OfGame(game));
     std::vector<TrackedUGC> found;
-    const std::vector<RecordPtr> records = record_.OfGame(game);
     found.reserve(records.size());
     for (const RecordPtr& record : records)
         found.push_back(*record);
-    SanitizeUGC(found);
     return found;
 }
 
@@ -71,6 +71,7 @@ std::vector<TrackedUGC> UGCTracker::GetRecentUGC(unsigned count) {
         if (count > 0) KXP_LOG(KXP::LogFailure, "No UGCs captured yet");
         return out;
     }
+    out.reserve(wanted);
     // From the newest on until there are enough; older records are not checked.
     std::vector<std::string> gone;
     RecordStore::IdKey end = RecordStore::NewestEnd();
@@ -92,9 +93,9 @@ std::vector<TrackedUGC> UGCTracker::GetRecentUGC(unsigned count) {
 void UGCTracker::GetAppStats(const std::string& game, unsigned& videos, unsigned& images) {
     videos = 0;
     images = 0;
-    for (const TrackedUGC& record : GetSanatizedGameUGC(game)) {
-        if (record.fileType == "video") ++videos;
-        if (record.fileType == "image") ++images;
+    for (const RecordPtr& record : Sanitize(record_.OfGame(game))) {
+        if (record->fileType == "video") ++videos;
+        if (record->fileType == "image") ++images;
     }
 }
 

@@ -184,10 +184,7 @@ void UGCTracker::TrackSome(RebuildPlan& plan) {
 void UGCTracker::FinishRebuild() {
     queue_.AssertOnWorker();
     journal_.TakeOver();
-    std::vector<TrackedUGC> all;
-    for (const RecordPtr& record : record_.Snapshot())
-        all.push_back(*record);
-    SanitizeUGC(all);
+    (void)Sanitize(record_.Snapshot());
     news().AddAtOnce([this, usageKB = record_.usageKB()] {
         capacity_.UpdateGalleryUsage(usageKB);
         host_.NotifyTrackerUpdate(TrackerUpdateComplete);

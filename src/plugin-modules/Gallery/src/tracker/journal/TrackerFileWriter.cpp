@@ -1,5 +1,6 @@
 #include "plugin-modules/Gallery/src/tracker/journal/TrackerFileWriter.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@ constexpr std::string_view kHead = "{\n\t\"UGC\": [";
 constexpr std::string_view kGames = "],\n\t\"apps\": [";
 // Before the "]" of an array that has elements.
 constexpr std::string_view kArrayEnd = "\n\t";
+constexpr std::string_view kSeparator = ",";
 
 std::vector<FileStamp> StampsOf(const std::vector<RecordStore::RecordPtr>& records) {
     std::vector<FileStamp> stamps;
@@ -79,30 +81,55 @@ KXP::RetVal TrackerFileWriter::Write(const KXP::JSONFile& file, StampFile& stamp
 
 // Returns whether a game has changed, come or gone.
 bool TrackerFileWriter::TakeGames(const Content& content) {
-    std::map<std::string, GameLines> now;
-    bool changed = content.games.size() != games_.size();
-    for (const Content::Game& game : content.games) {
-        if (game.changed) {
-            changed = true;
-            now.emplace_hint(now.end(), game.name,
-                             GameLines{game.version, GameText(game.name, *game.changed)});
-        } else {
-            now.insert(now.end(), games_.extract(game.name));
-        }
-    }
-    games_ = std::move(now);
-    return changed;
+    const auto isChanged = [](const Content::Game& game) { return game.changed.has_value(); };
+    const bool sameNames = HasGamesOf(content);
+    if (sameNames && std::none_of(content.games.begin(), content.games.end(), isChanged)) return false;
+    sameNames ? RenewGames(content) : MakeGames(content);
+    return true;
 }
 
-std::string TrackerFileWriter::GamesText() const {
-    std::string text(kGames);
-    const char* separator = "";
-    for (const auto& [name, lines] : games_) {
-        text.append(separator).append(lines.text);
-        separator = ",";
+bool TrackerFileWriter::HasGamesOf(const Content& content) const {
+    const auto isSame = [](const Content::Game& game, const auto& known) { return game.name == known.first; };
+    return !gamesText_.empty() &&
+           std::equal(content.games.begin(), content.games.end(), games_.begin(), games_.end(), isSame);
+}
+
+// The games are those of the text.
+void TrackerFileWriter::RenewGames(const Content& content) {
+    size_t at = kGames.size();
+    auto known = games_.begin();
+    for (const Content::Game& game : content.games) {
+        GameLines& lines = (known++)->second;
+        if (game.changed) {
+            const std::string text = GameText(game.name, *game.changed);
+            gamesText_.replace(at, lines.size, text);
+            lines = {game.version, text.size()};
+        }
+        at += lines.size + kSeparator.size();
     }
-    if (!games_.empty()) text += kArrayEnd;
-    return text;
+}
+
+void TrackerFileWriter::MakeGames(const Content& content) {
+    std::map<std::string_view, std::string_view> texts;
+    size_t at = kGames.size();
+    for (const auto& [name, lines] : games_) {
+        texts.emplace(name, std::string_view(gamesText_).substr(at, lines.size));
+        at += lines.size + kSeparator.size();
+    }
+    Lines games;
+    std::string text(kGames);
+    for (const Content::Game& game : content.games) {
+        if (!games.empty()) text += kSeparator;
+        const size_t before = text.size();
+        if (game.changed)
+            text += GameText(game.name, *game.changed);
+        else
+            text += texts.at(game.name);
+        games.emplace_hint(games.end(), game.name, GameLines{game.version, text.size() - before});
+    }
+    if (!games.empty()) text += kArrayEnd;
+    games_ = std::move(games);
+    gamesText_ = std::move(text);
 }
 
 KXP::RetVal TrackerFileWriter::WriteAll(const KXP::JSONFile& file, const Content& content, Written& written,
@@ -111,7 +138,7 @@ KXP::RetVal TrackerFileWriter::WriteAll(const KXP::JSONFile& file, const Content
     WriteRecords(content.records, buffer);
     written.recordsEnd = buffer.GetSize();
     if (!content.records.empty()) Append(buffer, kArrayEnd);
-    Append(buffer, GamesText());
+    Append(buffer, gamesText_);
     written.gamesEnd = buffer.GetSize();
     Append(buffer, InfoText(content.info));
     return file.WriteText(ViewOf(buffer), log);
@@ -120,15 +147,15 @@ KXP::RetVal TrackerFileWriter::WriteAll(const KXP::JSONFile& file, const Content
 KXP::RetVal TrackerFileWriter::WriteRest(const KXP::JSONFile& file, const Content& content, Written& written,
                                          KXP::HeldLog& log) const {
     const size_t keep = written_->recordsEnd;
-    std::string tail;
+    std::string records;
     if (!content.records.empty()) {
         KXP::JsonBuffer buffer;
         WriteRecords(content.records, buffer);
-        tail.append(",").append(ViewOf(buffer).substr(kHead.size()));
+        records.append(kSeparator).append(ViewOf(buffer).substr(kHead.size()));
     }
-    written.recordsEnd = keep + tail.size();
-    tail.append(kArrayEnd).append(GamesText());
-    written.gamesEnd = keep + tail.size();
-    tail += InfoText(content.info);
-    return file.WriteTail(keep, tail, log);
+    written.recordsEnd = keep + records.size();
+    records.append(kArrayEnd);
+    written.gamesEnd = keep + records.size() + gamesText_.size();
+    const std::string info = InfoText(content.info);
+    return file.WriteTail(keep, KXP::JSONFile::Parts{records, gamesText_, info}, log);
 }

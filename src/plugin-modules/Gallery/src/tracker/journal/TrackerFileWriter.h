@@ -49,8 +49,9 @@ class TrackerFileWriter {
   private:
     struct GameLines {
         uint64_t version;
-        std::string text;
+        size_t size;  // of its lines
     };
+    using Lines = std::map<std::string, GameLines>;
     // The last write, if it left at least one record in the file. The ends are offsets.
     struct Written {
         KXP::JSONFile::Stamp stamp;
@@ -62,12 +63,15 @@ class TrackerFileWriter {
     };
 
     bool TakeGames(const Content& content);
-    std::string GamesText() const;
+    bool HasGamesOf(const Content& content) const;
+    void RenewGames(const Content& content);
+    void MakeGames(const Content& content);
     KXP::RetVal WriteAll(const KXP::JSONFile& file, const Content& content, Written& written,
                          KXP::HeldLog& log) const;
     KXP::RetVal WriteRest(const KXP::JSONFile& file, const Content& content, Written& written,
                           KXP::HeldLog& log) const;
 
-    std::map<std::string, GameLines> games_;
+    Lines games_;
+    std::string gamesText_;  // the array of games, with what stands before it and without its "]"
     std::optional<Written> written_;
 };
