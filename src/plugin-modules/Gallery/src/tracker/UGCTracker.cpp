@@ -80,8 +80,16 @@ void UGCTracker::StartWatcher(const GalleryWalk& walk) {
     WatcherOptions options = watcherOptions_;
     options.gallery = KXP::WithoutSlash(gallery());
     const std::string shareFolder = KXP::CreateDirectoryPath(GetShareFolderPath());
-    watcher_ = CreateFileWatcher(KXP::ParentOf(options.gallery),
-                                 std::make_unique<UGCFileWatcherCallback>(this, shareFolder), options, walk);
+    std::shared_ptr<IFileWatcher> made =
+        CreateFileWatcher(KXP::ParentOf(options.gallery),
+                          std::make_unique<UGCFileWatcherCallback>(this, shareFolder), options, walk);
+    const KXP::MutexLock lock(watcherMutex_);
+    watcher_ = std::move(made);
+}
+
+std::shared_ptr<IFileWatcher> UGCTracker::Watcher() const {
+    const KXP::MutexLock lock(watcherMutex_);
+    return watcher_;
 }
 
 void UGCTracker::Stop() {
@@ -96,7 +104,11 @@ void UGCTracker::Stop() {
         Attempt([this] { (void)Write(Sum::Renew); });
     Attempt([this] { (void)SaveKept(); });
     Attempt([this] { journal_.Close(); });
-    watcher_.reset();
+    {
+        std::shared_ptr<IFileWatcher> ended;
+        const KXP::MutexLock lock(watcherMutex_);
+        ended.swap(watcher_);
+    }
     Attempt([this] { news().Drain(); });
     stopped_ = true;
 }
@@ -105,8 +117,9 @@ void UGCTracker::Stop() {
 void UGCTracker::EnterKnown() {
     const steady_clock::time_point until = steady_clock::now() + kStopLimit;
     std::optional<UnreportedPaths> unreported;
-    while (watcher_ && !unreported && steady_clock::now() < until)
-        unreported = watcher_->Unreported(kAllUnreported);
+    const std::shared_ptr<IFileWatcher> watcher = Watcher();
+    while (watcher && !unreported && steady_clock::now() < until)
+        unreported = watcher->Unreported(kAllUnreported);
     if (!unreported) unreported.emplace();
     for (const std::vector<std::string>* paths : {&unreported->changed, &unreported->incomplete}) {
         for (const std::string& path : *paths) {

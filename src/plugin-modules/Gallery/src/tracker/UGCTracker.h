@@ -146,7 +146,8 @@ class UGCTracker : private IJournalSource {
     News& news() { return record_.news(); }
     KeptCaptures& kept() { return record_.kept(); }
     // Start, rebuild and stop.
-    void StartWatcher(const GalleryWalk& walk = {});
+    void StartWatcher(const GalleryWalk& walk = {}) EXCLUDES(watcherMutex_);
+    std::shared_ptr<IFileWatcher> Watcher() const EXCLUDES(watcherMutex_);
     void ParseTracker(bool watch);
     bool WatchAndMeasure(bool watch, uint32_t& sum, media::SeenFiles& seen);
     void CompareRecent(const media::SeenFiles& seen);
@@ -163,6 +164,7 @@ class UGCTracker : private IJournalSource {
     void TakeKept(const KeptCapture& kept);
     void TakeOverRecord();
     void FindMissed();
+    void WatchAtLast();
     void ReadRecord();
 
     // Tracking, on the worker.
@@ -211,9 +213,11 @@ class UGCTracker : private IJournalSource {
     TrackerJournal journal_;
     std::atomic<bool> stopping_{false};
     std::atomic<bool> stopped_{false};
-    // Set before the worker starts or by it, and by Stop; then used in the journal's turn.
-    std::unique_ptr<IFileWatcher> watcher_;
-    bool followed_ = false;  // the file of another process was read; the worker's
+    // Null beside a process that watches, and as long as none can be started.
+    mutable KXP::Mutex watcherMutex_;
+    std::shared_ptr<IFileWatcher> watcher_ GUARDED_BY(watcherMutex_);
+    KXP::TimePoint nextStart_{};  // of a watcher that could not be started; the worker's
+    bool followed_ = false;       // the file of another process was read; the worker's
     // Its entries use all of the above. Stop ends it before the watcher, whose reports it drops then.
     KXP::TaskQueue queue_;
     CapacityWatch capacity_;

@@ -14,6 +14,7 @@ namespace {
 
 // A page waits up to two seconds for a file that it has moved.
 constexpr std::chrono::milliseconds kFollowPeriod{500};
+constexpr std::chrono::seconds kStartAgain{10};
 
 }  // namespace
 
@@ -22,6 +23,7 @@ void UGCTracker::Follow() {
     for (const KeptPtr& kept : kept().ReadNew())
         TakeKept(*kept);
     if (!journal_.Owns()) journal_.TryOwn() ? TakeOverRecord() : ReadRecord();
+    if (journal_.Owns()) WatchAtLast();
     FinishEntry();
     queue_.EnqueueNotification(queue_.Now() + kFollowPeriod, [this] { Follow(); });
 }
@@ -45,6 +47,14 @@ void UGCTracker::TakeOverRecord() {
     FindMissed();
     // If that process has left a rebuild, it is complete now.
     queue_.EnqueueNotification(queue_.Now(), [this] { host_.SetTrackerState(TrackerUpdateComplete); });
+}
+
+// For instance when there are threads again.
+void UGCTracker::WatchAtLast() {
+    if (Watcher() || queue_.Now() < nextStart_) return;
+    nextStart_ = queue_.Now() + kStartAgain;
+    StartWatcher();
+    if (Watcher()) FindMissed();
 }
 
 // Finds what has changed while nobody watched.

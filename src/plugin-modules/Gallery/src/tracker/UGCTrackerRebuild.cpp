@@ -55,7 +55,7 @@ void UGCTracker::ParseTracker(bool watch) {
     walk();
     former.TakeStamps(stamps);
     const bool measured = sum.get();
-    if (!watcher_) journal_.ForgetTree();
+    if (!Watcher()) journal_.ForgetTree();
     const auto rebuild = [&](const char* reason) {
         std::optional<FoundFiles> found;
         if (measured && seen.legible) {

@@ -52,9 +52,10 @@ void UGCTracker::QueueRelease() {
 IJournalSource::Known UGCTracker::AskKnown() {
     Known known;
     if (!backlog_.IsEmpty() || !place_.IsScanned()) return known;
-    known.all = !watcher_;
-    if (!watcher_) return known;
-    auto unreported = watcher_->Unreported(stopping_ ? SIZE_MAX : kMostUnreported);
+    const std::shared_ptr<IFileWatcher> watcher = Watcher();
+    known.all = !watcher;
+    if (!watcher) return known;
+    auto unreported = watcher->Unreported(stopping_ ? SIZE_MAX : kMostUnreported);
     if (!unreported) return known;
     known.exact = unreported->exact;
     known.unreported = std::move(unreported->changed);
