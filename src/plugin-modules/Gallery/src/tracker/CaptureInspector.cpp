@@ -26,18 +26,18 @@ namespace Code = KXP::Code;
 
 constexpr double kTooLong = 100.0 * 3600;  // seconds; the hours have two digits
 
-void TakeSniffed(media::SniffResult sniffed, TrackedUGC& record) {
-    record.fileType = std::move(sniffed.fileType);
-    record.fileSubType = std::move(sniffed.fileSubType);
-    record.fileSource = std::move(sniffed.fileSource);
-    record.drsName = std::move(sniffed.drsName);
-    record.profileName = std::move(sniffed.drsProfileName);
-    record.shortName = std::move(sniffed.shortName);
+void TakeSniffed(const media::SniffResult& sniffed, TrackedUGC& record) {
+    record.fileType = sniffed.fileType;
+    record.fileSubType = sniffed.fileSubType;
+    record.fileSource = sniffed.fileSource;
+    record.drsName = sniffed.drsName;
+    record.profileName = sniffed.drsProfileName;
+    record.shortName = sniffed.shortName;
     record.cmsId = static_cast<uint64_t>(sniffed.cmsId);
-    record.highlightName = std::move(sniffed.highlightName);
-    record.highlightDefinitionId = std::move(sniffed.highlightDefinitionId);
-    record.highlightGroupId = std::move(sniffed.highlightGroupId);
-    record.eventTimeStamp = std::move(sniffed.eventTimeStamp);
+    record.highlightName = sniffed.highlightName;
+    record.highlightDefinitionId = sniffed.highlightDefinitionId;
+    record.highlightGroupId = sniffed.highlightGroupId;
+    record.eventTimeStamp = sniffed.eventTimeStamp;
     record.highlightTags = static_cast<int32_t>(sniffed.highlightTags);
     record.highlightSignificance = static_cast<int32_t>(sniffed.highlightSignificance);
 }
@@ -68,7 +68,7 @@ RetVal CheckOwner(const std::string& path, KXP::ifstream& file, TrackedUGC& reco
         return {Code::kFailure, "CheckIfZv failed", code};
     }
     if (!sniffed.isOwn) return NotOwn();
-    TakeSniffed(std::move(sniffed), record);
+    TakeSniffed(sniffed, record);
     return {};
 }
 

@@ -26,7 +26,8 @@ void EraseFromGroup(TrackedUGCGame& game, const std::string& group, const std::s
 
 // The group that lists the record; empty for none.
 std::string GroupOf(const TrackedUGC& record) {
-    return TrackedUGC::IsAHighlight(record) ? record.highlightGroupId : "";
+    return std::string(TrackedUGC::IsAHighlight(record) ? record.highlightGroupId.view()
+                                                        : std::string_view());
 }
 
 }  // namespace
