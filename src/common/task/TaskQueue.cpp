@@ -20,7 +20,8 @@ TaskQueue::TaskQueue(std::string name, Clock& clock)
     : name_(std::move(name)), clock_(clock), queue_(std::make_shared<TimedNotificationQueue>(clock)) {}
 
 TaskQueue::~TaskQueue() {
-    if (!stopRequested_) RequestStop();
+    // Without a worker there is nobody to stop, and a request takes memory.
+    if (!stopRequested_ && thread_.joinable()) RequestStop();
     Join();
 }
 
