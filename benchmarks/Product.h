@@ -32,8 +32,9 @@ class Product {
         plugin_ = reinterpret_cast<ZvCefPluginGetInfoFn>(dlsym(library, "ZvCefPluginGetInfo"))();
         plugin_->Initialize(&Product::Callback, "{}", this);
         // The answer and the line of a finished scan may come in either order.
-        if (!atOnce) Await([&] { return hasScanned_; });
+        Await([&] { return commands_ == 1 && (atOnce || hasScanned_); });
         plugin_->Start();
+        Await([&] { return commands_ == 2; });
     }
     ~Product() {
         plugin_->Stop();
@@ -74,10 +75,12 @@ class Product {
     }
 
   private:
-    static void Callback(ZvCefPluginNotification_t, const char* text, void* context) {
+    static void Callback(ZvCefPluginNotification_t notification, const char* text, void* context) {
         auto* self = static_cast<Product*>(context);
         const std::lock_guard<std::mutex> lock(self->mutex_);
-        if (std::string_view(text).find("Tracker update done") != std::string_view::npos)
+        if (notification == ZvCefPluginCommandSucceeded)
+            ++self->commands_;
+        else if (std::string_view(text).find("Tracker update done") != std::string_view::npos)
             self->hasScanned_ = true;
         else if (!self->found_ && std::string_view(text).find(self->wanted_) != std::string_view::npos)
             self->found_ = text;
@@ -94,6 +97,7 @@ class Product {
     ZvCefPluginInfo* plugin_ = nullptr;
     std::mutex mutex_;
     std::condition_variable changed_;
+    int commands_ = 0;
     bool hasScanned_ = false;
     std::string wanted_;
     std::optional<std::string> found_;
