@@ -1,7 +1,9 @@
 // The memory functions that the codecs find, and nobody else: this library is opened in a symbol scope of its
 // own, and theirs are looked up here before the C library. A decoder takes tens of megabytes for one picture,
 // and each thread that has run one would keep them in its part of the heap. So large blocks are mapped, and
-// go back to the system with the picture. All others are the C library's.
+// go back to the system with the picture. All others are of the process's heap, which is the container's
+// where it has one of its own: what the C library allocates for the codecs, a line that was read for
+// instance, comes from there, and they free it here.
 #include "libraries/ovnx-media/CodecMemory.h"
 
 #include <algorithm>
@@ -11,6 +13,7 @@
 #include <new>
 
 #include <dlfcn.h>
+#include <malloc.h>
 #include <sys/random.h>
 
 #include "base/Mapping.h"
@@ -34,6 +37,40 @@ void __libc_free(void* block) noexcept;
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
+
+// The functions that the rest of the process has.
+struct Heap {
+    decltype(&malloc) allocate;
+    decltype(&calloc) allocateZeros;
+    decltype(&realloc) resize;
+    decltype(&memalign) allocateAligned;
+    decltype(&free) release;
+    decltype(&malloc_usable_size) usableSize;
+};
+
+// A program that links this library has these functions for all of itself.
+template <typename Function>
+Function Find(void* program, const char* name, Function own, Function libc) {
+    auto* const found = reinterpret_cast<Function>(dlsym(program, name));
+    return found && found != own ? found : libc;
+}
+
+Heap FindHeap() {
+    void* const program = dlopen(nullptr, RTLD_LAZY);
+    auto* const usableSize =
+        reinterpret_cast<decltype(&malloc_usable_size)>(dlsym(RTLD_NEXT, "malloc_usable_size"));
+    return {Find(program, "malloc", &malloc, &__libc_malloc),
+            Find(program, "calloc", &calloc, &__libc_calloc),
+            Find(program, "realloc", &realloc, &__libc_realloc),
+            Find(program, "memalign", &memalign, &__libc_memalign),
+            Find(program, "free", &free, &__libc_free),
+            Find(program, "malloc_usable_size", &malloc_usable_size, usableSize)};
+}
+
+const Heap& ProcessHeap() {
+    static const Heap heap = FindHeap();
+    return heap;
+}
 
 namespace Platform = KXP::Platform;
 using Mapping = ovnxmedia::MappingPool::Mapping;
@@ -97,7 +134,7 @@ void* MapBlock(size_t size, Content content) {
     return content == Content::Zeros ? std::memset(block, 0, size) : block;
 }
 
-// Null for a block of the C library's. Before any block there is a header of its allocator, so that the bytes
+// Null for a block of the heap. Before any block there is a header of its allocator, so that the bytes
 // can be read.
 const Mark* MarkOf(const void* block) {
     if (!block || reinterpret_cast<uintptr_t>(block) % kPage != 0) return nullptr;
@@ -115,7 +152,7 @@ void* ResizeBlock(void* block, const Mark& mark, size_t size) {
         return Finish(Platform::ResizeMapping(static_cast<char*>(block) - kPage, mark.mapped, mapped), size,
                       mapped);
     }
-    void* const moved = size > 0 ? __libc_malloc(size) : nullptr;
+    void* const moved = size > 0 ? ProcessHeap().allocate(size) : nullptr;
     if (moved) std::memcpy(moved, block, std::min(mark.size, size));
     if (moved || size == 0) UnmapBlock(block, mark);
     return moved;
@@ -134,19 +171,20 @@ ovnxmedia::CodecMemoryUse::~CodecMemoryUse() {
 extern "C" {
 
 void* malloc(size_t size) noexcept {
-    return IsLarge(size) ? MapBlock(size, Content::Any) : __libc_malloc(size);
+    return IsLarge(size) ? MapBlock(size, Content::Any) : ProcessHeap().allocate(size);
 }
 
 void* calloc(size_t count, size_t size) noexcept {
     size_t bytes = 0;
     const bool fits = !__builtin_mul_overflow(count, size, &bytes);
-    return fits && IsLarge(bytes) ? MapBlock(bytes, Content::Zeros) : __libc_calloc(count, size);
+    return fits && IsLarge(bytes) ? MapBlock(bytes, Content::Zeros)
+                                  : ProcessHeap().allocateZeros(count, size);
 }
 
 void* realloc(void* block, size_t size) noexcept {
     if (!block) return malloc(size);
     const Mark* const mark = MarkOf(block);
-    return mark ? ResizeBlock(block, *mark, size) : __libc_realloc(block, size);
+    return mark ? ResizeBlock(block, *mark, size) : ProcessHeap().resize(block, size);
 }
 
 void* reallocarray(void* block, size_t count, size_t size) noexcept {
@@ -160,13 +198,13 @@ void free(void* block) noexcept {
     if (const Mark* const mark = MarkOf(block)) {
         UnmapBlock(block, *mark);
     } else {
-        __libc_free(block);
+        ProcessHeap().release(block);
     }
 }
 
 void* memalign(size_t alignment, size_t size) noexcept {
     return alignment <= kPage && IsLarge(size) ? MapBlock(size, Content::Any)
-                                               : __libc_memalign(alignment, size);
+                                               : ProcessHeap().allocateAligned(alignment, size);
 }
 
 void* aligned_alloc(size_t alignment, size_t size) noexcept {
@@ -184,10 +222,8 @@ int posix_memalign(void** block, size_t alignment, size_t size) noexcept {
 }
 
 size_t malloc_usable_size(void* block) noexcept {
-    using Function = size_t(void*) noexcept;
-    static auto* const next = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "malloc_usable_size"));
     const Mark* const mark = MarkOf(block);
-    return mark ? mark->mapped - kPage : next(block);
+    return mark ? mark->mapped - kPage : ProcessHeap().usableSize(block);
 }
 }
 
