@@ -1,7 +1,6 @@
 // How long a page waits while a gallery of 100,000 captures is put on record: the 99th percentile of each
 // request's whole time, less that of a thread which only sleeps for a millisecond in the same run. The
 // targets: 5 ms for "beyond_ms", 25 ms for "game_beyond_ms", which are requests of a game of 2,000 captures.
-// And how long a page waits at rest for the newest 10,000 of those: 60 ms.
 #include <chrono>
 #include <string>
 #include <thread>
@@ -61,15 +60,5 @@ void BusyStart(benchmark::State& state) {
     state.counters["requests"] = static_cast<double>(small.size() + games.size());
 }
 BENCHMARK(BusyStart)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
-
-void NewestCaptures(benchmark::State& state) {
-    const FullGallery gallery;
-    Product product(PRODUCT_PLUGIN);
-    std::vector<double> times;
-    while (state.KeepRunning())
-        times.push_back(product.Ask("GetRecentUGC", R"({"count":10000})"));
-    state.counters["median_ms"] = Median(times);
-}
-BENCHMARK(NewestCaptures)->Iterations(11)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
