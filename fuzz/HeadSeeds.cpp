@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "fuzz/ExrAttributes.h"
 #include "fuzz/SeedCorpus.h"
 #include "sample-captures/MediaBytes.h"
 #include "tests/support/CaptureBytes.h"
@@ -90,32 +91,8 @@ void AddExrLimits(Corpus& corpus) {
 }
 
 void AddExrAttributes(Corpus& corpus) {
-    const std::pair<const char*, size_t> sizes[] = {{"box2f", 16},
-                                                    {"box2i", 16},
-                                                    {"chromaticities", 32},
-                                                    {"compression", 1},
-                                                    {"deepImageState", 1},
-                                                    {"double", 8},
-                                                    {"envmap", 1},
-                                                    {"float", 4},
-                                                    {"int", 4},
-                                                    {"keycode", 28},
-                                                    {"lineOrder", 1},
-                                                    {"m33d", 72},
-                                                    {"m33f", 36},
-                                                    {"m44d", 128},
-                                                    {"m44f", 64},
-                                                    {"rational", 8},
-                                                    {"tiledesc", 9},
-                                                    {"timecode", 8},
-                                                    {"v2d", 16},
-                                                    {"v2f", 8},
-                                                    {"v2i", 8},
-                                                    {"v3d", 24},
-                                                    {"v3f", 12},
-                                                    {"v3i", 12}};
     std::string all;
-    for (const auto& [type, size] : sizes)
+    for (const auto& [type, size] : fuzz::kExrAttributeSizes)
         all += Attribute(std::string("a") + type, type, std::string(size, '\0'));
     const std::string scanLines = Attribute("type", "string", "scanlineimage");
     const std::string tiles = Attribute("type", "string", "tiledimage");

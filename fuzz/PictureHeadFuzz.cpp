@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "fuzz/ExrAttributes.h"
 #include "fuzz/MemoryFile.h"
 #include "fuzz/Plain.h"
 #include "libraries/ovnx-media/ExrHeader.h"
@@ -110,30 +111,8 @@ struct Part {
     std::string type;
 };
 
-const std::map<std::string, uint32_t> kSizes{{"box2f", 16},
-                                             {"box2i", 16},
-                                             {"chromaticities", 32},
-                                             {"compression", 1},
-                                             {"deepImageState", 1},
-                                             {"double", 8},
-                                             {"envmap", 1},
-                                             {"float", 4},
-                                             {"int", 4},
-                                             {"keycode", 28},
-                                             {"lineOrder", 1},
-                                             {"m33d", 72},
-                                             {"m33f", 36},
-                                             {"m44d", 128},
-                                             {"m44f", 64},
-                                             {"rational", 8},
-                                             {"tiledesc", 9},
-                                             {"timecode", 8},
-                                             {"v2d", 16},
-                                             {"v2f", 8},
-                                             {"v2i", 8},
-                                             {"v3d", 24},
-                                             {"v3f", 12},
-                                             {"v3i", 12}};
+const std::map<std::string, uint32_t> kSizes(std::begin(fuzz::kExrAttributeSizes),
+                                             std::end(fuzz::kExrAttributeSizes));
 
 void ReadAttribute(Cursor cursor, const std::string& name, const std::string& type, uint32_t size,
                    Part& part) {

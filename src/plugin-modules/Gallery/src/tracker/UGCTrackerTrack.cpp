@@ -87,7 +87,7 @@ void UGCTracker::RunOrLookAgain(const std::string& path, const std::function<voi
             NoteFailedLook(KXP::WithoutSlash(path));
         }
     } catch (...) {
-        KXP_LOG(KXP::LogFailure, "Nobody will look at %s again for now", path.c_str());
+        KXP_LOG(KXP::LogFailure, "No memory to note that %s has to be looked at again", path.c_str());
     }
 }
 
