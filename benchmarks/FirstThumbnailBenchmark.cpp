@@ -67,19 +67,11 @@ void FirstThumbnailOfPng(benchmark::State& state) {
 void FirstThumbnailOfJpeg(benchmark::State& state) {
     Compare(state, JpegOf4K(), BareJpeg, state.range(0) != 0);
 }
-BENCHMARK(FirstThumbnailOfPng)
-    ->ArgName("shown")
-    ->Arg(0)
-    ->Arg(1)
-    ->Iterations(31)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(FirstThumbnailOfJpeg)
-    ->ArgName("shown")
-    ->Arg(0)
-    ->Arg(1)
-    ->Iterations(31)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+void Cases(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgName("shown")->Arg(0)->Arg(1)->Iterations(31)->UseManualTime()->Unit(
+        benchmark::kMillisecond);
+}
+BENCHMARK(FirstThumbnailOfPng)->Apply(Cases);
+BENCHMARK(FirstThumbnailOfJpeg)->Apply(Cases);
 
 }  // namespace
