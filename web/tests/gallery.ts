@@ -91,6 +91,11 @@ export class Site {
         return join(this.home, ".local/share/ZORVEX/OvirastreamX/Share/PagePreferences.json");
     }
 
+    /** The server writes the file with the first change, some time after the page made it. */
+    writtenPreferences(): string {
+        return fs.existsSync(this.preferences) ? fs.readFileSync(this.preferences, "utf8") : "";
+    }
+
     /** Starts the server; again on the same port, where browsers are unknown to it. */
     async start(): Promise<void> {
         await this.end();

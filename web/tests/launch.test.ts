@@ -1,6 +1,5 @@
 // What a launch of the server brings: the demonstration's gallery, and what was chosen before.
 import assert from "node:assert/strict";
-import { readFileSync } from "node:fs";
 import { setTimeout } from "node:timers/promises";
 import { expectAccessible, pageTest, serving, Site } from "./gallery.js";
 
@@ -38,7 +37,7 @@ pageTest("how somebody likes to see the gallery outlives a launch", site, async 
     await page.getByRole("combobox", { name: "Group" }).selectOption("By game");
     await page.getByRole("slider", { name: "Size" }).press("End");
     await page.getByRole("row", { name: "Nine Lanterns" }).waitFor();
-    while (!readFileSync(site.preferences, "utf8").includes('"cellSize":420')) await setTimeout(20);
+    while (!site.writtenPreferences().includes('"cellSize":420')) await setTimeout(20);
     await site.start();
     const next = await site.open();
     try {
