@@ -15,6 +15,10 @@ extern const int kFolderForLookup;
 // The path of an open file or folder as it is at this moment, without links in it; empty when it is unknown.
 std::string PathOf(int fd);
 
+// Whether the path leads to a folder, as far as the system knows without waiting for a disk or a server;
+// false too where it would have to ask one.
+bool IsKnownFolder(const std::string& path);
+
 // When the content last changed, in nanoseconds since 1970.
 int64_t ModifiedNs(const struct stat& status);
 

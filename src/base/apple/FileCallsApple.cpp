@@ -19,6 +19,10 @@ std::string PathOf(int fd) {
     return fcntl(fd, F_GETPATH, path) == 0 ? path : "";
 }
 
+bool IsKnownFolder(const std::string&) {
+    return false;
+}
+
 int64_t ModifiedNs(const struct stat& status) {
     return static_cast<int64_t>(status.st_mtimespec.tv_sec) * 1000000000 + status.st_mtimespec.tv_nsec;
 }

@@ -5,11 +5,14 @@
 #include <iterator>
 
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #include "base/FileCalls.h"
+#include "base/FileDescriptor.h"
 
 namespace KXP::Platform {
 namespace {
@@ -36,6 +39,15 @@ std::string PathOf(int fd) {
     // A text that fills the buffer may be cut off.
     if (size <= 0 || size == ssize_t{sizeof path} || path[0] != '/') return {};
     return {path, static_cast<size_t>(size)};
+}
+
+bool IsKnownFolder(const std::string& path) {
+    open_how how{};
+    how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+    how.resolve = RESOLVE_CACHED;
+    // Kernels before 5.12 refuse this, and so do some sandboxes.
+    return FileDescriptor(static_cast<int>(syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)))
+        .IsOpen();
 }
 
 int64_t ModifiedNs(const struct stat& status) {

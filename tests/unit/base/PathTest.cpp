@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "base/FileCalls.h"
 #include "base/FolderReader.h"
 #include "base/Path.h"
 #include "base/Text.h"
@@ -40,6 +41,8 @@ TEST(FolderReader, DistinguishesFoldersFromLinksToThem) {
         ++count;
     EXPECT_EQ(count, 7) << "with \".\" and \"..\"";
     EXPECT_TRUE(FolderReader(folder / "link").IsOpen());
+    for (const char* none : {"pipe", "dangling", "nowhere"})
+        EXPECT_FALSE(Platform::IsKnownFolder(folder / none)) << none;
     EXPECT_FALSE(FolderReader(folder / "link", Links::Refuse).IsOpen());
     EXPECT_FALSE(FolderReader(folder / "pipe").Next());
 }

@@ -35,6 +35,10 @@ TEST_F(SettingsRequestsTest, AnswerWithTheSettings) {
                   R"(","trackerStatus":"TrackerUpdateComplete","capacity":{"enabled":false,)"
                   R"("capacityPercent":100,"usageMB":7,"totalDiskSpaceMB":1000}}})");
 
+    std::filesystem::remove_all(gallery);
+    Ask("GetSettings", requests_, &SettingsRequests::GetSettings);
+    EXPECT_TRUE(std::filesystem::exists(gallery)) << "made where it is missing";
+
     const std::string gone = "\"path\":\"" + UnplugTheGallery() + '"';
     EXPECT_NE(Ask("GetSettings", requests_, &SettingsRequests::GetSettings).find(gone), std::string::npos);
     EXPECT_EQ(result_.text, "Success");

@@ -145,6 +145,7 @@ std::string ZvGalleryAPI::GalleryPathForPages() {
 }
 
 std::string ZvGalleryAPI::GalleryPathSoon() {
+    if (const std::optional<std::string> known = settings_.KnownGalleryPath()) return *known;
     const auto path = std::make_shared<std::string>();
     const auto look = [this, hub = weak_from_this().lock(), path] { *path = GalleryPathForPages(); };
     return galleryLook_.Run(look, queue_.Owner()) ? *path : settings_.GetUserGalleryPath();

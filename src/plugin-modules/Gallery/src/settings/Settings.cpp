@@ -6,6 +6,7 @@
 
 #include <sys/stat.h>
 
+#include "base/FileCalls.h"
 #include "base/Path.h"
 #include "common/drives/Drives.h"
 #include "common/files/DirUtil.h"
@@ -168,6 +169,13 @@ std::string Settings::GetGalleryPath() {
     std::string path = MakeGallery(gallery);
     RememberDevice(gallery);
     return path;
+}
+
+std::optional<std::string> Settings::KnownGalleryPath() const {
+    if (!isRead_) return std::nullopt;
+    const std::string gallery = GetUserGalleryPath();
+    if (!IsWholePath(gallery) || !KXP::Platform::IsKnownFolder(gallery)) return std::nullopt;
+    return WithSingleSlashes(gallery);
 }
 
 // Throws when the folder is missing and the drive that it was on is gone.

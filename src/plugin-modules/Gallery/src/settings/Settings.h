@@ -77,6 +77,8 @@ class Settings : public KXP::JSONFile {
     // settings are not read, and when the drive that it was on is gone: a folder made at the mount point
     // would hide the captures when the drive comes back.
     std::string GetGalleryPath() EXCLUDES(mutex_);
+    // The same without waiting for a disk: none where that has to be asked, or the folder made.
+    std::optional<std::string> KnownGalleryPath() const EXCLUDES(mutex_);
     // Creates the folder if necessary and measures its volume. On failure, or when the path is not absolute,
     // returns false, leaves the path and sets the disk space to GetDriveSpace's failure value.
     bool SetUserGalleryPath(const std::string& path) EXCLUDES(mutex_);
