@@ -77,7 +77,7 @@ class Product {
   private:
     static void Callback(ZvCefPluginNotification_t notification, const char* text, void* context) {
         auto* self = static_cast<Product*>(context);
-        const std::lock_guard<std::mutex> lock(self->mutex_);
+        std::unique_lock<std::mutex> lock(self->mutex_);
         if (notification == ZvCefPluginCommandSucceeded)
             ++self->commands_;
         else if (std::string_view(text).find("Tracker update done") != std::string_view::npos)
@@ -86,6 +86,7 @@ class Product {
             self->found_ = text;
         else
             return;
+        lock.unlock();
         self->changed_.notify_all();
     }
     template <typename Condition>

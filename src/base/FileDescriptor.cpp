@@ -65,8 +65,8 @@ FileDescriptor OpenForReadAt(int folder, const std::string& name, struct stat& s
     return OpenRegular(folder, name, O_RDONLY | FlagsOf(links), 0, status);
 }
 
-FileDescriptor OpenForWrite(const std::string& path, unsigned mode) {
-    return OpenRegular(path, O_WRONLY | O_CREAT, static_cast<mode_t>(mode), nullptr);
+FileDescriptor OpenForWrite(const std::string& path, unsigned mode, uint64_t* size) {
+    return OpenRegular(path, O_WRONLY | O_CREAT, static_cast<mode_t>(mode), size);
 }
 
 FileDescriptor OpenForUpdate(const std::string& path, uint64_t* size) {

@@ -51,8 +51,8 @@ FileDescriptor OpenForRead(const std::string& path, struct stat& status, Links l
 FileDescriptor OpenForReadAt(int folder, const std::string& name, struct stat& status, Links links);
 
 // Opens a regular file for writing and creates it with `mode` less the umask when it is missing; an old file
-// keeps its bytes.
-FileDescriptor OpenForWrite(const std::string& path, unsigned mode);
+// keeps its bytes, of which `size` gets the number.
+FileDescriptor OpenForWrite(const std::string& path, unsigned mode, uint64_t* size = nullptr);
 
 // Opens an existing regular file for reading and writing.
 FileDescriptor OpenForUpdate(const std::string& path, uint64_t* size = nullptr);

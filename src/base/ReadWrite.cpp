@@ -4,9 +4,27 @@
 #include <cerrno>
 
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace KXP {
+namespace {
+
+// Each system takes at least so many.
+constexpr size_t kMostPartsAtOnce = 16;
+
+// Takes the first `size` bytes from the parts, of which `next` is the first that is not empty.
+void PassOver(std::vector<iovec>& parts, size_t& next, size_t size) {
+    while (size > 0) {
+        iovec& part = parts[next];
+        const size_t taken = std::min(size, part.iov_len);
+        part = {static_cast<char*>(part.iov_base) + taken, part.iov_len - taken};
+        size -= taken;
+        if (part.iov_len == 0) ++next;
+    }
+}
+
+}  // namespace
 
 long ReadSome(DescriptorRef file, char* buffer, size_t size) {
     for (;;) {
@@ -46,6 +64,21 @@ bool WriteFullyAt(DescriptorRef file, const char* bytes, size_t size, uint64_t o
         bytes += put;
         offset += static_cast<uint64_t>(put);
         size -= static_cast<size_t>(put);
+    }
+    return true;
+}
+
+bool WriteFullyAt(DescriptorRef file, const std::vector<std::string_view>& parts, uint64_t offset) {
+    std::vector<iovec> rest;
+    for (const std::string_view part : parts)
+        if (!part.empty()) rest.push_back({const_cast<char*>(part.data()), part.size()});
+    for (size_t next = 0; next < rest.size();) {
+        const auto count = static_cast<int>(std::min(rest.size() - next, kMostPartsAtOnce));
+        const ssize_t put = pwritev(file.get(), &rest[next], count, static_cast<off_t>(offset));
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        offset += static_cast<uint64_t>(put);
+        PassOver(rest, next, static_cast<size_t>(put));
     }
     return true;
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "base/FileDescriptor.h"
 #include "base/LargeMemory.h"
@@ -36,6 +37,8 @@ bool WriteFully(DescriptorRef file, std::string_view bytes);
 
 // The same from `offset` on; the descriptor's position stays.
 bool WriteFullyAt(DescriptorRef file, const char* bytes, size_t size, uint64_t offset);
+// The same with parts, one after the other.
+bool WriteFullyAt(DescriptorRef file, const std::vector<std::string_view>& parts, uint64_t offset);
 
 // Cuts a file back to `size` after a write that failed, as well as can be; errno stays.
 void TakeBack(DescriptorRef file, uint64_t size);

@@ -129,47 +129,39 @@ size_t SizeOf(const JSONFile::Parts& text) {
     return std::accumulate(text.begin(), text.end(), size_t{0}, add);
 }
 
-bool WriteParts(const FileDescriptor& file, const JSONFile::Parts& text, size_t at) {
-    for (const std::string_view part : text) {
-        if (!WriteFullyAt(file, part.data(), part.size(), at)) return false;
-        at += part.size();
-    }
-    return true;
-}
-
-// Puts `text` after the first `keep` bytes of the old text. A kill may cut one large write, so the new text
-// is first written whole after the old one and a zero byte, where ReadAndParseJSON finds it as soon as it is
-// complete. Stops, with ECANCELED, where `isStopped` says so.
+// Puts `text` after the first `keep` bytes of the old text, which has `oldSize` bytes. A kill may cut one
+// large write, so the new text is first written whole after the old one and a zero byte, where
+// ReadAndParseJSON finds it as soon as it is complete. Stops, with ECANCELED, where `isStopped` says so.
 template <typename IsStopped>
-bool OverwriteInPlace(const FileDescriptor& file, size_t keep, const JSONFile::Parts& text,
+bool OverwriteInPlace(const FileDescriptor& file, uint64_t oldSize, size_t keep, const JSONFile::Parts& text,
                       const IsStopped& isStopped) {
     const auto goOn = [&] {
         if (!isStopped()) return true;
         errno = ECANCELED;
         return false;
     };
-    struct stat status {};
-    if (fstat(file.get(), &status) != 0) return false;
     // A file too large to be read as JSON holds no old text to save.
-    if (static_cast<size_t>(status.st_size) > kMaxJsonFileBytes) {
+    if (oldSize > kMaxJsonFileBytes) {
         if (ftruncate(file.get(), 0) != 0) return false;
-        status.st_size = 0;
+        oldSize = 0;
     }
-    if (keep > static_cast<size_t>(status.st_size)) {
+    if (keep > oldSize) {
         errno = EINVAL;
         return false;
     }
     const size_t size = SizeOf(text);
     const size_t end = keep + size;
-    const size_t place = std::max(end, static_cast<size_t>(status.st_size));
+    const size_t place = std::max<size_t>(end, oldSize);
     const std::string head = keep == 0 ? std::string() : TailHead(keep, size);
-    const size_t second = place + 1 + head.size();
-    if (!goOn() || !Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(second + size)) || !goOn() ||
-        !WriteFullyAt(file, head.data(), head.size(), place + 1) || !WriteParts(file, text, second)) {
-        if (goOn()) TakeBack(file, static_cast<uint64_t>(status.st_size));
+    JSONFile::Parts copy{head};
+    copy.insert(copy.end(), text.begin(), text.end());
+    const size_t wholeSize = place + 1 + head.size() + size;
+    if (!goOn() || !Platform::ReserveFileSpace(file.get(), static_cast<int64_t>(wholeSize)) || !goOn() ||
+        !WriteFullyAt(file, copy, place + 1)) {
+        if (goOn()) TakeBack(file, oldSize);
         return false;
     }
-    return goOn() && WriteParts(file, text, keep) && goOn() && WriteSpaces(file, end, place) && goOn() &&
+    return goOn() && WriteFullyAt(file, text, keep) && goOn() && WriteSpaces(file, end, place) && goOn() &&
            ftruncate(file.get(), static_cast<off_t>(end)) == 0;
 }
 
@@ -276,9 +268,10 @@ RetVal JSONFile::WriteTail(size_t keep, std::string_view tail, HeldLog& log) con
 RetVal JSONFile::WriteTail(size_t keep, const Parts& tail, HeldLog& log) const {
     const bool before = stopWrites_ && *stopWrites_;
     const auto isStopped = [&] { return !before && stopWrites_ && *stopWrites_; };
-    FileDescriptor file = OpenForWrite(path_, kNewFileMode);
+    uint64_t size = 0;
+    FileDescriptor file = OpenForWrite(path_, kNewFileMode, &size);
     if (!file.IsOpen()) return OpenFailed("wb", log);
-    if (OverwriteInPlace(file, keep, tail, isStopped) && file.Close()) return {};
+    if (OverwriteInPlace(file, size, keep, tail, isStopped) && file.Close()) return {};
     const int error = errno;
     log.Add(LogFailure, "Failed to write " + path_ + " err:" + std::to_string(error));
     return {Code::kFailure, "Failed to write file", 0};

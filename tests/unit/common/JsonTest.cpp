@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include "common/json/JSONFile.h"
@@ -29,6 +30,13 @@ ssize_t pwrite(int file, const void* bytes, size_t size, off_t offset) {
     const ssize_t put = real(file, bytes, size, offset);
     if (afterWrite) afterWrite();
     return put;
+}
+
+ssize_t pwritev(int file, const iovec* parts, int count, off_t offset) {
+    std::string bytes;
+    for (int i = 0; i < count; ++i)
+        bytes.append(static_cast<const char*>(parts[i].iov_base), parts[i].iov_len);
+    return pwrite(file, bytes.data(), bytes.size(), offset);
 }
 
 namespace KXP {

@@ -87,7 +87,7 @@ bool StampFile::WriteEntries(const TrackerStamp& of, size_t firstIndex, std::str
     } else {
         const std::string header = HeaderFor(of, firstIndex + entries.size() / kEntrySize);
         if (KXP::WriteFullyAt(file, entries.data(), entries.size(), begin) &&
-            ftruncate(file.get(), static_cast<off_t>(end)) == 0 &&
+            (firstIndex > 0 || ftruncate(file.get(), static_cast<off_t>(end)) == 0) &&
             KXP::WriteFullyAt(file, header.data(), header.size(), 0) && file.Close())
             return true;
     }

@@ -73,7 +73,8 @@ KXP::RetVal TrackerFileWriter::Write(const KXP::JSONFile& file, StampFile& stamp
     } else {
         result = WriteRest(file, content, written, log);
     }
-    const bool isKnown = !result.Failed() && file.ReadStamp(written.stamp);
+    left_ = file.ReadStamp(written.stamp) ? std::optional(written.stamp) : std::nullopt;
+    const bool isKnown = left_ && !result.Failed();
     if (isKnown) stamps.Write(written.stamp, before, StampsOf(content.records));
     written_ = isKnown && records > 0 ? std::optional(written) : std::nullopt;
     return result;

@@ -46,6 +46,9 @@ class TrackerFileWriter {
     KXP::RetVal Write(const KXP::JSONFile& file, StampFile& stamps, const Content& content,
                       KXP::HeldLog& log);
 
+    // The file as the last write left it; none if it was not there then.
+    const std::optional<KXP::JSONFile::Stamp>& left() const { return left_; }
+
   private:
     struct GameLines {
         uint64_t version;
@@ -74,4 +77,5 @@ class TrackerFileWriter {
     Lines games_;
     std::string gamesText_;  // the array of games, with what stands before it and without its "]"
     std::optional<Written> written_;
+    std::optional<KXP::JSONFile::Stamp> left_;
 };

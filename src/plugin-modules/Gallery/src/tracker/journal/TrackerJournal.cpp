@@ -152,7 +152,7 @@ KXP::RetVal TrackerJournal::WriteUGCToTracker(Sum sum) {
     content.info.folderCRC = sum_.withheld ? ~folderCRC_ : folderCRC_;
     KXP::HeldLog log;
     KXP::RetVal written = writer_.Write(trackerFile_, stampFile_, content, log);
-    RememberFile();
+    left_ = writer_.left();
     if (!written.Failed()) lastIdInFile_ = content.info.lastUGCIdUsed;
     source_.NoteWritten(written);
     return written;

@@ -43,9 +43,11 @@ class UnreportedQuery {
         return last_.number > lastAnswered_ ? std::optional(last_) : std::nullopt;
     }
     void Answer(uint64_t asked, Paths paths) EXCLUDES(mutex_) {
-        const KXP::MutexLock lock(mutex_);
-        paths_ = std::move(paths);
-        lastAnswered_ = asked;
+        {
+            const KXP::MutexLock lock(mutex_);
+            paths_ = std::move(paths);
+            lastAnswered_ = asked;
+        }
         answered_.NotifyAll();
     }
 
