@@ -27,6 +27,13 @@ void Count(Work work) {
     (void)access("/count: end", F_OK);
 }
 
+template <typename Work>
+void Subtract(Work work) {
+    (void)access("/count: subtract", F_OK);
+    work();
+    (void)access("/count: end", F_OK);
+}
+
 // The same of work that waits for the product, less what the product asks the system in as long a time of
 // rest.
 template <typename Work>
@@ -34,9 +41,7 @@ void CountBeyondRest(Work work) {
     const auto start = std::chrono::steady_clock::now();
     Count(work);
     const auto taken = std::chrono::steady_clock::now() - start;
-    (void)access("/count: subtract", F_OK);
-    std::this_thread::sleep_for(taken);
-    (void)access("/count: end", F_OK);
+    Subtract([&] { std::this_thread::sleep_for(taken); });
 }
 
 void Fill(const TempGallery& gallery, int captures) {
@@ -53,6 +58,7 @@ int Listing() {
     return kFiles;
 }
 
+// What a rebuild asks of files beyond a start that finds all of them on record.
 int Rebuild() {
     constexpr int kFiles = 10000;
     const TempGallery gallery;
@@ -60,7 +66,12 @@ int Rebuild() {
     // What is this young may still be written to, and the watcher would look at it once more.
     for (const auto& file : std::filesystem::recursive_directory_iterator(gallery.path()))
         std::filesystem::last_write_time(file, file.last_write_time() - std::chrono::hours(1));
-    Count([] { const Product product(PRODUCT_PLUGIN); });
+    const auto start = [&](bool atOnce) {
+        Product product(PRODUCT_PLUGIN, atOnce);
+        product.Ask("GetRecentUGC", "{\"count\":1}");
+    };
+    Count([&] { start(false); });
+    Subtract([&] { start(true); });
     return kFiles;
 }
 
