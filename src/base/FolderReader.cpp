@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <string_view>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,10 +13,7 @@ namespace KXP {
 
 FolderReader::FolderReader(const std::string& path, Links links) : FolderReader(OpenFolder(path, links)) {}
 
-FolderReader::FolderReader(FileDescriptor folder)
-    : folder_(folder.IsOpen() ? fdopendir(folder.get()) : nullptr) {
-    if (folder_) (void)folder.Release();
-}
+FolderReader::FolderReader(FileDescriptor folder) : folder_(std::move(folder)) {}
 
 bool FolderReader::Next() {
     while (NextOfAll()) {
@@ -28,9 +26,8 @@ bool FolderReader::Next() {
 }
 
 bool FolderReader::NextOfAll() {
-    if (!folder_) return false;
-    errno = 0;  // the only way to distinguish a failure from the end
-    entry_ = readdir(folder_.get());
+    if (!IsOpen()) return false;
+    entry_ = folder_.Next();
     if (!entry_) error_ = errno;
     return entry_ != nullptr;
 }

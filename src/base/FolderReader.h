@@ -2,12 +2,10 @@
 // opened, so no pipe or device can block. Belongs to one thread.
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include <dirent.h>
-
 #include "base/FileDescriptor.h"
+#include "base/FolderEntries.h"
 
 namespace KXP {
 
@@ -23,9 +21,9 @@ class FolderReader {
     explicit FolderReader(const std::string& path, Links links = Links::Follow);
     explicit FolderReader(FileDescriptor folder);
 
-    bool IsOpen() const { return folder_ != nullptr; }
+    bool IsOpen() const { return folder_.IsOpen(); }
     // Of the folder; the reader keeps it.
-    int descriptor() const { return dirfd(folder_.get()); }
+    int descriptor() const { return folder_.descriptor(); }
 
     // Steps to the next entry; false at the end. Passes over "." and ".." and over names that are not UTF-8,
     // which it counts.
@@ -47,11 +45,7 @@ class FolderReader {
     bool Look(struct stat& status, Links links) const;
 
   private:
-    struct Close {
-        void operator()(DIR* folder) const { closedir(folder); }
-    };
-
-    std::unique_ptr<DIR, Close> folder_;
+    Platform::FolderEntries folder_;
     const dirent* entry_ = nullptr;
     int error_ = 0;
     int illegible_ = 0;

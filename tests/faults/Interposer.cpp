@@ -198,8 +198,7 @@ extern "C" int fcntl(int fd, int command, ...) {
 }
 
 // clang-format off
-FAILING(DIR*, fdopendir, (int fd), (fd), nullptr, ENOMEM)
-FAILING(dirent*, readdir, (DIR* folder), (folder), nullptr, EIO)
+FAILING(ssize_t, getdents64, (int fd, void* entries, size_t size) noexcept, (fd, entries, size), -1, EIO)
 FAILING(int, stat, (const char* path, struct stat* out) noexcept, (path, out), -1, EIO, EACCES, ENOMEM)
 FAILING(int, lstat, (const char* path, struct stat* out) noexcept, (path, out), -1, EIO, EACCES, ENOMEM)
 FAILING(int, fstat, (int fd, struct stat* out) noexcept, (fd, out), -1, EIO, ENOMEM)
