@@ -56,13 +56,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const std::string label = LabelOf({"/g/a.png", 1, 2, 3, 4});
     Demand(LabelledPath(bytes) == Path(bytes));
-    KXP::LargeString file(bytes);
+    KXP::SlabString file(bytes);
     const bool isLabelled =
         size >= kHeader && plain::StartsWith(bytes.substr(kHeader), label) && IsWhole(bytes);
     Demand(TakeLabel(file, label) == isLabelled);
     Demand(isLabelled ? file.size() == size - label.size() : std::string_view(file) == bytes);
 
-    KXP::LargeString labelled = AddLabel(bytes, label);
+    KXP::SlabString labelled = AddLabel(bytes, label);
     Demand(labelled.empty() == (size < kHeader));
     if (labelled.empty()) return 0;
     Demand(LabelledPath(labelled) == "/g/a.png");

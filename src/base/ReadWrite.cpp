@@ -99,7 +99,7 @@ bool ReadWhole(DescriptorRef file, size_t limit, FileBytes& content) {
         return false;
     }
     // Left unset: clearing a large buffer costs as much as reading into it.
-    content.bytes.reset(static_cast<char*>(AllocateLarge(size + FileBytes::kSlack)));
+    content.bytes.reset(static_cast<char*>(AllocateInSlab(size + FileBytes::kSlack)));
     content.size = 0;
     while (content.size < size) {
         const long got = ReadSome(file, &content.bytes[content.size], size - content.size);

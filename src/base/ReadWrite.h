@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/FileDescriptor.h"
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 
 namespace KXP {
 
@@ -47,7 +47,7 @@ void TakeBack(DescriptorRef file, uint64_t size);
 struct FileBytes {
     static constexpr size_t kSlack = 16;
 
-    std::unique_ptr<char[], LargeDeleter> bytes;
+    std::unique_ptr<char[], SlabDeleter> bytes;
     size_t size = 0;
 
     std::string_view view() const { return {bytes.get(), size}; }

@@ -1,7 +1,11 @@
 #include "base/SlabMemory.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
 #include <mutex>
-#include <new>
 
 #include "base/Mapping.h"
 #include "base/Sanitizers.h"
@@ -9,115 +13,248 @@
 namespace KXP {
 namespace {
 
-// What lives long among what does not keeps a whole slab.
-constexpr size_t kSlabBytes = size_t{256} << 10;
-constexpr size_t kAlignment = alignof(std::max_align_t);
+constexpr size_t kSlabBytes = size_t{64} << 10;
+// Slabs without a block that are kept for the next burst.
+constexpr uint32_t kMaxSpare = 16;
 
+struct Header;
+
+// Equal blocks in one piece of memory, or a single block that is too large for that.
 struct alignas(std::max_align_t) Slab {
-    size_t bytes;
-    size_t used;
-    size_t live;  // blocks
+    size_t bytes = kSlabBytes;
+    bool isMapped = true;  // else of the heap
+    uint32_t size = 0;     // an index of kSizes
+    uint32_t fresh = 0;    // blocks that were handed out at least once
+    uint32_t live = 0;
+    Header* freed = nullptr;
+    Slab* previous = nullptr;
+    Slab* next = nullptr;
 };
 
 // Before each block.
 struct alignas(std::max_align_t) Header {
     Slab* slab;
+    Header* nextFreed;
 };
 
-constexpr size_t kLargestShared = kSlabBytes - sizeof(Slab);
+struct Size {
+    uint32_t blocks;  // of a slab
+    size_t bytes;     // of one, with its header
+};
 
-Slab* MapSlab(size_t bytes) {
-    void* const place = Platform::Map(bytes);
-    if (!place) throw std::bad_alloc();
-    return new (place) Slab{bytes, sizeof(Slab), 0};
+template <size_t kCount>
+constexpr std::array<Size, kCount> MakeSizes(const std::array<uint32_t, kCount>& blocks) {
+    constexpr size_t kAlignment = alignof(std::max_align_t);
+    std::array<Size, kCount> sizes{};
+    for (size_t i = 0; i < kCount; ++i)
+        sizes[i] = {blocks[i], (kSlabBytes - sizeof(Slab)) / blocks[i] / kAlignment * kAlignment};
+    return sizes;
 }
 
-// A slab takes blocks one after the other until it is full, and begins again when the last of them is freed.
+// By steps of a quarter at most, up to half of a slab.
+constexpr auto kSizes = MakeSizes(std::array<uint32_t, 35>{
+    1363, 1022, 818, 681, 584, 511, 409, 340, 292, 255, 204, 170, 146, 127, 102, 85, 73, 63,
+    51,   42,   36,  31,  25,  21,  18,  15,  12,  10,  8,   7,   6,   5,   4,   3,  2});
+constexpr uint32_t kAlone = kSizes.size();
+
+// kAlone for a block that gets its own memory. `needed` has the header.
+uint32_t SizeFor(size_t needed) {
+    // The address sanitizer sees no use after free in slabs.
+    if constexpr (kHasAddressSanitizer) return kAlone;
+    const auto* const found = std::lower_bound(kSizes.begin(), kSizes.end(), needed,
+                                               [](const Size& of, size_t bytes) { return of.bytes < bytes; });
+    return static_cast<uint32_t>(found - kSizes.begin());
+}
+
+std::atomic<size_t> g_bytes{0};
+
+// Throws std::bad_alloc. The number of mappings is limited, too.
+Slab* MakeSlab(size_t bytes) {
+    void* const mapping = kHasAddressSanitizer ? nullptr : Platform::Map(bytes);
+    void* const place = mapping ? mapping : std::malloc(bytes);
+    if (!place) throw std::bad_alloc();
+    auto* const slab = new (place) Slab;
+    slab->bytes = bytes;
+    slab->isMapped = mapping != nullptr;
+    g_bytes += bytes;
+    return slab;
+}
+
+void Release(Slab* slab) noexcept {
+    g_bytes -= slab->bytes;
+    if (slab->isMapped) {
+        Platform::Unmap(slab, slab->bytes);
+    } else {
+        std::free(slab);
+    }
+}
+
+class SlabList {
+  public:
+    Slab* first() const { return first_; }
+    // New ones come last, so that the first fill up and the last become empty.
+    void Append(Slab* slab) {
+        slab->previous = last_;
+        slab->next = nullptr;
+        (last_ ? last_->next : first_) = slab;
+        last_ = slab;
+    }
+    void Remove(Slab* slab) {
+        (slab->previous ? slab->previous->next : first_) = slab->next;
+        (slab->next ? slab->next->previous : last_) = slab->previous;
+    }
+
+  private:
+    Slab* first_ = nullptr;
+    Slab* last_ = nullptr;
+};
+
 class Slabs {
   public:
     // What is in use then is in use by a thread that was abandoned.
     ~Slabs() {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (current_ && current_->live == 0) Unmap(current_);
-        current_ = nullptr;
+        while (Slab* const slab = TakeSpare())
+            Release(slab);
+        spares_ = kMaxSpare;  // none is kept from here on
     }
 
-    void* Allocate(size_t size) {
-        if (size > kSlabBytes) return AllocateAlone(size);
-        const size_t needed = sizeof(Header) + (size + kAlignment - 1) / kAlignment * kAlignment;
-        if (needed > kLargestShared) return AllocateAlone(size);
+    Header* Allocate(uint32_t size) {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (!current_ || current_->used + needed > kSlabBytes) {
-            Slab* const next = MapSlab(kSlabBytes);
-            bytes_ += kSlabBytes;
-            // The full one is unmapped with its last block.
-            current_ = next;
-        }
-        return Take(*current_, needed);
+        SlabList& slabs = withRoom_[size];
+        if (!slabs.first()) slabs.Append(Begin(size));
+        Slab* const slab = slabs.first();
+        Header* const header = slab->freed ? slab->freed : Fresh(*slab);
+        slab->freed = header->nextFreed;
+        if (++slab->live == kSizes[size].blocks) slabs.Remove(slab);
+        return header;
     }
 
-    void Free(void* block) noexcept {
-        Slab* const slab = (static_cast<Header*>(block) - 1)->slab;
+    void Free(Header* header) noexcept {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (--slab->live > 0) return;
-        if (slab == current_) {
-            slab->used = sizeof(Slab);
-        } else {
-            Unmap(slab);
-        }
-    }
-
-    size_t bytes() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return bytes_;
+        Slab* const slab = header->slab;
+        header->nextFreed = slab->freed;
+        slab->freed = header;
+        SlabList& slabs = withRoom_[slab->size];
+        if (slab->live-- == kSizes[slab->size].blocks) slabs.Append(slab);
+        if (slab->live > 0) return;
+        slabs.Remove(slab);
+        if (spares_ == kMaxSpare) return Release(slab);
+        slab->next = spare_;
+        spare_ = slab;
+        ++spares_;
     }
 
   private:
-    static void* Take(Slab& slab, size_t needed) {
-        auto* const header = new (reinterpret_cast<char*>(&slab) + slab.used) Header{&slab};
-        slab.used += needed;
-        ++slab.live;
-        return header + 1;
+    // With no block in use.
+    Slab* Begin(uint32_t size) {
+        Slab* const spare = TakeSpare();
+        Slab* const slab = spare ? spare : MakeSlab(kSlabBytes);
+        slab->size = size;
+        slab->fresh = 0;
+        slab->freed = nullptr;
+        return slab;
     }
 
-    void* AllocateAlone(size_t size) {
-        size_t bytes = 0;
-        if (__builtin_add_overflow(size, sizeof(Slab) + sizeof(Header), &bytes)) throw std::bad_alloc();
-        Slab* const slab = MapSlab(bytes);
-        const std::lock_guard<std::mutex> lock(mutex_);
-        bytes_ += bytes;
-        return Take(*slab, sizeof(Header) + size);
+    static Header* Fresh(Slab& slab) {
+        char* const blocks = reinterpret_cast<char*>(&slab + 1);
+        return new (blocks + kSizes[slab.size].bytes * slab.fresh++) Header{&slab, nullptr};
     }
 
-    void Unmap(Slab* slab) {
-        bytes_ -= slab->bytes;
-        Platform::Unmap(slab, slab->bytes);
+    Slab* TakeSpare() {
+        Slab* const slab = spare_;
+        if (!slab) return nullptr;
+        spare_ = slab->next;
+        --spares_;
+        return slab;
     }
 
-    // A standard one: it may be taken under any other, and nothing is called under it.
+    // A standard one: it may be taken under any other, and nothing is called under it but the system.
     std::mutex mutex_;
-    Slab* current_ = nullptr;
-    size_t bytes_ = 0;
+    std::array<SlabList, kSizes.size()> withRoom_;
+    Slab* spare_ = nullptr;
+    uint32_t spares_ = 0;
 };
 
 Slabs g_slabs;
 
+constexpr size_t kAloneHeaders = sizeof(Slab) + sizeof(Header);
+
+// With whole pages.
+size_t AloneBytes(size_t size) {
+    constexpr size_t kPage = size_t{4} << 10;
+    return kHasAddressSanitizer ? kAloneHeaders + size : (kAloneHeaders + size + kPage - 1) / kPage * kPage;
+}
+
+void* FinishAlone(Slab* slab) {
+    slab->size = kAlone;
+    return new (slab + 1) Header{slab, nullptr} + 1;
+}
+
+void* AllocateAlone(size_t size) {
+    Slab* const slab = MakeSlab(AloneBytes(size));
+    return FinishAlone(slab);
+}
+
+Header* HeaderOf(void* block) {
+    return static_cast<Header*>(block) - 1;
+}
+
+size_t Capacity(const Slab& slab) {
+    return slab.size == kAlone ? slab.bytes - kAloneHeaders : kSizes[slab.size].bytes - sizeof(Header);
+}
+
+void CheckSize(size_t size) {
+    if (size > SIZE_MAX / 2) throw std::bad_alloc();
+}
+
+void* ResizeMapped(Slab* slab, size_t size) {
+    const size_t before = slab->bytes;
+    const size_t bytes = AloneBytes(size);
+    void* const place = Platform::ResizeMapping(slab, before, bytes);
+    if (!place) throw std::bad_alloc();
+    auto* const moved = static_cast<Slab*>(place);
+    moved->bytes = bytes;
+    g_bytes += bytes - before;
+    return FinishAlone(moved);
+}
+
 }  // namespace
 
-// The address sanitizer sees no use after free in slabs.
-constexpr bool kUsesSlabs = !kHasAddressSanitizer;
-
 void* AllocateInSlab(size_t size) {
-    return kUsesSlabs ? g_slabs.Allocate(size) : ::operator new(size);
+    CheckSize(size);
+    const uint32_t sizeClass = SizeFor(sizeof(Header) + size);
+    return sizeClass == kAlone ? AllocateAlone(size) : g_slabs.Allocate(sizeClass) + 1;
+}
+
+void* ResizeInSlab(void* block, size_t size) {
+    if (!block) return AllocateInSlab(size);
+    CheckSize(size);
+    Slab* const slab = HeaderOf(block)->slab;
+    const uint32_t sizeClass = SizeFor(sizeof(Header) + size);
+    if (sizeClass == slab->size) {
+        if (sizeClass != kAlone) return block;
+        if (slab->isMapped) return ResizeMapped(slab, size);
+    }
+    void* const moved = AllocateInSlab(size);
+    std::memcpy(moved, block, std::min(Capacity(*slab), size));
+    FreeInSlab(block);
+    return moved;
 }
 
 void FreeInSlab(void* block) noexcept {
-    if (!kUsesSlabs) return ::operator delete(block);
-    if (block) g_slabs.Free(block);
+    if (!block) return;
+    Header* const header = HeaderOf(block);
+    Slab* const slab = header->slab;
+    if (slab->size == kAlone) {
+        Release(slab);
+    } else {
+        g_slabs.Free(header);
+    }
 }
 
 size_t SlabBytes() {
-    return g_slabs.bytes();
+    return g_bytes;
 }
 
 }  // namespace KXP

@@ -1,19 +1,30 @@
-// Memory for what thousands of requests hold while they wait. It comes from the system in slabs of its own
-// and goes back slab by slab: from the process's heap, a burst would never return, because anything small
-// that is allocated after it, by anybody, keeps all that lies below.
+// Memory for what many requests hold for a short time: messages, answers, pictures. Small blocks share slabs
+// of memory that go back to the system when their last block is freed, large blocks are mapped one by one.
+// The process's heap would keep them: each thread has a part of it, and what lies in a part, freed by
+// anybody, returns only when nothing above it is in use. Each shared library has slabs of its own and frees
+// only what it has allocated itself.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <new>
 #include <string>
+#include <vector>
 
 namespace KXP {
 
-// Any thread. Suits every type. Throws std::bad_alloc.
+// Any thread. A block suits every type. Throws std::bad_alloc.
 void* AllocateInSlab(size_t size);
+// Makes a block larger or smaller; null stands for an empty one. When it throws, the block stays as it was.
+void* ResizeInSlab(void* block, size_t size);
 void FreeInSlab(void* block) noexcept;
 
-// Bytes that slabs take from the system now.
+// Bytes that slabs and large blocks take from the system now.
 size_t SlabBytes();
+
+struct SlabDeleter {
+    void operator()(void* block) const noexcept { FreeInSlab(block); }
+};
 
 // For a class whose objects lie in slabs, derived ones included.
 class InSlab {
@@ -37,6 +48,8 @@ struct SlabAllocator {
     T* allocate(size_t count) {
         static_assert(alignof(T) <= alignof(std::max_align_t));
         // NOLINTNEXTLINE(bugprone-sizeof-expression): T may be a pointer.
+        if (count > SIZE_MAX / sizeof(T)) throw std::bad_alloc();
+        // NOLINTNEXTLINE(bugprone-sizeof-expression)
         return static_cast<T*>(AllocateInSlab(count * sizeof(T)));
     }
     void deallocate(T* block, size_t) noexcept { FreeInSlab(block); }
@@ -52,5 +65,7 @@ struct SlabAllocator {
 };
 
 using SlabString = std::basic_string<char, std::char_traits<char>, SlabAllocator<char>>;
+template <typename T>
+using SlabVector = std::vector<T, SlabAllocator<T>>;
 
 }  // namespace KXP

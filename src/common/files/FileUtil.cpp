@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,6 +13,7 @@
 #include "base/NewFile.h"
 #include "base/Path.h"
 #include "base/ReadWrite.h"
+#include "base/SlabMemory.h"
 #include "common/files/DirUtil.h"
 #include "common/results/RetVal.h"
 #include "common/threads/HeldLog.h"
@@ -51,7 +51,7 @@ bool CopyBytes(const FileDescriptor& source, const FileDescriptor& destination) 
 
 // The next bytes from `position` on, at least one. False when a read or write fails or the file has ended.
 bool CopyStep(const FileDescriptor& source, const FileDescriptor& destination, uint64_t& position,
-              uint64_t size, std::vector<char>& buffer) {
+              uint64_t size, SlabVector<char>& buffer) {
     const size_t step = static_cast<size_t>(std::min<uint64_t>(size - position, kCopyStep));
     if (buffer.empty()) {
         const int64_t copied = Platform::CopyFileRange(source.get(), destination.get(), position, step);
@@ -106,7 +106,7 @@ int FileCopyNew(const std::string& source, const std::string& destination,
     if (!from.IsOpen()) return Failed("FileCopy open source failed");
     NewFile to(destination);
     if (!to.IsOpen()) return Failed("FileCopy open destination failed");
-    std::vector<char> buffer;
+    SlabVector<char> buffer;
     for (uint64_t position = 0; position < size;) {
         if (cancelled) return Code::kAborted;
         if (!CopyStep(from, to.descriptor(), position, size, buffer))

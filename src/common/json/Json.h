@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 
 namespace KXP {
 // Logs the broken expectation and throws KXP::Exception(Code::kUnexpected): the library lives inside
@@ -34,13 +34,13 @@ namespace KXP {
 class ThrowingAllocator {
   public:
     static const bool kNeedFree = true;
-    void* Malloc(size_t size) { return size == 0 ? nullptr : AllocateLarge(size); }
+    void* Malloc(size_t size) { return size == 0 ? nullptr : AllocateInSlab(size); }
     void* Realloc(void* block, size_t, size_t size) {
-        if (size != 0) return ResizeLarge(block, size);
-        FreeLarge(block);
+        if (size != 0) return ResizeInSlab(block, size);
+        FreeInSlab(block);
         return nullptr;
     }
-    static void Free(void* block) { FreeLarge(block); }
+    static void Free(void* block) { FreeInSlab(block); }
 };
 
 using Utf8 = rapidjson::UTF8<>;

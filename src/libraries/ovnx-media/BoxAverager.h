@@ -25,7 +25,7 @@ class BoxAverager {
   private:
     Picture picture_;
     size_t written_ = 0;
-    KXP::LargeVector<uint16_t> weighted_;  // a row with its colours multiplied by alpha
+    KXP::SlabVector<uint16_t> weighted_;  // a row with its colours multiplied by alpha
     BoxRows<uint32_t, uint64_t> rows_;
 };
 
@@ -47,8 +47,8 @@ class SparseAverager {
     Picture picture_;
     const BoxAxis across_;
     const BoxAxis down_;
-    KXP::LargeVector<BoxAxis::Share> columns_;
-    KXP::LargeVector<uint64_t> sums_;
+    KXP::SlabVector<BoxAxis::Share> columns_;
+    KXP::SlabVector<uint64_t> sums_;
 };
 
 }  // namespace ovnxmedia

@@ -94,8 +94,8 @@ class BoxRows {
     uint32_t next_ = 0;
     uint32_t filled_ = 0;        // of the row of boxes at work
     uint32_t columnWeight_ = 0;  // of the rows in columns_
-    KXP::LargeVector<Column> columns_;
-    KXP::LargeVector<Sum> sums_;
+    KXP::SlabVector<Column> columns_;
+    KXP::SlabVector<Sum> sums_;
 };
 
 }  // namespace ovnxmedia

@@ -96,7 +96,7 @@ int32_t OvnxMediaSharedName(const char* uri, char name[OVNX_MEDIA_SHARED_NAME_SI
 }
 
 void OvnxMediaRelease(OvnxMediaPicture* picture) {
-    KXP::FreeLarge(picture->bytes);
+    KXP::FreeInSlab(picture->bytes);
     *picture = {};
 }
 }

@@ -93,7 +93,7 @@ Picture FromPreview(const Imf::PreviewImage& preview, Size result, Allowance& al
 }
 
 // Every line of the picture lands in the same row of light.
-Imf::FrameBuffer RowBuffer(const Imf::Header& header, KXP::LargeVector<float>& row) {
+Imf::FrameBuffer RowBuffer(const Imf::Header& header, KXP::SlabVector<float>& row) {
     constexpr size_t kStride = 3 * sizeof(float);
     const bool isGrey = !HasColours(header.channels());
     const char* const names[] = {isGrey ? "Y" : "R", "G", "B"};
@@ -106,7 +106,7 @@ Imf::FrameBuffer RowBuffer(const Imf::Header& header, KXP::LargeVector<float>& r
     return buffer;
 }
 
-void MakeSane(KXP::LargeVector<float>& row, bool isGrey) {
+void MakeSane(KXP::SlabVector<float>& row, bool isGrey) {
     if (isGrey) {
         for (size_t i = 0; i < row.size(); i += 3)
             row[i + 1] = row[i + 2] = row[i];
@@ -122,7 +122,7 @@ Picture FromLight(Imf::InputPart& part, Size result, Allowance& allowance, const
     allowance.Take(kDecoderBytes + size_t{source.width} * 3 * sizeof(float));
     allowance.Take(BoxRows<float, double>::BytesFor(source, result, 3) + picture.Stride() * result.height);
     picture.samples.reserve(picture.Stride() * result.height);
-    KXP::LargeVector<float> row(size_t{source.width} * 3);
+    KXP::SlabVector<float> row(size_t{source.width} * 3);
     part.setFrameBuffer(RowBuffer(header, row));
     BoxRows<float, double> rows(source, result, 3);
     const double weight = static_cast<double>(rows.BoxWeight());

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 
 namespace ovnxmedia {
 
@@ -17,7 +17,7 @@ struct Size {
 // are at least 1. All sides given are at least 1.
 Size FitInside(Size source, Size box);
 
-using Samples = KXP::LargeVector<uint8_t>;
+using Samples = KXP::SlabVector<uint8_t>;
 
 // Rows of 8-bit samples from the top, without padding between them.
 struct Picture {

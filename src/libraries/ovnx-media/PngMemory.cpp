@@ -2,20 +2,20 @@
 
 #include <new>
 
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 
 namespace ovnxmedia {
 
 png_voidp PngAllocate(png_structp, png_alloc_size_t size) noexcept {
     try {
-        return KXP::AllocateLarge(size);
+        return KXP::AllocateInSlab(size);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
 }
 
 void PngFree(png_structp, png_voidp block) noexcept {
-    KXP::FreeLarge(block);
+    KXP::FreeInSlab(block);
 }
 
 }  // namespace ovnxmedia

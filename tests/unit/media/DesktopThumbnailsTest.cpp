@@ -27,7 +27,7 @@ class DesktopThumbnails : public testing::Test {
     }
     void Leave(const ThumbnailCache::Key& key, uint32_t width) const {
         const std::string png = samples::PngImage(width, width / 2, {{255, 0, 0}, {0, 0, 255}});
-        desktop::LeaveThumbnail(media_, {key, {KXP::LargeString(png.begin(), png.end()), width, width / 2}});
+        desktop::LeaveThumbnail(media_, {key, {KXP::SlabString(png.begin(), png.end()), width, width / 2}});
     }
     DrawnPicture Find(const ThumbnailCache::Key& key) const {
         return desktop::FindThumbnail(media_, key, going_);

@@ -51,8 +51,7 @@ SparedMemory::~SparedMemory() {
     --spared;
 }
 
-// The names that the linker makes of malloc, realloc and operator new where this program's own code uses
-// them.
+// The names that the linker makes of these functions where this program's own code uses them.
 extern "C" {
 void* RealMalloc(size_t size) __asm__("__real_malloc");
 void* RealRealloc(void* block, size_t size) __asm__("__real_realloc");
@@ -60,6 +59,10 @@ void* RealNew(size_t size) __asm__("__real__Znwm");
 void* ScarceMalloc(size_t size) __asm__("__wrap_malloc");
 void* ScarceRealloc(void* block, size_t size) __asm__("__wrap_realloc");
 void* ScarceNew(size_t size) __asm__("__wrap__Znwm");
+void* RealSlab(size_t size) __asm__("__real__ZN3KXP14AllocateInSlabEm");
+void* RealSlabResize(void* block, size_t size) __asm__("__real__ZN3KXP12ResizeInSlabEPvm");
+void* ScarceSlab(size_t size) __asm__("__wrap__ZN3KXP14AllocateInSlabEm");
+void* ScarceSlabResize(void* block, size_t size) __asm__("__wrap__ZN3KXP12ResizeInSlabEPvm");
 
 void* ScarceMalloc(size_t size) {
     return Fails() ? nullptr : RealMalloc(size);
@@ -70,6 +73,14 @@ void* ScarceRealloc(void* block, size_t size) {
 void* ScarceNew(size_t size) {
     if (kNewIsTheSanitizers && Fails()) throw std::bad_alloc();
     return RealNew(size);
+}
+void* ScarceSlab(size_t size) {
+    if (Fails()) throw std::bad_alloc();
+    return RealSlab(size);
+}
+void* ScarceSlabResize(void* block, size_t size) {
+    if (Fails()) throw std::bad_alloc();
+    return RealSlabResize(block, size);
 }
 }
 

@@ -1,4 +1,5 @@
-// Makes allocations of this program fail, those by malloc included: its link replaces malloc and realloc.
+// Makes allocations of this program fail, those by malloc and in slabs included: its link replaces the
+// functions for them.
 #pragma once
 
 class ScarceMemory {

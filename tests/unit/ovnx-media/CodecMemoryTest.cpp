@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 #include "libraries/ovnx-media/CodecMemory.h"
 
 namespace {
@@ -25,12 +25,12 @@ TEST(CodecMemory, BlocksKeepTheirBytesFromTheHeapToMappingsAndBack) {
     size_t from = 0;
     for (const size_t to : kSizes) {
         ofCodecs = resize(ofCodecs, from, to, realloc);
-        large = resize(large, from, to, KXP::ResizeLarge);
+        large = resize(large, from, to, KXP::ResizeInSlab);
         from = to;
     }
     EXPECT_EQ(ofCodecs, nullptr);
-    KXP::FreeLarge(large);
-    EXPECT_THROW((void)KXP::AllocateLarge(SIZE_MAX - 8), std::bad_alloc);
+    KXP::FreeInSlab(large);
+    EXPECT_THROW((void)KXP::AllocateInSlab(SIZE_MAX - 8), std::bad_alloc);
 }
 
 TEST(CodecMemory, WhatIsUsedAgainIsZeroedForThoseWhoCountOnIt) {

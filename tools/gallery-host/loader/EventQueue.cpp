@@ -21,7 +21,7 @@ EventQueue::~EventQueue() {
     close(fd_);
 }
 
-void EventQueue::Push(Event::Kind kind, int code, KXP::LargeString text) {
+void EventQueue::Push(Event::Kind kind, int code, KXP::SlabString text) {
     const pid_t thread = static_cast<pid_t>(syscall(SYS_gettid));
     const auto when = std::chrono::system_clock::now();
     KXP::MutexLock lock(mutex_);

@@ -8,7 +8,7 @@
 
 #include <sys/types.h>
 
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 #include "common/threads/Mutex.h"
 
 namespace host {
@@ -21,7 +21,7 @@ struct Event {
     };
     Kind kind = Kind::kNotification;
     int code = 0;
-    KXP::LargeString text;
+    KXP::SlabString text;
     pid_t thread = 0;
     std::chrono::system_clock::time_point when;
 };
@@ -37,7 +37,7 @@ class EventQueue {
     EventQueue& operator=(const EventQueue&) = delete;
 
     // May be called from any thread; records the calling thread and the time.
-    void Push(Event::Kind kind, int code, KXP::LargeString text);
+    void Push(Event::Kind kind, int code, KXP::SlabString text);
     // The oldest event, if any.
     std::optional<Event> Take();
     // Readable while there are events.

@@ -20,7 +20,7 @@ class PreparedAnswer {
     const char* Complete(LostBy reason) noexcept;
 
   private:
-    std::basic_string<char, std::char_traits<char>, KXP::SlabAllocator<char>> text_;
+    KXP::SlabString text_;
 };
 
 // The same for a request that could not be read for want of memory, from the text that came. Takes none.

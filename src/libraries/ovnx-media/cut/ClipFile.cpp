@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "base/ReadWrite.h"
+#include "base/SlabMemory.h"
 #include "libraries/ovnx-media/cut/MemoryBoxes.h"
 
 namespace ovnxmedia {
@@ -28,7 +29,10 @@ std::string OldFileType() {
 class PieceCopier {
   public:
     PieceCopier(SourceFile& source, int output, const Budget& budget)
-        : source_(source), output_(output), budget_(budget), buffer_(new char[kPiece]) {}
+        : source_(source),
+          output_(output),
+          budget_(budget),
+          buffer_(static_cast<char*>(KXP::AllocateInSlab(kPiece))) {}
 
     void Append(std::string_view bytes) {
         for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kPiece))) {
@@ -77,7 +81,7 @@ class PieceCopier {
     SourceFile& source_;
     const int output_;
     const Budget& budget_;
-    const std::unique_ptr<char[]> buffer_;
+    const std::unique_ptr<char[], KXP::SlabDeleter> buffer_;
     size_t held_ = 0;
     uint64_t position_ = 0;  // in the output, of what is held
     uint64_t start_ = 0;     // in the source, of what is to be copied next

@@ -76,7 +76,7 @@ namespace Platform = KXP::Platform;
 using Mapping = ovnxmedia::MappingPool::Mapping;
 
 constexpr size_t kPage = size_t{4} << 10;
-constexpr size_t kLarge = size_t{256} << 10;
+constexpr size_t kLarge = size_t{32} << 10;
 
 // Before each mapped block, which begins at the second page of its mapping.
 struct Mark {

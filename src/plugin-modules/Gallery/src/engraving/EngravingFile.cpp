@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <vector>
 
 #include <unistd.h>
 
 #include "base/FileCalls.h"
+#include "base/SlabMemory.h"
 
 namespace engraving {
 namespace {
@@ -43,7 +43,7 @@ bool EngravingFile::WriteBatch(const Batch& batch) {
 }
 
 bool EngravingFile::Copy(const Write& write) {
-    std::vector<char> block(static_cast<size_t>(std::min(write.copySize, kCopyBlock)));
+    KXP::SlabVector<char> block(static_cast<size_t>(std::min(write.copySize, kCopyBlock)));
     for (uint64_t done = 0; done < write.copySize;) {
         const auto size = static_cast<size_t>(std::min<uint64_t>(write.copySize - done, block.size()));
         if (KXP::ReadAt(file_, write.copyFrom + done, block.data(), size) < size) {

@@ -125,7 +125,7 @@ void LeaveThumbnail(const ovnxmedia::MediaLibrary& media, const DrawnThumbnail& 
     any.width = any.height = 1;
     if (!Scale(media, folder, names, any, kNeverCancelled).png.empty()) return;
     const DrawnPicture scaled = ScaleTo(media, *size, names.file, drawn.picture.png);
-    const KXP::LargeString bytes =
+    const KXP::SlabString bytes =
         AddLabel(scaled.png, DesktopLabelOf(names.uri, SecondsOf(drawn.key), drawn.key.size));
     KXP::NewFile file(std::move(folder), names.file);
     if (!bytes.empty() && file.IsOpen() && KXP::WriteFully(file.descriptor(), bytes)) (void)file.PutOver();

@@ -6,11 +6,11 @@
 #include <functional>
 #include <string>
 
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 #include "libraries/ovnx-media/client/MediaLibrary.h"
 
 struct DrawnPicture {
-    KXP::LargeString png;  // empty when there is none
+    KXP::SlabString png;  // empty when there is none
     uint32_t width = 0;
     uint32_t height = 0;
 };

@@ -84,14 +84,14 @@ std::string DesktopLabelOf(const std::string& uri, int64_t seconds, uint64_t siz
     return label;
 }
 
-KXP::LargeString AddLabel(std::string_view png, std::string_view label) {
+KXP::SlabString AddLabel(std::string_view png, std::string_view label) {
     if (png.size() < kHeaderBytes) return "";
-    KXP::LargeString file;
+    KXP::SlabString file;
     file.reserve(png.size() + label.size());
     return file.append(png.substr(0, kHeaderBytes)).append(label).append(png.substr(kHeaderBytes));
 }
 
-bool TakeLabel(KXP::LargeString& file, std::string_view label) {
+bool TakeLabel(KXP::SlabString& file, std::string_view label) {
     if (file.size() < kHeaderBytes || file.compare(kHeaderBytes, label.size(), label) != 0) return false;
     if (!IsWholePng(file)) return false;
     file.erase(kHeaderBytes, label.size());

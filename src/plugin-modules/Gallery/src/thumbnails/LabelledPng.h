@@ -19,11 +19,11 @@ std::string LabelOf(const ThumbnailCache::Key& key);
 std::string DesktopLabelOf(const std::string& uri, int64_t seconds, uint64_t size);
 
 // Empty for what is too short for a PNG.
-KXP::LargeString AddLabel(std::string_view png, std::string_view label);
+KXP::SlabString AddLabel(std::string_view png, std::string_view label);
 
 // Takes the label out of a file. False, with `file` as it was, for anything but a whole PNG with this label:
 // the lengths and the check sums of all its chunks are looked at.
-bool TakeLabel(KXP::LargeString& file, std::string_view label);
+bool TakeLabel(KXP::SlabString& file, std::string_view label);
 
 // The path in the label at the start of a file; empty when there is none.
 std::string_view LabelledPath(std::string_view start);

@@ -9,7 +9,7 @@
 #include <string>
 #include <tuple>
 
-#include "base/LargeMemory.h"
+#include "base/SlabMemory.h"
 #include "common/threads/Mutex.h"
 
 class ThumbnailCache {
@@ -26,7 +26,7 @@ class ThumbnailCache {
                    std::tie(other.path, other.size, other.time, other.width, other.height);
         }
     };
-    using Text = std::shared_ptr<const KXP::LargeString>;
+    using Text = std::shared_ptr<const KXP::SlabString>;
 
     explicit ThumbnailCache(size_t maxBytes) : maxBytes_(maxBytes) {}
 

@@ -56,7 +56,7 @@ bool IsWholePath(const std::string& path) {
 ThumbnailFiles::ThumbnailFiles(uint64_t maxBytes)
     : maxBytes_(maxBytes), sweepBytes_(maxBytes / 16), sinceSweep_(sweepBytes_) {}
 
-KXP::LargeString ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
+KXP::SlabString ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
     const KXP::FileDescriptor folder = OpenThumbnails(Missing::Leave);
     if (!IsWholePath(key.path) || !folder.IsOpen()) return "";
     struct stat status {};
@@ -64,7 +64,7 @@ KXP::LargeString ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
         KXP::OpenForReadAt(folder.get(), FileNameOf(key), status, KXP::Links::Refuse);
     KXP::FileBytes content;
     if (!file.IsOpen() || !IsOwn(status) || !KXP::ReadWhole(file, kMaxFileBytes, content)) return "";
-    KXP::LargeString png(content.view());
+    KXP::SlabString png(content.view());
     if (!TakeLabel(png, LabelOf(key))) return "";
     // The time says when the file was last asked for.
     (void)futimens(file.get(), nullptr);
@@ -73,7 +73,7 @@ KXP::LargeString ThumbnailFiles::Find(const ThumbnailCache::Key& key) {
 
 void ThumbnailFiles::Put(const ThumbnailCache::Key& key, std::string_view png) {
     if (!IsWholePath(key.path)) return;
-    const KXP::LargeString bytes = AddLabel(png, LabelOf(key));
+    const KXP::SlabString bytes = AddLabel(png, LabelOf(key));
     if (bytes.empty() || bytes.size() > kMaxFileBytes) return;
     {
         KXP::NewFile file(OpenThumbnails(Missing::Make), FileNameOf(key));

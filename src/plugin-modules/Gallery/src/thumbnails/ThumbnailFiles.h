@@ -19,7 +19,7 @@ class ThumbnailFiles {
     explicit ThumbnailFiles(uint64_t maxBytes = kMaxBytes);
 
     // The PNG of a file that is still the one that was drawn; empty when there is none. Only of whole paths.
-    static KXP::LargeString Find(const ThumbnailCache::Key& key);
+    static KXP::SlabString Find(const ThumbnailCache::Key& key);
     // Stores a PNG. Looks through the files the first time and after each sixteenth of `maxBytes`.
     void Put(const ThumbnailCache::Key& key, std::string_view png) EXCLUDES(mutex_);
 

@@ -60,9 +60,9 @@ class SlotOwner {
 
 ThumbnailCache::Text AsDataUrl(std::string_view png) {
     constexpr std::string_view kStart = "data:image/png;base64,";
-    KXP::LargeString text(kStart.size() + KXP::Base64Length(png.size()), '\0');
+    KXP::SlabString text(kStart.size() + KXP::Base64Length(png.size()), '\0');
     KXP::EncodeBase64(png, std::copy(kStart.begin(), kStart.end(), text.data()));
-    return std::make_shared<const KXP::LargeString>(std::move(text));
+    return std::make_shared<const KXP::SlabString>(std::move(text));
 }
 
 DrawnPicture DrawFile(const ovnxmedia::MediaLibrary& media, int file, bool isVideo,
@@ -108,7 +108,7 @@ void Thumbnailer::Share(const DrawnThumbnail& drawn) {
 ThumbnailCache::Text Thumbnailer::FindOnDisk(const ThumbnailCache::Key& key) {
     // What cannot be opened any more has no thumbnail after a restart.
     if (access(key.path.c_str(), R_OK) != 0) return nullptr;
-    const KXP::LargeString png = ThumbnailFiles::Find(key);
+    const KXP::SlabString png = ThumbnailFiles::Find(key);
     if (png.empty()) return nullptr;
     ThumbnailCache::Text text = AsDataUrl(png);
     cache_.Put(key, text);

@@ -4,7 +4,6 @@
 #include <exception>
 
 #include "CobalixUtil.h"
-#include "base/FreedMemory.h"
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "common/results/Exception.h"
@@ -58,11 +57,7 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
         KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
         ReadRecord();
     }
-    queue_.EnqueueNotification(queue_.Now(), [this] {
-        record_.SortOutKept(gallery(), stopping_);
-        // That of the file's text and of the walk.
-        KXP::Platform::ReturnFreedMemory();
-    });
+    queue_.EnqueueNotification(queue_.Now(), [this] { record_.SortOutKept(gallery(), stopping_); });
     if (parts.watch) queue_.EnqueueNotification(queue_.Now(), [this] { Follow(); });
     capacity_.MonitorDiskSpace();
     // Those that were in flight when the gallery was changed.

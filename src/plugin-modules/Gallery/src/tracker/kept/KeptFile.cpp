@@ -16,6 +16,7 @@
 #include "base/FileLock.h"
 #include "base/NewFile.h"
 #include "base/ReadWrite.h"
+#include "base/SlabMemory.h"
 #include "common/json/JsonParse.h"
 #include "plugin-modules/Gallery/src/tracker/kept/KeptLine.h"
 
@@ -112,7 +113,8 @@ class LineReader {
     }
 
     KeptFile::Lines& lines_;
-    const std::unique_ptr<char[]> buffer_ = std::make_unique<char[]>(kMaxKeptLine + KXP::kJsonTextSlack);
+    const std::unique_ptr<char[], KXP::SlabDeleter> buffer_{
+        static_cast<char*>(KXP::AllocateInSlab(kMaxKeptLine + KXP::kJsonTextSlack))};
     size_t held_ = 0;  // of the line that is not complete yet
     bool tooLong_ = false;
     size_t damaged_ = 0;
