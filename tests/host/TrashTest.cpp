@@ -111,6 +111,15 @@ TEST(Trash, BringsBackWhatWasDeletedLastOrByName) {
     EXPECT_EQ(run({"rm", "--permanently", finish}), "0 ");
     EXPECT_EQ(run({"restore", "--last"}), "0 " + start + "\n");
     EXPECT_EQ(run({"restore"}), "1 ");
+    // Oldest first; nothing goes before one says so.
+    const std::vector<std::string> clean = {"clean", "--game", "Rustwind Rally", "--to", "540kB"};
+    EXPECT_EQ(run({"clean"}), "1 ") << "there is no cap";
+    EXPECT_TRUE(Contains(run(clean), "0 Rustwind Rally/Start line.png "));
+    EXPECT_TRUE(fs::exists(start));
+    std::vector<std::string> carriedOut = clean;
+    carriedOut.push_back("--yes");
+    EXPECT_TRUE(Contains(run(carriedOut), "0 " + start + "\n"));
+    EXPECT_TRUE(Contains(run({"restore"}), start + "\n"));
 }
 
 }  // namespace

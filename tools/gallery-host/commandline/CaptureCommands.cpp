@@ -1,4 +1,5 @@
 // The command line of the verbs about captures, drives and settings.
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "gallery-host/base/Failure.h"
 #include "gallery-host/base/Paths.h"
 #include "gallery-host/commandline/CommandLine.h"
+#include "gallery-host/verbs/Clean.h"
 #include "gallery-host/verbs/DriveVerbs.h"
 #include "gallery-host/verbs/FileVerbs.h"
 #include "gallery-host/verbs/RecordVerbs.h"
@@ -53,6 +55,16 @@ back. Without NAME everything comes back that the last command moved to the tras
 otherwise since then, that one file. Captions come back, too. No file is overwritten. With --json each file is a line
   {"file":"/home/me/Videos/ZORVEX/Ovirastream/Race/a.png","ok":true}
 or has "ok":false and the reason as "error".
+)";
+
+constexpr const char* kCleanFooter = R"(Examples:
+  gallery-host clean
+  gallery-host clean --to 20GB --yes
+  gallery-host clean --older-than 365 --game "Rustwind Rally"
+It lists what would go, the oldest captures first; with --yes they go to the trash, and "restore --last" brings them
+back. Highlights and captures with a caption stay unless --all is named, and go last then. Without --to, --older-than
+and --game it gets the gallery under its cap; --older-than and --game choose captures, and --to says when it is enough.
+The exit status is 1 if the gallery stays too large.
 )";
 
 constexpr const char* kSettingsFooter = R"(Examples:
@@ -215,6 +227,33 @@ void AddRestore(CLI::App& app, Prepare& chosen) {
     });
 }
 
+void AddClean(CLI::App& app, Prepare& chosen) {
+    const auto options = std::make_shared<CleanOptions>();
+    CLI::App* clean = app.add_subcommand("clean", "Make the gallery smaller.");
+    const std::map<std::string, double> kilobytes = {{"kb", 1}, {"mb", 1e3}, {"gb", 1e6}, {"tb", 1e9}};
+    constexpr auto kUnits = static_cast<CLI::AsNumberWithUnit::Options>(
+        CLI::AsNumberWithUnit::CASE_INSENSITIVE | CLI::AsNumberWithUnit::UNIT_REQUIRED);
+    clean->add_option("--to", options->toKB, "what the gallery may take in the end, such as 20GB")
+        ->type_name("SIZE")
+        ->check([](const std::string& size) { return size[0] == '-' ? "it is negative" : ""; })
+        ->transform(CLI::AsNumberWithUnit(kilobytes, kUnits).description(""));
+    clean->add_option("--older-than", options->olderThanDays, "only captures that are older")
+        ->type_name("DAYS")
+        ->check(CLI::Range(0, 100000).description(""));
+    clean->add_option("--game", options->game, "only captures of this game, as in \"list\"")
+        ->type_name("NAME")
+        ->check([](const std::string& game) {
+            return game.empty() || game.find('/') != std::string::npos ? "it is no name of a folder" : "";
+        });
+    clean->add_flag("--all", options->all, "highlights and captures with a caption, too, after the others");
+    clean->add_flag("--yes", options->yes, "do it");
+    clean->add_flag("--json", options->json, kJsonHelp);
+    clean->footer(kCleanFooter);
+    Choose(*clean, chosen, [options](const Preparation&) -> Job {
+        return [options](Session& session, Output& output) { RunClean(session, output, *options); };
+    });
+}
+
 void AddDrives(CLI::App& app, Prepare& chosen) {
     struct Arguments {
         bool all = false;
@@ -300,6 +339,7 @@ void AddCaptureVerbs(CLI::App& app, Prepare& chosen) {
     AddTransfer(app, chosen, "mv", "Move captures.", PlanMoves, RunMove);
     AddRemove(app, chosen);
     AddRestore(app, chosen);
+    AddClean(app, chosen);
     AddDrives(app, chosen);
     AddSettings(app, chosen);
 }

@@ -32,7 +32,7 @@ void Choose(CLI::App& subcommand, Prepare& chosen, Prepare prepare);
 
 // call, list, serve, watch, page and demo.
 void AddHostVerbs(CLI::App& app, Prepare& chosen);
-// recent, stats, show, thumb, cp, mv, rm, drives and settings.
+// recent, stats, show, thumb, cp, mv, rm, restore, clean, drives and settings.
 void AddCaptureVerbs(CLI::App& app, Prepare& chosen);
 // trim, meme, engrave and montage.
 void AddVideoVerbs(CLI::App& app, Prepare& chosen);
