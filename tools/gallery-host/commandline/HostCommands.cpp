@@ -6,6 +6,7 @@
 
 #include "gallery-host/base/Paths.h"
 #include "gallery-host/commandline/CommandLine.h"
+#include "gallery-host/doctor/Doctor.h"
 #include "gallery-host/page/PageVerb.h"
 #include "gallery-host/verbs/Demo.h"
 #include "gallery-host/verbs/GalleryList.h"
@@ -51,6 +52,13 @@ Ctrl-C ends it with exit status 0, or with 130 if there were fewer notifications
 constexpr const char* kPageFooter =
     R"(It prints an address that opens the page once, within five minutes, and leads the user's browser to it. Only this
 computer can reach the server, and of its users only who has the address. Ctrl-C ends it with exit status 0.
+)";
+
+constexpr const char* kDoctorFooter =
+    R"(Each thing that it looks at is a line: OK, a note or WRONG, and what to do about it. It changes nothing without
+--fix, which lets the next start scan the gallery when the record names files that are gone, and removes unfinished
+copies. It needs no plug-in that works. The exit status is 1 when something is wrong. With --json it prints
+  {"checks":[{"check":"room","state":"ok","text":"52 GB of 271 GB are free","advice":""}]}
 )";
 
 void AddCall(CLI::App& app, Prepare& chosen) {
@@ -168,6 +176,19 @@ void AddPage(CLI::App& app, Prepare& chosen) {
     });
 }
 
+void AddDoctor(CLI::App& app, Prepare& chosen) {
+    const auto options = std::make_shared<DoctorOptions>();
+    CLI::App* doctor = app.add_subcommand("doctor", "Look for what keeps the gallery from working.");
+    doctor->add_flag("--fix", options->fix, "mend what is safe to mend");
+    doctor->add_flag("--json", options->json, kJsonHelp);
+    doctor->footer(kDoctorFooter);
+    Choose(*doctor, chosen, [options](const Preparation& preparation) -> Job {
+        options->plugin = preparation.session.plugin;
+        RunDoctor(preparation.output, *options);
+        return nullptr;
+    });
+}
+
 void AddDemo(CLI::App& app, Prepare& chosen) {
     const auto keep = std::make_shared<bool>(false);
     CLI::App* demo = app.add_subcommand(
@@ -190,6 +211,7 @@ void AddHostVerbs(CLI::App& app, Prepare& chosen) {
     AddServe(app, chosen);
     AddWatch(app, chosen);
     AddPage(app, chosen);
+    AddDoctor(app, chosen);
     AddDemo(app, chosen);
 }
 
