@@ -31,7 +31,7 @@ constexpr const char* kJsonHelp = "print JSON, for programs";
 // Sets `chosen` to `prepare` if the command line names the subcommand.
 void Choose(CLI::App& subcommand, Prepare& chosen, Prepare prepare);
 
-// call, list, serve, watch, page, doctor and demo.
+// call, list, serve, replay, watch, page, doctor and demo.
 void AddHostVerbs(CLI::App& app, Prepare& chosen);
 // recent, stats, show, thumb, cp, mv, rm, restore, clean, drives and settings.
 void AddCaptureVerbs(CLI::App& app, Prepare& chosen);
