@@ -14,6 +14,13 @@ void MakeLines(Corpus corpus) {
     corpus.Add(std::string("\0\0\n\na", 5));
 }
 
+void MakeTrashInfo(Corpus corpus) {
+    const std::string head = "[Trash Info]\nPath=";
+    corpus.Add(head + "a/b%20%C3%A9.png\nDeletionDate=2026-03-14T18:06:00\n");
+    corpus.Add("# x\n\n" + head +
+               "/%2e%2e%00\nDeletionDate=2026-03-14T18:06:00.123+01:00\n[Other]\nPath[de]=%");
+}
+
 void MakePageRequest(Corpus corpus) {
     const std::string host = "host:127.0.0.1:7000";
     corpus.Add("GET\n/media/02ab?a=%2F&b&=c\n" + host +
@@ -81,6 +88,7 @@ void MakeHostText(Corpus corpus) {
 void MakeHostSeeds(const std::filesystem::path& root) {
     MakeText({root, "text"});
     MakeLines({root, "lines"});
+    MakeTrashInfo({root, "trashinfo"});
     MakePageRequest({root, "pagerequest"});
     MakePageServer({root, "pageserver"});
     MakeHostText({root, "hosttext"});

@@ -8,6 +8,7 @@
 #include "gallery-host/base/Printable.h"
 #include "gallery-host/commandline/TimeText.h"
 #include "gallery-host/message/Envelope.h"
+#include "gallery-host/verbs/CleanPlan.h"
 #include "gallery-host/verbs/Thumbnail.h"
 #include "tests/support/TempFolder.h"
 
@@ -58,6 +59,33 @@ TEST(Arguments, TimesAndSizes) {
     for (const char* wrong :
          {"", "320", "x180", "320x", "320x180x", "0x1", "1x-1", "16385x1", "9999999999x1"})
         EXPECT_FALSE(host::ReadThumbSize(wrong)) << wrong;
+}
+
+TEST(Clean, TakesTheOldestFirstAndWhatPeopleMadeLast) {
+    const KXP::Document answer = Parsed(R"({"recents":[
+        {"path":"/g/A/new.png","date":"2026-03-14T18:06:09Z","fileSizeKB":10},
+        {"path":"/g/A/old.png","date":"2025-01-01T00:00:00Z","fileSizeKB":10},
+        {"path":"/g/B/older.mp4","date":"2024-01-01T00:00:00Z","fileSizeKB":10},
+        {"path":"/g/B/oldest.mp4","date":"2023-01-01T00:00:00Z","fileSizeKB":10,"memeInfo":{"bottomBarText":"x"}},
+        {"path":"/g/A/finish.png","date":"2022-01-01T00:00:00Z","fileSizeKB":10,"fileSubType":"Highlight"},
+        {"path":"/g/A/announced.png","fileSubType":"Normal","fileSizeKB":10}]})");
+    const auto plan = [&](const host::CleanRule& rule) {
+        const host::CleanPlan made = host::PlanCleaning(host::Elements(answer, "recents"), 50, rule);
+        std::string names;
+        for (const KXP::Value* capture : made.captures)
+            names += host::Text(*capture, "path").substr(5) + " ";
+        const auto number = [](double value) { return std::to_string(static_cast<int>(value)); };
+        return names + "frees " + number(made.freedKB) + " lacks " + number(made.missingKB) + " spares " +
+               std::to_string(made.spared);
+    };
+    EXPECT_EQ(plan({50.0, "", "", true}), "frees 0 lacks 0 spares 0");
+    EXPECT_EQ(plan({35.0, "", "", false}), "older.mp4 old.png frees 20 lacks 0 spares 0");
+    EXPECT_EQ(plan({5.0, "", "", false}), "older.mp4 old.png new.png frees 30 lacks 15 spares 2");
+    EXPECT_EQ(plan({5.0, "", "", true}),
+              "older.mp4 old.png new.png finish.png oldest.mp4 frees 50 lacks 0 spares 0");
+    EXPECT_EQ(plan({{}, "2025-01-01T00:00:00Z", "", false}), "older.mp4 frees 10 lacks 0 spares 2");
+    EXPECT_EQ(plan({{}, "2025-01-01T00:00:01Z", "/g/A/", true}),
+              "old.png finish.png frees 20 lacks 0 spares 0");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tests/host/HostRun.h"
+#include "tests/support/TemporaryHome.h"
 
 namespace {
 
@@ -102,6 +103,36 @@ TEST(Watch, EndsAtItsCountOrAtAnInterrupt) {
         child.Signal(SIGINT);
         EXPECT_EQ(child.Wait(), counts ? 130 : 0) << child.err;
     }
+}
+
+TEST(Serve, RecordsWhatReplayRepeatsAndShowsTheFirstDifference) {
+    const TemporaryHome home;
+    const std::string file = home / "session.jsonl";
+    const std::string secret = home / "Videos/Secret Game/Me.mp4";
+    const std::string lines =
+        R"({"method":"Echo","uniqueid":"1","payload":{"appName":"Secret Game","n":[1,{"path":")" + secret +
+        R"("}]}})" + "\n{\"command\":\"dance\"}\nnonsense\n";
+    EXPECT_EQ(RunHost({"serve", "--record", file}, lines).status, 0);
+    const std::string recorded = home.folder().Read("session.jsonl");
+    EXPECT_TRUE(Contains(recorded, R"("path":"$HOME/Videos/Secret Game/Me.mp4")")) << recorded;
+    EXPECT_EQ(RunHost({"serve", "--record", file}, lines).status, 1) << "nothing is overwritten";
+    EXPECT_EQ(RunHost({"replay", file}).out, "1 answer as recorded\n");
+    std::string changed = recorded;
+    const size_t answer = changed.find("\"out\"");
+    changed.replace(changed.find("[1,", answer), 3, "[2,");
+    home.folder().Write("changed.jsonl", changed);
+    const Ended differs = RunHost({"replay", home / "changed.jsonl"});
+    EXPECT_EQ(differs.status, 1);
+    EXPECT_TRUE(Contains(differs.err, ": Echo: /payload/n/0: recorded 2, now 1")) << differs.err;
+    EXPECT_EQ(RunHost({"replay", home / "changed.jsonl", "--ignore", "n"}).status, 0);
+    EXPECT_TRUE(
+        Contains(RunHost({"replay", home.folder().Write("odd", "{\"ms\":1}\n")}).err, "odd, line 1: "));
+    const std::string redacted = home / "redacted.jsonl";
+    EXPECT_EQ(RunHost({"serve", "--record", redacted, "--redact"}, lines).status, 0);
+    const std::string text = home.folder().Read("redacted.jsonl");
+    EXPECT_FALSE(Contains(text, "Secret") || Contains(text, "Me.")) << text;
+    EXPECT_TRUE(Contains(text, R"("appName":"word)") && Contains(text, "Echo") && Contains(text, ".mp4"))
+        << text;
 }
 
 }  // namespace

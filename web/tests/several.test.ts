@@ -1,6 +1,6 @@
 // Doing something with several captures, in a browser.
 import assert from "node:assert/strict";
-import { existsSync, mkdirSync, readdirSync, readFileSync, renameSync, writeFileSync } from "node:fs";
+import { existsSync, mkdirSync, readdirSync, readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import type { Locator, Page } from "playwright-core";
 import { cell, expectAccessible, focusOn, pageTest, request, serving, Site } from "./gallery.js";
@@ -69,22 +69,23 @@ pageTest("deleted captures come back by Undo, and go when it is too late for it"
     await bar(page).getByRole("button", { name: "Delete" }).click();
     await gone(cell(page, "Lap 107"));
     assert.equal(await bar(page).isVisible(), false);
-    await status(page).getByText("2 captures will be deleted for good").waitFor();
+    await status(page).getByText("2 captures will go to the trash").waitFor();
     await expectAccessible(page);
     // It can be used in a dialog that opens meanwhile, too, and is there again afterwards.
     await page.keyboard.press("?");
     const keys = page.getByRole("dialog", { name: "Keys" });
-    await keys.getByText("2 captures will be deleted for good").waitFor();
+    await keys.getByText("2 captures will go to the trash").waitFor();
     await page.keyboard.press("Escape");
     await keys.waitFor({ state: "detached" });
-    await status(page).getByText("2 captures will be deleted for good").waitFor();
+    await status(page).getByText("2 captures will go to the trash").waitFor();
     await page.keyboard.press("Control+z");
     await cell(page, "Lap 107").waitFor();
     assert.ok(existsSync(lap(109)));
     await page.clock.fastForward(8000);
-    await gone(status(page).getByRole("button", { name: "Undo" }));
-    await gone(status(page).getByText("1 capture"));
+    await status(page).getByText("1 capture in the trash").waitFor();
     assert.equal(existsSync(lap(109)), false);
+    await page.clock.fastForward(20_000);
+    await gone(status(page).getByText("1 capture"));
     await cell(page, "Lap 106").focus();
     await page.keyboard.press("Delete");
     await status(page).getByRole("button", { name: "Undo" }).click();
@@ -135,50 +136,22 @@ pageTest("a page that closes deletes nothing, and many are asked about", site, a
     assert.equal(laps(), before);
 });
 
-// Takes the place of a host that has a trash.
-async function withTrash(page: Page, refused: string): Promise<void> {
-    const trashed = (file: string) => join(site.folder, file.split("/").at(-1)!);
-    const moves: Record<string, (file: string) => void> = {
-        Trash: (file) => renameSync(file, trashed(file)),
-        Restore: (file) => renameSync(trashed(file), file),
-    };
-    await page.routeWebSocket("**/socket", (route) => {
-        const server = route.connectToServer();
-        server.onMessage((data) => {
-            const frame = JSON.parse(String(data));
-            if (frame.ready) frame.host.push(...Object.keys(moves));
-            route.send(JSON.stringify(frame));
-        });
-        route.onMessage((data) => {
-            const { module, method, uniqueid, payload } = JSON.parse(String(data));
-            const move = module === "Host" ? moves[method] : undefined;
-            if (!move) return server.send(data);
-            const files = payload.files.map((file: string) => {
-                if (file === refused) return { file, _return_code: 5, _return_status: "The trash is full" };
-                move(file);
-                return { file, _return_code: 0, _return_status: "Success" };
-            });
-            route.send(JSON.stringify({ reference_uniqueid: uniqueid, payload: { files, _return_code: 0 } }));
-        });
-    });
-    await page.reload();
-}
-
-pageTest("with a trash, captures come back from it, and those that it refuses stay", site, async (page) => {
-    await withTrash(page, lap(103));
+pageTest("captures come back from the trash with what people wrote about them", site, async (page) => {
+    const memeInfo = { topBarText: "Never again", bottomBarText: "" };
+    await request(page, "AddMeme", { file: lap(104), memeInfo });
     await page.clock.install();
     for (const number of [104, 103]) await cell(page, `Lap ${number}`).click({ modifiers: ["Control"] });
     await page.keyboard.press("Delete");
-    await status(page).getByText("2 captures will go to the trash").waitFor();
     await page.clock.fastForward(8000);
-    await status(page).getByText("1 capture in the trash").waitFor();
-    await status(page).getByText("Lap 103.png: The trash is full").waitFor();
+    await status(page).getByText("2 captures in the trash").waitFor();
     await expectAccessible(page);
-    await cell(page, "Lap 103").waitFor();
-    assert.deepEqual([existsSync(lap(103)), existsSync(lap(104))], [true, false]);
+    assert.deepEqual([existsSync(lap(103)), existsSync(lap(104))], [false, false]);
     await page.keyboard.press("Control+z");
     await cell(page, "Lap 104").waitFor();
-    assert.ok(existsSync(lap(104)));
+    await cell(page, "Lap 103").waitFor();
+    assert.deepEqual([existsSync(lap(103)), existsSync(lap(104))], [true, true]);
+    const known = await request(page, "GetFileMetadata", { file: lap(104) });
+    assert.deepEqual(known["memeInfo"], memeInfo);
 });
 
 pageTest("captures are copied and moved, and nothing is overwritten", site, async (page) => {

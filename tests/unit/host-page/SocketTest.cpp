@@ -48,7 +48,7 @@ TEST(PageSocket, OnlyWhatIsMeantForPagesGoesThrough) {
             << method;
     EXPECT_TRUE(Has(ask(R"({"uniqueid":"1","method":"GetSettings","type":3073})"), "no such notification"));
     EXPECT_TRUE(Has(ask(R"({"uniqueid":"1","method":"GetSettings","module":"Other"})"), "no such module"));
-    EXPECT_TRUE(Has(ask(R"({"uniqueid":"1","method":"Trash","module":"Host"})"), "no such method"));
+    EXPECT_TRUE(Has(ask(R"({"uniqueid":"1","method":"Erase","module":"Host"})"), "no such method"));
     EXPECT_TRUE(Has(ask(R"({"method":"GetSettings"})"), "no uniqueid"));
     EXPECT_TRUE(
         Has(ask(R"({"uniqueid":")" + std::string(300, 'x') + R"(","method":"GetSettings"})"), "no uniqueid"));

@@ -1,4 +1,5 @@
 // The command line of the verbs about captures, drives and settings.
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -10,9 +11,11 @@
 #include "gallery-host/base/Failure.h"
 #include "gallery-host/base/Paths.h"
 #include "gallery-host/commandline/CommandLine.h"
+#include "gallery-host/verbs/Clean.h"
 #include "gallery-host/verbs/DriveVerbs.h"
 #include "gallery-host/verbs/FileVerbs.h"
 #include "gallery-host/verbs/RecordVerbs.h"
+#include "gallery-host/verbs/Restore.h"
 #include "gallery-host/verbs/SettingsVerbs.h"
 #include "gallery-host/verbs/Thumbnail.h"
 
@@ -38,10 +41,30 @@ or has "ok":false and the reason as "error".
 constexpr const char* kRemoveFooter = R"(Examples:
   gallery-host rm --dry-run *.png
   gallery-host rm "Second lap.mp4"
-Only captures on record are removed, and they cannot be restored. After a failure the other files still have their
-turn, and the exit status is 1. With --json each file is a line
+Only captures on record are removed. They go to the trash of their volume, and "restore" brings them back. After a
+failure the other files still have their turn, and the exit status is 1. With --json each file is a line
   {"file":"/home/me/a.png","ok":true}
 or has "ok":false and the reason as "error".
+)";
+
+constexpr const char* kRestoreFooter = R"(Examples:
+  gallery-host restore
+  gallery-host restore "Second lap.mp4" "Rustwind Rally/Start line.png"
+A NAME is that of the file, or its path, also from the gallery on; of several the one that was deleted last comes
+back. Without NAME everything comes back that the last command moved to the trash or, if something was deleted
+otherwise since then, that one file. Captions come back, too. No file is overwritten. With --json each file is a line
+  {"file":"/home/me/Videos/ZORVEX/Ovirastream/Race/a.png","ok":true}
+or has "ok":false and the reason as "error".
+)";
+
+constexpr const char* kCleanFooter = R"(Examples:
+  gallery-host clean
+  gallery-host clean --to 20GB --yes
+  gallery-host clean --older-than 365 --game "Rustwind Rally"
+It lists what would go, the oldest captures first; with --yes they go to the trash, and "restore --last" brings them
+back. Highlights and captures with a caption stay unless --all is named, and go last then. Without --to, --older-than
+and --game it gets the gallery under its cap; --older-than and --game choose captures, and --to says when it is enough.
+The exit status is 1 if the gallery stays too large.
 )";
 
 constexpr const char* kSettingsFooter = R"(Examples:
@@ -177,14 +200,58 @@ void AddTransfer(CLI::App& app, Prepare& chosen, const char* name, const char* a
 
 void AddRemove(CLI::App& app, Prepare& chosen) {
     const auto arguments = std::make_shared<FileArguments>();
-    CLI::App* verb = app.add_subcommand("rm", "Remove captures from the gallery and the disk.");
+    CLI::App* verb = app.add_subcommand("rm", "Move captures to the trash.");
     verb->add_option("FILES", arguments->paths, "captures on record")
         ->required()
         ->type_name("")
         ->expected(1, -1);
     verb->add_flag("--dry-run", arguments->options.dryRun, "only list what would be removed");
+    verb->add_flag("--permanently", arguments->options.permanently,
+                   "delete them from the disk instead; they cannot be restored");
     verb->footer(kRemoveFooter);
     ChooseFiles(*verb, chosen, arguments, PlanRemovals, RunRemove);
+}
+
+void AddRestore(CLI::App& app, Prepare& chosen) {
+    const auto options = std::make_shared<RestoreOptions>();
+    CLI::App* restore = app.add_subcommand("restore", "Bring captures back from the trash.");
+    CLI::Option* names =
+        restore->add_option("NAMES", options->names, "which; by default those deleted last")->type_name("");
+    restore->add_flag("--last", "those deleted last, as without NAME")->excludes(names);
+    restore->add_flag("--list", options->list, "only list what can be brought back, the last first")
+        ->excludes(names);
+    restore->add_flag("--json", options->json, kJsonHelp);
+    restore->footer(kRestoreFooter);
+    Choose(*restore, chosen, [options](const Preparation&) -> Job {
+        return [options](Session& session, Output& output) { RunRestore(session, output, *options); };
+    });
+}
+
+void AddClean(CLI::App& app, Prepare& chosen) {
+    const auto options = std::make_shared<CleanOptions>();
+    CLI::App* clean = app.add_subcommand("clean", "Make the gallery smaller.");
+    const std::map<std::string, double> kilobytes = {{"kb", 1}, {"mb", 1e3}, {"gb", 1e6}, {"tb", 1e9}};
+    constexpr auto kUnits = static_cast<CLI::AsNumberWithUnit::Options>(
+        CLI::AsNumberWithUnit::CASE_INSENSITIVE | CLI::AsNumberWithUnit::UNIT_REQUIRED);
+    clean->add_option("--to", options->toKB, "what the gallery may take in the end, such as 20GB")
+        ->type_name("SIZE")
+        ->check([](const std::string& size) { return size[0] == '-' ? "it is negative" : ""; })
+        ->transform(CLI::AsNumberWithUnit(kilobytes, kUnits).description(""));
+    clean->add_option("--older-than", options->olderThanDays, "only captures that are older")
+        ->type_name("DAYS")
+        ->check(CLI::Range(0, 100000).description(""));
+    clean->add_option("--game", options->game, "only captures of this game, as in \"list\"")
+        ->type_name("NAME")
+        ->check([](const std::string& game) {
+            return game.empty() || game.find('/') != std::string::npos ? "it is no name of a folder" : "";
+        });
+    clean->add_flag("--all", options->all, "highlights and captures with a caption, too, after the others");
+    clean->add_flag("--yes", options->yes, "do it");
+    clean->add_flag("--json", options->json, kJsonHelp);
+    clean->footer(kCleanFooter);
+    Choose(*clean, chosen, [options](const Preparation&) -> Job {
+        return [options](Session& session, Output& output) { RunClean(session, output, *options); };
+    });
 }
 
 void AddDrives(CLI::App& app, Prepare& chosen) {
@@ -271,6 +338,8 @@ void AddCaptureVerbs(CLI::App& app, Prepare& chosen) {
     AddTransfer(app, chosen, "cp", "Copy captures.", PlanCopies, RunCopy);
     AddTransfer(app, chosen, "mv", "Move captures.", PlanMoves, RunMove);
     AddRemove(app, chosen);
+    AddRestore(app, chosen);
+    AddClean(app, chosen);
     AddDrives(app, chosen);
     AddSettings(app, chosen);
 }

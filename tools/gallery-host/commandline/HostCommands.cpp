@@ -1,14 +1,17 @@
 // The command line of call, list, serve, watch, page and demo.
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "gallery-host/base/Paths.h"
 #include "gallery-host/commandline/CommandLine.h"
+#include "gallery-host/doctor/Doctor.h"
 #include "gallery-host/page/PageVerb.h"
 #include "gallery-host/verbs/Demo.h"
 #include "gallery-host/verbs/GalleryList.h"
+#include "gallery-host/verbs/Replay.h"
 #include "gallery-host/verbs/Serve.h"
 #include "gallery-host/verbs/Verbs.h"
 #include "gallery-host/verbs/Watch.h"
@@ -39,6 +42,15 @@ Programs that the plug-in starts can send such lines, of 64 KiB at most, as data
 environment variable GALLERY_HOST_MESSAGES names; they receive no answers.
 )";
 
+constexpr const char* kReplayFooter = R"(Examples:
+  gallery-host serve --record session.jsonl
+  gallery-host replay session.jsonl
+It sends what the recording sent, each message once the answers that came before it are there, and shows the first
+answer that differs; the exit status is then 1. Free space may differ, and what --ignore names. In a recording the
+user's home is "$HOME", so that it can be played in another one. With --redact names, texts and paths are words without
+a meaning, so that a recording can be shown to others; it cannot be played.
+)";
+
 constexpr const char* kWatchFooter =
     R"(A line is the time, what happened, and what it happened to:
   12:03:07  saved      Rustwind Rally/Photo finish.png  image, highlight, 2.4 MB
@@ -51,6 +63,13 @@ Ctrl-C ends it with exit status 0, or with 130 if there were fewer notifications
 constexpr const char* kPageFooter =
     R"(It prints an address that opens the page once, within five minutes, and leads the user's browser to it. Only this
 computer can reach the server, and of its users only who has the address. Ctrl-C ends it with exit status 0.
+)";
+
+constexpr const char* kDoctorFooter =
+    R"(Each thing that it looks at is a line: OK, a note or WRONG, and what to do about it. It changes nothing without
+--fix, which lets the next start scan the gallery when the record names files that are gone, and removes unfinished
+copies. It needs no plug-in that works. The exit status is 1 when something is wrong. With --json it prints
+  {"checks":[{"check":"room","state":"ok","text":"52 GB of 271 GB are free","advice":""}]}
 )";
 
 void AddCall(CLI::App& app, Prepare& chosen) {
@@ -97,16 +116,70 @@ void AddList(CLI::App& app, Prepare& chosen) {
     });
 }
 
+// The home that a session is played in may be one made for it.
+std::shared_ptr<TemporaryHome> HomeOfSamples(const Preparation& preparation) {
+    auto home = std::make_shared<TemporaryHome>(preparation.session.debug.keepTemp);
+    home->FillWithSamples();
+    return home;
+}
+
+constexpr const char* kDemoHelp = "over the gallery of \"demo\", in a temporary home";
+
 void AddServe(CLI::App& app, Prepare& chosen) {
+    struct Arguments {
+        std::string record;
+        bool redact = false;
+        bool demo = false;
+    };
+    const auto arguments = std::make_shared<Arguments>();
     CLI::App* serve =
         app.add_subcommand("serve", "Exchange lines of JSON on standard input and output, for programs.");
+    CLI::Option* record =
+        serve->add_option("--record", arguments->record, "write the session to a new file, for \"replay\"")
+            ->type_name("FILE");
+    serve->add_flag("--redact", arguments->redact, "record no names, texts and paths")->needs(record);
+    serve->add_flag("--demo", arguments->demo, kDemoHelp);
     serve->footer(kServeFooter);
-    Choose(*serve, chosen, [](const Preparation& preparation) -> Job {
+    Choose(*serve, chosen, [arguments](const Preparation& preparation) -> Job {
         preparation.session.showLog = true;
+        const auto home = arguments->demo ? HomeOfSamples(preparation) : nullptr;
+        const auto recorder = arguments->record.empty()
+                                  ? nullptr
+                                  : std::make_shared<Recorder>(arguments->record, arguments->redact);
         const auto messages = std::make_shared<MessageSocket>();
-        return [messages](Session& session, Output& output) {
+        return [home, recorder, messages](Session& session, Output& output) {
             session.Relay(*messages);
-            Server(session, output).Run();
+            RunServe(session, output, recorder.get());
+        };
+    });
+}
+
+void AddReplay(CLI::App& app, Prepare& chosen) {
+    struct Arguments {
+        std::string file;
+        std::string record;
+        std::vector<std::string> ignored;
+        bool demo = false;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* replay = app.add_subcommand("replay", "Repeat a recorded session and compare the answers.");
+    replay->add_option("FILE", arguments->file, "what \"serve --record\" has written")
+        ->required()
+        ->type_name("");
+    replay->add_option("--ignore", arguments->ignored, "members whose values may differ")
+        ->type_name("NAME...");
+    replay->add_option("--record", arguments->record, "write what happens now to a new file")
+        ->type_name("NEW");
+    replay->add_flag("--demo", arguments->demo, kDemoHelp);
+    replay->footer(kReplayFooter);
+    Choose(*replay, chosen, [arguments](const Preparation& preparation) -> Job {
+        // Before the paths in the recording are read: they lead into this home.
+        const auto home = arguments->demo ? HomeOfSamples(preparation) : nullptr;
+        const auto recording = std::make_shared<std::vector<RecordedMessage>>(ReadRecording(arguments->file));
+        const auto recorder =
+            arguments->record.empty() ? nullptr : std::make_shared<Recorder>(arguments->record, false);
+        return [home, recording, recorder, arguments](Session& session, Output& output) {
+            RunReplay(session, output, *recording, arguments->ignored, recorder.get());
         };
     });
 }
@@ -168,6 +241,19 @@ void AddPage(CLI::App& app, Prepare& chosen) {
     });
 }
 
+void AddDoctor(CLI::App& app, Prepare& chosen) {
+    const auto options = std::make_shared<DoctorOptions>();
+    CLI::App* doctor = app.add_subcommand("doctor", "Look for what keeps the gallery from working.");
+    doctor->add_flag("--fix", options->fix, "mend what is safe to mend");
+    doctor->add_flag("--json", options->json, kJsonHelp);
+    doctor->footer(kDoctorFooter);
+    Choose(*doctor, chosen, [options](const Preparation& preparation) -> Job {
+        options->plugin = preparation.session.plugin;
+        RunDoctor(preparation.output, *options);
+        return nullptr;
+    });
+}
+
 void AddDemo(CLI::App& app, Prepare& chosen) {
     const auto keep = std::make_shared<bool>(false);
     CLI::App* demo = app.add_subcommand(
@@ -188,8 +274,10 @@ void AddHostVerbs(CLI::App& app, Prepare& chosen) {
     AddCall(app, chosen);
     AddList(app, chosen);
     AddServe(app, chosen);
+    AddReplay(app, chosen);
     AddWatch(app, chosen);
     AddPage(app, chosen);
+    AddDoctor(app, chosen);
     AddDemo(app, chosen);
 }
 

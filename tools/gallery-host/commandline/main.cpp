@@ -132,8 +132,8 @@ int Run(Arguments& arguments) {
         FillIn(arguments);
         Interrupt interrupt;
         Output output(interrupt);
-        const Job job = arguments.verb({interrupt, arguments.session});
-        status = WithPlugin(arguments.session, interrupt, abandoned, job, output);
+        const Job job = arguments.verb({interrupt, arguments.session, output});
+        if (job) status = WithPlugin(arguments.session, interrupt, abandoned, job, output);
     });
     if (failed != kExitSuccess) status = failed;
     if (abandoned) std::_Exit(status);

@@ -47,13 +47,13 @@ void GalleryFolder::Set(const std::string& path) {
     path_ = std::move(trimmed);
 }
 
+std::string GalleryFolder::path() const {
+    const KXP::MutexLock lock(mutex_);
+    return path_;
+}
+
 KXP::FileDescriptor GalleryFolder::Open(const std::string& path, struct stat& status) const {
-    std::string folder;
-    {
-        const KXP::MutexLock lock(mutex_);
-        folder = path_;
-    }
-    return OpenBeneath(folder, path, status);
+    return OpenBeneath(this->path(), path, status);
 }
 
 }  // namespace host::page

@@ -19,6 +19,7 @@ KXP::FileDescriptor OpenBeneath(const std::string& folder, const std::string& pa
 class GalleryFolder {
   public:
     void Set(const std::string& path) EXCLUDES(mutex_);
+    std::string path() const EXCLUDES(mutex_);
     // Opens a file of the gallery; the folder anew each time, because its drive may have been away.
     KXP::FileDescriptor Open(const std::string& path, struct stat& status) const EXCLUDES(mutex_);
 

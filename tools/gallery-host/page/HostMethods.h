@@ -25,6 +25,8 @@ class HostMethods {
   private:
     KXP::Document OpenFile(const std::string& method, const std::string& path) const;
     KXP::Document AnswerPreferences(const KXP::Value& payload) const;
+    // For each file a result of its own.
+    KXP::Document AnswerFiles(const std::string& method, const KXP::Value& payload) const;
 
     const Handles& handles_;
     const GalleryFolder& gallery_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -13,6 +14,8 @@
 #include "gallery-host/message/Envelope.h"
 #include "gallery-host/output/Words.h"
 #include "gallery-host/session/Batch.h"
+#include "gallery-host/trash/LastTrashed.h"
+#include "gallery-host/trash/Trash.h"
 #include "gallery-host/verbs/GalleryList.h"
 #include "gallery-host/verbs/Verbs.h"
 
@@ -21,16 +24,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kLookUp = "GetFileMetadata";
+
 struct Verb {
     const char* method;
     const char* doing;
     const char* done;
+    bool names = false;  // prints each file that it was done to
 };
 
 constexpr Verb kCopy{"CopyFile", "copying", "copied"};
 constexpr Verb kMove{"MoveFile", "moving", "moved"};
 constexpr Verb kRemove{"RemoveGalleryItem", "removing", "removed"};
-constexpr Verb kLookUp{"GetFileMetadata", "looking up", "would be removed"};
+constexpr Verb kTrash{kLookUp, "moving to the trash", "moved to the trash", true};
+constexpr Verb kDryRun{kLookUp, "looking up", "would be removed", true};
 
 // Moves on one volume do not compete for the disk.
 constexpr size_t kMovesAtOnce = 16;
@@ -75,64 +82,29 @@ std::string PlainReason(const FileJob& job, const KXP::Document& answer) {
 std::string Reason(const Verb& verb, const FileJob& job, const KXP::Document& answer) {
     if (ResultCode(answer) < 0) return PlainReason(job, answer);
     // GetFileMetadata succeeds for any file, with no members for one that is not on record.
-    const bool missing = verb.method == kLookUp.method && !Find(Payload(answer), "fileType");
+    const bool missing = verb.method == kLookUp && !Find(Payload(answer), "fileType");
     return missing ? WhyNot(job.path, kNotOnRecord) : "";
 }
 
-// Reports each file, and at the end all of them.
-class Report {
-  public:
-    Report(Output& output, const Verb& verb, size_t count, bool json)
-        : output_(output), verb_(verb), count_(count), json_(json) {}
+// What is done to a file once its request has succeeded. Returns the reason when it fails.
+using Then = std::function<std::string(const FileJob& job)>;
 
-    void Add(const FileJob& job, const std::string& error) {
-        ++reported_;
-        if (json_) WriteLine(job, error);
-        if (error.empty()) {
-            ++done_;
-            if (!json_ && verb_.method == kLookUp.method) output_.Write(Printable(job.path) + "\n");
-            return;
-        }
-        const std::string line = job.name + ": " + error;
-        if (count_ == 1) throw Failure(kExitFailed, line);
-        Say(line);
-    }
-
-    std::string Summary() const {
-        if (done_ == count_) return Counted(count_, "file") + " " + verb_.done;
-        return std::to_string(done_) + " of " + Counted(count_, "file") + " " + verb_.done;
-    }
-    void End() const {
-        if (done_ < count_) throw Failure(kExitFailed, Summary());
-        Say(Summary());
-    }
-    bool HasEnded() const { return reported_ == count_; }
-
-  private:
-    void WriteLine(const FileJob& job, const std::string& error) {
-        KXP::Document line = MakeTexts({{"file", job.path}});
-        if (!job.destination.empty()) AddText(line, "destination", job.destination);
-        WriteOutcome(output_, std::move(line), error);
-    }
-
-    Output& output_;
-    const Verb& verb_;
-    const size_t count_;
-    const bool json_;
-    size_t reported_ = 0;
-    size_t done_ = 0;
-};
+std::string Nothing(const FileJob&) {
+    return {};
+}
 
 void Run(Session& session, Output& output, const Verb& verb, const std::vector<FileJob>& jobs, bool json,
-         size_t atOnce = kAtOnce) {
-    Report report(output, verb, jobs.size(), json);
+         size_t atOnce = kAtOnce, const Then& then = Nothing) {
+    FileReport report(output, verb.done, verb.names, jobs.size(), json);
     try {
         Progress progress(verb.doing, jobs.size());
         AskInOrder(
             session, jobs.size(), [&](size_t index) { return MakeFileRequest(verb, jobs[index]); },
             [&](size_t index, const KXP::Document* answer) {
                 const FileJob& job = jobs[index];
-                report.Add(job, answer ? Reason(verb, job, *answer) : job.error);
+                std::string error = answer ? Reason(verb, job, *answer) : job.error;
+                if (error.empty()) error = then(job);
+                report.Add(job, error);
             },
             progress, atOnce);
     } catch (const Failure& failure) {
@@ -141,6 +113,12 @@ void Run(Session& session, Output& output, const Verb& verb, const std::vector<F
                                             ", and perhaps some that were in progress");
     }
     report.End();
+}
+
+std::string Trash(const FileJob& job, TrashBatch& batch) {
+    const std::string error = MoveToTrash(job.path);
+    if (error.empty()) batch.Add(job.path);
+    return error.empty() ? error : error + "; --permanently removes it for good";
 }
 
 FileJob PlanOne(const std::string& name, const std::string& destination, bool into) {
@@ -203,7 +181,13 @@ void RunMove(Session& session, Output& output, const std::vector<FileJob>& jobs,
 void RunRemove(Session& session, Output& output, const std::vector<FileJob>& jobs,
                const FileOptions& options) {
     AwaitGallery(session);
-    Run(session, output, options.dryRun ? kLookUp : kRemove, jobs, options.json);
+    if (options.dryRun || options.permanently) {
+        Run(session, output, options.dryRun ? kDryRun : kRemove, jobs, options.json);
+        return;
+    }
+    TrashBatch batch;
+    Run(session, output, kTrash, jobs, options.json, kAtOnce,
+        [&batch](const FileJob& job) { return Trash(job, batch); });
 }
 
 }  // namespace host

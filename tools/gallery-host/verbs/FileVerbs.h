@@ -6,20 +6,14 @@
 
 #include "gallery-host/base/Output.h"
 #include "gallery-host/session/Session.h"
+#include "gallery-host/verbs/FileReport.h"
 
 namespace host {
 
 struct FileOptions {
     bool dryRun = false;
+    bool permanently = false;  // rm: not to the trash
     bool json = false;
-};
-
-// What to do with one file.
-struct FileJob {
-    std::string name;  // as the user wrote it
-    std::string path;  // absolute
-    std::string destination;
-    std::string error;  // why no request is sent
 };
 
 // The last of `paths` is the destination. If it is a folder or ends in "/", files go into it under their own

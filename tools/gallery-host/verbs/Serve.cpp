@@ -6,16 +6,29 @@
 #include "gallery-host/message/Envelope.h"
 
 namespace host {
+namespace {
 
-Server::Server(Session& session, Output& output)
+bool IsCommand(const KXP::Document& line) {
+    return !Text(line, "command").empty() && !line.HasMember("method");
+}
+
+}  // namespace
+
+Server::Server(Session& session, Sink sink, Recorder* recorder)
     : session_(session),
-      output_(output),
+      sink_(std::move(sink)),
+      recorder_(recorder),
       lines_(kMaxInputBytes, [this](const LineSplitter::Line& line) { OnLine(line); }) {}
 
-void Server::Run() {
-    const Session::Listening listening =
+Session::Listening Server::Begin() {
+    Session::Listening listening =
         session_.Listen([this](KXP::Document& message, auto) { OnMessage(message); });
     subscriptions_.Make(session_);
+    return listening;
+}
+
+void Server::Run() {
+    const Session::Listening listening = Begin();
     ReadLines();
     AwaitAnswers();
     session_.FinishRelay(std::chrono::steady_clock::now() + session_.options().timeout);
@@ -54,22 +67,32 @@ void Server::OnLine(const LineSplitter::Line& line) {
         Refuse(line.number, error, {});
         return;
     }
-    if (TakeCommand(envelope, line.number)) return;
     const std::string ownId = Text(envelope, "uniqueid");
-    Complete(envelope);
-    if (TakeSubscription(envelope)) return;
-    const std::optional<std::string> refusal = Forward(envelope);
-    if (refusal) Refuse(line.number, *refusal, ownId);
+    if (!IsCommand(envelope)) Complete(envelope);
+    Take(envelope, line.number, ownId);
 }
 
-bool Server::TakeCommand(const KXP::Document& line, size_t lineNumber) {
+void Server::Take(const KXP::Document& line, size_t lineNumber) {
+    Take(line, lineNumber, Text(line, "uniqueid"));
+}
+
+void Server::Take(const KXP::Document& line, size_t lineNumber, const std::string& ownId) {
+    if (recorder_) recorder_->In(line);
+    if (IsCommand(line)) {
+        TakeCommand(line, lineNumber);
+        return;
+    }
+    if (TakeSubscription(line)) return;
+    const std::optional<std::string> refusal = Forward(line);
+    if (refusal) Refuse(lineNumber, *refusal, ownId);
+}
+
+void Server::TakeCommand(const KXP::Document& line, size_t lineNumber) {
     const std::string command = Text(line, "command");
-    if (command.empty() || line.HasMember("method")) return false;
     if (const std::optional<std::string> failure = RunCommand(command))
         Refuse(lineNumber, command + ": " + *failure, {});
     else
         Write(MakeTexts({{"command", command}}));
-    return true;
 }
 
 std::optional<std::string> Server::RunCommand(const std::string& command) {
@@ -143,11 +166,19 @@ void Server::FanOut(KXP::Document& notification) {
 }
 
 void Server::Write(const KXP::Value& line) {
-    KXP::JsonBuffer text;
-    KXP::JsonWriter writer(text);
-    line.Accept(writer);
-    text.Put('\n');
-    open_ = output_.Write({text.GetString(), text.GetSize()});
+    if (recorder_) recorder_->Out(line);
+    open_ = sink_(line);
+}
+
+void RunServe(Session& session, Output& output, Recorder* recorder) {
+    const Server::Sink sink = [&output](const KXP::Value& line) {
+        KXP::JsonBuffer text;
+        KXP::JsonWriter writer(text);
+        line.Accept(writer);
+        text.Put('\n');
+        return output.Write({text.GetString(), text.GetSize()});
+    };
+    Server(session, sink, recorder).Run();
 }
 
 }  // namespace host

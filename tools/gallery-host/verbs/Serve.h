@@ -1,6 +1,7 @@
 // Lets programs talk to the plug-in in lines of JSON.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -9,6 +10,7 @@
 
 #include "gallery-host/base/LineSplitter.h"
 #include "gallery-host/base/Output.h"
+#include "gallery-host/recording/Recorder.h"
 #include "gallery-host/session/Session.h"
 #include "gallery-host/session/Subscriptions.h"
 
@@ -24,11 +26,20 @@ namespace host {
 // sender, with its identifier, or once with the method's name if nobody subscribed.
 class Server {
   public:
-    Server(Session& session, Output& output);
+    // Takes a line; false once nobody reads.
+    using Sink = std::function<bool(const KXP::Value& line)>;
+
+    // `recorder` may be null.
+    Server(Session& session, Sink sink, Recorder* recorder);
 
     // Runs until standard input ends and all requests are answered, or until the output is closed. Throws
     // Failure, for example when answers do not come in time.
     void Run();
+
+    // The same in steps, for lines from elsewhere: messages come while the result of Begin lives.
+    [[nodiscard]] Session::Listening Begin();
+    void Take(const KXP::Document& line, size_t lineNumber);
+    void AwaitAnswers();
 
   private:
     struct Subscriber {
@@ -38,10 +49,10 @@ class Server {
     };
 
     void ReadLines();
-    void AwaitAnswers();
     void OnLine(const LineSplitter::Line& line);
-    // Whether the line is a lifecycle command; it is then done.
-    bool TakeCommand(const KXP::Document& line, size_t lineNumber);
+    // `ownId` is the sender's identifier, or empty for one that was filled in.
+    void Take(const KXP::Document& line, size_t lineNumber, const std::string& ownId);
+    void TakeCommand(const KXP::Document& line, size_t lineNumber);
     // The reason if it fails.
     std::optional<std::string> RunCommand(const std::string& command);
     // The plug-in's error text if it refuses the envelope.
@@ -53,12 +64,16 @@ class Server {
     void Write(const KXP::Value& line);
 
     Session& session_;
-    Output& output_;
+    const Sink sink_;
+    Recorder* const recorder_;
     LineSplitter lines_;
     bool open_ = true;  // the output
     std::multiset<std::string> outstanding_;
     Subscriptions subscriptions_;
     std::map<std::string, std::vector<Subscriber>> subscribers_;
 };
+
+// With lines of standard output.
+void RunServe(Session& session, Output& output, Recorder* recorder);
 
 }  // namespace host
