@@ -4,13 +4,15 @@
 #include <utility>
 
 #include "base/FolderEntries.h"
+#include "base/SlabMemory.h"
 
 namespace KXP::Platform {
 
 static_assert(sizeof(dirent) == sizeof(dirent64) && offsetof(dirent, d_name) == offsetof(dirent64, d_name));
 
-struct FolderEntries::Listing {
-    static constexpr size_t kSize = 32768;
+struct FolderEntries::Listing : InSlab {
+    // A slab's largest block has room for it.
+    static constexpr size_t kSize = 32000;
 
     size_t at = 0;
     size_t end = 0;
@@ -23,8 +25,11 @@ void FolderEntries::Delete::operator()(Listing* listing) const {
 
 FolderEntries::FolderEntries(FileDescriptor folder) : folder_(std::move(folder)) {
     if (!folder_.IsOpen()) return;
-    listing_.reset(new (std::nothrow) Listing);
-    if (!listing_) errno = ENOMEM;
+    try {
+        listing_.reset(new Listing);
+    } catch (const std::bad_alloc&) {
+        errno = ENOMEM;
+    }
 }
 
 int FolderEntries::descriptor() const {
