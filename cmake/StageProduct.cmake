@@ -14,19 +14,23 @@ function(stage_target target folder)
     LIBRARY_OUTPUT_DIRECTORY "${folder}"
     BUILD_WITH_INSTALL_RPATH ON
     INSTALL_RPATH "${ARGN}")
-  get_target_property(type ${target} TYPE)
-  if(GALLERY_SMALL AND type STREQUAL SHARED_LIBRARY AND NOT APPLE)
+  if(GALLERY_SMALL AND NOT APPLE)
     move_debug_information(${target})
   endif()
 endfunction()
 
-# move_debug_information(<target>): into a file beside the library, which names it so that debuggers find it.
+# move_debug_information(<target>): into a file beside it, which it names so that debuggers find it.
 function(move_debug_information target)
-  set(library "$<TARGET_FILE:${target}>")
+  set(binary "$<TARGET_FILE:${target}>")
+  get_target_property(type ${target} TYPE)
+  set(name ${target})
+  if(type STREQUAL SHARED_LIBRARY)
+    set(name "lib${target}.so")
+  endif()
   add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "${library}" "${library}.debug"
-    COMMAND "${CMAKE_OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${library}.debug" "${library}"
-    BYPRODUCTS "${folder}/lib${target}.so.debug"
+    COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "${binary}" "${binary}.debug"
+    COMMAND "${CMAKE_OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${binary}.debug" "${binary}"
+    BYPRODUCTS "${folder}/${name}.debug"
     VERBATIM)
 endfunction()
 
