@@ -7,4 +7,9 @@ namespace KXP::Platform {
 // its result. Takes some milliseconds. Does nothing where the heap does so by itself. Any thread.
 void ReturnFreedMemory();
 
+// Lets all threads of this program share two parts of its heap, where each thread could have one of its own:
+// a burst on many threads leaves each part as large as it ever was. For a program, before it has threads; a
+// library has no say in its process's heap.
+void KeepHeapTogether();
+
 }  // namespace KXP::Platform

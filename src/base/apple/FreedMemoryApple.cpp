@@ -8,4 +8,7 @@ void ReturnFreedMemory() {
     (void)malloc_zone_pressure_relief(nullptr, 0);
 }
 
+// The system's heap has as many parts as processors.
+void KeepHeapTogether() {}
+
 }  // namespace KXP::Platform

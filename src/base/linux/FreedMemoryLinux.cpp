@@ -10,4 +10,10 @@ void ReturnFreedMemory() {
 #endif
 }
 
+void KeepHeapTogether() {
+#ifdef __GLIBC__
+    (void)mallopt(M_ARENA_MAX, 2);
+#endif
+}
+
 }  // namespace KXP::Platform

@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/FreedMemory.h"
 #include "gallery-host/base/Failure.h"
 #include "gallery-host/base/Interrupt.h"
 #include "gallery-host/base/Output.h"
@@ -141,6 +142,7 @@ int Run(Arguments& arguments) {
 }
 
 int Main(int argc, char** argv) {
+    KXP::Platform::KeepHeapTogether();
     OpenStandardStreams();
     Arguments arguments;
     CLI::App app("Drives the gallery plug-in from a terminal or a program.", "gallery-host");
