@@ -23,6 +23,8 @@ bool KeepsInodes(const std::string& path);
 
 // Returns when what was written to the file would outlast a loss of power.
 bool MakeDurable(int fd);
+// The same for everything that was written to the volume of the file or folder.
+bool MakeVolumeDurable(int fd);
 
 // Gives the file disk space for `size` bytes, at least one, and at least that length. The content stays and
 // zero bytes follow it. False when there is no room; the length may then have grown.

@@ -35,6 +35,12 @@ bool MakeDurable(int fd) {
     return fcntl(fd, F_FULLFSYNC) == 0 || fsync(fd) == 0;
 }
 
+bool MakeVolumeDurable(int fd) {
+    // The system writes all, and then the drive.
+    sync();
+    return MakeDurable(fd);
+}
+
 bool ReserveFileSpace(int fd, int64_t size) {
     struct stat status {};
     if (fstat(fd, &status) != 0) return false;

@@ -53,6 +53,10 @@ bool MakeDurable(int fd) {
     return fdatasync(fd) == 0;
 }
 
+bool MakeVolumeDurable(int fd) {
+    return syncfs(fd) == 0;
+}
+
 bool ReserveFileSpace(int fd, int64_t size) {
     int error = 0;
     do {

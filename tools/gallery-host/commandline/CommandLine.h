@@ -34,6 +34,8 @@ void Choose(CLI::App& subcommand, Prepare& chosen, Prepare prepare);
 void AddHostVerbs(CLI::App& app, Prepare& chosen);
 // recent, stats, show, thumb, cp, mv, rm, drives and settings.
 void AddCaptureVerbs(CLI::App& app, Prepare& chosen);
+// import.
+void AddImportVerbs(CLI::App& app, Prepare& chosen);
 // trim, meme, engrave and montage.
 void AddVideoVerbs(CLI::App& app, Prepare& chosen);
 

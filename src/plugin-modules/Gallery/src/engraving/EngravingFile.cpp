@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 #include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/FileCalls.h"
@@ -18,6 +20,12 @@ constexpr uint64_t kCopyBlock = 1 << 20;
 
 EngravingFile::EngravingFile(const std::string& path) : file_(KXP::OpenForUpdate(path, &size_)) {
     if (!file_.IsOpen()) throw EngravingError(std::strerror(errno));
+}
+
+EngravingFile::EngravingFile(KXP::FileDescriptor file) : file_(std::move(file)) {
+    struct stat status {};
+    if (fstat(file_.get(), &status) != 0) throw EngravingError(std::strerror(errno));
+    size_ = static_cast<uint64_t>(status.st_size);
 }
 
 void EngravingFile::CarryOut(const Plan& plan) {

@@ -13,6 +13,8 @@ class EngravingFile {
   public:
     // Throws EngravingError for anything but a regular file that can be written.
     explicit EngravingFile(const std::string& path);
+    // The same of a file that is open for both, and may have no name yet.
+    explicit EngravingFile(KXP::FileDescriptor file);
 
     uint64_t size() const { return size_; }
     media::ByteSource& source() { return source_; }
