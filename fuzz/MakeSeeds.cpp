@@ -155,6 +155,18 @@ std::vector<std::string> OneOfEach() {
             Exr(20, 10, {Imf::DWAA_COMPRESSION, false, 2, {"Y"}}, light)};
 }
 
+// Whole pictures, with and without Exif data of either byte order.
+void MakeImportMarks(Corpus corpus) {
+    for (const std::string& picture : OneOfEach())
+        if (picture.size() < 4000) corpus.Add(picture);
+    const std::string jpeg = samples::JpegImage(8, 8, {});
+    for (const char* order : {"MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0",
+                              "II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\3\0\0\0\0\0\0\0"}) {
+        const std::string exif = std::string("Exif\0\0", 6) + std::string(order, 26);
+        corpus.Add(std::string(jpeg).insert(20, "\xFF\xE1" + U16(34) + exif));
+    }
+}
+
 std::string Track() {
     return Mp4Box("trak", Mp4Box("tkhd", std::string(84, '\0')));
 }
@@ -347,6 +359,7 @@ int main(int argc, char** argv) {
         MakeMp4({root, "mp4"});
         MakeExif({root, "exif"});
         MakeEngrave({root, "engrave"});
+        MakeImportMarks({root, "importmarks"});
         MakeSampleTable({root, "sampletable"});
         MakePictureHead({root, "picturehead"});
         MakeMp4Header({root, "mp4header"});

@@ -57,7 +57,7 @@ std::string TitleIn(const std::string& name) {
         word.clear();
     };
     for (const char c : name.substr(0, DateIn(name))) {
-        if (c == ' ' || c == '_' || c == '-' || c == '(' || c == '[')
+        if (std::string_view(" _-()[]").find(c) != std::string_view::npos)
             end();
         else
             word += c;
@@ -65,14 +65,15 @@ std::string TitleIn(const std::string& name) {
     end();
     const bool isNumber =
         std::all_of(title.begin(), title.end(), [](char c) { return IsDigit(c) || c == ' '; });
-    return isNumber ? "" : title;
+    // A folder that begins with a dot would be hidden, or another one.
+    return isNumber || title[0] == '.' ? "" : title;
 }
 
 }  // namespace
 
 std::string GameOf(const std::string& path) {
     const std::filesystem::path file(path);
-    const std::string folder = file.parent_path().filename().string();
+    std::string folder = file.parent_path().filename().string();
     if (!Contains(kCommonFolders, folder) && folder[0] != '.') return folder;
     const std::string title = TitleIn(file.stem().string());
     return title.empty() ? kOtherGame : title;

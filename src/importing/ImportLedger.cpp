@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
 
+#include <sys/file.h>
 #include <unistd.h>
 
 #include "base/FileCalls.h"
 #include "base/FileDescriptor.h"
+#include "base/FileLock.h"
 #include "base/ReadWrite.h"
 #include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
@@ -18,6 +21,8 @@ namespace {
 
 constexpr size_t kMostBytes = size_t{1} << 30;
 constexpr unsigned kPrivate = 0600;
+// Another import, which appends for a moment.
+constexpr std::chrono::seconds kLockLimit{10};
 
 [[noreturn]] void Fail(const std::string& path) {
     throw std::runtime_error(path + ": " + std::strerror(errno));
@@ -85,7 +90,7 @@ void ImportLedger::Add(const ImportedFile& file) {
 void ImportLedger::Save() {
     if (unsaved_.empty()) return;
     const KXP::FileDescriptor file = KXP::OpenForWrite(path_, kPrivate);
-    if (!file.IsOpen()) Fail(path_);
+    if (!file.IsOpen() || !KXP::LockWithin(file, LOCK_EX, kLockLimit)) Fail(path_);
     const off_t end = lseek(file.get(), 0, SEEK_END);
     // A line that a kill has cut off must not take the next one with it.
     const std::string lines = (end > 0 ? "\n" : "") + unsaved_;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "importing/CaptureCopy.h"
 #include "importing/ImportLedger.h"
 #include "importing/ImportSource.h"
 
@@ -16,6 +17,7 @@ struct ImportOptions {
     std::string highlight;        // its name; empty for ordinary captures
     std::optional<int64_t> time;  // of the captures, in ns since 1970; else that of each source
     bool move = false;
+    ReadListener onRead;  // what it throws leaves nothing of the file that is being imported
 };
 
 class Importer {
@@ -28,8 +30,9 @@ class Importer {
         std::string path;  // of the capture; empty for one that was known
     };
 
-    // Where the file would go, if nothing has that name. Throws ImportError for one that cannot be imported.
-    std::string Check(const std::string& path) const;
+    // What Import would do, without the data of the picture: one under another name counts as new. Throws
+    // ImportError for a file that cannot be imported.
+    Result Check(const std::string& path) const;
 
     // Whole or not at all. Throws ImportError, also for a disk that is full.
     Result Import(const std::string& path);
@@ -40,10 +43,7 @@ class Importer {
     std::vector<std::string> Commit();
 
   private:
-    std::string PlaceOf(const ImportSource& source) const;
-    std::string FreePlace(const std::string& place) const;
     CaptureMarks MarksOf(const std::string& source) const;
-    bool IsSameAs(const std::string& place, const std::string& picture) const;
 
     const ImportOptions options_;
     ImportLedger& ledger_;

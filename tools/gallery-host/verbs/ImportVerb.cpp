@@ -5,152 +5,127 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
-#include <stdexcept>
 #include <utility>
 
+#include <sys/stat.h>
+
 #include "base/FolderReader.h"
-#include "common/files/DirUtil.h"
 #include "gallery-host/base/Failure.h"
 #include "gallery-host/base/Paths.h"
 #include "gallery-host/base/Printable.h"
 #include "gallery-host/message/Envelope.h"
-#include "gallery-host/output/Progress.h"
-#include "gallery-host/output/Words.h"
+#include "gallery-host/output/TransferProgress.h"
 #include "gallery-host/verbs/GalleryList.h"
+#include "gallery-host/verbs/ImportRun.h"
 #include "gallery-host/verbs/Verbs.h"
-#include "importing/Importer.h"
-#include "libraries/share-common/ShareFolder.h"
+#include "importing/CapturePlace.h"
 
 namespace host {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kLedgerName = "Imported.jsonl";
-// What a kill costs at most is reading so many once more.
-constexpr size_t kFilesAtOnce = 64;
+// What a kill costs at most is reading so much once more.
+constexpr uint64_t kBytesAtOnce = uint64_t{1} << 30;
 constexpr int kDeepest = 40;
 
-// The files below a folder, in the order of their names, without hidden ones and links.
-void AddFilesIn(const std::string& folder, int depth, std::vector<std::string>& files) {
-    std::vector<std::string> found;
-    std::vector<std::string> folders;
-    KXP::FolderReader reader(folder);
-    if (!reader.IsOpen()) {
-        Say(folder + ": " + std::strerror(errno));
-        return;
-    }
-    while (reader.Next()) {
-        if (reader.Name()[0] == '.' || reader.IsLink()) continue;
-        const std::string path = (fs::path(folder) / reader.Name()).string();
-        (reader.IsFolder() ? folders : found).push_back(path);
-    }
-    std::sort(found.begin(), found.end());
-    std::sort(folders.begin(), folders.end());
-    files.insert(files.end(), found.begin(), found.end());
-    for (const std::string& path : folders)
-        if (depth < kDeepest) AddFilesIn(path, depth + 1, files);
-}
+struct Found {
+    std::string path;
+    uint64_t size;
+};
 
 bool IsInside(const std::string& path, const std::string& folder) {
     return path.compare(0, folder.size(), folder) == 0 &&
            (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
-class Run {
+class FileList {
   public:
-    Run(Output& output, const ImportVerbOptions& options, importing::Importer& importer)
-        : output_(output), options_(options), importer_(importer) {}
+    explicit FileList(std::string gallery) : gallery_(std::move(gallery)) {}
 
-    void Import(const std::string& path) {
-        try {
-            if (options_.dryRun) {
-                Report(path, importer_.Check(path), "");
-                return;
-            }
-            const importing::Importer::Result result = importer_.Import(path);
-            if (result.outcome == importing::Importer::Outcome::kKnown)
-                Pass(path);
-            else
-                Report(path, result.path, "");
-        } catch (const importing::ImportError& error) {
-            Report(path, "", error.what());
-        }
+    void Add(const std::string& path) {
+        if (IsInside(path, gallery_)) throw Failure(kExitFailed, path + ": is in the gallery already");
+        if (IsFolder(path))
+            AddFolder(path, 0);
+        else
+            AddFile(path);
     }
 
-    void Commit() {
-        for (const std::string& path : importer_.Commit())
-            Say(Printable(path) + ": stays, as its copy could not be verified");
-    }
-
-    void End() const {
-        std::string text =
-            Counted(imported_, "file") + (options_.dryRun ? " would be imported" : " imported");
-        if (known_ > 0) text += ", " + std::to_string(known_) + " known already";
-        if (failed_ > 0) throw Failure(kExitFailed, text + ", " + std::to_string(failed_) + " not");
-        Say(text);
-    }
+    const std::vector<Found>& files() const { return files_; }
+    uint64_t bytes() const { return bytes_; }
 
   private:
-    void Pass(const std::string& path) {
-        ++known_;
-        if (!options_.json) return;
-        KXP::Document line = MakeTexts({{"file", path}});
-        line.AddMember("known", true, line.GetAllocator());
-        WriteOutcome(output_, std::move(line), "");
+    void AddFile(const std::string& path) {
+        struct stat status {};
+        const bool isThere = stat(path.c_str(), &status) == 0;
+        files_.push_back({path, isThere ? static_cast<uint64_t>(status.st_size) : 0});
+        bytes_ += files_.back().size;
     }
 
-    void Report(const std::string& path, const std::string& destination, const std::string& error) {
-        ++(error.empty() ? imported_ : failed_);
-        if (options_.json) {
-            KXP::Document line = MakeTexts({{"file", path}});
-            if (!destination.empty()) AddText(line, "destination", destination);
-            WriteOutcome(output_, std::move(line), error);
-        } else if (!error.empty()) {
-            Say(Printable(path) + ": " + error);
-        } else if (options_.dryRun) {
-            output_.Write(Printable(path) + " -> " + Printable(destination) + "\n");
+    // In the order of names, without hidden files, links, and files that are neither pictures nor videos.
+    void AddFolder(const std::string& folder, int depth) {
+        std::vector<std::string> found;
+        std::vector<std::string> folders;
+        KXP::FolderReader reader(folder);
+        if (!reader.IsOpen()) Say(Printable(folder) + ": " + std::strerror(errno));
+        while (reader.Next()) {
+            if (reader.Name()[0] == '.' || reader.IsLink()) continue;
+            const std::string path = (fs::path(folder) / reader.Name()).string();
+            if (reader.IsFolder())
+                folders.push_back(path);
+            else if (importing::HasMediaEnding(path))
+                found.push_back(path);
         }
+        std::sort(found.begin(), found.end());
+        std::sort(folders.begin(), folders.end());
+        for (const std::string& path : found)
+            AddFile(path);
+        for (const std::string& path : folders)
+            if (depth < kDeepest && !IsInside(path, gallery_)) AddFolder(path, depth + 1);
     }
 
-    Output& output_;
-    const ImportVerbOptions& options_;
-    importing::Importer& importer_;
-    size_t imported_ = 0;
-    size_t known_ = 0;
-    size_t failed_ = 0;
+    const std::string gallery_;
+    std::vector<Found> files_;
+    uint64_t bytes_ = 0;
 };
+
+class Interrupted {};
 
 }  // namespace
 
 void RunImport(Session& session, Output& output, Interrupt& interrupt, const ImportVerbOptions& options) {
-    std::vector<std::string> files;
     const std::string gallery = Text(AskSettings(session), "path");
-    for (const std::string& path : options.paths) {
-        if (IsInside(path, gallery)) throw Failure(kExitFailed, path + ": is in the gallery already");
-        if (IsFolder(path))
-            AddFilesIn(path, 0, files);
-        else
-            files.push_back(path);
-    }
-    files.erase(std::remove_if(files.begin(), files.end(),
-                               [&](const std::string& file) { return IsInside(file, gallery); }),
-                files.end());
-    importing::ImportLedger ledger(KXP::CreateDirectoryPath(GetShareFolderPath()) + "/" + kLedgerName);
-    importing::Importer importer({gallery, options.game, options.highlight, options.time, options.move},
-                                 ledger);
-    Run run(output, options, importer);
-    Progress progress("importing", files.size());
-    for (size_t i = 0; i < files.size(); ++i) {
-        if (interrupt.Take()) {
-            run.Commit();
-            throw Failure(kExitInterrupted, "interrupted; the rest follows when it is run again");
-        }
-        run.Import(files[i]);
-        if (i % kFilesAtOnce == kFilesAtOnce - 1) run.Commit();
-        progress.Advance();
+    FileList list(gallery);
+    for (const std::string& path : options.paths)
+        list.Add(path);
+    TransferProgress progress("importing", list.bytes());
+    uint64_t read = 0;
+    const auto onRead = [&](uint64_t bytes) {
+        read += bytes;
+        progress.Advance(bytes);
         progress.Draw();
         session.Pump(std::chrono::steady_clock::now());
+        if (interrupt.Take()) throw Interrupted();
+    };
+    ImportRun run(output, {options.dryRun, options.json, false},
+                  {gallery, options.game, options.highlight, options.time, options.move, onRead});
+    try {
+        uint64_t committed = 0;
+        for (const Found& file : list.files()) {
+            const uint64_t before = read;
+            onRead(0);
+            run.Import(file.path);
+            if (read == before) progress.Skip(file.size);
+            if (read - committed < kBytesAtOnce) continue;
+            run.Commit();
+            committed = read;
+        }
+    } catch (const Interrupted&) {
+        run.Commit();
+        throw Failure(kExitInterrupted, "interrupted; the rest follows when it is run again");
+    } catch (...) {
+        run.Commit();
+        throw;
     }
     run.Commit();
     run.End();

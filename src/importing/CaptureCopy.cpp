@@ -1,0 +1,110 @@
+#include "importing/CaptureCopy.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/FileCalls.h"
+#include "base/ReadWrite.h"
+#include "importing/PictureDigest.h"
+#include "plugin-modules/Gallery/src/engraving/EngravingFile.h"
+
+namespace importing {
+namespace {
+
+constexpr size_t kBlock = size_t{1} << 20;
+
+[[noreturn]] void FailToWrite() {
+    throw ImportError(std::string("cannot be written: ") + std::strerror(errno));
+}
+
+class Copier {
+  public:
+    Copier(const ImportSource& source, const KXP::FileDescriptor& out, const ReadListener& onRead)
+        : source_(source), out_(out), onRead_(onRead), block_(kBlock) {}
+
+    std::string Copy(const Splice& splice) {
+        for (const Piece& piece : splice.pieces()) {
+            Write(piece.bytes);
+            for (uint64_t done = 0; done < piece.size;) {
+                const auto size = static_cast<size_t>(std::min<uint64_t>(piece.size - done, kBlock));
+                CopyBlock(piece.from + done, size, piece.isPicture);
+                if (onRead_) onRead_(size);
+                done += size;
+            }
+        }
+        return digest_.Finish();
+    }
+
+  private:
+    void Write(std::string_view bytes) {
+        if (!KXP::WriteFullyAt(out_, bytes.data(), bytes.size(), at_)) FailToWrite();
+        at_ += bytes.size();
+    }
+
+    void CopyBlock(uint64_t from, size_t size, bool isPicture) {
+        const bool isShared = from == at_ && Share(size);
+        if (isShared && !isPicture) return;
+        if (KXP::ReadAt(source_.file(), from, block_.data(), size) < size)
+            throw ImportError(source_.IsUnchanged() ? "cannot be read" : "changes while it is read");
+        if (isPicture) digest_.Add(block_.data(), size);
+        if (!isShared) Write({block_.data(), size});
+    }
+
+    // Without the bytes passing through here, and on volumes that can without a second copy on disk.
+    bool Share(size_t size) {
+        uint64_t end = at_;
+        while (canShare_ && end < at_ + size) {
+            const int64_t copied =
+                KXP::Platform::CopyFileRange(source_.file().get(), out_.get(), end, at_ + size - end);
+            canShare_ = copied > 0;
+            if (canShare_) end += static_cast<uint64_t>(copied);
+        }
+        if (end < at_ + size) return false;
+        at_ = end;
+        return true;
+    }
+
+    const ImportSource& source_;
+    const KXP::FileDescriptor& out_;
+    const ReadListener& onRead_;
+    std::vector<char> block_;
+    PictureDigest digest_;
+    uint64_t at_ = 0;  // in the copy
+    bool canShare_ = true;
+};
+
+void Engrave(const KXP::FileDescriptor& file, const CaptureMarks& marks) {
+    try {
+        engraving::EngravingFile capture{KXP::FileDescriptor(dup(file.get()))};
+        const engraving::Mp4Layout layout = engraving::ReadLayout(capture.source(), capture.size());
+        capture.CarryOut(engraving::PlanEngraving(capture.source(), layout, BlockOf(marks)));
+    } catch (const engraving::EngravingError& error) {
+        throw ImportError(error.what());
+    }
+}
+
+}  // namespace
+
+std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks,
+                         const KXP::FileDescriptor& out, const ReadListener& onRead) {
+    std::string picture = Copier(source, out, onRead).Copy(source.Plan(marks));
+    if (source.kind() == SourceKind::kMp4) Engrave(out, marks);
+    if (!source.IsUnchanged()) throw ImportError("changes while it is read");
+    return picture;
+}
+
+void SetFileTime(const KXP::FileDescriptor& file, int64_t time) {
+    constexpr int64_t kSecond = 1000000000;
+    // Before 1970 the rest is negative, which no system takes.
+    const int64_t rest = (time % kSecond + kSecond) % kSecond;
+    const timespec changed{static_cast<time_t>((time - rest) / kSecond), static_cast<long>(rest)};
+    const timespec times[2] = {changed, changed};
+    if (futimens(file.get(), times) != 0) FailToWrite();
+}
+
+}  // namespace importing
