@@ -49,9 +49,18 @@ bool IsRecognized(const std::string& start, const CaptureMarks& marks, bool with
            (!withGame || result.drsName == marks.game);
 }
 
-// The start of the file up to the end of the Exif segment. Readers scan the bytes for tags without their
-// places, so that a number may look like one; then another form of the same is tried.
-std::string MarkedStart(const std::string& app0, ExifData data, const CaptureMarks& marks) {
+// The segment of the Exif data. Readers take no file for a picture that is shorter than a block.
+std::string ExifSegment(const std::string& tiff, std::string_view padding, uint64_t others) {
+    std::string segment = SegmentOf(kApp1, std::string(kExifStart).append(tiff).append(padding));
+    if (segment.size() + others >= kBlock) return segment;
+    const auto missing = static_cast<size_t>(kBlock - segment.size() - others);
+    return SegmentOf(kApp1, std::string(kExifStart).append(tiff).append(missing, '\0'));
+}
+
+// The start of the file up to the end of the Exif segment, which `rest` bytes follow. Readers scan the bytes
+// for tags without their places, so that a number may look like one; then another form of the same is tried.
+std::string MarkedStart(const std::string& app0, ExifData data, const CaptureMarks& marks, uint64_t rest) {
+    const std::string beginning = "\xFF\xD8" + app0;
     // With its terminating zero: readers compare the count.
     data.image.Put(Text(exif::kSoftware, SoftwareOf(marks) + '\0'));
     data.image.Remove(exif::kDrsName);
@@ -62,8 +71,8 @@ std::string MarkedStart(const std::string& app0, ExifData data, const CaptureMar
         for (const bool withSubfile : {false, true}) {
             if (withSubfile) form.image.Put({exif::kSubfile, exif::kLong, 1, std::string(4, '\0')});
             for (const std::string_view padding : {""sv, "\0\0"sv}) {
-                const std::string payload = std::string(kExifStart) + WriteExif(form) + std::string(padding);
-                std::string start = "\xFF\xD8" + app0 + SegmentOf(kApp1, payload);
+                std::string start =
+                    beginning + ExifSegment(WriteExif(form), padding, beginning.size() + rest);
                 if (IsRecognized(start, marks, withGame)) return start;
             }
         }
@@ -92,12 +101,16 @@ Splice MarkJpeg(media::ByteSource& source, uint64_t size, const CaptureMarks& ma
         if (!own) throw ImportError("has Exif data that are damaged");
         data = *own;
     }
+    const auto isReplaced = [&](const JpegSegment& segment) {
+        return &segment == exif || (keepsFirst && &segment == &first);
+    };
+    uint64_t rest = size - found.segments.back().to;
+    for (const JpegSegment& segment : found.segments)
+        if (!isReplaced(segment)) rest += segment.to - segment.from;
     Splice splice;
-    splice.Add(MarkedStart(app0, std::move(data), marks));
-    for (const JpegSegment& segment : found.segments) {
-        const bool isReplaced = &segment == exif || (keepsFirst && &segment == &first);
-        if (!isReplaced) splice.Copy(segment.from, segment.to, !segment.IsMetadata());
-    }
+    splice.Add(MarkedStart(app0, std::move(data), marks, rest));
+    for (const JpegSegment& segment : found.segments)
+        if (!isReplaced(segment)) splice.Copy(segment.from, segment.to, !segment.IsMetadata());
     const uint64_t last = found.segments.back().to;
     splice.Copy(last, found.end, true);
     splice.Copy(found.end, size, false);

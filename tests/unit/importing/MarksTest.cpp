@@ -179,6 +179,15 @@ TEST(MarkJpeg, CarriesItsExifDataOver) {
     EXPECT_THROW(Apply(MarkJpeg, JpegWith(Segment('\xE1', damaged))), ImportError);
 }
 
+// Readers look at files of 512 bytes and more.
+TEST(MarkJpeg, MakesAShortFileLongEnough) {
+    const std::string picture = "\xFF\xD8" + Segment('\xC0', "\x08\0\1\0\1\1\1\x11\0"s) +
+                                Segment('\xDA', "\1\1\0\0\x3F\0"s) + "x\xFF\xD9";
+    const Marked marked = Apply(MarkJpeg, picture);
+    EXPECT_TRUE(Sniff(media::WalkJpeg, marked.file).isOwn);
+    EXPECT_EQ(marked.picture, picture.substr(2));
+}
+
 TEST(MarkJpeg, RefusesWhatIsNotWhole) {
     ExpectRefusesParts(MarkJpeg, media::WalkJpeg, JpegWith(Segment('\xE1', CameraExif(true))));
     EXPECT_THROW(Apply(MarkJpeg, "\xFF\xD8\xFF\xD9"), ImportError);
