@@ -82,7 +82,8 @@ void Engrave(const KXP::FileDescriptor& file, const CaptureMarks& marks) {
     try {
         engraving::EngravingFile capture{KXP::FileDescriptor(dup(file.get()))};
         const engraving::Mp4Layout layout = engraving::ReadLayout(capture.source(), capture.size());
-        capture.CarryOut(engraving::PlanEngraving(capture.source(), layout, BlockOf(marks)));
+        capture.CarryOut(engraving::PlanEngraving(capture.source(), layout, BlockOf(marks)),
+                         KXP::Durability::None);
     } catch (const engraving::EngravingError& error) {
         throw ImportError(error.what());
     }
@@ -90,12 +91,22 @@ void Engrave(const KXP::FileDescriptor& file, const CaptureMarks& marks) {
 
 }  // namespace
 
-std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks,
+std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, VideoLibrary& videos,
                          const KXP::FileDescriptor& out, const ReadListener& onRead) {
-    std::string picture = Copier(source, out, onRead).Copy(source.Plan(marks));
-    if (source.kind() == SourceKind::kMp4) Engrave(out, marks);
+    std::string picture;
+    if (source.NeedsConversion()) {
+        picture = videos.Convert(source.file(), out, onRead);
+    } else {
+        picture = Copier(source, out, onRead).Copy(source.Plan(marks));
+        if (source.IsVideo()) picture = DigestOf(source, videos);
+    }
+    if (source.IsVideo()) Engrave(out, marks);
     if (!source.IsUnchanged()) throw ImportError("changes while it is read");
     return picture;
+}
+
+std::string DigestOf(const ImportSource& source, VideoLibrary& videos) {
+    return source.IsVideo() ? videos.DigestOf(source.file(), {}) : source.DigestOfPicture();
 }
 
 void SetFileTime(const KXP::FileDescriptor& file, int64_t time) {

@@ -29,14 +29,9 @@ class Bytes final : public media::ByteSource {
     const KXP::FileDescriptor& file_;
 };
 
-// The frames are what counts; the movie that describes them differs from one remux to the next.
-Splice PlanMp4(media::ByteSource& source, uint64_t size) {
+engraving::Mp4Layout LayoutOf(media::ByteSource& source, uint64_t size) {
     try {
-        if (engraving::ReadLayout(source, size).firstFragment) throw ImportError("is in fragments");
-        Splice splice;
-        for (const media::Box& box : engraving::ReadBoxes(source, 0, size))
-            splice.Copy(box.offset, box.end(), box.type == "mdat");
-        return splice;
+        return engraving::ReadLayout(source, size);
     } catch (const engraving::EngravingError& error) {
         throw ImportError(error.what());
     }
@@ -54,6 +49,12 @@ int64_t ImportSource::time() const {
     return KXP::Platform::ModifiedNs(status_);
 }
 
+bool ImportSource::NeedsConversion() const {
+    if (kind_ != SourceKind::kMp4) return kind_ == SourceKind::kOtherVideo;
+    Bytes bytes(file_);
+    return LayoutOf(bytes, size()).firstFragment.has_value();
+}
+
 Splice ImportSource::Plan(const CaptureMarks& marks) const {
     Bytes bytes(file_);
     if (size() == 0) throw ImportError("is empty");
@@ -62,14 +63,17 @@ Splice ImportSource::Plan(const CaptureMarks& marks) const {
             return MarkPng(bytes, size(), marks);
         case SourceKind::kJpeg:
             return MarkJpeg(bytes, size(), marks);
-        case SourceKind::kMp4:
-            return PlanMp4(bytes, size());
+        case SourceKind::kMp4: {
+            Splice splice;
+            splice.Copy(0, size(), false);
+            return splice;
+        }
         default:
-            throw ImportError("is neither a PNG, a JPEG nor an MP4");
+            throw ImportError("is neither a picture nor a video that can be imported");
     }
 }
 
-std::string ImportSource::Digest() const {
+std::string ImportSource::DigestOfPicture() const {
     PictureDigest digest;
     std::vector<char> block(kBlock);
     const Splice splice = Plan({"Digest", ""});

@@ -24,13 +24,18 @@ class ImportSource {
     int64_t time() const;  // of its last change, in ns since 1970
     SourceKind kind() const { return kind_; }
 
+    bool IsVideo() const { return kind_ == SourceKind::kMp4 || kind_ == SourceKind::kOtherVideo; }
+    // Whether it is a video in a container that captures do not have. Throws ImportError for an MP4 that is
+    // not whole.
+    bool NeedsConversion() const;
+
     // The parts of a capture that is a copy of this file with the marks. In an MP4, which is engraved after
-    // the copy, they are those of this file. Throws ImportError for a kind that cannot be imported, and for a
+    // the copy, they are those of this file. Throws ImportError for a kind that cannot be copied, and for a
     // file that is not whole.
     Splice Plan(const CaptureMarks& marks) const;
 
-    // The digest of the picture's data. Throws ImportError.
-    std::string Digest() const;
+    // The digest of a picture's data. Throws ImportError.
+    std::string DigestOfPicture() const;
 
     // Whether it is still what it was at the opening.
     bool IsUnchanged() const;

@@ -51,9 +51,9 @@ bool IsOwn(const std::string& path) {
     return media::SniffFile(path, result) >= 0 && result.isOwn;
 }
 
-bool HasPicture(const std::string& path, const std::string& picture) {
+bool HasPicture(const std::string& path, const std::string& picture, VideoLibrary& videos) {
     try {
-        return ImportSource(path).Digest() == picture;
+        return DigestOf(ImportSource(path), videos) == picture;
     } catch (const ImportError&) {
         return false;
     }
@@ -61,18 +61,19 @@ bool HasPicture(const std::string& path, const std::string& picture) {
 
 // What a kill leaves between the moment when a copy got its name and the one when it was noted. Copies of one
 // source are of one size, so that few other files are read.
-bool IsCopied(const std::string& place, const KXP::FileDescriptor& copy, const std::string& picture) {
+bool IsCopied(const std::string& place, const KXP::FileDescriptor& copy, const std::string& picture,
+              VideoLibrary& videos) {
     struct stat there {};
     struct stat here {};
     return lstat(place.c_str(), &there) == 0 && fstat(copy.get(), &here) == 0 && S_ISREG(there.st_mode) &&
-           there.st_size == here.st_size && HasPicture(place, picture);
+           there.st_size == here.st_size && HasPicture(place, picture, videos);
 }
 
-bool RemoveSource(const ImportedFile& file) {
+bool RemoveSource(const ImportedFile& file, VideoLibrary& videos) {
     struct stat now {};
     // A recorder may have gone on with it.
     return lstat(file.source.c_str(), &now) == 0 && static_cast<uint64_t>(now.st_size) == file.size &&
-           KXP::Platform::ModifiedNs(now) == file.time && HasPicture(file.path, file.picture) &&
+           KXP::Platform::ModifiedNs(now) == file.time && HasPicture(file.path, file.picture, videos) &&
            unlink(file.source.c_str()) == 0;
 }
 
@@ -82,11 +83,14 @@ CaptureMarks Importer::MarksOf(const std::string& source) const {
     return {options_.game.empty() ? GameOf(source) : options_.game, options_.highlight};
 }
 
-Importer::Result Importer::Check(const std::string& path) const {
+Importer::Result Importer::Check(const std::string& path) {
     const ImportSource source(path);
     if (ledger_.KnowsSource(path, source.size(), source.time())) return {Outcome::kKnown, ""};
     const CaptureMarks marks = MarksOf(path);
-    (void)source.Plan(marks);
+    if (source.NeedsConversion())
+        videos_.Check(source.file());
+    else
+        (void)source.Plan(marks);
     return {Outcome::kImported, FindFreePlace(PlaceOf(source, options_.gallery, marks.game)).path};
 }
 
@@ -99,10 +103,10 @@ Importer::Result Importer::Import(const std::string& path) {
 
     KXP::NewFile copy(place.path, kMode);
     if (!copy.IsOpen()) FailToWrite(std::strerror(errno));
-    const std::string picture = WriteCapture(source, marks, copy.descriptor(), options_.onRead);
+    const std::string picture = WriteCapture(source, marks, videos_, copy.descriptor(), options_.onRead);
     if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
     for (const std::string& taken : place.taken) {
-        if (!IsCopied(taken, copy.descriptor(), picture)) continue;
+        if (!IsCopied(taken, copy.descriptor(), picture, videos_)) continue;
         ledger_.Add({picture, path, source.size(), source.time(), taken});
         return {Outcome::kKnown, ""};
     }
@@ -124,7 +128,7 @@ std::vector<std::string> Importer::Commit() {
         throw std::runtime_error(options_.gallery + ": " + std::strerror(errno));
     ledger_.Save();
     for (const ImportedFile& file : std::exchange(pending_, {}))
-        if (options_.move && !RemoveSource(file)) kept.push_back(file.source);
+        if (options_.move && !RemoveSource(file, videos_)) kept.push_back(file.source);
     return kept;
 }
 

@@ -17,12 +17,14 @@ struct ImportOptions {
     std::string highlight;        // its name; empty for ordinary captures
     std::optional<int64_t> time;  // of the captures, in ns since 1970; else that of each source
     bool move = false;
-    ReadListener onRead;  // what it throws leaves nothing of the file that is being imported
+    std::string libraries;  // the folder with the media library, which videos need
+    ReadListener onRead;    // what it throws leaves nothing of the file that is being imported
 };
 
 class Importer {
   public:
-    Importer(ImportOptions options, ImportLedger& ledger) : options_(std::move(options)), ledger_(ledger) {}
+    Importer(ImportOptions options, ImportLedger& ledger)
+        : options_(std::move(options)), ledger_(ledger), videos_(options_.libraries) {}
 
     enum class Outcome { kImported, kKnown };
     struct Result {
@@ -32,7 +34,7 @@ class Importer {
 
     // What Import would do, without the data of the picture: one under another name counts as new. Throws
     // ImportError for a file that cannot be imported.
-    Result Check(const std::string& path) const;
+    Result Check(const std::string& path);
 
     // Whole or not at all. Throws ImportError, also for a disk that is full.
     Result Import(const std::string& path);
@@ -47,6 +49,7 @@ class Importer {
 
     const ImportOptions options_;
     ImportLedger& ledger_;
+    VideoLibrary videos_;
     std::vector<ImportedFile> pending_;
 };
 

@@ -58,6 +58,13 @@ class Walk {
         return bytes;
     }
 
+    uint8_t ByteAt(uint64_t position) {
+        cursor_.MoveTo(position);
+        const media::ByteView bytes = cursor_.Take(1);
+        if (bytes.size() == 0) throw ImportError("is cut off");
+        return static_cast<uint8_t>(bytes.text()[0]);
+    }
+
     uint8_t Byte() { return static_cast<uint8_t>(Take(1).text()[0]); }
 
     // Moves past a marker and what fills up before it.
@@ -89,12 +96,13 @@ class Walk {
                 continue;
             }
             at_ += found;
-            cursor_.MoveTo(at_);
-            const media::ByteView pair = cursor_.Take(2);
-            if (pair.size() < 2) throw ImportError("is cut off");
-            const auto next = static_cast<uint8_t>(pair.text()[1]);
-            if (next != 0 && !IsRestart(next) && next != 0xFF) return;
-            at_ += next == 0xFF ? 1 : 2;
+            // What fills up before a marker belongs to it.
+            uint64_t end = at_ + 1;
+            uint8_t next = ByteAt(end);
+            while (next == 0xFF)
+                next = ByteAt(++end);
+            if (next != 0 && !IsRestart(next)) return;
+            at_ = end + 1;
         }
     }
 

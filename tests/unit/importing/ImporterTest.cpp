@@ -39,6 +39,7 @@ class ImporterTest : public testing::Test {
     Importer::Result Import(const std::string& path, ImportOptions options = {}) {
         ImportLedger ledger(ledger_);
         options.gallery = gallery_;
+        options.libraries = PRODUCT_DEPENDENCIES;
         Importer importer(options, ledger);
         Importer::Result result = importer.Import(path);
         kept_ = importer.Commit();
@@ -97,7 +98,7 @@ TEST_F(ImporterTest, MakesCapturesOfEachKind) {
 
 TEST_F(ImporterTest, TakesGameHighlightAndDateAsTold) {
     const Importer::Result result =
-        Import(Png("Tide/a.png"), {{}, "Rustwind Rally", "Photo finish", -1500000000, false, {}});
+        Import(Png("Tide/a.png"), {{}, "Rustwind Rally", "Photo finish", -1500000000, false, {}, {}});
     EXPECT_EQ(result.path, gallery_ + "/Rustwind Rally/a.png");
     EXPECT_EQ(TimeOf(result.path), -1500000000);
     media::SniffResult sniffed;
@@ -149,6 +150,7 @@ TEST_F(ImporterTest, MovesOnlyWhatItCouldVerify) {
         const std::string source = Png("Tide/b.png", changesSource ? 8 : 7);
         ImportLedger ledger(ledger_);
         move.gallery = gallery_;
+        move.libraries = PRODUCT_DEPENDENCIES;
         Importer importer(move, ledger);
         const std::string copy = importer.Import(source).path;
         if (changesSource)
@@ -165,20 +167,20 @@ TEST_F(ImporterTest, RefusesWithAReasonAndLeavesNothing) {
     const std::string mp4 = samples::Mp4Video({}, kColours);
     for (const auto& [name, bytes, reason] :
          {std::tuple{"empty.png", std::string(), "is empty"},
-          {"text.png", std::string("hello"), "is neither a PNG, a JPEG nor an MP4"},
+          {"text.png", std::string("hello"), "is neither a picture nor a video that can be imported"},
           {"cut.png", png.substr(0, png.size() - 13), "is cut off"},
           {"cut.jpg", samples::JpegImage(40, 40, kColours).substr(0, 500), "is cut off"},
           {"bad\xFFname.png", png, "has a name that is not UTF-8"},
           {".hidden.png", png, "is hidden"},
           {"cut.mp4", mp4.substr(0, mp4.size() - 1), ""}}) {
         const std::string refusal = Refusal(folder_.Write("Tide/" + std::string(name), bytes));
-        EXPECT_EQ(refusal.find("imported"), std::string::npos) << name;
+        EXPECT_EQ(refusal.find("imported:"), std::string::npos) << name;
         EXPECT_EQ(*reason ? refusal : "", reason) << name;
     }
     EXPECT_EQ(Refusal(folder_ / "Tide"), "is not a file");
     EXPECT_EQ(Refusal(folder_ / "none.png"), "No such file or directory");
     EXPECT_EQ(Refusal(Png(std::string(254, 'n'))), "cannot be written: File name too long");
-    EXPECT_EQ(Refusal(Png("Tide/a.png"), {{}, std::string(100, 'g'), {}, {}, false, {}}),
+    EXPECT_EQ(Refusal(Png("Tide/a.png"), {{}, std::string(100, 'g'), {}, {}, false, {}, {}}),
               "would have a name that is too long");
     {
         const FileSizeLimit full(100);

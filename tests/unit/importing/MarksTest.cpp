@@ -179,6 +179,17 @@ TEST(MarkJpeg, CarriesItsExifDataOver) {
     EXPECT_THROW(Apply(MarkJpeg, JpegWith(Segment('\xE1', damaged))), ImportError);
 }
 
+// Wherever the Exif data were, and whatever fills up before a marker.
+TEST(MarkJpeg, KnowsThePictureAgain) {
+    const std::string bare = JpegWith("");
+    const std::string end = "\xFF\xFF\xFF" + Segment('\xE5', "x").substr(1) + "\xFF\xD9";
+    const std::string exif = Segment('\xE1', CameraExif(true));
+    const std::string jpeg = bare.substr(0, bare.size() - 2) + exif + end;
+    const Marked marked = Apply(MarkJpeg, jpeg);
+    EXPECT_EQ(marked.picture, Apply(MarkJpeg, marked.file).picture);
+    EXPECT_EQ(marked.picture, Apply(MarkJpeg, bare).picture);
+}
+
 // Readers look at files of 512 bytes and more.
 TEST(MarkJpeg, MakesAShortFileLongEnough) {
     const std::string picture = "\xFF\xD8" + Segment('\xC0', "\x08\0\1\0\1\1\1\x11\0"s) +

@@ -108,7 +108,8 @@ void RunImport(Session& session, Output& output, Interrupt& interrupt, const Imp
         if (interrupt.Take()) throw Interrupted();
     };
     ImportRun run(output, {options.dryRun, options.json, false},
-                  {gallery, options.game, options.highlight, options.time, options.move, onRead});
+                  {gallery, options.game, options.highlight, options.time, options.move,
+                   InProduct("Frameworks/dependencies"), onRead});
     try {
         uint64_t committed = 0;
         for (const Found& file : list.files()) {

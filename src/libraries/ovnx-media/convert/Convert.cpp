@@ -194,8 +194,13 @@ void Convert(int input, int output, const PacketListener& listener, const Budget
     if (IsMovie(input)) {
         SourceMovie movie(input, budget);
         CheckCodecs(movie);
+        if (output < 0) return;
         ReadSamples(movie, listener, budget);
         Remux(input, output, {0, UINT64_MAX, false}, budget);
+        return;
+    }
+    if (output < 0) {
+        const PacketSource source(input, budget, 0);
         return;
     }
     try {

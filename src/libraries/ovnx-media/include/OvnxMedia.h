@@ -165,10 +165,11 @@ struct OvnxMediaPacketListener {
 };
 
 /* Copies a recording, of Matroska, WebM, QuickTime, MP4 in fragments, Flash video or an MPEG transport
- * stream, without re-encoding, to `output`: an empty regular file, open for reading and writing. It becomes
- * an MP4 file that is not in fragments, with all pictures and sounds, languages, titles and chapters.
- * Recordings that were cut off are taken as far as they go, but for QuickTime and MP4. A file with a codec
- * that an MP4 does not take, or with texts, is of unknown format, and the message names the codec.
+ * stream, without re-encoding, to `output`: an empty regular file, open for reading and writing, or -1 to
+ * look at the codecs alone. It becomes an MP4 file that is not in fragments, with all pictures and sounds,
+ * languages, titles and chapters. Recordings that were cut off are taken as far as they go, but for QuickTime
+ * and MP4. A file with a codec that an MP4 does not take, or with texts, is of unknown format, and the
+ * message names the codec.
  *
  * The copy is opened again, and it is a failure when a track has not as many bytes as in the source, or
  * another first or last packet. The output is not made durable, nor removed after a failure. Returns a status

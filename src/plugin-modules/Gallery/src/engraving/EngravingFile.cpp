@@ -28,12 +28,12 @@ EngravingFile::EngravingFile(KXP::FileDescriptor file) : file_(std::move(file)) 
     size_ = static_cast<uint64_t>(status.st_size);
 }
 
-void EngravingFile::CarryOut(const Plan& plan) {
+void EngravingFile::CarryOut(const Plan& plan, KXP::Durability durability) {
     const bool hasRemnant = plan.length < size_;
     if (hasRemnant && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
         throw EngravingError(std::strerror(errno));
     for (const Batch& batch : plan.batches) {
-        if (WriteBatch(batch)) continue;
+        if (WriteBatch(batch, durability)) continue;
         const int error = errno;
         // Removes what it has written beyond the end; the rest went into free space.
         if (&batch == &plan.batches.front() && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
@@ -42,12 +42,12 @@ void EngravingFile::CarryOut(const Plan& plan) {
     }
 }
 
-bool EngravingFile::WriteBatch(const Batch& batch) {
+bool EngravingFile::WriteBatch(const Batch& batch, KXP::Durability durability) {
     for (const Write& write : batch) {
         if (!KXP::WriteFullyAt(file_, write.bytes.data(), write.bytes.size(), write.at)) return false;
         if (write.copySize > 0 && !Copy(write)) return false;
     }
-    return KXP::Platform::MakeDurable(file_.get());
+    return durability == KXP::Durability::None || KXP::Platform::MakeDurable(file_.get());
 }
 
 bool EngravingFile::Copy(const Write& write) {
