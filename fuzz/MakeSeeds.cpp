@@ -14,7 +14,6 @@
 #include "sample-captures/PngImage.h"
 #include "sample-media/MadeMedia.h"
 #include "sample-media/StillFiles.h"
-#include "sample-media/VariedMedia.h"
 #include "tests/support/CaptureBytes.h"
 
 namespace {
@@ -320,28 +319,6 @@ void MakeVideoFrame(Corpus corpus) {
     corpus.Add(bytes.replace(at, kMatrix.size(), "\x55\xB1\x81\x49"));
 }
 
-// With reordered frames, sound of two kinds and chapters: whole, in fragments, and with the other container's
-// runs.
-void MakeRemux(Corpus corpus, const std::string& path) {
-    made::VariedVideo video;
-    video.encoder = "libx264";
-    video.options = "preset=ultrafast:intra-refresh=1";
-    video.frames = 8;
-    video.keyInterval = 3;
-    video.width = video.height = 32;
-    video.chapters = {0, 0.1};
-    for (const char* muxing : {"", "movflags=frag_keyframe+delay_moov"})
-        for (const char* format : {"mp4", "mov"}) {
-            video.format = format;
-            video.muxing = muxing;
-            video.sounds = {{format == std::string("mov") ? "pcm_s16le" : "aac", "", 8000, 0, 0.2}};
-            made::Write(video, path);
-            std::ifstream file(path, std::ios::binary);
-            corpus.Add(std::string(std::istreambuf_iterator<char>(file), {}));
-        }
-    std::filesystem::remove(path);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -369,7 +346,7 @@ int main(int argc, char** argv) {
         MakeStillThumbnail({root, "still_thumbnail"});
         MakeSharedThumbnail({root, "shared_thumbnail"});
         MakeVideoFrame({root, "video_frame"});
-        MakeRemux({root, "remux"}, root / "source");
+        MakeVideoSeeds(root);
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -40,4 +40,8 @@ bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, cons
 // at the end of the file and where this cannot be done.
 int64_t CopyFileRange(int from, int to, uint64_t position, size_t size);
 
+// Whether any process has this file, which is open for reading alone, open for writing. False where that
+// cannot be known, for a file of somebody else among others.
+bool IsOpenForWriting(int fd);
+
 }  // namespace KXP::Platform

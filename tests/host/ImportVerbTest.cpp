@@ -1,7 +1,10 @@
 // The verb import over files on disk; of the plug-in it asks only where the gallery is.
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <map>
 
+#include "gallery-host/verbs/FollowQueue.h"
 #include "sample-captures/PngImage.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/TempFolder.h"
@@ -56,6 +59,7 @@ TEST_F(ImportVerb, ReportsEachFileOnceAndGoesOn) {
 TEST_F(ImportVerb, RefusesWhatItCannotMean) {
     ExpectEach({
         {{"import"}, 2, "PATHS"},
+        {{"import", "--follow", folder_ / "none"}, 2, "--follow takes one folder"},
         {{"import", folder_.path(), "--app", "../x"}, 2, "not the name of a game's folder"},
         {{"import", folder_.path(), "--date", "2026-13-01"}, 2, "not a date"},
         {{"import", gallery_}, 1, "is in the gallery already"},
@@ -65,6 +69,46 @@ TEST_F(ImportVerb, RefusesWhatItCannotMean) {
     std::filesystem::create_directories(home_ / "data/ZORVEX/OvirastreamX/Share/Imported.jsonl");
     EXPECT_EQ(RunHost({"import", Png("Tide/a.png", 4)}).status, 1);
     EXPECT_TRUE(std::filesystem::is_empty(gallery_));
+}
+
+// The recorder closes its file, opens it again, and gives it its name at last.
+TEST(FollowQueue, TakesAFileOnceItIsFinished) {
+    using std::chrono::seconds;
+    std::map<std::string, host::FileState> disk;
+    host::FollowQueue queue(seconds(3), [&](const std::string& path) -> std::optional<host::FileState> {
+        const auto found = disk.find(path);
+        return found == disk.end() ? std::nullopt : std::optional(found->second);
+    });
+    const host::Deadline start{};
+    const auto finished = [&](int second) { return queue.TakeFinished(start + seconds(second)); };
+    EXPECT_EQ(queue.due(), host::Deadline::max());
+    disk = {{"a", {1, 1, true}}, {"b", {1, 1, false}}, {"c", {1, 1, false}}};
+    for (const char* name : {"a", "b", "c", "gone"})
+        queue.Note(name, start);
+    EXPECT_EQ(queue.due(), start + seconds(3));
+    EXPECT_TRUE(finished(2).empty());
+    disk["b"].size = 2;
+    EXPECT_EQ(finished(3), std::vector<std::string>{"c"});
+    disk["a"].isOpen = false;
+    disk.erase("b");
+    EXPECT_TRUE(finished(6).empty());
+    EXPECT_EQ(finished(9), std::vector<std::string>{"a"});
+    EXPECT_EQ(queue.due(), host::Deadline::max());
+}
+
+TEST_F(ImportVerb, FollowsAFolder) {
+    const std::string old = Png("Tide/old.png", 4);
+    ChildProcess child(WithFake({"import", "--follow", folder_.path(), "--json"}), {});
+    ASSERT_TRUE(child.ReadErrUntil("following")) << child.err;
+    const std::string part = Png("Tide/new.png.part", 5);
+    std::ofstream open(folder_ / "Tide/open.png", std::ios::binary);
+    open << "not finished" << std::flush;
+    std::filesystem::rename(part, folder_ / "Tide/new.png");
+    ASSERT_TRUE(child.ReadOutUntil("new.png\",\"ok\":true")) << child.err;
+    child.Signal(SIGINT);
+    EXPECT_EQ(child.Wait(), 0) << child.err;
+    EXPECT_TRUE(Contains(child.out, old));
+    EXPECT_FALSE(Contains(child.out, "open.png"));
 }
 
 // More lines than a pipe holds, so that it is in the middle when the signal comes.

@@ -72,4 +72,8 @@ int64_t CopyFileRange(int, int, uint64_t, size_t) {
     return -1;
 }
 
+bool IsOpenForWriting(int) {
+    return false;
+}
+
 }  // namespace KXP::Platform

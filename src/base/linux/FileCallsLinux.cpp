@@ -84,4 +84,11 @@ int64_t CopyFileRange(int from, int to, uint64_t position, size_t size) {
     return copy_file_range(from, &in, to, &out, size, 0);
 }
 
+bool IsOpenForWriting(int fd) {
+    // A lease to read is granted only when nobody writes.
+    if (fcntl(fd, F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
+    (void)fcntl(fd, F_SETLEASE, F_UNLCK);
+    return false;
+}
+
 }  // namespace KXP::Platform

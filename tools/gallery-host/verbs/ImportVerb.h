@@ -19,6 +19,7 @@ struct ImportVerbOptions {
     bool move = false;
     bool dryRun = false;
     bool json = false;
+    bool follow = false;  // the one folder in `paths`, until an interrupt
 };
 
 // Throws Failure, also after the last file when some could not be imported.
