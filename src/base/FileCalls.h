@@ -35,10 +35,12 @@ bool ReserveFileSpace(int fd, int64_t size);
 // appears at that very moment is replaced.
 bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, const std::string& to);
 
-// Copies up to `size` bytes from `position` of one file to the same position of another inside the kernel;
-// on volumes that can share blocks the two files then share them. Returns the number of bytes, or less than 1
-// at the end of the file and where this cannot be done.
-int64_t CopyFileRange(int from, int to, uint64_t position, size_t size);
+// Copies up to `size` bytes from `position` of one file to position `target` of another inside the kernel; on
+// volumes that can share blocks the two files then share them. Returns the number of bytes, or less than 1 at
+// the end of the file and where this cannot be done.
+int64_t CopyFileRange(int from, uint64_t position, int to, uint64_t target, size_t size);
+// Begins to write what the file has in memory to its disk, without waiting.
+void StartWriteback(int fd);
 
 // Whether any process has this file, which is open for reading alone, open for writing. False where that
 // cannot be known, for a file of somebody else among others.

@@ -10,13 +10,15 @@
 
 #include "base/FileCalls.h"
 #include "base/ReadWrite.h"
-#include "importing/PictureDigest.h"
+#include "importing/BackgroundDigest.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingFile.h"
 
 namespace importing {
 namespace {
 
 constexpr size_t kBlock = size_t{1} << 20;
+// Parts that lie differently against it are not faster within the kernel.
+constexpr size_t kPage = 4096;
 
 [[noreturn]] void FailToWrite() {
     throw ImportError(std::string("cannot be written: ") + std::strerror(errno));
@@ -31,7 +33,9 @@ class Copier {
         for (const Piece& piece : splice.pieces()) {
             Write(piece.bytes);
             for (uint64_t done = 0; done < piece.size;) {
-                const auto size = static_cast<size_t>(std::min<uint64_t>(piece.size - done, kBlock));
+                // All but the first begin with a page.
+                const uint64_t most = kBlock - (piece.from + done) % kPage;
+                const auto size = static_cast<size_t>(std::min(piece.size - done, most));
                 CopyBlock(piece.from + done, size, piece.isPicture);
                 if (onRead_) onRead_(size);
                 done += size;
@@ -47,7 +51,7 @@ class Copier {
     }
 
     void CopyBlock(uint64_t from, size_t size, bool isPicture) {
-        const bool isShared = from == at_ && Share(size);
+        const bool isShared = from % kPage == at_ % kPage && Share(from, size);
         if (isShared && !isPicture) return;
         if (KXP::ReadAt(source_.file(), from, block_.data(), size) < size)
             throw ImportError(source_.IsUnchanged() ? "cannot be read" : "changes while it is read");
@@ -56,16 +60,16 @@ class Copier {
     }
 
     // Without the bytes passing through here, and on volumes that can without a second copy on disk.
-    bool Share(size_t size) {
-        uint64_t end = at_;
-        while (canShare_ && end < at_ + size) {
-            const int64_t copied =
-                KXP::Platform::CopyFileRange(source_.file().get(), out_.get(), end, at_ + size - end);
+    bool Share(uint64_t from, size_t size) {
+        size_t done = 0;
+        while (canShare_ && done < size) {
+            const int64_t copied = KXP::Platform::CopyFileRange(source_.file().get(), from + done, out_.get(),
+                                                                at_ + done, size - done);
             canShare_ = copied > 0;
-            if (canShare_) end += static_cast<uint64_t>(copied);
+            if (canShare_) done += static_cast<size_t>(copied);
         }
-        if (end < at_ + size) return false;
-        at_ = end;
+        if (done < size) return false;
+        at_ += size;
         return true;
     }
 
@@ -73,7 +77,7 @@ class Copier {
     const KXP::FileDescriptor& out_;
     const ReadListener& onRead_;
     std::vector<char> block_;
-    PictureDigest digest_;
+    BackgroundDigest digest_;
     uint64_t at_ = 0;  // in the copy
     bool canShare_ = true;
 };
@@ -101,6 +105,8 @@ std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, 
         if (source.IsVideo()) picture = DigestOf(source, videos);
     }
     if (source.IsVideo()) Engrave(out, marks);
+    // So that the disk is not idle until all is to be durable.
+    KXP::Platform::StartWriteback(out.get());
     if (!source.IsUnchanged()) throw ImportError("changes while it is read");
     return picture;
 }

@@ -14,6 +14,11 @@ namespace {
 constexpr int kMaxChunks = 4000000;
 constexpr uint64_t kMaxChunk = 0x7FFFFFFF;
 
+// A private chunk that decoders pass over. With it what follows lies as in the source against the pages of
+// memory and the blocks of the disk, which halves the time to copy it and lets volumes share it.
+constexpr std::string_view kPaddingType = "paDd";
+constexpr size_t kPage = 4096;
+
 struct Chunk {
     std::string type;
     uint64_t from = 0;
@@ -45,6 +50,8 @@ std::string TextChunks(const CaptureMarks& marks) {
     media::AppendPngText(chunks, "Software", SoftwareOf(marks));
     media::AppendPngText(chunks, "DRSName", marks.game);
     media::AppendPngText(chunks, "Description", BlockOf(marks));
+    const size_t part = (chunks.size() + media::kPngChunkFrame) % kPage;
+    media::AppendPngChunk(chunks, kPaddingType, std::string(part == 0 ? 0 : kPage - part, '\0'));
     return chunks;
 }
 

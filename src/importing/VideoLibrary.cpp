@@ -1,10 +1,12 @@
 #include "importing/VideoLibrary.h"
 
 #include <algorithm>
+#include <deque>
 #include <exception>
 #include <utility>
 #include <vector>
 
+#include "importing/BackgroundDigest.h"
 #include "importing/PictureDigest.h"
 #include "importing/Splice.h"
 
@@ -37,7 +39,7 @@ class Listening {
     // Whatever the order of the tracks is.
     std::string Digest() {
         std::vector<std::string> digests;
-        for (PictureDigest& track : tracks_)
+        for (BackgroundDigest& track : tracks_)
             digests.push_back(track.Finish());
         std::sort(digests.begin(), digests.end());
         PictureDigest all;
@@ -76,7 +78,7 @@ class Listening {
     const ReadListener& onRead_;
     OvnxMediaPacketListener listener_{};
     char message_[200] = "";
-    std::vector<PictureDigest> tracks_;
+    std::deque<BackgroundDigest> tracks_;
     std::exception_ptr failure_;
 };
 

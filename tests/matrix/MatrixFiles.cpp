@@ -85,7 +85,7 @@ constexpr Structure kStructures[] = {
 struct Container {
     const char* format;
     const char* encoders;  // that it takes, each between two spaces
-    int rate = 0;          // the one of its sounds
+    int rate = 0;          // of its sound, if it takes but one
 };
 
 constexpr Container kContainers[] = {
@@ -175,6 +175,7 @@ std::vector<made::VariedVideo> InOtherContainers(const made::VariedVideo& video)
                                                      (container.rate != 0 && sound.rate != container.rate);
                                           }),
                            other.sounds.end());
+        if (container.rate != 0 && other.sounds.size() > 1) other.sounds.resize(1);
         all.push_back(other);
     }
     return all;

@@ -66,11 +66,13 @@ bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, cons
     return renameat(fromFolder, from.c_str(), toFolder, to.c_str()) == 0;
 }
 
-int64_t CopyFileRange(int, int, uint64_t, size_t) {
+int64_t CopyFileRange(int, uint64_t, int, uint64_t, size_t) {
     // The system clones whole files by name, which cannot be stopped half-way.
     errno = ENOTSUP;
     return -1;
 }
+
+void StartWriteback(int) {}
 
 bool IsOpenForWriting(int) {
     return false;

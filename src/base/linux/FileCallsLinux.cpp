@@ -78,10 +78,14 @@ bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, cons
     return renameat(fromFolder, from.c_str(), toFolder, to.c_str()) == 0;
 }
 
-int64_t CopyFileRange(int from, int to, uint64_t position, size_t size) {
+int64_t CopyFileRange(int from, uint64_t position, int to, uint64_t target, size_t size) {
     auto in = static_cast<off_t>(position);
-    off_t out = in;
+    auto out = static_cast<off_t>(target);
     return copy_file_range(from, &in, to, &out, size, 0);
+}
+
+void StartWriteback(int fd) {
+    (void)sync_file_range(fd, 0, 0, SYNC_FILE_RANGE_WRITE);
 }
 
 bool IsOpenForWriting(int fd) {

@@ -72,12 +72,15 @@ TEST_F(ImportVideo, IsKnownAgainInAnyContainer) {
     EXPECT_EQ(media::SniffFile(copy, result), 1);
     EXPECT_EQ(result.drsName, "Tide");
     EXPECT_EQ(made::Decode(copy).frames.size(), expected.frames.size());
-    for (const char* const format : {"flv", "mp4"})
-        EXPECT_EQ(Import(Make(std::string("b.") + format, format)).outcome, Outcome::kKnown) << format;
-    // With start codes before the units of H.264 and headers before those of AAC, which an MP4 does not have.
-    const std::string stream = Import(Make("c.ts", "mpegts", 2)).path;
-    std::filesystem::copy_file(stream, folder_ / "Tide/d.mp4");
-    EXPECT_EQ(Import(folder_ / "Tide/d.mp4").outcome, Outcome::kKnown);
+    // A transport stream has start codes before the units of H.264, and headers before those of AAC.
+    uint32_t seed = 2;
+    for (const std::string format : {"matroska", "flv", "mpegts"}) {
+        const std::string converted = Import(Make("from." + format, format, seed++)).path;
+        const std::string mp4 = folder_ / "Tide/" + format + ".mp4";
+        std::filesystem::copy_file(converted, mp4);
+        EXPECT_EQ(Import(mp4).outcome, Outcome::kKnown) << format;
+    }
+    EXPECT_EQ(Import(Make("other.mp4", "mp4", seed)).outcome, Outcome::kImported);
 }
 
 TEST_F(ImportVideo, KeepsASourceWhoseCopyIsAnother) {

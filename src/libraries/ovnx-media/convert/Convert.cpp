@@ -154,7 +154,9 @@ void Check(int output, const std::vector<TrackBytes>& expected, const Budget& bu
     }
 }
 
-void Mux(int input, int output, int delay, const PacketListener& listener, const Budget& budget) {
+// Returns what was written of each track.
+std::vector<TrackBytes> WritePackets(int input, int output, int delay, const PacketListener& listener,
+                                     const Budget& budget) {
     PacketSource source(input, budget, delay);
     Sink sink(source, output);
     ForEachPacket(source, listener,
@@ -164,7 +166,13 @@ void Mux(int input, int output, int delay, const PacketListener& listener, const
     for (const TrackBytes& track : sink.tracks())
         if (track.size == 0) throw Failure(OVNX_MEDIA_DAMAGED, "it has a track with nothing in it");
     sink.Finish();
-    Check(output, sink.tracks(), budget);
+    return sink.tracks();
+}
+
+// The muxer's tables of the recording are gone when it is read again.
+void Mux(int input, int output, int delay, const PacketListener& listener, const Budget& budget) {
+    const std::vector<TrackBytes> tracks = WritePackets(input, output, delay, listener, budget);
+    Check(output, tracks, budget);
 }
 
 void ReadSamples(SourceMovie& movie, const PacketListener& listener, const Budget& budget) {

@@ -9,7 +9,7 @@ namespace ovnxmedia {
 namespace {
 
 // Enough for a few frames of any recording.
-constexpr MediaInput::Probed kProbed{16 << 20, 3000000};
+constexpr MediaInput::Probed kProbed{4 << 20, 2000000};
 constexpr AVRational kMicroseconds{1, 1000000};
 constexpr AVRational kUsualFrame{1, 60};
 
