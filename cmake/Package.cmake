@@ -38,6 +38,7 @@ install(FILES "${texts}/gallery-host.fish" DESTINATION share/fish/vendor_complet
 install(FILES "${sources}/${package}.desktop" DESTINATION share/applications)
 install(FILES "${sources}/${package}.svg" DESTINATION share/icons/hicolor/scalable/apps)
 install(FILES "${sources}/${package}.metainfo.xml" DESTINATION share/metainfo)
+install(FILES "${sources}/gallery-import@.service" DESTINATION lib/systemd/user)
 install(FILES "${sources}/copyright" "${texts}/changelog.gz" DESTINATION "share/doc/${package}")
 
 # Debuggers look for it under the whole path of the file that it belongs to.

@@ -14,7 +14,6 @@
 #include "sample-captures/PngImage.h"
 #include "sample-media/MadeMedia.h"
 #include "sample-media/StillFiles.h"
-#include "sample-media/VariedMedia.h"
 #include "tests/support/CaptureBytes.h"
 
 namespace {
@@ -153,6 +152,18 @@ std::vector<std::string> OneOfEach() {
             Exr(20, 10, {}, light),
             Exr(20, 10, {Imf::PIZ_COMPRESSION, true, 1, {"R", "G", "B", "A"}, 20}, light),
             Exr(20, 10, {Imf::DWAA_COMPRESSION, false, 2, {"Y"}}, light)};
+}
+
+// Whole pictures, with and without Exif data of either byte order.
+void MakeImportMarks(Corpus corpus) {
+    for (const std::string& picture : OneOfEach())
+        if (picture.size() < 4000) corpus.Add(picture);
+    const std::string jpeg = samples::JpegImage(8, 8, {});
+    for (const char* order : {"MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0",
+                              "II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\3\0\0\0\0\0\0\0"}) {
+        const std::string exif = std::string("Exif\0\0", 6) + std::string(order, 26);
+        corpus.Add(std::string(jpeg).insert(20, "\xFF\xE1" + U16(34) + exif));
+    }
 }
 
 std::string Track() {
@@ -308,28 +319,6 @@ void MakeVideoFrame(Corpus corpus) {
     corpus.Add(bytes.replace(at, kMatrix.size(), "\x55\xB1\x81\x49"));
 }
 
-// With reordered frames, sound of two kinds and chapters: whole, in fragments, and with the other container's
-// runs.
-void MakeRemux(Corpus corpus, const std::string& path) {
-    made::VariedVideo video;
-    video.encoder = "libx264";
-    video.options = "preset=ultrafast:intra-refresh=1";
-    video.frames = 8;
-    video.keyInterval = 3;
-    video.width = video.height = 32;
-    video.chapters = {0, 0.1};
-    for (const char* muxing : {"", "movflags=frag_keyframe+delay_moov"})
-        for (const char* format : {"mp4", "mov"}) {
-            video.format = format;
-            video.muxing = muxing;
-            video.sounds = {{format == std::string("mov") ? "pcm_s16le" : "aac", "", 8000, 0, 0.2}};
-            made::Write(video, path);
-            std::ifstream file(path, std::ios::binary);
-            corpus.Add(std::string(std::istreambuf_iterator<char>(file), {}));
-        }
-    std::filesystem::remove(path);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -347,6 +336,7 @@ int main(int argc, char** argv) {
         MakeMp4({root, "mp4"});
         MakeExif({root, "exif"});
         MakeEngrave({root, "engrave"});
+        MakeImportMarks({root, "importmarks"});
         MakeSampleTable({root, "sampletable"});
         MakePictureHead({root, "picturehead"});
         MakeMp4Header({root, "mp4header"});
@@ -356,7 +346,7 @@ int main(int argc, char** argv) {
         MakeStillThumbnail({root, "still_thumbnail"});
         MakeSharedThumbnail({root, "shared_thumbnail"});
         MakeVideoFrame({root, "video_frame"});
-        MakeRemux({root, "remux"}, root / "source");
+        MakeVideoSeeds(root);
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -25,9 +25,10 @@ class Corpus {
     int count_ = 0;
 };
 
-// Those that are text, and those of the host.
+// Those that are text, those of the host, and videos.
 void MakeTextSeeds(const std::filesystem::path& root);
 void MakeHostSeeds(const std::filesystem::path& root);
+void MakeVideoSeeds(const std::filesystem::path& root);
 // Those of headers, for MakeSeeds.
 void AddPictureHeads(Corpus& corpus);
 void AddLabelledPngs(Corpus& corpus);

@@ -27,6 +27,8 @@ bool KeepsInodes(const std::string& path);
 
 // Returns when what was written to the file would outlast a loss of power.
 bool MakeDurable(int fd);
+// The same for everything that was written to the volume of the file or folder.
+bool MakeVolumeDurable(int fd);
 
 // Gives the file disk space for `size` bytes, at least one, and at least that length. The content stays and
 // zero bytes follow it. False when there is no room; the length may then have grown.
@@ -37,9 +39,15 @@ bool ReserveFileSpace(int fd, int64_t size);
 // appears at that very moment is replaced.
 bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, const std::string& to);
 
-// Copies up to `size` bytes from `position` of one file to the same position of another inside the kernel;
-// on volumes that can share blocks the two files then share them. Returns the number of bytes, or less than 1
-// at the end of the file and where this cannot be done.
-int64_t CopyFileRange(int from, int to, uint64_t position, size_t size);
+// Copies up to `size` bytes from `position` of one file to position `target` of another inside the kernel; on
+// volumes that can share blocks the two files then share them. Returns the number of bytes, or less than 1 at
+// the end of the file and where this cannot be done.
+int64_t CopyFileRange(int from, uint64_t position, int to, uint64_t target, size_t size);
+// Begins to write what the file has in memory to its disk, without waiting.
+void StartWriteback(int fd);
+
+// Whether any process has this file, which is open for reading alone, open for writing. False where that
+// cannot be known, for a file of somebody else among others.
+bool IsOpenForWriting(int fd);
 
 }  // namespace KXP::Platform

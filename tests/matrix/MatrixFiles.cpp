@@ -82,6 +82,24 @@ constexpr Structure kStructures[] = {
     {"a coarse unit of the movie", "write_tmcd=0:movie_timescale=600"},
 };
 
+struct Container {
+    const char* format;
+    const char* encoders;  // that it takes, each between two spaces
+    int rate = 0;          // of its sound, if it takes but one
+};
+
+constexpr Container kContainers[] = {
+    {"matroska",
+     " libx264 libx265 libaom-av1 libvpx-vp9 mpeg4 mjpeg aac ac3 eac3 libopus libmp3lame flac alac "},
+    {"webm", " libaom-av1 libvpx-vp9 libopus "},
+    {"mpegts", " libx264 libx265 mpeg4 aac ac3 eac3 libmp3lame "},
+    {"flv", " libx264 aac libmp3lame ", 44100},
+};
+
+bool Takes(const Container& container, const std::string& encoder) {
+    return std::string(container.encoders).find(" " + encoder + " ") != std::string::npos;
+}
+
 template <typename Row, size_t Count>
 const Row& Drawn(const Row (&rows)[Count], std::mt19937& random) {
     return rows[random() % Count];
@@ -142,6 +160,25 @@ File FileOf(unsigned number, std::mt19937& random) {
     if (const size_t at = video.muxing.find("empty_moov"); isLate && at != std::string::npos)
         video.muxing.replace(at, 10, "delay_moov");
     return file;
+}
+
+std::vector<made::VariedVideo> InOtherContainers(const made::VariedVideo& video) {
+    std::vector<made::VariedVideo> all;
+    for (const Container& container : kContainers) {
+        if (!Takes(container, video.encoder)) continue;
+        made::VariedVideo other = video;
+        other.format = container.format;
+        other.muxing.clear();
+        other.sounds.erase(std::remove_if(other.sounds.begin(), other.sounds.end(),
+                                          [&](const made::VariedSound& sound) {
+                                              return !Takes(container, sound.encoder) ||
+                                                     (container.rate != 0 && sound.rate != container.rate);
+                                          }),
+                           other.sounds.end());
+        if (container.rate != 0 && other.sounds.size() > 1) other.sounds.resize(1);
+        all.push_back(other);
+    }
+    return all;
 }
 
 }  // namespace matrix

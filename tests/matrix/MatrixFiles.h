@@ -3,6 +3,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 #include "sample-media/VariedMedia.h"
 
@@ -16,5 +17,8 @@ struct File {
 
 // The file with this number: each row of the table of video codecs in turn, all else at random.
 File FileOf(unsigned number, std::mt19937& random);
+
+// The same in each container of other recorders that takes its pictures, with those sounds that it takes.
+std::vector<made::VariedVideo> InOtherContainers(const made::VariedVideo& video);
 
 }  // namespace matrix

@@ -1,6 +1,7 @@
-// MediaMatrix COUNT [SEED [FOLDER]]: makes so many videos, cuts each of them ten times and engraves it five
-// times, and plays all of that against the source: every frame and every sample of sound. Prints the seed,
-// each difference, and how many there were; 0 when there was none. Keeps what differs in the folder.
+// MediaMatrix COUNT [SEED [FOLDER]]: makes so many videos, cuts each of them ten times, engraves it five
+// times and converts it from other containers, and plays all of that against the source: every frame and
+// every sample of sound. Prints the seed, each difference, and how many there were; 0 when there was none.
+// Keeps what differs in the folder.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -12,6 +13,7 @@
 
 #include "plugin-modules/Gallery/src/engraving/Engraver.h"
 #include "sample-media/DecodedMedia.h"
+#include "tests/matrix/Converter.h"
 #include "tests/matrix/MatrixFiles.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"
@@ -24,6 +26,8 @@ constexpr int kEngravings = 5;
 constexpr double kInstant = 1e-6;
 constexpr double kUnit = 1e-4;
 constexpr double kTimeTolerance = 1e-3;
+// Of the first sound against the first frame, in containers with coarse times.
+constexpr double kSoundTolerance = 2e-3;
 // A sound need not be there for less than that.
 constexpr double kFewPackets = 0.1;
 
@@ -116,9 +120,12 @@ class MatrixRun {
                 Cut(file, source);
             for (int engraving = 0; engraving < kEngravings; ++engraving)
                 Engrave(file, source);
+            for (const made::VariedVideo& video : matrix::InOtherContainers(file.video))
+                Convert({video, file.name + " as " + video.format, 0});
         }
-        std::printf("%u files, %d cuts (%d of nothing), %d engravings (%d refused): %d differences\n", count_,
-                    cuts_, refusedCuts_, engravings_, refusedEngravings_, differences_);
+        std::printf(
+            "%u files, %d cuts (%d of nothing), %d engravings (%d refused), %d conversions: %d differences\n",
+            count_, cuts_, refusedCuts_, engravings_, refusedEngravings_, conversions_, differences_);
         return differences_;
     }
 
@@ -229,6 +236,40 @@ class MatrixRun {
         }
     }
 
+    // Every frame, at its time after the first; every sound, as early or late against the frames.
+    static Difference ConversionDiffers(const made::Decoded& source, const made::Decoded& copy) {
+        if (source.frames.size() != copy.frames.size())
+            return std::to_string(copy.frames.size()) + " frames instead of " +
+                   std::to_string(source.frames.size());
+        const double shift = source.frames.front().time - copy.frames.front().time;
+        for (size_t i = 0; i < source.frames.size(); ++i)
+            if (source.frames[i].hash != copy.frames[i].hash ||
+                std::abs(source.frames[i].time - copy.frames[i].time - shift) > kTimeTolerance)
+                return "frame " + std::to_string(i) + " differs";
+        for (size_t i = 0; i < source.soundStarts.size(); ++i)
+            if (source.sampleRates[i] > 0 &&
+                std::abs(source.soundStarts[i] - copy.soundStarts.at(i) - shift) > kSoundTolerance)
+                return "sound " + std::to_string(i) + " is at another time";
+        return "";
+    }
+
+    void Convert(const matrix::File& file) {
+        if (!Make(file)) return;
+        ++conversions_;
+        try {
+            const std::string refusal = converter_.Convert(source_, clip_);
+            if (!refusal.empty()) return Report(file, "conversion", "refused, as " + refusal);
+            const made::Decoded source = made::Decode(source_);
+            const made::Decoded copy = made::Decode(clip_);
+            Difference difference = ConversionDiffers(source, copy);
+            if (difference.empty() && converter_.PacketsOf(source_) != converter_.PacketsOf(clip_))
+                difference = "packets differ";
+            Report(file, "conversion", difference);
+        } catch (const std::exception& error) {
+            Report(file, "conversion", error.what());
+        }
+    }
+
     const unsigned count_;
     std::mt19937 random_;
     const std::string keep_;
@@ -236,6 +277,8 @@ class MatrixRun {
     const std::string source_ = folder_ / "source.mp4";
     const std::string clip_ = folder_ / "clip.mp4";
     const CodecLibrary library_;
+    const matrix::Converter converter_;
+    int conversions_ = 0;
     int cuts_ = 0;
     int refusedCuts_ = 0;
     int engravings_ = 0;

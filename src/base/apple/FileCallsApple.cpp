@@ -39,6 +39,12 @@ bool MakeDurable(int fd) {
     return fcntl(fd, F_FULLFSYNC) == 0 || fsync(fd) == 0;
 }
 
+bool MakeVolumeDurable(int fd) {
+    // The system writes all, and then the drive.
+    sync();
+    return MakeDurable(fd);
+}
+
 bool ReserveFileSpace(int fd, int64_t size) {
     struct stat status {};
     if (fstat(fd, &status) != 0) return false;
@@ -64,10 +70,16 @@ bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, cons
     return renameat(fromFolder, from.c_str(), toFolder, to.c_str()) == 0;
 }
 
-int64_t CopyFileRange(int, int, uint64_t, size_t) {
+int64_t CopyFileRange(int, uint64_t, int, uint64_t, size_t) {
     // The system clones whole files by name, which cannot be stopped half-way.
     errno = ENOTSUP;
     return -1;
+}
+
+void StartWriteback(int) {}
+
+bool IsOpenForWriting(int) {
+    return false;
 }
 
 }  // namespace KXP::Platform

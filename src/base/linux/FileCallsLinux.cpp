@@ -65,6 +65,10 @@ bool MakeDurable(int fd) {
     return fdatasync(fd) == 0;
 }
 
+bool MakeVolumeDurable(int fd) {
+    return syncfs(fd) == 0;
+}
+
 bool ReserveFileSpace(int fd, int64_t size) {
     int error = 0;
     do {
@@ -86,10 +90,21 @@ bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, cons
     return renameat(fromFolder, from.c_str(), toFolder, to.c_str()) == 0;
 }
 
-int64_t CopyFileRange(int from, int to, uint64_t position, size_t size) {
+int64_t CopyFileRange(int from, uint64_t position, int to, uint64_t target, size_t size) {
     auto in = static_cast<off_t>(position);
-    off_t out = in;
+    auto out = static_cast<off_t>(target);
     return copy_file_range(from, &in, to, &out, size, 0);
+}
+
+void StartWriteback(int fd) {
+    (void)sync_file_range(fd, 0, 0, SYNC_FILE_RANGE_WRITE);
+}
+
+bool IsOpenForWriting(int fd) {
+    // A lease to read is granted only when nobody writes.
+    if (fcntl(fd, F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
+    (void)fcntl(fd, F_SETLEASE, F_UNLCK);
+    return false;
 }
 
 }  // namespace KXP::Platform

@@ -54,7 +54,8 @@ bool CopyStep(const FileDescriptor& source, const FileDescriptor& destination, u
               uint64_t size, SlabVector<char>& buffer) {
     const size_t step = static_cast<size_t>(std::min<uint64_t>(size - position, kCopyStep));
     if (buffer.empty()) {
-        const int64_t copied = Platform::CopyFileRange(source.get(), destination.get(), position, step);
+        const int64_t copied =
+            Platform::CopyFileRange(source.get(), position, destination.get(), position, step);
         if (copied > 0) {
             position += static_cast<uint64_t>(copied);
             return true;

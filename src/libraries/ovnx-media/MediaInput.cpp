@@ -7,9 +7,9 @@
 namespace ovnxmedia {
 namespace {
 
-// What Probe may read.
-constexpr int64_t kProbeBytes = 1 << 20;
-constexpr int64_t kProbeMicroseconds = 1000000;
+// Of an MPEG transport stream, also with a time stamp ahead of each packet.
+constexpr size_t kPacket = 188;
+constexpr size_t kStamp = 4;
 
 // Tables of samples and the like may name other files, which are never opened.
 int RefuseFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
@@ -32,15 +32,25 @@ const char* DemuxerOf(std::string_view start) {
     return nullptr;
 }
 
-MediaInput::MediaInput(int fd, const Budget& budget, Limits limits, Trust trust)
+const char* AnyDemuxerOf(std::string_view start) {
+    if (const char* const known = DemuxerOf(start)) return known;
+    if (start.substr(0, 4) == "FLV\x01") return "flv";
+    if (start.size() < kLongStartSize) return nullptr;
+    const bool isPlain = start[0] == 'G' && start[kPacket] == 'G';
+    const bool isStamped = start[kStamp] == 'G' && start[2 * kStamp + kPacket] == 'G';
+    return isPlain || isStamped ? "mpegts" : nullptr;
+}
+
+MediaInput::MediaInput(int fd, const Budget& budget, Limits limits, Trust trust,
+                       const char* (*demuxerOf)(std::string_view))
     : file_(fd), budget_(budget), trust_(trust), limits_(limits) {
     PrepareFfmpeg();
-    char start[kStartSize];
+    char start[kLongStartSize];
     const size_t got = file_.ReadAt(0, start, sizeof(start));
     if (file_.HasFailed()) throw Failure(OVNX_MEDIA_UNREADABLE, "cannot be read");
     // The samples of an honest file lie side by side; others could make any number of bytes of a few.
     limits_.bytes = std::min(limits_.bytes, file_.size() + kMaxHeadBytes);
-    const char* demuxer = DemuxerOf({start, got});
+    const char* demuxer = demuxerOf({start, got});
     if (!demuxer) throw Failure(OVNX_MEDIA_UNKNOWN_FORMAT, "no video");
     Open(demuxer);
 }
@@ -125,9 +135,9 @@ AVStream* MediaInput::Video() {
     return nullptr;
 }
 
-void MediaInput::Probe() {
-    format_->probesize = kProbeBytes;
-    format_->max_analyze_duration = kProbeMicroseconds;
+void MediaInput::Probe(Probed most) {
+    format_->probesize = most.bytes;
+    format_->max_analyze_duration = most.microseconds;
     format_->flags &= ~AVFMT_FLAG_NOPARSE;
     Expect(avformat_find_stream_info(format_.get(), nullptr), "looking at streams");
 }

@@ -21,6 +21,10 @@ namespace ovnxmedia {
 constexpr size_t kStartSize = 8;
 const char* DemuxerOf(std::string_view start);
 
+// The same also for Flash video and MPEG transport streams, for which it takes kLongStartSize.
+constexpr size_t kLongStartSize = 400;
+const char* AnyDemuxerOf(std::string_view start);
+
 class MediaInput {
   public:
     static constexpr unsigned kMaxStreams = 32;
@@ -39,7 +43,8 @@ class MediaInput {
     enum class Trust { Nothing, OwnTables };
 
     // Reads the head. Throws Failure; nothing is kept of the descriptor but its number.
-    MediaInput(int fd, const Budget& budget, Limits limits, Trust trust = Trust::Nothing);
+    MediaInput(int fd, const Budget& budget, Limits limits, Trust trust = Trust::Nothing,
+               const char* (*demuxerOf)(std::string_view) = DemuxerOf);
     MediaInput(const MediaInput&) = delete;
     MediaInput& operator=(const MediaInput&) = delete;
 
@@ -51,8 +56,15 @@ class MediaInput {
     // The first video stream that is no cover picture; null without one.
     AVStream* Video();
 
+    // What Probe may read, of the file and of its time.
+    struct Probed {
+        int64_t bytes;
+        int64_t microseconds;
+    };
+    static constexpr Probed kBriefly{1 << 20, 1000000};
+
     // Reads frames to learn about the streams what the container does not say. Costly.
-    void Probe();
+    void Probe(Probed most = kBriefly);
 
     // The next packet; false at the end of the file.
     bool Read(AVPacket& packet);

@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include "common/product/Profile.h"
 #include "gallery-host/base/Failure.h"
 #include "gallery-host/base/Printable.h"
 
@@ -49,6 +50,10 @@ std::string FolderPath(const std::string& path) {
     if (access(path.c_str(), R_OK | X_OK) != 0)
         throw Failure(kExitFailed, path + ": " + std::error_code(errno, std::generic_category()).message());
     return AbsolutePath(path);
+}
+
+std::string InProduct(const std::string& path) {
+    return (fs::path(KXP::GetExePath()).parent_path().parent_path() / path).string();
 }
 
 bool IsFolder(const std::string& path) {

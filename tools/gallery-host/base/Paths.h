@@ -13,6 +13,9 @@ std::string AbsolutePath(const std::string& path);
 // The absolute path of a folder that exists and can be read. Throws Failure(kExitFailed).
 std::string FolderPath(const std::string& path);
 
+// A path below the product's folder of contents, such as "Resources/page".
+std::string InProduct(const std::string& path);
+
 bool IsFolder(const std::string& path);
 
 // How much longer than others a request that copies the file may take: its size at 10 MB a second, a slow

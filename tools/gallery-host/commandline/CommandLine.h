@@ -35,6 +35,8 @@ void Choose(CLI::App& subcommand, Prepare& chosen, Prepare prepare);
 void AddHostVerbs(CLI::App& app, Prepare& chosen);
 // recent, stats, show, thumb, cp, mv, rm, restore, clean, drives and settings.
 void AddCaptureVerbs(CLI::App& app, Prepare& chosen);
+// import.
+void AddImportVerbs(CLI::App& app, Prepare& chosen);
 // trim, meme, engrave and montage.
 void AddVideoVerbs(CLI::App& app, Prepare& chosen);
 

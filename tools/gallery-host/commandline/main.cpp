@@ -152,6 +152,7 @@ int Main(int argc, char** argv) {
     AddGlobalOptions(app, arguments);
     AddHostVerbs(app, arguments.verb);
     AddCaptureVerbs(app, arguments.verb);
+    AddImportVerbs(app, arguments.verb);
     AddVideoVerbs(app, arguments.verb);
     try {
         app.parse(argc, argv);

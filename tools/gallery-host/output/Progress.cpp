@@ -16,27 +16,27 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kPeriod{100};
 constexpr size_t kBarColumns = 24;
 
+}  // namespace
+
 size_t TerminalColumns() {
     winsize size{};
     return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-std::string Line(const std::string& doing, const std::string& count, size_t done, size_t total,
-                 size_t columns) {
+std::string BarLine(const std::string& doing, const std::string& count, double part, size_t columns) {
     // In the last column the cursor would stand on the next line.
     if (doing.size() + count.size() + kBarColumns + 7 > columns) return doing + "  " + count;
-    const size_t filled = total ? kBarColumns * std::min(done, total) / total : 0;
+    const auto filled = static_cast<size_t>(kBarColumns * std::min(part, 1.0) + 1e-9);
     return doing + "  [" + std::string(filled, '#') + std::string(kBarColumns - filled, '-') + "]  " + count;
 }
 
-}  // namespace
-
 std::string ProgressLine(const std::string& doing, size_t done, size_t total, size_t columns) {
-    return Line(doing, std::to_string(done) + " of " + std::to_string(total), done, total, columns);
+    const double part = total ? static_cast<double>(done) / static_cast<double>(total) : 0;
+    return BarLine(doing, std::to_string(done) + " of " + std::to_string(total), part, columns);
 }
 
 std::string PercentLine(const std::string& doing, size_t percent, size_t columns) {
-    return Line(doing, std::to_string(percent) + " %", percent, 100, columns);
+    return BarLine(doing, std::to_string(percent) + " %", static_cast<double>(percent) / 100, columns);
 }
 
 Progress::Progress(std::string doing, size_t total)

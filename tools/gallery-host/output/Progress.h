@@ -7,6 +7,11 @@
 
 namespace host {
 
+// What is done and a bar as long as a part of the whole, 0 to 1, if so many columns have room for it. Pure.
+std::string BarLine(const std::string& doing, const std::string& count, double part, size_t columns);
+// The width of the terminal.
+size_t TerminalColumns();
+
 // For example "copying  [########----------------]  3 of 9", within so many columns. Pure.
 std::string ProgressLine(const std::string& doing, size_t done, size_t total, size_t columns);
 // "making  [########----------------]  33 %".

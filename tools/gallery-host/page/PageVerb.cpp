@@ -1,11 +1,10 @@
 #include "gallery-host/page/PageVerb.h"
 
-#include <filesystem>
 #include <vector>
 
 #include <malloc.h>
 
-#include "common/product/Profile.h"
+#include "gallery-host/base/Paths.h"
 #include "gallery-host/message/MessageSocket.h"
 #include "gallery-host/page/AppWindow.h"
 #include "gallery-host/page/HostMethods.h"
@@ -14,12 +13,6 @@
 
 namespace host::page {
 namespace {
-
-namespace fs = std::filesystem;
-
-std::string InProduct(const char* folder) {
-    return (fs::path(KXP::GetExePath()).parent_path().parent_path() / folder).string();
-}
 
 std::vector<uint16_t> PortsOf(const PageOptions& options) {
     if (options.port) return {*options.port};

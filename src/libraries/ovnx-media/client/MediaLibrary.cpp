@@ -30,6 +30,8 @@ MediaLibrary::MediaLibrary(const std::string& folder) {
     Find(library, "OvnxMediaRelease", release);
     Find(library, "OvnxMediaRemux", remux);
     Find(library, "OvnxMediaKeyframes", keyframes);
+    Find(library, "OvnxMediaConvert", convert);
+    Find(library, "OvnxMediaPackets", packets);
 }
 
 }  // namespace ovnxmedia

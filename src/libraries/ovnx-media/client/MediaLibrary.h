@@ -21,6 +21,8 @@ struct MediaLibrary {
     decltype(&OvnxMediaRelease) release = nullptr;
     decltype(&OvnxMediaRemux) remux = nullptr;
     decltype(&OvnxMediaKeyframes) keyframes = nullptr;
+    decltype(&OvnxMediaConvert) convert = nullptr;
+    decltype(&OvnxMediaPackets) packets = nullptr;
 };
 
 }  // namespace ovnxmedia

@@ -149,6 +149,39 @@ struct OvnxMediaKeyframeList {
  * only on success. */
 __attribute__((visibility("default"))) int32_t OvnxMediaKeyframes(int fd, struct OvnxMediaKeyframeList* list);
 
+/* Who hears of the packets of a file. Each function may be null and is called on the calling thread. */
+struct OvnxMediaPacketListener {
+    /* The bytes of a track's packets, as an MP4 has them, one after the other; tracks are counted from 0.
+     * What is heard of a track is the same of a file and of what OvnxMediaConvert makes of it. */
+    void (*packet)(void* context, uint32_t track, const char* bytes, size_t size);
+    /* What was heard so far counts no more: the packets come once more from the first on. */
+    void (*restart)(void* context);
+    /* So many bytes, often none, were read since the last call; any result but 0 ends the work. */
+    int (*read)(void* context, uint64_t bytes);
+    void* context;
+    /* As in OvnxMediaRequest. */
+    char* message;
+    size_t messageSize;
+};
+
+/* Copies a recording, of Matroska, WebM, QuickTime, MP4 in fragments, Flash video or an MPEG transport
+ * stream, without re-encoding, to `output`: an empty regular file, open for reading and writing, or -1 to
+ * look at the codecs alone. It becomes an MP4 file that is not in fragments, with all pictures and sounds,
+ * languages, titles and chapters. Recordings that were cut off are taken as far as they go, but for QuickTime
+ * and MP4. A file with a codec that an MP4 does not take, or with texts, is of unknown format, and the
+ * message names the codec.
+ *
+ * The copy is opened again, and it is a failure when a track has not as many bytes as in the source, or
+ * another first or last packet. The output is not made durable, nor removed after a failure. Returns a status
+ * of enum OvnxMediaStatus.
+ */
+__attribute__((visibility("default"))) int32_t OvnxMediaConvert(
+    int input, int output, const struct OvnxMediaPacketListener* listener);
+
+/* Reads all packets of a file of these kinds, or of an MP4 file. Returns a status of enum OvnxMediaStatus. */
+__attribute__((visibility("default"))) int32_t OvnxMediaPackets(
+    int fd, const struct OvnxMediaPacketListener* listener);
+
 #ifdef __cplusplus
 }
 #endif

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/FileCalls.h"
@@ -20,12 +22,18 @@ EngravingFile::EngravingFile(const std::string& path) : file_(KXP::OpenForUpdate
     if (!file_.IsOpen()) throw EngravingError(std::strerror(errno));
 }
 
-void EngravingFile::CarryOut(const Plan& plan) {
+EngravingFile::EngravingFile(KXP::FileDescriptor file) : file_(std::move(file)) {
+    struct stat status {};
+    if (fstat(file_.get(), &status) != 0) throw EngravingError(std::strerror(errno));
+    size_ = static_cast<uint64_t>(status.st_size);
+}
+
+void EngravingFile::CarryOut(const Plan& plan, KXP::Durability durability) {
     const bool hasRemnant = plan.length < size_;
     if (hasRemnant && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
         throw EngravingError(std::strerror(errno));
     for (const Batch& batch : plan.batches) {
-        if (WriteBatch(batch)) continue;
+        if (WriteBatch(batch, durability)) continue;
         const int error = errno;
         // Removes what it has written beyond the end; the rest went into free space.
         if (&batch == &plan.batches.front() && ftruncate(file_.get(), static_cast<off_t>(plan.length)) != 0)
@@ -34,12 +42,12 @@ void EngravingFile::CarryOut(const Plan& plan) {
     }
 }
 
-bool EngravingFile::WriteBatch(const Batch& batch) {
+bool EngravingFile::WriteBatch(const Batch& batch, KXP::Durability durability) {
     for (const Write& write : batch) {
         if (!KXP::WriteFullyAt(file_, write.bytes.data(), write.bytes.size(), write.at)) return false;
         if (write.copySize > 0 && !Copy(write)) return false;
     }
-    return KXP::Platform::MakeDurable(file_.get());
+    return durability == KXP::Durability::None || KXP::Platform::MakeDurable(file_.get());
 }
 
 bool EngravingFile::Copy(const Write& write) {

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/NewFile.h"
 #include "base/ReadWrite.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingPlan.h"
 
@@ -13,12 +14,15 @@ class EngravingFile {
   public:
     // Throws EngravingError for anything but a regular file that can be written.
     explicit EngravingFile(const std::string& path);
+    // The same of a file that is open for both, and may have no name yet.
+    explicit EngravingFile(KXP::FileDescriptor file);
 
     uint64_t size() const { return size_; }
     media::ByteSource& source() { return source_; }
 
     // Throws EngravingError when the disk does not take it; a failure of the first batch leaves no trace.
-    void CarryOut(const Plan& plan);
+    // Without durability, for a file that nobody has yet, a loss of power may leave a part of it.
+    void CarryOut(const Plan& plan, KXP::Durability durability = KXP::Durability::Content);
 
   private:
     class Source final : public media::ByteSource {
@@ -33,7 +37,7 @@ class EngravingFile {
         const KXP::FileDescriptor& file_;
     };
 
-    bool WriteBatch(const Batch& batch);
+    bool WriteBatch(const Batch& batch, KXP::Durability durability);
     bool Copy(const Write& write);
 
     uint64_t size_ = 0;

@@ -1,17 +1,18 @@
 #include "plugin-modules/Gallery/src/thumbnails/LabelledPng.h"
 
 #include "plugin-modules/Gallery/src/media/FolderCrc.h"
+#include "plugin-modules/Gallery/src/media/PngChunks.h"
 
 namespace {
 
-// The signature of a PNG, and the same with its header, the chunk IHDR.
-constexpr size_t kSignatureBytes = 8;
-constexpr size_t kHeaderBytes = kSignatureBytes + 25;
-// Of a chunk: its length, its type, and after its data the check sum.
+using media::AppendPngText;
+using media::kPngSignature;
+
+// The signature of a PNG with its header, the chunk IHDR.
+constexpr size_t kHeaderBytes = kPngSignature.size() + 25;
 constexpr size_t kLengthBytes = 4;
 constexpr size_t kTypeBytes = 4;
-constexpr size_t kFrameBytes = kLengthBytes + kTypeBytes + 4;
-constexpr std::string_view kSignature = "\x89PNG\r\n\x1A\n";
+constexpr size_t kFrameBytes = media::kPngChunkFrame;
 
 // The keyword, then: not compressed, no method, no language, no translated keyword.
 constexpr std::string_view kPathStart{"Path\0\0\0\0\0", 9};
@@ -28,22 +29,6 @@ uint32_t ReadU32(std::string_view bytes, size_t at) {
     return value;
 }
 
-void AppendU32(std::string& text, uint32_t value) {
-    for (int shift = 24; shift >= 0; shift -= 8)
-        text += static_cast<char>(value >> shift & 0xFF);
-}
-
-void AppendChunk(std::string& text, std::string_view type, const std::string& data) {
-    AppendU32(text, static_cast<uint32_t>(data.size()));
-    const size_t summed = text.size();
-    text.append(type).append(data);
-    AppendU32(text, CrcOf(std::string_view(text).substr(summed)));
-}
-
-void AppendText(std::string& text, std::string_view keyword, const std::string& value) {
-    AppendChunk(text, "tEXt", std::string(keyword) + '\0' + value);
-}
-
 // The length of the chunk's data; false when the chunk does not fit into the bytes or its sum is wrong.
 bool CheckChunk(std::string_view bytes, size_t at, size_t& length) {
     if (bytes.size() - at < kFrameBytes) return false;
@@ -55,9 +40,9 @@ bool CheckChunk(std::string_view bytes, size_t at, size_t& length) {
 
 // Whether chunks fill the file and the end chunk, without data, is the last of them.
 bool IsWholePng(std::string_view bytes) {
-    if (bytes.substr(0, kSignatureBytes) != kSignature) return false;
+    if (bytes.substr(0, kPngSignature.size()) != kPngSignature) return false;
     size_t length = 0;
-    for (size_t at = kSignatureBytes; CheckChunk(bytes, at, length); at += kFrameBytes + length) {
+    for (size_t at = kPngSignature.size(); CheckChunk(bytes, at, length); at += kFrameBytes + length) {
         if (bytes.substr(at + kLengthBytes, kTypeBytes) == "IEND") return at + kFrameBytes == bytes.size();
     }
     return false;
@@ -67,20 +52,20 @@ bool IsWholePng(std::string_view bytes) {
 
 std::string LabelOf(const ThumbnailCache::Key& key) {
     std::string label;
-    AppendChunk(label, kPathType, std::string(kPathStart) + key.path);
-    AppendText(label, "Time", std::to_string(key.time));
-    AppendText(label, "Size", std::to_string(key.size));
-    AppendText(label, "Box", std::to_string(key.width) + "x" + std::to_string(key.height));
-    AppendText(label, "Software", THUMBNAIL_SOFTWARE);
+    media::AppendPngChunk(label, kPathType, std::string(kPathStart) + key.path);
+    AppendPngText(label, "Time", std::to_string(key.time));
+    AppendPngText(label, "Size", std::to_string(key.size));
+    AppendPngText(label, "Box", std::to_string(key.width) + "x" + std::to_string(key.height));
+    AppendPngText(label, "Software", THUMBNAIL_SOFTWARE);
     return label;
 }
 
 std::string DesktopLabelOf(const std::string& uri, int64_t seconds, uint64_t size) {
     std::string label;
-    AppendText(label, "Thumb::URI", uri);
-    AppendText(label, "Thumb::MTime", std::to_string(seconds));
-    AppendText(label, "Thumb::Size", std::to_string(size));
-    AppendText(label, "Software", THUMBNAIL_SOFTWARE);
+    AppendPngText(label, "Thumb::URI", uri);
+    AppendPngText(label, "Thumb::MTime", std::to_string(seconds));
+    AppendPngText(label, "Thumb::Size", std::to_string(size));
+    AppendPngText(label, "Software", THUMBNAIL_SOFTWARE);
     return label;
 }
 

@@ -1,0 +1,98 @@
+#include "importing/ImportSource.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "base/FileCalls.h"
+#include "base/ReadWrite.h"
+#include "importing/JpegMarks.h"
+#include "importing/PictureDigest.h"
+#include "importing/PngMarks.h"
+#include "plugin-modules/Gallery/src/engraving/Mp4Layout.h"
+
+namespace importing {
+namespace {
+
+constexpr size_t kBlock = size_t{1} << 20;
+
+class Bytes final : public media::ByteSource {
+  public:
+    explicit Bytes(const KXP::FileDescriptor& file) : file_(file) {}
+
+    size_t ReadAt(uint64_t position, char* out, size_t count) override {
+        return KXP::ReadAt(file_, position, out, count);
+    }
+
+  private:
+    const KXP::FileDescriptor& file_;
+};
+
+engraving::Mp4Layout LayoutOf(media::ByteSource& source, uint64_t size) {
+    try {
+        return engraving::ReadLayout(source, size);
+    } catch (const engraving::EngravingError& error) {
+        throw ImportError(error.what());
+    }
+}
+
+}  // namespace
+
+ImportSource::ImportSource(const std::string& path) : path_(path), file_(KXP::OpenForRead(path, status_)) {
+    if (!file_.IsOpen()) throw ImportError(errno == EINVAL ? "is not a file" : std::strerror(errno));
+    char start[kKindBytes];
+    kind_ = KindOf({start, KXP::ReadAt(file_, 0, start, sizeof start)});
+}
+
+int64_t ImportSource::time() const {
+    return KXP::Platform::ModifiedNs(status_);
+}
+
+bool ImportSource::NeedsConversion() const {
+    if (kind_ != SourceKind::kMp4) return kind_ == SourceKind::kOtherVideo;
+    Bytes bytes(file_);
+    return LayoutOf(bytes, size()).firstFragment.has_value();
+}
+
+Splice ImportSource::Plan(const CaptureMarks& marks) const {
+    Bytes bytes(file_);
+    if (size() == 0) throw ImportError("is empty");
+    switch (kind_) {
+        case SourceKind::kPng:
+            return MarkPng(bytes, size(), marks);
+        case SourceKind::kJpeg:
+            return MarkJpeg(bytes, size(), marks);
+        case SourceKind::kMp4: {
+            Splice splice;
+            splice.Copy(0, size(), false);
+            return splice;
+        }
+        default:
+            throw ImportError("is neither a picture nor a video that can be imported");
+    }
+}
+
+std::string ImportSource::DigestOfPicture() const {
+    PictureDigest digest;
+    std::vector<char> block(kBlock);
+    const Splice splice = Plan({"Digest", ""});
+    for (const Piece& piece : splice.pieces()) {
+        for (uint64_t done = 0; piece.isPicture && done < piece.size;) {
+            const auto size = static_cast<size_t>(std::min<uint64_t>(piece.size - done, kBlock));
+            if (KXP::ReadAt(file_, piece.from + done, block.data(), size) < size)
+                throw ImportError("cannot be read");
+            digest.Add(block.data(), size);
+            done += size;
+        }
+    }
+    return digest.Finish();
+}
+
+bool ImportSource::IsUnchanged() const {
+    struct stat now {};
+    return fstat(file_.get(), &now) == 0 && now.st_size == status_.st_size &&
+           KXP::Platform::ModifiedNs(now) == time();
+}
+
+}  // namespace importing

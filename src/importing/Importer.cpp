@@ -1,0 +1,135 @@
+#include "importing/Importer.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/FileCalls.h"
+#include "base/NewFile.h"
+#include "importing/CapturePlace.h"
+#include "importing/GameName.h"
+#include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
+
+namespace importing {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned kMode = 0644;
+
+[[noreturn]] void FailToWrite(const std::string& why) {
+    throw ImportError("cannot be written: " + why);
+}
+
+// A folder that goes again when nothing was put into it.
+class GameFolder {
+  public:
+    explicit GameFolder(const fs::path& path) : path_(path.string()) {
+        std::error_code error;
+        isNew_ = fs::create_directories(path, error);
+        if (error) FailToWrite(error.message());
+    }
+    ~GameFolder() {
+        if (isNew_) (void)rmdir(path_.c_str());
+    }
+    GameFolder(const GameFolder&) = delete;
+    GameFolder& operator=(const GameFolder&) = delete;
+
+  private:
+    const std::string path_;
+    bool isNew_ = false;
+};
+
+bool IsOwn(const std::string& path) {
+    media::SniffResult result;
+    return media::SniffFile(path, result) >= 0 && result.isOwn;
+}
+
+bool HasPicture(const std::string& path, const std::string& picture, VideoLibrary& videos) {
+    try {
+        return DigestOf(ImportSource(path), videos) == picture;
+    } catch (const ImportError&) {
+        return false;
+    }
+}
+
+// What a kill leaves between the moment when a copy got its name and the one when it was noted. Copies of one
+// source are of one size, so that few other files are read.
+bool IsCopied(const std::string& place, const KXP::FileDescriptor& copy, const std::string& picture,
+              VideoLibrary& videos) {
+    struct stat there {};
+    struct stat here {};
+    return lstat(place.c_str(), &there) == 0 && fstat(copy.get(), &here) == 0 && S_ISREG(there.st_mode) &&
+           there.st_size == here.st_size && HasPicture(place, picture, videos);
+}
+
+bool RemoveSource(const ImportedFile& file, VideoLibrary& videos) {
+    struct stat now {};
+    // A recorder may have gone on with it.
+    return lstat(file.source.c_str(), &now) == 0 && static_cast<uint64_t>(now.st_size) == file.size &&
+           KXP::Platform::ModifiedNs(now) == file.time && HasPicture(file.path, file.picture, videos) &&
+           unlink(file.source.c_str()) == 0;
+}
+
+}  // namespace
+
+CaptureMarks Importer::MarksOf(const std::string& source) const {
+    return {options_.game.empty() ? GameOf(source) : options_.game, options_.highlight};
+}
+
+Importer::Result Importer::Check(const std::string& path) {
+    const ImportSource source(path);
+    if (ledger_.KnowsSource(path, source.size(), source.time())) return {Outcome::kKnown, ""};
+    const CaptureMarks marks = MarksOf(path);
+    if (source.NeedsConversion())
+        videos_.Check(source.file());
+    else
+        (void)source.Plan(marks);
+    return {Outcome::kImported, FindFreePlace(PlaceOf(source, options_.gallery, marks.game)).path};
+}
+
+Importer::Result Importer::Import(const std::string& path) {
+    const ImportSource source(path);
+    if (ledger_.KnowsSource(path, source.size(), source.time())) return {Outcome::kKnown, ""};
+    const CaptureMarks marks = MarksOf(path);
+    const FreePlace place = FindFreePlace(PlaceOf(source, options_.gallery, marks.game));
+    const GameFolder folder(fs::path(place.path).parent_path());
+
+    KXP::NewFile copy(place.path, kMode);
+    if (!copy.IsOpen()) FailToWrite(std::strerror(errno));
+    const std::string picture = WriteCapture(source, marks, videos_, copy.descriptor(), options_.onRead);
+    if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
+    for (const std::string& taken : place.taken) {
+        if (!IsCopied(taken, copy.descriptor(), picture, videos_)) continue;
+        ledger_.Add({picture, path, source.size(), source.time(), taken});
+        return {Outcome::kKnown, ""};
+    }
+    SetFileTime(copy.descriptor(), options_.time.value_or(source.time()));
+    if (!copy.PutNew()) FailToWrite(std::strerror(errno));
+    if (!IsOwn(place.path)) {
+        (void)unlink(place.path.c_str());
+        throw ImportError("does not become a capture");
+    }
+    pending_.push_back({picture, path, source.size(), source.time(), place.path});
+    ledger_.Add(pending_.back());
+    return {Outcome::kImported, place.path};
+}
+
+std::vector<std::string> Importer::Commit() {
+    std::vector<std::string> kept;
+    const KXP::FileDescriptor gallery = KXP::OpenFolder(options_.gallery);
+    if (!pending_.empty() && (!gallery.IsOpen() || !KXP::Platform::MakeVolumeDurable(gallery.get())))
+        throw std::runtime_error(options_.gallery + ": " + std::strerror(errno));
+    ledger_.Save();
+    for (const ImportedFile& file : std::exchange(pending_, {}))
+        if (options_.move && !RemoveSource(file, videos_)) kept.push_back(file.source);
+    return kept;
+}
+
+}  // namespace importing

@@ -1,0 +1,111 @@
+#include "importing/VideoLibrary.h"
+
+#include <algorithm>
+#include <deque>
+#include <exception>
+#include <utility>
+#include <vector>
+
+#include "importing/BackgroundDigest.h"
+#include "importing/PictureDigest.h"
+#include "importing/Splice.h"
+
+namespace importing {
+namespace {
+
+// What one call of the library hears. No exception passes through it.
+class Listening {
+  public:
+    explicit Listening(const ReadListener& onRead) : onRead_(onRead) {
+        listener_.packet = OnPacket;
+        listener_.restart = OnRestart;
+        listener_.read = OnRead;
+        listener_.context = this;
+        listener_.message = message_;
+        listener_.messageSize = sizeof message_;
+    }
+    Listening(const Listening&) = delete;
+    Listening& operator=(const Listening&) = delete;
+
+    const OvnxMediaPacketListener* listener() const { return &listener_; }
+
+    void Expect(int32_t status) const {
+        if (failure_) std::rethrow_exception(failure_);
+        if (status == OVNX_MEDIA_OK) return;
+        const std::string text = message_;
+        throw ImportError(status == OVNX_MEDIA_UNWRITABLE ? "cannot be written: " + text : text);
+    }
+
+    // Whatever the order of the tracks is.
+    std::string Digest() {
+        std::vector<std::string> digests;
+        for (BackgroundDigest& track : tracks_)
+            digests.push_back(track.Finish());
+        std::sort(digests.begin(), digests.end());
+        PictureDigest all;
+        for (const std::string& digest : digests)
+            all.Add(digest.data(), digest.size());
+        return all.Finish();
+    }
+
+  private:
+    template <typename Work>
+    void Try(const Work& work) noexcept {
+        try {
+            if (!failure_) work();
+        } catch (...) {
+            failure_ = std::current_exception();
+        }
+    }
+
+    static void OnPacket(void* self, uint32_t track, const char* bytes, size_t size) noexcept {
+        auto& listening = *static_cast<Listening*>(self);
+        listening.Try([&] {
+            while (listening.tracks_.size() <= track)
+                listening.tracks_.emplace_back();
+            listening.tracks_[track].Add(bytes, size);
+        });
+    }
+
+    static void OnRestart(void* self) noexcept { static_cast<Listening*>(self)->tracks_.clear(); }
+
+    static int OnRead(void* self, uint64_t bytes) noexcept {
+        auto& listening = *static_cast<Listening*>(self);
+        if (listening.onRead_) listening.Try([&] { listening.onRead_(bytes); });
+        return listening.failure_ ? 1 : 0;
+    }
+
+    const ReadListener& onRead_;
+    OvnxMediaPacketListener listener_{};
+    char message_[200] = "";
+    std::deque<BackgroundDigest> tracks_;
+    std::exception_ptr failure_;
+};
+
+}  // namespace
+
+const ovnxmedia::MediaLibrary& VideoLibrary::Library() {
+    if (!library_) library_ = std::make_unique<const ovnxmedia::MediaLibrary>(folder_);
+    return *library_;
+}
+
+std::string VideoLibrary::DigestOf(const KXP::FileDescriptor& video, const ReadListener& onRead) {
+    Listening listening(onRead);
+    listening.Expect(Library().packets(video.get(), listening.listener()));
+    return listening.Digest();
+}
+
+void VideoLibrary::Check(const KXP::FileDescriptor& video) {
+    const ReadListener nobody;
+    const Listening listening(nobody);
+    listening.Expect(Library().convert(video.get(), -1, listening.listener()));
+}
+
+std::string VideoLibrary::Convert(const KXP::FileDescriptor& video, const KXP::FileDescriptor& out,
+                                  const ReadListener& onRead) {
+    Listening listening(onRead);
+    listening.Expect(Library().convert(video.get(), out.get(), listening.listener()));
+    return listening.Digest();
+}
+
+}  // namespace importing

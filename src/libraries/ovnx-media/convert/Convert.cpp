@@ -1,0 +1,239 @@
+#include "libraries/ovnx-media/convert/Convert.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "libraries/ovnx-media/convert/CodecRules.h"
+#include "libraries/ovnx-media/convert/Mp4Output.h"
+#include "libraries/ovnx-media/convert/PacketSource.h"
+#include "libraries/ovnx-media/cut/Remux.h"
+#include "libraries/ovnx-media/cut/SourceMovie.h"
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+namespace ovnxmedia {
+namespace {
+
+constexpr size_t kPiece = 1u << 20;
+
+// What an MP4 must have of a track.
+struct TrackBytes {
+    uint64_t size = 0;
+    std::string first;  // packet
+    std::string last;
+
+    void Add(const std::string& packet) {
+        if (size == 0) first = packet;
+        size += packet.size();
+        last = packet;
+    }
+};
+
+[[noreturn]] void ThrowUnfaithful() {
+    throw Failure(OVNX_MEDIA_UNFAITHFUL, "the MP4 differs from its source");
+}
+
+bool IsMovie(int fd) {
+    SourceFile file(fd);
+    char start[kStartSize];
+    const size_t got = file.ReadAt(0, start, sizeof start);
+    const char* const demuxer = DemuxerOf({start, got});
+    return demuxer && std::strcmp(demuxer, "mov") == 0;
+}
+
+// The codec that a sample description of a movie stands for.
+int CodecOf(std::string_view type, bool isVideo) {
+    unsigned tag = 0;
+    std::memcpy(&tag, type.data(), std::min(type.size(), sizeof tag));
+    const AVCodecTag* const tags[] = {isVideo ? avformat_get_mov_video_tags() : avformat_get_mov_audio_tags(),
+                                      nullptr};
+    return av_codec_get_id(tags, tag);
+}
+
+bool IsUncompressed(int codec) {
+    return codec >= AV_CODEC_ID_PCM_S16LE && codec < AV_CODEC_ID_ADPCM_IMA_QT;
+}
+
+void CheckCodecs(const SourceMovie& movie) {
+    (void)movie.Video();
+    for (const SourceTrack& track : movie.tracks()) {
+        if (!track.IsVideo() && !track.IsSound()) continue;
+        const TrackCodec codec{track.IsVideo() ? AVMEDIA_TYPE_VIDEO : AVMEDIA_TYPE_AUDIO,
+                               CodecOf(track.EntryType(1), track.IsVideo())};
+        if (!IsUncompressed(codec.codec)) CheckCodec(codec);
+    }
+}
+
+class Sink {
+  public:
+    Sink(const PacketSource& source, int output) : output_(output), tracks_(source.tracks().size()) {
+        for (const PacketSource::Track& track : source.tracks())
+            streams_.push_back(&output_.AddTrack(*track.stream));
+        output_.Describe(source.format(), source.shift());
+        output_.Start();
+    }
+
+    const std::vector<TrackBytes>& tracks() const { return tracks_; }
+
+    void Write(const PacketSource::Track& from, AVPacket& packet, const std::string& plain) {
+        const auto number = static_cast<size_t>(packet.stream_index);
+        tracks_[number].Add(plain);
+        av_packet_rescale_ts(&packet, from.stream->time_base, streams_[number]->time_base);
+        packet.pos = -1;
+        output_.Write(packet);
+    }
+
+    void Finish() { output_.Finish(); }
+
+  private:
+    Mp4Output output_;
+    std::vector<AVStream*> streams_;
+    std::vector<TrackBytes> tracks_;
+};
+
+// Hands on what was read in large pieces.
+class ReadCount {
+  public:
+    explicit ReadCount(const PacketListener& listener) : listener_(listener) {}
+
+    void Add(uint64_t bytes) {
+        bytes_ += bytes;
+        if (bytes_ >= kPiece) Flush();
+    }
+    void Flush() {
+        if (listener_.onRead) listener_.onRead(bytes_);
+        bytes_ = 0;
+    }
+
+  private:
+    const PacketListener& listener_;
+    uint64_t bytes_ = 0;
+};
+
+template <typename Take>
+void ForEachPacket(PacketSource& source, const PacketListener& listener, const Take& take) {
+    ReadCount count(listener);
+    const PacketOwner packet = MakePacket();
+    std::string plain;
+    while (source.Read(*packet)) {
+        const PacketSource::Track& track = source.tracks()[static_cast<size_t>(packet->stream_index)];
+        MakePlain(track.framing, packet->data, static_cast<size_t>(packet->size), plain);
+        if (listener.onPacket)
+            listener.onPacket(static_cast<uint32_t>(packet->stream_index), plain.data(), plain.size());
+        const auto size = static_cast<uint64_t>(packet->size);
+        take(track, *packet, plain);
+        count.Add(size);
+    }
+    count.Flush();
+}
+
+// Opened by another reader than the one that has written it.
+void Check(int output, const std::vector<TrackBytes>& expected, const Budget& budget) {
+    SourceMovie movie(output, budget);
+    if (movie.tracks().size() < expected.size()) ThrowUnfaithful();
+    for (size_t i = 0; i < expected.size(); ++i) {
+        const std::vector<Sample>& samples = movie.tracks()[i].table.samples;
+        uint64_t size = 0;
+        for (const Sample& sample : samples)
+            size += sample.size;
+        if (samples.empty() || size != expected[i].size) ThrowUnfaithful();
+        const Sample& last = samples.back();
+        // A sample may consist of several packets.
+        const uint64_t end = last.offset + last.size - expected[i].last.size();
+        if (last.size < expected[i].last.size() ||
+            ReadRange(movie.file(), samples.front().offset, expected[i].first.size()) != expected[i].first ||
+            ReadRange(movie.file(), end, expected[i].last.size()) != expected[i].last)
+            ThrowUnfaithful();
+    }
+}
+
+// Returns what was written of each track.
+std::vector<TrackBytes> WritePackets(int input, int output, int delay, const PacketListener& listener,
+                                     const Budget& budget) {
+    PacketSource source(input, budget, delay);
+    Sink sink(source, output);
+    ForEachPacket(source, listener,
+                  [&](const PacketSource::Track& track, AVPacket& packet, const std::string& plain) {
+                      sink.Write(track, packet, plain);
+                  });
+    for (const TrackBytes& track : sink.tracks())
+        if (track.size == 0) throw Failure(OVNX_MEDIA_DAMAGED, "it has a track with nothing in it");
+    sink.Finish();
+    return sink.tracks();
+}
+
+// The muxer's tables of the recording are gone when it is read again.
+void Mux(int input, int output, int delay, const PacketListener& listener, const Budget& budget) {
+    const std::vector<TrackBytes> tracks = WritePackets(input, output, delay, listener, budget);
+    Check(output, tracks, budget);
+}
+
+void ReadSamples(SourceMovie& movie, const PacketListener& listener, const Budget& budget) {
+    ReadCount count(listener);
+    std::string bytes;
+    uint32_t number = 0;
+    for (const SourceTrack& track : movie.tracks()) {
+        if (!track.IsVideo() && !track.IsSound()) continue;
+        for (const Sample& sample : track.table.samples) {
+            budget.Check();
+            for (uint32_t done = 0; done < sample.size; done += static_cast<uint32_t>(bytes.size())) {
+                bytes = ReadRange(movie.file(), sample.offset + done,
+                                  std::min<uint64_t>(sample.size - done, kPiece));
+                if (listener.onPacket) listener.onPacket(number, bytes.data(), bytes.size());
+                count.Add(bytes.size());
+            }
+        }
+        ++number;
+    }
+    count.Flush();
+}
+
+}  // namespace
+
+void Convert(int input, int output, const PacketListener& listener, const Budget& budget) {
+    PrepareFfmpeg();
+    if (IsMovie(input)) {
+        SourceMovie movie(input, budget);
+        CheckCodecs(movie);
+        if (output < 0) return;
+        ReadSamples(movie, listener, budget);
+        Remux(input, output, {0, UINT64_MAX, false}, budget);
+        return;
+    }
+    if (output < 0) {
+        const PacketSource source(input, budget, 0);
+        return;
+    }
+    try {
+        Mux(input, output, 0, listener, budget);
+    } catch (const PacketSource::TooLittleDelay&) {
+        // The codec's own setup is wrong.
+        if (ftruncate(output, 0) != 0) throw Failure(OVNX_MEDIA_UNWRITABLE, std::strerror(errno));
+        if (listener.onRestart) listener.onRestart();
+        try {
+            Mux(input, output, PacketSource::kMostDelay, listener, budget);
+        } catch (const PacketSource::TooLittleDelay&) {
+            throw Failure(OVNX_MEDIA_DAMAGED, "its pictures are in no order that can be shown");
+        }
+    }
+}
+
+void ReadPackets(int input, const PacketListener& listener, const Budget& budget) {
+    PrepareFfmpeg();
+    if (IsMovie(input)) {
+        SourceMovie movie(input, budget);
+        ReadSamples(movie, listener, budget);
+        return;
+    }
+    PacketSource source(input, budget, PacketSource::kMostDelay);
+    ForEachPacket(source, listener, [](const PacketSource::Track&, AVPacket&, const std::string&) {});
+}
+
+}  // namespace ovnxmedia

@@ -1,0 +1,25 @@
+// Makes an MP4 file of a recording in another container, by copying its packets.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+#include "libraries/ovnx-media/Budget.h"
+
+namespace ovnxmedia {
+
+struct PacketListener {
+    // The bytes of a track as an MP4 has them, in their order.
+    std::function<void(uint32_t track, const char* bytes, size_t size)> onPacket;
+    // So many bytes of the source were read since the last call.
+    std::function<void(uint64_t bytes)> onRead;
+    // What was heard so far counts no more: it begins anew.
+    std::function<void()> onRestart;
+};
+
+// As OvnxMediaConvert and OvnxMediaPackets; both throw Failure.
+void Convert(int input, int output, const PacketListener& listener, const Budget& budget);
+void ReadPackets(int input, const PacketListener& listener, const Budget& budget);
+
+}  // namespace ovnxmedia
