@@ -16,7 +16,7 @@ constexpr uint64_t kMaxChunk = 0x7FFFFFFF;
 
 // A private chunk that decoders pass over. With it what follows lies as in the source against the pages of
 // memory and the blocks of the disk, which halves the time to copy it and lets volumes share it.
-constexpr std::string_view kPaddingType = "paDd";
+constexpr std::string_view kPaddingType = "zvFl";
 constexpr size_t kPage = 4096;
 
 struct Chunk {

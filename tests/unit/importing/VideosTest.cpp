@@ -49,7 +49,7 @@ class ImportVideo : public testing::Test {
     }
 
     std::string Cut(const std::string& path, const std::string& name, double part) const {
-        const std::string copy = folder_ / "Tide/" + name;
+        std::string copy = folder_ / "Tide/" + name;
         std::filesystem::copy_file(path, copy);
         std::filesystem::resize_file(
             copy, static_cast<uintmax_t>(static_cast<double>(std::filesystem::file_size(path)) * part));
