@@ -2,6 +2,7 @@
 import assert from "node:assert/strict";
 import { existsSync, mkdirSync, readdirSync, readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
+import { setTimeout } from "node:timers/promises";
 import type { Locator, Page } from "playwright-core";
 import { cell, expectAccessible, focusOn, pageTest, request, serving, Site } from "./gallery.js";
 
@@ -150,8 +151,10 @@ pageTest("captures come back from the trash with what people wrote about them", 
     await cell(page, "Lap 104").waitFor();
     await cell(page, "Lap 103").waitFor();
     assert.deepEqual([existsSync(lap(103)), existsSync(lap(104))], [true, true]);
-    const known = await request(page, "GetFileMetadata", { file: lap(104) });
-    assert.deepEqual(known["memeInfo"], memeInfo);
+    // The page shows them at once, and the gallery has them on record when its watcher has seen them.
+    const record = () => request(page, "GetFileMetadata", { file: lap(104) });
+    while (!(await record())["fileType"]) await setTimeout(50);
+    assert.deepEqual((await record())["memeInfo"], memeInfo);
 });
 
 pageTest("captures are copied and moved, and nothing is overwritten", site, async (page) => {
