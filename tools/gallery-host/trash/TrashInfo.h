@@ -1,5 +1,5 @@
-// What the trash knows of a file: the ".trashinfo" file beside it, after the desktops' convention
-// (https://specifications.freedesktop.org/trash-spec/1.0/).
+// What the trash knows of a file: the ".trashinfo" file beside it, after the convention that desktops share
+// (freedesktop.org).
 #pragma once
 
 #include <string>
