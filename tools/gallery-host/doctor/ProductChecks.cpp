@@ -109,7 +109,7 @@ Finding CheckPage(const fs::path& root) {
         "page", Health::kNote, "the gallery page is not installed", "\"page\" does not work without it", {}};
 }
 
-// The same that downloads accept.
+// Only the start of an address is looked at; a download checks the rest.
 Finding CheckCloud() {
     const char* const set = std::getenv("COBALIX_CLOUD_SYNC_URL");
     const std::string address = set ? set : "";

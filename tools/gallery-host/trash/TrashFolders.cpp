@@ -19,7 +19,7 @@ bool IsOwnFolder(const std::string& path) {
 }
 
 bool Holds(const std::string& mount, const std::string& path) {
-    return mount == "/" || (path.compare(0, mount.size(), mount) == 0 && path[mount.size()] == '/');
+    return mount == "/" || (path + "/").compare(0, mount.size() + 1, mount + "/") == 0;
 }
 
 void Add(std::vector<TrashFolder>& folders, std::string path, std::string top) {
