@@ -94,6 +94,7 @@ int Settings() {
     constexpr int kRequests = 1000;
     const TempGallery gallery;
     SpinningContainer container(PRODUCT_PLUGIN);
+    container.LetSettingsAge();
     Count([&] {
         for (int i = 0; i < kRequests; ++i)
             container.Ask("GetSettings");

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include <dlfcn.h>
 
@@ -40,6 +42,9 @@ class SpinningContainer {
         plugin_->OnJsonMessage(request.c_str());
         Await(messages_, answered + 1);
     }
+
+    // The start has written the settings file, which is read for each request while it is as young as that.
+    static void LetSettingsAge() { std::this_thread::sleep_for(std::chrono::milliseconds(300)); }
 
   private:
     static void Callback(ZvCefPluginNotification_t notification, const char*, void* context) {

@@ -4,6 +4,8 @@
 // keeps the queue alive during the call, by its own call of the owner or by a reference.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -60,15 +62,23 @@ class TimedNotificationQueue {
     // The top of the standard heap is its largest element; ours is the earliest.
     static bool Later(const Entry& a, const Entry& b) { return b.when < a.when; }
 
+    void Announce() noexcept;
     bool IsRefused(TimePoint when) REQUIRES(mutex_);
     void MakeRoom(size_t entries) REQUIRES(mutex_);
     void Push(Entry entry) REQUIRES(mutex_);
+    // The first entry, of which there is one.
+    std::unique_ptr<Notification> TakeFirst() REQUIRES(mutex_);
+    // The first entry if it is due, else null.
+    std::unique_ptr<Notification> TakeDue(unsigned& arrivals) EXCLUDES(mutex_);
+    // Waits awake for an entry that comes after so many others, for some microseconds at most.
+    void AwaitBriefly(unsigned arrivals) const;
     std::unique_ptr<Notification> TakeRefused() EXCLUDES(mutex_);
 
     Clock& clock_;
     Mutex mutex_;
     CondVar changed_;
     std::vector<Entry, SlabAllocator<Entry>> heap_ GUARDED_BY(mutex_);
+    std::atomic<unsigned> arrivals_{0};  // how many entries have come
     size_t reserved_ GUARDED_BY(mutex_) = 0;
     std::optional<std::chrono::milliseconds> horizon_ GUARDED_BY(mutex_);
 };
