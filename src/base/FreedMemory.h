@@ -12,4 +12,8 @@ void ReturnFreedMemory();
 // library has no say in its process's heap.
 void KeepHeapTogether();
 
+// Has the heap give large blocks back as soon as they are freed: each thread's part of it would otherwise
+// keep what the largest work needed for a moment. For a program, before it has threads.
+void ReturnLargeBlocks();
+
 }  // namespace KXP::Platform

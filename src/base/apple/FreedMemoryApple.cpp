@@ -11,4 +11,7 @@ void ReturnFreedMemory() {
 // The system's heap has as many parts as processors.
 void KeepHeapTogether() {}
 
+// It does so by itself.
+void ReturnLargeBlocks() {}
+
 }  // namespace KXP::Platform

@@ -16,4 +16,10 @@ void KeepHeapTogether() {
 #endif
 }
 
+void ReturnLargeBlocks() {
+#ifdef __GLIBC__
+    (void)mallopt(M_MMAP_THRESHOLD, 1 << 20);
+#endif
+}
+
 }  // namespace KXP::Platform

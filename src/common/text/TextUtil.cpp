@@ -4,7 +4,7 @@
 #include <random>
 #include <sstream>
 
-#include <unistd.h>
+#include <sys/random.h>
 
 #include "common/results/Exception.h"
 

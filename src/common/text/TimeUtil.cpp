@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
-#include <regex>
 
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
+#include "base/FileCalls.h"
 #include "common/results/RetVal.h"
 
 namespace KXP {
@@ -29,6 +28,14 @@ std::string SecondsToText(std::time_t seconds) {
     const int size = std::snprintf(text, sizeof text, "%lld-%02d-%02dT%02d:%02d:%02d", 1900LL + utc.tm_year,
                                    utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
     return {text, static_cast<size_t>(size)};
+}
+
+// Takes one to `mostDigits` digits and the mark after them, '\0' for the end of the text.
+bool TakeNumber(const char*& text, int mostDigits, char mark, int64_t& number) {
+    const char* const begin = text;
+    for (number = 0; *text >= '0' && *text <= '9' && text - begin < mostDigits; ++text)
+        number = number * 10 + (*text - '0');
+    return text != begin && *text++ == mark;
 }
 
 // Whether the zone's distance from UTC changes within a day of the time.
@@ -79,15 +86,17 @@ int64_t HHMMSSTimeTo100ns(const char* text) {
         KXP_LOG(LogFailure, "%s : Invalid ts string", "HHMMSSTimeTo100ns");
         return 0;
     }
-    static const std::regex form("(\\d{1,2}):(\\d{1,2}):(\\d{1,2})\\.(\\d{1,3})");
-    std::cmatch parts;
-    if (!std::regex_match(text, parts, form)) {
+    int64_t hours = 0;
+    int64_t minutes = 0;
+    int64_t seconds = 0;
+    int64_t milliseconds = 0;
+    const char* rest = text;
+    if (!TakeNumber(rest, 2, ':', hours) || !TakeNumber(rest, 2, ':', minutes) ||
+        !TakeNumber(rest, 2, '.', seconds) || !TakeNumber(rest, 3, '\0', milliseconds)) {
         KXP_LOG(LogFailure, "%s : Malformed ts string `%s`", "HHMMSSTimeTo100ns", text);
         return 0;
     }
-    const auto number = [&](size_t part) { return std::atoi(parts[part].first); };
-    const int64_t milliseconds = number(1) * 3600000 + number(2) * 60000 + number(3) * 1000 + number(4);
-    return milliseconds * 10000;
+    return (hours * 3600000 + minutes * 60000 + seconds * 1000 + milliseconds) * 10000;
 }
 
 int FileDate(const std::string& path, std::string& date) {
@@ -119,8 +128,8 @@ int MilisecsFromFileCreation(const std::string& path, uint64_t& milliseconds) {
         return Code::kNotFound;
     }
     // In double, because a file system may report any 64-bit number of seconds.
-    const double modified =
-        static_cast<double>(status.st_mtim.tv_sec) * 1e3 + static_cast<double>(status.st_mtim.tv_nsec) / 1e6;
+    const timespec time = Platform::ModifiedTime(status);
+    const double modified = static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
     const double age = std::max(0.0, static_cast<double>(GetSystemTimeMs()) - modified);
     milliseconds = static_cast<uint64_t>(std::min(age, 9e18));
     return Code::kOk;

@@ -3,6 +3,7 @@
 #include "common/results/Exception.h"
 #include "common/text/SafeString.h"
 #include "common/text/TextUtil.h"
+#include "common/text/TimeUtil.h"
 
 namespace KXP {
 namespace {
@@ -18,6 +19,14 @@ std::string Thrown(Call call) {
         return ToStr(ExceptionToRetVal());
     }
     return "nothing thrown";
+}
+
+TEST(TimeText, OnlyAWholeTimestampHasATime) {
+    EXPECT_EQ(HHMMSSTimeTo100ns("1:02:3.045"), (int64_t{3723} * 1000 + 45) * 10000);
+    EXPECT_EQ(HHMMSSTimeTo100ns("99:99:99.9"), (int64_t{99} * 3661000 + 9) * 10000);
+    for (const char* text :
+         {"", "1:2:3", "1:2:3.", "1:2:3.4567", "100:2:3.4", "1:2:3.4 ", "+1:2:3.4", "1:2,3.4"})
+        EXPECT_EQ(HHMMSSTimeTo100ns(text), 0) << text;
 }
 
 TEST(SafeString, ACopyThatDoesNotFitIsCutOrRefused) {

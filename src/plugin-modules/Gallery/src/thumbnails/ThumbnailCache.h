@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
-#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <tuple>
 
@@ -40,13 +40,23 @@ class ThumbnailCache {
         Key key;
         Text text;
     };
-    using Entries = std::list<Entry>;
+    // Thousands of small blocks that come and go with the pages that people look at.
+    using Entries = std::list<Entry, KXP::SlabAllocator<Entry>>;
 
-    static size_t Cost(const Entry& entry) { return entry.text->size() + 2 * entry.key.path.size() + 256; }
+    // Finds an entry by its key without a copy of it.
+    struct ByKey {
+        using is_transparent = void;
+        bool operator()(Entries::iterator a, Entries::iterator b) const { return a->key < b->key; }
+        bool operator()(Entries::iterator a, const Key& b) const { return a->key < b; }
+        bool operator()(const Key& a, Entries::iterator b) const { return a < b->key; }
+    };
+    using Index = std::set<Entries::iterator, ByKey, KXP::SlabAllocator<Entries::iterator>>;
+
+    static size_t Cost(const Entry& entry) { return entry.text->size() + entry.key.path.size() + 320; }
 
     const size_t maxBytes_;
     KXP::Mutex mutex_;
     Entries entries_ GUARDED_BY(mutex_);  // the last asked for first
-    std::map<Key, Entries::iterator> byKey_ GUARDED_BY(mutex_);
+    Index byKey_ GUARDED_BY(mutex_);
     size_t bytes_ GUARDED_BY(mutex_) = 0;
 };

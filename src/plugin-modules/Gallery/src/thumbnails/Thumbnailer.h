@@ -40,7 +40,7 @@ class Thumbnailer {
                                     const std::atomic<bool>& cancelled, std::string& error);
 
     // Small, because those on disk are at hand nearly as soon.
-    ThumbnailCache cache_{4 << 20};
+    ThumbnailCache cache_{2 << 20};
     ThumbnailFiles files_;
     DecoderSlots slots_;
 };

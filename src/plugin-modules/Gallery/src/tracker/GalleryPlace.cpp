@@ -46,7 +46,7 @@ std::optional<std::string> GalleryPlace::CapturePathOf(const std::string& path) 
 GalleryPlace::Folder GalleryPlace::Look() const {
     struct stat status {};
     if (stat(path_.c_str(), &status) != 0) return {};
-    return {true, status.st_dev, status.st_ino};
+    return {true, static_cast<uint64_t>(status.st_dev), status.st_ino};
 }
 
 void GalleryPlace::NoteScanned() {

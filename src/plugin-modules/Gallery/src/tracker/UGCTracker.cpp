@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "CobalixUtil.h"
+#include "base/FreedMemory.h"
 #include "base/Path.h"
 #include "common/files/DirUtil.h"
 #include "common/results/Exception.h"
@@ -24,6 +25,9 @@ constexpr size_t kAllUnreported = SIZE_MAX;
 void DeleteUniqueTrackerFiles() {
     KXP_LOG(KXP::LogFailure, "DeleteUniqueTrackerFiles not implemented");
 }
+
+// As many leave more behind at a start than it costs to look for.
+constexpr size_t kManyRecords = 10000;
 
 // A step of a stop: those after it happen in any case.
 template <typename Step>
@@ -57,7 +61,11 @@ UGCTracker::UGCTracker(ITrackerHost* host, bool useUniqueFile, const Parts& part
         KXP_LOG(KXP::LogMilestone, "Another process writes %s, this one follows", kTrackerFileName);
         ReadRecord();
     }
-    queue_.EnqueueNotification(queue_.Now(), [this] { record_.SortOutKept(gallery(), stopping_); });
+    queue_.EnqueueNotification(queue_.Now(), [this] {
+        record_.SortOutKept(gallery(), stopping_);
+        // That of the walk and of the file's records, some 0.15 KiB for each.
+        if (record_.size() >= kManyRecords) KXP::Platform::ReturnFreedMemory();
+    });
     if (parts.watch) queue_.EnqueueNotification(queue_.Now(), [this] { Follow(); });
     capacity_.MonitorDiskSpace();
     // Those that were in flight when the gallery was changed.
