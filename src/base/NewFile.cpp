@@ -27,7 +27,7 @@ FileDescriptor OpenParent(const std::string& place) {
 // Not every volume can do it; the file is whole and in its place in any case.
 void MakeNameDurable(const FileDescriptor& folder) {
     const FileDescriptor readable(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (readable.IsOpen()) (void)fsync(readable.get());
+    if (readable.IsOpen()) (void)Platform::MakeNamesDurable(readable.get());
 }
 
 }  // namespace
@@ -86,6 +86,12 @@ bool NewFile::Put(bool replace, Durability durability) {
     note_.reset();
     if (durability == Durability::ContentAndName) MakeNameDurable(folder_);
     return true;
+}
+
+// A hidden name and its note cost as much as a small file.
+bool NewFile::LinkNew() {
+    if (!hidden_.empty()) return PutNew();
+    return Platform::GiveName(file_.get(), folder_.get(), name_) && file_.Close();
 }
 
 }  // namespace KXP

@@ -43,6 +43,9 @@ class NewFile {
     // PutOver in place of the file or link that is there. False with errno set.
     bool PutNew(Durability durability = Durability::None) { return Put(false, durability); }
     bool PutOver(Durability durability = Durability::None) { return Put(true, durability); }
+    // As PutNew, in one step where the file has no name yet. Who watches the folder sees a file that is
+    // created, as any link is, instead of one that is moved into its place.
+    bool LinkNew();
 
   private:
     void Create(unsigned mode);

@@ -3,22 +3,22 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <vector>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/FileCalls.h"
 #include "base/ReadWrite.h"
-#include "importing/BackgroundDigest.h"
 #include "plugin-modules/Gallery/src/engraving/EngravingFile.h"
 
 namespace importing {
 namespace {
 
-constexpr size_t kBlock = size_t{1} << 20;
 // Parts that lie differently against it are not faster within the kernel.
 constexpr size_t kPage = 4096;
+// Enough at once for any disk.
+constexpr uint64_t kWritten = uint64_t{64} << 20;
 
 [[noreturn]] void FailToWrite() {
     throw ImportError(std::string("cannot be written: ") + std::strerror(errno));
@@ -26,23 +26,27 @@ constexpr size_t kPage = 4096;
 
 class Copier {
   public:
-    Copier(const ImportSource& source, const KXP::FileDescriptor& out, const ReadListener& onRead)
-        : source_(source), out_(out), onRead_(onRead), block_(kBlock) {}
+    Copier(const ImportSource& source, DigestThread& digests, const KXP::FileDescriptor& out,
+           const ReadListener& onRead)
+        : source_(source), digests_(digests), digest_(digests), out_(out), onRead_(onRead) {}
 
-    std::string Copy(const Splice& splice) {
+    void Copy(const Splice& splice) {
         for (const Piece& piece : splice.pieces()) {
             Write(piece.bytes);
+            const std::string_view held = source_.Held(piece.from, piece.size);
+            if (piece.isPicture && !held.empty()) digest_.Add(held);
             for (uint64_t done = 0; done < piece.size;) {
                 // All but the first begin with a page.
-                const uint64_t most = kBlock - (piece.from + done) % kPage;
+                const uint64_t most = DigestThread::kBlock - (piece.from + done) % kPage;
                 const auto size = static_cast<size_t>(std::min(piece.size - done, most));
                 CopyBlock(piece.from + done, size, piece.isPicture);
                 if (onRead_) onRead_(size);
                 done += size;
             }
         }
-        return digest_.Finish();
     }
+
+    std::string Digest() { return digest_.Finish(); }
 
   private:
     void Write(std::string_view bytes) {
@@ -52,11 +56,14 @@ class Copier {
 
     void CopyBlock(uint64_t from, size_t size, bool isPicture) {
         const bool isShared = from % kPage == at_ % kPage && Share(from, size);
-        if (isShared && !isPicture) return;
-        if (KXP::ReadAt(source_.file(), from, block_.data(), size) < size)
+        const std::string_view held = source_.Held(from, size);
+        if (isShared && (!held.empty() || !isPicture)) return;
+        if (!held.empty()) return Write(held);
+        if (!block_) block_ = digests_.Take();
+        if (KXP::ReadAt(source_.file(), from, block_.get(), size) < size)
             throw ImportError(source_.IsUnchanged() ? "cannot be read" : "changes while it is read");
-        if (isPicture) digest_.Add(block_.data(), size);
-        if (!isShared) Write({block_.data(), size});
+        if (!isShared) Write({block_.get(), size});
+        if (isPicture) digest_.Add(std::move(block_), size);
     }
 
     // Without the bytes passing through here, and on volumes that can without a second copy on disk.
@@ -74,10 +81,11 @@ class Copier {
     }
 
     const ImportSource& source_;
+    DigestThread& digests_;
+    BackgroundDigest digest_;
+    DigestThread::Block block_;
     const KXP::FileDescriptor& out_;
     const ReadListener& onRead_;
-    std::vector<char> block_;
-    BackgroundDigest digest_;
     uint64_t at_ = 0;  // in the copy
     bool canShare_ = true;
 };
@@ -96,19 +104,29 @@ void Engrave(const KXP::FileDescriptor& file, const CaptureMarks& marks) {
 }  // namespace
 
 std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, VideoLibrary& videos,
-                         const KXP::FileDescriptor& out, const ReadListener& onRead) {
-    std::string picture;
+                         DigestThread& digests, const KXP::FileDescriptor& out, const ReadListener& onRead) {
+    // The disk is not to be idle until all is to be durable.
+    uint64_t unwritten = 0;
+    const ReadListener onPart = [&](uint64_t bytes) {
+        unwritten += bytes;
+        if (unwritten >= kWritten) KXP::Platform::StartWriteback(out.get());
+        unwritten %= kWritten;
+        if (onRead) onRead(bytes);
+    };
+    std::string digest;
     if (source.NeedsConversion()) {
-        picture = videos.Convert(source.file(), out, onRead);
+        digest = videos.Convert(source.file(), out, onPart);
     } else {
-        picture = Copier(source, out, onRead).Copy(source.Plan(marks));
-        if (source.IsVideo()) picture = DigestOf(source, videos);
+        Copier copier(source, digests, out, onPart);
+        copier.Copy(source.Plan(marks));
+        // This thread is then not idle until the digest is made.
+        KXP::Platform::StartWriteback(out.get());
+        digest = source.IsVideo() ? DigestOf(source, videos) : copier.Digest();
     }
     if (source.IsVideo()) Engrave(out, marks);
-    // So that the disk is not idle until all is to be durable.
-    KXP::Platform::StartWriteback(out.get());
+    if (source.IsVideo()) KXP::Platform::StartWriteback(out.get());
     if (!source.IsUnchanged()) throw ImportError("changes while it is read");
-    return picture;
+    return digest;
 }
 
 std::string DigestOf(const ImportSource& source, VideoLibrary& videos) {

@@ -6,6 +6,7 @@
 
 #include "base/FileDescriptor.h"
 #include "importing/CaptureMarks.h"
+#include "importing/DigestThread.h"
 #include "importing/ImportSource.h"
 #include "importing/ReadListener.h"
 #include "importing/VideoLibrary.h"
@@ -15,7 +16,7 @@ namespace importing {
 // Writes to an empty file and returns the digest. Throws ImportError, also for a source that changes
 // meanwhile; the file is then incomplete.
 std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, VideoLibrary& videos,
-                         const KXP::FileDescriptor& out, const ReadListener& onRead);
+                         DigestThread& digests, const KXP::FileDescriptor& out, const ReadListener& onRead);
 
 // By which a picture or a video is known again, whatever its metadata. Throws ImportError.
 std::string DigestOf(const ImportSource& source, VideoLibrary& videos);

@@ -1,6 +1,5 @@
 #include "importing/ImportLedger.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -10,8 +9,9 @@
 #include <unistd.h>
 
 #include "base/FileCalls.h"
-#include "base/FileDescriptor.h"
 #include "base/FileLock.h"
+#include "base/FolderReader.h"
+#include "base/Path.h"
 #include "base/ReadWrite.h"
 #include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
@@ -19,9 +19,11 @@
 namespace importing {
 namespace {
 
-constexpr size_t kMostBytes = size_t{1} << 30;
+// Longer than any line.
+constexpr size_t kPiece = size_t{1} << 20;
 constexpr unsigned kPrivate = 0600;
-// Another import, which appends for a moment.
+constexpr std::string_view kNotes = "Importing_";
+// Another import, which looks something up or appends for a moment.
 constexpr std::chrono::seconds kLockLimit{10};
 
 [[noreturn]] void Fail(const std::string& path) {
@@ -66,15 +68,55 @@ std::string WriteLine(const ImportedFile& file) {
 ImportLedger::ImportLedger(std::string path) : path_(std::move(path)) {
     const KXP::FileDescriptor file = KXP::OpenForRead(path_);
     if (!file.IsOpen() && errno == ENOENT) return;
-    KXP::FileBytes content;
-    if (!file.IsOpen() || !KXP::ReadWhole(file, kMostBytes, content)) Fail(path_);
-    std::string_view rest = content.view();
-    while (!rest.empty()) {
-        const size_t end = std::min(rest.find('\n'), rest.size());
-        ImportedFile imported;
-        if (ReadLine(rest.substr(0, end), imported)) Know(imported);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
+    if (!file.IsOpen()) Fail(path_);
+    ReadLines(file, read_);
+}
+
+// Moves the position to the end of the last complete line: somebody may be writing the next one.
+void ImportLedger::ReadLines(const KXP::FileDescriptor& file, uint64_t& position) {
+    std::string piece(kPiece, '\0');
+    for (;;) {
+        errno = 0;
+        const size_t got = KXP::ReadAt(file, position, piece.data(), piece.size());
+        if (got < piece.size() && errno != 0) Fail(path_);
+        std::string_view rest(piece.data(), got);
+        for (size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
+            ImportedFile imported;
+            if (ReadLine(rest.substr(0, end), imported)) Know(imported);
+            rest.remove_prefix(end + 1);
+        }
+        // A line that long is none.
+        if (got == piece.size() && rest.size() == got) rest = {};
+        position += got - rest.size();
+        if (got < piece.size()) return;
     }
+}
+
+// Of imports that run: the lock of one that has ended is free, and its note means nothing.
+void ImportLedger::ReadNotes() {
+    const std::string folder = KXP::ParentOf(path_);
+    KXP::FolderReader reader(folder);
+    while (reader.Next()) {
+        const std::string path = folder + "/" + reader.Name();
+        if (std::string_view(reader.Name()).substr(0, kNotes.size()) != kNotes) continue;
+        const KXP::FileDescriptor note = KXP::OpenForUpdate(path);
+        if (!note.IsOpen()) continue;
+        uint64_t position = 0;
+        if (flock(note.get(), LOCK_EX | LOCK_NB) == 0)
+            (void)unlink(path.c_str());
+        else
+            ReadLines(note, position);
+    }
+}
+
+KXP::FileDescriptor ImportLedger::TakeTurn() {
+    KXP::FileDescriptor file = KXP::OpenForWrite(path_, kPrivate);
+    if (!file.IsOpen() || !KXP::LockWithin(file, LOCK_EX, kLockLimit)) Fail(path_);
+    const KXP::FileDescriptor readable = KXP::OpenForRead(path_);
+    if (!readable.IsOpen()) Fail(path_);
+    ReadLines(readable, read_);
+    ReadNotes();
+    return file;
 }
 
 void ImportLedger::Know(const ImportedFile& file) {
@@ -84,7 +126,10 @@ void ImportLedger::Know(const ImportedFile& file) {
 
 void ImportLedger::Add(const ImportedFile& file) {
     Know(file);
-    unsaved_ += WriteLine(file);
+    const std::string line = WriteLine(file);
+    unsaved_ += line;
+    if (!note_) note_ = std::make_unique<KXP::WorkNote>(KXP::ParentOf(path_), std::string(kNotes));
+    (void)note_->Add(line);
 }
 
 void ImportLedger::Save() {
@@ -100,6 +145,7 @@ void ImportLedger::Save() {
         Fail(path_);
     }
     unsaved_.clear();
+    note_.reset();
 }
 
 }  // namespace importing

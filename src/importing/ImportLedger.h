@@ -1,13 +1,16 @@
 // What was ever imported, one JSON object a line in a file beside the settings, so that the same picture or
-// video is imported once.
+// video is imported once. What is in no ledger yet, as it could be lost with the power, stands in a note for
+// other imports that run meanwhile.
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <tuple>
-#include <vector>
+
+#include "base/FileDescriptor.h"
+#include "base/WorkNote.h"
 
 namespace importing {
 
@@ -30,15 +33,23 @@ class ImportLedger {
     }
     bool KnowsPicture(const std::string& picture) const { return pictures_.count(picture) > 0; }
 
-    // Is known from now on, and is in the file after the next Save.
+    // Holds off all other imports until the result is closed, and knows what they have imported so far: of
+    // two that look up the same picture and add it, the second knows it. Throws std::runtime_error.
+    [[nodiscard]] KXP::FileDescriptor TakeTurn();
+
+    // Is known from now on, also to other imports, and is in the file after the next Save.
     void Add(const ImportedFile& file);
     // Appends what was added. Throws std::runtime_error.
     void Save();
 
   private:
     void Know(const ImportedFile& file);
+    void ReadLines(const KXP::FileDescriptor& file, uint64_t& position);
+    void ReadNotes();
 
     const std::string path_;
+    uint64_t read_ = 0;                    // of the file
+    std::unique_ptr<KXP::WorkNote> note_;  // of what is unsaved
     std::set<std::tuple<std::string, uint64_t, int64_t>> sources_;
     std::set<std::string> pictures_;
     std::string unsaved_;

@@ -8,8 +8,8 @@
 #include "base/FileCalls.h"
 #include "base/ReadWrite.h"
 #include "importing/JpegMarks.h"
-#include "importing/PictureDigest.h"
 #include "importing/PngMarks.h"
+#include "libraries/digest/Sha256.h"
 #include "plugin-modules/Gallery/src/engraving/Mp4Layout.h"
 
 namespace importing {
@@ -19,14 +19,16 @@ constexpr size_t kBlock = size_t{1} << 20;
 
 class Bytes final : public media::ByteSource {
   public:
-    explicit Bytes(const KXP::FileDescriptor& file) : file_(file) {}
+    explicit Bytes(const KXP::FileDescriptor& file, std::string_view held = {}) : file_(file), held_(held) {}
 
     size_t ReadAt(uint64_t position, char* out, size_t count) override {
-        return KXP::ReadAt(file_, position, out, count);
+        if (held_.empty()) return KXP::ReadAt(file_, position, out, count);
+        return position < held_.size() ? held_.copy(out, count, static_cast<size_t>(position)) : 0;
     }
 
   private:
     const KXP::FileDescriptor& file_;
+    const std::string_view held_;
 };
 
 engraving::Mp4Layout LayoutOf(media::ByteSource& source, uint64_t size) {
@@ -45,6 +47,15 @@ ImportSource::ImportSource(const std::string& path) : path_(path), file_(KXP::Op
     kind_ = KindOf({start, KXP::ReadAt(file_, 0, start, sizeof start)});
 }
 
+ImportSource::ImportSource(const std::string& path, PictureMemory& memory) : ImportSource(path) {
+    if (!IsVideo()) held_ = memory.Read(file_, size());
+}
+
+std::string_view ImportSource::Held(uint64_t from, uint64_t size) const {
+    if (from > held_.size() || size > held_.size() - from) return {};
+    return held_.substr(static_cast<size_t>(from), static_cast<size_t>(size));
+}
+
 int64_t ImportSource::time() const {
     return KXP::Platform::ModifiedNs(status_);
 }
@@ -56,7 +67,7 @@ bool ImportSource::NeedsConversion() const {
 }
 
 Splice ImportSource::Plan(const CaptureMarks& marks) const {
-    Bytes bytes(file_);
+    Bytes bytes(file_, held_);
     if (size() == 0) throw ImportError("is empty");
     switch (kind_) {
         case SourceKind::kPng:
@@ -74,7 +85,7 @@ Splice ImportSource::Plan(const CaptureMarks& marks) const {
 }
 
 std::string ImportSource::DigestOfPicture() const {
-    PictureDigest digest;
+    KXP::Sha256 digest;
     std::vector<char> block(kBlock);
     const Splice splice = Plan({"Digest", ""});
     for (const Piece& piece : splice.pieces()) {

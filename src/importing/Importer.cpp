@@ -22,6 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned kMode = 0644;
+// All of most pictures, and enough for the head of a video.
+constexpr uint64_t kPreparedBytes = uint64_t{8} << 20;
 
 [[noreturn]] void FailToWrite(const std::string& why) {
     throw ImportError("cannot be written: " + why);
@@ -94,8 +96,13 @@ Importer::Result Importer::Check(const std::string& path) {
     return {Outcome::kImported, FindFreePlace(PlaceOf(source, options_.gallery, marks.game)).path};
 }
 
+void Importer::Prepare(const std::string& path) {
+    const KXP::FileDescriptor file = KXP::OpenForRead(path);
+    if (file.IsOpen()) KXP::Platform::StartReading(file.get(), kPreparedBytes);
+}
+
 Importer::Result Importer::Import(const std::string& path) {
-    const ImportSource source(path);
+    const ImportSource source(path, pictures_);
     if (ledger_.KnowsSource(path, source.size(), source.time())) return {Outcome::kKnown, ""};
     const CaptureMarks marks = MarksOf(path);
     const FreePlace place = FindFreePlace(PlaceOf(source, options_.gallery, marks.game));
@@ -103,15 +110,20 @@ Importer::Result Importer::Import(const std::string& path) {
 
     KXP::NewFile copy(place.path, kMode);
     if (!copy.IsOpen()) FailToWrite(std::strerror(errno));
-    const std::string picture = WriteCapture(source, marks, videos_, copy.descriptor(), options_.onRead);
+    const std::string picture =
+        WriteCapture(source, marks, videos_, digests_, copy.descriptor(), options_.onRead);
     if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
-    for (const std::string& taken : place.taken) {
-        if (!IsCopied(taken, copy.descriptor(), picture, videos_)) continue;
-        ledger_.Add({picture, path, source.size(), source.time(), taken});
+    const auto copied = std::find_if(place.taken.begin(), place.taken.end(), [&](const std::string& taken) {
+        return IsCopied(taken, copy.descriptor(), picture, videos_);
+    });
+    const KXP::FileDescriptor turn = ledger_.TakeTurn();
+    if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
+    if (copied != place.taken.end()) {
+        ledger_.Add({picture, path, source.size(), source.time(), *copied});
         return {Outcome::kKnown, ""};
     }
     SetFileTime(copy.descriptor(), options_.time.value_or(source.time()));
-    if (!copy.PutNew()) FailToWrite(std::strerror(errno));
+    if (!copy.LinkNew()) FailToWrite(std::strerror(errno));
     if (!IsOwn(place.path)) {
         (void)unlink(place.path.c_str());
         throw ImportError("does not become a capture");

@@ -24,7 +24,7 @@ struct ImportOptions {
 class Importer {
   public:
     Importer(ImportOptions options, ImportLedger& ledger)
-        : options_(std::move(options)), ledger_(ledger), videos_(options_.libraries) {}
+        : options_(std::move(options)), ledger_(ledger), videos_(options_.libraries, digests_) {}
 
     enum class Outcome { kImported, kKnown };
     struct Result {
@@ -35,6 +35,9 @@ class Importer {
     // What Import would do, without the data of the picture: one under another name counts as new. Throws
     // ImportError for a file that cannot be imported.
     Result Check(const std::string& path);
+
+    // For a file that is to be imported after the one at hand: begins to read it.
+    static void Prepare(const std::string& path);
 
     // Whole or not at all. Throws ImportError, also for a disk that is full.
     Result Import(const std::string& path);
@@ -49,6 +52,8 @@ class Importer {
 
     const ImportOptions options_;
     ImportLedger& ledger_;
+    PictureMemory pictures_;
+    DigestThread digests_;
     VideoLibrary videos_;
     std::vector<ImportedFile> pending_;
 };

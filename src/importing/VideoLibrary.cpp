@@ -6,9 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "importing/BackgroundDigest.h"
-#include "importing/PictureDigest.h"
 #include "importing/Splice.h"
+#include "libraries/digest/Sha256.h"
 
 namespace importing {
 namespace {
@@ -16,7 +15,7 @@ namespace {
 // What one call of the library hears. No exception passes through it.
 class Listening {
   public:
-    explicit Listening(const ReadListener& onRead) : onRead_(onRead) {
+    Listening(const ReadListener& onRead, DigestThread& digests) : onRead_(onRead), digests_(digests) {
         listener_.packet = OnPacket;
         listener_.restart = OnRestart;
         listener_.read = OnRead;
@@ -42,7 +41,7 @@ class Listening {
         for (BackgroundDigest& track : tracks_)
             digests.push_back(track.Finish());
         std::sort(digests.begin(), digests.end());
-        PictureDigest all;
+        KXP::Sha256 all;
         for (const std::string& digest : digests)
             all.Add(digest.data(), digest.size());
         return all.Finish();
@@ -62,7 +61,7 @@ class Listening {
         auto& listening = *static_cast<Listening*>(self);
         listening.Try([&] {
             while (listening.tracks_.size() <= track)
-                listening.tracks_.emplace_back();
+                listening.tracks_.emplace_back(listening.digests_);
             listening.tracks_[track].Add(bytes, size);
         });
     }
@@ -76,6 +75,7 @@ class Listening {
     }
 
     const ReadListener& onRead_;
+    DigestThread& digests_;
     OvnxMediaPacketListener listener_{};
     char message_[200] = "";
     std::deque<BackgroundDigest> tracks_;
@@ -90,20 +90,20 @@ const ovnxmedia::MediaLibrary& VideoLibrary::Library() {
 }
 
 std::string VideoLibrary::DigestOf(const KXP::FileDescriptor& video, const ReadListener& onRead) {
-    Listening listening(onRead);
+    Listening listening(onRead, digests_);
     listening.Expect(Library().packets(video.get(), listening.listener()));
     return listening.Digest();
 }
 
 void VideoLibrary::Check(const KXP::FileDescriptor& video) {
     const ReadListener nobody;
-    const Listening listening(nobody);
+    const Listening listening(nobody, digests_);
     listening.Expect(Library().convert(video.get(), -1, listening.listener()));
 }
 
 std::string VideoLibrary::Convert(const KXP::FileDescriptor& video, const KXP::FileDescriptor& out,
                                   const ReadListener& onRead) {
-    Listening listening(onRead);
+    Listening listening(onRead, digests_);
     listening.Expect(Library().convert(video.get(), out.get(), listening.listener()));
     return listening.Digest();
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/FileDescriptor.h"
+#include "importing/DigestThread.h"
 #include "importing/ReadListener.h"
 #include "libraries/ovnx-media/client/MediaLibrary.h"
 
@@ -14,7 +15,7 @@ class VideoLibrary {
   public:
     // `folder` has the library, which is opened when it is first needed. The functions throw ImportError, and
     // std::runtime_error when there is no library.
-    explicit VideoLibrary(std::string folder) : folder_(std::move(folder)) {}
+    VideoLibrary(std::string folder, DigestThread& digests) : folder_(std::move(folder)), digests_(digests) {}
 
     // Of all packets: the same of a recording in any container.
     std::string DigestOf(const KXP::FileDescriptor& video, const ReadListener& onRead);
@@ -29,6 +30,7 @@ class VideoLibrary {
     const ovnxmedia::MediaLibrary& Library();
 
     const std::string folder_;
+    DigestThread& digests_;
     std::unique_ptr<const ovnxmedia::MediaLibrary> library_;
 };
 

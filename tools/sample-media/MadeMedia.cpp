@@ -8,6 +8,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include <unistd.h>
+
 #include "sample-media/MadeBoxes.h"
 #include "sample-media/Muxing.h"
 

@@ -53,6 +53,14 @@ TEST_F(NewFileTest, NothingStaysOfOneThatIsNotPut) {
         EXPECT_FALSE(NewFile(bad).IsOpen()) << bad;
 }
 
+TEST_F(NewFileTest, ALinkReplacesNothing) {
+    fs::create_symlink("nowhere", folder_ / "place");
+    EXPECT_FALSE(NewFile(folder_ / "place").LinkNew());
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_TRUE(NewFile(folder_ / "other").LinkNew());
+    EXPECT_EQ(Entries(), 2);
+}
+
 TEST_F(NewFileTest, StaysInTheFolderThatWasOpened) {
     NewFile file(folder_.MakeFolder("before") + "/place", 0640);
     fs::rename(folder_ / "before", folder_ / "after");

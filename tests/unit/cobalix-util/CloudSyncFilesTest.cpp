@@ -6,8 +6,8 @@
 
 #include "libraries/cobalix-util/cloud/Manifest.h"
 #include "libraries/cobalix-util/cloud/Placement.h"
-#include "libraries/cobalix-util/cloud/Sha256.h"
 #include "libraries/cobalix-util/cloud/Sync.h"
+#include "libraries/digest/Sha256.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempFolder.h"

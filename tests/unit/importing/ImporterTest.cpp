@@ -123,6 +123,22 @@ TEST_F(ImporterTest, OverwritesNothingAndKnowsWhatItHasImported) {
     EXPECT_EQ(Place(Png("Sea/b.png", 5)), "Sea/b.png");
 }
 
+TEST_F(ImporterTest, OfTwoAtOnceOneHasThePicture) {
+    ImportLedger ledgers[] = {ImportLedger(ledger_), ImportLedger(ledger_)};
+    const ImportOptions options{gallery_, {}, {}, {}, false, PRODUCT_DEPENDENCIES, {}};
+    Importer first(options, ledgers[0]);
+    Importer second(options, ledgers[1]);
+    EXPECT_EQ(first.Import(Png("Tide/a.png")).outcome, Outcome::kImported);
+    EXPECT_EQ(second.Import(Png("Sea/a.png")).outcome, Outcome::kKnown);
+    EXPECT_EQ(second.Import(Png("Sea/b.png", 5)).outcome, Outcome::kImported);
+    second.Commit();
+    EXPECT_EQ(first.Import(Png("Tide/b.png", 5)).outcome, Outcome::kKnown);
+    // Nothing but the ledger stays of them.
+    first.Commit();
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
+        EXPECT_TRUE(entry.is_directory() || entry.path() == ledger_) << entry.path();
+}
+
 TEST_F(ImporterTest, GoesOnAfterAKill) {
     const std::string source = Png("Tide/a.png");
     folder_.Write("gallery/Tide/a.png", "mine");

@@ -18,12 +18,13 @@ using Outcome = Importer::Outcome;
 
 class ImportVideo : public testing::Test {
   protected:
-    std::string Make(const std::string& name, const std::string& format, uint32_t seed = 1) const {
+    std::string Make(const std::string& name, const std::string& format, uint32_t seed = 1,
+                     bool isProRes = false) const {
         made::VariedVideo video;
-        video.encoder = format == "mov" ? "prores_ks" : "libx264";
-        video.options = format == "mov" ? "profile=standard" : "preset=veryfast:x264-params=log=-1";
-        video.pixels = format == "mov" ? "yuv422p10le" : "yuv420p";
-        video.bFrames = format == "mov" ? 0 : 3;
+        video.encoder = isProRes ? "prores_ks" : "libx264";
+        video.options = isProRes ? "profile=standard" : "preset=veryfast:x264-params=log=-1";
+        video.pixels = isProRes ? "yuv422p10le" : "yuv420p";
+        video.bFrames = isProRes ? 0 : 3;
         video.sounds = {{"aac", "aac_pns=0", 44100, 0, 2}};
         video.format = format;
         video.seed = seed;
@@ -74,10 +75,12 @@ TEST_F(ImportVideo, IsKnownAgainInAnyContainer) {
     EXPECT_EQ(made::Decode(copy).frames.size(), expected.frames.size());
     // A transport stream has start codes before the units of H.264, and headers before those of AAC.
     uint32_t seed = 2;
-    for (const std::string format : {"matroska", "flv", "mpegts"}) {
+    for (const std::string format : {"matroska", "flv", "mpegts", "mov"}) {
         const std::string converted = Import(Make("from." + format, format, seed++)).path;
         const std::string mp4 = folder_ / "Tide/" + format + ".mp4";
         std::filesystem::copy_file(converted, mp4);
+        // By its type no player takes it for anything but what its name says.
+        EXPECT_NE(folder_.Read("Tide/" + format + ".mp4").substr(4, 8), "ftypqt  ") << format;
         EXPECT_EQ(Import(mp4).outcome, Outcome::kKnown) << format;
     }
     EXPECT_EQ(Import(Make("other.mp4", "mp4", seed)).outcome, Outcome::kImported);
@@ -107,7 +110,7 @@ TEST_F(ImportVideo, TakesWhatACrashHasLeft) {
 }
 
 TEST_F(ImportVideo, RefusesByCodecAndLeavesNothing) {
-    EXPECT_EQ(Refusal(Make("a.mov", "mov")), "its video is prores, which an MP4 does not take");
+    EXPECT_EQ(Refusal(Make("a.mov", "mov", 1, true)), "its video is prores, which an MP4 does not take");
     const std::string mkv = Make("a.mkv", "matroska");
     const std::string mp4 = Make("a.mp4", "mp4");
     for (const std::string& path : {Cut(mp4, "cut.mp4", 0.9), Cut(mkv, "cut.mkv", 0.01),

@@ -20,8 +20,9 @@ constexpr const char* kImportFooter = R"(Examples:
   gallery-host import --dry-run ~/Pictures/Screenshots
   gallery-host import --follow ~/Videos/Recordings
 PNG, JPEG and MP4 become captures: the pictures and frames stay as they are, and the name of the game is added. MKV,
-WebM, MOV, FLV, TS and MP4 in fragments become MP4 without encoding, if it takes their codecs. Nothing is overwritten,
-and what was imported once is passed over, whatever its name and container are by then.
+WebM, MOV, FLV, TS and MP4 in fragments become MP4 without encoding. One that MP4 does not take whole, because of ProRes
+or the subtitles of an MKV for example, is refused: no track is left out. Nothing is overwritten, and what was imported
+once is passed over, whatever its name and container are by then.
 The game is --app; else the name of the file's folder, unless that is one such as Videos, Pictures or Screenshots; else
 the file's name up to its date, without words such as Screenshot; else Other.
 In a folder, files that are neither pictures nor videos by their ending, hidden ones and links are passed over.

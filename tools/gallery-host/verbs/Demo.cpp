@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include <unistd.h>
+
 #include "common/product/Profile.h"
 #include "common/system/ChildProcess.h"
 #include "gallery-host/base/UserEnvironment.h"
@@ -65,7 +67,7 @@ TemporaryHome::~TemporaryHome() {
 }
 
 std::string TemporaryHome::MakeGallery() const {
-    std::string gallery = path_ + "/Videos/ZORVEX/Ovirastream";
+    std::string gallery = KXP::Platform::MoviesFolder() + "/ZORVEX/Ovirastream";
     std::error_code error;
     fs::create_directories(gallery, error);
     if (error) throw Failure(kExitFailed, "cannot make the folder " + gallery + ": " + error.message());

@@ -1,16 +1,12 @@
 #include "gallery-host/verbs/ImportFollow.h"
 
-#include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "base/FileCalls.h"
 #include "base/FileDescriptor.h"
@@ -18,6 +14,7 @@
 #include "common/threads/Mutex.h"
 #include "gallery-host/base/Failure.h"
 #include "gallery-host/base/Printable.h"
+#include "gallery-host/base/WakeUp.h"
 #include "gallery-host/verbs/FollowQueue.h"
 #include "gallery-host/verbs/ImportFiles.h"
 #include "importing/CapturePlace.h"
@@ -32,34 +29,23 @@ constexpr std::chrono::milliseconds kQuiet{3000};
 // Paths on their way from the watcher's thread to this one.
 class Arrivals {
   public:
-    Arrivals() {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) throw Failure(kExitFailed, std::strerror(errno));
-        readable_ = KXP::FileDescriptor(ends[0]);
-        writable_ = KXP::FileDescriptor(ends[1]);
-    }
-
     // Readable while there are paths to take.
-    int fd() const { return readable_.get(); }
+    int fd() const { return wakeUp_.fd(); }
 
     void Add(std::string path) EXCLUDES(mutex_) {
         const KXP::MutexLock lock(mutex_);
         paths_.push_back(std::move(path));
-        // A pipe that is full is readable as well.
-        (void)!write(writable_.get(), "", 1);
+        wakeUp_.Signal();
     }
 
     std::vector<std::string> Take() EXCLUDES(mutex_) {
         const KXP::MutexLock lock(mutex_);
-        char bytes[64];
-        while (read(readable_.get(), bytes, sizeof bytes) > 0) {
-        }
+        wakeUp_.Clear();
         return std::exchange(paths_, {});
     }
 
   private:
-    KXP::FileDescriptor readable_;
-    KXP::FileDescriptor writable_;
+    const WakeUp wakeUp_;
     KXP::Mutex mutex_;
     std::vector<std::string> paths_ GUARDED_BY(mutex_);
 };

@@ -21,6 +21,10 @@ class ImportRun {
     // Throws std::runtime_error when what was imported before cannot be read.
     ImportRun(Output& output, ImportRunOptions options, importing::ImportOptions importOptions);
 
+    // For the file after the one that comes next.
+    void Prepare(const std::string& path) const {
+        if (!options_.dryRun) importing::Importer::Prepare(path);
+    }
     // A file that cannot be imported is reported.
     void Import(const std::string& path);
     // Makes what was imported so far outlast a loss of power, and removes sources that are moved.

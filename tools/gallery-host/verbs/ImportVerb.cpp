@@ -18,6 +18,8 @@ namespace {
 // What a kill costs at most is reading so much once more.
 constexpr uint64_t kBytesAtOnce = uint64_t{1} << 30;
 
+constexpr std::chrono::milliseconds kBetweenPumps{10};
+
 class Interrupted {};
 
 importing::ImportOptions OptionsOf(const ImportVerbOptions& options, const std::string& gallery,
@@ -42,19 +44,26 @@ void RunImport(Session& session, Output& output, Interrupt& interrupt, const Imp
         list.Add(path);
     TransferProgress progress("importing", list.bytes());
     uint64_t read = 0;
+    Deadline next;
     const auto onRead = [&](uint64_t bytes) {
         read += bytes;
         progress.Advance(bytes);
+        const Deadline now = std::chrono::steady_clock::now();
+        if (now < next) return;
+        next = now + kBetweenPumps;
         progress.Draw();
-        session.Pump(std::chrono::steady_clock::now());
+        session.Pump(now);
         if (interrupt.Take()) throw Interrupted();
     };
     ImportRun run(output, {options.dryRun, options.json, false}, OptionsOf(options, gallery, onRead));
     try {
         uint64_t committed = 0;
-        for (const ImportFiles::Found& file : list.files()) {
+        const std::vector<ImportFiles::Found>& files = list.files();
+        for (size_t i = 0; i < files.size(); ++i) {
+            const ImportFiles::Found& file = files[i];
             const uint64_t before = read;
             onRead(0);
+            if (i + 1 < files.size()) run.Prepare(files[i + 1].path);
             run.Import(file.path);
             if (read == before) progress.Skip(file.size);
             if (read - committed < kBytesAtOnce) continue;

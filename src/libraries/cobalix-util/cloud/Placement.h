@@ -8,7 +8,7 @@
 #include "base/NewFile.h"
 #include "libraries/cobalix-util/cloud/Error.h"
 #include "libraries/cobalix-util/cloud/Manifest.h"
-#include "libraries/cobalix-util/cloud/Sha256.h"
+#include "libraries/digest/Sha256.h"
 
 namespace KXP::Cloud {
 

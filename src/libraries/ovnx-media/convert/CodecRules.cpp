@@ -30,9 +30,9 @@ void CheckCodec(const TrackCodec& track) {
     const bool isVideo = track.kind == AVMEDIA_TYPE_VIDEO;
     const bool isSound = track.kind == AVMEDIA_TYPE_AUDIO;
     if ((isVideo && Contains(kVideos, track.codec)) || (isSound && Contains(kSounds, track.codec))) return;
-    const std::string what = isVideo ? "video" : isSound ? "sound" : "texts";
+    const std::string what = isVideo ? "video is " : isSound ? "sound is " : "subtitles are ";
     const std::string name = avcodec_get_name(static_cast<AVCodecID>(track.codec));
-    throw Failure(OVNX_MEDIA_UNKNOWN_FORMAT, "its " + what + " is " + name + ", which an MP4 does not take");
+    throw Failure(OVNX_MEDIA_UNKNOWN_FORMAT, "its " + what + name + ", which an MP4 does not take");
 }
 
 }  // namespace ovnxmedia

@@ -29,10 +29,11 @@ struct TrackBytes {
     std::string first;  // packet
     std::string last;
 
-    void Add(const std::string& packet) {
+    // The packet is another one afterwards.
+    void Add(std::string& packet) {
         if (size == 0) first = packet;
         size += packet.size();
-        last = packet;
+        last.swap(packet);
     }
 };
 
@@ -82,7 +83,7 @@ class Sink {
 
     const std::vector<TrackBytes>& tracks() const { return tracks_; }
 
-    void Write(const PacketSource::Track& from, AVPacket& packet, const std::string& plain) {
+    void Write(const PacketSource::Track& from, AVPacket& packet, std::string& plain) {
         const auto number = static_cast<size_t>(packet.stream_index);
         tracks_[number].Add(plain);
         av_packet_rescale_ts(&packet, from.stream->time_base, streams_[number]->time_base);
@@ -160,7 +161,7 @@ std::vector<TrackBytes> WritePackets(int input, int output, int delay, const Pac
     PacketSource source(input, budget, delay);
     Sink sink(source, output);
     ForEachPacket(source, listener,
-                  [&](const PacketSource::Track& track, AVPacket& packet, const std::string& plain) {
+                  [&](const PacketSource::Track& track, AVPacket& packet, std::string& plain) {
                       sink.Write(track, packet, plain);
                   });
     for (const TrackBytes& track : sink.tracks())
@@ -204,7 +205,7 @@ void Convert(int input, int output, const PacketListener& listener, const Budget
         CheckCodecs(movie);
         if (output < 0) return;
         ReadSamples(movie, listener, budget);
-        Remux(input, output, {0, UINT64_MAX, false}, budget);
+        Remux(input, output, {0, UINT64_MAX, false, true}, budget);
         return;
     }
     if (output < 0) {
@@ -233,7 +234,7 @@ void ReadPackets(int input, const PacketListener& listener, const Budget& budget
         return;
     }
     PacketSource source(input, budget, PacketSource::kMostDelay);
-    ForEachPacket(source, listener, [](const PacketSource::Track&, AVPacket&, const std::string&) {});
+    ForEachPacket(source, listener, [](const PacketSource::Track&, AVPacket&, std::string&) {});
 }
 
 }  // namespace ovnxmedia

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "OvnxMedia.h"
+#include "libraries/ovnx-media/CodecMemory.h"
 #include "libraries/ovnx-media/Failure.h"
 #include "libraries/ovnx-media/convert/Convert.h"
 
@@ -30,6 +31,7 @@ int IsStopped(void* context) {
 template <typename Work>
 int32_t Run(const OvnxMediaPacketListener& listener, const Work& work) {
     try {
+        const ovnxmedia::CodecMemoryUse use(ovnxmedia::CodecMemoryUse::kForPackets);
         ovnxmedia::PacketListener to;
         if (listener.packet)
             to.onPacket = [&](uint32_t track, const char* bytes, size_t size) {

@@ -1,4 +1,4 @@
-// The digest by which an import knows a picture or a video again, whatever its metadata.
+// The SHA-256 digest of bytes that arrive in pieces.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,11 @@
 
 struct evp_md_ctx_st;
 
-namespace importing {
+namespace KXP {
 
-class PictureDigest {
+class Sha256 {
   public:
-    PictureDigest();  // throws std::runtime_error when there is no SHA-256
+    Sha256();  // throws std::runtime_error when the library has no such digest
     void Add(const char* bytes, size_t size);
     // Lower-case hexadecimal. Nothing can be added afterwards.
     std::string Finish();
@@ -23,4 +23,4 @@ class PictureDigest {
     std::unique_ptr<evp_md_ctx_st, Free> context_;
 };
 
-}  // namespace importing
+}  // namespace KXP

@@ -1,14 +1,14 @@
-#include "libraries/cobalix-util/cloud/Sha256.h"
+#include "libraries/digest/Sha256.h"
+
+#include <stdexcept>
 
 #include <openssl/evp.h>
 
-#include "libraries/cobalix-util/cloud/Error.h"
-
-namespace KXP::Cloud {
+namespace KXP {
 namespace {
 
 void Require(bool done) {
-    if (!done) throw Error("no SHA-256 to be had");
+    if (!done) throw std::runtime_error("SHA-256 is not available");
 }
 
 }  // namespace
@@ -37,4 +37,4 @@ std::string Sha256::Finish() {
     return text;
 }
 
-}  // namespace KXP::Cloud
+}  // namespace KXP
