@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "gallery-host/trash/Trash.h"
+#include "gallery-host/trash/linux/TrashFolders.h"
 #include "sample-captures/SampleGallery.h"
 #include "tests/host/HostRun.h"
 #include "tests/support/TempFolder.h"

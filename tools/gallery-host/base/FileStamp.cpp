@@ -4,16 +4,19 @@
 
 #include <sys/stat.h>
 
+#include "base/FileCalls.h"
+
 namespace host {
 
 FileStamp::FileStamp(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return;
-    device_ = status.st_dev;
+    device_ = static_cast<uint64_t>(status.st_dev);
     file_ = status.st_ino;
     size_ = status.st_size;
-    seconds_ = status.st_mtim.tv_sec;
-    nanoseconds_ = status.st_mtim.tv_nsec;
+    const timespec time = KXP::Platform::ModifiedTime(status);
+    seconds_ = time.tv_sec;
+    nanoseconds_ = time.tv_nsec;
 }
 
 bool FileStamp::operator!=(const FileStamp& other) const {

@@ -3,9 +3,9 @@
 #include <cerrno>
 #include <cstring>
 
-#include <fcntl.h>
 #include <unistd.h>
 
+#include "base/DescriptorCalls.h"
 #include "gallery-host/base/Failure.h"
 
 namespace host {
@@ -27,9 +27,9 @@ void OnBrokenPipe(int) {}
 }  // namespace
 
 Interrupt::Interrupt() {
-    if (pipe2(pipe_, O_CLOEXEC | O_NONBLOCK) != 0)
+    if (!KXP::Platform::OpenPipe(readable_, writable_))
         throw Failure(kExitFailed, std::string("cannot make a pipe: ") + std::strerror(errno));
-    pipeForHandlers = pipe_[1];
+    pipeForHandlers = writable_.get();
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         Handle(signal, OnSignal);
     Handle(SIGPIPE, OnBrokenPipe);
@@ -39,15 +39,13 @@ Interrupt::~Interrupt() {
     for (const Previous& previous : previous_)
         if (previous.signal) sigaction(previous.signal, &previous.action, nullptr);
     pipeForHandlers = -1;
-    close(pipe_[0]);
-    close(pipe_[1]);
 }
 
 bool Interrupt::Take() {
     char bytes[64];
     const int before = taken_;
     ssize_t got = 0;
-    while ((got = read(pipe_[0], bytes, sizeof bytes)) > 0)
+    while ((got = read(readable_.get(), bytes, sizeof bytes)) > 0)
         taken_ += static_cast<int>(got);
     return taken_ > before;
 }

@@ -8,6 +8,8 @@
 #include <array>
 #include <csignal>
 
+#include "base/FileDescriptor.h"
+
 namespace host {
 
 // Only one may exist at a time. A signal that the parent process ignored stays ignored.
@@ -19,7 +21,7 @@ class Interrupt {
     Interrupt& operator=(const Interrupt&) = delete;
 
     // Readable while there are signals to take.
-    int fd() const { return pipe_[0]; }
+    int fd() const { return readable_.get(); }
     // True if a signal has come since the last call.
     bool Take();
     // How many signals have come: after the second, the program leaves without waiting.
@@ -32,7 +34,8 @@ class Interrupt {
         int signal = 0;  // 0: untouched
         struct sigaction action {};
     };
-    int pipe_[2] = {-1, -1};
+    KXP::FileDescriptor readable_;
+    KXP::FileDescriptor writable_;
     std::array<Previous, 4> previous_;
     size_t handled_ = 0;
     int taken_ = 0;

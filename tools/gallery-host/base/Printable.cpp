@@ -1,9 +1,8 @@
 #include "gallery-host/base/Printable.h"
 
 #include <cstdint>
-#include <cwchar>
 
-#include <locale.h>
+#include "gallery-host/base/Columns.h"
 
 namespace host {
 namespace {
@@ -66,23 +65,6 @@ std::string JsonEscape(char32_t c) {
     return Escape('u', 0xD800 + (rest >> 10), 4) + Escape('u', 0xDC00 + (rest & 0x3FF), 4);
 }
 
-// The width tables follow the locale, and the user's may know ASCII only. For the calling thread alone.
-class Utf8Locale {
-  public:
-    Utf8Locale() {
-        static const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-        if (utf8) previous_ = uselocale(utf8);
-    }
-    ~Utf8Locale() {
-        if (previous_) uselocale(previous_);
-    }
-    Utf8Locale(const Utf8Locale&) = delete;
-    Utf8Locale& operator=(const Utf8Locale&) = delete;
-
-  private:
-    locale_t previous_ = nullptr;
-};
-
 }  // namespace
 
 std::string Printable(std::string_view text) {
@@ -101,10 +83,9 @@ std::string Printable(std::string_view text) {
 }
 
 size_t DisplayWidth(std::string_view printable) {
-    const Utf8Locale locale;
     size_t width = 0;
     while (!printable.empty()) {
-        const int columns = wcwidth(static_cast<wchar_t>(TakeCharacter(printable)));
+        const int columns = Platform::ColumnsOf(TakeCharacter(printable));
         width += columns < 0 ? 1 : static_cast<size_t>(columns);
     }
     return width;

@@ -1,9 +1,9 @@
 #include "gallery-host/base/UserEnvironment.h"
 
-#include <cstdlib>
 #include <vector>
 
 #include "common/system/System.h"
+#include "gallery-host/base/Desktop.h"
 
 namespace host {
 namespace {
@@ -28,10 +28,7 @@ void MoveHome(const std::string& home) {
     for (std::string& variable : copy.variables)
         copy.pointers.push_back(variable.data());
     copy.pointers.push_back(nullptr);
-    setenv("HOME", home.c_str(), 1);
-    setenv("XDG_DATA_HOME", (home + "/.local/share").c_str(), 1);
-    setenv("XDG_CONFIG_HOME", (home + "/.config").c_str(), 1);
-    setenv("XDG_CACHE_HOME", (home + "/.cache").c_str(), 1);
+    Platform::SetHome(home);
 }
 
 char* const* UserEnvironment() {

@@ -5,8 +5,8 @@
 
 namespace host {
 
-// HOME and the XDG folders of data, settings and caches lead into `home` from now on, for this program and
-// the plug-in. Call it before there are threads, because the environment has no lock.
+// The user's data, settings and caches are below `home` from now on, for this program and the plug-in. Call
+// it before there are threads, because the environment has no lock.
 void MoveHome(const std::string& home);
 
 // As it was at the start of this program, for posix_spawn. Any thread, after MoveHome.

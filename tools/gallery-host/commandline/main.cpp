@@ -14,9 +14,11 @@
 #include <unistd.h>
 
 #include "base/FreedMemory.h"
+#include "base/LibraryLoading.h"
 #include "gallery-host/base/Failure.h"
 #include "gallery-host/base/Interrupt.h"
 #include "gallery-host/base/Output.h"
+#include "gallery-host/base/Paths.h"
 #include "gallery-host/commandline/CommandLine.h"
 #include "gallery-host/debug/DebugModes.h"
 #include "gallery-host/debug/Trace.h"
@@ -54,9 +56,7 @@ struct Arguments {
 };
 
 std::string DefaultPlugin() {
-    std::error_code error;
-    const fs::path executable = fs::read_symlink("/proc/self/exe", error);
-    return (executable.parent_path().parent_path() / "Frameworks/plugins/Gallery/libGallery.so").string();
+    return InProduct("Frameworks/plugins/Gallery/libGallery") + KXP::Platform::kLibrarySuffix;
 }
 
 void AddGlobalOptions(CLI::App& app, Arguments& arguments) {

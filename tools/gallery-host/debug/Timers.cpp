@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include "base/FileCalls.h"
 #include "gallery-host/base/Output.h"
 #include "gallery-host/message/Envelope.h"
 
@@ -33,8 +34,8 @@ void Timers::PrintDelay(const KXP::Document& notification, Clock::time_point whe
     struct stat status {};
     if (path.empty() || stat(path.c_str(), &status) != 0) return;
     // A rename into place changes this time and not that of the content.
-    const auto changed =
-        std::chrono::seconds(status.st_ctim.tv_sec) + std::chrono::nanoseconds(status.st_ctim.tv_nsec);
+    const timespec time = KXP::Platform::ChangedTime(status);
+    const auto changed = std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
     Print("notified of " + path + " after its last change",
           when.time_since_epoch() - std::chrono::duration_cast<Clock::duration>(changed));
 }

@@ -5,16 +5,14 @@
 #include <cstdlib>
 #include <ctime>
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
+#include "common/system/System.h"
 #include "core/container/cef/ZvCefPlugin.h"
 #include "gallery-host/base/Output.h"
 
 namespace host {
 namespace {
 
-void TraceLine(std::chrono::system_clock::time_point when, pid_t thread, const char* what,
+void TraceLine(std::chrono::system_clock::time_point when, uint64_t thread, const char* what,
                std::string_view text) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(when);
     const auto ms =
@@ -23,15 +21,15 @@ void TraceLine(std::chrono::system_clock::time_point when, pid_t thread, const c
     gmtime_r(&seconds, &utc);
     char head[80];
     const size_t length = std::strftime(head, sizeof head, "%T", &utc);
-    std::snprintf(head + length, sizeof head - length, ".%03dZ thread %d %s ", static_cast<int>(ms), thread,
-                  what);
+    std::snprintf(head + length, sizeof head - length, ".%03dZ thread %llu %s ", static_cast<int>(ms),
+                  static_cast<unsigned long long>(thread), what);
     SayRaw(std::string(head).append(text));
 }
 
 }  // namespace
 
 void TraceOut(const std::string& envelope) {
-    TraceLine(std::chrono::system_clock::now(), static_cast<pid_t>(syscall(SYS_gettid)), "->", envelope);
+    TraceLine(std::chrono::system_clock::now(), KXP::Platform::ThreadNumber(), "->", envelope);
 }
 
 void TraceIn(const Event& event) {

@@ -4,12 +4,12 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 #include <unistd.h>
 
 #include "common/drives/Drives.h"
+#include "gallery-host/doctor/WatchLimit.h"
 #include "gallery-host/output/Words.h"
 
 namespace host {
@@ -85,16 +85,10 @@ size_t CountFolders(const std::string& path) {
     return count;
 }
 
-size_t ReadLimit(const std::string& name) {
-    size_t limit = 0;
-    std::ifstream("/proc/sys/fs/inotify/" + name) >> limit;
-    return limit;
-}
-
 // The watcher needs one watch for each folder.
 Finding CheckWatches(const std::string& gallery) {
     const size_t needed = CountFolders(gallery);
-    const size_t limit = ReadLimit("max_user_watches");
+    const size_t limit = Platform::WatchLimit();
     if (limit == 0) return {"watches", Health::kGood, "the system names no limit", {}, {}};
     const std::string text = Counted(needed, "folder") + " to watch of " + std::to_string(limit);
     if (needed <= limit / 2) return {"watches", Health::kGood, text, {}, {}};

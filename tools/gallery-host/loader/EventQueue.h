@@ -3,13 +3,13 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <deque>
 #include <optional>
 
-#include <sys/types.h>
-
 #include "base/SlabMemory.h"
 #include "common/threads/Mutex.h"
+#include "gallery-host/base/WakeUp.h"
 
 namespace host {
 
@@ -22,7 +22,7 @@ struct Event {
     Kind kind = Kind::kNotification;
     int code = 0;
     KXP::SlabString text;
-    pid_t thread = 0;
+    uint64_t thread = 0;  // by the system's number
     std::chrono::system_clock::time_point when;
 };
 
@@ -31,8 +31,7 @@ class EventQueue {
     // From here on Push waits, when a plug-in sends faster than the output is read.
     static constexpr size_t kMaxBytes = size_t{256} << 20;
 
-    EventQueue();  // throws Failure when the system has no descriptors left
-    ~EventQueue();
+    EventQueue() = default;  // throws Failure when the system has no descriptors left
     EventQueue(const EventQueue&) = delete;
     EventQueue& operator=(const EventQueue&) = delete;
 
@@ -41,10 +40,10 @@ class EventQueue {
     // The oldest event, if any.
     std::optional<Event> Take();
     // Readable while there are events.
-    int fd() const { return fd_; }
+    int fd() const { return wakeUp_.fd(); }
 
   private:
-    int fd_;
+    const WakeUp wakeUp_;
     KXP::Mutex mutex_;
     KXP::CondVar taken_;
     std::deque<Event> events_ GUARDED_BY(mutex_);

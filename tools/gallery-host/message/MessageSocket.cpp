@@ -12,6 +12,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "base/DescriptorCalls.h"
 #include "gallery-host/base/Output.h"
 
 namespace host {
@@ -34,10 +35,10 @@ sockaddr_un Address(const std::string& path) {
     return address;
 }
 
-int OpenSocket() {
-    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (fd < 0) Fail(errno);
-    return fd;
+KXP::FileDescriptor OpenSocket() {
+    KXP::FileDescriptor socket = KXP::Platform::OpenSocket(AF_UNIX, SOCK_DGRAM);
+    if (!socket.IsOpen()) Fail(errno);
+    return socket;
 }
 
 // Whether the folder is ours and nobody listens at its socket.
@@ -46,11 +47,9 @@ bool IsLeftOver(const std::string& folder) {
     if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid())
         return false;
     const sockaddr_un address = Address(folder + kName);
-    const int fd = OpenSocket();
-    const bool refused = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
-                         errno == ECONNREFUSED;
-    close(fd);
-    return refused;
+    const KXP::FileDescriptor socket = OpenSocket();
+    return connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
+           errno == ECONNREFUSED;
 }
 
 // Removes the folders of hosts that were killed.
@@ -86,26 +85,25 @@ void MessageSocket::Open() {
     if (!mkdtemp(folder.data())) Fail(errno);
     folder_ = folder;
     const sockaddr_un address = Address(folder_ + kName);
-    fd_ = OpenSocket();
-    if (bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) Fail(errno);
+    socket_ = OpenSocket();
+    if (bind(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) Fail(errno);
 }
 
 void MessageSocket::Close() {
-    if (fd_ >= 0) close(fd_);
-    fd_ = -1;
+    socket_ = {};
     std::error_code error;
     if (!folder_.empty()) fs::remove_all(folder_, error);
 }
 
 bool MessageSocket::HasMore() const {
-    pollfd waiting{fd_, POLLIN, 0};
-    return fd_ >= 0 && poll(&waiting, 1, 0) > 0;
+    pollfd waiting{fd(), POLLIN, 0};
+    return socket_.IsOpen() && poll(&waiting, 1, 0) > 0;
 }
 
 std::optional<std::string> MessageSocket::Take() {
-    std::string bytes(kMaxBytes, '\0');
-    // With this flag recv returns the whole length.
-    const ssize_t got = recv(fd_, bytes.data(), bytes.size(), MSG_TRUNC);
+    // With this flag recv returns the whole length, or at least one that shows that it is too long.
+    std::string bytes(kMaxBytes + 1, '\0');
+    const ssize_t got = recv(fd(), bytes.data(), bytes.size(), MSG_TRUNC);
     if (got < 0) return std::nullopt;
     const auto length = static_cast<size_t>(got);
     if (length > kMaxBytes) {

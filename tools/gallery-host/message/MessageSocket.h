@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "base/FileDescriptor.h"
+
 namespace host {
 
 class MessageSocket {
@@ -22,7 +24,7 @@ class MessageSocket {
     MessageSocket& operator=(const MessageSocket&) = delete;
 
     // Readable while there are messages; -1 when closed.
-    int fd() const { return fd_; }
+    int fd() const { return socket_.get(); }
     bool HasMore() const;
     // The oldest message, if there is one. One that is too long is reported and dropped.
     std::optional<std::string> Take();
@@ -32,7 +34,7 @@ class MessageSocket {
     void Close();
 
     std::string folder_;
-    int fd_ = -1;
+    KXP::FileDescriptor socket_;
 };
 
 }  // namespace host

@@ -11,12 +11,12 @@
 #include <unistd.h>
 
 #include "base/Places.h"
+#include "gallery-host/base/Desktop.h"
 #include "gallery-host/base/Failure.h"
 
 namespace host::page {
 namespace {
 
-constexpr const char* kBrowsers[] = {"chromium", "chromium-browser", "google-chrome-stable", "google-chrome"};
 constexpr std::chrono::seconds kTimeToClose{5};
 
 // An absolute path as a file: address.
@@ -48,11 +48,13 @@ std::vector<std::string> ArgumentsFor(const std::string& launchFile, uint16_t po
 
 std::string FindAppBrowser() {
     const char* const path = std::getenv("PATH");
-    for (const char* const name : kBrowsers) {
+    for (const std::string& name : Platform::AppBrowsers()) {
+        if (name[0] == '/' && access(name.c_str(), X_OK) == 0) return name;
         std::istringstream folders(path ? path : "/usr/bin");
-        for (std::string folder; std::getline(folders, folder, ':');) {
-            std::string file = folder + "/" + name;
-            if (folder.substr(0, 1) == "/" && access(file.c_str(), X_OK) == 0) return file;
+        for (std::string file; std::getline(folders, file, ':');) {
+            const bool isAbsolute = file.substr(0, 1) == "/";
+            file.append("/").append(name);
+            if (isAbsolute && access(file.c_str(), X_OK) == 0) return file;
         }
     }
     throw Failure(kExitFailed, "--app needs Chromium, which is not installed");

@@ -4,23 +4,10 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <linux/openat2.h>
-#include <sys/syscall.h>
-#include <unistd.h>
+
+#include "base/FileCalls.h"
 
 namespace host::page {
-namespace {
-
-// Fails instead of leaving `folder` or following a link, whatever happens to the names meanwhile.
-KXP::FileDescriptor OpenStrictly(const KXP::FileDescriptor& folder, const char* name) {
-    struct open_how how {};
-    // Opening a pipe would wait for its other end.
-    how.flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-    return KXP::FileDescriptor(static_cast<int>(syscall(SYS_openat2, folder.get(), name, &how, sizeof how)));
-}
-
-}  // namespace
 
 KXP::FileDescriptor OpenBeneath(const std::string& folder, const std::string& path, struct stat& status) {
     const bool below = !folder.empty() && path.size() > folder.size() + 1 &&
@@ -30,9 +17,11 @@ KXP::FileDescriptor OpenBeneath(const std::string& folder, const std::string& pa
         errno = EXDEV;
         return {};
     }
-    const KXP::FileDescriptor root(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const KXP::FileDescriptor root(open(folder.c_str(), KXP::Platform::kFolderForLookup | O_CLOEXEC));
     if (!root.IsOpen()) return {};
-    KXP::FileDescriptor file = OpenStrictly(root, path.c_str() + folder.size() + 1);
+    // Opening a pipe would wait for its other end.
+    constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
+    KXP::FileDescriptor file(KXP::Platform::OpenBeneath(root.get(), path.substr(folder.size() + 1), kFlags));
     if (!file.IsOpen()) return {};
     if (fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
     errno = EINVAL;

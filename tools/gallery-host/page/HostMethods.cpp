@@ -9,6 +9,7 @@
 
 #include "common/results/RetVal.h"
 #include "common/system/System.h"
+#include "gallery-host/base/Desktop.h"
 #include "gallery-host/base/UserEnvironment.h"
 #include "gallery-host/message/Envelope.h"
 #include "gallery-host/trash/LastTrashed.h"
@@ -27,8 +28,8 @@ constexpr const char* kPreferencesMember = "preferences";
 constexpr const char* kSuccess = "Success";
 
 // The shell leaves the opener behind, which may stay as long as what it opens.
-constexpr const char* kOpener =
-    "command -v xdg-open >/dev/null || exit 127; xdg-open \"$1\" </dev/null >/dev/null 2>&1 &";
+constexpr const char* kScript =
+    "command -v \"$1\" >/dev/null || exit 127; \"$1\" \"$2\" </dev/null >/dev/null 2>&1 &";
 
 std::string FolderOf(const std::string& path) {
     return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
@@ -135,7 +136,7 @@ bool OpenWithDesktop(const std::string& path) {
                              static_cast<short>(POSIX_SPAWN_SETSID | KXP::Platform::kSpawnCloses));
     // A program that stays would keep the server's port.
     KXP::Platform::CloseOtherDescriptors(&actions);
-    const char* const argv[] = {"sh", "-c", kOpener, "sh", path.c_str(), nullptr};
+    const char* const argv[] = {"sh", "-c", kScript, "sh", Platform::kOpener, path.c_str(), nullptr};
     pid_t pid = -1;
     const int error = posix_spawn(&pid, "/bin/sh", &actions, &attributes, const_cast<char* const*>(argv),
                                   UserEnvironment());

@@ -4,8 +4,8 @@
 #include <functional>
 #include <vector>
 
-#include "base/FileDescriptor.h"
 #include "common/threads/Mutex.h"
+#include "gallery-host/base/WakeUp.h"
 
 namespace host::page {
 
@@ -13,18 +13,18 @@ class Mailbox {
   public:
     using Task = std::function<void()>;
 
-    Mailbox();  // throws Failure when the system has no descriptors left
+    Mailbox() = default;  // throws Failure when the system has no descriptors left
 
     // From any thread.
     void Post(Task task) EXCLUDES(mutex_);
 
     // Readable while there are tasks.
-    int fd() const { return fd_.get(); }
+    int fd() const { return wakeUp_.fd(); }
     // Runs, on the calling thread, all that is there.
     void RunAll() EXCLUDES(mutex_);
 
   private:
-    const KXP::FileDescriptor fd_;
+    const WakeUp wakeUp_;
     KXP::Mutex mutex_;
     std::vector<Task> tasks_ GUARDED_BY(mutex_);
 };

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/FileCalls.h"
 #include "base/ReadWrite.h"
 #include "gallery-host/page/ByteRange.h"
 
@@ -25,11 +26,12 @@ const char* TypeOf(const Capture& capture, const KXP::FileDescriptor& file) {
 
 // Any write to the file changes it.
 std::string TagOf(const struct stat& status) {
+    const timespec time = KXP::Platform::ModifiedTime(status);
     char tag[96];
     std::snprintf(
         tag, sizeof tag, "\"%llx-%llx-%llx-%llx.%lx\"", static_cast<unsigned long long>(status.st_dev),
         static_cast<unsigned long long>(status.st_ino), static_cast<unsigned long long>(status.st_size),
-        static_cast<unsigned long long>(status.st_mtim.tv_sec), status.st_mtim.tv_nsec);
+        static_cast<unsigned long long>(time.tv_sec), time.tv_nsec);
     return tag;
 }
 

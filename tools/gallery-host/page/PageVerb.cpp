@@ -2,8 +2,7 @@
 
 #include <vector>
 
-#include <malloc.h>
-
+#include "base/FreedMemory.h"
 #include "gallery-host/base/Paths.h"
 #include "gallery-host/message/MessageSocket.h"
 #include "gallery-host/page/AppWindow.h"
@@ -29,14 +28,6 @@ void RunBus(LibraryBus& bus) {
     } catch (const Failure& failure) {
         if (failure.status() != kExitInterrupted) throw;
     }
-}
-
-// A list of all captures takes tens of megabytes for a moment. Left to themselves, the allocator's pools
-// would keep as much in each thread that has once handled one.
-void ReturnLargeBlocks() {
-    constexpr int kLargeBlock = 1 << 20;
-    mallopt(M_MMAP_THRESHOLD, kLargeBlock);
-    mallopt(M_ARENA_MAX, 2);
 }
 
 struct Prepared {
@@ -74,7 +65,8 @@ void RunPage(Session& session, Output& output, Prepared& prepared) {
 }  // namespace
 
 std::function<void(Session&, Output&)> PreparePage(const PageOptions& options) {
-    ReturnLargeBlocks();
+    // A list of all captures takes tens of megabytes for a moment.
+    KXP::Platform::ReturnLargeBlocks();
     const auto prepared = std::make_shared<Prepared>(options);
     return [prepared](Session& session, Output& output) { RunPage(session, output, *prepared); };
 }

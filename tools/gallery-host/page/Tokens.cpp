@@ -9,6 +9,7 @@
 #include <utility>
 
 #include <openssl/crypto.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

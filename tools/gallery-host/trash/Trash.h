@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "gallery-host/trash/TrashFolders.h"
-
 namespace host {
 
 // Moves a file to the trash of its volume, from which any file manager can restore it. Returns the reason
@@ -14,16 +12,15 @@ std::string MoveToTrash(const std::string& path);
 
 struct TrashedFile {
     std::string path;     // where it was, below the gallery's folder
-    std::string deleted;  // local time, see TrashInfo.h
+    std::string deleted;  // local time, "2021-03-07T14:05:09"; empty when it is unknown
     std::string file;     // where it is
     std::string info;     // the file that says so
 };
 
 // The files in all trash folders of this user that were in the gallery, whoever put them there; those that
-// were deleted last come first. Trash folders on network drives are read only if the gallery is there.
+// were deleted last come first. Trash folders on network drives are read only if the gallery is there. None
+// where the system keeps to itself where such files were.
 std::vector<TrashedFile> ListTrashed(const std::string& gallery);
-// The same for trash folders in particular.
-std::vector<TrashedFile> ListTrashed(const std::string& gallery, const std::vector<TrashFolder>& folders);
 
 // Moves a file back to where it was, and makes its folder anew if need be. Returns the reason when it cannot,
 // such as another file in its place; it then stays in the trash.

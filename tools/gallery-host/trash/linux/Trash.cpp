@@ -1,6 +1,7 @@
 #include "gallery-host/trash/Trash.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -10,13 +11,17 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "base/FileCalls.h"
 #include "base/FolderReader.h"
 #include "base/Path.h"
 #include "base/ReadWrite.h"
 #include "base/Text.h"
-#include "gallery-host/trash/TrashInfo.h"
+#include "common/files/FileUtil.h"
+#include "common/results/RetVal.h"
+#include "gallery-host/trash/linux/TrashFolders.h"
+#include "gallery-host/trash/linux/TrashInfo.h"
 
 namespace host {
 namespace {
@@ -42,23 +47,47 @@ bool Climbs(const std::string& path) {
     return ("/" + path + "/").find("/../") != std::string::npos;
 }
 
-// The gallery's folder by the name that the record has, and by the one that volumes' trash folders have.
-struct Gallery {
-    explicit Gallery(const std::string& path) : name(KXP::WithoutSlash(path)) {
-        std::error_code error;
-        real = fs::canonical(name, error).string();
-        if (error) real = name;
+// The gallery's folder by the name that the record has, and by the one that volumes' trash folders have; its
+// games may be links to folders of other volumes.
+class Gallery {
+  public:
+    explicit Gallery(const std::string& path) {
+        const std::string name = KXP::WithoutSlash(path);
+        roots_.push_back({name, name});
+        Add(name);
+        KXP::FolderReader reader(name);
+        while (reader.Next())
+            if (reader.IsLink() && reader.Kind() == KXP::EntryKind::Folder) Add(name + "/" + reader.Name());
     }
 
     // The path by the record's name, or an empty text for one outside.
     std::string PathIn(const std::string& path) const {
         if (Climbs(path) || !KXP::IsValidUtf8(path)) return {};
-        if (IsBelow(name, path)) return path;
-        return IsBelow(real, path) ? name + path.substr(real.size()) : std::string();
+        for (const Root& root : roots_)
+            if (IsBelow(root.real, path)) return root.name + path.substr(root.real.size());
+        return {};
     }
 
-    std::string name;
-    std::string real;
+    std::vector<std::string> Folders() const {
+        std::vector<std::string> folders;
+        for (const Root& root : roots_)
+            folders.push_back(root.real);
+        return folders;
+    }
+
+  private:
+    struct Root {
+        std::string name;
+        std::string real;
+    };
+
+    void Add(const std::string& name) {
+        std::error_code error;
+        const std::string real = fs::canonical(name, error).string();
+        if (!error) roots_.push_back({name, real});
+    }
+
+    std::vector<Root> roots_;
 };
 
 bool ReadInfo(int folder, const char* name, TrashInfo& info) {
@@ -91,14 +120,27 @@ void AddFrom(const TrashFolder& trash, const Gallery& gallery, std::vector<Trash
 
 std::string RestoringFailed(int error) {
     if (error == EEXIST) return "another file is in its place";
-    if (error == EXDEV) return "its trash is on another volume, from which a file manager can restore it";
     return std::string("cannot be restored: ") + std::strerror(error);
+}
+
+// From the trash of another volume. Returns the reason when it cannot.
+std::string CopyBack(const TrashedFile& trashed) {
+    struct stat there {};
+    if (lstat(trashed.path.c_str(), &there) == 0) return RestoringFailed(EEXIST);
+    errno = 0;
+    if (KXP::FileCopyNew(trashed.file, trashed.path, std::atomic<bool>(false)) != KXP::Code::kOk)
+        return RestoringFailed(errno != 0 ? errno : EIO);
+    std::error_code error;
+    fs::last_write_time(trashed.path, fs::last_write_time(trashed.file, error), error);
+    const KXP::FileDescriptor copy = KXP::OpenForRead(trashed.path);
+    if (!copy.IsOpen() || !KXP::Platform::MakeDurable(copy.get())) return RestoringFailed(errno);
+    return unlink(trashed.file.c_str()) == 0 ? std::string() : RestoringFailed(errno);
 }
 
 }  // namespace
 
 std::vector<TrashedFile> ListTrashed(const std::string& gallery) {
-    return ListTrashed(gallery, FindTrashFolders(Gallery(gallery).real));
+    return ListTrashed(gallery, FindTrashFolders(Gallery(gallery).Folders()));
 }
 
 std::vector<TrashedFile> ListTrashed(const std::string& gallery, const std::vector<TrashFolder>& folders) {
@@ -116,8 +158,10 @@ std::string Restore(const TrashedFile& trashed) {
     std::error_code error;
     fs::create_directories(KXP::ParentOf(trashed.path), error);
     if (error) return RestoringFailed(error.value());
-    if (!KXP::Platform::RenameNoReplace(AT_FDCWD, trashed.file, AT_FDCWD, trashed.path))
-        return RestoringFailed(errno);
+    if (!KXP::Platform::RenameNoReplace(AT_FDCWD, trashed.file, AT_FDCWD, trashed.path)) {
+        std::string failure = errno == EXDEV ? CopyBack(trashed) : RestoringFailed(errno);
+        if (!failure.empty()) return failure;
+    }
     // Without its file it means nothing, to whatever program.
     fs::remove(trashed.info, error);
     return {};

@@ -1,4 +1,4 @@
-#include "gallery-host/trash/TrashInfo.h"
+#include "gallery-host/trash/linux/TrashInfo.h"
 
 #include <algorithm>
 #include <cctype>

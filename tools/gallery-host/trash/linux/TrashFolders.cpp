@@ -1,5 +1,6 @@
-#include "gallery-host/trash/TrashFolders.h"
+#include "gallery-host/trash/linux/TrashFolders.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -18,8 +19,10 @@ bool IsOwnFolder(const std::string& path) {
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
 }
 
-bool Holds(const std::string& mount, const std::string& path) {
-    return mount == "/" || (path + "/").compare(0, mount.size() + 1, mount + "/") == 0;
+bool HoldsAny(const std::string& mount, const std::vector<std::string>& paths) {
+    return std::any_of(paths.begin(), paths.end(), [&](const std::string& path) {
+        return mount == "/" || (path + "/").compare(0, mount.size() + 1, mount + "/") == 0;
+    });
 }
 
 void Add(std::vector<TrashFolder>& folders, std::string path, std::string top) {
@@ -28,21 +31,21 @@ void Add(std::vector<TrashFolder>& folders, std::string path, std::string top) {
 
 }  // namespace
 
-std::vector<TrashFolder> FindTrashFolders(const std::string& gallery) {
-    std::vector<TrashFolder> folders;
+std::vector<TrashFolder> FindTrashFolders(const std::vector<std::string>& folders) {
+    std::vector<TrashFolder> found;
     const std::string data = KXP::Platform::AppSupportFolder();
-    Add(folders, data + "/Trash", data);
+    Add(found, data + "/Trash", data);
     std::map<std::string, std::string> drives;
-    KXP::EnumDrives({gallery}, drives);
+    KXP::EnumDrives(folders, drives);
     const std::string user = std::to_string(geteuid());
     for (const auto& [mount, word] : drives) {
         // Most reserved ones hold no files of users; a dead server would keep us waiting.
-        if ((word == "reserved" || word == "network") && !Holds(mount, gallery)) continue;
+        if ((word == "reserved" || word == "network") && !HoldsAny(mount, folders)) continue;
         const std::string trash = (mount == "/" ? "" : mount) + "/.Trash";
         for (const char* separator : {"/", "-"})
-            Add(folders, std::string(trash).append(separator).append(user), mount);
+            Add(found, std::string(trash).append(separator).append(user), mount);
     }
-    return folders;
+    return found;
 }
 
 }  // namespace host
