@@ -1,8 +1,15 @@
-# cmake -DREADELF=... -DLIBRARIES=... [-DALSO=...] -P CheckNoCodecs.cmake: none of the libraries links a codec, or
-# a library that the expression ALSO matches.
+# cmake -DREADER=... -DLIBRARIES=... [-DALSO=...] -P CheckNoCodecs.cmake: none of the libraries links a codec, or
+# a library that the expression ALSO matches. READER is readelf, or otool for libraries of macOS.
 foreach(library IN LISTS LIBRARIES)
-  execute_process(COMMAND "${READELF}" --dynamic "${library}" OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
-  string(REGEX MATCHALL "Shared library: [^\n]*" needed "${dynamic}")
+  if(library MATCHES "\\.dylib$")
+    set(option -L)
+    set(line "\t[^\n]*compatibility version")
+  else()
+    set(option --dynamic)
+    set(line "Shared library: [^\n]*")
+  endif()
+  execute_process(COMMAND "${READER}" ${option} "${library}" OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "${line}" needed "${dynamic}")
   if(NOT needed)
     message(FATAL_ERROR "${library} links nothing at all")
   endif()

@@ -9,11 +9,15 @@ set(PRODUCT_PAGE_DIR "${PRODUCT_ROOT}/Contents/Resources/page")
 
 # stage_target(<target> <folder> [<run path>]): the target is built into <folder> of the product root.
 function(stage_target target folder)
+  set(run_path "${ARGN}")
+  if(APPLE)
+    string(REPLACE "$ORIGIN" "@loader_path" run_path "${run_path}")
+  endif()
   set_target_properties(${target} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY "${folder}"
     LIBRARY_OUTPUT_DIRECTORY "${folder}"
     BUILD_WITH_INSTALL_RPATH ON
-    INSTALL_RPATH "${ARGN}")
+    INSTALL_RPATH "${run_path}")
   if(GALLERY_SMALL AND NOT APPLE)
     move_debug_information(${target})
   endif()
@@ -33,6 +37,11 @@ function(move_debug_information target)
     BYPRODUCTS "${folder}/${name}.debug"
     VERBATIM)
 endfunction()
+
+# What macOS asks of a bundle.
+if(APPLE)
+  configure_file("${CMAKE_CURRENT_LIST_DIR}/apple/Info.plist.in" "${PRODUCT_ROOT}/Contents/Info.plist" @ONLY)
+endif()
 
 # stage_data(<target>): <target> copies the product's data files into the root.
 function(stage_data target)

@@ -6,11 +6,17 @@
 #include <string>
 
 struct stat;
+struct timespec;
 
 namespace KXP::Platform {
 
 // For open: a folder that is only the start of other calls' paths, which needs no right to read it.
 extern const int kFolderForLookup;
+
+// Opens a path below an open folder, or below one that is open for lookup, with the flags of open. Fails
+// instead of leaving the folder or following a link, whatever happens to the names meanwhile. Returns -1 with
+// errno set: EXDEV or ELOOP for a path that does either.
+int OpenBeneath(int folder, const std::string& path, int flags);
 
 // The path of an open file or folder as it is at this moment, without links in it; empty when it is unknown.
 std::string PathOf(int fd);
@@ -19,7 +25,11 @@ std::string PathOf(int fd);
 // false too where it would have to ask one.
 bool IsKnownFolder(const std::string& path);
 
-// When the content last changed, in nanoseconds since 1970.
+// When the content last changed, and when anything of the file did, its name among it.
+timespec ModifiedTime(const struct stat& status);
+timespec ChangedTime(const struct stat& status);
+
+// The first of them in nanoseconds since 1970.
 int64_t ModifiedNs(const struct stat& status);
 
 // Whether the volume of an existing path gives a file the same inode number each time it is mounted.
@@ -29,6 +39,8 @@ bool KeepsInodes(const std::string& path);
 bool MakeDurable(int fd);
 // The same for everything that was written to the volume of the file or folder.
 bool MakeVolumeDurable(int fd);
+// The same for the names in a folder that is open for reading.
+bool MakeNamesDurable(int folder);
 
 // Gives the file disk space for `size` bytes, at least one, and at least that length. The content stays and
 // zero bytes follow it. False when there is no room; the length may then have grown.
@@ -43,6 +55,8 @@ bool RenameNoReplace(int fromFolder, const std::string& from, int toFolder, cons
 // volumes that can share blocks the two files then share them. Returns the number of bytes, or less than 1 at
 // the end of the file and where this cannot be done.
 int64_t CopyFileRange(int from, uint64_t position, int to, uint64_t target, size_t size);
+// Begins to read the first bytes of a file into memory, without waiting.
+void StartReading(int fd, uint64_t size);
 // Begins to write what the file has in memory to its disk, without waiting.
 void StartWriteback(int fd);
 

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <string_view>
 
@@ -14,6 +16,14 @@ namespace KXP::Platform {
 
 const int kFolderForLookup = O_SEARCH;
 
+int OpenBeneath(int folder, const std::string& path, int flags) {
+    const bool leaves =
+        path.empty() || path[0] == '/' || ("/" + path + "/").find("/../") != std::string::npos;
+    if (!leaves) return openat(folder, path.c_str(), flags | O_NOFOLLOW_ANY);
+    errno = EXDEV;
+    return -1;
+}
+
 std::string PathOf(int fd) {
     char path[MAXPATHLEN];
     return fcntl(fd, F_GETPATH, path) == 0 ? path : "";
@@ -21,6 +31,14 @@ std::string PathOf(int fd) {
 
 bool IsKnownFolder(const std::string&) {
     return false;
+}
+
+timespec ModifiedTime(const struct stat& status) {
+    return status.st_mtimespec;
+}
+
+timespec ChangedTime(const struct stat& status) {
+    return status.st_ctimespec;
 }
 
 int64_t ModifiedNs(const struct stat& status) {
@@ -43,6 +61,10 @@ bool MakeVolumeDurable(int fd) {
     // The system writes all, and then the drive.
     sync();
     return MakeDurable(fd);
+}
+
+bool MakeNamesDurable(int folder) {
+    return MakeDurable(folder);
 }
 
 bool ReserveFileSpace(int fd, int64_t size) {
@@ -74,6 +96,11 @@ int64_t CopyFileRange(int, uint64_t, int, uint64_t, size_t) {
     // The system clones whole files by name, which cannot be stopped half-way.
     errno = ENOTSUP;
     return -1;
+}
+
+void StartReading(int fd, uint64_t size) {
+    radvisory start{0, static_cast<int>(std::min<uint64_t>(size, INT_MAX))};
+    (void)fcntl(fd, F_RDADVISE, &start);
 }
 
 void StartWriteback(int) {}

@@ -33,6 +33,13 @@ constexpr unsigned kNumbersAnew[] = {
 
 const int kFolderForLookup = O_PATH | O_DIRECTORY;
 
+int OpenBeneath(int folder, const std::string& path, int flags) {
+    open_how how{};
+    how.flags = static_cast<uint64_t>(flags);
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+    return static_cast<int>(syscall(SYS_openat2, folder, path.c_str(), &how, sizeof how));
+}
+
 std::string PathOf(int fd) {
     char path[PATH_MAX];
     const ssize_t size = readlink(("/proc/self/fd/" + std::to_string(fd)).c_str(), path, sizeof path);
@@ -48,6 +55,14 @@ bool IsKnownFolder(const std::string& path) {
     // Kernels before 5.12 refuse this, and so do some sandboxes.
     return FileDescriptor(static_cast<int>(syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)))
         .IsOpen();
+}
+
+timespec ModifiedTime(const struct stat& status) {
+    return status.st_mtim;
+}
+
+timespec ChangedTime(const struct stat& status) {
+    return status.st_ctim;
 }
 
 int64_t ModifiedNs(const struct stat& status) {
@@ -67,6 +82,10 @@ bool MakeDurable(int fd) {
 
 bool MakeVolumeDurable(int fd) {
     return syncfs(fd) == 0;
+}
+
+bool MakeNamesDurable(int folder) {
+    return fsync(folder) == 0;
 }
 
 bool ReserveFileSpace(int fd, int64_t size) {
@@ -94,6 +113,10 @@ int64_t CopyFileRange(int from, uint64_t position, int to, uint64_t target, size
     auto in = static_cast<off_t>(position);
     auto out = static_cast<off_t>(target);
     return copy_file_range(from, &in, to, &out, size, 0);
+}
+
+void StartReading(int fd, uint64_t size) {
+    (void)posix_fadvise(fd, 0, static_cast<off_t>(size), POSIX_FADV_WILLNEED);
 }
 
 void StartWriteback(int fd) {

@@ -287,8 +287,9 @@ bool JSONFile::Stamp::operator==(const Stamp& other) const {
 bool JSONFile::ReadStamp(Stamp& stamp) const {
     struct stat status {};
     if (stat(path_.c_str(), &status) != 0) return false;
-    stamp = {status.st_dev, status.st_ino, static_cast<uint64_t>(status.st_size), status.st_mtim.tv_sec,
-             status.st_mtim.tv_nsec};
+    const timespec time = Platform::ModifiedTime(status);
+    stamp = {static_cast<uint64_t>(status.st_dev), status.st_ino, static_cast<uint64_t>(status.st_size),
+             time.tv_sec, time.tv_nsec};
     return true;
 }
 

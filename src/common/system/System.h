@@ -45,6 +45,9 @@ namespace Platform {
 // The environment of this process, as posix_spawn takes it.
 char** Environment();
 
+// The number by which the system knows the calling thread.
+uint64_t ThreadNumber();
+
 // A descriptor that becomes readable when the process has ended; -1 for one that was already waited for.
 int OpenExitDescriptor(pid_t pid);
 

@@ -4,6 +4,7 @@
 
 #include "OvnxMedia.h"
 #include "libraries/ovnx-media/CodecMemory.h"
+#include "libraries/ovnx-media/FileKind.h"
 #include "libraries/ovnx-media/PngWriter.h"
 #include "libraries/ovnx-media/SharedThumbnail.h"
 #include "libraries/ovnx-media/Still.h"
@@ -56,7 +57,7 @@ void GiveAsPng(const Picture& picture, OvnxMediaPicture& given) {
 template <typename Decode>
 int32_t MakePicture(int fd, const OvnxMediaRequest& request, OvnxMediaPicture& picture, Decode decode) {
     return StatusOf(request, [&] {
-        const CodecMemoryUse use;
+        const CodecMemoryUse use(CodecMemoryUse::kForPictures);
         const Size box{std::clamp(request.width, 1U, kMaxSide), std::clamp(request.height, 1U, kMaxSide)};
         GiveAsPng(decode(fd, box, Budget(Budget::kLimit, request.stop, request.context)), picture);
     });

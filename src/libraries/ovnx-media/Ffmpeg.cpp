@@ -37,10 +37,11 @@ void IoFreed::operator()(AVIOContext* io) const {
 
 IoOwner MakeIo(bool writes, void* opaque, int (*read)(void*, uint8_t*, int),
                int (*write)(void*, uint8_t*, int), int64_t (*seek)(void*, int64_t, int)) {
-    constexpr int kBufferSize = 32768;
-    auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
+    // A reader jumps about and may need little of each piece; a writer goes from the first byte to the last.
+    const int size = writes ? 1 << 18 : 1 << 15;
+    auto* buffer = static_cast<unsigned char*>(av_malloc(static_cast<size_t>(size)));
     if (!buffer) throw std::bad_alloc();
-    IoOwner io(avio_alloc_context(buffer, kBufferSize, writes ? 1 : 0, opaque, read, write, seek));
+    IoOwner io(avio_alloc_context(buffer, size, writes ? 1 : 0, opaque, read, write, seek));
     if (io) return io;
     av_free(buffer);
     throw std::bad_alloc();

@@ -7,10 +7,6 @@
 namespace ovnxmedia {
 namespace {
 
-// Of an MPEG transport stream, also with a time stamp ahead of each packet.
-constexpr size_t kPacket = 188;
-constexpr size_t kStamp = 4;
-
 // Tables of samples and the like may name other files, which are never opened.
 int RefuseFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
     return AVERROR(EPERM);
@@ -23,23 +19,6 @@ std::string TextOf(int error) {
 }
 
 }  // namespace
-
-const char* DemuxerOf(std::string_view start) {
-    if (start.substr(0, 4) == "\x1A\x45\xDF\xA3") return "matroska";
-    // The first boxes of this family; files older than "ftyp" begin with one of the others.
-    for (const char* type : {"ftyp", "moov", "mdat", "wide", "free", "skip"})
-        if (start.size() >= kStartSize && start.substr(4, 4) == type) return "mov";
-    return nullptr;
-}
-
-const char* AnyDemuxerOf(std::string_view start) {
-    if (const char* const known = DemuxerOf(start)) return known;
-    if (start.substr(0, 4) == "FLV\x01") return "flv";
-    if (start.size() < kLongStartSize) return nullptr;
-    const bool isPlain = start[0] == 'G' && start[kPacket] == 'G';
-    const bool isStamped = start[kStamp] == 'G' && start[2 * kStamp + kPacket] == 'G';
-    return isPlain || isStamped ? "mpegts" : nullptr;
-}
 
 MediaInput::MediaInput(int fd, const Budget& budget, Limits limits, Trust trust,
                        const char* (*demuxerOf)(std::string_view))

@@ -11,19 +11,11 @@
 
 #include "libraries/ovnx-media/Budget.h"
 #include "libraries/ovnx-media/Ffmpeg.h"
+#include "libraries/ovnx-media/FileKind.h"
 #include "libraries/ovnx-media/SampleTally.h"
 #include "libraries/ovnx-media/SourceFile.h"
 
 namespace ovnxmedia {
-
-// The name of the demuxer for a file with these first bytes, of which kStartSize suffice; null when there is
-// none.
-constexpr size_t kStartSize = 8;
-const char* DemuxerOf(std::string_view start);
-
-// The same also for Flash video and MPEG transport streams, for which it takes kLongStartSize.
-constexpr size_t kLongStartSize = 400;
-const char* AnyDemuxerOf(std::string_view start);
 
 class MediaInput {
   public:

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
-#include <utility>
 
+#include "libraries/ovnx-media/FrameChoice.h"
 #include "libraries/ovnx-media/FrameScaler.h"
 #include "libraries/ovnx-media/KeyframeDecoder.h"
 #include "libraries/ovnx-media/MediaInput.h"
@@ -17,31 +16,10 @@ extern "C" {
 namespace ovnxmedia {
 namespace {
 
-constexpr int kTries = 5;
 // Keyframes are looked for among this much at most.
 constexpr MediaInput::Limits kLimits{512u << 20, 100000};
-// The mean distance from the mean, out of 255, below which a picture is nearly one colour: a line of text on
-// black stays below.
-constexpr double kNearlyOneColour = 6;
 // The furthest from square that pixels are believed to be.
 constexpr double kMostOblong = 8;
-
-double Variety(const Picture& picture) {
-    double variety = 0;
-    const size_t pixels = picture.samples.size() / 3;
-    for (size_t channel = 0; channel < 3; ++channel) {
-        std::array<uint64_t, 256> counts{};
-        uint64_t sum = 0;
-        for (size_t at = channel; at < picture.samples.size(); at += 3)
-            ++counts[picture.samples[at]], sum += picture.samples[at];
-        const double mean = static_cast<double>(sum) / static_cast<double>(pixels);
-        double distance = 0;
-        for (size_t value = 0; value < counts.size(); ++value)
-            distance += static_cast<double>(counts[value]) * std::abs(static_cast<double>(value) - mean);
-        variety = std::max(variety, distance / static_cast<double>(pixels));
-    }
-    return variety;
-}
 
 unsigned QuarterTurns(const AVStream& stream) {
     size_t size = 0;
@@ -117,20 +95,12 @@ Picture DecodeVideoFrame(int fd, Size box, const Budget& budget) {
     StartAtTenth(input, stream);
     const PacketOwner packet = MakePacket();
     const FrameOwner frame = MakeFrame();
-    Picture best;
-    double most = -1;
-    for (int tries = 0; tries < kTries && most < kNearlyOneColour && NextKeyframe(input, stream, *packet);
-         ++tries) {
+    FrameChoice choice;
+    while (choice.WantsAnother() && NextKeyframe(input, stream, *packet)) {
         budget.Check();
-        if (!decoder.Decode(*packet, *frame)) continue;
-        Picture picture = ScaleFrame(*frame, scaled);
-        const double variety = Variety(picture);
-        if (variety <= most) continue;
-        most = variety;
-        best = std::move(picture);
+        if (decoder.Decode(*packet, *frame)) choice.Offer(ScaleFrame(*frame, scaled));
     }
-    if (most < 0) throw Failure(OVNX_MEDIA_DAMAGED, "none of the video's keyframes can be decoded");
-    return Turned(std::move(best), turns);
+    return Turned(choice.Take(), turns);
 }
 
 }  // namespace ovnxmedia

@@ -6,29 +6,12 @@
 #include <cstdlib>
 #include <memory>
 
+#include "base/apple/Owned.h"
 #include "common/drives/Drives.h"
 #include "common/results/RetVal.h"
 
 namespace KXP {
 namespace {
-
-// Releases what a "create" or "copy" function returned.
-template <typename T>
-class Owned {
-  public:
-    explicit Owned(T reference) : reference_(reference) {}
-    ~Owned() {
-        if (reference_) CFRelease(reference_);
-    }
-    Owned(const Owned&) = delete;
-    Owned& operator=(const Owned&) = delete;
-
-    explicit operator bool() const { return reference_ != nullptr; }
-    T get() const { return reference_; }
-
-  private:
-    const T reference_;
-};
 
 // A query that fails leaves nothing, which reads as false.
 bool VolumeSays(const std::string& path, NSURLResourceKey key) {

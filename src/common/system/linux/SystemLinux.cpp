@@ -55,6 +55,10 @@ char** Environment() {
     return environ;
 }
 
+uint64_t ThreadNumber() {
+    return static_cast<uint64_t>(syscall(SYS_gettid));
+}
+
 int OpenExitDescriptor(pid_t pid) {
     // The C library's declaration of the call is not one for C++.
     return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));

@@ -2,7 +2,7 @@
 
 namespace ovnxmedia {
 
-CodecMemoryUse::CodecMemoryUse() noexcept = default;
+CodecMemoryUse::CodecMemoryUse(size_t) noexcept {}
 CodecMemoryUse::~CodecMemoryUse() = default;
 
 }  // namespace ovnxmedia

@@ -16,12 +16,13 @@ namespace {
 constexpr size_t kRoomForMore = 8192;
 constexpr size_t kPiece = 1u << 20;
 
-// Files without a type are movies of the format's first form.
-std::string OldFileType() {
-    std::string content = "qt  ";
+constexpr std::string_view kFirstForm = "qt  ";
+
+std::string FileType(std::string_view main, std::string_view others) {
+    std::string content(main);
     AppendNumber(content, 4, 0);
     std::string box;
-    AppendBox(box, "ftyp", content + "qt  ");
+    AppendBox(box, "ftyp", content.append(others));
     return box;
 }
 
@@ -106,11 +107,19 @@ std::string MediaHeader(uint64_t size) {
 
 }  // namespace
 
+// Files without a type are movies of the first form.
+std::string FileTypeOf(const MovieFile& source, bool asMp4) {
+    const bool isFirstForm =
+        source.fileType.empty() || std::string_view(source.fileType).substr(8, 4) == kFirstForm;
+    if (asMp4 && isFirstForm) return FileType("mp42", "mp42isomqt  ");
+    return source.fileType.empty() ? FileType(kFirstForm, kFirstForm) : source.fileType;
+}
+
 MediaPlace WriteClip(SourceMovie& source, const std::vector<ClipTrack>& tracks, const ChunkPlan& plan,
-                     const ShownRange& range, int output, const Budget& budget) {
+                     const ShownRange& range, std::string_view fileType, int output, const Budget& budget) {
     CheckPlaces(source.file(), tracks);
     const MovieFile& boxes = source.boxes();
-    std::string start = (boxes.fileType.empty() ? OldFileType() : boxes.fileType) + boxes.inFront;
+    std::string start = std::string(fileType) + boxes.inFront;
     std::string end;
     AppendBox(end, "free", std::string(kRoomForMore, '\0'));
     end += MediaHeader(plan.size);

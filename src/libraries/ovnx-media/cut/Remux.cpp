@@ -1,6 +1,7 @@
 #include "libraries/ovnx-media/cut/Remux.h"
 
 #include <algorithm>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -37,7 +38,8 @@ uint32_t Remux(int input, int output, const ClipRange& range, const Budget& budg
     if (!hasVideo) throw Failure(OVNX_MEDIA_EMPTY_RANGE, "the range is after the end");
     const ChunkPlan plan = PlanChunks(tracks);
     const ShownRange shown{static_cast<uint64_t>(std::max<int64_t>(start.In(kTicks), 0)), range.end};
-    const MediaPlace place = WriteClip(source, tracks, plan, shown, output, budget);
+    const std::string type = FileTypeOf(source.boxes(), range.asMp4);
+    const MediaPlace place = WriteClip(source, tracks, plan, shown, type, output, budget);
     CheckClip(source, tracks, plan, place, output, budget);
     return static_cast<uint32_t>(source.tracks().size() - tracks.size());
 }

@@ -11,7 +11,8 @@ namespace ovnxmedia {
 struct ClipRange {
     uint64_t start;
     uint64_t end;
-    bool atKeyframe;  // start at the keyframe before `start` instead and hide nothing
+    bool atKeyframe;     // start at the keyframe before `start` instead and hide nothing
+    bool asMp4 = false;  // also name the format's later form, of a movie in its first one
 };
 
 // As OvnxMediaRemux; throws Failure. Returns how many tracks were left out because they have nothing in the

@@ -21,7 +21,7 @@
 
 #ifdef GALLERY_SANITIZED  // the sanitizers' own functions are to be found
 
-ovnxmedia::CodecMemoryUse::CodecMemoryUse() noexcept = default;
+ovnxmedia::CodecMemoryUse::CodecMemoryUse(size_t) noexcept {}
 ovnxmedia::CodecMemoryUse::~CodecMemoryUse() = default;
 
 #else
@@ -160,8 +160,8 @@ void* ResizeBlock(void* block, const Mark& mark, size_t size) {
 
 }  // namespace
 
-ovnxmedia::CodecMemoryUse::CodecMemoryUse() noexcept {
-    Pool().AddUser();
+ovnxmedia::CodecMemoryUse::CodecMemoryUse(size_t most) noexcept {
+    Pool().AddUser(most);
 }
 
 ovnxmedia::CodecMemoryUse::~CodecMemoryUse() {

@@ -1,6 +1,7 @@
 // Mappings that are free, for whoever needs one of about the same size next.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <mutex>
@@ -17,9 +18,11 @@ class MappingPool {
         size_t bytes = 0;
     };
 
-    void AddUser() noexcept {
+    // So many bytes are kept at most, or as many as another user lets it.
+    void AddUser(size_t most) noexcept {
         const std::lock_guard<std::mutex> lock(mutex_);
         ++users_;
+        most_ = std::max(most_, most);
     }
     // Returns everything to the system with the last one.
     void RemoveUser() noexcept {
@@ -28,6 +31,7 @@ class MappingPool {
         for (Mapping& kept : kept_)
             Unmap(kept);
         bytes_ = 0;
+        most_ = 0;
     }
 
     // One of `bytes` or somewhat more, with what was in it; without a place when there is none.
@@ -52,15 +56,13 @@ class MappingPool {
     }
 
   private:
-    static constexpr size_t kMaxBytes = size_t{64} << 20;
-
     static void Unmap(Mapping& mapping) noexcept {
         if (mapping.place) KXP::Platform::Unmap(mapping.place, mapping.bytes);
         mapping = {};
     }
 
     bool Keep(Mapping mapping) noexcept {
-        if (users_ == 0 || mapping.bytes > kMaxBytes - bytes_) return false;
+        if (users_ == 0 || mapping.bytes > most_ - bytes_) return false;
         for (Mapping& kept : kept_) {
             if (kept.place) continue;
             kept = mapping;
@@ -73,7 +75,8 @@ class MappingPool {
     // A standard one: it may be taken under any other, and nothing is called under it but the system.
     std::mutex mutex_;
     std::array<Mapping, 64> kept_{};
-    size_t bytes_ = 0;
+    size_t bytes_ = 0;  // not more than most_
+    size_t most_ = 0;
     int users_ = 0;
 };
 

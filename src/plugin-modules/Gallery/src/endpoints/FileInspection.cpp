@@ -7,6 +7,7 @@
 #include <system_error>
 #include <thread>
 #include <tuple>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -104,7 +105,7 @@ void FileInspector::InspectFile(const std::string& name, ListedFile& file) {
     file.type = TypeForPages(sniffed_.fileType);
     file.subtype = SubtypeForPages(sniffed_.fileSubType);
     file.source = SourceForPages(sniffed_.fileSource);
-    file.thumbnail = Keep(thumbnail);
+    if (!thumbnail.empty()) file.thumbnail = thumbnails_.emplace_back(std::move(thumbnail));
     found_.push_back(file);
 }
 
@@ -113,13 +114,6 @@ bool FileInspector::ReadTime(const std::string& name, int64_t& time) const {
     if (fstatat(folder_, name.c_str(), &status, 0) != 0) return false;
     time = status.st_mtime;
     return true;
-}
-
-std::string_view FileInspector::Keep(std::string_view text) {
-    if (text.empty()) return {};
-    char* const kept = static_cast<char*>(texts_.allocate(text.size(), 1));
-    std::memcpy(kept, text.data(), text.size());
-    return {kept, text.size()};
 }
 
 void FileInspection::Run(const std::vector<std::string_view>& names, const std::atomic<bool>& cancelled) {

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <memory_resource>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,7 +47,6 @@ class FileInspector {
   private:
     void InspectFile(const std::string& name, ListedFile& file);
     bool ReadTime(const std::string& name, int64_t& time) const;
-    std::string_view Keep(std::string_view text);
 
     const std::string& directory_;
     const int folder_;
@@ -55,7 +54,7 @@ class FileInspector {
     media::SniffResult sniffed_;
     std::string name_;  // with a zero byte at its end
     std::vector<ListedFile> found_;
-    std::pmr::monotonic_buffer_resource texts_;
+    std::deque<std::string> thumbnails_;
 };
 
 // Inspects files on this thread and, where it pays, on a second one: a folder is read much faster from memory

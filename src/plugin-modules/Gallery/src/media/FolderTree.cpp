@@ -36,7 +36,7 @@ std::string ErrorText(int error) {
 }
 
 FolderTree::Identity IdentityOf(const struct stat& status) {
-    return {status.st_dev, status.st_ino};
+    return {static_cast<uint64_t>(status.st_dev), status.st_ino};
 }
 
 void Add(Folder& folder, std::string_view name, Kind kind, int64_t seconds) {

@@ -87,7 +87,8 @@ OutputPlace::Identity OutputPlace::Look(const std::string& path) {
     struct stat status {};
     // Links are not followed: their target is not a montage.
     if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-    return {true, status.st_dev, status.st_ino, status.st_size, KXP::Platform::ModifiedNs(status)};
+    return {true, static_cast<uint64_t>(status.st_dev), status.st_ino, status.st_size,
+            KXP::Platform::ModifiedNs(status)};
 }
 
 void OutputPlace::DeleteIfMade() const {

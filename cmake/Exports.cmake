@@ -1,0 +1,17 @@
+# export_only(<target> <name>...): the library exports these C functions and nothing else. A "*" at the end of a name
+# stands for any rest.
+function(export_only target)
+  set(list "${CMAKE_CURRENT_BINARY_DIR}/${target}.exports")
+  if(APPLE)
+    list(TRANSFORM ARGN PREPEND "_" OUTPUT_VARIABLE names)
+    list(JOIN names "\n" text)
+    set(option "LINKER:-exported_symbols_list,${list}")
+  else()
+    list(JOIN ARGN "; " names)
+    set(text "{\n  global: ${names};\n  local: *;\n};")
+    set(option "LINKER:--version-script=${list}")
+  endif()
+  file(CONFIGURE OUTPUT "${list}" CONTENT "${text}\n" @ONLY)
+  target_link_options(${target} PRIVATE "${option}")
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${list}")
+endfunction()

@@ -1,0 +1,4 @@
+// The environment, for libraries.
+#pragma once
+
+extern "C" char*** _NSGetEnviron();
