@@ -2,6 +2,7 @@
 
 #include "sample-captures/PngImage.h"
 #include "tests/abi/GalleryRequests.h"
+#include "tests/support/RootMount.h"
 
 namespace {
 
@@ -119,6 +120,10 @@ TEST_F(RunningPlugin, AnswersAboutFilesFoldersAndDrives) {
          R"({"_return_code":-2147467259,"_return_status":"Failed to get drive information")"},
         {"GetDriveInfo", R"({"drive":"//"})", R"({"freeSpaceMB":)"},
     };
-    for (const auto& [method, payload, answer] : rows)
+    const bool skipsDrives = !ShowsRootMount();
+    for (const auto& [method, payload, answer] : rows) {
+        if (skipsDrives && method == "EnumerateDrives") continue;
         EXPECT_EQ(AskText(method, payload).find(answer), 0u) << method << AskText(method, payload);
+    }
+    if (skipsDrives) GTEST_SKIP() << "drives: no mount of / is to be seen";
 }

@@ -28,7 +28,7 @@ TEST(ClipCheckTest, FindsWhateverDiffersFromTheSource) {
     const ChunkPlan plan = PlanChunks(tracks);
     const std::unique_ptr<FILE, int (*)(FILE*)> clip(std::tmpfile(), std::fclose);
     const int output = fileno(clip.get());
-    const MediaPlace base = WriteClip(source, tracks, plan, {10000000, 20000000}, output, budget);
+    const MediaPlace base = WriteClip(source, tracks, plan, {10000000, 20000000}, "", output, budget);
     const auto check = [&] { CheckClip(source, tracks, plan, base, output, budget); };
     ASSERT_NO_THROW(check());
     SourceFile written(output);

@@ -34,7 +34,7 @@ TEST(CodecMemory, BlocksKeepTheirBytesFromTheHeapToMappingsAndBack) {
 }
 
 TEST(CodecMemory, WhatIsUsedAgainIsZeroedForThoseWhoCountOnIt) {
-    const ovnxmedia::CodecMemoryUse use;
+    const ovnxmedia::CodecMemoryUse use(ovnxmedia::CodecMemoryUse::kForPictures);
     void* aligned = nullptr;
     ASSERT_EQ(posix_memalign(&aligned, 64, 3 << 20), 0);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(aligned) % 64, 0U);

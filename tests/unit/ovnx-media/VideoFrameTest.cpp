@@ -1,13 +1,18 @@
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "base/FileDescriptor.h"
+#include "libraries/ovnx-media/FrameChoice.h"
 #include "libraries/ovnx-media/VideoFrame.h"
+#include "libraries/ovnx-media/apple/ShownKeyframes.h"
 #include "sample-media/MadeMedia.h"
 #include "tests/support/TempFolder.h"
 
@@ -63,6 +68,28 @@ TEST(VideoFrame, IsTheKeyframeAtATenth) {
         each.change(changed);
         const made::Shown shown = Look(FrameOfFile(made::Path(changed)));
         EXPECT_EQ(shown.number, tenth) << each.what << " " << shown.corners;
+    }
+}
+
+// As decoders of the system are asked for it, which take times and no tables.
+TEST(VideoFrame, HasATimeByTheTables) {
+    made::Video video;
+    video.frames = 100;
+    for (const int interval : {4, 7, 40}) {
+        video.keyInterval = interval;
+        for (video.bFrames = 0; video.bFrames <= 2; video.bFrames += 2) {
+            const std::string path = made::Path(video);
+            const KXP::FileDescriptor file = KXP::OpenForRead(path);
+            const ShownTimes shown = KeyframesFromTenth(file.get(), FrameChoice::kTries, Budget());
+            std::vector<long> frames;
+            for (const int64_t time : shown.times)
+                frames.push_back(std::lround(static_cast<double>(time) * 30 / shown.unit));
+            const int first = Look(FrameOfFile(path)).number;
+            std::vector<long> expected;
+            for (int frame = first; frame < video.frames && expected.size() < 5; frame += interval)
+                expected.push_back(frame);
+            EXPECT_EQ(frames, expected) << interval << " " << video.bFrames;
+        }
     }
 }
 

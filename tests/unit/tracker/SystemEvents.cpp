@@ -1,0 +1,5 @@
+#include "tests/unit/tracker/FileWatcherTest.h"
+
+std::vector<WayToWatch> WaysToWatch() {
+    return {{"SystemEvents", false, true}};
+}
