@@ -14,8 +14,8 @@ namespace {
 using plain::Demand;
 
 bool ReadAlone(std::string_view line, KeptCapture& capture) {
-    std::vector<char> bytes(line.size() + KXP::kJsonTextSlack);
-    line.copy(bytes.data(), line.size());
+    std::vector<char> bytes(line.begin(), line.end());
+    bytes.resize(line.size() + KXP::kJsonTextSlack);
     return line.size() < kMaxKeptLine && ReadKeptLine(bytes.data(), line.size(), capture);
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "fuzz/Plain.h"
-#include "gallery-host/trash/TrashInfo.h"
+#include "gallery-host/trash/linux/TrashInfo.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     host::TrashInfo info;

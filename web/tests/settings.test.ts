@@ -1,6 +1,6 @@
 // The dialog of settings, in a browser.
 import assert from "node:assert/strict";
-import { mkdirSync, writeFileSync } from "node:fs";
+import { mkdirSync, readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { test } from "node:test";
 import type { Locator, Page } from "playwright-core";
@@ -24,6 +24,11 @@ test("only what was changed is sent, and what was typed stays", () => {
 
 const dialog = (page: Page): Locator => page.getByRole("dialog", { name: "Settings" });
 
+// In a plain chroot, as packages are built in, no drive is to be seen.
+const showsRootMount = readFileSync("/proc/self/mountinfo", "utf8")
+    .split("\n")
+    .some((line) => line.split(" ")[4] === "/");
+
 async function open(page: Page): Promise<Locator> {
     await page.getByRole("button", { name: "Settings" }).click();
     await dialog(page).getByRole("meter", { name: "Storage" }).waitFor();
@@ -35,7 +40,7 @@ const save = (page: Page): Promise<void> => dialog(page).getByRole("button", { n
 pageTest("folders and the limit are changed, and refusals say why", site, async (page) => {
     const folder = await open(page);
     assert.equal(await folder.inputValue(), site.gallery);
-    await dialog(page).getByText("built in").first().waitFor();
+    if (showsRootMount) await dialog(page).getByText("built in").first().waitFor();
     await expectAccessible(page);
     await folder.fill("/proc/none");
     await save(page);
