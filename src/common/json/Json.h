@@ -47,9 +47,14 @@ using Utf8 = rapidjson::UTF8<>;
 using Allocator = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
 using Value = rapidjson::GenericValue<Utf8, Allocator>;
 using Document = rapidjson::GenericDocument<Utf8, Allocator, ThrowingAllocator>;
-using JsonPointer = rapidjson::GenericPointer<Value, ThrowingAllocator>;
 using JsonBuffer = rapidjson::GenericStringBuffer<Utf8, ThrowingAllocator>;
 using JsonWriter = rapidjson::Writer<JsonBuffer, Utf8, Utf8, ThrowingAllocator>;
 using PrettyJsonWriter = rapidjson::PrettyWriter<JsonBuffer, Utf8, Utf8, ThrowingAllocator>;
 
 }  // namespace KXP
+
+// Called for each run of plain characters in a string that is written; this one copies them by the word.
+template <>
+bool rapidjson::Writer<KXP::JsonBuffer, KXP::Utf8, KXP::Utf8,
+                       KXP::ThrowingAllocator>::ScanWriteUnescapedString(GenericStringStream<KXP::Utf8>& text,
+                                                                         size_t length);

@@ -2,34 +2,15 @@
 // finds these by their types.
 #pragma once
 
-#include <cstdint>
-#include <cstring>
-
 #include "common/json/Json.h"
+#include "common/json/JsonWords.h"
 
 namespace KXP {
-
-using Word = uint64_t;
-constexpr Word kEachByte = 0x0101010101010101;
-
-inline Word LoadWord(const char* bytes) {
-    Word word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// Marks the zero bytes of a word by their high bits, and perhaps some bytes beside them.
-inline Word ZeroBytes(Word word) {
-    return (word - kEachByte) & ~word & (kEachByte * 0x80);
-}
 
 // Marks by its high bit the first byte of a little-endian word that is a quote, a backslash, a control
 // character or beyond ASCII, and perhaps some bytes after it. 0 when there is none.
 inline Word SpecialBytes(Word word) {
-    const Word control = word - kEachByte * 0x20;
-    const Word quotes = ZeroBytes(word ^ (kEachByte * '"'));
-    const Word backslashes = ZeroBytes(word ^ (kEachByte * '\\'));
-    return (word | control | quotes | backslashes) & (kEachByte * 0x80);
+    return ((word | (word - kEachByte * 0x20)) & (kEachByte * 0x80)) | QuoteBytes(word);
 }
 
 inline bool IsBeyondAscii(char c) {

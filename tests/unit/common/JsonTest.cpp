@@ -214,5 +214,23 @@ TEST(JsonParse, LimitsHoldForValuesAndNotForText) {
     EXPECT_THROW(Value(1).GetString(), Exception) << "a value used as what it is not";
 }
 
+// Against the library's own writer, which goes by the character.
+TEST(JsonWriter, EscapesEachCharacterWhereverItStands) {
+    for (size_t length = 1; length <= 20; ++length) {
+        for (size_t at = 0; at < length; ++at) {
+            for (int c = 0; c < 256; ++c) {
+                std::string text(length, 'a');
+                text[at] = static_cast<char>(c);
+                const auto size = static_cast<rapidjson::SizeType>(length);
+                JsonBuffer written;
+                JsonWriter(written).String(text.data(), size);
+                rapidjson::StringBuffer expected;
+                rapidjson::Writer<rapidjson::StringBuffer>(expected).String(text.data(), size);
+                ASSERT_STREQ(written.GetString(), expected.GetString()) << c << " at " << at;
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace KXP

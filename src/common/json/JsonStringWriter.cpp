@@ -1,0 +1,40 @@
+#include <cstring>
+
+#include "common/json/Json.h"
+#include "common/json/JsonWords.h"
+
+namespace {
+
+using KXP::Word;
+
+// Marks what has to be escaped, and perhaps some bytes after it.
+Word EscapedBytes(Word word) {
+    return KXP::ZeroBytes(word & (KXP::kEachByte * 0xE0)) | KXP::QuoteBytes(word);
+}
+
+bool IsEscaped(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+}
+
+// How many characters at the start of a text can be written as they are; perhaps less than all of them.
+size_t PlainPrefix(const char* text, size_t length) {
+    size_t plain = 0;
+    while (length - plain >= sizeof(Word) && EscapedBytes(KXP::LoadWord(text + plain)) == 0)
+        plain += sizeof(Word);
+    if (length - plain >= sizeof(Word)) return plain;
+    while (plain < length && !IsEscaped(text[plain]))
+        ++plain;
+    return plain;
+}
+
+}  // namespace
+
+template <>
+bool rapidjson::Writer<KXP::JsonBuffer, KXP::Utf8, KXP::Utf8,
+                       KXP::ThrowingAllocator>::ScanWriteUnescapedString(GenericStringStream<KXP::Utf8>& text,
+                                                                         size_t length) {
+    const size_t plain = PlainPrefix(text.src_, length - text.Tell());
+    if (plain > 0) std::memcpy(os_->PushUnsafe(plain), text.src_, plain);
+    text.src_ += plain;
+    return text.Tell() < length;
+}
