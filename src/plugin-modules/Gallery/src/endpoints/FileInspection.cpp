@@ -1,7 +1,6 @@
 #include "plugin-modules/Gallery/src/endpoints/FileInspection.h"
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
 #include <new>
 #include <system_error>
@@ -29,8 +28,9 @@ constexpr size_t kWorthAThread = 256;
 // Taken at once by a thread.
 constexpr size_t kStep = 64;
 
-auto Fields(const ListedFile& file) {
-    return std::tie(file.time, file.name, file.type, file.subtype, file.source, file.thumbnail);
+// Beside time and name.
+auto OtherFields(const ListedFile& file) {
+    return std::tie(file.type, file.subtype, file.source, file.thumbnail);
 }
 
 std::string LowerExtension(const std::string& name) {
@@ -41,19 +41,22 @@ std::string LowerExtension(const std::string& name) {
 // A generated thumbnail lies beside its original and is not listed.
 bool IsThumbnail(const std::string& name, const std::string& extension) {
     if (extension != ".png" && extension != ".jpg") return false;
-    const size_t mark = name.rfind(media::kThumbnailMark);
-    return mark != std::string::npos &&
-           name.size() - mark == std::strlen(media::kThumbnailMark) + kFourCharacterEnding;
+    constexpr std::string_view mark = media::kThumbnailMark;
+    constexpr size_t ending = mark.size() + kFourCharacterEnding;
+    return name.size() >= ending && name.compare(name.size() - ending, mark.size(), mark) == 0;
 }
 
 }  // namespace
 
+// The names of one folder differ, so the first two fields settle nearly all.
 bool ListedFile::operator<(const ListedFile& other) const {
-    return Fields(*this) < Fields(other);
+    if (time != other.time) return time < other.time;
+    if (const int order = name.compare(other.name); order != 0) return order < 0;
+    return OtherFields(*this) < OtherFields(other);
 }
 
 bool ListedFile::operator==(const ListedFile& other) const {
-    return Fields(*this) == Fields(other);
+    return time == other.time && name == other.name && OtherFields(*this) == OtherFields(other);
 }
 
 void FileInspector::Inspect(std::string_view name) try {

@@ -15,7 +15,7 @@
 struct ListedFile {
     int64_t time = 0;  // in seconds since 1970
     std::string_view name;
-    std::string_view type;
+    std::string_view type;  // words of PageWords.h, as the next two
     std::string_view subtype;
     std::string_view source;
     std::string_view thumbnail;  // its path, if there is one

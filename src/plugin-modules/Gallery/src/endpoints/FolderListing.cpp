@@ -60,8 +60,11 @@ void FolderListing::AddDirectory(const std::string& name) try {
 
 void FolderListing::InsertIntoSet(const FileItemData& item) {
     FileItemData kept = item;
-    for (std::string_view* text : {&kept.name, &kept.type, &kept.subtype, &kept.source, &kept.thumbnail})
-        *text = inserted_.emplace_back(*text);
+    kept.name = inserted_.emplace_back(item.name);
+    kept.thumbnail = inserted_.emplace_back(item.thumbnail);
+    kept.type = TypeForPages(item.type);
+    kept.subtype = SubtypeForPages(item.subtype);
+    kept.source = SourceForPages(item.source);
     files_.push_back(kept);
 }
 
@@ -81,9 +84,9 @@ void FolderListing::Write(KXP::IJsonSink& sink) const {
     for (auto file = files_.rbegin(); file != files_.rend(); ++file) {
         sink.StartObject();
         write("name", file->name);
-        write("type", TypeForPages(file->type));
-        write("subtype", SubtypeForPages(file->subtype));
-        write("source", SourceForPages(file->source));
+        write("type", file->type);
+        write("subtype", file->subtype);
+        write("source", file->source);
         if (!file->thumbnail.empty()) write("thumbnail", file->thumbnail);
         sink.EndObject(file->thumbnail.empty() ? 4 : 5);
     }

@@ -45,7 +45,7 @@ class FolderListing {
     // opened counts as empty.
     void Read(const std::atomic<bool>& cancelled);
 
-    // Copies the texts of the item.
+    // Copies the texts of the item. Its words may be any.
     void InsertIntoSet(const FileItemData& item);
     void InsertDirectory(const std::string& name) { directories_.insert(name); }
 
