@@ -7,6 +7,7 @@
 #include "CobalixUtil.h"
 #include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
+#include "common/json/ValidatorMemory.h"
 #include "common/results/Exception.h"
 
 namespace KXP {
@@ -63,16 +64,23 @@ Document SchemaWithDefinitions(const Value& schema, const Value& definitions) {
     return document;
 }
 
+template <typename Output>
+using BaseValidator = rapidjson::GenericSchemaValidator<SchemaDocument, Output, ValidatorMemory>;
+
+// A base, so that it is there before the validator and after it.
+struct WithMemory {
+    ValidatorMemory memory;
+};
+
 // RapidJSON converts every number that it compares with an enum to a 64-bit integer, which is undefined for
 // one that does not fit. Numbers beyond that range equal none of the schema's before and after they are
 // bounded.
 template <typename Output>
-using BaseValidator = rapidjson::GenericSchemaValidator<SchemaDocument, Output, ThrowingAllocator>;
-
-template <typename Output>
-class PayloadValidator : public BaseValidator<Output> {
+class PayloadValidator : private WithMemory, public BaseValidator<Output> {
   public:
-    using BaseValidator<Output>::BaseValidator;
+    template <typename... Outputs>
+    explicit PayloadValidator(const SchemaDocument& schema, Outputs&... output)
+        : BaseValidator<Output>(schema, output..., &memory) {}
 
     bool Double(double number) {
         constexpr double kLeast = -0x1p63;
@@ -167,17 +175,28 @@ RetVal PayloadSchemas::WriteChecked(const std::string& method, const BodySource&
     }
 }
 
+// The catalogue is long, and each message asks for two of its definitions.
+const Value& PayloadSchemas::Definition(const std::string& method) {
+    std::call_once(indexed_, [this] {
+        for (const Value::Member& member : JSONGetObjectOrEmpty(api_, "definitions").GetObject())
+            definitions_.emplace(TextOf(member.name), &member.value);
+    });
+    static const Value none(rapidjson::kObjectType);
+    const auto found = definitions_.find(method);
+    return found != definitions_.end() ? *found->second : none;
+}
+
 // Compiles with the mutex free, because that may log. Threads that need a schema at the same time each
 // compile it, and one of the results is kept.
 const PayloadSchemas::Compiled* PayloadSchemas::Find(const std::string& method, const char* kind) {
-    const Value& definitions = JSONGetObjectOrEmpty(api_, "definitions");
-    const Value& schema = JSONGetObjectOrEmpty(JSONGetObjectOrEmpty(definitions, method), kind);
+    const Value& schema = JSONGetObjectOrEmpty(Definition(method), kind);
     if (schema.ObjectEmpty()) return nullptr;
     {
         MutexLock lock(mutex_);
         const auto found = compiled_.find(&schema);
         if (found != compiled_.end()) return found->second.get();
     }
+    const Value& definitions = JSONGetObjectOrEmpty(api_, "definitions");
     auto fresh = std::make_unique<const Compiled>(SchemaWithDefinitions(schema, definitions));
     MutexLock lock(mutex_);
     return compiled_.try_emplace(&schema, std::move(fresh)).first->second.get();

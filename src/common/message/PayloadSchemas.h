@@ -3,7 +3,9 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "common/json/IJsonSink.h"
@@ -44,7 +46,12 @@ class PayloadSchemas {
     // Null for a method or kind that the API does not list.
     const Compiled* Find(const std::string& method, const char* kind) EXCLUDES(mutex_);
 
+    const Value& Definition(const std::string& method);
+
     const Document& api_;
+
+    std::once_flag indexed_;
+    std::unordered_map<std::string_view, const Value*> definitions_;  // by name, once indexed
 
     Mutex mutex_;
     // By the address of the schema in the API document, so that no method name from outside can make it grow.
