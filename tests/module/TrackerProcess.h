@@ -94,7 +94,8 @@ class TrackerProcess {
 
     static std::string PathIn(const KXP::Value& line, const char* event) {
         const KXP::Value* path =
-            KXP::JsonPointer((std::string("/payload/") + event + "/ugc/path").c_str()).Get(line);
+            rapidjson::GenericPointer<KXP::Value>((std::string("/payload/") + event + "/ugc/path").c_str())
+                .Get(line);
         return path && path->IsString() ? path->GetString() : "";
     }
 

@@ -33,7 +33,8 @@ inline std::string Quoted(const std::string& text) {
 
 inline std::map<std::string, int> IdsIn(const KXP::Document& answer, const char* member) {
     std::map<std::string, int> ids;
-    const KXP::Value* list = KXP::JsonPointer((std::string("/payload/") + member).c_str()).Get(answer);
+    const KXP::Value* list =
+        rapidjson::GenericPointer<KXP::Value>((std::string("/payload/") + member).c_str()).Get(answer);
     if (list && list->IsArray())
         for (const KXP::Value& item : list->GetArray())
             ids[item["path"].GetString()] = item["id"].GetInt();
@@ -41,7 +42,7 @@ inline std::map<std::string, int> IdsIn(const KXP::Document& answer, const char*
 }
 
 inline int CodeOf(const KXP::Document& answer) {
-    const KXP::Value* code = KXP::JsonPointer("/payload/_return_code").Get(answer);
+    const KXP::Value* code = rapidjson::GenericPointer<KXP::Value>("/payload/_return_code").Get(answer);
     return code && code->IsInt() ? code->GetInt() : -1;
 }
 

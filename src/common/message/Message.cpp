@@ -6,19 +6,21 @@
 namespace KXP::Message {
 namespace {
 
-const JsonPointer& CodePointer() {
-    static const JsonPointer pointer("/payload/_return_code");
-    return pointer;
+constexpr char kCode[] = "_return_code";
+constexpr char kStatus[] = "_return_status";
+constexpr char kInternal[] = "_return_internal";
+
+template <size_t kSize>
+Value& MemberOf(Value& payload, const char (&name)[kSize], Allocator& allocator) {
+    const auto found = payload.FindMember(name);
+    if (found != payload.MemberEnd()) return found->value;
+    payload.AddMember(Value(name), Value(), allocator);
+    return (payload.MemberEnd() - 1)->value;
 }
 
-const JsonPointer& StatusPointer() {
-    static const JsonPointer pointer("/payload/_return_status");
-    return pointer;
-}
-
-const JsonPointer& InternalPointer() {
-    static const JsonPointer pointer("/payload/_return_internal");
-    return pointer;
+void TakeInt(const Value& payload, const char* name, int& number) {
+    const auto found = payload.FindMember(name);
+    if (found != payload.MemberEnd() && found->value.IsInt()) number = found->value.GetInt();
 }
 
 }  // namespace
@@ -57,20 +59,22 @@ std::unique_ptr<GenericMessage> CreateCopy(const GenericMessage& message) {
 }
 
 void SetReturnValue(JSONMessage& message, const RetVal& value) {
-    Document& document = message.document();
-    CodePointer().Set(document, value.code);
-    StatusPointer().Set(document, value.text.c_str());
-    InternalPointer().Set(document, value.internal);
+    if (!message.payload().IsObject()) message.set_payload("{}");
+    Value& payload = message.payload();
+    Allocator& allocator = message.allocator();
+    MemberOf(payload, kCode, allocator).SetInt(value.code);
+    MemberOf(payload, kStatus, allocator).SetString(value.text.c_str(), allocator);
+    MemberOf(payload, kInternal, allocator).SetInt(value.internal);
 }
 
 RetVal GetReturnValue(const JSONMessage& message) {
     RetVal value;
-    if (const Value* code = CodePointer().Get(message.document()); code && code->IsInt())
-        value.code = code->GetInt();
-    if (const Value* status = StatusPointer().Get(message.document()); status && status->IsString())
-        value.text = status->GetString();
-    if (const Value* internal = InternalPointer().Get(message.document()); internal && internal->IsInt())
-        value.internal = internal->GetInt();
+    const Value& payload = message.payload();
+    if (!payload.IsObject()) return value;
+    TakeInt(payload, kCode, value.code);
+    TakeInt(payload, kInternal, value.internal);
+    const auto status = payload.FindMember(kStatus);
+    if (status != payload.MemberEnd() && status->value.IsString()) value.text = status->value.GetString();
     return value;
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr size_t kUsualMessageBytes = 256;
+constexpr size_t kUsualMessageBytes = 1024;
 
 }  // namespace
 
