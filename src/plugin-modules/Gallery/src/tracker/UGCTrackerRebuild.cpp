@@ -118,7 +118,7 @@ void UGCTracker::Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t
         if (!former.isOwn) {
             record->stamp = StampAt(record->path);
             if (HasFacts(*record)) record_.Keep(*record, FactsOf(*record, TrackedUGC::IsAHighlight(*record)));
-        } else if (const KeptPtr given = kept().LatestOf(record->path)) {
+        } else if (const KeptPtr given = kept().LatestOf(record->path, record->stamp)) {
             Apply(given->facts, *record);
         }
     }
