@@ -135,7 +135,7 @@ void UGCTracker::EnterKnown() {
     }
     for (const std::string& path : unreported->disturbed)
         NoteDisturbed(path);
-    backlog_.Await(until);
+    backlog_.Await(until, finishing_);
 }
 
 void UGCTracker::EnterChange(const std::string& path) {
