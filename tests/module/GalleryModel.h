@@ -47,11 +47,12 @@ class GalleryModel {
             const File moved = files_[path];
             File& file = files_[to + path.substr(from.size())];
             Put(to + path.substr(from.size()), moved.own);
-            // What was given follows its file; a file without anything takes the place of the one before.
+            // What was given follows its file. A file without anything takes the place of the one before, and
+            // to a rebuild is a new one there.
+            file.rewritten = moved.rewritten || (moved.caption == "" && file.caption != "");
             if (moved.caption != "") file.caption = moved.caption;
             // With new bytes in a new place it is known by nothing.
             if (moved.rewritten && file.caption != "") file.caption.reset();
-            file.rewritten = moved.rewritten;
         }
         Remove(from);
     }

@@ -124,6 +124,17 @@ TEST(FolderCrc, AFailedWalkKeepsTheValueAndNamesTheEntryOnce) {
         EXPECT_EQ(log.Count("][1]["), 1);
         EXPECT_EQ(log.Count(row.named), 1);
     }
+    media::FolderTree tree(media::FolderTree::LostLinks::Count);
+    ASSERT_TRUE(tree.Read(folder / "gallery"));
+    EXPECT_TRUE(tree.HasLinks());
+    unsigned int lost = kUnchanged, found = kUnchanged;
+    media::SumTree(tree, "", lost);
+    folder.Write("gallery/nowhere", "");
+    SetTime(folder / "gallery/nowhere", 1000);
+    ASSERT_TRUE(tree.Update({folder / "gallery/nowhere"}));
+    media::SumTree(tree, "", found);
+    EXPECT_EQ(found, Sum(folder / "gallery")) << "the same as without any that is lost";
+    EXPECT_NE(found, lost);
 }
 
 TEST(FolderTree, AnUpdateSumsWhatAWholeReadingSums) {

@@ -124,7 +124,7 @@ bool ZvGalleryAPI::MayWriteAbandoned() {
 }
 
 void ZvGalleryAPI::EndTracker() {
-    if (const std::shared_ptr<UGCTracker> old = GetUGCTracker()) old->Stop();
+    if (const std::shared_ptr<UGCTracker> old = GetUGCTracker()) old->Finish();
     PutTracker(nullptr);
 }
 

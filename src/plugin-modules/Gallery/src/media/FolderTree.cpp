@@ -160,6 +160,7 @@ Folder* FolderTree::Folder::Find(std::string_view name) const {
 bool FolderTree::Read(const std::string& path, SeenFiles* seen) {
     root_ = std::make_unique<Folder>();
     root_->path = path;
+    hasLinks_ = false;
     pending_ = {root_.get()};
     const bool read = ReadPending(seen);
     if (!read) Clear();
@@ -263,6 +264,15 @@ void FolderTree::TakeFormer(Folder& folder, Former& former, const Entry& entry) 
     if (entry.kind == Kind::Walked) folder.walked.push_back(former.TakeWalked());
 }
 
+bool FolderTree::Look(const KXP::FolderReader& entry, struct stat& status) const {
+    if (entry.Look(status, KXP::Links::Follow)) return true;
+    const int error = errno;
+    if (lostLinks_ == LostLinks::Count && entry.IsLink() && entry.Look(status, KXP::Links::Refuse))
+        return true;
+    errno = error;
+    return false;
+}
+
 bool FolderTree::TakeEntry(Folder& folder, const KXP::FolderReader& entry, SeenFiles* seen) {
     const std::string_view name = entry.Name();
     struct stat status {};
@@ -275,10 +285,11 @@ bool FolderTree::TakeEntry(Folder& folder, const KXP::FolderReader& entry, SeenF
         Add(folder, name, Kind::Above, 0);
         return true;
     }
-    if (!entry.Look(status, KXP::Links::Follow)) return RefuseEntry(folder, entry.Name(), errno);
+    if (!Look(entry, status)) return RefuseEntry(folder, entry.Name(), errno);
     if (isAbove) aboveSeconds_ = status.st_mtime;
     const Kind kind = isAbove ? Kind::Above : KindOf(folder, entry, status);
     Add(folder, name, kind, status.st_mtime);
+    if (kind == Kind::Shared && entry.IsLink()) hasLinks_ = true;
     if (seen && !isAbove) NoteEntry(folder, entry, status, *seen);
     if (kind != Kind::Walked) return true;
     folder.walked.push_back(std::make_unique<Folder>());

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include <sys/stat.h>
+
 namespace KXP {
 class FolderReader;
 class IFolderVisitor;
@@ -94,14 +96,23 @@ class FolderTree {
         Folder* Find(std::string_view name) const;
     };
 
+    // A link that leads nowhere, or where nobody may look.
+    enum class LostLinks {
+        Fail,   // has no time, so the tree cannot be read
+        Count,  // counts with its own time
+    };
+    explicit FolderTree(LostLinks lostLinks = LostLinks::Fail) : lostLinks_(lostLinks) {}
+
     // Reads the tree at `path`, which may be a link and has no "/" at its end. False, with log lines and an
-    // empty tree, when a folder cannot be read or an entry has no time, as a link to nowhere has none. `seen`
-    // may be null; after a failure it is not complete.
+    // empty tree, when a folder cannot be read or an entry has no time. `seen` may be null; after a failure
+    // it is not complete.
     bool Read(const std::string& path, SeenFiles* seen = nullptr);
     // Asks again for what these paths name, with all that lies below them, for the folders around them, and
     // for entries that may change unseen. False, with an empty tree, when it has to be read as a whole.
     bool Update(const std::vector<std::string>& changed);
     bool IsEmpty() const { return !root_; }
+    // Whether there were links, whose times may change without anybody's notice.
+    bool HasLinks() const { return hasLinks_; }
     void Clear() { root_.reset(); }
 
     // There must be one.
@@ -120,15 +131,18 @@ class FolderTree {
     bool LookAtRoot();
     bool ReadPending(SeenFiles* seen);
     bool ReadFolder(Folder& folder, const Names* asked, SeenFiles* seen);
+    bool Look(const KXP::FolderReader& entry, struct stat& status) const;
     bool TakeEntry(Folder& folder, const KXP::FolderReader& entry, SeenFiles* seen);
     void TakeFormer(Folder& folder, Former& former, const Entry& entry);
     bool RefuseFolder(const Folder& folder, int error) const;
     bool RefuseEntry(const Folder& folder, const char* name, int error) const;
 
+    const LostLinks lostLinks_;
     std::unique_ptr<Folder> root_;
     int64_t aboveSeconds_ = 0;      // of the folder that the root lies in
     std::vector<Folder*> pending_;  // to be read as a whole; the last is the next
-    bool quiet_ = false;            // a failure is no news yet
+    bool hasLinks_ = false;
+    bool quiet_ = false;  // a failure is no news yet
 };
 
 }  // namespace media

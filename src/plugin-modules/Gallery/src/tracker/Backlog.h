@@ -24,10 +24,19 @@ class Backlog {
         const KXP::MutexLock lock(mutex_);
         if (--waiting_ == 0) ended_.NotifyAll();
     }
-    // Waits until nothing waits to be tracked, at most until `until`.
-    void Await(std::chrono::steady_clock::time_point until) EXCLUDES(mutex_) {
+    // A rebuild ends after its last file: then the settings say that it is complete.
+    void BeginRebuild() EXCLUDES(mutex_) {
         const KXP::MutexLock lock(mutex_);
-        while (waiting_ > 0 && std::chrono::steady_clock::now() < until)
+        ++rebuilds_;
+    }
+    void EndRebuild() EXCLUDES(mutex_) {
+        const KXP::MutexLock lock(mutex_);
+        if (--rebuilds_ == 0) ended_.NotifyAll();
+    }
+    // Waits until nothing waits to be tracked and, if asked to, no rebuild to end; at most until `until`.
+    void Await(std::chrono::steady_clock::time_point until, bool rebuilds) EXCLUDES(mutex_) {
+        const KXP::MutexLock lock(mutex_);
+        while ((waiting_ > 0 || (rebuilds && rebuilds_ > 0)) && std::chrono::steady_clock::now() < until)
             ended_.WaitUntil(mutex_, until);
     }
     bool IsEmpty() const EXCLUDES(mutex_) {
@@ -83,6 +92,7 @@ class Backlog {
     mutable KXP::Mutex mutex_;
     KXP::CondVar ended_;
     size_t waiting_ GUARDED_BY(mutex_) = 0;  // entries of the tracker's queue, for paths
+    size_t rebuilds_ GUARDED_BY(mutex_) = 0;
     std::map<std::string, FileStamp> refused_ GUARDED_BY(mutex_);  // lately
     std::map<std::string, Failed> failed_ GUARDED_BY(mutex_);
 };

@@ -50,7 +50,7 @@ void GalleryRecord::Follow(std::vector<NewUGC> records, int32_t lastId, bool not
 void GalleryRecord::Complete(TrackedUGC& record) {
     if (!record.stamp.IsKnown()) record.stamp = StampAt(record.path);
     Highlight highlight;
-    if (const KeptPtr given = kept_.LatestOf(record.path)) {
+    if (const KeptPtr given = kept_.LatestOf(record.path, record.stamp)) {
         Apply(given->facts, record);
     } else if (TrackedUGC::IsAHighlight(record) &&
                host_.GetAnnouncements().GetHighlightInfo(record.path, highlight)) {

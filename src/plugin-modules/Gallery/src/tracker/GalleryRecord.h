@@ -64,8 +64,9 @@ class GalleryRecord {
     // What people gave. None of these is on disk before kept().Save().
     KeptFacts GivenTo(const TrackedUGC& record) const;
     void Keep(const TrackedUGC& record, const KeptFacts& facts);
-    // Puts on record what is kept of the capture now, whoever has changed it last.
-    void ShowKept(const std::string& path) EXCLUDES(mutex_);
+    // Puts on record what is kept of the capture now, whoever has changed it last. `stamp` is the file's, of
+    // which the record may not know yet.
+    void ShowKept(const std::string& path, const FileStamp& stamp) EXCLUDES(mutex_);
     // Notes which of the facts kept of captures in `gallery` are of files that are gone, and makes their file
     // short if it is long.
     void SortOutKept(const std::string& gallery, const std::atomic<bool>& stop) EXCLUDES(mutex_);

@@ -26,10 +26,10 @@ void GalleryRecord::Keep(const TrackedUGC& record, const KeptFacts& facts) {
     if (!isThere) kept_.Put({record.path, record.stamp, facts});
 }
 
-void GalleryRecord::ShowKept(const std::string& path) {
+void GalleryRecord::ShowKept(const std::string& path, const FileStamp& stamp) {
     const KXP::MutexLock lock(mutex_);
     if (const RecordPtr found = records_.FindByPath(path)) {
-        const KeptPtr kept = kept_.LatestOf(found->path);
+        const KeptPtr kept = kept_.LatestOf(found->path, stamp);
         TrackedUGC record = *found;
         Apply(kept ? kept->facts : KeptFacts{}, record);
         records_.Change(std::move(record));

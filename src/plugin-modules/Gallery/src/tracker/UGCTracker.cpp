@@ -103,8 +103,11 @@ void UGCTracker::Stop() {
     if (queue_.IsStarted()) Attempt([this] { EnterKnown(); });
     queue_.StopAndJoin();
     // While the watcher can still report whether there are more changes.
-    if (news().HasUnwritten() || journal_.NeedsSum() || journal_.lastIdInFile() != record_.LastId())
-        Attempt([this] { (void)Write(Sum::Renew); });
+    Attempt([this] {
+        if (news().HasUnwritten() || journal_.NeedsSum() || journal_.lastIdInFile() != record_.LastId() ||
+            journal_.LinksHaveChanged())
+            (void)Write(Sum::Renew);
+    });
     Attempt([this] { (void)SaveKept(); });
     Attempt([this] { journal_.Close(); });
     {
@@ -132,7 +135,7 @@ void UGCTracker::EnterKnown() {
     }
     for (const std::string& path : unreported->disturbed)
         NoteDisturbed(path);
-    backlog_.Await(until);
+    backlog_.Await(until, finishing_);
 }
 
 void UGCTracker::EnterChange(const std::string& path) {

@@ -53,6 +53,12 @@ class UGCTracker : private IJournalSource {
     // Puts on record what is known by now, for at most half a second, ends the worker and the watcher, and
     // writes what is not written yet. Nothing touches the file afterwards, and queries are still answered.
     void Stop();
+    // The same, but a rebuild that is nearly done comes to its end. Not for a change of the gallery that is
+    // taken back: the file of its rebuild would take the old one's place.
+    void Finish() {
+        finishing_ = true;
+        Stop();
+    }
     // The tracker is left to itself because something is stuck: what is not written is written when that goes
     // on, if the file is still as it was left and nobody else writes it. The host is notified of nothing any
     // more. Does not wait.
@@ -211,6 +217,7 @@ class UGCTracker : private IJournalSource {
     Backlog backlog_;
     GalleryRecord record_;
     TrackerJournal journal_;
+    std::atomic<bool> finishing_{false};
     std::atomic<bool> stopping_{false};
     std::atomic<bool> stopped_{false};
     // Null beside a process that watches, and as long as none can be started.

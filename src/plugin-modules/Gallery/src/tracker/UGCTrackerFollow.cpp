@@ -32,7 +32,7 @@ void UGCTracker::Follow() {
 void UGCTracker::TakeKept(const KeptCapture& kept) {
     const RecordPtr record = record_.At(kept.path);
     if (record && record->stamp.SameContent(kept.stamp)) {
-        if (FactsOf(*record, kept.facts.told) != kept.facts) record_.ShowKept(kept.path);
+        if (FactsOf(*record, kept.facts.told) != kept.facts) record_.ShowKept(kept.path, kept.stamp);
     } else if (kept.goneSince == 0) {
         TrackWatchedFile(kept.path);  // that process has put it there, maybe a moment ago
     }

@@ -30,15 +30,16 @@ RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarTex
     facts.topBarText = topBarText;
     facts.bottomBarText = bottomBarText;
     // Of the file as it is now: that it has changed may not be on record yet.
-    const FileStamp now = StampAt(found->path);
-    const KeptCaptures::Change change = kept().Put({found->path, now.IsKnown() ? now : found->stamp, facts});
+    FileStamp stamp = StampAt(found->path);
+    if (!stamp.IsKnown()) stamp = found->stamp;
+    const KeptCaptures::Change change = kept().Put({found->path, stamp, facts});
     if (!change.put) return {Code::kFailure, "The texts are too long to be kept", 0};
     // Kept before they are on record: what a page is shown outlasts the process.
     if (RetVal saved = SaveKept(); saved.Failed()) {
         kept().Retract(change);
         return saved;
     }
-    record_.ShowKept(found->path);
+    record_.ShowKept(found->path, stamp);
     if (record_.size() > kWrittenInPassing) {
         EnqueueFinish();
         return {};
@@ -48,6 +49,6 @@ RetVal UGCTracker::AddMeme(const std::string& path, const std::string& topBarTex
     if (!written.Failed()) return {};
     kept().Retract(change);
     (void)SaveKept();
-    record_.ShowKept(found->path);
+    record_.ShowKept(found->path, stamp);
     return {Code::kFailure, written.text, written.internal};
 }

@@ -118,7 +118,7 @@ void UGCTracker::Load(RebuildPlan::Former former, TrackedUGCGames games, int32_t
         if (!former.isOwn) {
             record->stamp = StampAt(record->path);
             if (HasFacts(*record)) record_.Keep(*record, FactsOf(*record, TrackedUGC::IsAHighlight(*record)));
-        } else if (const KeptPtr given = kept().LatestOf(record->path)) {
+        } else if (const KeptPtr given = kept().LatestOf(record->path, record->stamp)) {
             Apply(given->facts, *record);
         }
     }
@@ -146,6 +146,7 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
     if (record_.rebuilding() == Rebuilding::No) record_.SetRebuilding(Rebuilding::Silently);
     // Written before the first file is queued, so that the next start rebuilds if the process ends now.
     host_.SetTrackerState(TrackerUpdateInProgress);
+    backlog_.BeginRebuild();
     const auto plan = std::make_shared<RebuildPlan>(std::move(found), std::move(former),
                                                     KXP::Platform::KeepsInodes(gallery()));
     record_.Reserve(plan->size());
@@ -159,6 +160,7 @@ void UGCTracker::TrackAll(FoundFiles found, RebuildPlan::Former former, KXP::Tim
         journal_.RecordFollows({});
         host_.SetTrackerState(TrackerUpdateComplete);
         host_.SetUsage(record_.usageKB() / 1000);
+        backlog_.EndRebuild();
         KXP_LOG(KXP::LogMilestone, "Tracker update done");
         KXP::Platform::ReturnFreedMemory();
     });

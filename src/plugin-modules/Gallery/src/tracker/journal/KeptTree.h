@@ -43,6 +43,8 @@ class KeptTree {
         wasWhole_ = !updated;
         return measured;
     }
+    // Whether it may hold times that nobody reports.
+    bool HasLinks() const { return tree_.HasLinks(); }
     // Whether the last sum was of a tree that was read as a whole.
     bool WasWhole() const { return wasWhole_; }
     // When the last sum began.
@@ -70,7 +72,8 @@ class KeptTree {
     std::vector<std::string> changed_ GUARDED_BY(mutex_);
 
     // Used by the thread that measures.
-    media::FolderTree tree_;
+    // A link is never a capture, so one that leads nowhere does not keep the sum from being taken.
+    media::FolderTree tree_{media::FolderTree::LostLinks::Count};
     KXP::TimePoint began_;
     std::chrono::nanoseconds took_{0};
     bool wasWhole_ = true;

@@ -125,6 +125,12 @@ bool TrackerJournal::MeasureFolder(uint32_t& crc, media::SeenFiles* seen) {
     return tree_.Measure(crc, seen);
 }
 
+bool TrackerJournal::LinksHaveChanged() {
+    const KXP::Turn turn(turns_, kFileTurn);
+    uint32_t crc = folderCRC_;
+    return Owns() && tree_.HasLinks() && MeasureFolder(crc) && crc != folderCRC_;
+}
+
 void TrackerJournal::RecordFollows(std::optional<uint32_t> crc) {
     const KXP::Turn turn(turns_, kFileTurn);
     nextSum_ = crc;

@@ -91,6 +91,8 @@ class TrackerJournal {
     void ForgetTree() { tree_.Forget(); }
     // Whether the file's sum is not that of the gallery.
     bool NeedsSum() const { return sum_.owed || sum_.disturbed || sum_.withheld; }
+    // Whether what links in the gallery lead to has changed since the file's sum was taken.
+    bool LinksHaveChanged();
     // As the file was read or written last.
     int32_t lastIdInFile() const { return lastIdInFile_; }
     // Writes the right sum if the file has not got it and everything is on record now.

@@ -82,9 +82,9 @@ KeptPtr KeptCaptures::Find(const std::string& path, const FileStamp& stamp) cons
     return index_.Find(path, stamp);
 }
 
-KeptPtr KeptCaptures::LatestOf(const std::string& path) const {
+KeptPtr KeptCaptures::LatestOf(const std::string& path, const FileStamp& stamp) const {
     const MutexLock lock(mutex_);
-    return index_.LatestOf(path);
+    return index_.LatestOf(path, stamp);
 }
 
 std::vector<KeptPtr> KeptCaptures::Snapshot() const {

@@ -32,7 +32,7 @@ class KeptCaptures {
 
     // See KeptIndex.
     KeptPtr Find(const std::string& path, const FileStamp& stamp) const;
-    KeptPtr LatestOf(const std::string& path) const;
+    KeptPtr LatestOf(const std::string& path, const FileStamp& stamp) const;
     std::vector<KeptPtr> Snapshot() const;
 
     // A change in memory, for taking back.

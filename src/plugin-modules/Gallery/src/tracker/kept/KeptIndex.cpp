@@ -116,7 +116,9 @@ KeptPtr KeptIndex::FindExact(const std::string& path, const FileStamp& stamp) co
     return FindBy(ByFile, path, stamp);
 }
 
-KeptPtr KeptIndex::LatestOf(const std::string& path) const {
+// An entry that was put last may be of an earlier file at the path, which was found to be gone only now.
+KeptPtr KeptIndex::LatestOf(const std::string& path, const FileStamp& stamp) const {
+    if (KeptPtr exact = FindExact(path, stamp)) return exact;
     KeptPtr latest = FindBy(ByPath, path, {});
     return latest && latest->goneSince == 0 ? latest : nullptr;
 }

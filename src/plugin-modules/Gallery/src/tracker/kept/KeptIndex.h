@@ -30,8 +30,9 @@ class KeptIndex {
     KeptPtr Find(const std::string& path, const FileStamp& stamp) const;
     // The entry with this path, size and time, or null.
     KeptPtr FindExact(const std::string& path, const FileStamp& stamp) const;
-    // The entry that was put last for the path, whatever its stamp; null if its file is gone.
-    KeptPtr LatestOf(const std::string& path) const;
+    // The entry with this path, size and time. If there is none, as when the file has changed since, that put
+    // last for the path; null if the file of that one is gone.
+    KeptPtr LatestOf(const std::string& path, const FileStamp& stamp) const;
 
     // In the order of their coming.
     std::vector<KeptPtr> Snapshot() const;
