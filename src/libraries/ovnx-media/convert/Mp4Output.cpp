@@ -18,6 +18,7 @@ namespace {
 
 constexpr size_t kChunkBytes = size_t{256} << 10;
 constexpr AVRational kChunkTime{1, 2};
+constexpr size_t kPiece = size_t{64} << 10;
 
 // The file's type, an empty box, and the header of the media with a size of 64 bits.
 constexpr size_t kStart = 128;
@@ -53,7 +54,7 @@ int64_t LastDuration(const TrackTables& tables, uint64_t bytes, const AVPacket& 
 
 }  // namespace
 
-Mp4Output::Mp4Output(int fd) : fd_(fd), position_(kStart) {}
+Mp4Output::Mp4Output(int fd) : fd_(fd), end_(kStart, '\0') {}
 
 AVStream& Mp4Output::AddTrack(const AVStream& source) {
     AVStream& stream = template_.AddTrack(source);
@@ -88,8 +89,8 @@ void Mp4Output::Write(const AVPacket& packet, std::string_view plain) {
 
 void Mp4Output::FlushChunk(Track& track) {
     if (track.chunkSamples == 0) return;
-    track.tables.AddChunk(position_, std::exchange(track.chunkSamples, 0));
-    WriteEnd(track.chunk);
+    track.tables.AddChunk(written_ + end_.size(), std::exchange(track.chunkSamples, 0));
+    Append(track.chunk);
     track.chunk.clear();
 }
 
@@ -98,9 +99,25 @@ void Mp4Output::WriteAt(uint64_t position, std::string_view bytes) const {
         throw Failure(OVNX_MEDIA_UNWRITABLE, std::strerror(errno));
 }
 
-void Mp4Output::WriteEnd(std::string_view bytes) {
-    WriteAt(position_, bytes);
-    position_ += bytes.size();
+// In pieces that fill pages of the system's memory, most of them without a copy.
+void Mp4Output::Append(std::string_view bytes) {
+    if (!end_.empty()) {
+        const size_t part = std::min(bytes.size(), kPiece - end_.size());
+        end_ += bytes.substr(0, part);
+        bytes.remove_prefix(part);
+        if (end_.size() < kPiece) return;
+        FlushEnd();
+    }
+    const size_t whole = bytes.size() / kPiece * kPiece;
+    WriteAt(written_, bytes.substr(0, whole));
+    written_ += whole;
+    end_ = bytes.substr(whole);
+}
+
+void Mp4Output::FlushEnd() {
+    WriteAt(written_, end_);
+    written_ += end_.size();
+    end_.clear();
 }
 
 std::string Mp4Output::FinishTemplate() {
@@ -145,15 +162,16 @@ void Mp4Output::Finish(const Budget& budget) {
     AppendBox(start, "free", std::string(kStart - kMediaHeader - kBoxHeader - start.size(), '\0'));
     AppendNumber(start, 4, 1);
     start += "mdat";
-    AppendNumber(start, 8, position_ - (kStart - kMediaHeader));
-    WriteAt(0, start);
+    AppendNumber(start, 8, written_ + end_.size() - (kStart - kMediaHeader));
 
     std::vector<const TrackTables*> tables;
     for (Track& track : tracks_) {
         track.tables.Finish();
         tables.push_back(&track.tables);
     }
-    WriteMovieOf(movie->content, tables, recorded, [this](std::string_view part) { WriteEnd(part); });
+    WriteMovieOf(movie->content, tables, recorded, [this](std::string_view part) { Append(part); });
+    FlushEnd();
+    WriteAt(0, start);
 }
 
 }  // namespace ovnxmedia

@@ -44,14 +44,16 @@ class Mp4Output {
     void DescribeBy(Track& track, const AVPacket& packet, size_t size);
     void FlushChunk(Track& track);
     void WriteAt(uint64_t position, std::string_view bytes) const;
-    void WriteEnd(std::string_view bytes);
+    void Append(std::string_view bytes);
+    void FlushEnd();
     std::string FinishTemplate();
     void WriteChapters(std::string_view file, std::string_view movie, const Budget& budget);
 
     const int fd_;
     Mp4Template template_;
     std::deque<Track> tracks_;  // those of chapters, which the muxer makes, at the end
-    uint64_t position_;         // where the next chunk goes
+    uint64_t written_ = 0;
+    std::string end_;  // follows it
 };
 
 }  // namespace ovnxmedia
