@@ -12,6 +12,7 @@
 
 #include "base/FileCalls.h"
 #include "base/NewFile.h"
+#include "base/Path.h"
 #include "importing/CapturePlace.h"
 #include "importing/GameName.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
@@ -22,6 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned kMode = 0644;
+constexpr int kAttempts = 100;
 // All of most pictures, and enough for the head of a video.
 constexpr uint64_t kPreparedBytes = uint64_t{8} << 20;
 
@@ -71,6 +73,15 @@ bool IsCopied(const std::string& place, const KXP::FileDescriptor& copy, const s
            there.st_size == here.st_size && HasPicture(place, picture, videos);
 }
 
+// Returns its path: others may have taken those that were free before.
+std::string LinkWhereFree(KXP::NewFile& copy, const std::string& place) {
+    for (int attempt = 1;; ++attempt) {
+        std::string path = FindFreePlace(place).path;
+        if (copy.LinkNew(KXP::NameOf(path))) return path;
+        if (errno != EEXIST || attempt == kAttempts) FailToWrite(std::strerror(errno));
+    }
+}
+
 bool RemoveSource(const ImportedFile& file, VideoLibrary& videos) {
     struct stat now {};
     // A recorder may have gone on with it.
@@ -105,7 +116,8 @@ Importer::Result Importer::Import(const std::string& path) {
     const ImportSource source(path, pictures_);
     if (ledger_.KnowsSource(path, source.size(), source.time())) return {Outcome::kKnown, ""};
     const CaptureMarks marks = MarksOf(path);
-    const FreePlace place = FindFreePlace(PlaceOf(source, options_.gallery, marks.game));
+    const std::string wanted = PlaceOf(source, options_.gallery, marks.game);
+    const FreePlace place = FindFreePlace(wanted);
     const GameFolder folder(fs::path(place.path).parent_path());
 
     KXP::NewFile copy(place.path, kMode);
@@ -123,14 +135,14 @@ Importer::Result Importer::Import(const std::string& path) {
         return {Outcome::kKnown, ""};
     }
     SetFileTime(copy.descriptor(), options_.time.value_or(source.time()));
-    if (!copy.LinkNew()) FailToWrite(std::strerror(errno));
-    if (!IsOwn(place.path)) {
-        (void)unlink(place.path.c_str());
+    const std::string linked = LinkWhereFree(copy, wanted);
+    if (!IsOwn(linked)) {
+        (void)unlink(linked.c_str());
         throw ImportError("does not become a capture");
     }
-    pending_.push_back({picture, path, source.size(), source.time(), place.path});
+    pending_.push_back({picture, path, source.size(), source.time(), linked});
     ledger_.Add(pending_.back());
-    return {Outcome::kImported, place.path};
+    return {Outcome::kImported, linked};
 }
 
 std::vector<std::string> Importer::Commit() {

@@ -133,6 +133,16 @@ TEST_F(ImporterTest, OfTwoAtOnceOneHasThePicture) {
     EXPECT_EQ(second.Import(Png("Sea/b.png", 5)).outcome, Outcome::kImported);
     second.Commit();
     EXPECT_EQ(first.Import(Png("Tide/b.png", 5)).outcome, Outcome::kKnown);
+    // Another picture of the same name takes the place meanwhile.
+    ImportOptions reading = options;
+    reading.onRead = [&](uint64_t) {
+        if (folder_.Has("gallery/Sun/c.png")) return;
+        EXPECT_EQ(second.Import(Png("Pictures/Sun/c.png", 6)).path, gallery_ + "/Sun/c.png");
+    };
+    Importer third(reading, ledgers[0]);
+    EXPECT_EQ(third.Import(Png("Sun/c.png", 7)).path, gallery_ + "/Sun/c (2).png");
+    third.Commit();
+    second.Commit();
     // Nothing but the ledger stays of them.
     first.Commit();
     for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
