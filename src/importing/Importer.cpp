@@ -63,14 +63,19 @@ bool HasPicture(const std::string& path, const std::string& picture, VideoLibrar
     }
 }
 
-// What a kill leaves between the moment when a copy got its name and the one when it was noted. Copies of one
-// source are of one size, so that few other files are read.
-bool IsCopied(const std::string& place, const KXP::FileDescriptor& copy, const std::string& picture,
-              VideoLibrary& videos) {
-    struct stat there {};
+// What a kill leaves between the moment when a copy got its name and the one when it was noted: its path, or
+// nothing. Copies of one source are of one size, so that few other files are read.
+std::string FindCopy(const std::vector<std::string>& taken, const KXP::FileDescriptor& copy,
+                     const std::string& picture, VideoLibrary& videos) {
     struct stat here {};
-    return lstat(place.c_str(), &there) == 0 && fstat(copy.get(), &here) == 0 && S_ISREG(there.st_mode) &&
-           there.st_size == here.st_size && HasPicture(place, picture, videos);
+    if (fstat(copy.get(), &here) != 0) return {};
+    for (const std::string& place : taken) {
+        struct stat there {};
+        if (lstat(place.c_str(), &there) == 0 && S_ISREG(there.st_mode) && there.st_size == here.st_size &&
+            HasPicture(place, picture, videos))
+            return place;
+    }
+    return {};
 }
 
 // Returns its path: others may have taken those that were free before.
@@ -125,13 +130,15 @@ Importer::Result Importer::Import(const std::string& path) {
     const std::string picture =
         WriteCapture(source, marks, videos_, digests_, copy.descriptor(), options_.onRead);
     if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
-    const auto copied = std::find_if(place.taken.begin(), place.taken.end(), [&](const std::string& taken) {
-        return IsCopied(taken, copy.descriptor(), picture, videos_);
-    });
+    std::string copied = FindCopy(place.taken, copy.descriptor(), picture, videos_);
     const KXP::FileDescriptor turn = ledger_.TakeTurn();
     if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
-    if (copied != place.taken.end()) {
-        ledger_.Add({picture, path, source.size(), source.time(), *copied});
+    // An import that was killed since has left its copy there.
+    const FreePlace current = FindFreePlace(wanted);
+    if (copied.empty() && current.path != place.path)
+        copied = FindCopy(current.taken, copy.descriptor(), picture, videos_);
+    if (!copied.empty()) {
+        ledger_.Add({picture, path, source.size(), source.time(), copied});
         return {Outcome::kKnown, ""};
     }
     SetFileTime(copy.descriptor(), options_.time.value_or(source.time()));
