@@ -1,6 +1,5 @@
 #include "libraries/ovnx-media/convert/Convert.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -53,7 +52,7 @@ bool IsMovie(int fd) {
 // The codec that a sample description of a movie stands for.
 int CodecOf(std::string_view type, bool isVideo) {
     unsigned tag = 0;
-    std::memcpy(&tag, type.data(), std::min(type.size(), sizeof tag));
+    type.copy(reinterpret_cast<char*>(&tag), sizeof tag);
     const AVCodecTag* const tags[] = {isVideo ? avformat_get_mov_video_tags() : avformat_get_mov_audio_tags(),
                                       nullptr};
     return av_codec_get_id(tags, tag);
