@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "libraries/media-bytes/ByteView.h"
+#include "libraries/ovnx-media/Failure.h"
 #include "libraries/ovnx-media/cut/MemoryBoxes.h"
 
 extern "C" {
@@ -21,6 +22,14 @@ int64_t UnitOf(std::string_view header) {
     const uint32_t unit = view.U32(HasLongTimes(header) ? 20 : 12);
     if (unit == 0) ThrowDamaged();
     return unit;
+}
+
+// The muxer leaves out a track when it keeps back all of its packets, and numbers the others as if it were
+// there.
+void CheckIsThere(std::string_view track, size_t index) {
+    const std::string_view header = ContentAt(track, {"tkhd"});
+    if (media::ByteView(header).U32(HasLongTimes(header) ? 20 : 12) != index + 1)
+        throw Failure(OVNX_MEDIA_DAMAGED, "a track of it begins with what an MP4 does not take");
 }
 
 // Puts in how long the last edit is, and returns how long all are.
@@ -83,6 +92,7 @@ class Frame {
         const TrackTables& tables = *tracks_.at(next_);
         if (next_++ >= recorded_)
             return Edited(track, "mdia", [&](auto media) { return Media(media, tables, false); });
+        CheckIsThere(track, next_ - 1);
         const int64_t unit = UnitOf(ContentAt(track, {"mdia", "mdhd"}));
         const int64_t length = av_rescale_rnd(tables.ShownLength(), unit_, unit, AV_ROUND_UP);
         std::string edits(ContentAt(track, {"edts", "elst"}));
