@@ -126,7 +126,7 @@ struct LookedAt {
 
 // By more than time zones make: of a drive that another system writes, some have the local time.
 bool IsFromTheFuture(const std::string& path) {
-    constexpr std::time_t kDay = 24 * 60 * 60;
+    constexpr std::time_t kDay = std::time_t{24} * 60 * 60;
     struct stat status {};
     return stat(path.c_str(), &status) == 0 && status.st_mtime > std::time(nullptr) + kDay;
 }
