@@ -75,12 +75,12 @@ bool NewFile::LookAtPlace(struct stat& status) const {
     return fstatat(folder_.get(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-bool NewFile::Put(bool replace, Durability durability) {
+bool NewFile::Put(const std::string& name, bool replace, Durability durability) {
     if (durability != Durability::None && !Platform::MakeDurable(file_.get())) return false;
     if (hidden_.empty() && !GiveHiddenName()) return false;
     if (!file_.Close()) return false;
-    const bool put = replace ? renameat(folder_.get(), hidden_.c_str(), folder_.get(), name_.c_str()) == 0
-                             : Platform::RenameNoReplace(folder_.get(), hidden_, folder_.get(), name_);
+    const bool put = replace ? renameat(folder_.get(), hidden_.c_str(), folder_.get(), name.c_str()) == 0
+                             : Platform::RenameNoReplace(folder_.get(), hidden_, folder_.get(), name);
     if (!put) return false;
     hidden_.clear();
     note_.reset();
@@ -89,9 +89,9 @@ bool NewFile::Put(bool replace, Durability durability) {
 }
 
 // A hidden name and its note cost as much as a small file.
-bool NewFile::LinkNew() {
-    if (!hidden_.empty()) return PutNew();
-    return Platform::GiveName(file_.get(), folder_.get(), name_) && file_.Close();
+bool NewFile::LinkNew(const std::string& name) {
+    if (!hidden_.empty()) return Put(name, false, Durability::None);
+    return Platform::GiveName(file_.get(), folder_.get(), name) && file_.Close();
 }
 
 }  // namespace KXP

@@ -41,17 +41,18 @@ class NewFile {
 
     // Ends the writing and puts the file into its place, once: PutNew where nothing may be yet (EEXIST),
     // PutOver in place of the file or link that is there. False with errno set.
-    bool PutNew(Durability durability = Durability::None) { return Put(false, durability); }
-    bool PutOver(Durability durability = Durability::None) { return Put(true, durability); }
+    bool PutNew(Durability durability = Durability::None) { return Put(name_, false, durability); }
+    bool PutOver(Durability durability = Durability::None) { return Put(name_, true, durability); }
     // As PutNew, in one step where the file has no name yet. Who watches the folder sees a file that is
-    // created, as any link is, instead of one that is moved into its place.
-    bool LinkNew();
+    // created, as any link is, instead of one that is moved into its place. After EEXIST it can be called
+    // again, with another name in the folder.
+    bool LinkNew(const std::string& name);
 
   private:
     void Create(unsigned mode);
     void CreateHidden(unsigned mode);
     bool GiveHiddenName();
-    bool Put(bool replace, Durability durability);
+    bool Put(const std::string& name, bool replace, Durability durability);
 
     FileDescriptor folder_;
     const std::string name_;

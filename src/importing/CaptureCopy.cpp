@@ -46,6 +46,15 @@ class Copier {
         }
     }
 
+    // The same of a file that is copied as it is: what comes before a place.
+    void CopyUpTo(uint64_t end) {
+        while (at_ < end) {
+            const auto size = static_cast<size_t>(std::min<uint64_t>(end - at_, DigestThread::kBlock));
+            CopyBlock(at_, size, false);
+            if (onRead_) onRead_(size);
+        }
+    }
+
     std::string Digest() { return digest_.Finish(); }
 
   private:
@@ -90,6 +99,18 @@ class Copier {
     bool canShare_ = true;
 };
 
+// The library reads packets as they lie in the file, so that the disk has it read once: each part is copied
+// while it is in the system's memory.
+std::string CopyVideo(const ImportSource& source, VideoLibrary& videos, Copier& copier) {
+    uint64_t read = 0;
+    std::string digest = videos.DigestOf(source.file(), [&](uint64_t bytes) {
+        read += bytes;
+        copier.CopyUpTo(std::min(read, source.size()) / kPage * kPage);
+    });
+    copier.CopyUpTo(source.size());
+    return digest;
+}
+
 void Engrave(const KXP::FileDescriptor& file, const CaptureMarks& marks) {
     try {
         engraving::EngravingFile capture{KXP::FileDescriptor(dup(file.get()))};
@@ -118,10 +139,13 @@ std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, 
         digest = videos.Convert(source.file(), out, onPart);
     } else {
         Copier copier(source, digests, out, onPart);
-        copier.Copy(source.Plan(marks));
+        if (source.IsVideo())
+            digest = CopyVideo(source, videos, copier);
+        else
+            copier.Copy(source.Plan(marks));
         // This thread is then not idle until the digest is made.
         KXP::Platform::StartWriteback(out.get());
-        digest = source.IsVideo() ? DigestOf(source, videos) : copier.Digest();
+        if (!source.IsVideo()) digest = copier.Digest();
     }
     if (source.IsVideo()) Engrave(out, marks);
     if (source.IsVideo()) KXP::Platform::StartWriteback(out.get());

@@ -1,11 +1,14 @@
 #include "importing/ImportLedger.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/FileCalls.h"
@@ -74,7 +77,12 @@ ImportLedger::ImportLedger(std::string path) : path_(std::move(path)) {
 
 // Moves the position to the end of the last complete line: somebody may be writing the next one.
 void ImportLedger::ReadLines(const KXP::FileDescriptor& file, uint64_t& position) {
-    std::string piece(kPiece, '\0');
+    struct stat status {};
+    if (fstat(file.get(), &status) != 0) Fail(path_);
+    const auto size = static_cast<uint64_t>(status.st_size);
+    if (size <= position) return;
+    // One more than there are, so that a full piece is never the end.
+    std::string piece(static_cast<size_t>(std::min<uint64_t>(size - position + 1, kPiece)), '\0');
     for (;;) {
         errno = 0;
         const size_t got = KXP::ReadAt(file, position, piece.data(), piece.size());
@@ -86,27 +94,28 @@ void ImportLedger::ReadLines(const KXP::FileDescriptor& file, uint64_t& position
             rest.remove_prefix(end + 1);
         }
         // A line that long is none.
-        if (got == piece.size() && rest.size() == got) rest = {};
+        if (got == kPiece && rest.size() == got) rest = {};
         position += got - rest.size();
-        if (got < piece.size()) return;
+        if (got < kPiece) return;
     }
 }
 
 // Of imports that run: the lock of one that has ended is free, and its note means nothing.
 void ImportLedger::ReadNotes() {
     const std::string folder = KXP::ParentOf(path_);
+    std::map<std::string, uint64_t> read;
     KXP::FolderReader reader(folder);
     while (reader.Next()) {
         const std::string path = folder + "/" + reader.Name();
         if (std::string_view(reader.Name()).substr(0, kNotes.size()) != kNotes) continue;
         const KXP::FileDescriptor note = KXP::OpenForUpdate(path);
         if (!note.IsOpen()) continue;
-        uint64_t position = 0;
         if (flock(note.get(), LOCK_EX | LOCK_NB) == 0)
             (void)unlink(path.c_str());
         else
-            ReadLines(note, position);
+            ReadLines(note, read[path] = notesRead_[path]);
     }
+    notesRead_ = std::move(read);
 }
 
 KXP::FileDescriptor ImportLedger::TakeTurn() {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -48,8 +49,9 @@ class ImportLedger {
     void ReadNotes();
 
     const std::string path_;
-    uint64_t read_ = 0;                    // of the file
-    std::unique_ptr<KXP::WorkNote> note_;  // of what is unsaved
+    uint64_t read_ = 0;                          // of the file
+    std::map<std::string, uint64_t> notesRead_;  // of each note
+    std::unique_ptr<KXP::WorkNote> note_;        // of what is unsaved
     std::set<std::tuple<std::string, uint64_t, int64_t>> sources_;
     std::set<std::string> pictures_;
     std::string unsaved_;

@@ -12,6 +12,7 @@
 
 #include "base/FileCalls.h"
 #include "base/NewFile.h"
+#include "base/Path.h"
 #include "importing/CapturePlace.h"
 #include "importing/GameName.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
@@ -22,6 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned kMode = 0644;
+constexpr int kAttempts = 100;
 // All of most pictures, and enough for the head of a video.
 constexpr uint64_t kPreparedBytes = uint64_t{8} << 20;
 
@@ -61,14 +63,28 @@ bool HasPicture(const std::string& path, const std::string& picture, VideoLibrar
     }
 }
 
-// What a kill leaves between the moment when a copy got its name and the one when it was noted. Copies of one
-// source are of one size, so that few other files are read.
-bool IsCopied(const std::string& place, const KXP::FileDescriptor& copy, const std::string& picture,
-              VideoLibrary& videos) {
-    struct stat there {};
+// What a kill leaves between the moment when a copy got its name and the one when it was noted: its path, or
+// nothing. Copies of one source are of one size, so that few other files are read.
+std::string FindCopy(const std::vector<std::string>& taken, const KXP::FileDescriptor& copy,
+                     const std::string& picture, VideoLibrary& videos) {
     struct stat here {};
-    return lstat(place.c_str(), &there) == 0 && fstat(copy.get(), &here) == 0 && S_ISREG(there.st_mode) &&
-           there.st_size == here.st_size && HasPicture(place, picture, videos);
+    if (fstat(copy.get(), &here) != 0) return {};
+    for (const std::string& place : taken) {
+        struct stat there {};
+        if (lstat(place.c_str(), &there) == 0 && S_ISREG(there.st_mode) && there.st_size == here.st_size &&
+            HasPicture(place, picture, videos))
+            return place;
+    }
+    return {};
+}
+
+// Returns its path: others may have taken those that were free before.
+std::string LinkWhereFree(KXP::NewFile& copy, const std::string& place) {
+    for (int attempt = 1;; ++attempt) {
+        std::string path = FindFreePlace(place).path;
+        if (copy.LinkNew(KXP::NameOf(path))) return path;
+        if (errno != EEXIST || attempt == kAttempts) FailToWrite(std::strerror(errno));
+    }
 }
 
 bool RemoveSource(const ImportedFile& file, VideoLibrary& videos) {
@@ -105,7 +121,8 @@ Importer::Result Importer::Import(const std::string& path) {
     const ImportSource source(path, pictures_);
     if (ledger_.KnowsSource(path, source.size(), source.time())) return {Outcome::kKnown, ""};
     const CaptureMarks marks = MarksOf(path);
-    const FreePlace place = FindFreePlace(PlaceOf(source, options_.gallery, marks.game));
+    const std::string wanted = PlaceOf(source, options_.gallery, marks.game);
+    const FreePlace place = FindFreePlace(wanted);
     const GameFolder folder(fs::path(place.path).parent_path());
 
     KXP::NewFile copy(place.path, kMode);
@@ -113,24 +130,26 @@ Importer::Result Importer::Import(const std::string& path) {
     const std::string picture =
         WriteCapture(source, marks, videos_, digests_, copy.descriptor(), options_.onRead);
     if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
-    const auto copied = std::find_if(place.taken.begin(), place.taken.end(), [&](const std::string& taken) {
-        return IsCopied(taken, copy.descriptor(), picture, videos_);
-    });
+    std::string copied = FindCopy(place.taken, copy.descriptor(), picture, videos_);
     const KXP::FileDescriptor turn = ledger_.TakeTurn();
     if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
-    if (copied != place.taken.end()) {
-        ledger_.Add({picture, path, source.size(), source.time(), *copied});
+    // An import that was killed since has left its copy there.
+    const FreePlace current = FindFreePlace(wanted);
+    if (copied.empty() && current.path != place.path)
+        copied = FindCopy(current.taken, copy.descriptor(), picture, videos_);
+    if (!copied.empty()) {
+        ledger_.Add({picture, path, source.size(), source.time(), copied});
         return {Outcome::kKnown, ""};
     }
     SetFileTime(copy.descriptor(), options_.time.value_or(source.time()));
-    if (!copy.LinkNew()) FailToWrite(std::strerror(errno));
-    if (!IsOwn(place.path)) {
-        (void)unlink(place.path.c_str());
+    const std::string linked = LinkWhereFree(copy, wanted);
+    if (!IsOwn(linked)) {
+        (void)unlink(linked.c_str());
         throw ImportError("does not become a capture");
     }
-    pending_.push_back({picture, path, source.size(), source.time(), place.path});
+    pending_.push_back({picture, path, source.size(), source.time(), linked});
     ledger_.Add(pending_.back());
-    return {Outcome::kImported, place.path};
+    return {Outcome::kImported, linked};
 }
 
 std::vector<std::string> Importer::Commit() {

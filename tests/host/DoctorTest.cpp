@@ -56,6 +56,9 @@ TEST_F(Doctor, NamesWhatIsWrongAndMendsWhatIsSafe) {
     EXPECT_FALSE(fs::exists(share_ + "UGCTracker.json"));
     EXPECT_EQ(Run({"list"}).status, 0);
     ExpectLine(0, "14 captures can be read");
+    const std::string early = gallery_ + "/Nine Lanterns/Bridge.png";
+    fs::last_write_time(early, fs::file_time_type::clock::now() + std::chrono::hours(48));
+    ExpectLine(0, "1 capture with a date in the future: " + early);
     // A drive that is away is no reason to forget what was on it.
     fs::create_directory(home_ / "drive");
     fs::rename(gallery_, home_ / "drive/g");

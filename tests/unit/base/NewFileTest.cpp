@@ -55,9 +55,10 @@ TEST_F(NewFileTest, NothingStaysOfOneThatIsNotPut) {
 
 TEST_F(NewFileTest, ALinkReplacesNothing) {
     fs::create_symlink("nowhere", folder_ / "place");
-    EXPECT_FALSE(NewFile(folder_ / "place").LinkNew());
+    NewFile file(folder_ / "place");
+    EXPECT_FALSE(file.LinkNew("place"));
     EXPECT_EQ(errno, EEXIST);
-    EXPECT_TRUE(NewFile(folder_ / "other").LinkNew());
+    EXPECT_TRUE(file.LinkNew("other"));
     EXPECT_EQ(Entries(), 2);
 }
 

@@ -133,6 +133,16 @@ TEST_F(ImporterTest, OfTwoAtOnceOneHasThePicture) {
     EXPECT_EQ(second.Import(Png("Sea/b.png", 5)).outcome, Outcome::kImported);
     second.Commit();
     EXPECT_EQ(first.Import(Png("Tide/b.png", 5)).outcome, Outcome::kKnown);
+    // Another picture of the same name takes the place meanwhile.
+    ImportOptions reading = options;
+    reading.onRead = [&](uint64_t) {
+        if (folder_.Has("gallery/Sun/c.png")) return;
+        EXPECT_EQ(second.Import(Png("Pictures/Sun/c.png", 6)).path, gallery_ + "/Sun/c.png");
+    };
+    Importer third(reading, ledgers[0]);
+    EXPECT_EQ(third.Import(Png("Sun/c.png", 7)).path, gallery_ + "/Sun/c (2).png");
+    third.Commit();
+    second.Commit();
     // Nothing but the ledger stays of them.
     first.Commit();
     for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
@@ -152,6 +162,16 @@ TEST_F(ImporterTest, GoesOnAfterAKill) {
     EXPECT_EQ(Place(Png("Tide/c.png", 6)), "Tide/c.png");
     EXPECT_EQ(Import(source).outcome, Outcome::kKnown);
     EXPECT_EQ(Import(Png("Tide/d.png", 6)).outcome, Outcome::kKnown);
+    // The copy of another import, killed while this one reads the picture, which has noted nothing.
+    ImportLedger lost(folder_ / "Lost.jsonl");
+    ImportOptions options{gallery_, {}, {}, {}, false, PRODUCT_DEPENDENCIES, {}};
+    Importer(options, lost).Import(Png("Sea/e.png", 8));
+    options.onRead = [&](uint64_t) {
+        std::error_code ignored;
+        std::filesystem::rename(gallery_ + "/Sea/e.png", gallery_ + "/Sun/e.png", ignored);
+    };
+    EXPECT_EQ(Import(Png("Sun/e.png", 8), options).outcome, Outcome::kKnown);
+    EXPECT_TRUE(folder_.Has("gallery/Sun/e.png") && !folder_.Has("gallery/Sun/e (2).png"));
 }
 
 TEST_F(ImporterTest, MovesOnlyWhatItCouldVerify) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -117,44 +118,66 @@ std::string DropRecord(const std::string& share) {
     return error ? error.message() : "the next start scans the gallery";
 }
 
+struct LookedAt {
+    NamedFiles gone;
+    NamedFiles unreadable;
+    NamedFiles fromTheFuture;
+};
+
+// By more than time zones make: of a drive that another system writes, some have the local time.
+bool IsFromTheFuture(const std::string& path) {
+    constexpr std::time_t kDay = std::time_t{24} * 60 * 60;
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && status.st_mtime > std::time(nullptr) + kDay;
+}
+
 // A file whose name cannot be looked at is not gone.
-void LookAtCapture(const TrackedUGC& capture, NamedFiles& gone, NamedFiles& unreadable) {
+void LookAtCapture(const TrackedUGC& capture, LookedAt& found) {
     if (capture.date.view().empty()) return;  // a highlight that is not saved yet
     if (!Exists(capture.path)) {
-        gone.Add(capture.path);
+        found.gone.Add(capture.path);
         return;
     }
     media::SniffResult result;
-    if (media::SniffFile(capture.path, result) < 0) unreadable.Add(capture.path);
+    if (media::SniffFile(capture.path, result) < 0) found.unreadable.Add(capture.path);
+    if (IsFromTheFuture(capture.path)) found.fromTheFuture.Add(capture.path);
 }
 
 void CheckCaptures(const Record& record, const ProductFolders& folders, Findings& findings) {
-    NamedFiles gone;
-    NamedFiles unreadable;
+    LookedAt found;
     Progress progress("looking at captures", record.captures.size());
     for (const NewUGC& capture : record.captures) {
-        LookAtCapture(*capture, gone, unreadable);
+        LookAtCapture(*capture, found);
         progress.Advance();
         progress.Draw();
     }
-    if (gone.count() > 0)
+    if (found.gone.count() > 0)
         findings.push_back(
             {"record", Health::kBad,
-             Counted(gone.count(), "capture") + " on record whose file is gone: " + gone.Text(),
+             Counted(found.gone.count(), "capture") + " on record whose file is gone: " + found.gone.Text(),
              "let the next start scan the gallery (--fix)",
              [share = folders.share] { return DropRecord(share); }});
-    if (unreadable.count() > 0)
-        findings.push_back({"captures",
-                            Health::kBad,
-                            Counted(unreadable.count(), "capture") + " cannot be read: " + unreadable.Text(),
-                            "look at the rights of these files, and at their disk",
-                            {}});
-    else if (gone.count() < record.captures.size())
+    if (found.unreadable.count() > 0)
+        findings.push_back(
+            {"captures",
+             Health::kBad,
+             Counted(found.unreadable.count(), "capture") + " cannot be read: " + found.unreadable.Text(),
+             "look at the rights of these files, and at their disk",
+             {}});
+    else if (found.gone.count() < record.captures.size())
         findings.push_back({"captures",
                             Health::kGood,
-                            Counted(record.captures.size() - gone.count(), "capture") + " can be read",
+                            Counted(record.captures.size() - found.gone.count(), "capture") + " can be read",
                             {},
                             {}});
+    if (found.fromTheFuture.count() > 0)
+        findings.push_back(
+            {"clock",
+             Health::kNote,
+             Counted(found.fromTheFuture.count(), "capture") +
+                 " with a date in the future: " + found.fromTheFuture.Text(),
+             "look at the clock; they come first in the list until then (touch changes a date)",
+             {}});
 }
 
 // What a process that was killed has left; the names of notes say whose they are.

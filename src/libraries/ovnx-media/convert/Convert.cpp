@@ -1,6 +1,5 @@
 #include "libraries/ovnx-media/convert/Convert.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -9,9 +8,12 @@
 #include <unistd.h>
 
 #include "libraries/ovnx-media/convert/CodecRules.h"
+#include "libraries/ovnx-media/convert/MoviePackets.h"
 #include "libraries/ovnx-media/convert/Mp4Output.h"
 #include "libraries/ovnx-media/convert/PacketSource.h"
+#include "libraries/ovnx-media/convert/ReadCount.h"
 #include "libraries/ovnx-media/cut/Remux.h"
+#include "libraries/ovnx-media/cut/SampleTable.h"
 #include "libraries/ovnx-media/cut/SourceMovie.h"
 
 extern "C" {
@@ -20,8 +22,6 @@ extern "C" {
 
 namespace ovnxmedia {
 namespace {
-
-constexpr size_t kPiece = 1u << 20;
 
 // What an MP4 must have of a track.
 struct TrackBytes {
@@ -52,7 +52,7 @@ bool IsMovie(int fd) {
 // The codec that a sample description of a movie stands for.
 int CodecOf(std::string_view type, bool isVideo) {
     unsigned tag = 0;
-    std::memcpy(&tag, type.data(), std::min(type.size(), sizeof tag));
+    type.copy(reinterpret_cast<char*>(&tag), sizeof tag);
     const AVCodecTag* const tags[] = {isVideo ? avformat_get_mov_video_tags() : avformat_get_mov_audio_tags(),
                                       nullptr};
     return av_codec_get_id(tags, tag);
@@ -88,34 +88,15 @@ class Sink {
         tracks_[number].Add(plain);
         av_packet_rescale_ts(&packet, from.stream->time_base, streams_[number]->time_base);
         packet.pos = -1;
-        output_.Write(packet);
+        output_.Write(packet, tracks_[number].last);
     }
 
-    void Finish() { output_.Finish(); }
+    void Finish(const Budget& budget) { output_.Finish(budget); }
 
   private:
     Mp4Output output_;
     std::vector<AVStream*> streams_;
     std::vector<TrackBytes> tracks_;
-};
-
-// Hands on what was read in large pieces.
-class ReadCount {
-  public:
-    explicit ReadCount(const PacketListener& listener) : listener_(listener) {}
-
-    void Add(uint64_t bytes) {
-        bytes_ += bytes;
-        if (bytes_ >= kPiece) Flush();
-    }
-    void Flush() {
-        if (listener_.onRead) listener_.onRead(bytes_);
-        bytes_ = 0;
-    }
-
-  private:
-    const PacketListener& listener_;
-    uint64_t bytes_ = 0;
 };
 
 template <typename Take>
@@ -135,21 +116,25 @@ void ForEachPacket(PacketSource& source, const PacketListener& listener, const T
     count.Flush();
 }
 
-// Opened by another reader than the one that has written it.
+// Opened as any MP4 file.
 void Check(int output, const std::vector<TrackBytes>& expected, const Budget& budget) {
-    SourceMovie movie(output, budget);
+    SourceMovie movie(output, budget, SourceMovie::Samples::Leave);
     if (movie.tracks().size() < expected.size()) ThrowUnfaithful();
     for (size_t i = 0; i < expected.size(); ++i) {
-        const std::vector<Sample>& samples = movie.tracks()[i].table.samples;
+        const SourceTrack& track = movie.tracks()[i];
+        SampleWalk walk(track.tables(), track.IsSound(), budget);
         uint64_t size = 0;
-        for (const Sample& sample : samples)
+        uint64_t start = 0;
+        Sample last;
+        for (Sample sample; walk.Next(sample); last = sample) {
+            if (sample.number == 0) start = sample.offset;
             size += sample.size;
-        if (samples.empty() || size != expected[i].size) ThrowUnfaithful();
-        const Sample& last = samples.back();
+        }
+        if (size != expected[i].size) ThrowUnfaithful();
         // A sample may consist of several packets.
         const uint64_t end = last.offset + last.size - expected[i].last.size();
         if (last.size < expected[i].last.size() ||
-            ReadRange(movie.file(), samples.front().offset, expected[i].first.size()) != expected[i].first ||
+            ReadRange(movie.file(), start, expected[i].first.size()) != expected[i].first ||
             ReadRange(movie.file(), end, expected[i].last.size()) != expected[i].last)
             ThrowUnfaithful();
     }
@@ -166,34 +151,14 @@ std::vector<TrackBytes> WritePackets(int input, int output, int delay, const Pac
                   });
     for (const TrackBytes& track : sink.tracks())
         if (track.size == 0) throw Failure(OVNX_MEDIA_DAMAGED, "it has a track with nothing in it");
-    sink.Finish();
+    sink.Finish(budget);
     return sink.tracks();
 }
 
-// The muxer's tables of the recording are gone when it is read again.
+// The tables of the recording are gone when it is read again.
 void Mux(int input, int output, int delay, const PacketListener& listener, const Budget& budget) {
     const std::vector<TrackBytes> tracks = WritePackets(input, output, delay, listener, budget);
     Check(output, tracks, budget);
-}
-
-void ReadSamples(SourceMovie& movie, const PacketListener& listener, const Budget& budget) {
-    ReadCount count(listener);
-    std::string bytes;
-    uint32_t number = 0;
-    for (const SourceTrack& track : movie.tracks()) {
-        if (!track.IsVideo() && !track.IsSound()) continue;
-        for (const Sample& sample : track.table.samples) {
-            budget.Check();
-            for (uint32_t done = 0; done < sample.size; done += static_cast<uint32_t>(bytes.size())) {
-                bytes = ReadRange(movie.file(), sample.offset + done,
-                                  std::min<uint64_t>(sample.size - done, kPiece));
-                if (listener.onPacket) listener.onPacket(number, bytes.data(), bytes.size());
-                count.Add(bytes.size());
-            }
-        }
-        ++number;
-    }
-    count.Flush();
 }
 
 }  // namespace
@@ -201,10 +166,12 @@ void ReadSamples(SourceMovie& movie, const PacketListener& listener, const Budge
 void Convert(int input, int output, const PacketListener& listener, const Budget& budget) {
     PrepareFfmpeg();
     if (IsMovie(input)) {
-        SourceMovie movie(input, budget);
-        CheckCodecs(movie);
-        if (output < 0) return;
-        ReadSamples(movie, listener, budget);
+        {
+            SourceMovie movie(input, budget, SourceMovie::Samples::Leave);
+            CheckCodecs(movie);
+            if (output < 0) return;
+            ReadMoviePackets(movie, listener, budget);
+        }
         Remux(input, output, {0, UINT64_MAX, false, true}, budget);
         return;
     }
@@ -229,8 +196,8 @@ void Convert(int input, int output, const PacketListener& listener, const Budget
 void ReadPackets(int input, const PacketListener& listener, const Budget& budget) {
     PrepareFfmpeg();
     if (IsMovie(input)) {
-        SourceMovie movie(input, budget);
-        ReadSamples(movie, listener, budget);
+        SourceMovie movie(input, budget, SourceMovie::Samples::Leave);
+        ReadMoviePackets(movie, listener, budget);
         return;
     }
     PacketSource source(input, budget, PacketSource::kMostDelay);

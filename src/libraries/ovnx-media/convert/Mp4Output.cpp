@@ -4,123 +4,174 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
-#include <string>
+#include <utility>
+#include <vector>
 
 #include "base/ReadWrite.h"
 #include "libraries/ovnx-media/Failure.h"
-
-extern "C" {
-#include <libavutil/mem.h>
-}
+#include "libraries/ovnx-media/convert/Mp4Movie.h"
+#include "libraries/ovnx-media/cut/MemoryBoxes.h"
+#include "libraries/ovnx-media/cut/SampleTable.h"
 
 namespace ovnxmedia {
 namespace {
 
-constexpr AVRational kMicroseconds{1, 1000000};
+constexpr size_t kChunkBytes = size_t{256} << 10;
+constexpr AVRational kChunkTime{1, 2};
+constexpr size_t kPiece = size_t{64} << 10;
 
-// Descriptions that hold for the copy. Others name the container, or the program that wrote it.
-constexpr const char* kKept[] = {"title",     "comment", "artist",      "date",  "creation_time",
-                                 "copyright", "game",    "description", "genre", "language"};
+// The file's type, an empty box, and the header of the media with a size of 64 bits.
+constexpr size_t kStart = 128;
+constexpr size_t kMediaHeader = 16;
+constexpr size_t kBoxHeader = 8;
 
-void CopyDescriptions(const AVDictionary* from, AVDictionary** to) {
-    for (const char* const key : kKept)
-        if (const AVDictionaryEntry* const entry = av_dict_get(from, key, nullptr, 0))
-            av_dict_set(to, key, entry->value, 0);
+// The first frame describes a video. Decoders of Opus need the sound of 80 ms before a place, and the packets
+// of as long a time say how many these are.
+constexpr uint32_t kDescribingFrames = 1;
+constexpr uint32_t kDescribingSounds = 40;
+
+// A sample of E-AC3 has six blocks of 256, and some packets have fewer. Times may be rounded.
+constexpr int64_t kEac3Sample = 6 * 256 - 128;
+
+bool IsVideo(const AVStream& stream) {
+    return NumberOf(stream.codecpar->codec_type) == AVMEDIA_TYPE_VIDEO;
+}
+
+bool GoesOn(const AVStream& stream, const TrackTables& tables, int64_t time) {
+    return NumberOf(stream.codecpar->codec_id) == AV_CODEC_ID_EAC3 && tables.samples() > 0 &&
+           av_rescale(time - tables.lastDecoded(),
+                      stream.codecpar->sample_rate * int64_t{stream.time_base.num},
+                      stream.time_base.den) < kEac3Sample;
+}
+
+// The bytes of the first packets in so long a time that the muxer, which knows no others, writes the rate of
+// all as the rate of the track.
+int64_t LastDuration(const TrackTables& tables, uint64_t bytes, const AVPacket& last) {
+    const int64_t time = av_rescale(tables.Length(), static_cast<int64_t>(bytes),
+                                    static_cast<int64_t>(std::max<uint64_t>(tables.bytes(), 1)));
+    return std::max<int64_t>(1, time - (last.dts - tables.firstDecoded()));
 }
 
 }  // namespace
 
-Mp4Output::Mp4Output(int fd) : fd_(fd), io_(MakeIo(true, this, nullptr, WriteBytes, SeekBytes)) {
-    AVFormatContext* format = nullptr;
-    const int result = avformat_alloc_output_context2(&format, nullptr, "mp4", nullptr);
-    format_.reset(format);
-    Expect(result, "an MP4 file");
-    format_->pb = io_.get();
-    // Without the name of the library in the file.
-    format_->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
-    format_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
-}
+Mp4Output::Mp4Output(int fd) : fd_(fd), end_(kStart, '\0') {}
 
 AVStream& Mp4Output::AddTrack(const AVStream& source) {
-    AVStream* const track = avformat_new_stream(format_.get(), nullptr);
-    if (!track) throw std::bad_alloc();
-    Expect(avcodec_parameters_copy(track->codecpar, source.codecpar), "a track");
-    track->codecpar->codec_tag = 0;
-    track->time_base = source.time_base;
-    track->avg_frame_rate = source.avg_frame_rate;
-    track->sample_aspect_ratio = source.sample_aspect_ratio;
-    track->disposition = source.disposition;
-    CopyDescriptions(source.metadata, &track->metadata);
-    for (int i = 0; i < source.nb_side_data; ++i) {
-        const AVPacketSideData& data = source.side_data[i];
-        uint8_t* const copy = av_stream_new_side_data(track, data.type, data.size);
-        if (!copy) throw std::bad_alloc();
-        std::memcpy(copy, data.data, data.size);
+    AVStream& stream = template_.AddTrack(source);
+    tracks_.emplace_back().stream = &stream;
+    return stream;
+}
+
+void Mp4Output::DescribeBy(Track& track, const AVPacket& packet, size_t size) {
+    if (track.described == (IsVideo(*track.stream) ? kDescribingFrames : kDescribingSounds)) return;
+    if (track.held) template_.Write(*track.held);
+    track.held.reset(av_packet_clone(&packet));
+    if (!track.held) throw std::bad_alloc();
+    ++track.described;
+    track.describedBytes += size;
+}
+
+void Mp4Output::Write(const AVPacket& packet, std::string_view plain) {
+    Track& track = tracks_[static_cast<size_t>(packet.stream_index)];
+    DescribeBy(track, packet, plain.size());
+    if (GoesOn(*track.stream, track.tables, packet.dts)) {
+        track.tables.Extend(plain.size(), packet.dts + packet.duration);
+        track.chunk += plain;
+        return;
     }
-    return *track;
+    const int64_t most = av_rescale_q(1, kChunkTime, track.stream->time_base);
+    if (track.chunk.size() >= kChunkBytes || packet.dts - track.chunkStart >= most) FlushChunk(track);
+    if (track.chunkSamples++ == 0) track.chunkStart = packet.dts;
+    const bool isSync = IsVideo(*track.stream) && (packet.flags & AV_PKT_FLAG_KEY) != 0;
+    track.tables.Add({plain.size(), packet.dts, packet.pts, packet.duration, isSync});
+    track.chunk += plain;
 }
 
-void Mp4Output::Describe(const AVFormatContext& source, int64_t shift) {
-    CopyDescriptions(source.metadata, &format_->metadata);
-    if (source.nb_chapters == 0) return;
-    format_->chapters = static_cast<AVChapter**>(av_calloc(source.nb_chapters, sizeof(AVChapter*)));
-    if (!format_->chapters) throw std::bad_alloc();
-    for (unsigned i = 0; i < source.nb_chapters; ++i) {
-        const AVChapter& from = *source.chapters[i];
-        auto* const chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
-        if (!chapter) throw std::bad_alloc();
-        format_->chapters[format_->nb_chapters++] = chapter;
-        chapter->id = from.id;
-        chapter->time_base = kMicroseconds;
-        chapter->start =
-            std::max<int64_t>(0, av_rescale_q(from.start, from.time_base, kMicroseconds) + shift);
-        chapter->end =
-            std::max(chapter->start, av_rescale_q(from.end, from.time_base, kMicroseconds) + shift);
-        av_dict_copy(&chapter->metadata, from.metadata, 0);
+void Mp4Output::FlushChunk(Track& track) {
+    if (track.chunkSamples == 0) return;
+    track.tables.AddChunk(written_ + end_.size(), std::exchange(track.chunkSamples, 0));
+    Append(track.chunk);
+    track.chunk.clear();
+}
+
+void Mp4Output::WriteAt(uint64_t position, std::string_view bytes) const {
+    if (!KXP::WriteFullyAt(fd_, bytes.data(), bytes.size(), position))
+        throw Failure(OVNX_MEDIA_UNWRITABLE, std::strerror(errno));
+}
+
+// In pieces that fill pages of the system's memory, most of them without a copy.
+void Mp4Output::Append(std::string_view bytes) {
+    if (!end_.empty()) {
+        const size_t part = std::min(bytes.size(), kPiece - end_.size());
+        end_ += bytes.substr(0, part);
+        bytes.remove_prefix(part);
+        if (end_.size() < kPiece) return;
+        FlushEnd();
+    }
+    const size_t whole = bytes.size() / kPiece * kPiece;
+    WriteAt(written_, bytes.substr(0, whole));
+    written_ += whole;
+    end_ = bytes.substr(whole);
+}
+
+void Mp4Output::FlushEnd() {
+    WriteAt(written_, end_);
+    written_ += end_.size();
+    end_.clear();
+}
+
+std::string Mp4Output::FinishTemplate() {
+    for (Track& track : tracks_) {
+        track.held->duration = LastDuration(track.tables, track.describedBytes, *track.held);
+        template_.Write(*track.held);
+        track.held.reset();
+    }
+    return template_.Finish();
+}
+
+void Mp4Output::WriteChapters(std::string_view file, std::string_view movie, const Budget& budget) {
+    size_t number = 0;
+    const size_t recorded = tracks_.size();
+    for (const BoxView& box : BoxesOf(movie)) {
+        if (box.type != "trak" || number++ < recorded) continue;
+        Track& track = tracks_.emplace_back();
+        SampleWalk walk(ContentAt(box.content, {"mdia", "minf", "stbl"}), false, budget);
+        for (Sample sample; walk.Next(sample);) {
+            if (sample.offset > file.size() || sample.size > file.size() - sample.offset) ThrowDamaged();
+            track.tables.Add({sample.size, sample.decoded, sample.shown, sample.duration, false});
+            track.chunk += file.substr(static_cast<size_t>(sample.offset), sample.size);
+            ++track.chunkSamples;
+        }
+        FlushChunk(track);
     }
 }
 
-void Mp4Output::Start() {
-    Expect(avformat_write_header(format_.get(), nullptr), "its head");
-}
+void Mp4Output::Finish(const Budget& budget) {
+    for (Track& track : tracks_)
+        FlushChunk(track);
+    const std::string file = FinishTemplate();
+    const std::vector<BoxView> boxes = BoxesOf(file);
+    const auto movie =
+        std::find_if(boxes.begin(), boxes.end(), [](const BoxView& box) { return box.type == "moov"; });
+    if (movie == boxes.end() || boxes.front().type != "ftyp") ThrowDamaged();
+    const size_t recorded = tracks_.size();
+    WriteChapters(file, movie->content, budget);
 
-void Mp4Output::Write(AVPacket& packet) {
-    Expect(av_write_frame(format_.get(), &packet), "a packet");
-    av_packet_unref(&packet);
-}
+    std::string start(boxes.front().whole);
+    if (start.size() > kStart - kMediaHeader - kBoxHeader) ThrowDamaged();
+    AppendBox(start, "free", std::string(kStart - kMediaHeader - kBoxHeader - start.size(), '\0'));
+    AppendNumber(start, 4, 1);
+    start += "mdat";
+    AppendNumber(start, 8, written_ + end_.size() - (kStart - kMediaHeader));
 
-void Mp4Output::Finish() {
-    Expect(av_write_trailer(format_.get()), "its tables");
-    avio_flush(io_.get());
-    Expect(io_->error, "its end");
-}
-
-int Mp4Output::WriteBytes(void* self, uint8_t* bytes, int size) noexcept {
-    auto* const output = static_cast<Mp4Output*>(self);
-    if (!KXP::WriteFullyAt(output->fd_, reinterpret_cast<const char*>(bytes), static_cast<size_t>(size),
-                           static_cast<uint64_t>(output->position_))) {
-        output->error_ = errno;
-        return AVERROR(errno);
+    std::vector<const TrackTables*> tables;
+    for (Track& track : tracks_) {
+        track.tables.Finish();
+        tables.push_back(&track.tables);
     }
-    output->position_ += size;
-    output->size_ = std::max(output->size_, output->position_);
-    return size;
-}
-
-int64_t Mp4Output::SeekBytes(void* self, int64_t offset, int whence) noexcept {
-    auto* const output = static_cast<Mp4Output*>(self);
-    if (whence == AVSEEK_SIZE) return output->size_;
-    if ((whence & ~AVSEEK_FORCE) != SEEK_SET || offset < 0) return AVERROR(EINVAL);
-    return output->position_ = offset;
-}
-
-void Mp4Output::Expect(int result, const char* doing) const {
-    if (error_ != 0) throw Failure(OVNX_MEDIA_UNWRITABLE, std::strerror(error_));
-    if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
-    if (result >= 0) return;
-    char text[AV_ERROR_MAX_STRING_SIZE] = "";
-    av_strerror(result, text, sizeof text);
-    throw Failure(OVNX_MEDIA_DAMAGED, std::string("cannot be made an MP4: ") + doing + ": " + text);
+    WriteMovieOf(movie->content, tables, recorded, [this](std::string_view part) { Append(part); });
+    FlushEnd();
+    WriteAt(0, start);
 }
 
 }  // namespace ovnxmedia

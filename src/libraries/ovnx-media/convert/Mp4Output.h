@@ -1,10 +1,16 @@
-// An MP4 file that is written from packets by FFmpeg's muxer.
+// An MP4 file that is written from packets: their bytes as they come, in chunks of each track, then the
+// tables.
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <deque>
+#include <string>
+#include <string_view>
 
+#include "libraries/ovnx-media/Budget.h"
 #include "libraries/ovnx-media/Ffmpeg.h"
+#include "libraries/ovnx-media/convert/Mp4Template.h"
+#include "libraries/ovnx-media/convert/TrackTables.h"
 
 namespace ovnxmedia {
 
@@ -13,32 +19,41 @@ class Mp4Output {
     // `fd` is an empty file, open for writing. All functions throw Failure.
     explicit Mp4Output(int fd);
 
-    // A track like one of a source.
+    // Those of the template.
     AVStream& AddTrack(const AVStream& source);
-    // What describes the whole recording, with its chapters moved by so many microseconds.
-    void Describe(const AVFormatContext& source, int64_t shift);
-    // Once, after the tracks and before the packets. Units of the tracks' times may change.
-    void Start();
-    // Takes what the packet refers to.
-    void Write(AVPacket& packet);
+    void Describe(const AVFormatContext& source, int64_t shift) { template_.Describe(source, shift); }
+    void Start() { template_.Start(); }
+
+    // `plain` is what the file has of the packet.
+    void Write(const AVPacket& packet, std::string_view plain);
     // Once; the file is then complete.
-    void Finish();
+    void Finish(const Budget& budget);
 
   private:
-    static int WriteBytes(void* self, uint8_t* bytes, int size) noexcept;
-    static int64_t SeekBytes(void* self, int64_t offset, int whence) noexcept;
-    void Expect(int result, const char* doing) const;
-
-    struct Freed {
-        void operator()(AVFormatContext* format) const { avformat_free_context(format); }
+    struct Track {
+        AVStream* stream = nullptr;
+        TrackTables tables;
+        std::string chunk;  // is written when it is large or long enough
+        uint32_t chunkSamples = 0;
+        int64_t chunkStart = 0;
+        PacketOwner held;        // the last one for the template
+        uint32_t described = 0;  // packets that the template has, or will have
+        uint64_t describedBytes = 0;
     };
 
+    void DescribeBy(Track& track, const AVPacket& packet, size_t size);
+    void FlushChunk(Track& track);
+    void WriteAt(uint64_t position, std::string_view bytes) const;
+    void Append(std::string_view bytes);
+    void FlushEnd();
+    std::string FinishTemplate();
+    void WriteChapters(std::string_view file, std::string_view movie, const Budget& budget);
+
     const int fd_;
-    int64_t position_ = 0;
-    int64_t size_ = 0;
-    int error_ = 0;  // errno of a write that failed
-    IoOwner io_;
-    std::unique_ptr<AVFormatContext, Freed> format_;
+    Mp4Template template_;
+    std::deque<Track> tracks_;  // those of chapters, which the muxer makes, at the end
+    uint64_t written_ = 0;
+    std::string end_;  // follows it
 };
 
 }  // namespace ovnxmedia

@@ -31,15 +31,6 @@ uint32_t UnitFor(const std::vector<ClipTrack>& tracks) {
     return static_cast<uint32_t>(unit);
 }
 
-bool IsLong(const BoxView& header) {
-    return header.view().StartsWith("\1");
-}
-
-void PutTime(std::string& content, bool isLong, size_t at, size_t atIfLong, int64_t time) {
-    PutNumber(content, isLong ? atIfLong : at, isLong ? 8 : 4,
-              static_cast<uint64_t>(std::max<int64_t>(time, 0)));
-}
-
 class MovieWriter {
   public:
     MovieWriter(const SourceMovie& source, const std::vector<ClipTrack>& tracks, const ChunkPlan& plan,
@@ -75,14 +66,14 @@ class MovieWriter {
             lastId = std::max(lastId, track.source->id);
         }
         std::string content(box.content);
-        PutNumber(content, IsLong(box) ? 20 : 12, 4, unit_);
-        PutTime(content, IsLong(box), 16, 24, longest);
+        PutNumber(content, HasLongTimes(box.content) ? 20 : 12, 4, unit_);
+        PutTime(content, 16, 24, longest);
         // Times of a preview, a poster and a selection, which are those of the source.
         for (size_t at = 0; at < 24; at += 4)
-            PutNumber(content, (IsLong(box) ? 84 : 72) + at, 4, 0);
+            PutNumber(content, (HasLongTimes(box.content) ? 84 : 72) + at, 4, 0);
         // Readers tell the number of sounds by the id that the next track would get.
         if (tracks_.size() < source_.tracks().size())
-            PutNumber(content, IsLong(box) ? 108 : 96, 4, lastId + 1);
+            PutNumber(content, HasLongTimes(box.content) ? 108 : 96, 4, lastId + 1);
         return content;
     }
 
@@ -102,7 +93,7 @@ class MovieWriter {
         AppendBox(out, "trak", EditedBoxes(box.content, [&](const BoxView& each, std::string& boxes) {
                       if (each.type == "tkhd") {
                           std::string header(each.content);
-                          PutTime(header, IsLong(each), 20, 28, ShownLength(*track));
+                          PutTime(header, 20, 28, ShownLength(*track));
                           AppendBox(boxes, each.type, header);
                           boxes += Edits(*track);
                       } else if (each.type == "tref") {
@@ -141,8 +132,7 @@ class MovieWriter {
             if (box.type == "mdhd") {
                 const Sample& last = track.samples.back();
                 std::string header(box.content);
-                PutTime(header, IsLong(box), 16, 24,
-                        last.decoded + last.duration - track.samples.front().decoded);
+                PutTime(header, 16, 24, last.decoded + last.duration - track.samples.front().decoded);
                 AppendBox(out, box.type, header);
             } else if (box.type == "minf") {
                 AppendBox(out, box.type,

@@ -4,55 +4,13 @@
 
 #include "libraries/ovnx-media/Failure.h"
 #include "libraries/ovnx-media/cut/MemoryBoxes.h"
+#include "libraries/ovnx-media/cut/TableText.h"
 
 namespace ovnxmedia {
 namespace {
 
 // What may precede the media in the file, so that their place can be written before it is known.
 constexpr uint64_t kMostInFront = 1u << 30;
-
-void AppendTable(std::string& out, std::string_view type, uint32_t versionAndFlags, uint64_t count,
-                 std::string_view rows) {
-    std::string content;
-    AppendNumber(content, 4, versionAndFlags);
-    AppendNumber(content, 4, count);
-    AppendBox(out, type, content.append(rows));
-}
-
-// Rows that each have a number of samples and a value that they share.
-class RunRows {
-  public:
-    void Add(uint32_t count, uint32_t value) {
-        if (count_ > 0 && value == value_) {
-            count_ += count;
-        } else {
-            Flush();
-            count_ = count;
-            value_ = value;
-        }
-    }
-    void AppendTo(std::string& out, std::string_view type, uint32_t versionAndFlags) {
-        Flush();
-        AppendTable(out, type, versionAndFlags, rows_.size() / 8, rows_);
-    }
-    void AppendTo(std::string& out) {
-        Flush();
-        AppendNumber(out, 4, rows_.size() / 8);
-        out += rows_;
-    }
-
-  private:
-    void Flush() {
-        if (count_ == 0) return;
-        AppendNumber(rows_, 4, count_);
-        AppendNumber(rows_, 4, value_);
-        count_ = 0;
-    }
-
-    std::string rows_;
-    uint64_t count_ = 0;
-    uint32_t value_ = 0;
-};
 
 class TableWriter {
   public:

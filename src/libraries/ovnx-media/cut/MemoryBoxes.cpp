@@ -67,4 +67,14 @@ void PutNumber(std::string& bytes, size_t at, size_t size, uint64_t value) {
         bytes[at++] = static_cast<char>(value >> 8 * size);
 }
 
+bool HasLongTimes(std::string_view content) {
+    return content.substr(0, 1) == "\1";
+}
+
+void PutTime(std::string& content, size_t at, size_t atIfLong, int64_t time) {
+    const bool isLong = HasLongTimes(content);
+    PutNumber(content, isLong ? atIfLong : at, isLong ? 8 : 4,
+              static_cast<uint64_t>(std::max<int64_t>(time, 0)));
+}
+
 }  // namespace ovnxmedia

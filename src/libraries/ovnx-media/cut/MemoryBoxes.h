@@ -44,4 +44,9 @@ void AppendNumber(std::string& out, size_t size, uint64_t value);
 // Throws Failure when the number does not lie within `bytes`, or is too large for its size.
 void PutNumber(std::string& bytes, size_t at, size_t size, uint64_t value);
 
+// Whether a header or a list has times of 64 bits.
+bool HasLongTimes(std::string_view content);
+// Puts a time into a header, which has it elsewhere if its times are long.
+void PutTime(std::string& content, size_t at, size_t atIfLong, int64_t time);
+
 }  // namespace ovnxmedia

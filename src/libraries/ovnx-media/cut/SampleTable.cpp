@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "libraries/ovnx-media/cut/MemoryBoxes.h"
-#include "libraries/ovnx-media/cut/TableRows.h"
 
 namespace ovnxmedia {
 namespace {
@@ -28,149 +27,42 @@ Tables TablesOf(std::string_view boxes) {
     return tables;
 }
 
-class TableReader {
-  public:
-    TableReader(std::string_view boxes, bool isSound, size_t most, const Budget& budget)
-        : boxes_(boxes), most_(most), budget_(budget), tables_(TablesOf(boxes)) {
-        if (isSound) LookForRuns();
+void ReadSync(const Tables& tables, SampleTable& result) {
+    const auto table = tables.find("stss");
+    result.hasSyncTable = table != tables.end() && !result.hasRuns;
+    if (!result.hasSyncTable) {
+        for (Sample& sample : result.samples)
+            sample.isSync = true;
+        return;
     }
+    const auto mark = [&](std::string_view content) {
+        const Rows numbers(content, 4);
+        for (uint64_t row = 0; row < numbers.count(); ++row)
+            if (const uint64_t number = numbers.U32(row); number >= 1 && number <= result.samples.size())
+                result.samples[number - 1].isSync = true;
+        return numbers.count();
+    };
+    const auto partial = tables.find("stps");
+    result.namesNoSync =
+        mark(table->second) + mark(partial == tables.end() ? std::string_view() : partial->second) == 0;
+}
 
-    SampleTable Read() {
-        // A table of one size for all takes no bytes for them.
-        if (sizes_.uniform() == 0) result_.samples.reserve(std::min<uint64_t>(sizes_.count(), most_));
-        ReadChunks();
-        ReadSync();
-        ReadGroups();
-        result_.priority = At("sdtp");
-        return std::move(result_);
+void ReadGroups(std::string_view tables, SampleTable& result) {
+    const std::vector<BoxView> boxes = BoxesOf(tables);
+    for (const BoxView& box : boxes) {
+        if (box.type != "sbgp") continue;
+        SampleGroups groups;
+        groups.kind = box.view().Sub(4, 4).str();
+        const Rows rows(box.content, 8, box.content.substr(0, 1) == std::string_view("\1") ? 16 : 12);
+        uint64_t end = 0;
+        for (uint64_t row = 0; row < rows.count(); ++row)
+            groups.runs.push_back({end += rows.U32(row), rows.U32(row, 4)});
+        for (const BoxView& each : boxes)
+            if (each.type == "sgpd" && each.view().Sub(4, 4).text() == groups.kind)
+                groups.descriptions = each.content;
+        result.groups.push_back(std::move(groups));
     }
-
-  private:
-    std::string_view At(const char* type) const {
-        const auto found = tables_.find(type);
-        return found == tables_.end() ? std::string_view() : found->second;
-    }
-
-    void LookForRuns() {
-        const std::string_view stsd = At("stsd");
-        const std::vector<BoxView> entries = BoxesOf(stsd.substr(std::min(stsd.size(), kTableStart)));
-        const uint32_t uniform = sizes_.uniform();
-        if (uniform == 0 || !durations_.IsOne() || !At("ctts").empty() || entries.empty()) return;
-        result_.hasRuns = true;
-        result_.uniformSize = uniform;
-        result_.unit = UnitOf(entries.front().type, entries.front().view(), uniform);
-        if (result_.unit.bytes == 0) ThrowDamaged();
-    }
-
-    // Walks over the chunks and what each has.
-    void ReadChunks() {
-        const bool isLarge = At("stco").empty();
-        const Rows chunks(At(isLarge ? "co64" : "stco"), isLarge ? 8 : 4);
-        const Rows groups(At("stsc"), 12);
-        uint64_t group = 0;
-        for (uint64_t chunk = 0; chunk < chunks.count() && groups.count() > 0 && number_ < sizes_.count();
-             ++chunk) {
-            if (chunk % 4096 == 0) budget_.Check();
-            while (group + 1 < groups.count() && groups.U32(group + 1) <= chunk + 1)
-                ++group;
-            const uint64_t offset = isLarge ? chunks.U64(chunk) : chunks.U32(chunk);
-            const uint64_t count = std::min<uint64_t>(groups.U32(group, 4), sizes_.count() - number_);
-            if (result_.hasRuns)
-                AddRun(offset, count, groups.U32(group, 8));
-            else
-                AddSamples(offset, count, groups.U32(group, 8));
-        }
-    }
-
-    void Add(const Sample& sample) {
-        if (result_.samples.size() == most_) throw Failure(OVNX_MEDIA_OVER_LIMIT, "too many samples");
-        result_.samples.push_back(sample);
-    }
-
-    void AddRun(uint64_t offset, uint64_t count, uint32_t entry) {
-        if (count == 0) return;
-        if (result_.samples.empty()) delta_ = durations_.Next();
-        const uint64_t size = (count + result_.unit.samples - 1) / result_.unit.samples * result_.unit.bytes;
-        if (size > UINT32_MAX || count * delta_ > UINT32_MAX) ThrowDamaged();
-        Sample run;
-        run.offset = offset;
-        run.decoded = run.shown = time_;
-        run.size = static_cast<uint32_t>(size);
-        run.duration = static_cast<uint32_t>(count * delta_);
-        run.count = static_cast<uint32_t>(count);
-        run.number = static_cast<uint32_t>(number_);
-        run.entry = entry;
-        Add(run);
-        time_ += run.duration;
-        number_ += count;
-    }
-
-    void AddSamples(uint64_t offset, uint64_t count, uint32_t entry) {
-        for (; count > 0; --count) {
-            if (number_ % 4096 == 0) budget_.Check();
-            Sample sample;
-            sample.offset = offset;
-            sample.size = sizes_.Of(number_);
-            sample.duration = durations_.Next();
-            if (sample.duration > INT32_MAX) ThrowDamaged();
-            sample.decoded = time_;
-            sample.shown = time_;
-            if (!shifts_.IsOver()) sample.shown += static_cast<int32_t>(shifts_.Next());
-            sample.number = static_cast<uint32_t>(number_++);
-            sample.entry = entry;
-            Add(sample);
-            offset += sample.size;
-            time_ += sample.duration;
-        }
-    }
-
-    void ReadSync() {
-        const auto table = tables_.find("stss");
-        result_.hasSyncTable = table != tables_.end() && !result_.hasRuns;
-        if (!result_.hasSyncTable) {
-            for (Sample& sample : result_.samples)
-                sample.isSync = true;
-            return;
-        }
-        const auto mark = [this](std::string_view content) {
-            const Rows numbers(content, 4);
-            for (uint64_t row = 0; row < numbers.count(); ++row)
-                if (const uint64_t number = numbers.U32(row); number >= 1 && number <= result_.samples.size())
-                    result_.samples[number - 1].isSync = true;
-            return numbers.count();
-        };
-        result_.namesNoSync = mark(table->second) + mark(At("stps")) == 0;
-    }
-
-    void ReadGroups() {
-        const std::vector<BoxView> boxes = BoxesOf(boxes_);
-        for (const BoxView& box : boxes) {
-            if (box.type != "sbgp" || result_.hasRuns) continue;
-            SampleGroups groups;
-            groups.kind = box.view().Sub(4, 4).str();
-            const Rows rows(box.content, 8, box.content.substr(0, 1) == std::string_view("\1") ? 16 : 12);
-            uint64_t end = 0;
-            for (uint64_t row = 0; row < rows.count(); ++row)
-                groups.runs.push_back({end += rows.U32(row), rows.U32(row, 4)});
-            for (const BoxView& each : boxes)
-                if (each.type == "sgpd" && each.view().Sub(4, 4).text() == groups.kind)
-                    groups.descriptions = each.content;
-            result_.groups.push_back(std::move(groups));
-        }
-    }
-
-    const std::string_view boxes_;
-    const size_t most_;
-    const Budget& budget_;
-    const Tables tables_;
-    const Sizes sizes_{tables_};
-    Values durations_{At("stts")};
-    Values shifts_{At("ctts")};
-    uint32_t delta_ = 0;  // of each sample of a run
-    int64_t time_ = 0;
-    uint64_t number_ = 0;
-    SampleTable result_;
-};
+}
 
 }  // namespace
 
@@ -187,8 +79,98 @@ int64_t SampleTable::End() const {
     return end;
 }
 
-SampleTable ReadSampleTable(std::string_view tables, bool isSound, size_t most, const Budget& budget) {
-    return TableReader(tables, isSound, most, budget).Read();
+SampleWalk::SampleWalk(std::string_view boxes, bool isSound, const Budget& budget)
+    : budget_(budget),
+      tables_(TablesOf(boxes)),
+      sizes_(tables_),
+      durations_(At("stts")),
+      shifts_(At("ctts")),
+      isLarge_(At("stco").empty()),
+      chunks_(At(isLarge_ ? "co64" : "stco"), isLarge_ ? 8 : 4),
+      groups_(At("stsc"), 12) {
+    if (isSound) LookForRuns();
+}
+
+std::string_view SampleWalk::At(const char* type) const {
+    const auto found = tables_.find(type);
+    return found == tables_.end() ? std::string_view() : found->second;
+}
+
+void SampleWalk::LookForRuns() {
+    const std::string_view stsd = At("stsd");
+    const std::vector<BoxView> entries = BoxesOf(stsd.substr(std::min(stsd.size(), kTableStart)));
+    const uint32_t uniform = sizes_.uniform();
+    if (uniform == 0 || !durations_.IsOne() || !At("ctts").empty() || entries.empty()) return;
+    hasRuns_ = true;
+    unit_ = UnitOf(entries.front().type, entries.front().view(), uniform);
+    if (unit_.bytes == 0) ThrowDamaged();
+    delta_ = durations_.Next();
+}
+
+bool SampleWalk::Next(Sample& sample) {
+    while (left_ == 0)
+        if (!NextChunk()) return false;
+    if (number_ % 4096 == 0) budget_.Check();
+    sample = {};
+    sample.offset = offset_;
+    sample.decoded = sample.shown = time_;
+    sample.number = static_cast<uint32_t>(number_);
+    sample.entry = entry_;
+    if (hasRuns_)
+        TakeRun(sample);
+    else
+        TakeSample(sample);
+    offset_ += sample.size;
+    time_ += sample.duration;
+    number_ += sample.count;
+    left_ -= sample.count;
+    return true;
+}
+
+bool SampleWalk::NextChunk() {
+    if (chunk_ == chunks_.count() || groups_.count() == 0 || number_ >= sizes_.count()) return false;
+    if (chunk_ % 4096 == 0) budget_.Check();
+    while (group_ + 1 < groups_.count() && groups_.U32(group_ + 1) <= chunk_ + 1)
+        ++group_;
+    offset_ = isLarge_ ? chunks_.U64(chunk_) : chunks_.U32(chunk_);
+    left_ = std::min<uint64_t>(groups_.U32(group_, 4), sizes_.count() - number_);
+    entry_ = groups_.U32(group_, 8);
+    ++chunk_;
+    return true;
+}
+
+// All of the chunk.
+void SampleWalk::TakeRun(Sample& run) const {
+    const uint64_t size = (left_ + unit_.samples - 1) / unit_.samples * unit_.bytes;
+    if (size > UINT32_MAX || left_ * delta_ > UINT32_MAX) ThrowDamaged();
+    run.size = static_cast<uint32_t>(size);
+    run.duration = static_cast<uint32_t>(left_ * delta_);
+    run.count = static_cast<uint32_t>(left_);
+}
+
+void SampleWalk::TakeSample(Sample& sample) {
+    sample.size = sizes_.Of(number_);
+    sample.duration = durations_.Next();
+    if (sample.duration > INT32_MAX) ThrowDamaged();
+    if (!shifts_.IsOver()) sample.shown += static_cast<int32_t>(shifts_.Next());
+}
+
+SampleTable ReadSampleTable(std::string_view boxes, bool isSound, size_t most, const Budget& budget) {
+    SampleWalk walk(boxes, isSound, budget);
+    SampleTable table;
+    table.hasRuns = walk.HasRuns();
+    table.unit = walk.unit();
+    if (table.hasRuns) table.uniformSize = walk.sizes().uniform();
+    // A table of one size for all takes no bytes for them.
+    if (walk.sizes().uniform() == 0) table.samples.reserve(std::min<uint64_t>(walk.sizes().count(), most));
+    for (Sample sample; walk.Next(sample);) {
+        if (table.samples.size() == most) throw Failure(OVNX_MEDIA_OVER_LIMIT, "too many samples");
+        table.samples.push_back(sample);
+    }
+    ReadSync(walk.tables(), table);
+    if (!table.hasRuns) ReadGroups(boxes, table);
+    table.priority = walk.At("sdtp");
+    return table;
 }
 
 }  // namespace ovnxmedia

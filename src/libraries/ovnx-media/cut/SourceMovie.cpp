@@ -73,8 +73,12 @@ void MendLastDuration(SourceTrack& track, uint32_t movieUnit) {
 
 }  // namespace
 
+std::string_view SourceTrack::tables() const {
+    return ContentAt(content, {"mdia", "minf", "stbl"});
+}
+
 std::string_view SourceTrack::descriptions() const {
-    const std::string_view box = ContentAt(content, {"mdia", "minf", "stbl", "stsd"});
+    const std::string_view box = ContentAt(tables(), {"stsd"});
     return box.substr(std::min<size_t>(box.size(), 8));
 }
 
@@ -88,8 +92,11 @@ std::string_view SourceTrack::Entry(uint32_t number) const {
     return number >= 1 && number <= entries.size() ? entries[number - 1].content : std::string_view();
 }
 
-SourceMovie::SourceMovie(int fd, const Budget& budget)
-    : file_(OpenMp4(fd)), boxes_(ReadMovieFile(file_, budget)), samplesLeft_(kMaxSamples) {
+SourceMovie::SourceMovie(int fd, const Budget& budget, Samples samples)
+    : file_(OpenMp4(fd)),
+      boxes_(ReadMovieFile(file_, budget)),
+      hasSamples_(samples == Samples::Read || !boxes_.fragments.empty()),
+      samplesLeft_(kMaxSamples) {
     const uint32_t movieUnit = UnitOf(media::ByteView(ContentAt(boxes_.movie, {"mvhd"})));
     for (const BoxView& box : BoxesOf(boxes_.movie))
         if (box.type == "trak") ReadTrack(box.content, movieUnit, budget);
@@ -116,8 +123,7 @@ void SourceMovie::ReadTrack(std::string_view content, uint32_t movieUnit, const 
     track.id = IdOf(content);
     track.unit = UnitOf(media::ByteView(ContentAt(content, {"mdia", "mdhd"})));
     track.edits = ReadEdits(content, track.unit, movieUnit);
-    track.table =
-        ReadSampleTable(ContentAt(content, {"mdia", "minf", "stbl"}), track.IsSound(), samplesLeft_, budget);
+    if (hasSamples_) track.table = ReadSampleTable(track.tables(), track.IsSound(), samplesLeft_, budget);
     samplesLeft_ -= track.table.samples.size();
     CheckEntries(track);
     tracks_.push_back(std::move(track));

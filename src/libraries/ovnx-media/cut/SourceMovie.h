@@ -25,6 +25,8 @@ struct SourceTrack {
     bool IsSound() const { return handler == "soun"; }
     // A text holds until the next one, wherever it is cut.
     bool IsText() const { return handler == "text" || handler == "sbtl" || handler == "subt"; }
+    // The content of the "stbl".
+    std::string_view tables() const;
     // The content of the sample descriptions.
     std::string_view descriptions() const;
     // One sample description; its type is empty where there is none with this number.
@@ -34,15 +36,20 @@ struct SourceTrack {
 
 class SourceMovie {
   public:
+    // Whether the samples are put into memory. Those in fragments are in any case; for others there is
+    // SampleWalk.
+    enum class Samples { Read, Leave };
+
     // Throws Failure when `fd` is no MP4 file, or one of a kind that cannot be cut. The budget must outlive
     // this object.
-    SourceMovie(int fd, const Budget& budget);
+    SourceMovie(int fd, const Budget& budget, Samples samples = Samples::Read);
     SourceMovie(const SourceMovie&) = delete;
     SourceMovie& operator=(const SourceMovie&) = delete;
 
     SourceFile& file() { return file_; }
     const MovieFile& boxes() const { return boxes_; }
     const std::vector<SourceTrack>& tracks() const { return tracks_; }
+    bool HasSamples() const { return hasSamples_; }
     // The first video, apart from the pictures of chapters. Throws Failure when there is none.
     const SourceTrack& Video() const;
 
@@ -51,6 +58,7 @@ class SourceMovie {
 
     SourceFile file_;
     MovieFile boxes_;
+    const bool hasSamples_;
     std::vector<SourceTrack> tracks_;
     std::vector<uint32_t> chapterTracks_;
     size_t samplesLeft_;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <mutex>
+#include <utility>
 
 #include "base/Mapping.h"
 
@@ -34,23 +35,23 @@ class MappingPool {
         most_ = 0;
     }
 
-    // One of `bytes` or somewhat more, with what was in it; without a place when there is none.
+    // The smallest of `bytes` or somewhat more, with what was in it; without a place when there is none.
     Mapping Take(size_t bytes) noexcept {
+        const size_t most = bytes + std::max(bytes / 4, kSpare);
         const std::lock_guard<std::mutex> lock(mutex_);
-        for (Mapping& kept : kept_) {
-            if (kept.bytes < bytes || kept.bytes - bytes > bytes / 4) continue;
-            const Mapping taken = kept;
-            kept = {};
-            bytes_ -= taken.bytes;
-            return taken;
-        }
-        return {};
+        Mapping* best = nullptr;
+        for (Mapping& kept : kept_)
+            if (kept.bytes >= bytes && kept.bytes <= most && (!best || kept.bytes < best->bytes))
+                best = &kept;
+        if (!best) return {};
+        bytes_ -= best->bytes;
+        return std::exchange(*best, {});
     }
 
     void Free(Mapping mapping) noexcept {
         {
             const std::lock_guard<std::mutex> lock(mutex_);
-            if (Keep(mapping)) return;
+            if (!Keep(mapping)) ExchangeSmallest(mapping);
         }
         Unmap(mapping);
     }
@@ -61,16 +62,31 @@ class MappingPool {
         mapping = {};
     }
 
-    bool Keep(Mapping mapping) noexcept {
+    bool Keep(Mapping& mapping) noexcept {
         if (users_ == 0 || mapping.bytes > most_ - bytes_) return false;
         for (Mapping& kept : kept_) {
             if (kept.place) continue;
-            kept = mapping;
             bytes_ += mapping.bytes;
+            kept = std::exchange(mapping, {});
             return true;
         }
         return false;
     }
+
+    // A larger one serves more requests; small ones would fill the pool, and nobody take them.
+    void ExchangeSmallest(Mapping& mapping) noexcept {
+        Mapping* smallest = nullptr;
+        for (Mapping& kept : kept_)
+            if (kept.place && (!smallest || kept.bytes < smallest->bytes)) smallest = &kept;
+        if (users_ == 0 || !smallest || smallest->bytes >= mapping.bytes ||
+            mapping.bytes - smallest->bytes > most_ - bytes_)
+            return;
+        bytes_ += mapping.bytes - smallest->bytes;
+        std::swap(*smallest, mapping);
+    }
+
+    // The sizes of a video's packets differ.
+    static constexpr size_t kSpare = size_t{256} << 10;
 
     // A standard one: it may be taken under any other, and nothing is called under it but the system.
     std::mutex mutex_;
