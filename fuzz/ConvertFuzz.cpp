@@ -1,11 +1,13 @@
 // A recording of any container becomes an MP4 or is refused, and what is heard of the packets while it is
 // converted is what is heard of the MP4.
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <string>
 
 #include "fuzz/MemoryFile.h"
 #include "fuzz/Plain.h"
+#include "libraries/ovnx-media/FileKind.h"
 #include "libraries/ovnx-media/convert/Convert.h"
 
 namespace {
@@ -37,10 +39,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     } catch (const ovnxmedia::Failure&) {
         return 0;
     }
-    // A cutter may leave out what no edit shows.
-    const bool isMovie = size > 8 && std::string_view(reinterpret_cast<const char*>(data) + 4, 4) == "ftyp";
     Heard written;
     ovnxmedia::ReadPackets(copy.fd(), written.Listener(), budget);
+    // Of a movie the cutter may leave out what no edit shows.
+    const std::string_view start(reinterpret_cast<const char*>(data), std::min(size, ovnxmedia::kStartSize));
+    const char* const demuxer = ovnxmedia::DemuxerOf(start);
+    const bool isMovie = demuxer && std::string_view(demuxer) == "mov";
     plain::Demand(isMovie || written.tracks == source.tracks);
     return 0;
 }
