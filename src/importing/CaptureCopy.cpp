@@ -125,7 +125,8 @@ void Engrave(const KXP::FileDescriptor& file, const CaptureMarks& marks) {
 }  // namespace
 
 std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, VideoLibrary& videos,
-                         DigestThread& digests, const KXP::FileDescriptor& out, const ReadListener& onRead) {
+                         DigestThread& digests, const KXP::FileDescriptor& out, const ReadListener& onRead,
+                         const std::function<void()>& whileDigesting) {
     // The disk is not to be idle until all is to be durable.
     uint64_t unwritten = 0;
     const ReadListener onPart = [&](uint64_t bytes) {
@@ -145,7 +146,10 @@ std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, 
             copier.Copy(source.Plan(marks));
         // This thread is then not idle until the digest is made.
         KXP::Platform::StartWriteback(out.get());
-        if (!source.IsVideo()) digest = copier.Digest();
+        if (!source.IsVideo()) {
+            whileDigesting();
+            digest = copier.Digest();
+        }
     }
     if (source.IsVideo()) Engrave(out, marks);
     if (source.IsVideo()) KXP::Platform::StartWriteback(out.get());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "base/FileDescriptor.h"
@@ -14,9 +15,10 @@
 namespace importing {
 
 // Writes to an empty file and returns the digest. Throws ImportError, also for a source that changes
-// meanwhile; the file is then incomplete.
+// meanwhile; the file is then incomplete. `whileDigesting` is called once all of a picture is written.
 std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, VideoLibrary& videos,
-                         DigestThread& digests, const KXP::FileDescriptor& out, const ReadListener& onRead);
+                         DigestThread& digests, const KXP::FileDescriptor& out, const ReadListener& onRead,
+                         const std::function<void()>& whileDigesting);
 
 // By which a picture or a video is known again, whatever its metadata. Throws ImportError.
 std::string DigestOf(const ImportSource& source, VideoLibrary& videos);

@@ -115,10 +115,30 @@ Importer::Result Importer::Check(const std::string& path) {
 void Importer::Prepare(const std::string& path) {
     const KXP::FileDescriptor file = KXP::OpenForRead(path);
     if (file.IsOpen()) KXP::Platform::StartReading(file.get(), kPreparedBytes);
+    prepared_ = path;
+}
+
+void Importer::OpenPrepared() noexcept {
+    if (prepared_.empty()) return;
+    try {
+        next_ = std::make_unique<const ImportSource>(prepared_, pictures_[1 - current_]);
+    } catch (const std::exception&) {
+        // It fails again when it is its turn, and is reported then.
+    }
+    prepared_.clear();
+}
+
+std::unique_ptr<const ImportSource> Importer::Open(const std::string& path) {
+    std::unique_ptr<const ImportSource> next = std::move(next_);
+    if (!next || next->path() != path || !next->IsUnchanged())
+        return std::make_unique<const ImportSource>(path, pictures_[current_]);
+    current_ = 1 - current_;
+    return next;
 }
 
 Importer::Result Importer::Import(const std::string& path) {
-    const ImportSource source(path, pictures_);
+    const std::unique_ptr<const ImportSource> opened = Open(path);
+    const ImportSource& source = *opened;
     if (ledger_.KnowsSource(path, source.size(), source.time())) return {Outcome::kKnown, ""};
     const CaptureMarks marks = MarksOf(path);
     const std::string wanted = PlaceOf(source, options_.gallery, marks.game);
@@ -127,8 +147,8 @@ Importer::Result Importer::Import(const std::string& path) {
 
     KXP::NewFile copy(place.path, kMode);
     if (!copy.IsOpen()) FailToWrite(std::strerror(errno));
-    const std::string picture =
-        WriteCapture(source, marks, videos_, digests_, copy.descriptor(), options_.onRead);
+    const std::string picture = WriteCapture(source, marks, videos_, digests_, copy.descriptor(),
+                                             options_.onRead, [this] { OpenPrepared(); });
     if (ledger_.KnowsPicture(picture)) return {Outcome::kKnown, ""};
     std::string copied = FindCopy(place.taken, copy.descriptor(), picture, videos_);
     const KXP::FileDescriptor turn = ledger_.TakeTurn();

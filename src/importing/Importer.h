@@ -1,6 +1,7 @@
 // Copies files of other recorders into the gallery, as captures of the product. For one thread.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,8 +37,9 @@ class Importer {
     // ImportError for a file that cannot be imported.
     Result Check(const std::string& path);
 
-    // For a file that is to be imported after the one at hand: begins to read it.
-    static void Prepare(const std::string& path);
+    // For a file that is to be imported after the one at hand: begins to read it. A picture is in memory by
+    // then, as far as there was nothing else to do.
+    void Prepare(const std::string& path);
 
     // Whole or not at all. Throws ImportError, also for a disk that is full.
     Result Import(const std::string& path);
@@ -49,10 +51,15 @@ class Importer {
 
   private:
     CaptureMarks MarksOf(const std::string& source) const;
+    std::unique_ptr<const ImportSource> Open(const std::string& path);
+    void OpenPrepared() noexcept;
 
     const ImportOptions options_;
     ImportLedger& ledger_;
-    PictureMemory pictures_;
+    PictureMemory pictures_[2];
+    size_t current_ = 0;                        // of those
+    std::string prepared_;                      // path
+    std::unique_ptr<const ImportSource> next_;  // the prepared one, with a picture in the other memory
     DigestThread digests_;
     VideoLibrary videos_;
     std::vector<ImportedFile> pending_;

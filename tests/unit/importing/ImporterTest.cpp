@@ -33,6 +33,10 @@ int64_t TimeOf(const std::string& path) {
     return int64_t{status.st_mtim.tv_sec} * 1000000000 + status.st_mtim.tv_nsec;
 }
 
+std::string DigestOfPicture(const std::string& path) {
+    return ImportSource(path).DigestOfPicture();
+}
+
 class ImporterTest : public testing::Test {
   protected:
     // As a run of its own, which knows what was noted alone.
@@ -239,6 +243,25 @@ TEST_F(ImporterTest, NoticesASourceThatChanges) {
         EXPECT_EQ(Refusal(source, options), "changes while it is read");
     }
     EXPECT_EQ(Captures(), 0);
+}
+
+TEST_F(ImporterTest, ImportsAPreparedFileAsItIsWhenItsTurnComes) {
+    ImportLedger ledger(ledger_);
+    ImportOptions options;
+    options.gallery = gallery_;
+    Importer importer(options, ledger);
+    const auto import = [&](const std::string& path, const std::string& next) {
+        importer.Prepare(next);
+        const Importer::Result result = importer.Import(path);
+        EXPECT_EQ(DigestOfPicture(result.path), DigestOfPicture(path));
+    };
+    const std::string changed = Png("Tide/b.png", 5);
+    import(Png("Tide/a.png"), changed);
+    Png("Tide/b.png", 60);
+    import(changed, folder_ / "missing.png");
+    import(Png("Tide/c.png", 7), Png("Tide/d.png", 8));
+    import(Png("Tide/e.png", 9), folder_.path());
+    import(folder_ / "Tide/d.png", folder_ / "Tide/c.png");
 }
 
 TEST_F(ImporterTest, NamesTheGameByFolderOrFile) {

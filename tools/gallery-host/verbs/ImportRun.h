@@ -22,8 +22,8 @@ class ImportRun {
     ImportRun(Output& output, ImportRunOptions options, importing::ImportOptions importOptions);
 
     // For the file after the one that comes next.
-    void Prepare(const std::string& path) const {
-        if (!options_.dryRun) importing::Importer::Prepare(path);
+    void Prepare(const std::string& path) {
+        if (!options_.dryRun) importer_.Prepare(path);
     }
     // A file that cannot be imported is reported.
     void Import(const std::string& path);
