@@ -1,7 +1,7 @@
 #include <cstring>
 
+#include "base/Words.h"
 #include "common/json/Json.h"
-#include "common/json/JsonWords.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ using KXP::Word;
 
 // Marks what has to be escaped, and perhaps some bytes after it.
 Word EscapedBytes(Word word) {
-    return KXP::ZeroBytes(word & (KXP::kEachByte * 0xE0)) | KXP::QuoteBytes(word);
+    return KXP::ZeroBytes(word & (KXP::kEachByte * 0xE0)) | KXP::BytesOf<'"', '\\'>(word);
 }
 
 bool IsEscaped(char c) {

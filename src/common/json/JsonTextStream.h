@@ -2,15 +2,15 @@
 // finds these by their types.
 #pragma once
 
+#include "base/Words.h"
 #include "common/json/Json.h"
-#include "common/json/JsonWords.h"
 
 namespace KXP {
 
 // Marks by its high bit the first byte of a little-endian word that is a quote, a backslash, a control
 // character or beyond ASCII, and perhaps some bytes after it. 0 when there is none.
 inline Word SpecialBytes(Word word) {
-    return ((word | (word - kEachByte * 0x20)) & (kEachByte * 0x80)) | QuoteBytes(word);
+    return ((word | (word - kEachByte * 0x20)) & (kEachByte * 0x80)) | BytesOf<'"', '\\'>(word);
 }
 
 inline bool IsBeyondAscii(char c) {

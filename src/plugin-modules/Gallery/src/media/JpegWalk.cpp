@@ -1,5 +1,7 @@
 #include "plugin-modules/Gallery/src/media/JpegWalk.h"
 
+#include "base/Words.h"
+
 namespace media {
 namespace {
 
@@ -16,26 +18,43 @@ struct Entry {
     uint64_t value;  // its position in the block, which may lie after the end
 };
 
+// Marks the positions, of eight, at which anything that the scan looks for may begin, as far as one byte
+// says: the first of a subtype, or the second of a tag or of a TIFF header. Marks a few others as well.
+KXP::Word Beginnings(const char* bytes) {
+    return KXP::BytesOf<'S', '3'>(KXP::LoadWord(bytes)) |
+           KXP::BytesOf<'M', 0x0F, 0x10, 0x31, 0x0B, 0xF6>(KXP::LoadWord(bytes + 1));
+}
+
 class TagScan {
   public:
     TagScan(ByteView block, SniffResult& result) : block_(block), result_(result) {}
 
     // Whether a tag names one of our makers.
     bool Run(size_t first) {
-        for (size_t at = first; at <= kLastScanned; ++at) {
-            if (tiffBase_ != 0) {
-                TestTag(at);
-            } else {
-                if (!block_.HasAt(at, "MM")) continue;
-                tiffBase_ = at;
+        constexpr size_t kStep = sizeof(KXP::Word);
+        for (size_t at = first; at <= kLastScanned && !IsDone(); at += kStep) {
+            KXP::Word marks = Beginnings(block_.text().data() + at);
+            for (; marks != 0 && !IsDone(); marks &= marks - 1) {
+                const size_t place = at + KXP::FirstMark(marks);
+                if (place <= kLastScanned) Test(place);
             }
-            if (!subTypeSeen_) TestSubType(at);
-            if (subTypeSeen_ && softwareSeen_ && Matched()) break;
         }
         return Matched();
     }
 
   private:
+    bool IsDone() const { return subTypeSeen_ && softwareSeen_ && Matched(); }
+
+    void Test(size_t at) {
+        if (tiffBase_ != 0) {
+            TestTag(at);
+        } else {
+            if (!block_.HasAt(at, "MM")) return;
+            tiffBase_ = at;
+        }
+        if (!subTypeSeen_) TestSubType(at);
+    }
+
     bool Matched() const { return makeMatch_ || modelMatch_ || softwareMatch_; }
 
     Entry EntryAt(size_t at) const { return {block_.U32(at + 4), uint64_t{tiffBase_} + block_.U32(at + 8)}; }
