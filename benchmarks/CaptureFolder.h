@@ -26,12 +26,24 @@ inline constexpr const char* kLabels[kKinds] = {
 // The size of a small capture, so that the whole is never read by accident.
 inline constexpr size_t kBulk = 65536;
 
-inline std::string CaptureOf(Kind kind) {
+// What a capture says of its game.
+inline constexpr const char* kGameFacts =
+    R"("DRSAppName":"An application","DRSProfileName":"A profile","ShortName":"app","CmsId":100021711)";
+
+// A highlight differs from the next by its moment, while other captures of a game carry one block.
+inline std::string HighlightBlock(int number) {
+    return captures::Block("Ovirastream SDK",
+                           std::string("{") + kGameFacts +
+                               R"(,"HighlightName":"Victory","HighlightId":"victory",)"
+                               R"("HighlightGroupId":"group","HighlightTags":1,"HighlightSignificance":2,)"
+                               R"("EventTimeStamp":"2026-01-01T00:00:00.)" +
+                               std::to_string(100000 + number) + R"("})");
+}
+
+// The `number` makes highlights differ.
+inline std::string CaptureOf(Kind kind, int number = 0) {
     const std::string block =
-        captures::Block("Ovirastream SDK", R"({"DRSAppName":"An application","DRSProfileName":"A profile",)"
-                                           R"("ShortName":"app","CmsId":100021711,"HighlightName":"Victory",)"
-                                           R"("HighlightId":"victory","HighlightGroupId":"group",)"
-                                           R"("HighlightTags":1,"HighlightSignificance":2})");
+        captures::Block("Ovirastream SHARE", std::string("{") + kGameFacts + R"(,"MediaType":"Manual"})");
     std::string bulk(kBulk, '\x55');
     const std::string media = samples::Mp4Box("mdat", bulk);
     switch (kind) {
@@ -46,7 +58,7 @@ inline std::string CaptureOf(Kind kind) {
         case kMp4Front:
             return captures::FileType() + captures::Movie(block) + media;
         case kMp4Behind:
-            return captures::FileType() + media + captures::Movie(block);
+            return captures::FileType() + media + captures::Movie(HighlightBlock(number));
         default:
             return bulk;
     }
@@ -62,7 +74,7 @@ class Folder {
         for (int i = 0; i < count; ++i) {
             const Kind kind = static_cast<Kind>((first + i * step) % kKinds);
             files_.push_back((path_ / ("capture " + std::to_string(i) + kExtensions[kind])).string());
-            std::ofstream(files_.back(), std::ios::binary) << CaptureOf(kind);
+            std::ofstream(files_.back(), std::ios::binary) << CaptureOf(kind, i);
         }
     }
     ~Folder() { fs::remove_all(path_); }

@@ -15,7 +15,7 @@ std::string Quoted(std::string_view text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     MetadataFields fields;
-    ReadMetadataBlock(text, fields);
-    ReadMetadataBlock("{\"B64\":" + Quoted(text) + "}", fields);
+    MetadataBlock(text).CopyTo(fields);
+    MetadataBlock("{\"B64\":" + Quoted(text) + "}").CopyTo(fields);
     return 0;
 }

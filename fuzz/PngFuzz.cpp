@@ -57,7 +57,7 @@ class Walk {
         } else if (StartsWith(data, "DRSProfileName")) {
             result.drsProfileName = At(data, 15, data.size());
         } else if (StartsWith(data, "Description") && data.size() > 12) {
-            ReadMetadataBlock(data.substr(12), result);
+            MetadataBlock(data.substr(12)).CopyTo(result);
         }
     }
 
@@ -68,7 +68,7 @@ class Walk {
         const std::string_view text =
             at == std::string_view::npos ? std::string_view() : At(data, at + 1, data.size());
         TakeSoftware(Content(text, {"xmp:CreatorTool"}));
-        ReadMetadataBlock(Content(text, {"dc:description", "rdf:Alt", "rdf:li"}), result);
+        MetadataBlock(Content(text, {"dc:description", "rdf:Alt", "rdf:li"})).CopyTo(result);
     }
 
     static std::string Content(std::string_view text, std::initializer_list<const char*> path) {

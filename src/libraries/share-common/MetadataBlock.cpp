@@ -1,5 +1,8 @@
 #include "libraries/share-common/MetadataBlock.h"
 
+#include <iterator>
+#include <utility>
+
 #include "CobalixUtil.h"
 #include "common/json/JsonParse.h"
 #include "common/json/StackDocument.h"
@@ -11,87 +14,117 @@ std::string_view TextOf(const KXP::Value& value) {
     return {value.GetString(), value.GetStringLength()};
 }
 
-void Take(const KXP::Value& value, std::string& field) {
+// Each returns whether the value is of the field's type.
+bool Take(const KXP::Value& value, std::string& field) {
     if (value.IsString()) field = TextOf(value);
+    return value.IsString();
 }
 
-void Take(const KXP::Value& value, int64_t& field) {
+bool Take(const KXP::Value& value, int64_t& field) {
     if (value.IsInt64()) field = value.GetInt64();
+    return value.IsInt64();
 }
 
-void Take(const KXP::Value& value, uint32_t& field) {
+bool Take(const KXP::Value& value, uint32_t& field) {
     if (value.IsUint()) field = value.GetUint();
+    return value.IsUint();
 }
 
-void TakeSubType(const KXP::Value& value, std::string& subType) {
-    std::string mediaType;
-    Take(value, mediaType);
-    // A screenshot says nothing new: what the walk found in the file's own structure is more exact.
-    if (!mediaType.empty() && mediaType != "Screenshot") subType = std::move(mediaType);
+// A screenshot says nothing new: what the walk found in the file's own structure is more exact.
+bool TakeSubType(const KXP::Value& value, MetadataFields& fields) {
+    return Take(value, fields.fileSubType) && !fields.fileSubType.empty() &&
+           fields.fileSubType != "Screenshot";
+}
+
+template <auto field>
+bool TakeInto(const KXP::Value& value, MetadataFields& fields) {
+    return Take(value, fields.*field);
+}
+
+template <auto field>
+void CopyField(const MetadataFields& from, MetadataFields& to) {
+    to.*field = from.*field;
 }
 
 struct Member {
     std::string_view name;
-    void (*take)(const KXP::Value&, MetadataFields&);
+    bool (*take)(const KXP::Value&, MetadataFields&);
+    void (*copy)(const MetadataFields& from, MetadataFields& to);
 };
 
 template <auto field>
-void TakeInto(const KXP::Value& value, MetadataFields& fields) {
-    Take(value, fields.*field);
+constexpr Member Of(std::string_view name) {
+    return {name, TakeInto<field>, CopyField<field>};
 }
 
 // In the order of taking. Older writers use the short names; where both are present the long one, taken last,
 // wins. "ProfileName" is not read: writers mirror it into "DRSProfileName" when there is no other.
 constexpr Member kMembers[] = {
-    {"DRSAppName", TakeInto<&MetadataFields::drsName>},
-    {"DRSProfileName", TakeInto<&MetadataFields::drsProfileName>},
-    {"ShortName", TakeInto<&MetadataFields::shortName>},
-    {"MediaType",
-     [](const KXP::Value& value, MetadataFields& fields) { TakeSubType(value, fields.fileSubType); }},
-    {"CmsId", TakeInto<&MetadataFields::cmsId>},
-    {"Name", TakeInto<&MetadataFields::highlightName>},
-    {"HighlightName", TakeInto<&MetadataFields::highlightName>},
-    {"Id", TakeInto<&MetadataFields::highlightDefinitionId>},
-    {"HighlightId", TakeInto<&MetadataFields::highlightDefinitionId>},
-    {"GroupId", TakeInto<&MetadataFields::highlightGroupId>},
-    {"HighlightGroupId", TakeInto<&MetadataFields::highlightGroupId>},
-    {"EventTimeStamp", TakeInto<&MetadataFields::eventTimeStamp>},
-    {"Tags", TakeInto<&MetadataFields::highlightTags>},
-    {"HighlightTags", TakeInto<&MetadataFields::highlightTags>},
-    {"Significance", TakeInto<&MetadataFields::highlightSignificance>},
-    {"HighlightSignificance", TakeInto<&MetadataFields::highlightSignificance>},
+    Of<&MetadataFields::drsName>("DRSAppName"),
+    Of<&MetadataFields::drsProfileName>("DRSProfileName"),
+    Of<&MetadataFields::shortName>("ShortName"),
+    {"MediaType", TakeSubType, CopyField<&MetadataFields::fileSubType>},
+    Of<&MetadataFields::cmsId>("CmsId"),
+    Of<&MetadataFields::highlightName>("Name"),
+    Of<&MetadataFields::highlightName>("HighlightName"),
+    Of<&MetadataFields::highlightDefinitionId>("Id"),
+    Of<&MetadataFields::highlightDefinitionId>("HighlightId"),
+    Of<&MetadataFields::highlightGroupId>("GroupId"),
+    Of<&MetadataFields::highlightGroupId>("HighlightGroupId"),
+    Of<&MetadataFields::eventTimeStamp>("EventTimeStamp"),
+    Of<&MetadataFields::highlightTags>("Tags"),
+    Of<&MetadataFields::highlightTags>("HighlightTags"),
+    Of<&MetadataFields::highlightSignificance>("Significance"),
+    Of<&MetadataFields::highlightSignificance>("HighlightSignificance"),
 };
 
-void TakeMembers(const KXP::Value& inner, MetadataFields& fields) {
-    for (const Member& member : kMembers) {
+static_assert(std::size(kMembers) <= 32);
+
+// Returns a bit for each member that was taken.
+uint32_t TakeMembers(const KXP::Value& inner, MetadataFields& fields) {
+    uint32_t taken = 0;
+    for (size_t i = 0; i < std::size(kMembers); ++i) {
         for (auto at = inner.MemberBegin(); at != inner.MemberEnd(); ++at) {
-            if (TextOf(at->name) != member.name) continue;
-            member.take(at->value, fields);
+            if (TextOf(at->name) != kMembers[i].name) continue;
+            if (kMembers[i].take(at->value, fields)) taken |= 1u << i;
             break;
         }
     }
+    return taken;
 }
 
 }  // namespace
 
-void ReadMetadataBlock(std::string_view text, MetadataFields& fields) {
+MetadataBlock::MetadataBlock(std::string_view text) {
     KXP::StackDocument outer;
-    if (KXP::ParseJSON(text, *outer).IsError()) return;
-    ReadMetadataBlock(*outer, fields);
-}
-
-void ReadMetadataBlock(const KXP::Value& outer, MetadataFields& fields) {
-    if (!outer.IsObject()) return;
-    const auto code = outer.FindMember("B64");
-    if (code == outer.MemberEnd() || !code->value.IsString()) return;
+    if (KXP::ParseJSON(text, *outer).IsError() || !(*outer).IsObject()) return;
+    if (const auto source = (*outer).FindMember("Source"); source != (*outer).MemberEnd())
+        Take(source->value, source_);
+    const auto code = (*outer).FindMember("B64");
+    if (code == (*outer).MemberEnd() || !code->value.IsString()) return;
 
     KXP::StackDocument inner;
     if (KXP::ParseJSON(KXP::DecodeBase64Loosely(TextOf(code->value)), *inner).IsError() ||
         !(*inner).IsObject())
         return;
-    TakeMembers(*inner, fields);
+    taken_ = TakeMembers(*inner, fields_);
+    hasFacts_ = true;
+}
+
+void MetadataBlock::CopyTo(MetadataFields& fields) const {
+    for (size_t i = 0; i < std::size(kMembers); ++i)
+        if ((taken_ >> i & 1) != 0) kMembers[i].copy(fields_, fields);
+    if (!hasFacts_) return;
     KXP_LOG(KXP::LogTrace, "CheckIfZv: cmsId:%ld name:%s id:%s groupId:%s tags:0x%08x significance:0x%08x",
             static_cast<long>(fields.cmsId), fields.highlightName.c_str(),
             fields.highlightDefinitionId.c_str(), fields.highlightGroupId.c_str(), fields.highlightTags,
             fields.highlightSignificance);
+}
+
+const MetadataBlock& MetadataReader::Read(std::string_view text) {
+    if (text == kept_[last_].text) return kept_[last_].block;
+    Kept& other = kept_[1 - last_];
+    if (text != other.text) other = {std::string(text), MetadataBlock(text)};
+    last_ = 1 - last_;
+    return other.block;
 }

@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "common/json/Json.h"
-
 // What a block can say about a media file. Texts are UTF-8 and may hold any character, U+0000 among them.
 struct MetadataFields {
     std::string fileSubType;
@@ -23,9 +21,38 @@ struct MetadataFields {
     uint32_t highlightSignificance = 0;
 };
 
-// Overwrites the fields whose members the block holds with the right type and leaves the others as they were;
-// a block that cannot be read changes nothing. Content never makes it throw. Any thread.
-void ReadMetadataBlock(std::string_view text, MetadataFields& fields);
+// One block, read. A block that cannot be read says nothing. Content never makes it throw.
+class MetadataBlock {
+  public:
+    MetadataBlock() = default;
+    explicit MetadataBlock(std::string_view text);
 
-// The same over an outer text that is parsed already, of whatever type.
-void ReadMetadataBlock(const KXP::Value& outer, MetadataFields& fields);
+    // The outer "Source"; empty where it is missing or no string.
+    const std::string& source() const { return source_; }
+    // Overwrites the fields whose members the block holds with the right type and leaves the others as they
+    // were.
+    void CopyTo(MetadataFields& fields) const;
+
+  private:
+    std::string source_;
+    MetadataFields fields_;
+    bool hasFacts_ = false;  // an inner object that could be read
+    uint32_t taken_ = 0;     // a bit for each of the members that a block can hold
+};
+
+// Reads one block after the other. The captures of a game lie side by side and carry the same block, but for
+// highlights, which name their moment: so the last two are kept. One thread.
+class MetadataReader {
+  public:
+    // Valid until the next call.
+    const MetadataBlock& Read(std::string_view text);
+
+  private:
+    struct Kept {
+        std::string text;
+        MetadataBlock block;
+    };
+
+    Kept kept_[2];
+    size_t last_ = 0;  // an index of the one that was used last
+};

@@ -57,7 +57,7 @@ TEST(MetadataText, ReadsBackWithATextThatFillsItsField) {
     std::wmemset(info.highlightName, L'\U0001F600', 256);
     std::wcscpy(info.drsProfileName, L"drs");
     MetadataFields fields;
-    ReadMetadataBlock(std::string_view(MakeMetadata(&info)), fields);
+    MetadataBlock(MakeMetadata(&info)).CopyTo(fields);
     EXPECT_EQ(fields.drsProfileName, "drs");
     EXPECT_EQ(fields.highlightName.size(), 4u * 256);
 }

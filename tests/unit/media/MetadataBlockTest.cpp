@@ -10,7 +10,7 @@ MetadataFields Read(const std::string& text) {
     fields.fileSubType = "Normal";
     fields.highlightName = "before";
     fields.highlightTags = 77;
-    ReadMetadataBlock(text, fields);
+    MetadataBlock(text).CopyTo(fields);
     return fields;
 }
 
@@ -55,6 +55,20 @@ TEST(MetadataBlock, BadBlocksChangeNothing) {
         EXPECT_EQ(fields.highlightName, "before") << text.substr(0, 80);
         EXPECT_EQ(fields.fileSubType, "Normal");
         EXPECT_EQ(fields.highlightTags, 77u);
+    }
+}
+
+TEST(MetadataBlock, AReaderMistakesNoBlockForTheOnesBefore) {
+    const std::string first = captures::Block("first", R"({"HighlightName":"a","Tags":1})");
+    const std::string second = captures::Block("second", R"({"HighlightTags":2})");
+    MetadataReader reader;
+    for (const std::string& text :
+         {std::string(), first, second, first, std::string("["), second, first, first, second}) {
+        MetadataFields fields;
+        reader.Read(text).CopyTo(fields);
+        EXPECT_EQ(reader.Read(text).source(), MetadataBlock(text).source());
+        EXPECT_EQ(fields.highlightName, text == first ? "a" : "");
+        EXPECT_EQ(fields.highlightTags, text == first ? 1u : text == second ? 2u : 0u);
     }
 }
 

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <optional>
 
-#include "common/json/JsonParse.h"
-#include "common/json/StackDocument.h"
 #include "common/results/RetVal.h"
 
 namespace media {
@@ -51,16 +49,13 @@ const Tag* FindEncodingTag(std::string_view source) {
 }
 
 void TakeBlock(std::string_view text, SniffResult& result) {
-    KXP::StackDocument block;
-    if (KXP::ParseJSON(text, *block).IsError() || !(*block).IsObject()) return;
-    const auto source = (*block).FindMember("Source");
-    if (source == (*block).MemberEnd() || !source->value.IsString()) return;
-    const Tag* tag = FindEncodingTag({source->value.GetString(), source->value.GetStringLength()});
+    const MetadataBlock& block = result.blocks.Read(text);
+    const Tag* tag = FindEncodingTag(block.source());
     if (!tag) return;
     result.isOwn = true;
     result.fileSubType = tag->value;
     result.fileSource = tag->value == "Highlight" ? "OVS_SDK" : "OVS_Share";
-    ReadMetadataBlock(*block, result);
+    block.CopyTo(result);
 }
 
 Ending ReadTags(ByteCursor& cursor, uint64_t payload, SniffResult& result) {

@@ -47,7 +47,7 @@ void TakeText(ByteView data, bool& sourceSettled, SniffResult& result) {
     } else if (data.StartsWith("DRSProfileName")) {
         result.drsProfileName = data.Sub(15).text();
     } else if (data.StartsWith("Description")) {
-        if (data.size() >= 13) ReadMetadataBlock(data.Sub(12).text(), result);
+        if (data.size() >= 13) result.blocks.Read(data.Sub(12).text()).CopyTo(result);
     }
 }
 
@@ -74,7 +74,7 @@ void TakeXmp(ByteView data, bool& sourceSettled, SniffResult& result) {
     xmp.Rewind();
     for (const char* tag : {"x:xmpmeta", "rdf:RDF", "rdf:Description", "dc:description", "rdf:Alt", "rdf:li"})
         xmp.Descend(tag);
-    if (xmp.GetCurrentString(value) == 0) ReadMetadataBlock(value, result);
+    if (xmp.GetCurrentString(value) == 0) result.blocks.Read(value).CopyTo(result);
 }
 
 }  // namespace

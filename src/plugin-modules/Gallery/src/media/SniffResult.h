@@ -17,6 +17,7 @@ struct SniffResult : MetadataFields {
     std::string fileType;               // "image", "video" or "other"
     std::string fileSource;             // "OVS_Share", "OVS_SDK", "OVS_Lumis" or "Undefined"
     std::vector<const char*> findings;  // static texts, log lines about bad content
+    MetadataReader blocks;  // of this file, and of those before it that the same result was used for
 };
 
 // The ordinary result of a walk, whether the file is own or not.
