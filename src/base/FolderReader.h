@@ -38,6 +38,8 @@ class FolderReader {
     // Of the entry stepped to. Kind is that of a link's target.
     const char* Name() const { return entry_->d_name; }
     EntryKind Kind() const;
+    // Whether the folder itself says that it is a regular file; some file systems say nothing.
+    bool IsKnownRegularFile() const { return entry_->d_type == DT_REG; }
     // A folder itself, and no link to one.
     bool IsFolder() const;
     bool IsLink() const;

@@ -1,6 +1,7 @@
 // Text and its encodings. Wide text holds 32-bit characters.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -8,6 +9,16 @@ namespace KXP {
 
 // Byte by byte; UTF-8 beyond ASCII stays as it is in the C locale.
 std::string ToLower(std::string text);
+
+// Whether a text ends in `ending`, which is in lower case. Knows the ASCII letters alone, so that no locale
+// changes the answer.
+inline bool EndsIgnoringCase(std::string_view text, std::string_view ending) {
+    if (text.size() < ending.size()) return false;
+    text.remove_prefix(text.size() - ending.size());
+    return std::equal(text.begin(), text.end(), ending.begin(), [](char c, char lower) {
+        return (c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c) == lower;
+    });
+}
 
 // Strict: malformed bytes, lone surrogates and values beyond U+10FFFF throw std::range_error. UTF-16 is in
 // units of the machine's order, which is little-endian on every machine that the product runs on.

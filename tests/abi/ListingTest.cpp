@@ -72,17 +72,19 @@ TEST_F(ListingTest, ShowsCapturesOfEveryKindNewestFirst) {
 }
 
 TEST_F(ListingTest, OrdersByTimeThenNameAndCountsWhatHasNoPlaceInTheSchema) {
-    for (const char* name : {"b.txt", "a.txt", "x Thumbnail.png", "x Thumbnail.jpeg", "lonely.exr"})
+    for (const char* name :
+         {"b.txt", "a.txt", "x Thumbnail.png", "x Thumbnail.jpe", "x Thumbnail.jpeg", "lonely.exr"})
         gallery_.Write(name, "");
     const auto when = std::filesystem::last_write_time(gallery_ / "a.txt");
-    for (const char* name : {"b.txt", "x Thumbnail.jpeg"})
+    for (const char* name : {"b.txt", "x Thumbnail.jpeg", "x Thumbnail.jpe"})
         std::filesystem::last_write_time(gallery_ / name, when);
     // An engraved media type goes into the subtype, which the pages' schema limits to the words it knows.
     const std::string block = captures::Block("Ovirastream SHARE", R"({"MediaType":"Video"})");
     gallery_.Write("media type.mp4", TempGallery::Video(600, 1200, block));
     std::filesystem::last_write_time(gallery_ / "media type.mp4", when - std::chrono::seconds(1));
     EXPECT_EQ(List(gallery_.path(), R"(,"shouldShowEXR":true)"),
-              "\nx Thumbnail.jpeg: other Unknown Undefined\nb.txt: other Unknown Undefined"
+              "\nx Thumbnail.jpeg: other Unknown Undefined\nx Thumbnail.jpe: other Unknown Undefined"
+              "\nb.txt: other Unknown Undefined"
               "\na.txt: other Unknown Undefined\nmedia type.mp4: video Unknown OVS_Share");
 }
 

@@ -5,8 +5,8 @@
 #include <string_view>
 
 // Each returns a word of the schema: the same for a known word, a replacement for the others. The results are
-// static.
-std::string_view TypeForPages(std::string_view word);
-std::string_view SubtypeForPages(std::string_view word);
-std::string_view SourceForPages(std::string_view word);
-std::string_view AudioTypeForPages(std::string_view word);
+// static, and equal words are one.
+const std::string_view& TypeForPages(std::string_view word);
+const std::string_view& SubtypeForPages(std::string_view word);
+const std::string_view& SourceForPages(std::string_view word);
+const std::string_view& AudioTypeForPages(std::string_view word);

@@ -1,20 +1,20 @@
 #include "plugin-modules/Gallery/src/endpoints/FileInspection.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <new>
 #include <system_error>
 #include <thread>
-#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include "CobalixUtil.h"
+#include "base/Text.h"
 #include "common/files/InputFileStream.h"
 #include "common/results/Exception.h"
-#include "common/text/TextUtil.h"
 #include "libraries/share-common/PageWords.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
@@ -23,46 +23,32 @@ using KXP::LogFailure;
 
 namespace {
 
-constexpr size_t kFourCharacterEnding = 4;  // ".png"
-constexpr size_t kWorthAThread = 256;
+// Less work is done sooner than a second thread gains anything: it has to be made, and two threads that open
+// files make each other wait in the kernel.
+constexpr std::chrono::milliseconds kWorthAThread{4};
 // Taken at once by a thread.
-constexpr size_t kStep = 64;
-
-// Beside time and name.
-auto OtherFields(const ListedFile& file) {
-    return std::tie(file.type, file.subtype, file.source, file.thumbnail);
-}
-
-std::string LowerExtension(const std::string& name) {
-    const size_t dot = name.rfind('.');
-    return dot == std::string::npos ? "" : KXP::ToLower(name.substr(dot));
-}
+constexpr size_t kStep = 32;
 
 // A generated thumbnail lies beside its original and is not listed.
-bool IsThumbnail(const std::string& name, const std::string& extension) {
-    if (extension != ".png" && extension != ".jpg") return false;
+bool IsThumbnail(std::string_view name) {
+    if (!KXP::EndsIgnoringCase(name, ".png") && !KXP::EndsIgnoringCase(name, ".jpg")) return false;
     constexpr std::string_view mark = media::kThumbnailMark;
-    constexpr size_t ending = mark.size() + kFourCharacterEnding;
+    constexpr size_t ending = mark.size() + std::string_view(".png").size();
     return name.size() >= ending && name.compare(name.size() - ending, mark.size(), mark) == 0;
+}
+
+bool IsExr(std::string_view name) {
+    return KXP::EndsIgnoringCase(name, ".exr");
 }
 
 }  // namespace
 
-// The names of one folder differ, so the first two fields settle nearly all.
-bool ListedFile::operator<(const ListedFile& other) const {
-    if (time != other.time) return time < other.time;
-    if (const int order = name.compare(other.name); order != 0) return order < 0;
-    return OtherFields(*this) < OtherFields(other);
+bool FileInspector::Rules::LeaveOut(std::string_view name) const {
+    return (!showExr && IsExr(name)) || IsThumbnail(name);
 }
 
-bool ListedFile::operator==(const ListedFile& other) const {
-    return time == other.time && name == other.name && OtherFields(*this) == OtherFields(other);
-}
-
-void FileInspector::Inspect(std::string_view name) try {
-    name_ = name;
-    ListedFile file;
-    file.name = name;
+void FileInspector::Inspect(ListedFile& file) try {
+    name_ = file.name;
     InspectFile(name_, file);
 } catch (const std::bad_alloc&) {
     throw;  // not the fault of this file: the next would fail as well
@@ -71,8 +57,7 @@ void FileInspector::Inspect(std::string_view name) try {
 }
 
 void FileInspector::InspectFile(const std::string& name, ListedFile& file) {
-    const std::string extension = LowerExtension(name);
-    const bool isThumbnail = IsThumbnail(name, extension);
+    const bool isThumbnail = IsThumbnail(name);
     // Its time comes with the open file; what is not opened is asked for it.
     KXP::ifstream stream;
     const bool isOpen = !isThumbnail && media::MayBeOwn(name) && stream.open(folder_, name);
@@ -83,9 +68,9 @@ void FileInspector::InspectFile(const std::string& name, ListedFile& file) {
         return;
     }
     std::string thumbnail;
-    if (extension == ".exr") {
+    if (IsExr(name)) {
         if (!rules_.showExr) return;
-        if (!media::CheckIfThumbnailExistsForFile(directory_ + name, extension, thumbnail)) {
+        if (!media::CheckIfThumbnailExistsForFile(directory_ + name, ".exr", thumbnail)) {
             KXP_LOG(KXP::LogDetail, "Skipping EXR due to missing thumbnail file");
             return;
         }
@@ -105,11 +90,10 @@ void FileInspector::InspectFile(const std::string& name, ListedFile& file) {
         KXP_LOG(KXP::LogDetail, "Skipping oversized Super Resolution image due to missing thumbnail file");
         return;
     }
-    file.type = TypeForPages(sniffed_.fileType);
-    file.subtype = SubtypeForPages(sniffed_.fileSubType);
-    file.source = SourceForPages(sniffed_.fileSource);
-    if (!thumbnail.empty()) file.thumbnail = thumbnails_.emplace_back(std::move(thumbnail));
-    found_.push_back(file);
+    if (!thumbnail.empty()) file.thumbnail = &thumbnails_.emplace_back(std::move(thumbnail));
+    file.type = &TypeForPages(sniffed_.fileType);
+    file.subtype = &SubtypeForPages(sniffed_.fileSubType);
+    file.source = &SourceForPages(sniffed_.fileSource);
 }
 
 bool FileInspector::ReadTime(const std::string& name, int64_t& time) const {
@@ -119,39 +103,76 @@ bool FileInspector::ReadTime(const std::string& name, int64_t& time) const {
     return true;
 }
 
-void FileInspection::Run(const std::vector<std::string_view>& names, const std::atomic<bool>& cancelled) {
-    std::atomic<size_t> next{0};
-    const auto inspect = [&](FileInspector& inspector) {
-        for (size_t first = next.fetch_add(kStep); first < names.size(); first = next.fetch_add(kStep))
-            for (size_t i = first; i < std::min(first + kStep, names.size()) && !cancelled; ++i)
-                inspector.Inspect(names[i]);
-    };
+// Hands out the files, a few at a time.
+class FileInspection::Shares {
+  public:
+    Shares(std::vector<ListedFile>& files, const std::atomic<bool>& cancelled)
+        : files_(files), cancelled_(cancelled) {}
+
+    // False when nothing is left.
+    bool InspectSome(FileInspector& inspector) {
+        const size_t first = next_.fetch_add(kStep);
+        if (first >= files_.size() || cancelled_) return false;
+        for (size_t i = first; i < std::min(first + kStep, files_.size()); ++i)
+            inspector.Inspect(files_[i]);
+        return true;
+    }
+    void InspectAll(FileInspector& inspector) {
+        while (InspectSome(inspector)) {
+        }
+    }
+    void End() { next_ = files_.size(); }
+
+    // Of one thread so far. Whether the rest takes as long as a second thread is worth.
+    bool ShouldBeShared() const {
+        const size_t done = next_;
+        if (done >= files_.size()) return false;
+        const Clock::duration taken = Clock::now() - start_;
+        return taken / done * (files_.size() - done) > kWorthAThread;
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    std::vector<ListedFile>& files_;
+    const std::atomic<bool>& cancelled_;
+    const Clock::time_point start_ = Clock::now();
+    std::atomic<size_t> next_{0};
+};
+
+void FileInspection::Run(std::vector<ListedFile>& files, const std::atomic<bool>& cancelled) {
+    Shares shares(files, cancelled);
+    while (shares.InspectSome(inspectors_[0])) {
+        if (!shares.ShouldBeShared()) continue;
+        InspectOnTwo(shares);
+        break;
+    }
+    const auto listed =
+        std::remove_if(files.begin(), files.end(), [](const ListedFile& file) { return !file.type; });
+    files.erase(listed, files.end());
+}
+
+void FileInspection::InspectOnTwo(Shares& shares) {
     std::exception_ptr failure;
     std::thread second;
     try {
-        if (names.size() >= kWorthAThread)
-            second = std::thread([&] {
-                try {
-                    inspect(inspectors_[1]);
-                } catch (...) {
-                    failure = std::current_exception();
-                }
-            });
+        second = std::thread([&] {
+            try {
+                shares.InspectAll(inspectors_[1]);
+            } catch (...) {
+                failure = std::current_exception();
+            }
+        });
     } catch (const std::system_error& error) {
         KXP_LOG(KXP::LogDetail, "A listing goes on with one thread: %s", error.what());
     }
     try {
-        inspect(inspectors_[0]);
+        shares.InspectAll(inspectors_[0]);
     } catch (...) {
-        next = names.size();
+        shares.End();
         if (second.joinable()) second.join();
         throw;
     }
     if (second.joinable()) second.join();
     if (failure) std::rethrow_exception(failure);
-}
-
-void FileInspection::AddFound(std::vector<ListedFile>& files) const {
-    for (const FileInspector& inspector : inspectors_)
-        files.insert(files.end(), inspector.found().begin(), inspector.found().end());
 }

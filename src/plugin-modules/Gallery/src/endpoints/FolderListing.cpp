@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <new>
 #include <string_view>
+#include <tuple>
 
 #include "CobalixUtil.h"
 #include "base/FolderReader.h"
 #include "common/files/DirUtil.h"
 #include "common/results/Exception.h"
-#include "libraries/share-common/PageWords.h"
+#include "libraries/media-bytes/ByteView.h"
 #include "plugin-modules/Gallery/src/media/CaptureFolder.h"
 
 const std::map<std::string, ExcludeDirs> kExcludeDirsWords = {
@@ -18,6 +19,36 @@ const std::map<std::string, ExcludeDirs> kExcludeDirsWords = {
     {"hiddenAndEmpty", ExcludeDirs::HiddenAndEmpty},
     {"hiddenOrEmpty", ExcludeDirs::HiddenOrEmpty},
 };
+
+namespace {
+
+std::string_view ThumbnailOf(const ListedFile& file) {
+    return file.thumbnail ? std::string_view(*file.thumbnail) : std::string_view();
+}
+
+// How many characters all names begin with alike.
+size_t SharedBytes(const std::vector<ListedFile>& files) {
+    std::string_view shared = files.empty() ? std::string_view() : files.front().name;
+    for (const ListedFile& file : files) {
+        const auto differ = std::mismatch(shared.begin(), shared.end(), file.name.begin(), file.name.end());
+        shared = shared.substr(0, static_cast<size_t>(differ.first - shared.begin()));
+    }
+    return shared.size();
+}
+
+// Eight bytes from there on, as a number that sorts as they do.
+uint64_t NameKey(std::string_view name, size_t from) {
+    char bytes[sizeof(uint64_t)] = {};
+    name.substr(from).copy(bytes, sizeof bytes);
+    return media::ByteView({bytes, sizeof bytes}).U64(0);
+}
+
+}  // namespace
+
+bool FolderListing::IsBefore(const FileItemData& item, const FileItemData& other) {
+    return std::tuple(item.name, *item.type, *item.subtype, *item.source, ThumbnailOf(item)) <
+           std::tuple(other.name, *other.type, *other.subtype, *other.source, ThumbnailOf(other));
+}
 
 bool FolderListing::DirectoryCompare::operator()(const std::string& a, const std::string& b) const {
     return a < b;
@@ -30,20 +61,18 @@ void FolderListing::Read(const std::atomic<bool>& cancelled) {
     while (!cancelled && folder.Next()) {
         if (folder.Kind() == KXP::EntryKind::Folder) {
             AddDirectory(folder.Name());
-        } else {
+        } else if (!folder.IsKnownRegularFile() || !options_.files.LeaveOut(folder.Name())) {
             starts.push_back(names_.size());
             names_.append(folder.Name()).push_back('\0');
         }
     }
     KXP::LogIllegibleNames(folder, options_.directory);
 
-    std::vector<std::string_view> names;
-    names.reserve(starts.size());
-    for (const size_t start : starts)
-        names.emplace_back(&names_[start]);
+    files_.resize(starts.size());
+    for (size_t i = 0; i < starts.size(); ++i)
+        files_[i].name = &names_[starts[i]];
     inspection_.emplace(options_.directory, folder.descriptor(), options_.files);
-    inspection_->Run(names, cancelled);
-    inspection_->AddFound(files_);
+    inspection_->Run(files_, cancelled);
 }
 
 void FolderListing::AddDirectory(const std::string& name) try {
@@ -58,19 +87,19 @@ void FolderListing::AddDirectory(const std::string& name) try {
     KXP_LOG(KXP::LogFailure, "Error inserting directory: %s", KXP::ExceptionText(error).c_str());
 }
 
-void FolderListing::InsertIntoSet(const FileItemData& item) {
-    FileItemData kept = item;
-    kept.name = inserted_.emplace_back(item.name);
-    kept.thumbnail = inserted_.emplace_back(item.thumbnail);
-    kept.type = TypeForPages(item.type);
-    kept.subtype = SubtypeForPages(item.subtype);
-    kept.source = SourceForPages(item.source);
-    files_.push_back(kept);
+void FolderListing::InsertIntoSet(FileItemData item) {
+    item.name = inserted_.emplace_back(item.name);
+    files_.push_back(item);
 }
 
 void FolderListing::Sort() {
-    std::sort(files_.begin(), files_.end());
-    files_.erase(std::unique(files_.begin(), files_.end()), files_.end());
+    const size_t shared = SharedBytes(files_);
+    sorted_.reserve(files_.size());
+    for (const FileItemData& item : files_)
+        sorted_.push_back({item.time, NameKey(item.name, shared), &item});
+    std::sort(sorted_.begin(), sorted_.end());
+    const auto areEqual = [](const Place& one, const Place& next) { return !(one < next); };
+    sorted_.erase(std::unique(sorted_.begin(), sorted_.end(), areEqual), sorted_.end());
 }
 
 void FolderListing::Write(KXP::IJsonSink& sink) const {
@@ -81,16 +110,17 @@ void FolderListing::Write(KXP::IJsonSink& sink) const {
     sink.StartObject();
     sink.Key("files");
     sink.StartArray();
-    for (auto file = files_.rbegin(); file != files_.rend(); ++file) {
+    for (auto place = sorted_.rbegin(); place != sorted_.rend(); ++place) {
+        const FileItemData& file = *place->item;
         sink.StartObject();
-        write("name", file->name);
-        write("type", file->type);
-        write("subtype", file->subtype);
-        write("source", file->source);
-        if (!file->thumbnail.empty()) write("thumbnail", file->thumbnail);
-        sink.EndObject(file->thumbnail.empty() ? 4 : 5);
+        write("name", file.name);
+        write("type", *file.type);
+        write("subtype", *file.subtype);
+        write("source", *file.source);
+        if (file.thumbnail) write("thumbnail", *file.thumbnail);
+        sink.EndObject(file.thumbnail ? 5 : 4);
     }
-    sink.EndArray(static_cast<rapidjson::SizeType>(files_.size()));
+    sink.EndArray(static_cast<rapidjson::SizeType>(sorted_.size()));
     sink.Key("directories");
     sink.StartArray();
     for (const std::string& name : directories_)

@@ -45,22 +45,41 @@ class FolderListing {
     // opened counts as empty.
     void Read(const std::atomic<bool>& cancelled);
 
-    // Copies the texts of the item. Its words may be any.
-    void InsertIntoSet(const FileItemData& item);
+    // Copies the name.
+    void InsertIntoSet(FileItemData item);
     void InsertDirectory(const std::string& name) { directories_.insert(name); }
 
-    // Sorts the items, and drops all but one of equal ones. Before Write.
+    // Sorts the items by time and, where that is the same, by their texts, and drops all but one of equal
+    // ones. Before Write.
     void Sort();
     // Writes the members "files" and "directories" of a response.
     void Write(KXP::IJsonSink& sink) const;
 
   private:
+    // An item, with the part of its name by which nearly all differ.
+    struct Place {
+        int64_t time;
+        uint64_t nameKey;
+        const FileItemData* item;
+
+        // The names of one folder differ, so these two settle nearly all without a look at the item.
+        bool operator<(const Place& other) const {
+            if (time != other.time) return time < other.time;
+            if (nameKey != other.nameKey) return nameKey < other.nameKey;
+            return IsBefore(*item, *other.item);
+        }
+    };
+
+    // By the texts.
+    static bool IsBefore(const FileItemData& item, const FileItemData& other);
+
     void AddDirectory(const std::string& name);
 
     const Options options_;
     std::string names_;  // of the files in the folder, each with a zero byte
     std::optional<FileInspection> inspection_;
-    std::deque<std::string> inserted_;  // texts
-    std::vector<FileItemData> files_;   // once sorted, oldest first
+    std::deque<std::string> inserted_;  // names
+    std::vector<FileItemData> files_;   // in no order
+    std::vector<Place> sorted_;         // oldest first
     std::set<std::string, DirectoryCompare> directories_;
 };

@@ -3,6 +3,7 @@
 #include "CobalixUtil.h"
 #include "common/files/DirUtil.h"
 #include "common/json/JsonHelpers.h"
+#include "libraries/share-common/PageWords.h"
 
 namespace {
 
@@ -46,11 +47,8 @@ KXP::RetVal GetFolderListing::GetTracked(const std::string& directory) {
     const size_t start = directory.rfind('/', end - 1) + 1;
     // The times stay 0, so that the order is that of the names and nothing is read from disk.
     for (const TrackedUGC& ugc : tracker->GetGameUGC(directory.substr(start, end - start)))
-        listing_->InsertIntoSet({0,
-                                 std::string_view(ugc.path).substr(ugc.path.rfind('/') + 1),
-                                 ugc.fileType,
-                                 ugc.fileSubType,
-                                 ugc.fileSource,
-                                 {}});
+        listing_->InsertIntoSet({0, std::string_view(ugc.path).substr(ugc.path.rfind('/') + 1),
+                                 &TypeForPages(ugc.fileType), &SubtypeForPages(ugc.fileSubType),
+                                 &SourceForPages(ugc.fileSource), nullptr});
     return {};
 }

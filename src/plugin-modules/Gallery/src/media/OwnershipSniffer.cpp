@@ -1,6 +1,7 @@
 #include "plugin-modules/Gallery/src/media/OwnershipSniffer.h"
 
 #include "CobalixUtil.h"
+#include "base/Text.h"
 #include "common/files/DirUtil.h"
 #include "common/results/RetVal.h"
 #include "plugin-modules/Gallery/src/media/FileSource.h"
@@ -26,19 +27,9 @@ constexpr Format kFormats[] = {
     {".mp4", "video", "Unknown", WalkMp4},
 };
 
-// ASCII only: the answer must not depend on the locale.
-char ToLower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 const Format* FindFormat(std::string_view path) {
-    const size_t dot = path.rfind('.');
-    if (dot == std::string_view::npos) return nullptr;
-    const std::string_view extension = path.substr(dot);
     for (const Format& format : kFormats)
-        if (std::equal(extension.begin(), extension.end(), format.extension.begin(), format.extension.end(),
-                       [](char c, char lower) { return ToLower(c) == lower; }))
-            return &format;
+        if (KXP::EndsIgnoringCase(path, format.extension)) return &format;
     return nullptr;
 }
 

@@ -28,7 +28,7 @@ enum RecordKind : unsigned {
     kNoScreenshot = 8,
 };
 
-using WordForPages = std::string_view(std::string_view word);
+using WordForPages = const std::string_view&(std::string_view word);
 
 struct RecordField {
     std::string_view key;
