@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <dlfcn.h>
 
@@ -51,7 +52,7 @@ class Product {
         answer_ =
             After("\"reference_uniqueid\":\"" + id + "\"", [&] { plugin_->OnJsonMessage(request.c_str()); });
         const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
-        if (answer_.find("\"Success\"") == std::string::npos) throw std::runtime_error(answer_);
+        if (answer_.rfind("\"Success\"") == std::string::npos) throw std::runtime_error(answer_);
         return taken.count();
     }
     // The last one.
@@ -67,7 +68,7 @@ class Product {
         }
         work();
         Await([&] { return found_.has_value(); });
-        return *found_;
+        return std::move(*found_);
     }
     bool hasScanned() {
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -80,9 +81,11 @@ class Product {
         std::unique_lock<std::mutex> lock(self->mutex_);
         if (notification == ZvCefPluginCommandSucceeded)
             ++self->commands_;
-        else if (std::string_view(text).find("Tracker update done") != std::string_view::npos)
+        else if (!self->hasScanned_ &&
+                 std::string_view(text).find("Tracker update done") != std::string_view::npos)
             self->hasScanned_ = true;
-        else if (!self->found_ && std::string_view(text).find(self->wanted_) != std::string_view::npos)
+        // An answer has its reference at its end.
+        else if (!self->found_ && std::string_view(text).rfind(self->wanted_) != std::string_view::npos)
             self->found_ = text;
         else
             return;
