@@ -2,6 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string_view>
 
 #include "base/SlabMemory.h"
 
@@ -42,19 +46,40 @@ class ThrowingAllocator {
     }
     static void Free(void* block) { FreeInSlab(block); }
 };
+// Has no state. A buffer or a writer that gets none makes one of its own on the heap, which short answers
+// feel.
+inline ThrowingAllocator g_jsonAllocator;
+
+// For the few bytes that a writer holds while it writes, which no slab needs.
+class BriefAllocator {
+  public:
+    static const bool kNeedFree = true;
+    void* Malloc(size_t size) { return Realloc(nullptr, 0, size); }
+    void* Realloc(void* block, size_t, size_t size) {
+        if (size == 0) return std::free(block), nullptr;
+        void* const resized = std::realloc(block, size);
+        if (!resized) throw std::bad_alloc();
+        return resized;
+    }
+    static void Free(void* block) { std::free(block); }
+};
 
 using Utf8 = rapidjson::UTF8<>;
 using Allocator = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
 using Value = rapidjson::GenericValue<Utf8, Allocator>;
 using Document = rapidjson::GenericDocument<Utf8, Allocator, ThrowingAllocator>;
 using JsonBuffer = rapidjson::GenericStringBuffer<Utf8, ThrowingAllocator>;
-using JsonWriter = rapidjson::Writer<JsonBuffer, Utf8, Utf8, ThrowingAllocator>;
-using PrettyJsonWriter = rapidjson::PrettyWriter<JsonBuffer, Utf8, Utf8, ThrowingAllocator>;
+using JsonWriter = rapidjson::Writer<JsonBuffer, Utf8, Utf8, BriefAllocator>;
+using PrettyJsonWriter = rapidjson::PrettyWriter<JsonBuffer, Utf8, Utf8, BriefAllocator>;
+
+// Appends a part of a JSON text as it is.
+inline void Append(std::string_view text, JsonBuffer& buffer) {
+    std::memcpy(buffer.Push(text.size()), text.data(), text.size());
+}
 
 }  // namespace KXP
 
 // Called for each run of plain characters in a string that is written; this one copies them by the word.
 template <>
-bool rapidjson::Writer<KXP::JsonBuffer, KXP::Utf8, KXP::Utf8,
-                       KXP::ThrowingAllocator>::ScanWriteUnescapedString(GenericStringStream<KXP::Utf8>& text,
-                                                                         size_t length);
+bool rapidjson::Writer<KXP::JsonBuffer, KXP::Utf8, KXP::Utf8, KXP::BriefAllocator>::ScanWriteUnescapedString(
+    GenericStringStream<KXP::Utf8>& text, size_t length);

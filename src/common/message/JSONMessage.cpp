@@ -16,25 +16,23 @@ constexpr std::string_view kEmptyObject = "{}";
 constexpr size_t kUsualEnvelopeBytes = 512;
 
 bool WriteJSON(const Value& value, JsonBuffer& buffer) {
-    JsonWriter writer(buffer);
+    BriefAllocator memory;
+    JsonWriter writer(buffer, &memory);
     return value.Accept(writer);
-}
-
-void Append(std::string_view text, JsonBuffer& buffer) {
-    std::memcpy(buffer.Push(text.size()), text.data(), text.size());
 }
 
 void CheckRequiredString(const Value& object, const char* key) {
     const auto member = object.FindMember(key);
     if (member == object.MemberEnd())
         throw JSONFieldError(std::string("Could not find required field ") + key);
-    const std::string required = std::string("Required string ") + key;
-    if (!member->value.IsString())
-        throw JSONFieldError(required + " unexpected type " + JsonTypeName(member->value));
-    if (member->value.GetStringLength() == 0) throw JSONFieldError(required + " is empty");
+    const auto fail = [key](const std::string& why) {
+        throw JSONFieldError(std::string("Required string ") + key + why);
+    };
+    if (!member->value.IsString()) fail(std::string(" unexpected type ") + JsonTypeName(member->value));
+    if (member->value.GetStringLength() == 0) fail(" is empty");
     // All readers take these as C strings and would see another text.
     if (std::strlen(member->value.GetString()) != member->value.GetStringLength())
-        throw JSONFieldError(required + " holds a zero character");
+        fail(" holds a zero character");
 }
 
 }  // namespace
@@ -113,7 +111,8 @@ bool JSONMessage::WriteWithBody(JsonBuffer& buffer) const {
 }
 
 int JSONMessage::type() const {
-    return has_type() ? document_.FindMember("type")->value.GetInt() : 0;
+    const auto member = document_.FindMember("type");
+    return member != document_.MemberEnd() && member->value.IsInt() ? member->value.GetInt() : 0;
 }
 
 bool JSONMessage::has_type() const {
@@ -157,7 +156,8 @@ const char* JSONMessage::Text(const char* key) const {
 Value& JSONMessage::Member(const char* key) {
     const auto member = document_.FindMember(key);
     if (member != document_.MemberEnd()) return member->value;
-    document_.AddMember(Value(key, allocator()), Value(), allocator());
+    // The keys of envelopes are literals.
+    document_.AddMember(Value(rapidjson::StringRef(key)), Value(), allocator());
     return (document_.MemberEnd() - 1)->value;
 }
 

@@ -114,9 +114,10 @@ class JSONMessage : public InSlab {
 
     // Most messages are small, and thousands may wait at once: a chunk of the default size would cost each of
     // them 64 KB.
-    static constexpr size_t kChunkBytes = 1024;
-    alignas(std::max_align_t) char firstChunk_[kChunkBytes];
-    Allocator pool_{firstChunk_, kChunkBytes, kChunkBytes};
+    static constexpr size_t kFirstBytes = 1024;
+    static constexpr size_t kChunkBytes = 2048;
+    alignas(std::max_align_t) char firstChunk_[kFirstBytes];
+    Allocator pool_{firstChunk_, kFirstBytes, kChunkBytes, &g_jsonAllocator};
     Document document_{rapidjson::kObjectType, &pool_};
     Value absent_;  // what payload() returns without one; reset by each use
     BusMessage first_;

@@ -71,12 +71,12 @@ std::unique_ptr<T> CreateNotification(const char* method, const char* sourceSyst
 
 template <typename T>
 bool IsResponse(const T& message) {
-    return message.has_reference_uniqueid() && *message.reference_uniqueid() != '\0';
+    return *message.reference_uniqueid() != '\0';
 }
 
 template <typename T>
 bool IsPersistent(const T& message) {
-    return message.has_type() && message.type() == JSONMessage::kPersistent;
+    return message.type() == JSONMessage::kPersistent;
 }
 
 // The bus announces its members with these requests; nobody expects an answer.

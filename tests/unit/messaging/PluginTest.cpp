@@ -329,7 +329,7 @@ TEST_F(PluginTest, WithoutMemoryEachRequestIsAnsweredOnce) {
                 Ask("Echo", R"({"number":1})", "after " + std::to_string(number));
                 ASSERT_EQ(container_.All(3, id + " ").size(), 1u) << method << payload << nth;
             }
-            EXPECT_GT(nth, 15) << method << payload;
+            EXPECT_GT(nth, 10) << "too few allocations have failed: " << method << payload;
         }
     }
 }

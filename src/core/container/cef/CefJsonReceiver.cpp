@@ -41,7 +41,7 @@ bool CefJsonReceiver::HandleMsg(std::unique_ptr<KXP::JSONMessage> message) {
         KXP_LOG(KXP::LogFailure, "Got NULL message");
         return false;
     }
-    KXP::JsonBuffer buffer(nullptr, kUsualMessageBytes);
+    KXP::JsonBuffer buffer(&KXP::g_jsonAllocator, kUsualMessageBytes);
     if (!message->Serialize(buffer)) {
         KXP_LOG(KXP::LogFailure, "Could not serialize outgoing JSON message");
         return false;

@@ -11,6 +11,8 @@ namespace {
 
 // Before the GUID of the answer, which is made at the end.
 constexpr std::string_view kStart = R"({"uniqueid":")";
+// Of a usual one, with its payload.
+constexpr size_t kUsualBytes = 512;
 
 constexpr std::string_view Payload(LostBy reason) {
     // The codes 0x8007000E and 0x80004004.
@@ -27,34 +29,33 @@ void PutGuid(char* text) {
 
 }  // namespace
 
-PreparedAnswer::PreparedAnswer(const KXP::JSONMessage& request) {
-    KXP::JsonBuffer buffer;
-    KXP::JsonWriter writer(buffer);
-    writer.StartObject();
-    const auto put = [&](const char* key, const char* value) {
-        writer.Key(key);
-        writer.String(value);
+// Each request comes by here: one block of memory, and a writer for each name, which takes none.
+PreparedAnswer::PreparedAnswer(const KXP::JSONMessage& request) : text_(&KXP::g_jsonAllocator, kUsualBytes) {
+    const auto put = [this](std::string_view member, const char* name) {
+        KXP::Append(member, text_);
+        KXP::JsonWriter(text_).String(name);
     };
-    put("uniqueid", std::string(KXP::kGuidLength, '0').c_str());
-    put("system", request.source_system());
-    put("module", request.source_module());
-    put("method", request.method());
-    put("source_system", request.target_system());
-    put("source_module", request.target_module());
-    put("reference_uniqueid", request.uniqueid());
-    writer.Key("type");
-    writer.Int(KXP::JSONMessage::kOrdinary);
-    writer.Key("payload");
-    text_.reserve(buffer.GetSize() + 1 +
-                  std::max(Payload(LostBy::Memory).size(), Payload(LostBy::End).size()));
-    text_.assign(buffer.GetString(), buffer.GetSize());
-    text_ += ':';
+    KXP::Append(kStart, text_);
+    std::fill_n(text_.Push(KXP::kGuidLength), KXP::kGuidLength, '0');
+    put(R"(","system":)", request.source_system());
+    put(R"(,"module":)", request.source_module());
+    put(R"(,"method":)", request.method());
+    put(R"(,"source_system":)", request.target_system());
+    put(R"(,"source_module":)", request.target_module());
+    put(R"(,"reference_uniqueid":)", request.uniqueid());
+    KXP::Append(R"(,"type":)", text_);
+    KXP::JsonWriter(text_).Int(KXP::JSONMessage::kOrdinary);
+    KXP::Append(R"(,"payload":)", text_);
+    text_.Reserve(std::max(Payload(LostBy::Memory).size(), Payload(LostBy::End).size()) + 1);
 }
 
 const char* PreparedAnswer::Complete(LostBy reason) noexcept {
-    PutGuid(text_.data());
-    text_ += Payload(reason);
-    return text_.c_str();
+    const std::string_view payload = Payload(reason);
+    const size_t prepared = text_.GetSize();
+    char* const end = text_.Push(payload.size());
+    payload.copy(end, payload.size());
+    PutGuid(end - prepared);
+    return text_.GetString();
 }
 
 const char* UnreadAnswer::Make(std::string_view json) noexcept {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/SlabMemory.h"
+#include "common/json/Json.h"
 #include "common/message/JSONMessage.h"
 
 enum class LostBy { Memory, End };
@@ -20,7 +20,7 @@ class PreparedAnswer {
     const char* Complete(LostBy reason) noexcept;
 
   private:
-    KXP::SlabString text_;
+    KXP::JsonBuffer text_;
 };
 
 // The same for a request that could not be read for want of memory, from the text that came. Takes none.

@@ -109,8 +109,9 @@ KXP::RetVal SettingsRequests::GetSettings(std::unique_ptr<KXP::JSONMessage>, KXP
 }
 
 void SettingsRequests::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator& allocator) {
-    const bool enabled = settings_.GetCapEnabled();
-    const unsigned percent = settings_.GetMaxSizePercent();
+    const StoredSettings stored = settings_.GetStored();
+    const bool enabled = stored.capEnabled;
+    const unsigned percent = stored.maxSizePercent;
     const unsigned usage = settings_.GetCurrentSizeMB();
     const unsigned total = settings_.GetTotalDiskSpaceMB();
     KXP_LOG(KXP::LogMilestone,
@@ -121,10 +122,9 @@ void SettingsRequests::WriteSettingsAnswer(KXP::Value& response, KXP::Allocator&
     };
     KXP::Value settings(rapidjson::kObjectType);
     settings.AddMember("path", text(api_.GalleryPathSoon()), allocator);
-    settings.AddMember("userGalleryPath", text(settings_.GetUserGalleryPath()), allocator);
-    settings.AddMember("tempFolderPath", text(settings_.GetTempFolder()), allocator);
-    settings.AddMember("trackerStatus", text(TrackerUpdateStateName(settings_.GetTrackerUpdateState())),
-                       allocator);
+    settings.AddMember("userGalleryPath", text(stored.userGalleryPath), allocator);
+    settings.AddMember("tempFolderPath", text(stored.tempFolder), allocator);
+    settings.AddMember("trackerStatus", text(TrackerUpdateStateName(stored.trackerUpdateState)), allocator);
     KXP::Value capacity(rapidjson::kObjectType);
     capacity.AddMember("enabled", enabled, allocator);
     capacity.AddMember("capacityPercent", percent, allocator);

@@ -60,6 +60,11 @@ class Settings : public KXP::JSONFile {
     SettingsSet FollowFile(std::string& galleryPath) EXCLUDES(fileMutex_);
 
     // In percent of the volume; any value is accepted.
+    // All that is stored, at one moment.
+    StoredSettings GetStored() const EXCLUDES(mutex_) {
+        KXP::MutexLock lock(mutex_);
+        return stored_;
+    }
     unsigned GetMaxSizePercent() const { return Get(&StoredSettings::maxSizePercent); }
     void SetMaxSizePercent(unsigned percent) {
         Set(kMaxSizePercent, &StoredSettings::maxSizePercent, percent);
