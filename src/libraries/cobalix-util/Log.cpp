@@ -10,8 +10,11 @@
 #include <ctime>
 #include <mutex>
 #include <new>
+#include <string>
+#include <string_view>
 
 #include "CobalixUtil.h"
+#include "base/Words.h"
 
 namespace KXP {
 namespace {
@@ -48,7 +51,7 @@ class Sink {
         idle_.wait(lock, [this] { return calls_ <= callsOnThisThread; });
     }
 
-    void Send(const std::string& line) {
+    void Send(const char* line) {
         LogCallback callback = nullptr;
         void* context = nullptr;
         {
@@ -58,13 +61,13 @@ class Sink {
             if (callback) ++calls_;
         }
         if (!callback) {
-            const std::string ended = line + "\n";
+            const std::string ended = std::string(line) + "\n";
             std::fwrite(ended.data(), 1, ended.size(), stderr);
             return;
         }
         ++callsOnThisThread;
         try {
-            callback(line.c_str(), context);
+            callback(line, context);
         } catch (...) {
             std::fputs("log callback threw\n", stderr);
         }
@@ -92,39 +95,78 @@ Sink& TheSink() {
     return sink;
 }
 
-std::string TimeNow() {
-    const auto now = std::chrono::system_clock::now();
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    const auto sinceEpoch = now.time_since_epoch();
-    const int ms =
-        static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count() % 1000);
-    std::tm utc{};
-    gmtime_r(&seconds, &utc);
-    char text[40];
-    const size_t length = std::strftime(text, sizeof text, "%FT%T", &utc);
-    std::snprintf(text + length, sizeof text - length, ".%03dZ", ms);
+// The current second as text, which most lines of a thread share with the line before.
+const char* SecondAsText(std::time_t second) {
+    thread_local std::time_t known = -1;
+    thread_local char text[32] = "";
+    if (second != known) {
+        std::tm utc{};
+        gmtime_r(&second, &utc);
+        std::strftime(text, sizeof text, "%FT%T", &utc);
+        known = second;
+    }
     return text;
 }
 
-KXP_PRINTF_FORMAT(1, 0)
-std::string FormatText(const char* format, va_list arguments) {
-    va_list again;
-    va_copy(again, arguments);
-    char text[512];
-    const int length = std::vsnprintf(text, sizeof text, format, arguments);
-    std::string result;
-    if (length < 0) {
-        // An argument that the C library cannot convert; the format alone still says what happened.
-        result = format;
-    } else if (static_cast<size_t>(length) < sizeof text) {
-        result.assign(text, static_cast<size_t>(length));
-    } else {
-        result.resize(static_cast<size_t>(length) + 1);
-        std::vsnprintf(result.data(), result.size(), format, again);
-        result.resize(static_cast<size_t>(length));
+// What stands before the message, cut where there is no room. Returns its length. By hand: each line has it.
+size_t PutStart(char* text, size_t size, LogLevel level, const char* file, int line) {
+    size_t length = 0;
+    const auto put = [&](std::string_view part) { length += part.copy(text + length, size - 1 - length); };
+    const auto putNumber = [&](int number) {
+        char digits[12];
+        const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        put({digits, static_cast<size_t>(end - digits)});
+    };
+    const auto now = std::chrono::system_clock::now();
+    const auto sinceEpoch = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch());
+    put("[");
+    put(SecondAsText(std::chrono::system_clock::to_time_t(now)));
+    // A leading 1 keeps the zeros after it.
+    putNumber(static_cast<int>(1000 + sinceEpoch.count() % 1000));
+    text[length - 4] = '.';
+    put("Z][");
+    putNumber(static_cast<int>(level));
+    put("][");
+    put(threadName);
+    put("] ");
+    put(file);
+    put(":");
+    putNumber(line);
+    put(" ");
+    return length;
+}
+
+bool IsControl(unsigned char c) {
+    return (c < ' ' && c != '\t') || c == 0x7F;
+}
+
+// One line stays one line, and a terminal a terminal, whatever a file or a request is named.
+void SendLine(char* line, size_t length) {
+    size_t at = 0;
+    for (; at + sizeof(Word) <= length; at += sizeof(Word)) {
+        const Word word = LoadWord(line + at);
+        if ((ZeroBytes(word & (kEachByte * 0xE0)) | BytesOf<0x7F>(word)) == 0) continue;
+        std::replace_if(line + at, line + at + sizeof(Word), IsControl, ' ');
     }
-    va_end(again);
-    return result;
+    std::replace_if(line + at, line + length, IsControl, ' ');
+    TheSink().Send(line);
+}
+
+KXP_PRINTF_FORMAT(4, 0)
+void SendFormatted(LogLevel level, const char* file, int line, const char* format, va_list arguments,
+                   va_list again) {
+    // Enough for nearly all lines, which then need no memory.
+    char text[1024];
+    const size_t start = PutStart(text, sizeof text, level, file, line);
+    int message = std::vsnprintf(text + start, sizeof text - start, format, arguments);
+    // An argument that the C library cannot convert; the format alone still says what happened.
+    if (message < 0) message = std::snprintf(text + start, sizeof text - start, "%s", format);
+    const size_t length = start + static_cast<size_t>(std::max(message, 0));
+    if (length < sizeof text) return SendLine(text, length);
+    std::string whole(text, start);
+    whole.resize(length + 1);
+    std::vsnprintf(&whole[start], length + 1 - start, format, again);
+    SendLine(whole.data(), length);
 }
 
 }  // namespace
@@ -136,18 +178,15 @@ void LogInit(Profile, LogCallback callback, void* context) {
 void LogMessage(LogLevel level, const char* file, int line, const char* format, ...) {
     if (level > LevelInForce()) return;
     va_list arguments;
+    va_list again;
     va_start(arguments, format);
+    va_copy(again, arguments);
     try {
-        std::string text = "[" + TimeNow() + "][" + std::to_string(level) + "][" + threadName + "] " + file +
-                           ":" + std::to_string(line) + " " + FormatText(format, arguments);
-        // One line stays one line, and a terminal a terminal, whatever a file or a request is named.
-        std::replace_if(
-            text.begin(), text.end(), [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7F; },
-            ' ');
-        TheSink().Send(text);
+        SendFormatted(level, file, line, format, arguments, again);
     } catch (const std::exception&) {
         std::fputs("log line lost for want of memory\n", stderr);
     }
+    va_end(again);
     va_end(arguments);
 }
 
