@@ -204,6 +204,7 @@ RetVal JSONFile::ReadAndParseJSON(Document& document, const ElementReader* eleme
 RetVal JSONFile::ReadAndParseJSON(Document& document, HeldLog& log, const ElementReader* elements) const {
     const FileDescriptor file = OpenForRead(path_);
     if (!file.IsOpen()) return NotFound(log);
+    if (elements && elements->readDirectly && elements->readDirectly(file, document)) return {};
     FileBytes text;
     // One that cannot be read is treated as an empty one.
     if (!ReadWhole(file, kMaxJsonFileBytes, text)) text = {};

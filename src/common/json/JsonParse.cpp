@@ -5,7 +5,6 @@
 
 #include "CobalixUtil.h"
 #include "common/json/JsonEvents.h"
-#include "common/json/JsonTextStream.h"
 #include "common/results/Exception.h"
 
 namespace KXP {
@@ -19,27 +18,10 @@ namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
-template <typename Handler>
-rapidjson::ParseResult ParseEvents(char* text, Handler& handler) {
-    bool special = false;
-    JsonTextStream stream(text, special);
-    EventLimiter limiter(handler, special);
-    rapidjson::GenericReader<JsonTextUtf8, JsonTextUtf8, ThrowingAllocator> reader;
-    rapidjson::ParseResult result =
-        reader.Parse<rapidjson::kParseCommentsFlag | rapidjson::kParseInsituFlag>(stream, limiter);
-    if (limiter.metBadText()) result.Set(rapidjson::kParseErrorStringInvalidEncoding, result.Offset());
-    return result;
-}
-
 rapidjson::ParseResult ParseInto(char* text, Document& document, const ElementReader* elements) {
     rapidjson::ParseResult result;
     const auto generate = [&](Document& target) {
-        if (elements) {
-            ElementSplitter splitter(target, *elements);
-            result = ParseEvents(text, splitter);
-        } else {
-            result = ParseEvents(text, target);
-        }
+        result = elements ? ParseElements(text, target, *elements) : ParseEvents(text, target);
         return !result.IsError();
     };
     document.Populate(generate);

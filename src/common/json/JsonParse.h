@@ -5,6 +5,7 @@
 #include <functional>
 #include <string_view>
 
+#include "base/FileDescriptor.h"
 #include "common/json/Json.h"
 
 namespace KXP {
@@ -23,6 +24,9 @@ struct ElementReader {
     std::function<void()> begin;  // A text begins; what was read before does not count.
     // The element goes when this returns.
     std::function<void(const Value& element)> read;
+    // Tried first on a file, unless it is null: reads the elements, and the rest into a document, without the
+    // parser, or returns false to leave both to it.
+    std::function<bool(const FileDescriptor& file, Document& rest)> readDirectly = {};
 };
 
 // Parses UTF-8 text, with or without its byte-order mark, comments allowed, strings checked for their

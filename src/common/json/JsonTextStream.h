@@ -45,7 +45,7 @@ class JsonTextStream {
         Word special = 0;
         while ((special = SpecialBytes(LoadWord(at_))) == 0)
             at_ += sizeof(Word);
-        at_ += static_cast<size_t>(__builtin_ctzll(special)) / 8;
+        at_ += FirstMark(special);
         to_ = at_;
     }
     void SkipSpace() {

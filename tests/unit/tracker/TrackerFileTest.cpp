@@ -1,11 +1,14 @@
 #include <algorithm>
+#include <optional>
 
 #include <gtest/gtest.h>
 
 #include "common/json/JsonHelpers.h"
 #include "common/json/JsonParse.h"
+#include "plugin-modules/Gallery/src/tracker/record/OwnLayout.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -30,6 +33,30 @@ TrackerContent ReadFrom(const std::string& text) {
     EXPECT_FALSE(KXP::ParseJSON(text, document, &records).IsError()) << text;
     EXPECT_EQ(ParseUGCGamesFromJSON(document, content.games).code, 0);
     ParseTrackerInfoFromJSON(document, content.info);
+    return content;
+}
+
+// What the reader of our own layout makes of a file with this text; no value when it leaves that to the
+// parser.
+std::optional<TrackerContent> ReadDirectly(const TempFolder& folder, const std::string& text) {
+    const KXP::FileDescriptor file = KXP::OpenForRead(folder.Write("file", text));
+    TrackerContent content;
+    KXP::Document rest;
+    if (!ReadOwnLayout(file, content.ugc, rest)) return std::nullopt;
+    EXPECT_EQ(ParseUGCGamesFromJSON(rest, content.games).code, 0);
+    ParseTrackerInfoFromJSON(rest, content.info);
+    return content;
+}
+
+// A video, a highlight and a picture whose texts need escapes and other alphabets.
+TrackerContent SampleContent() {
+    TrackerContent content = ReadFrom(
+        R"({"UGC":[{"id":1,"path":"/g/a.mp4","type":"video","source":"OVS_SDK","subType":"Manual","msDuration":9},
+            {"id":2,"path":"/g/b.mp4","type":"video","source":"OVS_SDK","subType":"Highlight","cmsId":7,
+             "highlightTags":-1,"highlightGroupId":"g"},{"id":-3,"path":"/g/\u00e9\n\"\\.png","type":"image"}],
+            "apps":[{"appName":"Game","recents":[1,2],"groups":{"g":[2]}}],
+            "info":{"lastUGCIdUsed":2,"version":6,"folderCRC":4000000001}})");
+    content.ugc[2]->bottomBarText = std::string("\0\x1F\xF0\x9F\x8E\xAE", 6);
     return content;
 }
 
@@ -70,6 +97,32 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
     EXPECT_EQ(Written({}),
               "{\n\t\"UGC\": [],\n\t\"apps\": [],\n\t\"info\": {\n\t\t\"lastUGCIdUsed\": 0,\n"
               "\t\t\"version\": 0,\n\t\t\"folderCRC\": 0\n\t}\n}");
+}
+
+TEST(TrackerFile, TheReaderOfOurLayoutReadsAsTheParserDoes) {
+    const TempFolder folder;
+    TrackerContent content = SampleContent();
+    const std::string text = Written(content);
+    for (size_t at = 0; at < text.size(); ++at) {
+        for (const std::string& instead :
+             {std::string(1, '\0'), std::string(), std::string("0"), std::string(","), std::string("\""),
+              std::string("\\"), std::string("\x80")}) {
+            const std::string changed = text.substr(0, at) + instead + text.substr(at + 1);
+            const std::optional<TrackerContent> direct = ReadDirectly(folder, changed);
+            if (!direct) continue;
+            ASSERT_EQ(Written(*direct), Written(ReadFrom(changed))) << changed;
+            ASSERT_EQ(changed.find('\0'), std::string::npos) << at;
+        }
+        ASSERT_FALSE(ReadDirectly(folder, text.substr(0, at))) << at;
+    }
+    // Over many pieces, whose ends fall anywhere.
+    for (int i = 0; i < 3000; ++i) {
+        content.ugc.push_back(std::make_shared<TrackedUGC>(*content.ugc[static_cast<size_t>(i) % 3]));
+        content.ugc.back()->topBarText = std::string(static_cast<size_t>(i) % 1000, 'x');
+    }
+    const std::optional<TrackerContent> direct = ReadDirectly(folder, Written(content));
+    ASSERT_TRUE(direct);
+    EXPECT_EQ(Written(*direct), Written(content));
 }
 
 TEST(TrackerFile, WhatIsMissingOrOfAnotherTypeGetsItsDefault) {

@@ -106,6 +106,11 @@ KXP::RetVal TrackerJournal::Read(KXP::Document& document, std::vector<NewUGC>& r
         if (meanwhile) meanwhile();
         begin();
     };
+    elements.readDirectly = [&meanwhile, readDirectly = std::move(elements.readDirectly)](
+                                const KXP::FileDescriptor& file, KXP::Document& rest) {
+        if (meanwhile) meanwhile();
+        return readDirectly(file, rest);
+    };
     KXP::RetVal read = trackerFile_.ReadAndParseJSON(document, &elements);
     if (read.Failed()) {
         records.clear();

@@ -6,6 +6,7 @@
 #include "CobalixUtil.h"
 #include "common/json/JsonHelpers.h"
 #include "common/text/TextUtil.h"
+#include "plugin-modules/Gallery/src/tracker/record/OwnLayout.h"
 #include "plugin-modules/Gallery/src/tracker/record/RecordFields.h"
 
 namespace {
@@ -223,7 +224,12 @@ KXP::ElementReader ParseUGCFromJSON(std::vector<NewUGC>& ugc) {
         record.id = -1;
         ReadFields(element, kRecordFileFields, record, *texts);
     };
-    return {"UGC", begin, read};
+    const auto readDirectly = [&ugc](const KXP::FileDescriptor& file, KXP::Document& rest) {
+        if (!ReadOwnLayout(file, ugc, rest)) return false;
+        KXP_LOG(KXP::LogMilestone, "ParseUGCFromJSON");
+        return true;
+    };
+    return {"UGC", begin, read, readDirectly};
 }
 
 KXP::RetVal ParseUGCGamesFromJSON(const Value& root, TrackedUGCGames& games) {
