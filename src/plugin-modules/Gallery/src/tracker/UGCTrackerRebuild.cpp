@@ -52,9 +52,9 @@ void UGCTracker::ParseTracker(bool watch) {
     TrackerJournal::Stamps stamps;
     RebuildPlan::Former former;
     const bool read = !journal_.Read(document, former.records, info, &stamps, walk).Failed();
-    walk();
     former.TakeStamps(stamps);
-    const bool measured = sum.get();
+    // Without a file there was nothing to parse meanwhile, and a thread would only cost time.
+    const bool measured = sum.valid() ? sum.get() : WatchAndMeasure(watch, calculated, seen);
     if (!Watcher()) journal_.ForgetTree();
     const auto rebuild = [&](const char* reason) {
         std::optional<FoundFiles> found;

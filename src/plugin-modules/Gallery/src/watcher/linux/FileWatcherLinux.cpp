@@ -84,6 +84,8 @@ FileWatcher::FileWatcher(const std::string& path, const WatcherOptions& options,
                 stop_),
       dispatcher_(*callback_, follower_) {
     if (walk && Start()) follower_.Learn(walk);
+    // On a busy machine the thread may not run for milliseconds: a start waits only if it has work left.
+    if (started_ && follower_.HasCaughtUp()) ReportReady();
     thread_ = std::thread([this] { Run(); });
     KXP::MutexLock lock(mutex_);
     while (!ready_ && steady_clock::now() < startLimit_)
