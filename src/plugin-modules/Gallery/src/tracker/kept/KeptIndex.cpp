@@ -38,7 +38,7 @@ bool KeptIndex::Matches(Way way, const KeptCapture& capture, const std::string& 
 }
 
 KeptIndex::Entry* KeptIndex::Last(Way way, const std::string& path, const FileStamp& stamp) const {
-    if (!Uses(way, stamp)) return nullptr;
+    if (!Uses(way, stamp) || last_[way].empty()) return nullptr;
     const auto last = last_[way].find(HashOf(way, path, stamp));
     Entry* entry = last == last_[way].end() ? nullptr : last->second;
     while (entry && !Matches(way, *entry->capture, path, stamp))
