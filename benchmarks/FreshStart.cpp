@@ -1,11 +1,12 @@
 // Loads the plug-in that the first argument names and starts it, in a process with nothing else in it. Prints
 // the libraries that are mapped after the load and after the start, the milliseconds of both together, and
 // the resident memory in KiB. With a second argument it lists the libraries.
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <mutex>
 #include <set>
 #include <string>
 
@@ -16,15 +17,21 @@
 
 namespace {
 
-std::atomic<int> g_commands{0};
+std::mutex g_mutex;
+std::condition_variable g_changed;
+int g_commands = 0;
 
 void Count(ZvCefPluginNotification_t notification, const char*, void*) {
-    if (notification == ZvCefPluginCommandSucceeded) ++g_commands;
+    if (notification != ZvCefPluginCommandSucceeded) return;
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    ++g_commands;
+    g_changed.notify_all();
 }
 
+// Asleep, as a container is: a thread that looks all the time keeps the plug-in's own off its processor.
 void WaitForCommand(int number) {
-    while (g_commands < number) {
-    }
+    std::unique_lock<std::mutex> lock(g_mutex);
+    g_changed.wait(lock, [number] { return g_commands >= number; });
 }
 
 std::set<std::string> Libraries() {
