@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstdio>
+#include <memory>
 #include <optional>
 
 #include <gtest/gtest.h>
@@ -8,7 +10,6 @@
 #include "plugin-modules/Gallery/src/tracker/record/OwnLayout.h"
 #include "plugin-modules/Gallery/src/tracker/record/TrackerFile.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -38,11 +39,13 @@ TrackerContent ReadFrom(const std::string& text) {
 
 // What the reader of our own layout makes of a file with this text; no value when it leaves that to the
 // parser.
-std::optional<TrackerContent> ReadDirectly(const TempFolder& folder, const std::string& text) {
-    const KXP::FileDescriptor file = KXP::OpenForRead(folder.Write("file", text));
+std::optional<TrackerContent> ReadDirectly(const std::string& text) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::tmpfile(), &std::fclose);
+    std::fwrite(text.data(), 1, text.size(), file.get());
+    std::fflush(file.get());
     TrackerContent content;
     KXP::Document rest;
-    if (!ReadOwnLayout(file, content.ugc, rest)) return std::nullopt;
+    if (!ReadOwnLayout(fileno(file.get()), content.ugc, rest)) return std::nullopt;
     EXPECT_EQ(ParseUGCGamesFromJSON(rest, content.games).code, 0);
     ParseTrackerInfoFromJSON(rest, content.info);
     return content;
@@ -100,7 +103,6 @@ TEST(TrackerFile, EachKindOfRecordHasItsFieldsInOrder) {
 }
 
 TEST(TrackerFile, TheReaderOfOurLayoutReadsAsTheParserDoes) {
-    const TempFolder folder;
     TrackerContent content = SampleContent();
     const std::string text = Written(content);
     for (size_t at = 0; at < text.size(); ++at) {
@@ -108,19 +110,19 @@ TEST(TrackerFile, TheReaderOfOurLayoutReadsAsTheParserDoes) {
              {std::string(1, '\0'), std::string(), std::string("0"), std::string(","), std::string("\""),
               std::string("\\"), std::string("\x80")}) {
             const std::string changed = text.substr(0, at) + instead + text.substr(at + 1);
-            const std::optional<TrackerContent> direct = ReadDirectly(folder, changed);
+            const std::optional<TrackerContent> direct = ReadDirectly(changed);
             if (!direct) continue;
             ASSERT_EQ(Written(*direct), Written(ReadFrom(changed))) << changed;
             ASSERT_EQ(changed.find('\0'), std::string::npos) << at;
         }
-        ASSERT_FALSE(ReadDirectly(folder, text.substr(0, at))) << at;
+        ASSERT_FALSE(ReadDirectly(text.substr(0, at))) << at;
     }
     // Over many pieces, whose ends fall anywhere.
     for (int i = 0; i < 3000; ++i) {
         content.ugc.push_back(std::make_shared<TrackedUGC>(*content.ugc[static_cast<size_t>(i) % 3]));
         content.ugc.back()->topBarText = std::string(static_cast<size_t>(i) % 1000, 'x');
     }
-    const std::optional<TrackerContent> direct = ReadDirectly(folder, Written(content));
+    const std::optional<TrackerContent> direct = ReadDirectly(Written(content));
     ASSERT_TRUE(direct);
     EXPECT_EQ(Written(*direct), Written(content));
 }
