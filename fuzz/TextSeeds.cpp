@@ -62,6 +62,14 @@ void MakeTrackerFile(Corpus corpus) {
         R"("highlightGroupId":"g","highlightTags":1,"highlightSignificance":2,"highlightEventTimeStamp":"t",)"
         R"("meme":{"top":"x","bottom":"y"}}],"apps":[{"appName":"a","recents":[1],"groups":{"g":[1]}}],)"
         R"("info":{"lastUGCIdUsed":1,"version":6,"folderCRC":4294967295}})");
+    // In the layout of our own files.
+    corpus.Add(
+        "{\n\t\"UGC\": [\n\t\t{\n"
+        "\t\t\t\"id\": 1,\n"
+        "\t\t\t\"path\": \"/\\u0001\",\n"
+        "\t\t\t\"cmsId\": 7,\n"
+        "\t\t\t\"meme\": {\n\t\t\t\t\"top\": \"\xC3\xA9\"\n\t\t\t}\n"
+        "\t\t},\n\t\t{\n\t\t\t\"sizeKB\": 0\n\t\t}\n\t],\n\t\"apps\": []\n}");
     corpus.Add(
         R"({"UGC":[5,{"meme":[],"id":"1"}],"apps":[{"recents":[1]},{"appName":"\u0000","groups":[]}]})");
     corpus.Add("\x80\xC3(\xED\xA0\x80");
