@@ -113,7 +113,7 @@ class FileInspection::Shares {
     bool InspectSome(FileInspector& inspector) {
         const size_t first = next_.fetch_add(kStep);
         if (first >= files_.size() || cancelled_) return false;
-        for (size_t i = first; i < std::min(first + kStep, files_.size()); ++i)
+        for (size_t i = first; i < std::min(first + kStep, files_.size()) && !cancelled_; ++i)
             inspector.Inspect(files_[i]);
         return true;
     }

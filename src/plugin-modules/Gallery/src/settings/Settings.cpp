@@ -1,5 +1,6 @@
 #include "plugin-modules/Gallery/src/settings/Settings.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -53,12 +54,11 @@ std::string PlainPath(const std::string& path) {
 }
 
 // The text that CreateDirectoryPath would return.
-std::string WithSingleSlashes(const std::string& path) {
-    std::string single;
-    for (const char c : path)
-        if (c != '/' || single.empty() || single.back() != '/') single += c;
-    if (!single.empty() && single.back() == '/') single.pop_back();
-    return single;
+std::string WithSingleSlashes(std::string path) {
+    const auto areSlashes = [](char one, char next) { return one == '/' && next == '/'; };
+    path.erase(std::unique(path.begin(), path.end(), areSlashes), path.end());
+    if (!path.empty() && path.back() == '/') path.pop_back();
+    return path;
 }
 
 std::optional<uint64_t> DeviceOf(const std::string& path) {
