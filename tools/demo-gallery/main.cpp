@@ -9,6 +9,7 @@
 #include <future>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <fcntl.h>
@@ -81,9 +82,12 @@ void Fill(const fs::path& folder) {
 }  // namespace demo
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fputs("usage: demo-gallery FOLDER\n", stderr);
-        return 2;
+    const std::string_view folder = argc == 2 ? argv[1] : "";
+    const bool isHelp = folder == "-h" || folder == "--help";
+    if (isHelp || folder.empty() || folder.front() == '-') {
+        std::fputs("Fills a folder with made captures of several games.\nUsage: demo-gallery FOLDER\n",
+                   isHelp ? stdout : stderr);
+        return isHelp ? 0 : 2;
     }
     try {
         demo::Fill(argv[1]);
