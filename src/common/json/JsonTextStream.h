@@ -1,5 +1,5 @@
-// The text that the parser reads, which it changes in place. For JsonParse.cpp alone: RapidJSON's reader
-// finds these by their types.
+// The text that the parser reads, which it changes in place; RapidJSON's reader finds these by their types.
+// The reader of the tracker's own layout passes over strings in the same way.
 #pragma once
 
 #include "base/Words.h"
