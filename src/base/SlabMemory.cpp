@@ -14,8 +14,12 @@ namespace KXP {
 namespace {
 
 constexpr size_t kSlabBytes = size_t{64} << 10;
-// Slabs without a block that are kept for the next burst.
-constexpr uint32_t kMaxSpare = 16;
+// Of the addresses that the least of the large blocks get: the text of an answer grows in place, where each
+// move would interrupt the other processors. Memory is taken only as it is written to.
+constexpr size_t kRoomBytes = size_t{256} << 10;
+// Slabs and rooms without a block that are kept for the next burst.
+constexpr uint32_t kMaxSpareSlabs = 16;
+constexpr uint32_t kMaxSpareRooms = 2;
 
 struct Header;
 
@@ -89,6 +93,39 @@ void Release(Slab* slab) noexcept {
     }
 }
 
+// Pieces without a block, all of the same size.
+class Spares {
+  public:
+    explicit Spares(uint32_t most) : most_(most) {}
+    // Null when there is none.
+    Slab* Take() {
+        Slab* const slab = first_;
+        if (!slab) return nullptr;
+        first_ = slab->next;
+        --count_;
+        return slab;
+    }
+    // False when there are enough.
+    bool Keep(Slab* slab) {
+        if (count_ == most_) return false;
+        slab->next = first_;
+        first_ = slab;
+        ++count_;
+        return true;
+    }
+    // No more is kept.
+    void Close() {
+        while (Slab* const slab = Take())
+            Release(slab);
+        most_ = 0;
+    }
+
+  private:
+    uint32_t most_;
+    Slab* first_ = nullptr;
+    uint32_t count_ = 0;
+};
+
 class SlabList {
   public:
     Slab* first() const { return first_; }
@@ -131,9 +168,8 @@ class Slabs {
     // What is in use then is in use by a thread that was abandoned.
     ~Slabs() {
         const std::lock_guard<BriefMutex> lock(mutex_);
-        while (Slab* const slab = TakeSpare())
-            Release(slab);
-        spares_ = kMaxSpare;  // none is kept from here on
+        spareSlabs_.Close();
+        spareRooms_.Close();
     }
 
     Header* Allocate(uint32_t size) {
@@ -156,16 +192,22 @@ class Slabs {
         if (slab->live-- == kSizes[slab->size].blocks) slabs.Append(slab);
         if (slab->live > 0) return;
         slabs.Remove(slab);
-        if (spares_ == kMaxSpare) return Release(slab);
-        slab->next = spare_;
-        spare_ = slab;
-        ++spares_;
+        if (!spareSlabs_.Keep(slab)) Release(slab);
+    }
+
+    Slab* TakeRoom() {
+        const std::lock_guard<BriefMutex> lock(mutex_);
+        return spareRooms_.Take();
+    }
+    bool KeepRoom(Slab* room) noexcept {
+        const std::lock_guard<BriefMutex> lock(mutex_);
+        return spareRooms_.Keep(room);
     }
 
   private:
     // With no block in use.
     Slab* Begin(uint32_t size) {
-        Slab* const spare = TakeSpare();
+        Slab* const spare = spareSlabs_.Take();
         Slab* const slab = spare ? spare : MakeSlab(kSlabBytes);
         slab->size = size;
         slab->fresh = 0;
@@ -178,28 +220,22 @@ class Slabs {
         return new (blocks + kSizes[slab.size].bytes * slab.fresh++) Header{&slab, nullptr};
     }
 
-    Slab* TakeSpare() {
-        Slab* const slab = spare_;
-        if (!slab) return nullptr;
-        spare_ = slab->next;
-        --spares_;
-        return slab;
-    }
-
     BriefMutex mutex_;
     std::array<SlabList, kSizes.size()> withRoom_;
-    Slab* spare_ = nullptr;
-    uint32_t spares_ = 0;
+    Spares spareSlabs_{kMaxSpareSlabs};
+    Spares spareRooms_{kMaxSpareRooms};
 };
 
 Slabs g_slabs;
 
 constexpr size_t kAloneHeaders = sizeof(Slab) + sizeof(Header);
 
-// With whole pages.
+// A room, or whole pages.
 size_t AloneBytes(size_t size) {
     constexpr size_t kPage = size_t{4} << 10;
-    return kHasAddressSanitizer ? kAloneHeaders + size : (kAloneHeaders + size + kPage - 1) / kPage * kPage;
+    const size_t needed = kAloneHeaders + size;
+    if constexpr (kHasAddressSanitizer) return needed;
+    return needed <= kRoomBytes ? kRoomBytes : (needed + kPage - 1) / kPage * kPage;
 }
 
 void* FinishAlone(Slab* slab) {
@@ -208,8 +244,9 @@ void* FinishAlone(Slab* slab) {
 }
 
 void* AllocateAlone(size_t size) {
-    Slab* const slab = MakeSlab(AloneBytes(size));
-    return FinishAlone(slab);
+    const size_t bytes = AloneBytes(size);
+    Slab* const spare = bytes == kRoomBytes ? g_slabs.TakeRoom() : nullptr;
+    return FinishAlone(spare ? spare : MakeSlab(bytes));
 }
 
 Header* HeaderOf(void* block) {
@@ -227,6 +264,7 @@ void CheckSize(size_t size) {
 void* ResizeMapped(Slab* slab, size_t size) {
     const size_t before = slab->bytes;
     const size_t bytes = AloneBytes(size);
+    if (bytes == before) return FinishAlone(slab);
     void* const place = Platform::ResizeMapping(slab, before, bytes);
     if (!place) throw std::bad_alloc();
     auto* const moved = static_cast<Slab*>(place);
@@ -262,11 +300,9 @@ void FreeInSlab(void* block) noexcept {
     if (!block) return;
     Header* const header = HeaderOf(block);
     Slab* const slab = header->slab;
-    if (slab->size == kAlone) {
-        Release(slab);
-    } else {
-        g_slabs.Free(header);
-    }
+    if (slab->size != kAlone) return g_slabs.Free(header);
+    const bool isRoom = slab->isMapped && slab->bytes == kRoomBytes;
+    if (!isRoom || !g_slabs.KeepRoom(slab)) Release(slab);
 }
 
 size_t SlabBytes() {

@@ -1,5 +1,6 @@
 // Memory for what many requests hold for a short time: messages, answers, pictures. Small blocks share slabs
-// of memory that go back to the system when their last block is freed, large blocks are mapped one by one.
+// of memory that go back to the system when their last block is freed, large blocks are mapped one by one. A
+// little that is free is kept for the next request.
 // The process's heap would keep them: each thread has a part of it, and what lies in a part, freed by
 // anybody, returns only when nothing above it is in use. Each shared library has slabs of its own and frees
 // only what it has allocated itself.
@@ -19,7 +20,7 @@ void* AllocateInSlab(size_t size);
 void* ResizeInSlab(void* block, size_t size);
 void FreeInSlab(void* block) noexcept;
 
-// Bytes that slabs and large blocks take from the system now.
+// Bytes of addresses that slabs and large blocks have of the system now.
 size_t SlabBytes();
 
 struct SlabDeleter {

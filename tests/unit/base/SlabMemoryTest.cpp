@@ -8,13 +8,14 @@
 
 namespace {
 
-constexpr size_t kSpare = size_t{1} << 20;
+// Slabs, and two blocks of addresses for large ones.
+constexpr size_t kSpare = (size_t{1} << 20) + (size_t{512} << 10);
 
 // Of a size that its number decides, filled with that number.
 struct Block {
     explicit Block(size_t itsNumber)
         : number(itsNumber),
-          size(number % 100 == 0 ? 300000 : number * 37 % 2000),
+          size(number % 100 == 0 ? 100000 + number * 50 : number * 37 % 2000),
           bytes(static_cast<char*>(KXP::AllocateInSlab(size))) {
         std::memset(bytes, static_cast<char>(number), size);
     }
