@@ -86,7 +86,7 @@ class MappingPool {
     }
 
     // The sizes of a video's packets differ.
-    static constexpr size_t kSpare = size_t{256} << 10;
+    static constexpr size_t kSpare = size_t{1} << 20;
 
     // A standard one: it may be taken under any other, and nothing is called under it but the system.
     std::mutex mutex_;
