@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include <sys/stat.h>
@@ -99,6 +101,33 @@ class Copier {
     bool canShare_ = true;
 };
 
+// Has the disk write what is new in a file. The call that starts it waits while the disk has enough to do, so
+// it is a thread's.
+class Writeback {
+  public:
+    explicit Writeback(const KXP::FileDescriptor& file) : file_(file) {}
+    ~Writeback() { Wait(); }
+    Writeback(const Writeback&) = delete;
+    Writeback& operator=(const Writeback&) = delete;
+
+    void Start() {
+        Wait();
+        try {
+            thread_ = std::thread(KXP::Platform::StartWriteback, file_.get());
+        } catch (const std::system_error&) {
+            KXP::Platform::StartWriteback(file_.get());
+        }
+    }
+
+  private:
+    void Wait() {
+        if (thread_.joinable()) thread_.join();
+    }
+
+    const KXP::FileDescriptor& file_;
+    std::thread thread_;
+};
+
 // The library reads packets as they lie in the file, so that the disk has it read once: each part is copied
 // while it is in the system's memory.
 std::string CopyVideo(const ImportSource& source, VideoLibrary& videos, Copier& copier) {
@@ -128,10 +157,11 @@ std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, 
                          DigestThread& digests, const KXP::FileDescriptor& out, const ReadListener& onRead,
                          const std::function<void()>& whileDigesting) {
     // The disk is not to be idle until all is to be durable.
+    Writeback writeback(out);
     uint64_t unwritten = 0;
     const ReadListener onPart = [&](uint64_t bytes) {
         unwritten += bytes;
-        if (unwritten >= kWritten) KXP::Platform::StartWriteback(out.get());
+        if (unwritten >= kWritten) writeback.Start();
         unwritten %= kWritten;
         if (onRead) onRead(bytes);
     };
@@ -145,14 +175,14 @@ std::string WriteCapture(const ImportSource& source, const CaptureMarks& marks, 
         else
             copier.Copy(source.Plan(marks));
         // This thread is then not idle until the digest is made.
-        KXP::Platform::StartWriteback(out.get());
+        writeback.Start();
         if (!source.IsVideo()) {
             whileDigesting();
             digest = copier.Digest();
         }
     }
     if (source.IsVideo()) Engrave(out, marks);
-    if (source.IsVideo()) KXP::Platform::StartWriteback(out.get());
+    if (source.IsVideo()) writeback.Start();
     if (!source.IsUnchanged()) throw ImportError("changes while it is read");
     return digest;
 }
