@@ -17,8 +17,9 @@ struct Heard {
 
     ovnxmedia::PacketListener Listener() {
         ovnxmedia::PacketListener listener;
-        listener.onPacket = [this](uint32_t track, const char* bytes, size_t size) {
-            tracks[track].append(bytes, size);
+        listener.onPacket = [this](uint32_t track, std::string_view bytes, void*) {
+            tracks[track] += bytes;
+            return false;
         };
         listener.onRestart = [this] { tracks.clear(); };
         return listener;

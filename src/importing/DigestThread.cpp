@@ -8,7 +8,8 @@
 namespace importing {
 namespace {
 
-constexpr size_t kMostJobs = 8;
+// Enough for both threads to have work, and little memory.
+constexpr size_t kMostBytes = 3 * DigestThread::kBlock;
 
 DigestThread::Block MakeBlock() {
     return DigestThread::Block(static_cast<char*>(KXP::AllocateInSlab(DigestThread::kBlock)));
@@ -35,16 +36,16 @@ DigestThread::~DigestThread() {
 }
 
 // Each wake-up costs, so that there is none while both threads have work.
-void DigestThread::WaitForLess(size_t jobs) {
+void DigestThread::WaitUntilAtMost(size_t bytes) {
     isWaiting_ = true;
-    while (jobs_.size() >= jobs)
+    while (bytes_ > bytes)
         changed_.Wait(mutex_);
     isWaiting_ = false;
 }
 
 DigestThread::Block DigestThread::Take() {
     const KXP::MutexLock lock(mutex_);
-    WaitForLess(kMostJobs);
+    WaitUntilAtMost(kMostBytes - kBlock);
     if (free_.empty()) return MakeBlock();
     Block block = std::move(free_.back());
     free_.pop_back();
@@ -60,9 +61,18 @@ void DigestThread::Add(KXP::Sha256& digest, std::string_view bytes) {
     Add({&digest, bytes, nullptr});
 }
 
+void DigestThread::Add(KXP::Sha256& digest, std::string_view bytes, Owner owner) {
+    {
+        const KXP::MutexLock lock(mutex_);
+        WaitUntilAtMost(kMostBytes);
+    }
+    Add({&digest, bytes, nullptr, std::move(owner)});
+}
+
 void DigestThread::Add(Job job) {
     if (!thread_.joinable()) return Digest(job);
     const KXP::MutexLock lock(mutex_);
+    bytes_ += job.bytes.size();
     jobs_.push_back(std::move(job));
     if (jobs_.size() == 1) changed_.NotifyAll();
 }
@@ -70,7 +80,7 @@ void DigestThread::Add(Job job) {
 void DigestThread::Finish() {
     {
         const KXP::MutexLock lock(mutex_);
-        WaitForLess(1);
+        WaitUntilAtMost(0);
     }
     if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
@@ -95,8 +105,12 @@ void DigestThread::Run() {
         }
         // It stays where it is when others are added.
         Digest(*job);
+        Owner owner{nullptr, nullptr};  // released after the lock
         const KXP::MutexLock lock(mutex_);
-        if (jobs_.front().block) free_.push_back(std::move(jobs_.front().block));
+        Job& done = jobs_.front();
+        bytes_ -= done.bytes.size();
+        if (done.block) free_.push_back(std::move(done.block));
+        owner = std::move(done.owner);
         jobs_.pop_front();
         if (isWaiting_) changed_.NotifyAll();
     }
@@ -118,12 +132,21 @@ void BackgroundDigest::Add(const char* bytes, size_t size) {
         bytes += part;
         size -= part;
         size_ += part;
-        if (size_ == DigestThread::kBlock) Add(std::move(block_), std::exchange(size_, 0));
+        if (size_ == DigestThread::kBlock) AddCopied();
     }
 }
 
-std::string BackgroundDigest::Finish() {
+void BackgroundDigest::Add(std::string_view bytes, DigestThread::Owner owner) {
+    AddCopied();
+    thread_.Add(digest_, bytes, std::move(owner));
+}
+
+void BackgroundDigest::AddCopied() {
     if (size_ > 0) Add(std::move(block_), std::exchange(size_, 0));
+}
+
+std::string BackgroundDigest::Finish() {
+    AddCopied();
     thread_.Finish();
     return digest_.Finish();
 }

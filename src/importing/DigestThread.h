@@ -22,6 +22,8 @@ class DigestThread {
     // Small enough to stay in the processor's cache from one use to the next.
     static constexpr size_t kBlock = size_t{256} << 10;
     using Block = std::unique_ptr<char[], KXP::SlabDeleter>;
+    // Of bytes that somebody else has made.
+    using Owner = std::unique_ptr<void, void (*)(void*)>;
 
     DigestThread();
     ~DigestThread();
@@ -30,10 +32,12 @@ class DigestThread {
 
     // Memory of kBlock bytes. Waits while too many are to be digested.
     Block Take() EXCLUDES(mutex_);
-    // Adds bytes to a digest: so many of a block, or some that somebody else owns. The digest, and they, must
-    // live and be left alone until Finish.
+    // Adds bytes to a digest: so many of a block, or some that somebody else owns. The digest must live and
+    // be left alone until Finish, and so must bytes without an owner. Others are returned to theirs by the
+    // thread; for them it may wait as Take does.
     void Add(KXP::Sha256& digest, Block block, size_t size) EXCLUDES(mutex_);
     void Add(KXP::Sha256& digest, std::string_view bytes) EXCLUDES(mutex_);
+    void Add(KXP::Sha256& digest, std::string_view bytes, Owner owner) EXCLUDES(mutex_);
     // Returns when everything was added. Throws what a digest has thrown.
     void Finish() EXCLUDES(mutex_);
 
@@ -42,17 +46,19 @@ class DigestThread {
         KXP::Sha256* digest;
         std::string_view bytes;
         Block block;  // that they are in, if any
+        Owner owner{nullptr, nullptr};
     };
 
     void Add(Job job) EXCLUDES(mutex_);
     void Run() EXCLUDES(mutex_);
-    void WaitForLess(size_t jobs) REQUIRES(mutex_);
+    void WaitUntilAtMost(size_t bytes) REQUIRES(mutex_);
     void Digest(const Job& job) noexcept;
 
     std::exception_ptr failure_;  // of the thread, until Finish
     KXP::Mutex mutex_;
     KXP::CondVar changed_;
     std::deque<Job> jobs_ GUARDED_BY(mutex_);  // the first one is at work
+    size_t bytes_ GUARDED_BY(mutex_) = 0;      // of the jobs
     std::vector<Block> free_ GUARDED_BY(mutex_);
     bool isWaiting_ GUARDED_BY(mutex_) = false;  // the thread that made it, for jobs to be done
     bool isEnded_ GUARDED_BY(mutex_) = false;
@@ -69,6 +75,8 @@ class BackgroundDigest {
 
     // The bytes are copied.
     void Add(const char* bytes, size_t size);
+    // As that of the thread.
+    void Add(std::string_view bytes, DigestThread::Owner owner);
     // What follows, as the functions of the thread. Not together with bytes that are copied.
     void Add(DigestThread::Block block, size_t size) { thread_.Add(digest_, std::move(block), size); }
     void Add(std::string_view bytes) { thread_.Add(digest_, bytes); }
@@ -76,6 +84,8 @@ class BackgroundDigest {
     std::string Finish();
 
   private:
+    void AddCopied();
+
     DigestThread& thread_;
     KXP::Sha256 digest_;
     DigestThread::Block block_;  // with bytes that were copied

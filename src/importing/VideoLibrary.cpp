@@ -15,7 +15,8 @@ namespace {
 // What one call of the library hears. No exception passes through it.
 class Listening {
   public:
-    Listening(const ReadListener& onRead, DigestThread& digests) : onRead_(onRead), digests_(digests) {
+    Listening(const ovnxmedia::MediaLibrary& library, const ReadListener& onRead, DigestThread& digests)
+        : release_(library.releasePacket), onRead_(onRead), digests_(digests) {
         listener_.packet = OnPacket;
         listener_.restart = OnRestart;
         listener_.read = OnRead;
@@ -57,13 +58,16 @@ class Listening {
         }
     }
 
-    static void OnPacket(void* self, uint32_t track, const char* bytes, size_t size) noexcept {
+    static int OnPacket(void* self, uint32_t track, const char* bytes, size_t size, void* owner) noexcept {
         auto& listening = *static_cast<Listening*>(self);
+        DigestThread::Owner kept(owner, listening.release_);
         listening.Try([&] {
             while (listening.tracks_.size() <= track)
                 listening.tracks_.emplace_back(listening.digests_);
-            listening.tracks_[track].Add(bytes, size);
+            BackgroundDigest& digest = listening.tracks_[track];
+            kept ? digest.Add({bytes, size}, std::move(kept)) : digest.Add(bytes, size);
         });
+        return owner != nullptr;
     }
 
     static void OnRestart(void* self) noexcept { static_cast<Listening*>(self)->tracks_.clear(); }
@@ -74,6 +78,7 @@ class Listening {
         return listening.failure_ ? 1 : 0;
     }
 
+    void (*const release_)(void*);
     const ReadListener& onRead_;
     DigestThread& digests_;
     OvnxMediaPacketListener listener_{};
@@ -90,20 +95,20 @@ const ovnxmedia::MediaLibrary& VideoLibrary::Library() {
 }
 
 std::string VideoLibrary::DigestOf(const KXP::FileDescriptor& video, const ReadListener& onRead) {
-    Listening listening(onRead, digests_);
+    Listening listening(Library(), onRead, digests_);
     listening.Expect(Library().packets(video.get(), listening.listener()));
     return listening.Digest();
 }
 
 void VideoLibrary::Check(const KXP::FileDescriptor& video) {
     const ReadListener nobody;
-    const Listening listening(nobody, digests_);
+    const Listening listening(Library(), nobody, digests_);
     listening.Expect(Library().convert(video.get(), -1, listening.listener()));
 }
 
 std::string VideoLibrary::Convert(const KXP::FileDescriptor& video, const KXP::FileDescriptor& out,
                                   const ReadListener& onRead) {
-    Listening listening(onRead, digests_);
+    Listening listening(Library(), onRead, digests_);
     listening.Expect(Library().convert(video.get(), out.get(), listening.listener()));
     return listening.Digest();
 }

@@ -31,10 +31,11 @@ class Converter {
     std::vector<std::string> PacketsOf(const std::string& path) const {
         std::vector<std::string> tracks;
         OvnxMediaPacketListener listener{};
-        listener.packet = [](void* context, uint32_t track, const char* bytes, size_t size) {
+        listener.packet = [](void* context, uint32_t track, const char* bytes, size_t size, void*) {
             auto& all = *static_cast<std::vector<std::string>*>(context);
             if (track >= all.size()) all.resize(track + 1);
             all[track].append(bytes, size);
+            return 0;
         };
         listener.context = &tracks;
         const KXP::FileDescriptor file = KXP::OpenForRead(path);

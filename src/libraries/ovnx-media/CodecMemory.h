@@ -12,7 +12,7 @@ class CodecMemoryUse {
   public:
     // Keeps so many bytes at most, or as many as another of them lets it.
     static constexpr size_t kForPictures = size_t{64} << 20;
-    static constexpr size_t kForPackets = size_t{4} << 20;
+    static constexpr size_t kForPackets = size_t{8} << 20;
     explicit CodecMemoryUse(size_t most) noexcept;
     ~CodecMemoryUse();
     CodecMemoryUse(const CodecMemoryUse&) = delete;

@@ -22,6 +22,7 @@ struct FreedBy {
 };
 
 using PacketOwner = std::unique_ptr<AVPacket, FreedBy<av_packet_free>>;
+using BufferOwner = std::unique_ptr<AVBufferRef, FreedBy<av_buffer_unref>>;
 using FrameOwner = std::unique_ptr<AVFrame, FreedBy<av_frame_free>>;
 using CodecOwner = std::unique_ptr<AVCodecContext, FreedBy<avcodec_free_context>>;
 using InputOwner = std::unique_ptr<AVFormatContext, FreedBy<avformat_close_input>>;

@@ -32,6 +32,7 @@ MediaLibrary::MediaLibrary(const std::string& folder) {
     Find(library, "OvnxMediaKeyframes", keyframes);
     Find(library, "OvnxMediaConvert", convert);
     Find(library, "OvnxMediaPackets", packets);
+    Find(library, "OvnxMediaReleasePacket", releasePacket);
 }
 
 }  // namespace ovnxmedia

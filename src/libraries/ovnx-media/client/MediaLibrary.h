@@ -23,6 +23,7 @@ struct MediaLibrary {
     decltype(&OvnxMediaKeyframes) keyframes = nullptr;
     decltype(&OvnxMediaConvert) convert = nullptr;
     decltype(&OvnxMediaPackets) packets = nullptr;
+    decltype(&OvnxMediaReleasePacket) releasePacket = nullptr;
 };
 
 }  // namespace ovnxmedia

@@ -2,7 +2,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -28,13 +31,6 @@ struct TrackBytes {
     uint64_t size = 0;
     std::string first;  // packet
     std::string last;
-
-    // The packet is another one afterwards.
-    void Add(std::string& packet) {
-        if (size == 0) first = packet;
-        size += packet.size();
-        last.swap(packet);
-    }
 };
 
 [[noreturn]] void ThrowUnfaithful() {
@@ -74,41 +70,69 @@ void CheckCodecs(const SourceMovie& movie) {
 
 class Sink {
   public:
-    Sink(const PacketSource& source, int output) : output_(output), tracks_(source.tracks().size()) {
+    Sink(const PacketSource& source, int output) : output_(output) {
         for (const PacketSource::Track& track : source.tracks())
-            streams_.push_back(&output_.AddTrack(*track.stream));
+            tracks_.push_back({&output_.AddTrack(*track.stream), {}, MakePacket()});
         output_.Describe(source.format(), source.shift());
         output_.Start();
     }
 
-    const std::vector<TrackBytes>& tracks() const { return tracks_; }
-
-    void Write(const PacketSource::Track& from, AVPacket& packet, std::string& plain) {
-        const auto number = static_cast<size_t>(packet.stream_index);
-        tracks_[number].Add(plain);
-        av_packet_rescale_ts(&packet, from.stream->time_base, streams_[number]->time_base);
+    void Write(const PacketSource::Track& from, AVPacket& packet, std::string_view plain) {
+        Track& track = tracks_[static_cast<size_t>(packet.stream_index)];
+        if (track.bytes.size == 0) track.bytes.first = plain;
+        track.bytes.size += plain.size();
+        av_packet_unref(track.last.get());
+        if (av_packet_ref(track.last.get(), &packet) != 0) throw std::bad_alloc();
+        av_packet_rescale_ts(&packet, from.stream->time_base, track.stream->time_base);
         packet.pos = -1;
-        output_.Write(packet, tracks_[number].last);
+        output_.Write(packet, plain);
     }
 
-    void Finish(const Budget& budget) { output_.Finish(budget); }
+    // Returns what was written of each track.
+    std::vector<TrackBytes> Finish(const PacketSource& source, const Budget& budget) {
+        std::vector<TrackBytes> written;
+        for (Track& track : tracks_) {
+            if (track.bytes.size == 0) throw Failure(OVNX_MEDIA_DAMAGED, "it has a track with nothing in it");
+            std::string room;
+            track.bytes.last = PlainBytes(source.tracks()[written.size()].framing, *track.last, room);
+            written.push_back(std::move(track.bytes));
+        }
+        output_.Finish(budget);
+        return written;
+    }
 
   private:
+    struct Track {
+        AVStream* stream;
+        TrackBytes bytes;  // all but the last packet
+        PacketOwner last;
+    };
+
     Mp4Output output_;
-    std::vector<AVStream*> streams_;
-    std::vector<TrackBytes> tracks_;
+    std::vector<Track> tracks_;
 };
+
+// A copy of fewer bytes takes no longer than the handing over.
+constexpr size_t kWorthKeeping = size_t{16} << 10;
+
+void Announce(const PacketListener& listener, const AVPacket& packet, std::string_view plain,
+              bool isOfPacket) {
+    if (!listener.onPacket) return;
+    const bool isWorthKeeping = isOfPacket && packet.buf && plain.size() >= kWorthKeeping;
+    BufferOwner owner(isWorthKeeping ? av_buffer_ref(packet.buf) : nullptr);
+    if (listener.onPacket(static_cast<uint32_t>(packet.stream_index), plain, owner.get()))
+        (void)owner.release();
+}
 
 template <typename Take>
 void ForEachPacket(PacketSource& source, const PacketListener& listener, const Take& take) {
     ReadCount count(listener);
     const PacketOwner packet = MakePacket();
-    std::string plain;
+    std::string room;
     while (source.Read(*packet)) {
         const PacketSource::Track& track = source.tracks()[static_cast<size_t>(packet->stream_index)];
-        MakePlain(track.framing, packet->data, static_cast<size_t>(packet->size), plain);
-        if (listener.onPacket)
-            listener.onPacket(static_cast<uint32_t>(packet->stream_index), plain.data(), plain.size());
+        const std::string_view plain = PlainBytes(track.framing, *packet, room);
+        Announce(listener, *packet, plain, plain.data() != room.data());
         const auto size = static_cast<uint64_t>(packet->size);
         take(track, *packet, plain);
         count.Add(size);
@@ -140,19 +164,15 @@ void Check(int output, const std::vector<TrackBytes>& expected, const Budget& bu
     }
 }
 
-// Returns what was written of each track.
 std::vector<TrackBytes> WritePackets(int input, int output, int delay, const PacketListener& listener,
                                      const Budget& budget) {
     PacketSource source(input, budget, delay);
     Sink sink(source, output);
     ForEachPacket(source, listener,
-                  [&](const PacketSource::Track& track, AVPacket& packet, std::string& plain) {
+                  [&](const PacketSource::Track& track, AVPacket& packet, std::string_view plain) {
                       sink.Write(track, packet, plain);
                   });
-    for (const TrackBytes& track : sink.tracks())
-        if (track.size == 0) throw Failure(OVNX_MEDIA_DAMAGED, "it has a track with nothing in it");
-    sink.Finish(budget);
-    return sink.tracks();
+    return sink.Finish(source, budget);
 }
 
 // The tables of the recording are gone when it is read again.
@@ -201,7 +221,12 @@ void ReadPackets(int input, const PacketListener& listener, const Budget& budget
         return;
     }
     PacketSource source(input, budget, PacketSource::kMostDelay);
-    ForEachPacket(source, listener, [](const PacketSource::Track&, AVPacket&, std::string&) {});
+    ForEachPacket(source, listener, [](const PacketSource::Track&, AVPacket&, std::string_view) {});
+}
+
+void ReleasePacket(void* owner) {
+    auto* buffer = static_cast<AVBufferRef*>(owner);
+    av_buffer_unref(&buffer);
 }
 
 }  // namespace ovnxmedia

@@ -1,17 +1,18 @@
 // Makes an MP4 file of a recording in another container, by copying its packets.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <string_view>
 
 #include "libraries/ovnx-media/Budget.h"
 
 namespace ovnxmedia {
 
 struct PacketListener {
-    // The bytes of a track as an MP4 has them, in their order.
-    std::function<void(uint32_t track, const char* bytes, size_t size)> onPacket;
+    // The bytes of a track as an MP4 has them, in their order. Returns whether it keeps the owner, unless
+    // that is null; the bytes then live until the owner is passed to ReleasePacket.
+    std::function<bool(uint32_t track, std::string_view bytes, void* owner)> onPacket;
     // So many bytes of the source were read since the last call.
     std::function<void(uint64_t bytes)> onRead;
     // What was heard so far counts no more: it begins anew.
@@ -21,5 +22,7 @@ struct PacketListener {
 // As OvnxMediaConvert and OvnxMediaPackets; both throw Failure.
 void Convert(int input, int output, const PacketListener& listener, const Budget& budget);
 void ReadPackets(int input, const PacketListener& listener, const Budget& budget);
+// Any thread.
+void ReleasePacket(void* owner);
 
 }  // namespace ovnxmedia

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <string_view>
 
 #include "OvnxMedia.h"
 #include "libraries/ovnx-media/CodecMemory.h"
@@ -34,8 +35,8 @@ int32_t Run(const OvnxMediaPacketListener& listener, const Work& work) {
         const ovnxmedia::CodecMemoryUse use(ovnxmedia::CodecMemoryUse::kForPackets);
         ovnxmedia::PacketListener to;
         if (listener.packet)
-            to.onPacket = [&](uint32_t track, const char* bytes, size_t size) {
-                listener.packet(listener.context, track, bytes, size);
+            to.onPacket = [&](uint32_t track, std::string_view bytes, void* owner) {
+                return listener.packet(listener.context, track, bytes.data(), bytes.size(), owner) != 0;
             };
         if (listener.restart) to.onRestart = [&] { listener.restart(listener.context); };
         to.onRead = [&](uint64_t bytes) {
@@ -68,5 +69,9 @@ int32_t OvnxMediaPackets(int fd, const OvnxMediaPacketListener* listener) {
     return Run(*listener, [&](const ovnxmedia::PacketListener& to, const ovnxmedia::Budget& budget) {
         ovnxmedia::ReadPackets(fd, to, budget);
     });
+}
+
+void OvnxMediaReleasePacket(void* owner) {
+    ovnxmedia::ReleasePacket(owner);
 }
 }

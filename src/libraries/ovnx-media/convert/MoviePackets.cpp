@@ -92,7 +92,7 @@ void ReadMoviePackets(SourceMovie& movie, const PacketListener& listener, const 
         const Sample& sample = *tracks[track].Next();
         for (uint64_t done = 0; done < sample.size;) {
             const std::string_view part = window.At(sample.offset + done, sample.size - done);
-            if (listener.onPacket) listener.onPacket(static_cast<uint32_t>(track), part.data(), part.size());
+            if (listener.onPacket) listener.onPacket(static_cast<uint32_t>(track), part, nullptr);
             count.Add(part.size());
             done += part.size();
         }

@@ -18,7 +18,9 @@ namespace {
 
 constexpr size_t kChunkBytes = size_t{256} << 10;
 constexpr AVRational kChunkTime{1, 2};
-constexpr size_t kPiece = size_t{64} << 10;
+// A frame of that size ends its chunk, so that it is written without a copy.
+constexpr size_t kOwnEnd = size_t{64} << 10;
+constexpr size_t kPiece = size_t{4} << 10;
 
 // The file's type, an empty box, and the header of the media with a size of 64 bits.
 constexpr size_t kStart = 128;
@@ -84,14 +86,16 @@ void Mp4Output::Write(const AVPacket& packet, std::string_view plain) {
     if (track.chunkSamples++ == 0) track.chunkStart = packet.dts;
     const bool isSync = IsVideo(*track.stream) && (packet.flags & AV_PKT_FLAG_KEY) != 0;
     track.tables.Add({plain.size(), packet.dts, packet.pts, packet.duration, isSync});
+    if (plain.size() >= kOwnEnd && IsVideo(*track.stream)) return FlushChunk(track, plain);
     track.chunk += plain;
 }
 
-void Mp4Output::FlushChunk(Track& track) {
+void Mp4Output::FlushChunk(Track& track, std::string_view last) {
     if (track.chunkSamples == 0) return;
     track.tables.AddChunk(written_ + end_.size(), std::exchange(track.chunkSamples, 0));
     Append(track.chunk);
     track.chunk.clear();
+    Append(last);
 }
 
 void Mp4Output::WriteAt(uint64_t position, std::string_view bytes) const {

@@ -42,7 +42,8 @@ class Mp4Output {
     };
 
     void DescribeBy(Track& track, const AVPacket& packet, size_t size);
-    void FlushChunk(Track& track);
+    // With `last` after what is waiting.
+    void FlushChunk(Track& track, std::string_view last = {});
     void WriteAt(uint64_t position, std::string_view bytes) const;
     void Append(std::string_view bytes);
     void FlushEnd();

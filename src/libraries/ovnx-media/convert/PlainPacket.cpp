@@ -49,13 +49,14 @@ Framing FramingOf(const AVCodecParameters& track, bool isTransportStream) {
     return hasStartCodes ? Framing::StartCodes : Framing::None;
 }
 
-void MakePlain(Framing framing, const uint8_t* bytes, size_t size, std::string& out) {
-    std::string_view view(reinterpret_cast<const char*>(bytes), size);
-    out.clear();
-    if (framing == Framing::StartCodes)
-        AppendUnits(view, out);
-    else
-        out = view.substr(framing == Framing::Adts ? AdtsHeaderOf(view) : 0);
+std::string_view PlainBytes(Framing framing, const AVPacket& packet, std::string& room) {
+    const std::string_view bytes(reinterpret_cast<const char*>(packet.data),
+                                 static_cast<size_t>(packet.size));
+    if (framing != Framing::StartCodes)
+        return bytes.substr(framing == Framing::Adts ? AdtsHeaderOf(bytes) : 0);
+    room.clear();
+    AppendUnits(bytes, room);
+    return room;
 }
 
 }  // namespace ovnxmedia

@@ -1,9 +1,8 @@
 // The bytes of packets as an MP4 has them, whatever the container that they come from.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "libraries/ovnx-media/Ffmpeg.h"
 
@@ -17,7 +16,7 @@ enum class Framing {
 
 Framing FramingOf(const AVCodecParameters& track, bool isTransportStream);
 
-// `out` is replaced.
-void MakePlain(Framing framing, const uint8_t* bytes, size_t size, std::string& out);
+// A part of the packet, or `room`, which is replaced then.
+std::string_view PlainBytes(Framing framing, const AVPacket& packet, std::string& room);
 
 }  // namespace ovnxmedia

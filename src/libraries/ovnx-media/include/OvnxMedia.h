@@ -152,8 +152,10 @@ __attribute__((visibility("default"))) int32_t OvnxMediaKeyframes(int fd, struct
 /* Who hears of the packets of a file. Each function may be null and is called on the calling thread. */
 struct OvnxMediaPacketListener {
     /* The bytes of a track's packets, as an MP4 has them, one after the other; tracks are counted from 0.
-     * What is heard of a track is the same of a file and of what OvnxMediaConvert makes of it. */
-    void (*packet)(void* context, uint32_t track, const char* bytes, size_t size);
+     * What is heard of a track is the same of a file and of what OvnxMediaConvert makes of it. The bytes are
+     * valid during the call, and on if there is an owner of them and the result is 1: until that owner is
+     * passed to OvnxMediaReleasePacket. */
+    int (*packet)(void* context, uint32_t track, const char* bytes, size_t size, void* owner);
     /* What was heard so far counts no more: the packets come once more from the first on. */
     void (*restart)(void* context);
     /* So many bytes, often none, were read since the last call; any result but 0 ends the work. */
@@ -181,6 +183,9 @@ __attribute__((visibility("default"))) int32_t OvnxMediaConvert(
 /* Reads all packets of a file of these kinds, or of an MP4 file. Returns a status of enum OvnxMediaStatus. */
 __attribute__((visibility("default"))) int32_t OvnxMediaPackets(
     int fd, const struct OvnxMediaPacketListener* listener);
+
+/* Any thread. */
+__attribute__((visibility("default"))) void OvnxMediaReleasePacket(void* owner);
 
 #ifdef __cplusplus
 }
