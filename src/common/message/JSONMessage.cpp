@@ -1,6 +1,8 @@
 #include "common/message/JSONMessage.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 #include "CobalixUtil.h"
@@ -21,19 +23,9 @@ bool WriteJSON(const Value& value, JsonBuffer& buffer) {
     return value.Accept(writer);
 }
 
-void CheckRequiredString(const Value& object, const char* key) {
-    const auto member = object.FindMember(key);
-    if (member == object.MemberEnd())
-        throw JSONFieldError(std::string("Could not find required field ") + key);
-    const auto fail = [key](const std::string& why) {
-        throw JSONFieldError(std::string("Required string ") + key + why);
-    };
-    if (!member->value.IsString()) fail(std::string(" unexpected type ") + JsonTypeName(member->value));
-    if (member->value.GetStringLength() == 0) fail(" is empty");
-    // All readers take these as C strings and would see another text.
-    if (std::strlen(member->value.GetString()) != member->value.GetStringLength())
-        fail(" holds a zero character");
-}
+constexpr std::string_view kFieldNames[] = {"system",  "module",        "method",        "uniqueid",
+                                            "payload", "source_system", "source_module", "reference_uniqueid",
+                                            "type"};
 
 }  // namespace
 
@@ -60,22 +52,50 @@ JSONMessage::JSONMessage(const char* system, const char* module, const char* met
 }
 
 void JSONMessage::Parse(std::string_view json, const char* parseError) {
-    if (ParseJSON(json, document_).IsError() || !document_.IsObject()) {
-        document_.SetObject();
-        throw JSONFieldError(parseError);
-    }
+    const bool isEnvelope = !ParseJSON(json, document_).IsError() && document_.IsObject();
+    if (!isEnvelope) document_.SetObject();
+    FindFields();
+    if (!isEnvelope) throw JSONFieldError(parseError);
     CheckEnvelope();
 }
 
+void JSONMessage::FindFields() {
+    static_assert(std::size(kFieldNames) == static_cast<size_t>(Field::Count));
+    places_ = {};
+    rapidjson::SizeType number = 0;
+    for (const Value::Member& member : std::as_const(document_).GetObject()) {
+        ++number;
+        const std::string_view name(member.name.GetString(), member.name.GetStringLength());
+        const auto* const field = std::find(std::begin(kFieldNames), std::end(kFieldNames), name);
+        if (field == std::end(kFieldNames)) continue;
+        rapidjson::SizeType& place = places_[static_cast<size_t>(field - kFieldNames)];
+        if (place == 0) place = number;
+    }
+}
+
 void JSONMessage::CheckEnvelope() {
-    if (!Has("payload")) Member("payload").SetObject();
+    if (!Has(Field::Payload)) Member(Field::Payload).SetObject();
     if (!payload().IsObject()) throw JSONFieldError("Expected payload field to be an object");
-    for (const char* key : {"system", "module", "method", "uniqueid"})
-        CheckRequiredString(document_, key);
+    for (const Field field : {Field::System, Field::Module, Field::Method, Field::UniqueId})
+        CheckRequiredString(field);
+}
+
+void JSONMessage::CheckRequiredString(Field field) const {
+    const std::string key(kFieldNames[static_cast<size_t>(field)]);
+    const Value* const value = Find(field);
+    if (!value) throw JSONFieldError("Could not find required field " + key);
+    const auto fail = [&key](const std::string& why) {
+        throw JSONFieldError("Required string " + key + why);
+    };
+    if (!value->IsString()) fail(std::string(" unexpected type ") + JsonTypeName(*value));
+    if (value->GetStringLength() == 0) fail(" is empty");
+    // All readers take these as C strings and would see another text.
+    if (std::strlen(value->GetString()) != value->GetStringLength()) fail(" holds a zero character");
 }
 
 void JSONMessage::CopyFrom(const JSONMessage& other) {
     CopyJSON(other.document_, document_);
+    places_ = other.places_;
     first_ = other.first_;
     second_ = other.second_;
     writtenBody_ = other.writtenBody_;
@@ -111,58 +131,65 @@ bool JSONMessage::WriteWithBody(JsonBuffer& buffer) const {
 }
 
 int JSONMessage::type() const {
-    const auto member = document_.FindMember("type");
-    return member != document_.MemberEnd() && member->value.IsInt() ? member->value.GetInt() : 0;
+    const Value* const value = Find(Field::Type);
+    return value && value->IsInt() ? value->GetInt() : 0;
 }
 
 bool JSONMessage::has_type() const {
-    const auto member = document_.FindMember("type");
-    return member != document_.MemberEnd() && member->value.IsInt();
+    const Value* const value = Find(Field::Type);
+    return value && value->IsInt();
 }
 
 const Value& JSONMessage::payload() const {
     static const Value null;
-    const auto member = document_.FindMember("payload");
-    return member == document_.MemberEnd() ? null : member->value;
+    const Value* const value = Find(Field::Payload);
+    return value ? *value : null;
 }
 
 Value& JSONMessage::payload() {
-    const auto member = document_.FindMember("payload");
-    if (member != document_.MemberEnd()) return member->value;
-    return absent_.SetNull();
+    return Has(Field::Payload) ? Member(Field::Payload) : absent_.SetNull();
 }
 
 void JSONMessage::set_type(int type) {
-    Member("type").SetInt(type);
+    Member(Field::Type).SetInt(type);
 }
 
 void JSONMessage::set_payload(const char* json) {
     // Nearly each message begins with it, and a parser takes longer.
     if (json == kEmptyObject) {
-        Member("payload").SetObject();
+        Member(Field::Payload).SetObject();
         return;
     }
     Document parsed(&document_.GetAllocator());
     if (ParseJSON(json, parsed).IsError()) throw JSONFieldError("Unable to parse JSON payload");
     if (!parsed.IsObject()) throw JSONFieldError("Expected payload field to be an object");
-    Member("payload") = static_cast<Value&>(parsed);
+    Member(Field::Payload) = static_cast<Value&>(parsed);
 }
 
-const char* JSONMessage::Text(const char* key) const {
-    const auto member = document_.FindMember(key);
-    return member != document_.MemberEnd() && member->value.IsString() ? member->value.GetString() : "";
+const Value* JSONMessage::Find(Field field) const {
+    const rapidjson::SizeType place = places_[static_cast<size_t>(field)];
+    return place > 0 ? &(document_.MemberBegin() + (place - 1))->value : nullptr;
 }
 
-Value& JSONMessage::Member(const char* key) {
-    const auto member = document_.FindMember(key);
-    if (member != document_.MemberEnd()) return member->value;
-    // The keys of envelopes are literals.
-    document_.AddMember(Value(rapidjson::StringRef(key)), Value(), allocator());
-    return (document_.MemberEnd() - 1)->value;
+const char* JSONMessage::Text(Field field) const {
+    const Value* const value = Find(field);
+    return value && value->IsString() ? value->GetString() : "";
 }
 
-void JSONMessage::SetText(const char* key, const char* text) {
-    Member(key).SetString(text, allocator());
+Value& JSONMessage::Member(Field field) {
+    rapidjson::SizeType& place = places_[static_cast<size_t>(field)];
+    if (place == 0) {
+        const std::string_view name = kFieldNames[static_cast<size_t>(field)];
+        document_.AddMember(
+            Value(rapidjson::StringRef(name.data(), static_cast<rapidjson::SizeType>(name.size()))), Value(),
+            allocator());
+        place = document_.MemberCount();
+    }
+    return (document_.MemberBegin() + (place - 1))->value;
+}
+
+void JSONMessage::SetText(Field field, const char* text) {
+    Member(field).SetString(text, allocator());
 }
 
 }  // namespace KXP

@@ -2,6 +2,7 @@
 // Messages are made and inspected through the helpers of Message.h.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -62,18 +63,18 @@ class JSONMessage : public InSlab {
     bool Serialize(JsonBuffer& buffer) const;
 
     // Texts of absent members, and of those that are no strings, are empty.
-    const char* target_system() const { return Text("system"); }
-    const char* target_module() const { return Text("module"); }
-    const char* method() const { return Text("method"); }
-    const char* uniqueid() const { return Text("uniqueid"); }
-    const char* source_system() const { return Text("source_system"); }
-    const char* source_module() const { return Text("source_module"); }
-    const char* reference_uniqueid() const { return Text("reference_uniqueid"); }
+    const char* target_system() const { return Text(Field::System); }
+    const char* target_module() const { return Text(Field::Module); }
+    const char* method() const { return Text(Field::Method); }
+    const char* uniqueid() const { return Text(Field::UniqueId); }
+    const char* source_system() const { return Text(Field::SourceSystem); }
+    const char* source_module() const { return Text(Field::SourceModule); }
+    const char* reference_uniqueid() const { return Text(Field::ReferenceUniqueId); }
     int type() const;
 
-    bool has_source_system() const { return Has("source_system"); }
-    bool has_source_module() const { return Has("source_module"); }
-    bool has_reference_uniqueid() const { return Has("reference_uniqueid"); }
+    bool has_source_system() const { return Has(Field::SourceSystem); }
+    bool has_source_module() const { return Has(Field::SourceModule); }
+    bool has_reference_uniqueid() const { return Has(Field::ReferenceUniqueId); }
     bool has_type() const;  // there and an integer
 
     // The payload, or a null value when there is none; that one is not to be written.
@@ -82,13 +83,13 @@ class JSONMessage : public InSlab {
     // For building the payload.
     Allocator& allocator() { return document_.GetAllocator(); }
 
-    void set_target_system(const char* text) { SetText("system", text); }
-    void set_target_module(const char* text) { SetText("module", text); }
-    void set_method(const char* text) { SetText("method", text); }
-    void set_uniqueid(const char* text) { SetText("uniqueid", text); }
-    void set_source_system(const char* text) { SetText("source_system", text); }
-    void set_source_module(const char* text) { SetText("source_module", text); }
-    void set_reference_uniqueid(const char* text) { SetText("reference_uniqueid", text); }
+    void set_target_system(const char* text) { SetText(Field::System, text); }
+    void set_target_module(const char* text) { SetText(Field::Module, text); }
+    void set_method(const char* text) { SetText(Field::Method, text); }
+    void set_uniqueid(const char* text) { SetText(Field::UniqueId, text); }
+    void set_source_system(const char* text) { SetText(Field::SourceSystem, text); }
+    void set_source_module(const char* text) { SetText(Field::SourceModule, text); }
+    void set_reference_uniqueid(const char* text) { SetText(Field::ReferenceUniqueId, text); }
     void set_type(int type);
     // Parses the payload; throws JSONFieldError.
     void set_payload(const char* json);
@@ -102,14 +103,31 @@ class JSONMessage : public InSlab {
     void set_written_body(std::shared_ptr<const WrittenBody> body) { writtenBody_ = std::move(body); }
 
     const Document& document() const { return document_; }
-    Document& document() { return document_; }
 
   private:
-    const char* Text(const char* key) const;
-    bool Has(const char* key) const { return document_.HasMember(key); }
-    Value& Member(const char* key);
-    void SetText(const char* key, const char* text);
+    // In the order of kFieldNames.
+    enum class Field {
+        System,
+        Module,
+        Method,
+        UniqueId,
+        Payload,
+        SourceSystem,
+        SourceModule,
+        ReferenceUniqueId,
+        Type,
+        Count
+    };
+
+    // Null without that member.
+    const Value* Find(Field field) const;
+    const char* Text(Field field) const;
+    bool Has(Field field) const { return Find(field) != nullptr; }
+    Value& Member(Field field);
+    void SetText(Field field, const char* text);
+    void FindFields();
     void CheckEnvelope();
+    void CheckRequiredString(Field field) const;
     bool WriteWithBody(JsonBuffer& buffer) const;
 
     // Most messages are small, and thousands may wait at once: a chunk of the default size would cost each of
@@ -119,6 +137,9 @@ class JSONMessage : public InSlab {
     alignas(std::max_align_t) char firstChunk_[kFirstBytes];
     Allocator pool_{firstChunk_, kFirstBytes, kChunkBytes, &g_jsonAllocator};
     Document document_{rapidjson::kObjectType, &pool_};
+    // The number of the first member of that name, counted from 1, by the field; each is asked for a dozen
+    // times on a message's way.
+    std::array<rapidjson::SizeType, static_cast<size_t>(Field::Count)> places_{};
     Value absent_;  // what payload() returns without one; reset by each use
     BusMessage first_;
     BusMessage second_;
