@@ -14,8 +14,8 @@ namespace KXP {
 namespace {
 
 constexpr size_t kSlabBytes = size_t{64} << 10;
-// Of the addresses that the least of the large blocks get: the text of an answer grows in place, where each
-// move would interrupt the other processors. Memory is taken only as it is written to.
+// The addresses of each large block that needs no more, a room: the text of an answer grows in place, where
+// each move would interrupt the other processors. Memory is taken only as it is written to.
 constexpr size_t kRoomBytes = size_t{256} << 10;
 // Slabs and rooms without a block that are kept for the next burst.
 constexpr uint32_t kMaxSpareSlabs = 16;

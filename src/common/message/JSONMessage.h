@@ -137,8 +137,8 @@ class JSONMessage : public InSlab {
     alignas(std::max_align_t) char firstChunk_[kFirstBytes];
     Allocator pool_{firstChunk_, kFirstBytes, kChunkBytes, &g_jsonAllocator};
     Document document_{rapidjson::kObjectType, &pool_};
-    // The number of the first member of that name, counted from 1, by the field; each is asked for a dozen
-    // times on a message's way.
+    // By the field, the number of the first member of that name, counted from 1; 0 for none. A search for
+    // each of the dozens of questions on a message's way is a tenth of a short request.
     std::array<rapidjson::SizeType, static_cast<size_t>(Field::Count)> places_{};
     Value absent_;  // what payload() returns without one; reset by each use
     BusMessage first_;

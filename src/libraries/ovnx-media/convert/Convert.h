@@ -10,8 +10,8 @@
 namespace ovnxmedia {
 
 struct PacketListener {
-    // The bytes of a track as an MP4 has them, in their order. Returns whether it keeps the owner, unless
-    // that is null; the bytes then live until the owner is passed to ReleasePacket.
+    // The bytes of a track as an MP4 has them, in their order. Where they have an owner, the listener
+    // may keep it, and returns true then: the bytes live until it is passed to ReleasePacket.
     std::function<bool(uint32_t track, std::string_view bytes, void* owner)> onPacket;
     // So many bytes of the source were read since the last call.
     std::function<void(uint64_t bytes)> onRead;

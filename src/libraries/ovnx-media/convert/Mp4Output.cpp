@@ -20,7 +20,8 @@ constexpr size_t kChunkBytes = size_t{256} << 10;
 constexpr AVRational kChunkTime{1, 2};
 // A frame of that size ends its chunk, so that it is written without a copy.
 constexpr size_t kOwnEnd = size_t{64} << 10;
-constexpr size_t kPiece = size_t{4} << 10;
+constexpr size_t kPage = size_t{4} << 10;
+constexpr size_t kPiece = 16 * kPage;
 
 // The file's type, an empty box, and the header of the media with a size of 64 bits.
 constexpr size_t kStart = 128;
@@ -105,14 +106,16 @@ void Mp4Output::WriteAt(uint64_t position, std::string_view bytes) const {
 
 // In pieces that fill pages of the system's memory, most of them without a copy.
 void Mp4Output::Append(std::string_view bytes) {
-    if (!end_.empty()) {
-        const size_t part = std::min(bytes.size(), kPiece - end_.size());
-        end_ += bytes.substr(0, part);
-        bytes.remove_prefix(part);
-        if (end_.size() < kPiece) return;
-        FlushEnd();
+    if (end_.size() + bytes.size() < kPiece) {
+        end_ += bytes;
+        return;
     }
-    const size_t whole = bytes.size() / kPiece * kPiece;
+    // A piece is a number of pages, so that what fills the last one of these is there.
+    const size_t part = (kPage - end_.size() % kPage) % kPage;
+    end_ += bytes.substr(0, part);
+    bytes.remove_prefix(part);
+    FlushEnd();
+    const size_t whole = bytes.size() / kPage * kPage;
     WriteAt(written_, bytes.substr(0, whole));
     written_ += whole;
     end_ = bytes.substr(whole);

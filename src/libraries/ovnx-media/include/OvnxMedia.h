@@ -153,8 +153,8 @@ __attribute__((visibility("default"))) int32_t OvnxMediaKeyframes(int fd, struct
 struct OvnxMediaPacketListener {
     /* The bytes of a track's packets, as an MP4 has them, one after the other; tracks are counted from 0.
      * What is heard of a track is the same of a file and of what OvnxMediaConvert makes of it. The bytes are
-     * valid during the call, and on if there is an owner of them and the result is 1: until that owner is
-     * passed to OvnxMediaReleasePacket. */
+     * valid during the call. Where they have an owner, a listener may return 1 instead of copying them: they
+     * are then valid until it passes the owner to OvnxMediaReleasePacket. */
     int (*packet)(void* context, uint32_t track, const char* bytes, size_t size, void* owner);
     /* What was heard so far counts no more: the packets come once more from the first on. */
     void (*restart)(void* context);
