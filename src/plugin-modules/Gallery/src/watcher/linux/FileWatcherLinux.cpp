@@ -25,6 +25,7 @@ namespace watcher {
 namespace {
 
 using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
 using std::chrono::steady_clock;
 
 constexpr milliseconds kLongestWait{60000};
@@ -32,6 +33,18 @@ constexpr milliseconds kLongestWait{60000};
 constexpr milliseconds kWithoutWake{20};
 // How long Unreported waits when the thread is busy with a slow disk.
 constexpr milliseconds kAnswerLimit{200};
+
+// The kernel may end a wait late by a thousandth of it, which a user would notice at the end of a window. So
+// the last part of a wait is waited for by itself.
+constexpr int kLastPart = 32;
+
+template <size_t N>
+int PollFor(pollfd (&sources)[N], nanoseconds time) {
+    time = std::max(time, nanoseconds(0));
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+    const timespec limit{seconds.count(), (time - seconds).count()};
+    return ppoll(sources, N, &limit, nullptr);
+}
 
 class FileWatcher : public IFileWatcher {
   public:
@@ -45,8 +58,8 @@ class FileWatcher : public IFileWatcher {
     bool Start();
     void Run();
     void RunOnce();
-    void Wait(milliseconds time);
-    milliseconds TimeToWait() const;
+    void Wait(nanoseconds time);
+    nanoseconds TimeToWait() const;
     void ReportReady() EXCLUDES(mutex_);
     void Wake();
     bool Answer(const UnreportedQuery::Question& asked);
@@ -166,7 +179,7 @@ void FileWatcher::RunOnce() {
     if (dispatcher_.IsIdle() && window_.IsDue(steady_clock::now())) dispatcher_.Begin(window_.Take());
     dispatcher_.ReportSome(stop_);
     const bool isTooEarly = asked && !Answer(*asked);
-    Wait(isTooEarly ? milliseconds(0) : TimeToWait());
+    Wait(isTooEarly ? nanoseconds(0) : TimeToWait());
 }
 
 void FileWatcher::ReportReady() {
@@ -176,19 +189,21 @@ void FileWatcher::ReportReady() {
     readyChanged_.NotifyAll();
 }
 
-milliseconds FileWatcher::TimeToWait() const {
-    if (!dispatcher_.IsIdle()) return milliseconds(0);
+nanoseconds FileWatcher::TimeToWait() const {
+    if (!dispatcher_.IsIdle()) return nanoseconds(0);
     const TimePoint now = steady_clock::now();
     const TimePoint due = std::min(follower_.NextDue(), window_.Closes().value_or(TimePoint::max()));
-    if (due <= now || window_.IsDue(now)) return milliseconds(0);
-    return std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(due - now, kLongestWait));
+    if (due <= now || window_.IsDue(now)) return nanoseconds(0);
+    return std::min<nanoseconds>(due - now, kLongestWait);
 }
 
 // Ends early for events, for Unreported and for the destructor.
-void FileWatcher::Wait(milliseconds time) {
-    if (!wake_.IsOpen()) time = std::min(time, kWithoutWake);
+void FileWatcher::Wait(nanoseconds time) {
+    if (!wake_.IsOpen()) time = std::min<nanoseconds>(time, kWithoutWake);
+    const TimePoint end = steady_clock::now() + time;
     pollfd sources[] = {{wake_.get(), POLLIN, 0}, {follower_.Descriptor(), POLLIN, 0}};
-    poll(sources, std::size(sources), static_cast<int>(time.count()));
+    if (PollFor(sources, time - time / kLastPart) == 0 && time > nanoseconds(0))
+        PollFor(sources, end - steady_clock::now());
     uint64_t wakes = 0;
     if ((sources[0].revents & POLLIN) != 0 && read(wake_.get(), &wakes, sizeof wakes) < 0)
         KXP_LOG(KXP::LogDetail, "File watcher was woken by nobody");
