@@ -90,7 +90,19 @@ class StampSum {
 // What counts in a tree beside its times.
 struct TreeNames {
     std::string folders;
-    std::string lastFile;
+    // The first file of the folder visited last of those with files; null when there is none.
+    const FolderTree::Folder* lastFolder = nullptr;
+    const FolderTree::Entry* lastFile = nullptr;
+
+    void NoteFirstFile(const FolderTree::Folder& folder, const FolderTree::Entry* file) {
+        if (!file) return;
+        lastFolder = &folder;
+        lastFile = file;
+    }
+    std::string LastFilePath() const {
+        if (!lastFile) return {};
+        return lastFolder->path + "/" + std::string(lastFolder->NameOf(*lastFile));
+    }
 };
 
 // Calls `addTime` for each time in the folder, and notes its names. Returns its first file, which may be
@@ -110,17 +122,13 @@ const FolderTree::Entry* CollectFolder(const FolderTree& tree, const FolderTree:
     return firstFile;
 }
 
-void NoteLastFile(const FolderTree::Folder& folder, const FolderTree::Entry* firstFile, TreeNames& names) {
-    if (firstFile) names.lastFile = folder.path + "/" + std::string(folder.NameOf(*firstFile));
-}
-
 // The time of the tree's own folder counts, except for the gallery's, because the tracker writes into it.
 template <typename AddTime>
 TreeNames Collect(const FolderTree& tree, const std::string& galleryPath, AddTime addTime) {
-    TreeNames names{tree.root().path, {}};
+    TreeNames names{tree.root().path};
     if (tree.root().path != galleryPath) addTime(tree.root().seconds);
     tree.ForEach([&](const FolderTree::Folder& folder) {
-        NoteLastFile(folder, CollectFolder(tree, folder, names, addTime), names);
+        names.NoteFirstFile(folder, CollectFolder(tree, folder, names, addTime));
     });
     return names;
 }
@@ -174,21 +182,23 @@ bool GetTreeData(const std::string& path, const std::string& galleryPath, Bytes&
     const TreeNames names =
         Collect(tree, galleryPath, [&timeBytes](int64_t seconds) { AppendTime(timeBytes, seconds); });
     Append(dirBytes, names.folders);
-    if (!names.lastFile.empty()) lastFileBytes.assign(names.lastFile.begin(), names.lastFile.end());
+    const std::string lastFile = names.LastFilePath();
+    if (!lastFile.empty()) lastFileBytes.assign(lastFile.begin(), lastFile.end());
     return true;
 }
 
 void SumTree(const FolderTree& tree, const std::string& galleryPath, unsigned int& crc) {
     StampSum times;
     const auto addTime = [&times](int64_t seconds) { times.Add(seconds); };
-    TreeNames names{tree.root().path, {}};
+    TreeNames names{tree.root().path};
     if (tree.root().path != galleryPath) addTime(tree.root().seconds);
     tree.ForEach([&](const FolderTree::Folder& folder) {
         const FolderTree::Entry* const firstFile =
             AddsNames(folder) ? CollectFolder(tree, folder, names, addTime) : AddKept(tree, folder, times);
-        NoteLastFile(folder, firstFile, names);
+        names.NoteFirstFile(folder, firstFile);
     });
-    crc = times.Value() + StringCRC(names.folders) + StringCRC(names.lastFile) + StringCRC(tree.root().path);
+    crc = times.Value() + StringCRC(names.folders) + StringCRC(names.LastFilePath()) +
+          StringCRC(tree.root().path);
     const std::string text = "Files: " + std::to_string(times.count()) +
                              " Dir size: " + std::to_string(names.folders.size()) +
                              " CRC: " + std::to_string(crc);

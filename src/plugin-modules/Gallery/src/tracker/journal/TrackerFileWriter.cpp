@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -50,9 +51,11 @@ TrackerFileWriter::Content TrackerFileWriter::ContentOf(const RecordStore& store
     Content content{first, store.nextPlace(), store.generation(), store.From(first), {}, {}};
     content.info = {store.lastId(), kTrackerVersion, 0};
     content.games.reserve(store.games().size());
+    auto kept = games_.begin();  // both are in the order of the names
     for (const auto& [name, game] : store.games()) {
-        const auto kept = games_.find(name);
-        const bool isKept = kept != games_.end() && kept->second.version == game.version;
+        while (kept != games_.end() && kept->name < name)
+            ++kept;
+        const bool isKept = kept != games_.end() && kept->name == name && kept->version == game.version;
         content.games.push_back({name, game.version, isKept ? std::nullopt : std::optional(game)});
     }
     return content;
@@ -90,7 +93,9 @@ bool TrackerFileWriter::TakeGames(const Content& content) {
 }
 
 bool TrackerFileWriter::HasGamesOf(const Content& content) const {
-    const auto isSame = [](const Content::Game& game, const auto& known) { return game.name == known.first; };
+    const auto isSame = [](const Content::Game& game, const GameLines& known) {
+        return game.name == known.name;
+    };
     return !gamesText_.empty() &&
            std::equal(content.games.begin(), content.games.end(), games_.begin(), games_.end(), isSame);
 }
@@ -100,11 +105,12 @@ void TrackerFileWriter::RenewGames(const Content& content) {
     size_t at = kGames.size();
     auto known = games_.begin();
     for (const Content::Game& game : content.games) {
-        GameLines& lines = (known++)->second;
+        GameLines& lines = *known++;
         if (game.changed) {
             const std::string text = GameText(game.name, *game.changed);
             gamesText_.replace(at, lines.size, text);
-            lines = {game.version, text.size()};
+            lines.version = game.version;
+            lines.size = text.size();
         }
         at += lines.size + kSeparator.size();
     }
@@ -113,8 +119,8 @@ void TrackerFileWriter::RenewGames(const Content& content) {
 void TrackerFileWriter::MakeGames(const Content& content) {
     std::map<std::string_view, std::string_view> texts;
     size_t at = kGames.size();
-    for (const auto& [name, lines] : games_) {
-        texts.emplace(name, std::string_view(gamesText_).substr(at, lines.size));
+    for (const GameLines& lines : games_) {
+        texts.emplace(lines.name, std::string_view(gamesText_).substr(at, lines.size));
         at += lines.size + kSeparator.size();
     }
     Lines games;
@@ -126,7 +132,7 @@ void TrackerFileWriter::MakeGames(const Content& content) {
             text += GameText(game.name, *game.changed);
         else
             text += texts.at(game.name);
-        games.emplace_hint(games.end(), game.name, GameLines{game.version, text.size() - before});
+        games.push_back({game.name, game.version, text.size() - before});
     }
     if (!games.empty()) text += kArrayEnd;
     games_ = std::move(games);

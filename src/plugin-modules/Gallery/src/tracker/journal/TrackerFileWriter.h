@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -51,10 +50,11 @@ class TrackerFileWriter {
 
   private:
     struct GameLines {
+        std::string name;
         uint64_t version;
         size_t size;  // of its lines
     };
-    using Lines = std::map<std::string, GameLines>;
+    using Lines = std::vector<GameLines>;  // in the order of the names
     // The last write, if it left at least one record in the file. The ends are offsets.
     struct Written {
         KXP::JSONFile::Stamp stamp;
