@@ -18,6 +18,9 @@ namespace KXP {
 #define RAPIDJSON_ASSERT(x) \
     (static_cast<bool>(x) ? static_cast<void>(0) : ::KXP::JsonAssertionFailed(#x, __FILE__, __LINE__))
 #define RAPIDJSON_HAS_STDSTRING 1
+// No schema of the catalogue has a pattern, and the engine for them has no limits on its time.
+#define RAPIDJSON_SCHEMA_USE_INTERNALREGEX 0
+#define RAPIDJSON_SCHEMA_USE_STDREGEX 0
 // RAPIDJSON_SSE2 stays undefined: with it, this version takes and writes the characters 0x1A to 0x1F in
 // strings as they are.
 
