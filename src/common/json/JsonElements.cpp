@@ -9,48 +9,45 @@ namespace {
 
 // Passes the elements of one array to their reader, and all other events to a document. A document refuses no
 // event.
-class ElementSplitter {
+class ElementSplitter final : public IJsonSink {
   public:
     ElementSplitter(Document& document, const ElementReader& reader) : rest_(document), reader_(reader) {
         reader_.begin();
     }
 
-    bool Null() { return EndValue(Target().Null()); }
-    bool Bool(bool b) { return EndValue(Target().Bool(b)); }
-    bool Int(int i) { return EndValue(Target().Int(i)); }
-    bool Uint(unsigned u) { return EndValue(Target().Uint(u)); }
-    bool Int64(int64_t i) { return EndValue(Target().Int64(i)); }
-    bool Uint64(uint64_t u) { return EndValue(Target().Uint64(u)); }
-    bool Double(double d) { return EndValue(Target().Double(d)); }
-    bool RawNumber(const char* text, rapidjson::SizeType size, bool copy) {
-        return EndValue(Target().RawNumber(text, size, copy));
-    }
+    bool Null() override { return EndValue(Target().Null()); }
+    bool Bool(bool b) override { return EndValue(Target().Bool(b)); }
+    bool Int(int i) override { return EndValue(Target().Int(i)); }
+    bool Uint(unsigned u) override { return EndValue(Target().Uint(u)); }
+    bool Int64(int64_t i) override { return EndValue(Target().Int64(i)); }
+    bool Uint64(uint64_t u) override { return EndValue(Target().Uint64(u)); }
+    bool Double(double d) override { return EndValue(Target().Double(d)); }
     // An element goes before the text does, and needs no copies.
-    bool String(const char* text, rapidjson::SizeType size, bool) {
+    bool String(const char* text, rapidjson::SizeType size, bool) override {
         return EndValue(Target().String(text, size, !inArray_));
     }
-    bool Key(const char* text, rapidjson::SizeType size, bool) {
+    bool Key(const char* text, rapidjson::SizeType size, bool) override {
         if (depth_ == 1) {
             isMember_ = !metMember_ && std::string_view(text, size) == reader_.member;
             metMember_ |= isMember_;
         }
         return Target().Key(text, size, !inArray_);
     }
-    bool StartObject() {
+    bool StartObject() override {
         ++depth_;
         return Target().StartObject();
     }
-    bool EndObject(rapidjson::SizeType members) {
+    bool EndObject(rapidjson::SizeType members) override {
         --depth_;
         return EndValue(Target().EndObject(members));
     }
-    bool StartArray() {
+    bool StartArray() override {
         const bool started = Target().StartArray();
         inArray_ |= depth_ == 1 && isMember_;
         ++depth_;
         return started;
     }
-    bool EndArray(rapidjson::SizeType elements) {
+    bool EndArray(rapidjson::SizeType elements) override {
         --depth_;
         if (depth_ == 1 && inArray_) elements = 0;
         inArray_ &= depth_ > 1;
@@ -81,7 +78,7 @@ class ElementSplitter {
 
 rapidjson::ParseResult ParseElements(char* text, Document& document, const ElementReader& elements) {
     ElementSplitter splitter(document, elements);
-    return ParseEvents(text, splitter);
+    return ParseEvents<IJsonSink>(text, splitter);
 }
 
 }  // namespace KXP

@@ -104,10 +104,9 @@ rapidjson::ParseResult CheckExponents(std::string_view text) {
     return {};
 }
 
-}  // namespace
-
-rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document,
-                                        const ElementReader* elements) {
+// Parses the text without its byte-order mark, unless it holds a long exponent.
+template <typename Parse>
+rapidjson::ParseResult Checked(char* text, size_t size, Parse parse) {
     if (std::string_view(text, size).substr(0, kUtf8Mark.size()) == kUtf8Mark) {
         text += kUtf8Mark.size();
         size -= kUtf8Mark.size();
@@ -116,7 +115,20 @@ rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& docum
         const rapidjson::ParseResult exponents = CheckExponents({text, size});
         if (exponents.IsError()) return exponents;
     }
-    return ParseInto(text, document, elements);
+    return parse(text);
+}
+
+}  // namespace
+
+template rapidjson::ParseResult ParseEvents(char* text, IJsonSink& sink);
+
+rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document,
+                                        const ElementReader* elements) {
+    return Checked(text, size, [&](char* checked) { return ParseInto(checked, document, elements); });
+}
+
+rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, IJsonSink& sink) {
+    return Checked(text, size, [&](char* checked) { return ParseEvents(checked, sink); });
 }
 
 rapidjson::ParseResult ParseJSON(std::string_view text, Document& document, const ElementReader* elements) {

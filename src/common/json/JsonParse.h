@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/FileDescriptor.h"
+#include "common/json/IJsonSink.h"
 #include "common/json/Json.h"
 
 namespace KXP {
@@ -41,5 +42,9 @@ rapidjson::ParseResult ParseJSON(std::string_view text, Document& document,
 constexpr size_t kJsonTextSlack = 16;
 rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, Document& document,
                                         const ElementReader* elements = nullptr);
+
+// The same without a document, for small texts of which there are many. The strings that `sink` gets lie in
+// the text. What it was passed before an error does not count.
+rapidjson::ParseResult ParseJSONInPlace(char* text, size_t size, IJsonSink& sink);
 
 }  // namespace KXP

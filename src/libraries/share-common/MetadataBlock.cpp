@@ -1,11 +1,11 @@
 #include "libraries/share-common/MetadataBlock.h"
 
+#include <array>
 #include <iterator>
 #include <utility>
 
 #include "CobalixUtil.h"
-#include "common/json/JsonParse.h"
-#include "common/json/StackDocument.h"
+#include "common/json/MemberPicker.h"
 #include "common/text/Base64.h"
 
 namespace {
@@ -78,41 +78,48 @@ constexpr Member kMembers[] = {
     Of<&MetadataFields::highlightSignificance>("HighlightSignificance"),
 };
 
-static_assert(std::size(kMembers) <= 32);
+constexpr size_t kMemberCount = std::size(kMembers);
 
-// Returns a bit for each member that was taken.
-uint32_t TakeMembers(const KXP::Value& inner, MetadataFields& fields) {
-    uint32_t taken = 0;
-    for (size_t i = 0; i < std::size(kMembers); ++i) {
-        for (auto at = inner.MemberBegin(); at != inner.MemberEnd(); ++at) {
-            if (TextOf(at->name) != kMembers[i].name) continue;
-            if (kMembers[i].take(at->value, fields)) taken |= 1u << i;
-            break;
-        }
-    }
-    return taken;
+constexpr auto kMemberNames = [] {
+    std::array<std::string_view, kMemberCount> names{};
+    for (size_t i = 0; i < kMemberCount; ++i)
+        names[i] = kMembers[i].name;
+    return names;
+}();
+
+enum OuterMember : size_t { kSource, kCode };
+constexpr std::array<std::string_view, 2> kOuterNames = {"Source", "B64"};
+
+// Followed by what the parser needs.
+std::string ForParser(std::string text) {
+    text.append(KXP::kJsonTextSlack, '\0');
+    return text;
+}
+
+template <size_t kCount>
+bool Read(std::string& text, KXP::MemberPicker<kCount>& members) {
+    return members.Read(text.data(), text.size() - KXP::kJsonTextSlack);
 }
 
 }  // namespace
 
 MetadataBlock::MetadataBlock(std::string_view text) {
-    KXP::StackDocument outer;
-    if (KXP::ParseJSON(text, *outer).IsError() || !(*outer).IsObject()) return;
-    if (const auto source = (*outer).FindMember("Source"); source != (*outer).MemberEnd())
-        Take(source->value, source_);
-    const auto code = (*outer).FindMember("B64");
-    if (code == (*outer).MemberEnd() || !code->value.IsString()) return;
+    std::string outerText = ForParser(std::string(text));
+    KXP::MemberPicker outer(kOuterNames);
+    if (!Read(outerText, outer)) return;
+    Take(outer[kSource], source_);
+    if (!outer[kCode].IsString()) return;
 
-    KXP::StackDocument inner;
-    if (KXP::ParseJSON(KXP::DecodeBase64Loosely(TextOf(code->value)), *inner).IsError() ||
-        !(*inner).IsObject())
-        return;
-    taken_ = TakeMembers(*inner, fields_);
+    std::string innerText = ForParser(KXP::DecodeBase64Loosely(TextOf(outer[kCode])));
+    KXP::MemberPicker inner(kMemberNames);
+    if (!Read(innerText, inner)) return;
+    for (size_t i = 0; i < kMemberCount; ++i)
+        if (kMembers[i].take(inner[i], fields_)) taken_ |= 1u << i;
     hasFacts_ = true;
 }
 
 void MetadataBlock::CopyTo(MetadataFields& fields) const {
-    for (size_t i = 0; i < std::size(kMembers); ++i)
+    for (size_t i = 0; i < kMemberCount; ++i)
         if ((taken_ >> i & 1) != 0) kMembers[i].copy(fields_, fields);
     if (!hasFacts_) return;
     KXP_LOG(KXP::LogTrace, "CheckIfZv: cmsId:%ld name:%s id:%s groupId:%s tags:0x%08x significance:0x%08x",
