@@ -1,6 +1,7 @@
 // Texts and blocks of bytes, eight bytes at a time, for little-endian machines.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -25,6 +26,32 @@ constexpr Word ZeroBytes(Word word) {
 template <unsigned char... kBytes>
 constexpr Word BytesOf(Word word) {
     return (ZeroBytes(word ^ (kEachByte * kBytes)) | ...);
+}
+
+// Sixteen bytes, which processors compare at once.
+using WideWord = uint8_t __attribute__((vector_size(16)));
+
+inline WideWord LoadWideWord(const char* bytes) {
+    WideWord word{};
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+// Not 0 where the byte is one of these.
+template <unsigned char... kBytes>
+auto EqualBytes(WideWord word) {
+    return ((word == kBytes) | ...);
+}
+
+// Both halves of what EqualBytes returns, with a mark as ZeroBytes makes it, and no other.
+template <typename Equal>
+std::array<Word, 2> MarksOf(Equal equal) {
+    std::array<Word, 2> marks{};
+    static_assert(sizeof equal == sizeof marks);
+    std::memcpy(marks.data(), &equal, sizeof marks);
+    for (Word& half : marks)
+        half &= kEachByte * 0x80;
+    return marks;
 }
 
 // The index of the first byte that is marked; some byte must be.

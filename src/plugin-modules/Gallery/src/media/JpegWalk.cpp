@@ -1,5 +1,8 @@
 #include "plugin-modules/Gallery/src/media/JpegWalk.h"
 
+#include <algorithm>
+#include <array>
+
 #include "base/Words.h"
 
 namespace media {
@@ -18,11 +21,11 @@ struct Entry {
     uint64_t value;  // its position in the block, which may lie after the end
 };
 
-// Marks the positions, of eight, at which anything that the scan looks for may begin, as far as one byte
-// says: the first of a subtype, or the second of a tag or of a TIFF header. Marks a few others as well.
-KXP::Word Beginnings(const char* bytes) {
-    return KXP::BytesOf<'S', '3'>(KXP::LoadWord(bytes)) |
-           KXP::BytesOf<'M', 0x0F, 0x10, 0x31, 0x0B, 0xF6>(KXP::LoadWord(bytes + 1));
+// Marks the positions, of sixteen, at which anything that the scan looks for may begin, as far as one byte
+// says: the first of a subtype, or the second of a tag or of a TIFF header.
+std::array<KXP::Word, 2> Beginnings(const char* bytes) {
+    return KXP::MarksOf(KXP::EqualBytes<'S', '3'>(KXP::LoadWideWord(bytes)) |
+                        KXP::EqualBytes<'M', 0x0F, 0x10, 0x31, 0x0B, 0xF6>(KXP::LoadWideWord(bytes + 1)));
 }
 
 class TagScan {
@@ -31,18 +34,28 @@ class TagScan {
 
     // Whether a tag names one of our makers.
     bool Run(size_t first) {
-        constexpr size_t kStep = sizeof(KXP::Word);
-        for (size_t at = first; at <= kLastScanned && !IsDone(); at += kStep) {
-            KXP::Word marks = Beginnings(block_.text().data() + at);
-            for (; marks != 0 && !IsDone(); marks &= marks - 1) {
-                const size_t place = at + KXP::FirstMark(marks);
-                if (place <= kLastScanned) Test(place);
+        for (size_t next = first; next <= kLastScanned && !IsDone();) {
+            const size_t at = std::min(next, kBlockSize - 1 - kStep);  // the last step overlaps
+            const std::array<KXP::Word, 2> marks = Beginnings(block_.text().data() + at);
+            if ((marks[0] | marks[1]) != 0) {
+                TestMarked(at, next, marks[0]);
+                TestMarked(at + kStep / 2, next, marks[1]);
             }
+            next = at + kStep;
         }
         return Matched();
     }
 
   private:
+    static constexpr size_t kStep = sizeof(KXP::WideWord);
+
+    // The marked positions of eight from `at` on, but for those before `next`.
+    void TestMarked(size_t at, size_t next, KXP::Word marks) {
+        for (; marks != 0 && !IsDone(); marks &= marks - 1) {
+            const size_t place = at + KXP::FirstMark(marks);
+            if (place >= next && place <= kLastScanned) Test(place);
+        }
+    }
     bool IsDone() const { return subTypeSeen_ && softwareSeen_ && Matched(); }
 
     void Test(size_t at) {
