@@ -17,7 +17,10 @@ int64_t Nanoseconds(TimePoint when) {
 }  // namespace
 
 TaskQueue::TaskQueue(std::string name, Clock& clock)
-    : name_(std::move(name)), clock_(clock), queue_(std::make_shared<TimedNotificationQueue>(clock)) {}
+    : name_(std::move(name)),
+      library_(GetLibraryName()),
+      clock_(clock),
+      queue_(std::make_shared<TimedNotificationQueue>(clock)) {}
 
 TaskQueue::~TaskQueue() {
     // Without a worker there is nobody to stop, and a request takes memory.

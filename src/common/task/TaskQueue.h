@@ -157,6 +157,7 @@ class TaskQueue {
     void Abandon();
 
     const std::string name_;
+    const std::string library_;  // for the names of threads
     Clock& clock_;
     std::weak_ptr<void> owner_;
     // Shared with the threads of asynchronous functions, which may outlive this object.

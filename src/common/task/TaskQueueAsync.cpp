@@ -3,7 +3,6 @@
 #include <limits>
 
 #include "CobalixUtil.h"
-#include "common/product/Profile.h"
 #include "common/results/Exception.h"
 #include "common/task/TaskQueue.h"
 #include "common/text/TextUtil.h"
@@ -92,7 +91,7 @@ struct TaskQueue::Run {
           fn(std::move(function)),
           owner(queue.Owner()),
           entries(queue.queue_),
-          library(GetLibraryName()),
+          library(queue.library_),
           name(key.first),
           end(std::make_unique<RunEnd>(queue, key)) {
         entries->Reserve();

@@ -68,8 +68,9 @@ class TimedNotificationQueue {
     void Push(Entry entry) REQUIRES(mutex_);
     // The first entry, of which there is one.
     std::unique_ptr<Notification> TakeFirst() REQUIRES(mutex_);
-    // The first entry if it is due, else null.
-    std::unique_ptr<Notification> TakeDue(unsigned& arrivals) EXCLUDES(mutex_);
+    // The first entry if it is due, else null, with the number of arrivals before and whether none is
+    // reserved.
+    std::unique_ptr<Notification> TakeDue(unsigned& arrivals, bool& isIdle) EXCLUDES(mutex_);
     // Waits awake for an entry that comes after so many others, for some microseconds at most.
     void AwaitBriefly(unsigned arrivals) const;
     std::unique_ptr<Notification> TakeRefused() EXCLUDES(mutex_);
