@@ -94,7 +94,8 @@ TEST_F(OwnershipSniffer, ExtensionSelectsTheWalkAndTheBytesDecide) {
         EXPECT_GE(media::SniffFile(folder_.Write(row.name, row.bytes), result), 0) << row.name;
         EXPECT_EQ(result.highlightName + result.drsName + result.drsProfileName, "before")
             << "none of its own";
-        EXPECT_EQ(result.fileType + result.fileSubType, std::string(row.fileType) + row.subType) << row.name;
+        EXPECT_EQ(std::string(result.fileType) + result.fileSubType, std::string(row.fileType) + row.subType)
+            << row.name;
         EXPECT_EQ(result.isOwn, row.isOwn) << row.name;
     }
     EXPECT_EQ(log.Count("][1]["), 1);

@@ -14,8 +14,8 @@ namespace {
 
 struct Format {
     std::string_view extension;  // lower case
-    const char* fileType;
-    const char* fileSubType;
+    std::string_view fileType;
+    std::string_view fileSubType;
     int32_t (*walk)(ByteCursor&, SniffResult&);
 };
 

@@ -14,9 +14,10 @@ namespace media {
 // zero bytes. Whoever puts them into JSON has to convert them.
 struct SniffResult : MetadataFields {
     bool isOwn = false;
-    std::string fileType;               // "image", "video" or "other"
-    std::string fileSource;             // "OVS_Share", "OVS_SDK", "OVS_Lumis" or "Undefined"
-    std::vector<const char*> findings;  // static texts, log lines about bad content
+    // Static texts.
+    std::string_view fileType;          // "image", "video" or "other"
+    std::string_view fileSource;        // "OVS_Share", "OVS_SDK", "OVS_Lumis" or "Undefined"
+    std::vector<const char*> findings;  // log lines about bad content
     MetadataReader blocks;  // of this file, and of those before it that the same result was used for
 };
 
