@@ -72,8 +72,20 @@ using Allocator = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
 using Value = rapidjson::GenericValue<Utf8, Allocator>;
 using Document = rapidjson::GenericDocument<Utf8, Allocator, ThrowingAllocator>;
 using JsonBuffer = rapidjson::GenericStringBuffer<Utf8, ThrowingAllocator>;
-using JsonWriter = rapidjson::Writer<JsonBuffer, Utf8, Utf8, BriefAllocator>;
+using PlainJsonWriter = rapidjson::Writer<JsonBuffer, Utf8, Utf8, BriefAllocator>;
 using PrettyJsonWriter = rapidjson::PrettyWriter<JsonBuffer, Utf8, Utf8, BriefAllocator>;
+
+// Writes a text without anything to escape, as nearly all are, at once.
+class JsonWriter : public PlainJsonWriter {
+  public:
+    using PlainJsonWriter::Key;
+    using PlainJsonWriter::PlainJsonWriter;
+    using PlainJsonWriter::String;
+    bool String(const char* text, rapidjson::SizeType size, bool copy = false);
+    bool Key(const char* text, rapidjson::SizeType size, bool copy = false) {
+        return String(text, size, copy);
+    }
+};
 
 // Appends a part of a JSON text as it is.
 inline void Append(std::string_view text, JsonBuffer& buffer) {
@@ -84,5 +96,5 @@ inline void Append(std::string_view text, JsonBuffer& buffer) {
 
 // Called for each run of plain characters in a string that is written; this one copies them by the word.
 template <>
-bool rapidjson::Writer<KXP::JsonBuffer, KXP::Utf8, KXP::Utf8, KXP::BriefAllocator>::ScanWriteUnescapedString(
-    GenericStringStream<KXP::Utf8>& text, size_t length);
+bool KXP::PlainJsonWriter::ScanWriteUnescapedString(rapidjson::GenericStringStream<KXP::Utf8>& text,
+                                                    size_t length);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 
 #include "base/Words.h"
@@ -42,10 +43,20 @@ size_t PlainPrefix(const char* text, size_t length) {
 }  // namespace
 
 template <>
-bool rapidjson::Writer<KXP::JsonBuffer, KXP::Utf8, KXP::Utf8, KXP::BriefAllocator>::ScanWriteUnescapedString(
-    GenericStringStream<KXP::Utf8>& text, size_t length) {
+bool KXP::PlainJsonWriter::ScanWriteUnescapedString(rapidjson::GenericStringStream<KXP::Utf8>& text,
+                                                    size_t length) {
     const size_t plain = PlainPrefix(text.src_, length - text.Tell());
     if (plain > 0) std::memcpy(os_->PushUnsafe(plain), text.src_, plain);
     text.src_ += plain;
     return text.Tell() < length;
+}
+
+bool KXP::JsonWriter::String(const char* text, rapidjson::SizeType size, bool copy) {
+    if (PlainPrefix(text, size) != size) return PlainJsonWriter::String(text, size, copy);
+    Prefix(rapidjson::kStringType);
+    char* const to = os_->Push(size + 2);
+    to[0] = '"';
+    std::copy(text, text + size, to + 1);
+    to[size + 1] = '"';
+    return EndValue(true);
 }
