@@ -31,10 +31,10 @@ constexpr size_t kStep = 32;
 
 // A generated thumbnail lies beside its original and is not listed.
 bool IsThumbnail(std::string_view name) {
-    if (!KXP::EndsIgnoringCase(name, ".png") && !KXP::EndsIgnoringCase(name, ".jpg")) return false;
     constexpr std::string_view mark = media::kThumbnailMark;
     constexpr size_t ending = mark.size() + std::string_view(".png").size();
-    return name.size() >= ending && name.compare(name.size() - ending, mark.size(), mark) == 0;
+    return name.size() >= ending && name.compare(name.size() - ending, mark.size(), mark) == 0 &&
+           (KXP::EndsIgnoringCase(name, ".png") || KXP::EndsIgnoringCase(name, ".jpg"));
 }
 
 bool IsExr(std::string_view name) {
@@ -60,7 +60,8 @@ void FileInspector::InspectFile(const std::string& name, ListedFile& file) {
     const bool isThumbnail = IsThumbnail(name);
     // Its time comes with the open file; what is not opened is asked for it.
     KXP::ifstream stream;
-    const bool isOpen = !isThumbnail && media::MayBeOwn(name) && stream.open(folder_, name);
+    const media::Format* const format = media::FormatOf(name);
+    const bool isOpen = !isThumbnail && format && stream.open(folder_, name);
     if (isOpen) {
         file.time = stream.status().st_mtime;
     } else if (!ReadTime(name, file.time)) {
@@ -77,8 +78,8 @@ void FileInspector::InspectFile(const std::string& name, ListedFile& file) {
     }
     if (isThumbnail) return;
 
-    const int32_t result =
-        isOpen ? media::SniffOpenFile(name, stream, sniffed_) : media::SniffFile(directory_ + name, sniffed_);
+    const int32_t result = isOpen ? media::SniffOpenFile(*format, stream, sniffed_)
+                                  : media::SniffFile(directory_ + name, sniffed_);
     if (result < 0) {
         KXP_LOG(LogFailure, "CheckIfZv failed on file %s with %d", (directory_ + name).c_str(), result);
         return;

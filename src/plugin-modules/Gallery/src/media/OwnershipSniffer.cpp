@@ -10,7 +10,6 @@
 #include "plugin-modules/Gallery/src/media/PngWalk.h"
 
 namespace media {
-namespace {
 
 struct Format {
     std::string_view extension;  // lower case
@@ -19,6 +18,8 @@ struct Format {
     int32_t (*walk)(ByteCursor&, SniffResult&);
 };
 
+namespace {
+
 // What is not here, ".exr" included, is never own by its bytes.
 constexpr Format kFormats[] = {
     {".png", "image", "Unknown", WalkPng},
@@ -26,12 +27,6 @@ constexpr Format kFormats[] = {
     {".jpg", "image", "Unknown", WalkJpeg},
     {".mp4", "video", "Unknown", WalkMp4},
 };
-
-const Format* FindFormat(std::string_view path) {
-    for (const Format& format : kFormats)
-        if (KXP::EndsIgnoringCase(path, format.extension)) return &format;
-    return nullptr;
-}
 
 void Reset(const Format* format, SniffResult& result) {
     result.isOwn = false;
@@ -56,13 +51,19 @@ int32_t Walk(const Format& format, KXP::ifstream& file, SniffResult& result) {
 
 }  // namespace
 
+const Format* FormatOf(std::string_view name) {
+    for (const Format& format : kFormats)
+        if (KXP::EndsIgnoringCase(name, format.extension)) return &format;
+    return nullptr;
+}
+
 int32_t SniffFile(const std::string& path, SniffResult& result) {
     KXP::ifstream file;
     return SniffFile(path, file, result);
 }
 
 int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result) {
-    const Format* const format = FindFormat(path);
+    const Format* const format = FormatOf(path);
     Reset(format, result);
     if (!format) return kInspected;
     if (!file.open(path)) {
@@ -72,14 +73,9 @@ int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& res
     return Walk(*format, file, result);
 }
 
-int32_t SniffOpenFile(const std::string& name, KXP::ifstream& file, SniffResult& result) {
-    const Format* const format = FindFormat(name);
-    Reset(format, result);
-    return format ? Walk(*format, file, result) : kInspected;
-}
-
-bool MayBeOwn(const std::string& path) {
-    return FindFormat(path) != nullptr;
+int32_t SniffOpenFile(const Format& format, KXP::ifstream& file, SniffResult& result) {
+    Reset(&format, result);
+    return Walk(format, file, result);
 }
 
 int32_t CheckIfJPGFileSizeIsValid(const std::string& path, bool& isValid) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "common/files/InputFileStream.h"
 #include "plugin-modules/Gallery/src/media/SniffResult.h"
@@ -21,11 +22,12 @@ int32_t SniffFile(const std::string& path, SniffResult& result);
 // be own is not opened.
 int32_t SniffFile(const std::string& path, KXP::ifstream& file, SniffResult& result);
 
-// The same for a file that is open already. Its name says which kind of file it is.
-int32_t SniffOpenFile(const std::string& name, KXP::ifstream& file, SniffResult& result);
-
-// Whether the file can be own by its name; SniffFile opens no other.
-bool MayBeOwn(const std::string& path);
+// How the files of one kind are inspected.
+struct Format;
+// By the name of a file or its path. Null for one that cannot be own; SniffFile opens no such file.
+const Format* FormatOf(std::string_view name);
+// The same as SniffFile for a file that is open already.
+int32_t SniffOpenFile(const Format& format, KXP::ifstream& file, SniffResult& result);
 
 // Whether the JPEG's picture is small enough to be shown. Returns 1, or 0x80070006 when the file cannot be
 // opened; `isValid` is then false.

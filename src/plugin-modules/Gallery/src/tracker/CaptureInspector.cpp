@@ -52,12 +52,13 @@ bool MeansNoFile(int error) {
 }
 
 RetVal CheckOwner(const std::string& path, KXP::ifstream& file, TrackedUGC& record) {
-    if (!media::MayBeOwn(path)) return NotOwn();
+    const media::Format* const format = media::FormatOf(path);
+    if (!format) return NotOwn();
     media::SniffResult sniffed;
     int32_t code = Code::kFailure;
     if (file.open(path, KXP::Links::Refuse)) {
         record.stamp = StampOf(file.status());
-        code = media::SniffOpenFile(path, file, sniffed);
+        code = media::SniffOpenFile(*format, file, sniffed);
     } else if (MeansNoFile(file.error())) {
         return NotOwn();
     } else {

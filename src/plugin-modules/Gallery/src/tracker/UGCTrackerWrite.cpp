@@ -86,7 +86,7 @@ bool UGCTracker::IsSettled(const std::string& path) const {
     const RecordPtr record = record_.At(path);
     if (!exists || !S_ISREG(status.st_mode)) return !record;
     const FileStamp stamp = StampOf(status);
-    return record ? record->stamp == stamp : backlog_.WasRefused(path, stamp) || !media::MayBeOwn(path);
+    return record ? record->stamp == stamp : backlog_.WasRefused(path, stamp) || !media::FormatOf(path);
 }
 
 bool UGCTracker::IsFolderSettled(const std::string& folder) const {
