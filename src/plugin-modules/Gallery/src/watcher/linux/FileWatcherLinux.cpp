@@ -35,8 +35,8 @@ constexpr milliseconds kWithoutWake{20};
 constexpr milliseconds kAnswerLimit{200};
 
 // The kernel may end a wait late by a thousandth of it, which a user would notice at the end of a window. So
-// the last part of a wait is waited for by itself.
-constexpr int kLastPart = 32;
+// the last part of a longer one is waited for by itself.
+constexpr milliseconds kOnTime{50};
 
 template <size_t N>
 int PollFor(pollfd (&sources)[N], nanoseconds time) {
@@ -202,8 +202,7 @@ void FileWatcher::Wait(nanoseconds time) {
     if (!wake_.IsOpen()) time = std::min<nanoseconds>(time, kWithoutWake);
     const TimePoint end = steady_clock::now() + time;
     pollfd sources[] = {{wake_.get(), POLLIN, 0}, {follower_.Descriptor(), POLLIN, 0}};
-    if (PollFor(sources, time - time / kLastPart) == 0 && time > nanoseconds(0))
-        PollFor(sources, end - steady_clock::now());
+    if (time <= kOnTime || PollFor(sources, time - kOnTime) == 0) PollFor(sources, end - steady_clock::now());
     uint64_t wakes = 0;
     if ((sources[0].revents & POLLIN) != 0 && read(wake_.get(), &wakes, sizeof wakes) < 0)
         KXP_LOG(KXP::LogDetail, "File watcher was woken by nobody");
