@@ -79,15 +79,19 @@ int Capture(int captures) {
     const TempGallery gallery;
     Fill(gallery, captures);
     Product product(PRODUCT_PLUGIN);
-    // Of the second one, as the folder of the game appears with the first. The sum that was withheld follows
-    // the notification.
-    const auto capture = [&](const char* name) {
-        product.After("captureSaved", [&] { gallery.AddImage(name); });
+    // Of those after the first, as the folder of the game appears with that. The sum that was withheld
+    // follows the notification. Of several, because what is asked at rest comes at times of its own.
+    constexpr int kCounted = 4;
+    const auto capture = [&](int number) {
+        product.After("captureSaved", [&] { gallery.AddImage("Live/" + std::to_string(number) + ".png"); });
         std::this_thread::sleep_for(std::chrono::seconds(3));
     };
-    capture("Live/1.png");
-    CountBeyondRest([&] { capture("Live/2.png"); });
-    return 1;
+    capture(0);
+    CountBeyondRest([&] {
+        for (int number = 1; number <= kCounted; ++number)
+            capture(number);
+    });
+    return kCounted;
 }
 
 int Settings() {
