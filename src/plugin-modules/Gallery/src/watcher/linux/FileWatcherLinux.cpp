@@ -58,8 +58,8 @@ class FileWatcher : public IFileWatcher {
     bool Start();
     void Run();
     void RunOnce();
-    void Wait(nanoseconds time);
-    nanoseconds TimeToWait() const;
+    void Wait(milliseconds time);
+    milliseconds TimeToWait() const;
     void ReportReady() EXCLUDES(mutex_);
     void Wake();
     bool Answer(const UnreportedQuery::Question& asked);
@@ -179,7 +179,7 @@ void FileWatcher::RunOnce() {
     if (dispatcher_.IsIdle() && window_.IsDue(steady_clock::now())) dispatcher_.Begin(window_.Take());
     dispatcher_.ReportSome(stop_);
     const bool isTooEarly = asked && !Answer(*asked);
-    Wait(isTooEarly ? nanoseconds(0) : TimeToWait());
+    Wait(isTooEarly ? milliseconds(0) : TimeToWait());
 }
 
 void FileWatcher::ReportReady() {
@@ -189,17 +189,17 @@ void FileWatcher::ReportReady() {
     readyChanged_.NotifyAll();
 }
 
-nanoseconds FileWatcher::TimeToWait() const {
-    if (!dispatcher_.IsIdle()) return nanoseconds(0);
+milliseconds FileWatcher::TimeToWait() const {
+    if (!dispatcher_.IsIdle()) return milliseconds(0);
     const TimePoint now = steady_clock::now();
     const TimePoint due = std::min(follower_.NextDue(), window_.Closes().value_or(TimePoint::max()));
-    if (due <= now || window_.IsDue(now)) return nanoseconds(0);
-    return std::min<nanoseconds>(due - now, kLongestWait);
+    if (due <= now || window_.IsDue(now)) return milliseconds(0);
+    return std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(due - now, kLongestWait));
 }
 
 // Ends early for events, for Unreported and for the destructor.
-void FileWatcher::Wait(nanoseconds time) {
-    if (!wake_.IsOpen()) time = std::min<nanoseconds>(time, kWithoutWake);
+void FileWatcher::Wait(milliseconds time) {
+    if (!wake_.IsOpen()) time = std::min(time, kWithoutWake);
     const TimePoint end = steady_clock::now() + time;
     pollfd sources[] = {{wake_.get(), POLLIN, 0}, {follower_.Descriptor(), POLLIN, 0}};
     if (time <= kOnTime || PollFor(sources, time - kOnTime) == 0) PollFor(sources, end - steady_clock::now());
