@@ -60,7 +60,7 @@ void WholeListing(benchmark::State& state) {
     }
     times.Report(state);
 }
-// The short one more often: nine of it differ by a tenth from run to run.
+// More often for the short one: medians of nine requests differ by a tenth from run to run.
 BENCHMARK(WholeListing)
     ->ArgName("files")
     ->Arg(1000)
