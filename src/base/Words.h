@@ -1,4 +1,4 @@
-// Texts and blocks of bytes, eight bytes at a time, for little-endian machines.
+// Texts and blocks of bytes, eight or sixteen bytes at a time, for little-endian machines.
 #pragma once
 
 #include <array>
