@@ -5,7 +5,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "common/json/IJsonSink.h"
 #include "common/json/JsonParse.h"
@@ -21,11 +23,16 @@ class MemberPicker final : public IJsonSink {
     // `names` has to live as long.
     explicit MemberPicker(const Names& names) : names_(names) {}
 
-    // Whether the text is an object. Changes it, and needs what ParseJSONInPlace needs.
-    bool Read(char* text, size_t size) { return !ParseJSONInPlace(text, size, *this).IsError() && isObject_; }
+    // Whether the text is an object.
+    bool Read(std::string text) {
+        const size_t size = text.size();
+        text_ = std::move(text);
+        text_.append(kJsonTextSlack, '\0');
+        return !ParseJSONInPlace(text_.data(), size, *this).IsError() && isObject_;
+    }
 
     // The member of the name at this index, of several the first. Null where there is none and where it is an
-    // object or an array, which are passed over. Its text lies in that of Read.
+    // object or an array, which are passed over. Its text is the picker's.
     const Value& operator[](size_t index) const { return values_[index]; }
 
     bool Null() override { return Pick(Value()); }
@@ -78,6 +85,7 @@ class MemberPicker final : public IJsonSink {
     }
 
     const Names& names_;
+    std::string text_;
     std::array<Value, kCount> values_;
     size_t wanted_ = kCount;  // the index of the last name in the object itself
     uint32_t met_ = 0;        // a bit for each name

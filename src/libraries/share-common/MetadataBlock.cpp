@@ -90,29 +90,16 @@ constexpr auto kMemberNames = [] {
 enum OuterMember : size_t { kSource, kCode };
 constexpr std::array<std::string_view, 2> kOuterNames = {"Source", "B64"};
 
-// Followed by what the parser needs.
-std::string ForParser(std::string text) {
-    text.append(KXP::kJsonTextSlack, '\0');
-    return text;
-}
-
-template <size_t kCount>
-bool Read(std::string& text, KXP::MemberPicker<kCount>& members) {
-    return members.Read(text.data(), text.size() - KXP::kJsonTextSlack);
-}
-
 }  // namespace
 
 MetadataBlock::MetadataBlock(std::string_view text) {
-    std::string outerText = ForParser(std::string(text));
     KXP::MemberPicker outer(kOuterNames);
-    if (!Read(outerText, outer)) return;
+    if (!outer.Read(std::string(text))) return;
     Take(outer[kSource], source_);
     if (!outer[kCode].IsString()) return;
 
-    std::string innerText = ForParser(KXP::DecodeBase64Loosely(TextOf(outer[kCode])));
     KXP::MemberPicker inner(kMemberNames);
-    if (!Read(innerText, inner)) return;
+    if (!inner.Read(KXP::DecodeBase64Loosely(TextOf(outer[kCode])))) return;
     for (size_t i = 0; i < kMemberCount; ++i)
         if (kMembers[i].take(inner[i], fields_)) taken_ |= 1u << i;
     hasFacts_ = true;
