@@ -1,6 +1,7 @@
 // What the parser's events pass on their way into a document. For the parser's own files alone.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "common/json/JsonParse.h"
@@ -9,7 +10,8 @@
 
 namespace KXP {
 
-// Passes the parser's events on, and stops the parser before it nests too deep and at text that is not UTF-8.
+// Passes the parser's events on, and stops the parser before it nests too deep, at text that is not UTF-8,
+// and at numbers that it makes infinite, which no writer writes.
 template <typename Handler>
 class EventLimiter {
   public:
@@ -21,7 +23,9 @@ class EventLimiter {
     bool Uint(unsigned u) { return handler_.Uint(u); }
     bool Int64(int64_t i) { return handler_.Int64(i); }
     bool Uint64(uint64_t u) { return handler_.Uint64(u); }
-    bool Double(double d) { return handler_.Double(d); }
+    bool Double(double d) {
+        return Check(!std::isinf(d), rapidjson::kParseErrorNumberTooBig) && handler_.Double(d);
+    }
     // The parser names it without calling it: numbers are no texts here.
     bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
     // The document gets copies: a value that points into the text would do so also when it is copied into a
@@ -43,21 +47,25 @@ class EventLimiter {
         return handler_.EndArray(elements);
     }
 
-    bool metBadText() const { return badText_; }
+    // What stopped the parser, where the result is to name it.
+    rapidjson::ParseErrorCode error() const { return error_; }
 
   private:
     bool IsText(const char* text, size_t size) {
         if (!special_) return true;
         special_ = false;
-        badText_ = !IsValidUtf8({text, size});
-        return !badText_;
+        return Check(IsValidUtf8({text, size}), rapidjson::kParseErrorStringInvalidEncoding);
+    }
+    bool Check(bool isGood, rapidjson::ParseErrorCode error) {
+        if (!isGood) error_ = error;
+        return isGood;
     }
     bool Enter() { return ++depth_ <= kMaxJsonDepth; }
 
     Handler& handler_;
     bool& special_;  // the string at hand needs a look
     int depth_ = 0;
-    bool badText_ = false;
+    rapidjson::ParseErrorCode error_ = rapidjson::kParseErrorNone;
 };
 
 // Parses the text in place, with the limits that JsonParse.h describes but that of exponents.
@@ -69,7 +77,7 @@ rapidjson::ParseResult ParseEvents(char* text, Handler& handler) {
     rapidjson::GenericReader<JsonTextUtf8, JsonTextUtf8, ThrowingAllocator> reader;
     rapidjson::ParseResult result =
         reader.Parse<rapidjson::kParseCommentsFlag | rapidjson::kParseInsituFlag>(stream, limiter);
-    if (limiter.metBadText()) result.Set(rapidjson::kParseErrorStringInvalidEncoding, result.Offset());
+    if (limiter.error() != rapidjson::kParseErrorNone) result.Set(limiter.error(), result.Offset());
     return result;
 }
 

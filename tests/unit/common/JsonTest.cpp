@@ -199,6 +199,9 @@ TEST(JsonParse, LimitsHoldForValuesAndNotForText) {
         {"[\"\\\"1e1234567890\\\\\"]", rapidjson::kParseErrorNone},
         {"[/* \" 1e1234567890 */ 1] // 1e1234567890", rapidjson::kParseErrorNone},
         {"[/* \" */ 1e1234567890]", rapidjson::kParseErrorTermination},
+        {"[-1e308]", rapidjson::kParseErrorNone},
+        {"[1e309]", rapidjson::kParseErrorNumberTooBig},
+        {"{\"a\":-3073E307}", rapidjson::kParseErrorNumberTooBig},  // by its exponent it is small enough
     };
     for (const auto& [text, code] : cases)
         EXPECT_EQ(Parse(text).Code(), code) << text.substr(0, 40);
