@@ -36,8 +36,8 @@ void CheckMaking(const KXP::JSONMessage& message) {
     };
     const KXP::JSONMessage made = make(message.payload());
     const KXP::JSONMessage read(Text(made), nullptr, nullptr);
-    // By their texts: a document with two members of one name does not even equal itself. With one that is
-    // made anew, because the last digit of a long number may change whenever it is read.
+    // By their texts: a document with two members of one name does not even equal itself. Against a message
+    // that is made anew, because the last digit of a long number may change whenever it is read.
     if (Text(read) != Text(make(made.payload())) || std::string(read.method()) != message.method() ||
         read.type() != KXP::JSONMessage::kOrdinary)
         std::abort();

@@ -32,7 +32,7 @@ struct ElementReader {
 
 // Parses UTF-8 text, with or without its byte-order mark, comments allowed, strings checked for their
 // encoding. On failure the result holds the error and its byte offset, and `document` is not to be used. Text
-// that breaks a limit fails with kParseErrorTermination, and every number that no double can hold with
+// that breaks a limit fails with kParseErrorTermination, and any other number that no double can hold with
 // kParseErrorNumberTooBig. A zero byte ends the text, as in RapidJSON.
 rapidjson::ParseResult ParseJSON(std::string_view text, Document& document,
                                  const ElementReader* elements = nullptr);
